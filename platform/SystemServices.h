@@ -1,0 +1,15 @@
+// The services of the running system; each is defined in platform/linux and in platform/windows.
+#pragma once
+
+#include "platform/Services.h"
+
+namespace platform {
+
+// The objects live as long as the process and need no end.
+Registry& SystemRegistry();
+Files& SystemFiles();
+Desktop& SystemDesktop();
+Terminal& SystemTerminal();
+Modules& SystemModules();
+
+}  // namespace platform

@@ -1,0 +1,22 @@
+// The count of what keeps the module loaded.
+#pragma once
+
+#include "base/Export.h"
+
+namespace platform {
+
+// While one lives, the module says that it cannot be unloaded. Every component object holds one, and
+// LockServer makes and ends one by hand. Thread-safe.
+class ModuleLock {
+ public:
+  ModuleLock() { Add(); }
+  ~ModuleLock() { Remove(); }
+  ModuleLock(const ModuleLock&) = delete;
+  ModuleLock& operator=(const ModuleLock&) = delete;
+
+  static void Add();
+  static void Remove();
+  static bool AnyHeld();
+};
+
+}  // namespace platform

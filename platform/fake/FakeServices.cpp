@@ -1,0 +1,140 @@
+#include "platform/fake/FakeServices.h"
+
+#include "platform/SystemServices.h"
+
+namespace platform {
+namespace {
+
+template <class Key>
+void AppendLines(const Key& key, const std::string& path, std::vector<std::string>& lines) {
+  for (const auto& [name, child] : key.below) {
+    lines.push_back(path + "\\" + name + " = " + child.value);
+    AppendLines(child, path + "\\" + name, lines);
+  }
+}
+
+}  // namespace
+
+MemoryRegistry::Key* MemoryRegistry::Find(Hive hive, const KeyPath& path) {
+  Key* key = &roots[hive];
+  for (const std::string& name : path) {
+    const auto child = key->below.find(name);
+    if (child == key->below.end()) return nullptr;
+    key = &child->second;
+  }
+  return key;
+}
+
+std::optional<std::string> MemoryRegistry::Read(Hive hive, std::string_view key) {
+  const std::lock_guard guard(lock);
+  const std::optional<KeyPath> path = SplitKey(key);
+  const Key* found = path ? Find(hive, *path) : nullptr;
+  return found ? std::optional<std::string>(found->value) : std::nullopt;
+}
+
+RegistryResult MemoryRegistry::Write(Hive hive, std::string_view key, std::string_view value) {
+  const std::lock_guard guard(lock);
+  const std::optional<KeyPath> path = SplitKey(key);
+  if (!path) return RegistryResult::Failed;
+  Key* written = &roots[hive];
+  for (const std::string& name : *path) written = &written->below[name];
+  written->value = ValueText(value);
+  return RegistryResult::Done;
+}
+
+RegistryResult MemoryRegistry::DeleteTree(Hive hive, std::string_view key) {
+  const std::lock_guard guard(lock);
+  std::optional<KeyPath> path = SplitKey(key);
+  if (!path) return RegistryResult::NotFound;
+  if (path->empty()) return RegistryResult::Denied;
+  const std::string name = path->back();
+  path->pop_back();
+  Key* parent = Find(hive, *path);
+  const bool deleted = parent && parent->below.erase(name) > 0;
+  return deleted ? RegistryResult::Done : RegistryResult::NotFound;
+}
+
+std::vector<std::string> MemoryRegistry::Subkeys(Hive hive, std::string_view key) {
+  const std::lock_guard guard(lock);
+  std::vector<std::string> names;
+  const std::optional<KeyPath> path = SplitKey(key);
+  if (const Key* found = path ? Find(hive, *path) : nullptr) {
+    for (const auto& [name, child] : found->below) names.push_back(name);
+  }
+  return names;
+}
+
+std::vector<std::string> MemoryRegistry::Snapshot() const {
+  const std::lock_guard guard(lock);
+  std::vector<std::string> lines;
+  for (const auto& [hive, root] : roots) AppendLines(root, HiveName(hive), lines);
+  return lines;
+}
+
+std::optional<std::string> FailingRegistry::Read(Hive hive, std::string_view key) {
+  return failing.IsNow() ? std::nullopt : inner.Read(hive, key);
+}
+
+RegistryResult FailingRegistry::Write(Hive hive, std::string_view key, std::string_view value) {
+  return failing.IsNow() ? refusal : inner.Write(hive, key, value);
+}
+
+RegistryResult FailingRegistry::DeleteTree(Hive hive, std::string_view key) {
+  return failing.IsNow() ? refusal : inner.DeleteTree(hive, key);
+}
+
+std::vector<std::string> FailingRegistry::Subkeys(Hive hive, std::string_view key) {
+  return failing.IsNow() ? std::vector<std::string>() : inner.Subkeys(hive, key);
+}
+
+std::optional<std::string> FailingFiles::Replace(const std::filesystem::path& target,
+                                                 const WriteFile& write) {
+  if (!failing.IsNow()) return inner.Replace(target, write);
+  if (!afterWriting) return kReason;
+  std::optional<std::string> reason = inner.Replace(target, [&write](const auto& temporary) {
+    write(temporary);
+    return false;
+  });
+  return reason && reason->empty() ? std::optional<std::string>(kReason) : reason;
+}
+
+std::filesystem::path FailingFiles::ModuleOf(const void* address) {
+  return inner.ModuleOf(address);
+}
+
+void RecordingDesktop::ShowMessage(const std::string& text, const std::string& caption) {
+  const std::lock_guard guard(lock);
+  messages.push_back({text, caption});
+}
+
+void RecordingDesktop::Beep(int hertz, int milliseconds) {
+  const std::lock_guard guard(lock);
+  tones.push_back({hertz, milliseconds});
+}
+
+void RecordingDesktop::WriteDebugOutput(const std::string& text) {
+  const std::lock_guard guard(lock);
+  debugOutput.push_back(text);
+}
+
+std::vector<std::string> FakeTerminal::Arguments(int argc, char** argv) {
+  return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
+}
+
+void FakeTerminal::Interrupt() const {
+  if (handler) handler();
+}
+
+std::optional<std::string> FakeModules::Call(const std::filesystem::path& module, const char* name,
+                                             int& status) {
+  calls.emplace_back(module, name);
+  const auto answer = answers.find(module);
+  if (answer == answers.end()) return "cannot be loaded";
+  status = answer->second;
+  return std::nullopt;
+}
+
+FakeServices::FakeServices()
+    : services{&registry, &SystemFiles(), &desktop, &terminal, &modules} {}
+
+}  // namespace platform

@@ -1,0 +1,156 @@
+// Services for tests: a registry in memory, a desktop that remembers, and services that fail on demand.
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/RegistryKey.h"
+#include "platform/Services.h"
+
+namespace platform {
+
+// A registry that ends with the object. Thread-safe.
+class MemoryRegistry final : public Registry {
+ public:
+  std::optional<std::string> Read(Hive hive, std::string_view key) override;
+  RegistryResult Write(Hive hive, std::string_view key, std::string_view value) override;
+  RegistryResult DeleteTree(Hive hive, std::string_view key) override;
+  std::vector<std::string> Subkeys(Hive hive, std::string_view key) override;
+
+  // Every key with its value, as lines "HIVE\key = value" in ascending order, to compare two states.
+  std::vector<std::string> Snapshot() const;
+
+ private:
+  struct Key {
+    std::string value;
+    std::map<std::string, Key, NameLess> below;
+  };
+  Key* Find(Hive hive, const KeyPath& path);
+
+  mutable std::mutex lock;
+  std::map<Hive, Key> roots;
+};
+
+// Says at which call a service fails: the n-th, counted from 1; never with 0.
+class FailingCall {
+ public:
+  explicit FailingCall(int number = 0) : failAt(number) {}
+  bool IsNow() { return ++count == failAt; }
+  int Count() const { return count; }
+
+ private:
+  int failAt;
+  int count = 0;
+};
+
+// Passes every call on but the failing one: that reads nothing, or is refused with `result`. Calls of
+// all four kinds count.
+class FailingRegistry final : public Registry {
+ public:
+  FailingRegistry(Registry& registry, int failAt, RegistryResult result = RegistryResult::Denied)
+      : inner(registry), failing(failAt), refusal(result) {}
+  int CallCount() const { return failing.Count(); }
+
+  std::optional<std::string> Read(Hive hive, std::string_view key) override;
+  RegistryResult Write(Hive hive, std::string_view key, std::string_view value) override;
+  RegistryResult DeleteTree(Hive hive, std::string_view key) override;
+  std::vector<std::string> Subkeys(Hive hive, std::string_view key) override;
+
+ private:
+  Registry& inner;
+  FailingCall failing;
+  RegistryResult refusal;
+};
+
+// Passes calls on to the real service. The failing replacement gives the reason `kReason`: with
+// `writeFirst` after it let the caller write, so that what was written is lost, else before.
+class FailingFiles final : public Files {
+ public:
+  static constexpr char kReason[] = "No space left on device";
+
+  FailingFiles(Files& files, int failAt, bool writeFirst = false)
+      : inner(files), failing(failAt), afterWriting(writeFirst) {}
+  int CallCount() const { return failing.Count(); }
+
+  std::optional<std::string> Replace(const std::filesystem::path& target,
+                                     const WriteFile& write) override;
+  std::filesystem::path ModuleOf(const void* address) override;
+
+ private:
+  Files& inner;
+  FailingCall failing;
+  bool afterWriting;
+};
+
+// Remembers what it was asked to show. Thread-safe; read the lists when the other threads are done.
+class RecordingDesktop final : public Desktop {
+ public:
+  struct Message {
+    std::string text;
+    std::string caption;
+    bool operator==(const Message&) const = default;
+  };
+  struct Tone {
+    int hertz;
+    int milliseconds;
+    bool operator==(const Tone&) const = default;
+  };
+
+  void ShowMessage(const std::string& text, const std::string& caption) override;
+  void Beep(int hertz, int milliseconds) override;
+  void WriteDebugOutput(const std::string& text) override;
+
+  std::vector<Message> messages;
+  std::vector<Tone> tones;
+  std::vector<std::string> debugOutput;
+
+ private:
+  std::mutex lock;
+};
+
+// A terminal of any width whose user interrupts when the test says so.
+class FakeTerminal final : public Terminal {
+ public:
+  std::vector<std::string> Arguments(int argc, char** argv) override;
+  int ErrorWidth() override { return width; }
+  void OnInterrupt(void (*wanted)()) override { handler = wanted; }
+
+  // Does nothing when nobody waits for it.
+  void Interrupt() const;
+
+  int width = 0;
+
+ private:
+  void (*handler)() = nullptr;
+};
+
+// Modules that are named by the test instead of being loaded.
+class FakeModules final : public Modules {
+ public:
+  std::optional<std::string> Call(const std::filesystem::path& module, const char* name,
+                                  int& status) override;
+
+  // What each module answers, whatever function is called; a module that is missing here does not load.
+  std::map<std::filesystem::path, int> answers;
+  // The calls so far, those that failed included.
+  std::vector<std::pair<std::filesystem::path, std::string>> calls;
+};
+
+// All of them together, with the system's files. `ScopedServices scope(fakes.services);`
+struct FakeServices {
+  FakeServices();
+  FakeServices(const FakeServices&) = delete;
+  FakeServices& operator=(const FakeServices&) = delete;
+
+  MemoryRegistry registry;
+  RecordingDesktop desktop;
+  FakeTerminal terminal;
+  FakeModules modules;
+  // Any of these may be pointed at a failing service.
+  Services services;
+};
+
+}  // namespace platform

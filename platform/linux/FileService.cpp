@@ -1,0 +1,131 @@
+// Files that appear whole or not at all, by renaming.
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <link.h>
+#include <sys/stat.h>
+
+#include "platform/SystemServices.h"
+#include "platform/TemporaryFile.h"
+#include "platform/linux/Descriptor.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string ReasonOf(int error) { return std::generic_category().message(error); }
+
+// Where the bytes for a path go in the end.
+struct Destination {
+  fs::path file;
+  bool replaceable = false;  // else it is written in place: a device, a pipe, an open descriptor
+  bool exists = false;
+  struct stat status = {};   // when it exists
+  int error = 0;
+};
+
+// Links below /proc lead to what a process has open and cannot be followed by name.
+bool IsDescriptorLink(const fs::path& link) {
+  std::error_code error;
+  const fs::path folder = fs::canonical(link.parent_path(), error);
+  return !error && folder.native().rfind("/proc/", 0) == 0;
+}
+
+Destination Resolve(const fs::path& target) {
+  constexpr int kMostLinks = 40;
+  Destination to;
+  std::error_code error;
+  to.file = fs::absolute(target, error);
+  if (error) {
+    to.error = error.value();
+    return to;
+  }
+  to.exists = stat(to.file.c_str(), &to.status) == 0;
+  if (!to.exists && errno != ENOENT) to.error = errno;
+  if (to.exists && S_ISDIR(to.status.st_mode)) to.error = EISDIR;
+  if (to.error || (to.exists && !S_ISREG(to.status.st_mode))) return to;
+  for (int links = 0; fs::is_symlink(fs::symlink_status(to.file, error)); ++links) {
+    if (IsDescriptorLink(to.file)) return to;
+    const fs::path next = fs::read_symlink(to.file, error);
+    if (error || links == kMostLinks) {
+      to.error = error ? error.value() : ELOOP;
+      return to;
+    }
+    to.file = to.file.parent_path() / next;
+  }
+  to.replaceable = true;
+  return to;
+}
+
+// Makes the new file: for an existing target with no rights for others until it has that file's own,
+// otherwise with those that the process gives to new files. Returns 0 or the error.
+int CreateBeside(const Destination& to, fs::path& path) {
+  constexpr int kMostTries = 100;
+  for (int i = 0; i < kMostTries; ++i) {
+    path = TemporaryPathBeside(to.file);
+    const mode_t mode = to.exists ? 0600 : 0666;
+    const Descriptor made(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
+    if (made) return 0;
+    if (errno != EEXIST) return errno;
+  }
+  return EEXIST;
+}
+
+// Gives the written file the rights of the one that it replaces and brings it to the disk.
+int Finish(const Destination& to, const fs::path& written) {
+  const Descriptor file(open(written.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file) return errno;
+  if (to.exists) {
+    // Only the superuser can keep another's file his; for others it stays the writer's own.
+    [[maybe_unused]] const int kept = fchown(file.Get(), to.status.st_uid, to.status.st_gid);
+    if (fchmod(file.Get(), to.status.st_mode & 07777) != 0) return errno;
+  }
+  return fsync(file.Get()) == 0 ? 0 : errno;
+}
+
+// After a loss of power the name leads to the new file as well. Some file systems cannot do this.
+void SyncFolder(const fs::path& folder) {
+  const Descriptor descriptor(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor) fsync(descriptor.Get());
+}
+
+class FileService final : public Files {
+ public:
+  std::optional<std::string> Replace(const fs::path& target, const WriteFile& write) override {
+    if (target.empty()) return ReasonOf(ENOENT);
+    const Destination to = Resolve(target);
+    if (to.error) return ReasonOf(to.error);
+    if (!to.replaceable) return write(target) ? std::nullopt : std::optional<std::string>("");
+    // Renaming would not ask the file that goes, but who protects a file means to keep it.
+    if (to.exists && access(to.file.c_str(), W_OK) != 0) return ReasonOf(errno);
+    fs::path made;
+    if (const int error = CreateBeside(to, made)) return ReasonOf(error);
+    TemporaryFile temporary(made);
+    if (!write(made)) return "";
+    if (const int error = Finish(to, made)) return ReasonOf(error);
+    if (rename(made.c_str(), to.file.c_str()) != 0) return ReasonOf(errno);
+    temporary.Keep();
+    SyncFolder(to.file.parent_path());
+    return std::nullopt;
+  }
+
+  fs::path ModuleOf(const void* address) override {
+    Dl_info info;
+    void* extra = nullptr;
+    if (!address || !dladdr1(address, &info, &extra, RTLD_DL_LINKMAP) || !extra) return {};
+    // The program itself has no name here, only the one that it was called by, which may be no path.
+    const std::string name = static_cast<const link_map*>(extra)->l_name;
+    std::error_code error;
+    const fs::path path = fs::canonical(name.empty() ? "/proc/self/exe" : name, error);
+    return error ? fs::path() : path;
+  }
+};
+
+}  // namespace
+
+Files& SystemFiles() {
+  static FileService files;
+  return files;
+}
+
+}  // namespace platform

@@ -1,0 +1,66 @@
+// The terminal that a command-line program runs in.
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <atomic>
+
+#include "platform/SystemServices.h"
+
+namespace platform {
+namespace {
+
+std::atomic<void (*)()> interruptHandler{nullptr};
+static_assert(std::atomic<void (*)()>::is_always_lock_free, "is read in a signal handler");
+
+constexpr int kSignals[] = {SIGINT, SIGTERM};
+
+void SetDisposition(int number, void (*handler)(int)) {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  action.sa_flags = SA_RESTART;
+  sigemptyset(&action.sa_mask);
+  sigaction(number, &action, nullptr);
+}
+
+// From the second signal on the program ends at once.
+void Interrupted(int) {
+  for (const int number : kSignals) SetDisposition(number, SIG_DFL);
+  if (void (*handler)() = interruptHandler.load()) handler();
+}
+
+// A program that was started in the background, out of the reach of Ctrl-C, stays so.
+bool IsIgnored(int number) {
+  struct sigaction current = {};
+  return sigaction(number, nullptr, &current) == 0 && current.sa_handler == SIG_IGN;
+}
+
+class SystemTerminalService final : public Terminal {
+ public:
+  std::vector<std::string> Arguments(int argc, char** argv) override {
+    std::vector<std::string> arguments;
+    for (int i = 1; i < argc && argv[i]; ++i) arguments.emplace_back(argv[i]);
+    return arguments;
+  }
+
+  int ErrorWidth() override {
+    winsize size = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+  }
+
+  void OnInterrupt(void (*handler)()) override {
+    interruptHandler = handler;
+    for (const int number : kSignals) {
+      if (!IsIgnored(number)) SetDisposition(number, handler ? Interrupted : SIG_DFL);
+    }
+  }
+};
+
+}  // namespace
+
+Terminal& SystemTerminal() {
+  static SystemTerminalService terminal;
+  return terminal;
+}
+
+}  // namespace platform

@@ -1,0 +1,149 @@
+// Files that appear whole or not at all, by renaming.
+#include <windows.h>
+
+#include "platform/SystemServices.h"
+#include "platform/TemporaryFile.h"
+#include "platform/windows/Text.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Handle {
+ public:
+  explicit Handle(HANDLE opened) : handle(opened) {}
+  ~Handle() {
+    if (*this) CloseHandle(handle);
+  }
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+
+  explicit operator bool() const { return handle != INVALID_HANDLE_VALUE; }
+  HANDLE Get() const { return handle; }
+
+ private:
+  HANDLE handle;
+};
+
+constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// Where the bytes for a path go in the end.
+struct Destination {
+  fs::path file;
+  bool replaceable = true;  // else it is written in place: a device such as NUL, a pipe
+  DWORD error = ERROR_SUCCESS;
+};
+
+// A link stays; what it leads to is replaced.
+fs::path FinalPath(HANDLE file, const fs::path& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  const bool isLink =
+      attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT);
+  if (!isLink) return path;
+  std::wstring final(32768, L'\0');
+  const DWORD length = GetFinalPathNameByHandleW(file, final.data(),
+                                                 static_cast<DWORD>(final.size()), 0);
+  if (length == 0 || length >= final.size()) return path;
+  final.resize(length);
+  return final;
+}
+
+Destination Resolve(const fs::path& target) {
+  Destination to;
+  to.file = target;
+  const Handle file(CreateFileW(target.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr,
+                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  if (!file) {
+    const DWORD error = GetLastError();
+    if (error != ERROR_FILE_NOT_FOUND) to.error = error;
+    return to;
+  }
+  BY_HANDLE_FILE_INFORMATION info = {};
+  to.replaceable = GetFileType(file.Get()) == FILE_TYPE_DISK;
+  if (!to.replaceable || !GetFileInformationByHandle(file.Get(), &info)) return to;
+  constexpr DWORD kNotToReplace = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
+  if (info.dwFileAttributes & kNotToReplace) to.error = ERROR_ACCESS_DENIED;
+  to.file = FinalPath(file.Get(), target);
+  return to;
+}
+
+DWORD CreateBeside(const fs::path& target, fs::path& path) {
+  constexpr int kMostTries = 100;
+  for (int i = 0; i < kMostTries; ++i) {
+    path = TemporaryPathBeside(target);
+    const Handle made(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (made) return ERROR_SUCCESS;
+    if (GetLastError() != ERROR_FILE_EXISTS) return GetLastError();
+  }
+  return ERROR_FILE_EXISTS;
+}
+
+DWORD Flush(const fs::path& path) {
+  const Handle file(
+      CreateFileW(path.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  return file && FlushFileBuffers(file.Get()) ? ERROR_SUCCESS : GetLastError();
+}
+
+// Virus scanners and indexers hold a new file open for a moment.
+DWORD MoveInPlace(const fs::path& from, const fs::path& to) {
+  constexpr int kMostTries = 10;
+  constexpr DWORD kPauseInMilliseconds = 20;
+  for (int tries = 1;; ++tries) {
+    if (MoveFileExW(from.c_str(), to.c_str(),
+                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+      return ERROR_SUCCESS;
+    }
+    const DWORD error = GetLastError();
+    const bool mayPass = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
+    if (!mayPass || tries == kMostTries) return error;
+    Sleep(kPauseInMilliseconds);
+  }
+}
+
+class FileService final : public Files {
+ public:
+  std::optional<std::string> Replace(const fs::path& target, const WriteFile& write) override {
+    const Destination to = Resolve(target);
+    if (to.error) return ReasonOf(to.error);
+    if (!to.replaceable) return write(target) ? std::nullopt : std::optional<std::string>("");
+    fs::path made;
+    if (const DWORD error = CreateBeside(to.file, made)) return ReasonOf(error);
+    TemporaryFile temporary(made);
+    if (!write(made)) return "";
+    if (const DWORD error = Flush(made)) return ReasonOf(error);
+    if (const DWORD error = MoveInPlace(made, to.file)) return ReasonOf(error);
+    temporary.Keep();
+    return std::nullopt;
+  }
+
+  fs::path ModuleOf(const void* address) override {
+    HMODULE module = nullptr;
+    constexpr DWORD kByAddress = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
+                                 GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    if (!address ||
+        !GetModuleHandleExW(kByAddress, static_cast<const wchar_t*>(address), &module)) {
+      return {};
+    }
+    std::wstring path(MAX_PATH, L'\0');
+    for (;;) {
+      const DWORD length =
+          GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+      if (length < path.size()) {
+        path.resize(length);
+        return path;
+      }
+      path.resize(2 * path.size());
+    }
+  }
+};
+
+}  // namespace
+
+Files& SystemFiles() {
+  static FileService files;
+  return files;
+}
+
+}  // namespace platform
