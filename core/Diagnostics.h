@@ -1,0 +1,19 @@
+// Lines that the core writes for whoever reads the trace log.
+#pragma once
+
+#include "base/Export.h"
+
+namespace core {
+
+// Takes a finished line and its level; -1 is always of interest, 5 and above hardly ever.
+using LogSink = void (*)(int level, const char* line);
+
+// Where lines go. Without a sink they go to the debugger output. Set once, at module start.
+FXBOX_API void SetLogSink(LogSink sink);
+
+#if defined(__GNUC__)
+__attribute__((format(printf, 2, 3)))
+#endif
+void LogLine(int level, const char* format, ...);
+
+}  // namespace core

@@ -1,0 +1,42 @@
+// One row of the class table: everything that is known of a filter class without making an object.
+#pragma once
+
+#include <unknwn.h>
+
+#include <span>
+#include <vector>
+
+#include "core/ParameterText.h"
+
+class CPdibFilter;
+
+// Where a class stands.
+enum class ClassState {
+  Built,      // does its work
+  NotBuilt,   // keeps its text and passes rows through until its time comes
+  ListedOnly  // the same for good: the class exists so that stored chains survive
+};
+
+// All texts live as long as the library; a text that the class does not have is null.
+struct FilterClass {
+  int sortKey;            // GetKind, and the order of lists
+  const char* className;  // "CSepiaFilter"
+  const char* progId;     // versioned
+  CLSID classId;
+  int order;  // GetOrder
+  const char* iconName;
+  const char* nameKey;  // key of the display name in the host's string table
+  const char* helpKey;
+  const char* defaultText;  // what a new dialog shows
+  const char* gloss;        // what it does, in a few English words
+  ClassState state;
+  // A new filter with one reference, which is the caller's.
+  CPdibFilter* (*make)(const FilterClass& row);
+  // The keys of the parameter text; empty for classes that are not built.
+  std::vector<ParameterDescription> (*describe)();
+};
+
+// The description and the ending that all filter classes share.
+inline constexpr char kFilterDescription[] = "Ostvale Works - Veltrane Picture Filter";
+
+using FilterClassTable = std::span<const FilterClass>;

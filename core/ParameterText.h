@@ -1,0 +1,111 @@
+// Parameter texts as rows of data: one reader, one printer, one comparison for all filters.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+#include "base/Export.h"
+
+// A filter's parameters are one plain struct, of which the filter holds two values: pending and
+// active. The struct says of itself
+//
+//   struct CSepiaFilterParameters {
+//     std::uint8_t keep = 255;                                  // pending default
+//     static CSepiaFilterParameters ActiveStart() { return {.keep = 0}; }  // differs from the
+//     default static constexpr int kLeastBuffer = 31;                   // a smaller buffer stays
+//     unwritten static std::span<const ParameterRow<CSepiaFilterParameters>> Rows();
+//   };
+//
+// and its rows hold, for each key, the exact piece of text that is printed, odd blanks included.
+
+// What a reader does with a key that is absent or has no readable number behind it.
+enum class AbsentKey { KeepsField, CountsAsZero };
+
+enum class ParameterKind { Integer, Byte, Flag, Double };
+
+// A row without the struct that it belongs to.
+struct ParameterDescription {
+  const char* key = nullptr;      // found by substring search: "Green"
+  const char* printed = nullptr;  // the piece of the text: " , Green=%.3d"
+  ParameterKind kind = ParameterKind::Integer;
+  double least = 0;  // the range that the dialogs offer; the reader does not limit
+  double greatest = 100;
+  const char* gloss = "";
+  AbsentKey absent = AbsentKey::KeepsField;
+  // For a field that stores something else than the number of the text.
+  int (*stored)(int text) = nullptr;
+  int (*shown)(int field) = nullptr;
+};
+
+using ParameterField = std::variant<std::int32_t*, std::uint8_t*, bool*, double*>;
+using ConstParameterField =
+    std::variant<const std::int32_t*, const std::uint8_t*, const bool*, const double*>;
+
+// The work on one field, without the struct's type. Reading gives true when the field changed.
+FXBOX_API bool ReadParameterField(const char* text, const ParameterDescription& row,
+                                  ParameterField field);
+FXBOX_API void PrintParameterField(std::string& text, const ParameterDescription& row,
+                                   ConstParameterField field);
+// Numbers differ when they are not equal, doubles when they are more than 0.0001 apart.
+FXBOX_API bool ParameterFieldsDiffer(ConstParameterField a, ConstParameterField b);
+
+// Copies a finished text to a caller's buffer if it fits, terminator included, and `size` is at
+// least `least`. Otherwise nothing is written. A null buffer is never written.
+FXBOX_API void CopyParameterText(const std::string& text, int least, char* buffer, int size);
+
+template <class Parameters>
+struct ParameterRow : ParameterDescription {
+  using Member = std::variant<std::int32_t Parameters::*, std::uint8_t Parameters::*,
+                              bool Parameters::*, double Parameters::*>;
+
+  template <class Field>
+  constexpr ParameterRow(const char* rowKey, const char* rowPrinted, Field Parameters::*rowMember,
+                         ParameterDescription more = {})
+      : ParameterDescription(more), member(rowMember) {
+    key = rowKey;
+    printed = rowPrinted;
+    kind = std::is_same_v<Field, bool>           ? ParameterKind::Flag
+           : std::is_same_v<Field, double>       ? ParameterKind::Double
+           : std::is_same_v<Field, std::uint8_t> ? ParameterKind::Byte
+                                                 : ParameterKind::Integer;
+  }
+
+  ParameterField In(Parameters& parameters) const {
+    return std::visit([&](auto m) -> ParameterField { return &(parameters.*m); }, member);
+  }
+  ConstParameterField In(const Parameters& parameters) const {
+    return std::visit([&](auto m) -> ConstParameterField { return &(parameters.*m); }, member);
+  }
+
+  Member member;
+};
+
+template <class Parameters>
+void ReadParameters(const char* text, Parameters& parameters) {
+  for (const auto& row : Parameters::Rows()) ReadParameterField(text, row, row.In(parameters));
+}
+
+template <class Parameters>
+std::string PrintParameters(const Parameters& parameters) {
+  std::string text;
+  for (const auto& row : Parameters::Rows()) PrintParameterField(text, row, row.In(parameters));
+  return text;
+}
+
+template <class Parameters>
+bool ParametersDiffer(const Parameters& a, const Parameters& b) {
+  for (const auto& row : Parameters::Rows()) {
+    if (ParameterFieldsDiffer(row.In(a), row.In(b))) return true;
+  }
+  return false;
+}
+
+template <class Parameters>
+std::vector<ParameterDescription> DescribeParameters() {
+  return {Parameters::Rows().begin(), Parameters::Rows().end()};
+}

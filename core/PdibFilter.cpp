@@ -1,0 +1,367 @@
+#include "core/PdibFilter.h"
+
+#include <objbase.h>
+
+#include <cstring>
+#include <mutex>
+
+#include "base/Arithmetic.h"
+#include "core/FilterIcon.h"
+#include "core/ParameterReaders.h"
+#include "platform/component/Guard.h"
+#include "platform/component/OleText.h"
+
+namespace {
+
+using platform::ComPtr;
+using platform::Guard;
+
+// Process-wide. The picture lock is taken again by the same thread when a pull passes several
+// filters.
+struct ProcessLocks {
+  std::mutex revision;
+  std::recursive_mutex picture;
+};
+ProcessLocks locks;
+
+void CopyIfShorter(const KvString& text, char* buffer, int size) {
+  if (text.GetLength() < size)
+    std::memcpy(buffer, static_cast<const char*>(text), text.GetLength() + 1u);
+}
+
+// Exchanges the reference only when it is another object's.
+template <class Interface>
+void Exchange(ComPtr<Interface>& held, IUnknown* unknown) {
+  auto queried = ComPtr<Interface>::Query(unknown);
+  if (!(held == queried.Get())) held = std::move(queried);
+}
+
+template <class Interface>
+HRESULT QueryNeighbour(const ComPtr<Interface>& neighbour, REFIID iid, void** result) {
+  if (!result) return E_POINTER;
+  *result = nullptr;
+  return neighbour ? neighbour->QueryInterface(iid, result) : E_NOINTERFACE;
+}
+
+std::int64_t Area(int width, int height) {
+  return std::int64_t{width} * height;
+}
+
+// Keeps a picture that is large enough and not over four times too large.
+bool EnsurePicture(std::unique_ptr<MemoryPicture>& picture, const char* name, int width,
+                   int height) {
+  const bool keep = picture && picture->Width() >= width && picture->Height() >= height &&
+                    Area(picture->Width(), picture->Height()) / 4 <= Area(width, height);
+  if (keep) return true;
+  picture.reset();
+  picture = std::make_unique<MemoryPicture>(name, width, height, true, true);
+  if (!picture->IsValid()) picture.reset();
+  return picture != nullptr;
+}
+
+}  // namespace
+
+CPdibFilter::CPdibFilter(const FilterClass& row) : classRow(row), order(row.order) {
+  SetClassId(row.classId);
+}
+
+CPdibFilter::~CPdibFilter() = default;
+
+void CPdibFilter::MapSize(int w, int h, int* inW, int* inH) {
+  *inW = w;
+  *inH = h;
+}
+
+// --- IAnimFilter
+
+HRESULT CPdibFilter::GetName(char* buffer, int size) {
+  if (!buffer || size < 1) return S_OK;
+  buffer[0] = 0;
+  CopyIfShorter(name, buffer, size);
+  return S_OK;
+}
+
+HRESULT CPdibFilter::CreateIcon(REFIID iid, void** result) {
+  if (!result) return E_POINTER;
+  *result = nullptr;
+  if (!classRow.iconName) return E_NOINTERFACE;
+  return Guard([&] {
+    auto icon = ComPtr<IAnimFilterIcon>::Attach(new CFilterIcon(classRow));
+    const HRESULT status = icon->QueryInterface(iid, result);
+    return FAILED(status) ? E_NOINTERFACE : status;
+  });
+}
+
+HRESULT CPdibFilter::GetOrder(int* result) {
+  if (!result) return E_POINTER;
+  *result = order;
+  return S_OK;
+}
+
+HRESULT CPdibFilter::GetKind(int* kind) {
+  if (!kind) return E_POINTER;
+  *kind = classRow.sortKey;
+  return S_OK;
+}
+
+HRESULT CPdibFilter::GetDestination(REFIID iid, void** result) {
+  return QueryNeighbour(destination, iid, result);
+}
+
+HRESULT CPdibFilter::GetSource(REFIID iid, void** result) {
+  return QueryNeighbour(source, iid, result);
+}
+
+HRESULT CPdibFilter::SetDestination(IUnknown* newDestination) {
+  selfChanged = true;
+  Exchange(destination, newDestination);
+  if (destination) destination->AttachSource(static_cast<IAnimFilter*>(this));
+  return S_OK;
+}
+
+HRESULT CPdibFilter::SetSource(IUnknown* newSource) {
+  selfChanged = true;
+  Exchange(source, newSource);
+  if (source) source->AttachDestination(static_cast<IAnimFilter*>(this));
+  return S_OK;
+}
+
+HRESULT CPdibFilter::AttachSource(IUnknown* newSource) {
+  sourceChanged = true;
+  Exchange(source, newSource);
+  return S_OK;
+}
+
+HRESULT CPdibFilter::AttachDestination(IUnknown* newDestination) {
+  sourceChanged = true;
+  Exchange(destination, newDestination);
+  return S_OK;
+}
+
+HRESULT CPdibFilter::CreateDialog(REFIID, void** result) {
+  if (!result) return E_POINTER;
+  *result = nullptr;
+  return E_NOINTERFACE;
+}
+
+HRESULT CPdibFilter::SetClassId(REFCLSID newClassId) {
+  return Guard([&] {
+    classId = newClassId;
+    LPOLESTR progId = nullptr;
+    if (SUCCEEDED(ProgIDFromCLSID(newClassId, &progId))) {
+      name = platform::TakeOleText(progId).c_str();
+    } else if (base::SameGuid(newClassId, classRow.classId)) {
+      // A class of this module knows its name without being registered.
+      name = classRow.progId;
+    } else {
+      name.Empty();
+    }
+    return S_OK;
+  });
+}
+
+// --- IAnimFilterSrcCallsThis
+
+HRESULT CPdibFilter::SetPictureSize(int width, int height) {
+  told.width = width;
+  told.height = height;
+  return S_OK;
+}
+
+HRESULT CPdibFilter::SetOffset(int x, int y) {
+  told.offsetX = x;
+  told.offsetY = y;
+  return S_OK;
+}
+
+HRESULT CPdibFilter::SetExtent(int width, int height) {
+  told.extentWidth = width;
+  told.extentHeight = height;
+  return S_OK;
+}
+
+HRESULT CPdibFilter::SetTargetSize(int width, int height) {
+  told.targetWidth = width;
+  told.targetHeight = height;
+  return destination ? destination->SetTargetSize(width, height) : S_OK;
+}
+
+HRESULT CPdibFilter::QuerySize(int* width, int* height, double aspect) {
+  if (!width || !height) return E_POINTER;
+  int wantedW = -1;
+  int wantedH = -1;
+  if (destination) destination->QuerySize(&wantedW, &wantedH, aspect);
+  *width = *height = -1;
+  if (wantedW > 0 && wantedH > 0) MapSize(wantedW, wantedH, width, height);
+  return S_OK;
+}
+
+HRESULT CPdibFilter::SetZoom(double newZoom) {
+  zoom = newZoom;
+  return destination ? destination->SetZoom(newZoom) : S_OK;
+}
+
+HRESULT CPdibFilter::SetMark(int a, int b) {
+  mark[0] = a;
+  mark[1] = b;
+  return destination ? destination->SetMark(a, b) : S_OK;
+}
+
+HRESULT CPdibFilter::GetMark(int* a, int* b) {
+  return destination ? destination->GetMark(a, b) : S_OK;
+}
+
+HRESULT CPdibFilter::Lock() {
+  return destination ? destination->Lock() : S_OK;
+}
+
+HRESULT CPdibFilter::Unlock() {
+  return destination ? destination->Unlock() : S_OK;
+}
+
+HRESULT CPdibFilter::ExpandText(const char* text, char** expanded) {
+  return destination ? destination->ExpandText(text, expanded) : S_OK;
+}
+
+HRESULT CPdibFilter::QueryPrintScale(double* scale) {
+  return destination ? destination->QueryPrintScale(scale) : S_OK;
+}
+
+HRESULT CPdibFilter::HostCall3(std::intptr_t a, std::intptr_t b, std::intptr_t c) {
+  return destination ? destination->HostCall3(a, b, c) : S_OK;
+}
+
+HRESULT CPdibFilter::HostCall1(std::intptr_t a) {
+  return destination ? destination->HostCall1(a) : E_FAIL;
+}
+
+HRESULT CPdibFilter::HostCall1b(std::intptr_t a) {
+  return destination ? destination->HostCall1b(a) : S_OK;
+}
+
+// --- IAnimFilterDestCallsThis
+
+HRESULT CPdibFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
+                              BYTE** colourRows, BYTE** maskRows) {
+  return Guard([&]() -> HRESULT {
+    const std::lock_guard lock(locks.picture);
+    if (!source) {
+      selfChanged = false;
+      return 1;
+    }
+    const HRESULT result =
+        source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows);
+    selfChanged = sourceChanged = result != 0;
+    return result;
+  });
+}
+
+HRESULT CPdibFilter::SetAbort(bool newAbort) {
+  const HRESULT status = source ? source->SetAbort(newAbort) : S_OK;
+  abort = newAbort;
+  return status;
+}
+
+HRESULT CPdibFilter::Prepare(bool* changed, int* consumerRevision, bool trackRevision) {
+  return Guard([&] {
+    if (source) {
+      // A revision of -1 never matches, so that the source answers changed.
+      int unknown = -1;
+      bool upstream = sourceChanged;
+      source->Prepare(&upstream, trackRevision ? &sourceRevision : &unknown, trackRevision);
+      if (upstream) sourceChanged = true;
+    }
+    if (const bool different = told != input; IsDirty() || different) {
+      SetTargetSize(told.targetWidth, told.targetHeight);
+      input = told;
+      output = input;
+      Commit();
+      selfChanged = true;
+    }
+    PassInfoOn();
+    bool now = Changed();
+    {
+      const std::lock_guard lock(locks.revision);
+      int forgotten = -1;
+      int& consumer = consumerRevision ? *consumerRevision : forgotten;
+      if (now && consumer == revision) revision = base::WrapToInt32(std::int64_t{revision} + 1);
+      if (consumer != revision) {
+        now = true;
+        consumer = revision;
+      }
+    }
+    if (changed) *changed = *changed || now;
+    return S_OK;
+  });
+}
+
+void CPdibFilter::PassInfoOn() {
+  if (!destination) return;
+  destination->SetPictureSize(output.width, output.height);
+  destination->SetExtent(output.extentWidth, output.extentHeight);
+  destination->SetOffset(output.offsetX, output.offsetY);
+}
+
+HRESULT CPdibFilter::GetInfo(int* width, int* height, int* offsetX, int* offsetY, int* extentWidth,
+                             int* extentHeight) {
+  bool ignored = false;
+  int unknown = -1;
+  Prepare(&ignored, &unknown, false);
+  const auto give = [](int* target, int value) {
+    if (target) *target = value;
+  };
+  give(width, output.width);
+  give(height, output.height);
+  give(offsetX, output.offsetX);
+  give(offsetY, output.offsetY);
+  give(extentWidth, output.extentWidth);
+  give(extentHeight, output.extentHeight);
+  return S_OK;
+}
+
+HRESULT CPdibFilter::ReadPixel(BYTE* pixel) {
+  return source ? source->ReadPixel(pixel) : E_FAIL;
+}
+
+HRESULT CPdibFilter::SendToSource(std::intptr_t message) {
+  return source ? source->SendToSource(message) : S_OK;
+}
+
+// --- IAnimFilterParameter
+
+HRESULT CPdibFilter::SetNamedValue(const char* key, const char* value) {
+  if (!key || !value) return E_POINTER;
+  return Guard([&] {
+    namedValues[key] = value;
+    return S_OK;
+  });
+}
+
+HRESULT CPdibFilter::GetNamedValue(const char* key, char* buffer, int size) {
+  if (!key || !buffer) return E_POINTER;
+  return Guard([&] {
+    const auto found = namedValues.find(key);
+    if (size < 1 || found == namedValues.end() || found->second.GetLength() >= size) return E_FAIL;
+    CopyIfShorter(found->second, buffer, size);
+    return S_OK;
+  });
+}
+
+// --- for the classes
+
+bool CPdibFilter::EnsurePictures(int inputW, int inputH, int outputW, int outputH) {
+  const std::lock_guard lock(locks.picture);
+  bool all = true;
+  if (inputW != 0 || inputH != 0) all = EnsurePicture(inputPicture, "input", inputW, inputH);
+  if (outputW == 0 && outputH == 0) return all;
+  return EnsurePicture(outputPicture, "output", outputW, outputH) && all;
+}
+
+void CPdibFilter::ClearChanges() {
+  selfChanged = sourceChanged = false;
+}
+
+void CPdibFilter::ReadVisibility(const char* text) {
+  bool ignored = false;
+  ReadParamBool(text, "Vis", visible, ignored);
+}

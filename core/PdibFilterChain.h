@@ -1,0 +1,80 @@
+// CPdibFilterChain: an ordered run of filters between a source and a destination.
+#pragma once
+
+#include "base/Export.h"
+#include "core/AnimChain.h"
+#include "core/AnimInterfaces.h"
+#include "core/ChainText.h"
+#include "platform/component/ComObject.h"
+#include "platform/component/ComPtr.h"
+
+// The chain holds no list: it is the links of the filters themselves, and the object keeps the two
+// ends, the first filter and a cursor. Each further filter lives by its neighbours' references. One
+// thread at a time; the destination is told Lock and Unlock around changes, so that its host stops
+// pulling.
+class FXBOX_API CPdibFilterChain final
+    : public platform::ComObject<CPdibFilterChain, IAnimFilterChain> {
+ public:
+  CPdibFilterChain() = default;
+  ~CPdibFilterChain();
+
+  HRESULT STDMETHODCALLTYPE SetSource(IUnknown* newSource) override;
+  HRESULT STDMETHODCALLTYPE SetDestination(IUnknown* newDestination) override;
+  HRESULT STDMETHODCALLTYPE GetCount(int* count) override;
+  HRESULT STDMETHODCALLTYPE GetAt(int index, REFIID iid, void** result) override;
+  HRESULT STDMETHODCALLTYPE FindByName(const char* name, REFIID iid, void** result) override;
+  HRESULT STDMETHODCALLTYPE Insert(IUnknown* filter) override;
+  HRESULT STDMETHODCALLTYPE InsertAt(int index, IUnknown* filter) override;
+  HRESULT STDMETHODCALLTYPE RemoveAll() override;
+  HRESULT STDMETHODCALLTYPE RemoveAt(int index) override;
+  HRESULT STDMETHODCALLTYPE RemoveByNameLocked(const char* name) override;
+  HRESULT STDMETHODCALLTYPE RemoveByName(const char* name) override;
+  HRESULT STDMETHODCALLTYPE TouchChain(std::intptr_t a, std::intptr_t b) override;
+  HRESULT STDMETHODCALLTYPE GetChainText(char* buffer, int size, const char* open,
+                                         const char* close, bool active) override;
+  HRESULT STDMETHODCALLTYPE SetChainTextLocked(const char* text, const char* open,
+                                               const char* close,
+                                               IAnimFilterCreator* creator) override;
+  HRESULT STDMETHODCALLTYPE SetChainText(const char* text, const char* open, const char* close,
+                                         IAnimFilterCreator* creator) override;
+  HRESULT STDMETHODCALLTYPE UpdateChain(const char* text, const char* open, const char* close,
+                                        IAnimFilterCreator* creator) override;
+  HRESULT STDMETHODCALLTYPE CheckArgument(std::intptr_t argument) override;
+
+ private:
+  class Locked;
+  enum class Step { Same, Update, Drop, Create, Append };
+
+  // Walking. The cursor is not counted; null is the end of the run.
+  IAnimFilter* GoFirst();
+  IAnimFilter* GoNext();
+  IAnimFilter* GoPrevious();
+  IAnimFilter* GoLast();
+  // A negative index gives the last filter. `count` ends as the number of filters visited.
+  IAnimFilter* FindAt(int index, int& count);
+  IAnimFilter* FindNamed(const char* name);
+  bool Holds(IUnknown* filter);
+
+  void LinkEnds();
+  void InsertFirst(IAnimFilter* filter);
+  void InsertBehindCursor(IAnimFilter* filter);
+  void InsertLast(IAnimFilter* filter);
+  void InsertBeforeCursor(IAnimFilter* filter);
+  void InsertByOrder(IAnimFilter* filter);
+  // Takes the cursor's filter out; its successor becomes the cursor.
+  IAnimFilter* RemoveCursor();
+  void RemoveFrom(IAnimFilter* filter);
+
+  Step Decide(int position, const ChainTextItem& item);
+  void Apply(Step step, const ChainTextItem& item, IAnimFilterCreator* creator);
+  HRESULT UpdateItem(const ChainTextItem& item, IAnimFilterCreator* creator);
+
+  void ChainLock();
+  void ChainUnlock();
+
+  platform::ComPtr<IAnimFilterDestCallsThis> source;
+  platform::ComPtr<IAnimFilterSrcCallsThis> destination;
+  platform::ComPtr<IAnimFilter> first;
+  IAnimFilter* current = nullptr;
+  bool locked = false;
+};
