@@ -1,0 +1,102 @@
+#include "filters/colour/AdoptColorFilter.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "core/ParameterReaders.h"
+#include "filters/tools/ColourConversion.h"
+
+namespace {
+
+// For items without a pending copy.
+template <class Value>
+void ReadLive(bool (*read)(const char*, const char*, Value&, bool&), const char* text,
+              const char* key, std::atomic<Value>& field) {
+  Value value = field;
+  bool ignored = false;
+  if (read(text, key, value, ignored)) field = value;
+}
+
+std::string PrintMap(double a, double b) {
+  // Two doubles of up to 309 digits before the point.
+  char text[700];
+  std::snprintf(text, sizeof text, ", LightA=%f, LightB=%f", a, b);
+  return text;
+}
+
+}  // namespace
+
+std::span<const ParameterRow<AdoptColorParameters>> AdoptColorParameters::Rows() {
+  using P = AdoptColorParameters;
+  static constexpr ParameterRow<P> kRows[] = {
+      {"Intensity", "Intensity=%.3d", &P::intensity, {.gloss = "share of the coloured picture"}},
+      {"ColorRed", ", ColorRed=%.3d", &P::red, {.greatest = 255, .gloss = "red of the colour"}},
+      {"ColorGreen",
+       ", ColorGreen=%.3d",
+       &P::green,
+       {.greatest = 255, .gloss = "green of the colour"}},
+      {"ColorBlue",
+       ", ColorBlue=%.3d",
+       &P::blue,
+       {.greatest = 255, .gloss = "blue of the colour"}}};
+  return kRows;
+}
+
+void CAdoptColorFilter::Commit() {
+  ParameterFilter::Commit();
+  kernels::RgbToHls(active.red, active.green, active.blue, targetHue, targetLightness,
+                    targetSaturation);
+}
+
+void CAdoptColorFilter::ReadText(const char* text) {
+  ParameterFilter::ReadText(text);
+  ReadLive(ReadParamInt, text, "ExBlit", exBlit);
+  ReadLive(ReadParamInt, text, "ExParam", exParam);
+  ReadLive(ReadParamDouble, text, "LightA", lightA);
+  ReadLive(ReadParamDouble, text, "LightB", lightB);
+}
+
+// The long text carries what was measured, and only the active parameters belong to that.
+HRESULT CAdoptColorFilter::GetActiveParameter(char* buffer, int size) {
+  if (exParam == 0) return ParameterFilter::GetActiveParameter(buffer, size);
+  return platform::Guard([&] {
+    CopyParameterText("ExBlit=1, " + PrintParameters(active) + PrintMap(lightA, lightB),
+                      AdoptColorParameters::kLeastBuffer, buffer, size);
+    return S_OK;
+  });
+}
+
+bool CAdoptColorFilter::Rebuild() {
+  return EnsurePictures(0, 0, output.width, output.height) && PullInput(*outputPicture) &&
+         (exBlit != 0 || Measure());
+}
+
+bool CAdoptColorFilter::Measure() {
+  kernels::LightnessStatistics statistics;
+  for (int y = 0; y < output.height; ++y) {
+    if (abort) return false;
+    kernels::AddLightness(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y],
+                          output.width, statistics);
+  }
+  const kernels::LightnessMap map = kernels::FitLightness(statistics, targetLightness);
+  lightA = map.factor;
+  lightB = map.offset;
+  return true;
+}
+
+void CAdoptColorFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
+                                int width) {
+  if (toMask) std::memcpy(toMask, mask, static_cast<std::size_t>(width));
+  if (!toColour) return;
+  kernels::AdoptColour(toColour, colour, width,
+                       {targetHue, targetSaturation, {lightA, lightB}, active.intensity});
+}
+
+// A single pixel knows no lightness of the picture: it is mixed with the colour.
+HRESULT CAdoptColorFilter::ReadPixel(BYTE* pixel) {
+  if (!pixel) return E_POINTER;
+  const HRESULT status = CPdibFilter::ReadPixel(pixel);
+  if (FAILED(status)) return status;
+  kernels::MixColour(pixel, 1, {active.blue, active.green, active.red}, active.intensity);
+  return S_OK;
+}

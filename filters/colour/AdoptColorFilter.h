@@ -1,0 +1,44 @@
+// Adopt colour: the picture takes over the hue and saturation of a colour, and its mean lightness.
+#pragma once
+
+#include <atomic>
+#include <span>
+
+#include "core/FilterShapes.h"
+#include "filters/tools/PointKernels.h"
+
+struct AdoptColorParameters {
+  std::int32_t intensity = 100;  // percent
+  std::uint8_t red = 0, green = 0, blue = 0;
+
+  static AdoptColorParameters ActiveStart() { return {0, 255, 255, 255}; }
+  static constexpr int kLeastBuffer = 201;
+  static std::span<const ParameterRow<AdoptColorParameters>> Rows();
+};
+
+// A text with `ExBlit` carries the lightness map that another object has measured, on a preview
+// say, and saves the measurement. Such items have no pending copy: they take effect at once.
+class CAdoptColorFilter final : public ParameterFilter<WholePictureFilter, AdoptColorParameters> {
+ public:
+  explicit CAdoptColorFilter(const FilterClass& row)
+      : ParameterFilter(row, {Cache::OutputPicture, ChangeFlags::ClearedAtStart}) {}
+
+  void Commit() override;
+  HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;
+  HRESULT STDMETHODCALLTYPE GetActiveParameter(char* buffer, int size) override;
+
+ private:
+  void ReadText(const char* text) override;
+  bool Rebuild() override;
+  bool Measure();
+  void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
+               int width) override;
+
+  double targetHue = 0;
+  double targetLightness = 0;
+  double targetSaturation = 0;
+  std::atomic<double> lightA{1.0};
+  std::atomic<double> lightB{0.0};
+  std::atomic<std::int32_t> exBlit{0};
+  std::atomic<std::int32_t> exParam{0};
+};

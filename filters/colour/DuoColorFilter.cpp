@@ -1,0 +1,47 @@
+#include "filters/colour/DuoColorFilter.h"
+
+std::span<const ParameterRow<DuoColorParameters>> DuoColorParameters::Rows() {
+  using P = DuoColorParameters;
+  static constexpr ParameterRow<P> kRows[] = {
+      {"Intensity", "Intensity=%.3d", &P::intensity, {.gloss = "share of the two-tone picture"}},
+      {"ColorRed", ", ColorRed=%.3d", &P::red, {.greatest = 255, .gloss = "red of the shadows"}},
+      {"ColorGreen",
+       ", ColorGreen=%.3d",
+       &P::green,
+       {.greatest = 255, .gloss = "green of the shadows"}},
+      {"ColorBlue",
+       ", ColorBlue=%.3d",
+       &P::blue,
+       {.greatest = 255, .gloss = "blue of the shadows"}},
+      {"Red2", ", Red2=%.3d", &P::red2, {.greatest = 255, .gloss = "red of the highlights"}},
+      {"Green2",
+       ", Green2=%.3d",
+       &P::green2,
+       {.greatest = 255, .gloss = "green of the highlights"}},
+      {"Blue2", ", Blue2=%.3d", &P::blue2, {.greatest = 255, .gloss = "blue of the highlights"}}};
+  return kRows;
+}
+
+void CDuoColorFilter::Commit() {
+  ParameterFilter::Commit();
+  colours = kernels::MakeDuoColours({active.blue, active.green, active.red},
+                                    {active.blue2, active.green2, active.red2}, active.intensity);
+}
+
+void CDuoColorFilter::ReadText(const char* text) {
+  ParameterFilter::ReadText(text);
+  ReadVisibility(text);
+}
+
+// The mark of a hidden filter follows the text, and stands alone where the buffer is too small for
+// it.
+void CDuoColorFilter::PrintText(const DuoColorParameters& parameters, char* buffer, int size) {
+  std::string text;
+  if (size >= DuoColorParameters::kLeastBuffer) text = PrintParameters(parameters);
+  text += VisibilityText();
+  if (!text.empty()) CopyParameterText(text, 0, buffer, size);
+}
+
+void CDuoColorFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
+  kernels::DuoColour(colour, width, colours);
+}

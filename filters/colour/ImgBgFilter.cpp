@@ -1,0 +1,40 @@
+#include "filters/colour/ImgBgFilter.h"
+
+#include <algorithm>
+
+#include "filters/colour/MaskColourParameters.h"
+#include "filters/tools/PointKernels.h"
+
+std::span<const ParameterRow<ImgBgParameters>> ImgBgParameters::Rows() {
+  return kMaskColourRows<ImgBgParameters>;
+}
+
+// The result covers picture and extent; what lies beyond the picture is filled too.
+void CImgBgFilter::Commit() {
+  ParameterFilter::Commit();
+  output.width = output.extentWidth = std::max(input.width, input.extentWidth);
+  output.height = output.extentHeight = std::max(input.height, input.extentHeight);
+  output.offsetX = output.offsetY = 0;
+}
+
+// A source that stopped is not told apart: what it gave is composed, and the abort flag ends the
+// rows.
+bool CImgBgFilter::Rebuild() {
+  if (!EnsurePictures(output.width, output.height, 0, 0)) return false;
+  PullInput(*inputPicture);
+  for (int y = 0; y < output.height; ++y) {
+    if (abort) return false;
+    kernels::PutBackground(inputPicture->ColourRows()[y], inputPicture->MaskRows()[y], output.width,
+                           {active.blue, active.green, active.red}, active.transparency);
+  }
+  return true;
+}
+
+HRESULT CImgBgFilter::ReadPixel(BYTE* pixel) {
+  if (!pixel) return E_POINTER;
+  const HRESULT status = CPdibFilter::ReadPixel(pixel);
+  if (FAILED(status)) return status;
+  kernels::PutBackgroundPixel(pixel, pixel + base::kBytesPerPixel,
+                              {active.blue, active.green, active.red}, active.transparency);
+  return S_OK;
+}

@@ -1,0 +1,27 @@
+// Image background: a colour behind what is transparent.
+#pragma once
+
+#include <span>
+
+#include "core/FilterShapes.h"
+
+struct ImgBgParameters {
+  std::uint8_t red = 180, green = 180, blue = 180;
+  std::int32_t transparency = 0;  // of the colour, percent
+
+  static ImgBgParameters ActiveStart() { return {255, 255, 255, 255}; }
+  static constexpr int kLeastBuffer = 221;
+  static std::span<const ParameterRow<ImgBgParameters>> Rows();
+};
+
+class CImgBgFilter final : public ParameterFilter<WholePictureFilter, ImgBgParameters> {
+ public:
+  explicit CImgBgFilter(const FilterClass& row)
+      : ParameterFilter(row, {Cache::InputPicture, ChangeFlags::ClearedAtEnd}) {}
+
+  void Commit() override;
+  HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;
+
+ private:
+  bool Rebuild() override;
+};

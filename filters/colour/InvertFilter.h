@@ -1,0 +1,27 @@
+// Invert: the negative, mixed with the picture.
+#pragma once
+
+#include <span>
+
+#include "core/FilterShapes.h"
+#include "filters/tools/PointKernels.h"
+
+struct InvertParameters {
+  std::int32_t amount = 0;  // percent
+
+  static InvertParameters ActiveStart() { return {.amount = -1}; }
+  static constexpr int kLeastBuffer = 31;
+  static std::span<const ParameterRow<InvertParameters>> Rows();
+};
+
+class CInvertFilter final : public ParameterFilter<RowFilter, InvertParameters> {
+ public:
+  explicit CInvertFilter(const FilterClass& row) : ParameterFilter(row, {}) {}
+
+  void Commit() override;
+
+ private:
+  void ChangeRow(BYTE* colour, BYTE* mask, int width) override;
+
+  kernels::ByteTable table = kernels::BuildInvertTable(active.amount);
+};

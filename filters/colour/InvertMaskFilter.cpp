@@ -1,0 +1,32 @@
+#include "filters/colour/InvertMaskFilter.h"
+
+#include "filters/colour/MaskColourParameters.h"
+#include "filters/tools/PointKernels.h"
+
+std::span<const ParameterRow<InvertMaskParameters>> InvertMaskParameters::Rows() {
+  return kMaskColourRows<InvertMaskParameters>;
+}
+
+// No abort test between the rows: the picture in the cache is whole or not begun.
+bool CInvertMaskFilter::Rebuild() {
+  if (!EnsurePictures(0, 0, output.width, output.height) || !PullInput(*outputPicture)) {
+    return false;
+  }
+  for (int y = 0; y < output.height; ++y) {
+    ChangeRow(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y], output.width);
+  }
+  return true;
+}
+
+void CInvertMaskFilter::ChangeRow(BYTE* colour, BYTE* mask, int width) const {
+  kernels::InvertMask(colour, mask, width, {active.blue, active.green, active.red},
+                      active.transparency);
+}
+
+HRESULT CInvertMaskFilter::ReadPixel(BYTE* pixel) {
+  if (!pixel) return E_POINTER;
+  const HRESULT status = CPdibFilter::ReadPixel(pixel);
+  if (FAILED(status)) return status;
+  ChangeRow(pixel, pixel + base::kBytesPerPixel, 1);
+  return S_OK;
+}

@@ -1,0 +1,28 @@
+// Transparency: the whole picture made see-through.
+#pragma once
+
+#include <span>
+
+#include "core/FilterShapes.h"
+#include "filters/tools/PointKernels.h"
+
+struct TransParameters {
+  std::uint8_t keep =
+      255;  // 255 the mask stays, 0 all transparent; the text counts the other way, 0 to 100
+
+  static TransParameters ActiveStart() { return {.keep = 0}; }
+  static constexpr int kLeastBuffer = 31;
+  static std::span<const ParameterRow<TransParameters>> Rows();
+};
+
+class CTransFilter final : public ParameterFilter<RowFilter, TransParameters> {
+ public:
+  explicit CTransFilter(const FilterClass& row) : ParameterFilter(row, {.worksOnMask = true}) {}
+
+  void Commit() override;
+
+ private:
+  void ChangeRow(BYTE* colour, BYTE* mask, int width) override;
+
+  kernels::ByteTable table = kernels::BuildTransparencyTable(active.keep);
+};

@@ -1,0 +1,31 @@
+// The point kernels that have faster forms, chosen by vector unit.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "base/Export.h"
+#include "filters/tools/PointKernels.h"
+#include "filters/tools/Simd.h"
+
+namespace kernels {
+
+// Functions with the contracts of PointKernels.h and byte for byte their results.
+struct PointKernelTable {
+  void (*sepia)(std::uint8_t* colour, int width, std::uint8_t keep);
+  void (*mapBytes)(std::uint8_t* bytes, std::size_t count, const std::uint8_t* table);
+  void (*blackWhite)(std::uint8_t* colour, int width, int percent);
+  void (*shiftColours)(std::uint8_t* colour, int width, const ColourOffsets& offsets);
+};
+
+// The kernels of a level, which the processor must be able to run. No entry is null.
+FXBOX_API const PointKernelTable& PointKernelsFor(SimdLevel level);
+
+// The kernels of ActiveSimdLevel().
+FXBOX_API const PointKernelTable& ActivePointKernels();
+
+// The tables of the sibling files; only PointKernelsFor asks for them.
+const PointKernelTable& Avx2PointKernels();
+const PointKernelTable& Avx512PointKernels();
+
+}  // namespace kernels

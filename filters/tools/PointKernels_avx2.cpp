@@ -1,0 +1,287 @@
+// Point kernels for AVX2.
+//
+// Calls no inline function of another header: one that the linker shares between files would carry wide
+// instructions to processors that lack them.
+#include <immintrin.h>
+
+#include "filters/tools/PointKernelTable.h"
+
+namespace kernels {
+namespace {
+
+constexpr int kPixels = 32;  // of a block
+constexpr std::size_t kBlockBytes = 3 * kPixels;
+
+// One channel of the pixels of a block each.
+struct Planes {
+  __m256i blue, green, red;
+};
+
+// A block as it lies in the row.
+struct Block {
+  __m256i part0, part1, part2;
+};
+
+// One pattern of 16 bytes for both halves of a vector.
+struct alignas(16) Pattern {
+  std::uint8_t bytes[16];
+  operator __m256i() const {
+    return _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(bytes)));
+  }
+};
+
+// Three pieces of 16 bytes hold 16 pixels. Because 3 and 16 have no common divisor, the bytes of one
+// channel stand at different places in each piece: blends gather them in one vector, one shuffle sorts
+// them.
+
+// Where a piece holds bytes of the channel.
+constexpr Pattern Holds(int channel, int piece) {
+  Pattern p = {};
+  for (int j = 0; j < 16; ++j) {
+    p.bytes[j] = static_cast<std::uint8_t>((16 * piece + j) % 3 == channel ? 255 : 0);
+  }
+  return p;
+}
+
+// Where each pixel's byte of the channel lies in its piece.
+constexpr Pattern Places(int channel) {
+  Pattern p = {};
+  for (int i = 0; i < 16; ++i) p.bytes[i] = static_cast<std::uint8_t>((3 * i + channel) % 16);
+  return p;
+}
+
+// The way back: which pixel has its byte of the channel at each place.
+constexpr Pattern Pixels(int channel) {
+  Pattern p = {};
+  for (int i = 0; i < 16; ++i) p.bytes[(3 * i + channel) % 16] = static_cast<std::uint8_t>(i);
+  return p;
+}
+
+constexpr Pattern kHolds[3][3] = {{Holds(0, 0), Holds(0, 1), Holds(0, 2)},
+                                  {Holds(1, 0), Holds(1, 1), Holds(1, 2)},
+                                  {Holds(2, 0), Holds(2, 1), Holds(2, 2)}};
+constexpr Pattern kPlaces[] = {Places(0), Places(1), Places(2)};
+constexpr Pattern kPixelAt[] = {Pixels(0), Pixels(1), Pixels(2)};
+
+__m256i Load(const std::uint8_t* at) {
+  return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(at));
+}
+
+void Store(std::uint8_t* at, __m256i v) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(at), v);
+}
+
+__m256i Words(int value) { return _mm256_set1_epi16(static_cast<short>(value)); }
+__m256i Bytes(int value) { return _mm256_set1_epi8(static_cast<char>(value)); }
+
+// The weights of a pair of bytes.
+__m256i Weights(int first, int second) { return Words(first + second * 256); }
+
+[[gnu::always_inline]] inline Planes Split(const Block& block) {
+  // Lower halves: the three pieces of the first 16 pixels; upper halves: those of the others.
+  const __m256i piece0 = _mm256_permute2x128_si256(block.part0, block.part1, 0x30);
+  const __m256i piece1 = _mm256_permute2x128_si256(block.part0, block.part2, 0x21);
+  const __m256i piece2 = _mm256_permute2x128_si256(block.part1, block.part2, 0x30);
+  const auto plane = [&](int channel) {
+    const __m256i two = _mm256_blendv_epi8(piece0, piece1, kHolds[channel][1]);
+    return _mm256_shuffle_epi8(_mm256_blendv_epi8(two, piece2, kHolds[channel][2]),
+                               kPlaces[channel]);
+  };
+  return {plane(0), plane(1), plane(2)};
+}
+
+[[gnu::always_inline]] inline Block Join(const Planes& planes) {
+  const __m256i blue = _mm256_shuffle_epi8(planes.blue, kPixelAt[0]);
+  const __m256i green = _mm256_shuffle_epi8(planes.green, kPixelAt[1]);
+  const __m256i red = _mm256_shuffle_epi8(planes.red, kPixelAt[2]);
+  const auto piece = [&](int number) {
+    const __m256i two = _mm256_blendv_epi8(blue, green, kHolds[1][number]);
+    return _mm256_blendv_epi8(two, red, kHolds[2][number]);
+  };
+  const __m256i piece0 = piece(0);
+  const __m256i piece1 = piece(1);
+  const __m256i piece2 = piece(2);
+  return {_mm256_permute2x128_si256(piece0, piece1, 0x20),
+          _mm256_permute2x128_si256(piece2, piece0, 0x30),
+          _mm256_permute2x128_si256(piece1, piece2, 0x31)};
+}
+
+template <class Change>
+[[gnu::always_inline]] inline void ChangeBlock(std::uint8_t* at, const Change& change) {
+  const Block block = change({Load(at), Load(at + 32), Load(at + 64)});
+  Store(at, block.part0);
+  Store(at + 32, block.part1);
+  Store(at + 64, block.part2);
+}
+
+// Changes a row block by block; the last pixels go through a block aside.
+template <class Change>
+[[gnu::always_inline]] inline void ChangeRow(std::uint8_t* colour, int width,
+                                             const Change& change) {
+  for (; width >= kPixels; width -= kPixels, colour += kBlockBytes) ChangeBlock(colour, change);
+  if (width <= 0) return;
+  std::uint8_t rest[kBlockBytes] = {};
+  const std::size_t bytes = 3 * static_cast<std::size_t>(width);
+  __builtin_memcpy(rest, colour, bytes);
+  ChangeBlock(rest, change);
+  __builtin_memcpy(colour, rest, bytes);
+}
+
+// A plane out of the bytes of two planes side by side, in 16-bit lanes.
+template <class Change>
+[[gnu::always_inline]] inline __m256i ChangePairs(__m256i first, __m256i second,
+                                                  const Change& change) {
+  return _mm256_packus_epi16(change(_mm256_unpacklo_epi8(first, second)),
+                             change(_mm256_unpackhi_epi8(first, second)));
+}
+
+// The same with a plane beside the first two, doubled.
+template <class Change>
+[[gnu::always_inline]] inline __m256i ChangePairs(__m256i first, __m256i second, __m256i third,
+                                                  const Change& change) {
+  return _mm256_packus_epi16(
+      change(_mm256_unpacklo_epi8(first, second), _mm256_unpacklo_epi8(third, third)),
+      change(_mm256_unpackhi_epi8(first, second), _mm256_unpackhi_epi8(third, third)));
+}
+
+// Sepia takes 128 off all bytes by turning their top bit: the weights may then use the whole range of a
+// byte and no sum leaves 16 bits.
+class SepiaTone {
+ public:
+  explicit SepiaTone(int keep)
+      : mix_(Weights(keep, 255 - keep)),
+        blue_(Offset(-55, 255 - keep)),
+        green_(Offset(-13, 255 - keep)),
+        red_(Offset(49, 255 - keep)) {}
+
+  [[gnu::always_inline]] Block operator()(const Block& block) const {
+    const Planes planes = Split(block);
+    const Planes centred = {Centre(planes.blue), Centre(planes.green), Centre(planes.red)};
+    const __m256i lightness = ChangePairs(centred.green, centred.blue, centred.red, Lightness);
+    return Join({Toned(centred.blue, lightness, blue_), Toned(centred.green, lightness, green_),
+                 Toned(centred.red, lightness, red_)});
+  }
+
+ private:
+  // The weighted shift, and what takes a sum that is 255 x 128 too low to 32768 too low: the limits of a
+  // lane with sign are then 0 and 65535.
+  static __m256i Offset(int shift, int fade) { return Words(shift * fade - 128); }
+
+  static __m256i Centre(__m256i bytes) { return _mm256_xor_si256(bytes, Bytes(128)); }
+
+  // The weights sum to 256: the upper byte is the lightness, 128 off as well.
+  static __m256i Lightness(__m256i greenBlue, __m256i redTwice) {
+    const __m256i sum = _mm256_add_epi16(_mm256_maddubs_epi16(Weights(151, 28), greenBlue),
+                                         _mm256_maddubs_epi16(Weights(77, 0), redTwice));
+    return _mm256_srli_epi16(sum, 8);
+  }
+
+  [[gnu::always_inline]] __m256i Toned(__m256i channel, __m256i lightness, __m256i offset) const {
+    return ChangePairs(channel, lightness, [&](__m256i pairs) {
+      const __m256i sum = _mm256_adds_epi16(_mm256_maddubs_epi16(mix_, pairs), offset);
+      return DivideBy255(_mm256_xor_si256(sum, Words(0x8000)));
+    });
+  }
+
+  // Exact for all 16-bit values.
+  static __m256i DivideBy255(__m256i value) {
+    return _mm256_srli_epi16(_mm256_mulhi_epu16(value, Words(0x8081)), 7);
+  }
+
+  __m256i mix_, blue_, green_, red_;
+};
+
+void SepiaAvx2(std::uint8_t* colour, int width, std::uint8_t keep) {
+  ChangeRow(colour, width, SepiaTone(keep));
+}
+
+class GreyMix {
+ public:
+  explicit GreyMix(int percent) : mix_(Weights(100 - percent, percent)) {}
+
+  [[gnu::always_inline]] Block operator()(const Block& block) const {
+    const Planes planes = Split(block);
+    const __m256i grey = ChangePairs(planes.green, planes.blue, planes.red, Grey);
+    return Join({Mixed(planes.blue, grey), Mixed(planes.green, grey), Mixed(planes.red, grey)});
+  }
+
+ private:
+  // (71 B + 707 G + 222 R) / 1000 = (sum / 8) / 125. The sum needs 18 bits, its eighth 15: the multiples
+  // of 8 in the weights are divided beforehand, the rest of the sum apart. 33555 / 2^22 is close enough to
+  // 1 / 125 for any eighth.
+  static __m256i Grey(__m256i greenBlue, __m256i redTwice) {
+    const __m256i eighths = _mm256_add_epi16(_mm256_maddubs_epi16(greenBlue, Weights(88, 8)),
+                                             _mm256_maddubs_epi16(redTwice, Weights(27, 0)));
+    const __m256i rest = _mm256_add_epi16(_mm256_maddubs_epi16(greenBlue, Weights(3, 7)),
+                                          _mm256_maddubs_epi16(redTwice, Weights(6, 0)));
+    const __m256i eighth = _mm256_add_epi16(eighths, _mm256_srli_epi16(rest, 3));
+    return _mm256_srli_epi16(_mm256_mulhi_epu16(eighth, Words(33555)), 6);
+  }
+
+  // 5243 / 2^19 is close enough to 1 / 100 for sums up to 25500.
+  [[gnu::always_inline]] __m256i Mixed(__m256i channel, __m256i grey) const {
+    return ChangePairs(channel, grey, [this](__m256i pairs) {
+      const __m256i sum = _mm256_maddubs_epi16(pairs, mix_);
+      return _mm256_srli_epi16(_mm256_mulhi_epu16(sum, Words(5243)), 3);
+    });
+  }
+
+  __m256i mix_;
+};
+
+void BlackWhiteAvx2(std::uint8_t* colour, int width, int percent) {
+  if (percent < 0 || percent > 100) return BlackWhite(colour, width, percent);
+  ChangeRow(colour, width, GreyMix(percent));
+}
+
+void ShiftColoursAvx2(std::uint8_t* colour, int width, const ColourOffsets& offsets) {
+  const auto above = [](int offset) { return Bytes(offset > 0 ? offset : 0); };
+  const Block raise = Join({above(offsets.blue), above(offsets.green), above(offsets.red)});
+  const Block lower = Join({above(-offsets.blue), above(-offsets.green), above(-offsets.red)});
+  const auto shift = [](__m256i bytes, __m256i up, __m256i down) {
+    return _mm256_subs_epu8(_mm256_adds_epu8(bytes, up), down);
+  };
+  ChangeRow(colour, width, [&](const Block& block) -> Block {
+    return {shift(block.part0, raise.part0, lower.part0),
+            shift(block.part1, raise.part1, lower.part1),
+            shift(block.part2, raise.part2, lower.part2)};
+  });
+}
+
+// The table in 16 parts of 16 entries. The lower four bits of a byte look it up in all parts, the
+// upper four choose among the results, one bit after the other.
+__m256i LookUp(const __m256i (&parts)[16], __m256i bytes) {
+  const __m256i places = _mm256_and_si256(bytes, Bytes(15));
+  __m256i found[16];
+#pragma GCC unroll 16
+  for (int i = 0; i < 16; ++i) found[i] = _mm256_shuffle_epi8(parts[i], places);
+#pragma GCC unroll 4
+  for (int bit = 4; bit < 8; ++bit) {
+    const __m256i upper = _mm256_slli_epi16(bytes, 7 - bit);  // the bit on top, where a blend looks
+#pragma GCC unroll 8
+    for (int i = 0; i < 128 >> bit; ++i) {
+      found[i] = _mm256_blendv_epi8(found[2 * i], found[2 * i + 1], upper);
+    }
+  }
+  return found[0];
+}
+
+void MapBytesAvx2(std::uint8_t* bytes, std::size_t count, const std::uint8_t* table) {
+  __m256i parts[16];
+  for (int i = 0; i < 16; ++i) {
+    parts[i] = _mm256_broadcastsi128_si256(
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(table + 16 * i)));
+  }
+  for (; count >= 32; count -= 32, bytes += 32) Store(bytes, LookUp(parts, Load(bytes)));
+  MapBytes(bytes, count, table);
+}
+
+}  // namespace
+
+const PointKernelTable& Avx2PointKernels() {
+  static constexpr PointKernelTable kTable = {SepiaAvx2, MapBytesAvx2, BlackWhiteAvx2,
+                                              ShiftColoursAvx2};
+  return kTable;
+}
+
+}  // namespace kernels

@@ -1,0 +1,26 @@
+// Which vector units the kernels may use: decided once from the processor and the environment.
+#pragma once
+
+#include "base/Export.h"
+
+namespace kernels {
+
+// Each level includes the ones before it. Plain is what every processor of the family runs; Avx512
+// stands for its byte permutes (VBMI) as well.
+enum class SimdLevel { Plain, Avx2, Avx512 };
+
+inline constexpr SimdLevel kSimdLevels[] = {SimdLevel::Plain, SimdLevel::Avx2, SimdLevel::Avx512};
+
+// "plain", "avx2" or "avx512".
+FXBOX_API const char* SimdLevelName(SimdLevel level);
+
+// The highest level that this processor and its system can run.
+FXBOX_API SimdLevel ProcessorSimdLevel();
+
+// `highest`, or the level that `limit` names where that is lower. Null and unknown names limit nothing.
+FXBOX_API SimdLevel LimitSimdLevel(SimdLevel highest, const char* limit);
+
+// The processor's level limited by FXBOX_SIMD in the environment, which is read once.
+FXBOX_API SimdLevel ActiveSimdLevel();
+
+}  // namespace kernels
