@@ -61,7 +61,7 @@ class QuotedReader {
  private:
   char Next() const { return At(list, at + 1); }
 
-  // All three start on the character before the first that they read and stop on the last one.
+  // These start on the character before the first that they read and stop on the last one.
   std::optional<char> ReadEscape() {
     const char c = Next();
     if (c == '\0') return std::nullopt;
@@ -73,14 +73,15 @@ class QuotedReader {
     return escape == kNone ? c : kEscapedBytes[escape];
   }
 
-  // A second digit is anything not below "0" as a signed character, and behind an octal digit
-  // anything at all is a last one, so that short and broken escapes take what follows them.
+  // Three characters at most, of which one that is no octal digit is the last: a short or broken
+  // escape takes what follows it as a digit. Characters are signed.
   std::optional<char> ReadOctal() {
     unsigned value = 0;
-    const auto take = [&] { value = value * 8 + static_cast<unsigned>(list[++at]) - '0'; };
-    take();
-    if (static_cast<signed char>(Next()) >= '0') take();
-    if (list[at] >= '0' && list[at] <= '7' && Next() != '\0') take();
+    for (int digit = 0; digit < 3 && Next() != '\0'; ++digit) {
+      const char c = list[++at];
+      value = value * 8 + static_cast<unsigned>(static_cast<signed char>(c)) - '0';
+      if (c < '0' || c > '7') break;
+    }
     return static_cast<char>(value & 255);
   }
 
