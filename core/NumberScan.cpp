@@ -91,10 +91,10 @@ struct Decimal {
   }
 };
 
-std::optional<Decimal> SplitDecimal(std::string_view text) {
+std::optional<Decimal> SplitDecimal(std::string_view text, std::string_view decimalPoint) {
   Decimal parts;
   parts.whole = SkipDigits(text);
-  if (Skip(text, std::localeconv()->decimal_point)) parts.fraction = SkipDigits(text);
+  if (Skip(text, decimalPoint)) parts.fraction = SkipDigits(text);
   if (parts.whole.empty() && parts.fraction.empty()) return std::nullopt;
   if (Skip(text, "e") || Skip(text, "E")) {
     parts.negativeExponent = SkipSign(text);
@@ -128,9 +128,13 @@ std::optional<std::uint32_t> ScanHex(std::string_view text) {
 }
 
 std::optional<double> ScanDouble(std::string_view text) {
+  return ScanDoubleWith(text, std::localeconv()->decimal_point);
+}
+
+std::optional<double> ScanDoubleWith(std::string_view text, std::string_view decimalPoint) {
   SkipBlanks(text);
   const bool negative = SkipSign(text);
-  const std::optional<Decimal> parts = SplitDecimal(text);
+  const std::optional<Decimal> parts = SplitDecimal(text, decimalPoint);
   if (!parts) return std::nullopt;
   const std::string digits = parts->Text();
   double value = 0;

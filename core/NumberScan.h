@@ -23,9 +23,10 @@ std::optional<std::uint64_t> ScanUnsigned64(std::string_view text);
 // Hexadecimal with or without "0x", "%lx". A value beyond 32 bits keeps its low 32.
 std::optional<std::uint32_t> ScanHex(std::string_view text);
 
-// Decimal with the decimal point of the process's numeric locale and an optional exponent, "%lf". A
-// value too large is infinite, one too small is 0, both with the sign given. "inf", "nan" and
-// hexadecimal fractions are no numbers.
+// Decimal with an optional exponent, "%lf". A value too large is infinite, one too small is 0, both
+// with the sign given. "inf", "nan" and hexadecimal fractions are no numbers. The first takes the
+// decimal point of the process's numeric locale.
 std::optional<double> ScanDouble(std::string_view text);
+std::optional<double> ScanDoubleWith(std::string_view text, std::string_view decimalPoint);
 
 }  // namespace core

@@ -85,5 +85,6 @@ double ParamDouble(char* text, double defaultValue, const char* key) {
       (*rest)[comma + 1] <= '9') {
     text[rest->data() - text + static_cast<std::ptrdiff_t>(comma)] = '.';
   }
-  return core::ScanDouble(*rest).value_or(defaultValue);
+  // What was repaired is read with a point, whatever the locale writes.
+  return core::ScanDoubleWith(*rest, ".").value_or(defaultValue);
 }

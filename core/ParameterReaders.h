@@ -29,5 +29,5 @@ FXBOX_API std::uint32_t ParamHex(const char* text, std::uint32_t defaultValue, c
 FXBOX_API bool ParamFlag(const char* text, bool defaultValue, const char* key);
 // Repairs a decimal comma first: where the first comma behind the key is less than three characters
 // away and a digit follows it, it becomes a point, in the caller's text. A comma further on parts
-// two items. The number is then read with the decimal point of the process's numeric locale.
+// two items. The number is then read with a point, under every locale.
 FXBOX_API double ParamDouble(char* text, double defaultValue, const char* key);

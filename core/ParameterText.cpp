@@ -1,5 +1,6 @@
 #include "core/ParameterText.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -15,6 +16,8 @@ template <class... Cases>
 struct Overloaded : Cases... {
   using Cases::operator()...;
 };
+template <class... Cases>
+Overloaded(Cases...) -> Overloaded<Cases...>;
 
 template <class Number>
 void AppendFormatted(std::string& text, const char* format, Number number) {

@@ -14,10 +14,14 @@ unsigned char Folded(char c) {
 
 const char* HiveName(Hive hive) {
   switch (hive) {
-    case Hive::ClassesRoot: return "HKEY_CLASSES_ROOT";
-    case Hive::LocalMachine: return "HKEY_LOCAL_MACHINE";
-    case Hive::CurrentUser: return "HKEY_CURRENT_USER";
-    case Hive::Users: break;
+    case Hive::ClassesRoot:
+      return "HKEY_CLASSES_ROOT";
+    case Hive::LocalMachine:
+      return "HKEY_LOCAL_MACHINE";
+    case Hive::CurrentUser:
+      return "HKEY_CURRENT_USER";
+    case Hive::Users:
+      break;
   }
   return "HKEY_USERS";
 }
@@ -52,6 +56,8 @@ std::string JoinKey(const KeyPath& path) {
   return key;
 }
 
-std::string_view ValueText(std::string_view value) { return value.substr(0, value.find('\0')); }
+std::string_view ValueText(std::string_view value) {
+  return value.substr(0, value.find('\0'));
+}
 
 }  // namespace platform

@@ -25,6 +25,8 @@ const Services& CurrentServices() {
 ScopedServices::ScopedServices(const Services& replacement)
     : previous(inForce.exchange(&replacement, std::memory_order_acq_rel)) {}
 
-ScopedServices::~ScopedServices() { inForce.store(previous, std::memory_order_release); }
+ScopedServices::~ScopedServices() {
+  inForce.store(previous, std::memory_order_release);
+}
 
 }  // namespace platform

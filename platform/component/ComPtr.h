@@ -3,6 +3,7 @@
 
 #include <unknwn.h>
 
+#include <cstddef>
 #include <utility>
 
 #include "platform/component/InterfaceId.h"
@@ -15,7 +16,7 @@ template <class Interface>
 class ComPtr {
  public:
   ComPtr() = default;
-  ComPtr(std::nullptr_t) {}
+  ComPtr(std::nullptr_t) {}  // NOLINT(google-explicit-constructor)
   explicit ComPtr(Interface* shared) : object(shared) {
     if (object) object->AddRef();
   }

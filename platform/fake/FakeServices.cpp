@@ -134,7 +134,6 @@ std::optional<std::string> FakeModules::Call(const std::filesystem::path& module
   return std::nullopt;
 }
 
-FakeServices::FakeServices()
-    : services{&registry, &SystemFiles(), &desktop, &terminal, &modules} {}
+FakeServices::FakeServices() : services{&registry, &SystemFiles(), &desktop, &terminal, &modules} {}
 
 }  // namespace platform

@@ -1,4 +1,5 @@
-// Services for tests: a registry in memory, a desktop that remembers, and services that fail on demand.
+// Services for tests: a registry in memory, a desktop that remembers, and services that fail on
+// demand.
 #pragma once
 
 #include <map>
@@ -20,7 +21,8 @@ class MemoryRegistry final : public Registry {
   RegistryResult DeleteTree(Hive hive, std::string_view key) override;
   std::vector<std::string> Subkeys(Hive hive, std::string_view key) override;
 
-  // Every key with its value, as lines "HIVE\key = value" in ascending order, to compare two states.
+  // Every key with its value, as lines "HIVE\key = value" in ascending order, to compare two
+  // states.
   std::vector<std::string> Snapshot() const;
 
  private:
@@ -46,8 +48,8 @@ class FailingCall {
   int count = 0;
 };
 
-// Passes every call on but the failing one: that reads nothing, or is refused with `result`. Calls of
-// all four kinds count.
+// Passes every call on but the failing one: that reads nothing, or is refused with `result`. Calls
+// of all four kinds count.
 class FailingRegistry final : public Registry {
  public:
   FailingRegistry(Registry& registry, int failAt, RegistryResult result = RegistryResult::Denied)
@@ -133,7 +135,8 @@ class FakeModules final : public Modules {
   std::optional<std::string> Call(const std::filesystem::path& module, const char* name,
                                   int& status) override;
 
-  // What each module answers, whatever function is called; a module that is missing here does not load.
+  // What each module answers, whatever function is called; a module that is missing here does not
+  // load.
   std::map<std::filesystem::path, int> answers;
   // The calls so far, those that failed included.
   std::vector<std::pair<std::filesystem::path, std::string>> calls;

@@ -18,14 +18,19 @@ namespace {
 
 constexpr ULONG kAllCategories = 0xFFFFFFFFu;
 
-Registry& ClassRegistry() { return *CurrentServices().registry; }
+Registry& ClassRegistry() {
+  return *CurrentServices().registry;
+}
 
 HRESULT StatusOf(RegistryResult result) {
   switch (result) {
     case RegistryResult::Done:
-    case RegistryResult::NotFound: return S_OK;  // what is to go is gone
-    case RegistryResult::Denied: return E_ACCESSDENIED;
-    case RegistryResult::Failed: break;
+    case RegistryResult::NotFound:
+      return S_OK;  // what is to go is gone
+    case RegistryResult::Denied:
+      return E_ACCESSDENIED;
+    case RegistryResult::Failed:
+      break;
   }
   return E_FAIL;
 }
@@ -83,11 +88,13 @@ class Selection {
  private:
   bool ImplementsOne(REFCLSID classId) const {
     const std::vector<CATID> has = CategoriesOf(classId, CategoryUse::Implemented);
-    return std::any_of(has.begin(), has.end(), [this](const CATID& id) { return Contains(oneOf, id); });
+    return std::any_of(has.begin(), has.end(),
+                       [this](const CATID& id) { return Contains(oneOf, id); });
   }
   bool RequiresNoOther(REFCLSID classId) const {
     const std::vector<CATID> has = CategoriesOf(classId, CategoryUse::Required);
-    return std::all_of(has.begin(), has.end(), [this](const CATID& id) { return Contains(only, id); });
+    return std::all_of(has.begin(), has.end(),
+                       [this](const CATID& id) { return Contains(only, id); });
   }
 
   bool anyImplemented, anyRequired, valid = false;

@@ -6,13 +6,14 @@
 
 namespace platform {
 
-// Keeps no state: it reads the class table and the registry at every call, so that any number of them
-// may be used from any thread. Registering writes to the registry only, never to announced classes.
+// Keeps no state: it reads the class table and the registry at every call, so that any number of
+// them may be used from any thread. Registering writes to the registry only, never to announced
+// classes.
 class CategoryManager final : public ComObject<CategoryManager, ICatInformation, ICatRegister> {
  public:
   HRESULT STDMETHODCALLTYPE EnumCategories(LCID lcid, IEnumCATEGORYINFO** result) override;
-  // Takes the description of another language where there is none of this one. Freed by the caller with
-  // CoTaskMemFree.
+  // Takes the description of another language where there is none of this one. Freed by the caller
+  // with CoTaskMemFree.
   HRESULT STDMETHODCALLTYPE GetCategoryDesc(REFCATID category, LCID lcid,
                                             LPOLESTR* description) override;
   // A count of -1 stands for all categories.

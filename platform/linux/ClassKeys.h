@@ -1,4 +1,5 @@
-// Where the registry keeps component classes, below the root key for classes: the system's own layout.
+// Where the registry keeps component classes, below the root key for classes: the system's own
+// layout.
 #pragma once
 
 #include <guiddef.h>
@@ -24,7 +25,9 @@ inline std::optional<GUID> GuidOf(const std::string& text) {
 
 enum class CategoryUse { Implemented, Required };
 
-inline std::string ClassKey(const CLSID& classId) { return "CLSID\\" + GuidText(classId); }
+inline std::string ClassKey(const CLSID& classId) {
+  return "CLSID\\" + GuidText(classId);
+}
 
 // Holds one key for each category of the class.
 inline std::string CategoriesKey(const CLSID& classId, CategoryUse use) {
@@ -34,8 +37,9 @@ inline std::string CategoriesKey(const CLSID& classId, CategoryUse use) {
 
 inline constexpr char kCategoriesRoot[] = "Component Categories";
 
-// Holds one key for each language with the description as its value, named by the language's number in
-// hexadecimal. (The system has named values there; ours are keys, because a key holds one value.)
+// Holds one key for each language with the description as its value, named by the language's number
+// in hexadecimal. (The system has named values there; ours are keys, because a key holds one
+// value.)
 inline std::string CategoryKey(const CATID& category) {
   return std::string(kCategoriesRoot) + "\\" + GuidText(category);
 }

@@ -44,7 +44,9 @@ void VisitAnnouncedClass(REFCLSID classId, Visit visit) {
   });
 }
 
-Registry& ClassRegistry() { return *CurrentServices().registry; }
+Registry& ClassRegistry() {
+  return *CurrentServices().registry;
+}
 
 std::string RegisteredText(const std::string& key) {
   return ClassRegistry().Read(Hive::ClassesRoot, key).value_or("");

@@ -21,10 +21,8 @@ namespace {
 thread_local int initialised = 0;
 
 HRESULT MakeCategoryManagerFactory(REFIID iid, void** result) {
-  const auto factory = ComPtr<platform::ClassFactory>::Attach(
-      new platform::ClassFactory([]() -> IUnknown* {
-        return static_cast<ICatInformation*>(new platform::CategoryManager);
-      }));
+  const auto factory = ComPtr<platform::ClassFactory>::Attach(new platform::ClassFactory(
+      []() -> IUnknown* { return static_cast<ICatInformation*>(new platform::CategoryManager); }));
   return factory->QueryInterface(iid, result);
 }
 
@@ -42,15 +40,21 @@ HRESULT FindClassObject(REFCLSID classId, REFIID iid, void** result) {
 
 }  // namespace
 
-HRESULT CoInitialize(void*) { return initialised++ == 0 ? S_OK : S_FALSE; }
+HRESULT CoInitialize(void*) {
+  return initialised++ == 0 ? S_OK : S_FALSE;
+}
 
 void CoUninitialize() {
   if (initialised > 0) --initialised;
 }
 
-HRESULT OleInitialize(void* reserved) { return CoInitialize(reserved); }
+HRESULT OleInitialize(void* reserved) {
+  return CoInitialize(reserved);
+}
 
-void OleUninitialize() { CoUninitialize(); }
+void OleUninitialize() {
+  CoUninitialize();
+}
 
 HRESULT CoGetClassObject(REFCLSID classId, DWORD context, void*, REFIID iid, void** result) {
   if (!result) return E_POINTER;
@@ -126,6 +130,10 @@ int StringFromGUID2(REFGUID id, LPOLESTR text, int size) {
   return kNeeded;
 }
 
-void* CoTaskMemAlloc(std::size_t size) { return std::malloc(size > 0 ? size : 1); }
+void* CoTaskMemAlloc(std::size_t size) {
+  return std::malloc(size > 0 ? size : 1);
+}
 
-void CoTaskMemFree(void* block) { std::free(block); }
+void CoTaskMemFree(void* block) {
+  std::free(block);
+}

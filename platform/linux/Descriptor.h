@@ -9,7 +9,9 @@
 
 namespace platform {
 
-inline std::error_code LastError() { return {errno, std::generic_category()}; }
+inline std::error_code LastError() {
+  return {errno, std::generic_category()};
+}
 
 // Owns a descriptor and closes it; a negative number is none.
 class Descriptor {

@@ -13,14 +13,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string ReasonOf(int error) { return std::generic_category().message(error); }
+std::string ReasonOf(int error) {
+  return std::generic_category().message(error);
+}
 
 // Where the bytes for a path go in the end.
 struct Destination {
   fs::path file;
   bool replaceable = false;  // else it is written in place: a device, a pipe, an open descriptor
   bool exists = false;
-  struct stat status = {};   // when it exists
+  struct stat status = {};  // when it exists
   int error = 0;
 };
 
@@ -57,8 +59,8 @@ Destination Resolve(const fs::path& target) {
   return to;
 }
 
-// Makes the new file: for an existing target with no rights for others until it has that file's own,
-// otherwise with those that the process gives to new files. Returns 0 or the error.
+// Makes the new file: for an existing target with no rights for others until it has that file's
+// own, otherwise with those that the process gives to new files. Returns 0 or the error.
 int CreateBeside(const Destination& to, fs::path& path) {
   constexpr int kMostTries = 100;
   for (int i = 0; i < kMostTries; ++i) {
@@ -113,7 +115,8 @@ class FileService final : public Files {
     Dl_info info;
     void* extra = nullptr;
     if (!address || !dladdr1(address, &info, &extra, RTLD_DL_LINKMAP) || !extra) return {};
-    // The program itself has no name here, only the one that it was called by, which may be no path.
+    // The program itself has no name here, only the one that it was called by, which may be no
+    // path.
     const std::string name = static_cast<const link_map*>(extra)->l_name;
     std::error_code error;
     const fs::path path = fs::canonical(name.empty() ? "/proc/self/exe" : name, error);

@@ -37,9 +37,9 @@ class Module {
 
 using ModulePointer = std::shared_ptr<Module>;
 
-// The lock is never held while a module's code runs, its static constructors included: that code may
-// come back here. Who asks a module holds a second pointer to it meanwhile. Never destroyed: components
-// may outlive every static object.
+// The lock is never held while a module's code runs, its static constructors included: that code
+// may come back here. Who asks a module holds a second pointer to it meanwhile. Never destroyed:
+// components may outlive every static object.
 struct Cache {
   std::mutex lock;
   std::map<std::string, ModulePointer> modules;

@@ -2,9 +2,9 @@
 //
 //   $XDG_CONFIG_HOME/fxbox4/registry/HKEY_CLASSES_ROOT/CLSID/{...}/ProgID/.value
 //
-// A key is a folder, its default value the file .value in it. Names of our own start with a dot and key
-// folders never do. A change holds the lock file exclusively, a reader shared. Still every step is one
-// rename, so that a process that is killed in the middle leaves whole keys behind.
+// A key is a folder, its default value the file .value in it. Names of our own start with a dot and
+// key folders never do. A change holds the lock file exclusively, a reader shared. Still every step
+// is one rename, so that a process that is killed in the middle leaves whole keys behind.
 #include <fcntl.h>
 #include <sys/file.h>
 
@@ -47,11 +47,14 @@ fs::path StoreFolder() {
 RegistryResult ResultOf(const std::error_code& error) {
   if (!error) return RegistryResult::Done;
   switch (error.value()) {
-    case ENOENT: return RegistryResult::NotFound;
+    case ENOENT:
+      return RegistryResult::NotFound;
     case EACCES:
     case EPERM:
-    case EROFS: return RegistryResult::Denied;
-    default: return RegistryResult::Failed;
+    case EROFS:
+      return RegistryResult::Denied;
+    default:
+      return RegistryResult::Failed;
   }
 }
 
@@ -104,7 +107,9 @@ void VisitSubkeys(const fs::path& folder, Visit visit) {
   }
 }
 
-std::string KeyName(const fs::path& folder) { return UnescapedName(folder.filename().native()); }
+std::string KeyName(const fs::path& folder) {
+  return UnescapedName(folder.filename().native());
+}
 
 // The folder of the key directly below with this name, in whatever case; where there is none, the
 // folder that it would get.
@@ -194,8 +199,8 @@ class StoreLock {
   StoreLock(const StoreLock&) = delete;
   StoreLock& operator=(const StoreLock&) = delete;
 
-  // Set when the lock is not held. A reader goes on without: a store without the file has no writer, and
-  // one that cannot be locked can still be read.
+  // Set when the lock is not held. A reader goes on without: a store without the file has no
+  // writer, and one that cannot be locked can still be read.
   const std::error_code& Error() const { return error; }
 
  private:

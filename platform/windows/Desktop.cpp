@@ -26,9 +26,8 @@ bool SomebodyIsThere() {
 class SystemDesktopService final : public Desktop {
  public:
   void ShowMessage(const std::string& text, const std::string& caption) override {
-    const bool shown =
-        SomebodyIsThere() && MessageBoxA(nullptr, text.c_str(), caption.c_str(),
-                                         MB_OK | MB_ICONWARNING | MB_TASKMODAL) != 0;
+    const bool shown = SomebodyIsThere() && MessageBoxA(nullptr, text.c_str(), caption.c_str(),
+                                                        MB_OK | MB_ICONWARNING | MB_TASKMODAL) != 0;
     if (!shown) WriteToErrorOutput(caption + ": " + text + "\r\n");
   }
 

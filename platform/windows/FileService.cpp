@@ -42,8 +42,8 @@ fs::path FinalPath(HANDLE file, const fs::path& path) {
       attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT);
   if (!isLink) return path;
   std::wstring final(32768, L'\0');
-  const DWORD length = GetFinalPathNameByHandleW(file, final.data(),
-                                                 static_cast<DWORD>(final.size()), 0);
+  const DWORD length =
+      GetFinalPathNameByHandleW(file, final.data(), static_cast<DWORD>(final.size()), 0);
   if (length == 0 || length >= final.size()) return path;
   final.resize(length);
   return final;
@@ -91,8 +91,7 @@ DWORD MoveInPlace(const fs::path& from, const fs::path& to) {
   constexpr int kMostTries = 10;
   constexpr DWORD kPauseInMilliseconds = 20;
   for (int tries = 1;; ++tries) {
-    if (MoveFileExW(from.c_str(), to.c_str(),
-                    MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+    if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
       return ERROR_SUCCESS;
     }
     const DWORD error = GetLastError();
@@ -120,16 +119,15 @@ class FileService final : public Files {
 
   fs::path ModuleOf(const void* address) override {
     HMODULE module = nullptr;
-    constexpr DWORD kByAddress = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
-                                 GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    constexpr DWORD kByAddress =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     if (!address ||
         !GetModuleHandleExW(kByAddress, static_cast<const wchar_t*>(address), &module)) {
       return {};
     }
     std::wstring path(MAX_PATH, L'\0');
     for (;;) {
-      const DWORD length =
-          GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+      const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
       if (length < path.size()) {
         path.resize(length);
         return path;

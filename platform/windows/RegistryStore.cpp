@@ -11,21 +11,29 @@ namespace {
 
 HKEY RootKey(Hive hive) {
   switch (hive) {
-    case Hive::ClassesRoot: return HKEY_CLASSES_ROOT;
-    case Hive::LocalMachine: return HKEY_LOCAL_MACHINE;
-    case Hive::CurrentUser: return HKEY_CURRENT_USER;
-    case Hive::Users: break;
+    case Hive::ClassesRoot:
+      return HKEY_CLASSES_ROOT;
+    case Hive::LocalMachine:
+      return HKEY_LOCAL_MACHINE;
+    case Hive::CurrentUser:
+      return HKEY_CURRENT_USER;
+    case Hive::Users:
+      break;
   }
   return HKEY_USERS;
 }
 
 RegistryResult ResultOf(LSTATUS status) {
   switch (status) {
-    case ERROR_SUCCESS: return RegistryResult::Done;
+    case ERROR_SUCCESS:
+      return RegistryResult::Done;
     case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND: return RegistryResult::NotFound;
-    case ERROR_ACCESS_DENIED: return RegistryResult::Denied;
-    default: return RegistryResult::Failed;
+    case ERROR_PATH_NOT_FOUND:
+      return RegistryResult::NotFound;
+    case ERROR_ACCESS_DENIED:
+      return RegistryResult::Denied;
+    default:
+      return RegistryResult::Failed;
   }
 }
 
@@ -59,8 +67,8 @@ LSTATUS QueryText(HKEY key, std::string& text) {
   LSTATUS status = ERROR_MORE_DATA;
   while (status == ERROR_MORE_DATA) {
     text.resize(size);
-    status = RegQueryValueExA(key, nullptr, nullptr, &type, reinterpret_cast<BYTE*>(text.data()),
-                              &size);
+    status =
+        RegQueryValueExA(key, nullptr, nullptr, &type, reinterpret_cast<BYTE*>(text.data()), &size);
   }
   if (status != ERROR_SUCCESS) return status;
   text.resize(size);

@@ -1,6 +1,7 @@
 // The console that a command-line program runs in.
 #include <windows.h>
-#include <shellapi.h>
+
+#include <shellapi.h>  // behind windows.h, which it needs
 
 #include <atomic>
 #include <memory>

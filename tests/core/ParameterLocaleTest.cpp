@@ -64,9 +64,9 @@ TEST_F(CommaLocale, ReadersOfTheParameterText) {
   bool changed = false;
   EXPECT_TRUE(ReadParamDouble("D=2,25", "D", field, changed));
   EXPECT_EQ(field, 2.25);
-  // The repair is for texts written under another locale and serves processes that use a point.
+  // The repair gives the same number under every locale.
   std::string text = "Angle=12,5, CenterX=3";
-  EXPECT_EQ(ParamDouble(text.data(), 0, "Angle="), 12.0);
+  EXPECT_EQ(ParamDouble(text.data(), 0, "Angle="), 12.5);
   EXPECT_EQ(text, "Angle=12.5, CenterX=3");
   std::setlocale(LC_NUMERIC, "C");
   EXPECT_EQ(ParamDouble(text.data(), 0, "Angle="), 12.5);

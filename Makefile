@@ -1,0 +1,58 @@
+# The commands a person types; each installs what it needs first. `make help` lists them.
+PREFIX ?= /usr/local
+sources = $(shell find . \( -path ./build -o -path ./.git \) -prune -o \
+	\( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print)
+
+.NOTPARALLEL:
+.PHONY: help demo test bench windows sanitize fuzz format tidy install clean
+
+help: ## this list
+	@sed -n 's/^\([a-z]*\):.*## /make \1\t/p' Makefile | expand -t 20
+
+demo: ## build the program and apply filters to a photograph, into demo-out/
+	@scripts/setup.sh native
+	@scripts/build.sh linux fxbox
+	@scripts/demo.sh
+
+test: ## build everything and run all tests: Linux, Windows (with Wine), Linux with sanitizers
+	@scripts/setup.sh all
+	@scripts/test.sh linux
+	@scripts/test.sh windows
+	@scripts/test.sh linux-asan
+
+bench: ## run the benchmarks; BENCH=REGEX chooses some
+	@scripts/setup.sh native
+	@scripts/build.sh linux fxbox_benchmarks
+	@build/linux/benchmarks/fxbox_benchmarks $(if $(BENCH),--benchmark_filter='$(BENCH)')
+
+windows: ## build the DLL and the program for Windows, into build/windows/
+	@scripts/setup.sh windows
+	@scripts/build.sh windows
+
+sanitize: ## run the tests with the address, undefined behaviour and thread sanitizers
+	@scripts/setup.sh native tests
+	@scripts/test.sh linux-asan
+	@scripts/test.sh linux-tsan
+
+fuzz: ## build the fuzz targets, into build/linux-fuzz/
+	@scripts/setup.sh native tests
+	@scripts/build.sh linux-fuzz
+
+format: ## format all sources
+	@scripts/setup.sh tools
+	@clang-format -i $(sources)
+
+tidy: ## check all sources with clang-tidy
+	@scripts/setup.sh native tests tools
+	@scripts/build.sh linux
+	@run-clang-tidy -quiet -p build/linux -extra-arg=-Wno-unknown-warning-option
+
+install: ## install library, headers and program below PREFIX (/usr/local); DESTDIR stands before it
+	@scripts/setup.sh native
+	@cmake --preset linux -B build/install -DFXBOX_TESTS=OFF -DFXBOX_BENCHMARKS=OFF \
+		-DCMAKE_INSTALL_PREFIX='$(abspath $(PREFIX))'
+	@cmake --build build/install
+	@cmake --install build/install
+
+clean: ## remove what was built (the libraries for Windows and the Wine prefix stay in ~/.cache)
+	rm -rf build demo-out

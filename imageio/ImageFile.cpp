@@ -1,0 +1,215 @@
+#include "imageio/ImageFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <new>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "imageio/Decoder.h"
+#include "imageio/Encoder.h"
+#include "imageio/Exif.h"
+
+namespace imageio {
+namespace {
+
+std::unique_ptr<Decoder> OpenDecoder(Source& source, Format format) {
+  switch (format) {
+    case Format::Pnm:
+    case Format::Pam:
+      return OpenPnm(source);
+    case Format::Png:
+      return OpenPng(source);
+    case Format::Jpeg:
+      return OpenJpeg(source);
+    case Format::Tiff:
+      return OpenTiff(source);
+    case Format::Bmp:
+      return OpenBmp(source);
+    case Format::Unknown:
+      break;
+  }
+  throw ImageError("not a picture file of a known kind");
+}
+
+Format FormatOfSource(Source& source) {
+  std::array<std::uint8_t, 16> first;
+  return FormatOfBytes(first.data(), source.ReadAt(0, first.data(), first.size()));
+}
+
+// part * whole / of, rounded half up, at least 1.
+int Proportion(std::int64_t part, std::int64_t whole, std::int64_t of) {
+  return static_cast<int>(std::max<std::int64_t>(1, (part * whole + of / 2) / of));
+}
+
+// The size with the same proportions that fills the box in one direction.
+Size FitInto(Size size, Size box) {
+  if (size.width <= box.width && size.height <= box.height) return size;
+  const bool wide = std::int64_t{box.width} * size.height <= std::int64_t{box.height} * size.width;
+  if (wide) return {box.width, Proportion(size.height, box.width, size.width)};
+  return {Proportion(size.width, box.height, size.height), box.height};
+}
+
+Size Swapped(Size size, bool swap) {
+  return swap ? Size{size.height, size.width} : size;
+}
+
+// Rows are red, green and blue whatever the file was: a profile of greys or inks would be wrong beside
+// them.
+bool DescribesRgb(const std::vector<std::uint8_t>& profile) {
+  constexpr std::size_t kHeadBytes = 128;
+  constexpr std::size_t kColourSpaceAt = 16;
+  return profile.size() > kHeadBytes &&
+         std::memcmp(profile.data() + kColourSpaceAt, "RGB ", 4) == 0;
+}
+
+bool Encode(Output& output, Format format, const Picture& picture, const WriteOptions& options,
+            const Progress& progress) {
+  switch (format) {
+    case Format::Pnm:
+      return WritePnm(output, picture, progress);
+    case Format::Pam:
+      return WritePam(output, picture, progress);
+    case Format::Png:
+      return WritePng(output, picture, options, progress);
+    case Format::Jpeg:
+      return WriteJpeg(output, picture, options, progress);
+    case Format::Tiff:
+      return WriteTiff(output, picture, options, progress);
+    case Format::Bmp:
+      return WriteBmp(output, picture, progress);
+    case Format::Unknown:
+      break;
+  }
+  return false;
+}
+
+// Every failure of the work is an ImageError.
+template <typename Work>
+auto Guarded(Work work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    throw ImageError("there is not enough memory for the picture");
+  }
+}
+
+}  // namespace
+
+struct ImageReader::State {
+  explicit State(std::unique_ptr<Source> from) : source(std::move(from)) {
+    info.format = FormatOfSource(*source);
+    decoder = OpenDecoder(*source, info.format);
+    const Head& head = decoder->GetHead();
+    info.hasMask = head.hasMask;
+    info.metadata = head.metadata;
+    if (!DescribesRgb(info.metadata.profile)) info.metadata.profile.clear();
+    ResetExifOrientation(info.metadata.exif);
+    SetResult(head.size);
+    info.fullWidth = info.width;
+    info.fullHeight = info.height;
+  }
+
+  bool Read(const Rows& rows, const Progress& progress);
+  bool Turned() const { return decoder->GetHead().orientation > 4; }
+
+  // `size` as stored, before it is turned.
+  void SetResult(Size size) {
+    result = size;
+    const Size shown = Swapped(size, Turned());
+    info.width = shown.width;
+    info.height = shown.height;
+  }
+
+  std::unique_ptr<Source> source;
+  std::unique_ptr<Decoder> decoder;
+  ImageInfo info;
+  Size result;
+};
+
+ImageReader::ImageReader(const std::filesystem::path& file)
+    : state(Guarded([&] { return std::make_unique<State>(std::make_unique<FileSource>(file)); })) {
+}
+
+ImageReader::ImageReader(const std::uint8_t* bytes, std::size_t size)
+    : state(Guarded(
+          [&] { return std::make_unique<State>(std::make_unique<MemorySource>(bytes, size)); })) {}
+
+ImageReader::~ImageReader() = default;
+
+const ImageInfo& ImageReader::Info() const { return state->info; }
+
+void ImageReader::ReduceToFit(int width, int height) {
+  const Size full{state->info.fullWidth, state->info.fullHeight};
+  const Size shown = FitInto(full, {std::max(width, 1), std::max(height, 1)});
+  state->SetResult(Swapped(shown, state->Turned()));
+}
+
+bool ImageReader::Read(const Rows& rows, const Progress& progress) {
+  return Guarded([&] { return state->Read(rows, progress); });
+}
+
+bool ImageReader::State::Read(const Rows& rows, const Progress& progress) {
+  const Head& head = decoder->GetHead();
+  const Size decoded = decoder->Reduce(result);
+  OrientedRows oriented(rows, result.width, result.height, head.orientation, head.hasMask);
+  std::optional<AreaMean> mean;
+  if (decoded != result) {
+    mean.emplace(oriented, decoded.width, decoded.height, result.width, result.height,
+                 head.hasMask);
+  }
+  RowSink& last = mean ? static_cast<RowSink&>(*mean) : oriented;
+  ReportedRows reported(last, decoded.height, progress);
+  return decoder->Decode(reported);
+}
+
+bool WriteImage(const std::filesystem::path& file, Format format, int width, int height,
+                const Rows& rows, const WriteOptions& options, const Progress& progress) {
+  if (width < 1 || height < 1) throw ImageError("the picture has no size");
+  if (format == Format::Unknown) throw ImageError("pictures of this kind cannot be written");
+  return Guarded([&] {
+    const Picture picture(width, height, rows);
+    Output output(file);
+    const bool complete = Encode(output, format, picture, options, progress);
+    output.Close();
+    return complete;
+  });
+}
+
+Format FormatOfName(const std::filesystem::path& file) {
+  constexpr std::pair<const char*, Format> kExtensions[] = {
+      {".pnm", Format::Pnm},  {".pbm", Format::Pnm},   {".pgm", Format::Pnm},
+      {".ppm", Format::Pnm},  {".pam", Format::Pam},   {".png", Format::Png},
+      {".jpg", Format::Jpeg}, {".jpeg", Format::Jpeg}, {".jpe", Format::Jpeg},
+      {".jfif", Format::Jpeg}, {".tif", Format::Tiff}, {".tiff", Format::Tiff},
+      {".bmp", Format::Bmp},  {".dib", Format::Bmp}};
+  const std::filesystem::path extension = file.extension();
+  const auto same = [](auto unit, char letter) {
+    return (unit >= 'A' && unit <= 'Z' ? unit - 'A' + 'a' : unit) == letter;
+  };
+  for (const auto& [name, format] : kExtensions) {
+    const auto& given = extension.native();
+    if (std::equal(given.begin(), given.end(), name, name + std::strlen(name), same)) return format;
+  }
+  return Format::Unknown;
+}
+
+Format FormatOfBytes(const std::uint8_t* bytes, std::size_t size) {
+  const auto starts = [&](std::string_view text) {
+    return size >= text.size() && std::memcmp(bytes, text.data(), text.size()) == 0;
+  };
+  using namespace std::string_view_literals;
+  if (starts("\x89PNG\r\n\x1A\n"sv)) return Format::Png;
+  if (starts("\xFF\xD8\xFF"sv)) return Format::Jpeg;
+  if (starts("II*\0"sv) || starts("MM\0*"sv)) return Format::Tiff;
+  if (starts("II+\0"sv) || starts("MM\0+"sv)) return Format::Tiff;
+  if (starts("BM"sv)) return Format::Bmp;
+  if (starts("P7\n"sv)) return Format::Pam;
+  if (size < 3 || bytes[0] != 'P' || bytes[1] < '1' || bytes[1] > '6') return Format::Unknown;
+  const bool spaced = bytes[2] == ' ' || (bytes[2] >= '\t' && bytes[2] <= '\r') || bytes[2] == '#';
+  return spaced ? Format::Pnm : Format::Unknown;
+}
+
+}  // namespace imageio

@@ -1,0 +1,384 @@
+// TIFF pictures through libtiff. Greys, palettes, RGB and CMYK are read sample by sample, which keeps the
+// colour under alpha 0; what else the library knows comes through its own conversion to RGBA.
+#include <algorithm>
+#include <cstring>
+#include <optional>
+
+#include "base/Rows.h"
+#include "imageio/Decoder.h"
+#include "imageio/Exif.h"
+#include "imageio/TiffHandle.h"
+
+namespace imageio {
+namespace {
+
+constexpr std::uint64_t kLargestBand = std::uint64_t{1} << 29;  // beyond it a head is not believed
+
+// What one pixel consists of.
+struct SampleLayout {
+  enum class Kind { Grey, InvertedGrey, Palette, Rgb, Inks };
+  Kind kind = Kind::Grey;
+  int bits = 8;
+  int colours = 1;  // samples of colour; alpha, if any, follows at once
+  int samples = 1;  // all samples
+  bool hasAlpha = false;
+  bool associated = false;  // colours are multiplied by alpha
+  bool planes = false;      // each sample has rows of its own
+  bool tiles = false;
+  int Used() const { return colours + (hasAlpha ? 1 : 0); }
+};
+
+template <typename Value>
+Value Field(TIFF* tiff, std::uint32_t tag, Value otherwise) {
+  Value value = otherwise;
+  return TIFFGetFieldDefaulted(tiff, tag, &value) == 1 ? value : otherwise;
+}
+
+// The kind of the colours where they can be read sample by sample.
+std::optional<SampleLayout::Kind> KindOf(TIFF* tiff) {
+  using Kind = SampleLayout::Kind;
+  switch (Field<std::uint16_t>(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISBLACK)) {
+    case PHOTOMETRIC_MINISBLACK:
+      return Kind::Grey;
+    case PHOTOMETRIC_MINISWHITE:
+      return Kind::InvertedGrey;
+    case PHOTOMETRIC_PALETTE:
+      return Kind::Palette;
+    case PHOTOMETRIC_RGB:
+      return Kind::Rgb;
+    case PHOTOMETRIC_SEPARATED:
+      if (Field<std::uint16_t>(tiff, TIFFTAG_INKSET, INKSET_CMYK) == INKSET_CMYK) return Kind::Inks;
+      return std::nullopt;
+    case PHOTOMETRIC_YCBCR:  // the library's JPEG decoder turns it into RGB
+      if (Field<std::uint16_t>(tiff, TIFFTAG_COMPRESSION, COMPRESSION_NONE) != COMPRESSION_JPEG ||
+          Field<std::uint16_t>(tiff, TIFFTAG_PLANARCONFIG, 0) != PLANARCONFIG_CONTIG) {
+        return std::nullopt;
+      }
+      return Kind::Rgb;
+    default:
+      return std::nullopt;
+  }
+}
+
+// Alpha is the sample behind the colours if the file says so.
+void FindAlpha(TIFF* tiff, SampleLayout& layout) {
+  std::uint16_t count = 0;
+  std::uint16_t* kinds = nullptr;
+  if (TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &count, &kinds) != 1 || count == 0) return;
+  layout.associated = kinds[0] == EXTRASAMPLE_ASSOCALPHA;
+  layout.hasAlpha = layout.associated || kinds[0] == EXTRASAMPLE_UNASSALPHA;
+  layout.hasAlpha = layout.hasAlpha && layout.samples > layout.colours;
+}
+
+// Nothing for pictures that only the library's conversion can read.
+std::optional<SampleLayout> LayoutOf(TIFF* tiff) {
+  using Kind = SampleLayout::Kind;
+  const std::optional<Kind> kind = KindOf(tiff);
+  const auto format = Field<std::uint16_t>(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
+  if (!kind || (format != SAMPLEFORMAT_UINT && format != SAMPLEFORMAT_VOID)) return std::nullopt;
+  SampleLayout layout;
+  layout.kind = *kind;
+  layout.bits = Field<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+  layout.samples = Field<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
+  layout.colours = *kind == Kind::Rgb ? 3 : *kind == Kind::Inks ? 4 : 1;
+  layout.planes =
+      layout.samples > 1 &&
+      Field<std::uint16_t>(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
+  layout.tiles = TIFFIsTiled(tiff) != 0;
+  const bool bytes = layout.bits == 8 || (layout.bits == 16 && *kind != Kind::Palette);
+  const bool fewBits = layout.bits == 1 || layout.bits == 2 || layout.bits == 4;
+  if (layout.samples < layout.colours) return std::nullopt;
+  if (!bytes && !(fewBits && layout.colours == 1)) return std::nullopt;
+  FindAlpha(tiff, layout);
+  return layout;
+}
+
+void CheckBand(std::uint64_t bytes) {
+  if (bytes == 0 || bytes > kLargestBand) throw ImageError("the head of the picture is damaged");
+}
+
+// Gives rows of samples as the file packs them.
+class SampleRows {
+ public:
+  SampleRows(Source& source, const SampleLayout& sampleLayout, int pictureWidth)
+      : layout(sampleLayout), width(pictureWidth) {
+    // Each plane is read by a handle of its own, so that all go through their strips in order.
+    const int planes = layout.planes ? layout.Used() : 1;
+    for (int i = 0; i < planes; ++i) handles.push_back(OpenHandle(source));
+    bands.resize(handles.size());
+    if (layout.tiles) {
+      TIFF* tiff = handles.front()->Get();
+      tileWidth = Field<std::uint32_t>(tiff, TIFFTAG_TILEWIDTH, 0);
+      tileHeight = Field<std::uint32_t>(tiff, TIFFTAG_TILELENGTH, 0);
+      CheckBand(std::min(tileWidth, tileHeight));
+    }
+  }
+
+  // Packed samples of row y, all samples of plane 0 or that one plane's. Rows come in order.
+  const BYTE* Row(int y, int plane) { return layout.tiles ? TileRow(y, plane) : StripRow(y, plane); }
+
+ private:
+  static std::unique_ptr<TiffHandle> OpenHandle(Source& source) {
+    auto handle = std::make_unique<TiffHandle>(source);
+    if (Field<std::uint16_t>(handle->Get(), TIFFTAG_COMPRESSION, 0) == COMPRESSION_JPEG) {
+      TIFFSetField(handle->Get(), TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+    }
+    return handle;
+  }
+
+  const BYTE* StripRow(int y, int plane) {
+    const auto at = static_cast<std::size_t>(plane);
+    TIFF* tiff = handles[at]->Get();
+    if (bands[at].empty()) {
+      const auto bytes = static_cast<std::uint64_t>(TIFFScanlineSize64(tiff));
+      CheckBand(bytes);
+      bands[at].resize(static_cast<std::size_t>(bytes));
+    }
+    if (TIFFReadScanline(tiff, bands[at].data(), static_cast<std::uint32_t>(y),
+                         static_cast<std::uint16_t>(plane)) < 0) {
+      handles[at]->Fail();
+    }
+    return bands[at].data();
+  }
+
+  const BYTE* TileRow(int y, int plane) {
+    const auto at = static_cast<std::size_t>(plane);
+    const std::uint32_t row = static_cast<std::uint32_t>(y) % tileHeight;
+    if (row == 0) ReadTiles(y, plane);
+    return bands[at].data() + row * (bands[at].size() / tileHeight);
+  }
+
+  // One row of tiles, side by side.
+  void ReadTiles(int y, int plane) {
+    const auto at = static_cast<std::size_t>(plane);
+    TIFF* tiff = handles[at]->Get();
+    const auto rowBytes = static_cast<std::uint64_t>(TIFFTileRowSize64(tiff));
+    const auto tileBytes = static_cast<std::uint64_t>(TIFFTileSize64(tiff));
+    const std::uint64_t across = (static_cast<std::uint64_t>(width) + tileWidth - 1) / tileWidth;
+    CheckBand(tileBytes);
+    CheckBand(tileBytes * across);
+    if (tileBytes != rowBytes * tileHeight) throw ImageError("the head of the picture is damaged");
+    tile.resize(static_cast<std::size_t>(tileBytes));
+    bands[at].resize(static_cast<std::size_t>(tileBytes * across));
+    for (std::uint64_t i = 0; i < across; ++i) {
+      if (TIFFReadTile(tiff, tile.data(), static_cast<std::uint32_t>(i * tileWidth),
+                       static_cast<std::uint32_t>(y), 0, static_cast<std::uint16_t>(plane)) < 0) {
+        handles[at]->Fail();
+      }
+      for (std::uint64_t row = 0; row < tileHeight; ++row) {
+        std::memcpy(bands[at].data() + (row * across + i) * rowBytes, tile.data() + row * rowBytes,
+                    static_cast<std::size_t>(rowBytes));
+      }
+    }
+  }
+
+  SampleLayout layout;
+  int width;
+  std::uint32_t tileWidth = 0;
+  std::uint32_t tileHeight = 0;
+  std::vector<std::unique_ptr<TiffHandle>> handles;
+  std::vector<std::vector<BYTE>> bands;  // by plane: one row, or one row of tiles
+  std::vector<BYTE> tile;
+};
+
+// Every `step`th of the packed samples from `first` on as a byte: scaled, or as it is for an index.
+void UnpackSamples(const BYTE* packed, int bits, bool scaled, int first, int step, int count,
+                   int toStep, BYTE* to) {
+  const int highest = (1 << bits) - 1;
+  std::int64_t at = first;
+  for (int i = 0; i < count; ++i, at += step, to += toStep) {
+    if (bits == 8) {
+      *to = packed[at];
+    } else if (bits == 16) {
+      std::uint16_t value;
+      std::memcpy(&value, packed + 2 * at, 2);
+      *to = ScaleToByte(value, 65535);
+    } else {
+      const std::int64_t bit = at * bits;
+      const int value = packed[bit / 8] >> (8 - bits - bit % 8) & highest;
+      *to = scaled ? ScaleToByte(static_cast<std::uint32_t>(value),
+                                 static_cast<std::uint32_t>(highest))
+                   : static_cast<BYTE>(value);
+    }
+  }
+}
+
+// The colour of light that lost the share 255 - alpha; without light it stays.
+BYTE Unmultiply(int colour, int alpha) {
+  return alpha == 0 ? static_cast<BYTE>(colour)
+                    : static_cast<BYTE>(std::min(255, (colour * 255 + alpha / 2) / alpha));
+}
+
+void UnmultiplyRow(BYTE* samples, int width, int colours) {
+  for (int x = 0; x < width; ++x, samples += colours + 1) {
+    for (int c = 0; c < colours; ++c) samples[c] = Unmultiply(samples[c], samples[colours]);
+  }
+}
+
+class TiffDecoder final : public Decoder {
+ public:
+  explicit TiffDecoder(Source& from) : source(&from) {
+    const TiffHandle handle(*source);
+    TIFF* tiff = handle.Get();
+    SetSize(Field<std::uint32_t>(tiff, TIFFTAG_IMAGEWIDTH, 0),
+            Field<std::uint32_t>(tiff, TIFFTAG_IMAGELENGTH, 0));
+    const int turn = Field<std::uint16_t>(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+    head.orientation = turn >= 1 && turn <= 8 ? turn : 1;
+    layout = LayoutOf(tiff);
+    head.hasMask = layout ? layout->hasAlpha : ConversionOf(handle).alpha != 0;
+    if (layout && layout->kind == SampleLayout::Kind::Palette) ReadPalette(handle);
+    ReadMetadata(tiff);
+  }
+
+  bool Decode(RowSink& sink) override { return layout ? DecodeSamples(sink) : Convert(sink); }
+
+ private:
+  // The library's own conversion to RGBA, ended by its destructor.
+  struct Conversion : TIFFRGBAImage {
+    Conversion() : TIFFRGBAImage() {}
+    ~Conversion() { TIFFRGBAImageEnd(this); }
+    Conversion(const Conversion&) = delete;
+    Conversion& operator=(const Conversion&) = delete;
+  };
+  struct ConversionFlags {
+    int alpha;
+  };
+  static void Begin(const TiffHandle& handle, Conversion& conversion);
+  static ConversionFlags ConversionOf(const TiffHandle& handle) {
+    Conversion conversion;
+    Begin(handle, conversion);
+    return {conversion.alpha};
+  }
+
+  void ReadPalette(const TiffHandle& handle);
+  void ReadMetadata(TIFF* tiff);
+  bool DecodeSamples(RowSink& sink);
+  void StoreRow(BYTE* samples, const RowBuffer& row) const;
+  bool Convert(RowSink& sink);
+
+  Source* source;
+  std::optional<SampleLayout> layout;
+  std::vector<BYTE> palette;  // red, green, blue
+};
+
+void TiffDecoder::Begin(const TiffHandle& handle, Conversion& conversion) {
+  char text[1024] = "";
+  if (TIFFRGBAImageOK(handle.Get(), text) == 0 ||
+      TIFFRGBAImageBegin(&conversion, handle.Get(), 1, text) == 0) {
+    throw ImageError(LibraryMessage(text));
+  }
+  // Turning is not its business.
+  conversion.orientation = conversion.req_orientation = ORIENTATION_TOPLEFT;
+}
+
+// Entries have 16 bits; some programs store 8, which is seen by no entry being higher.
+void TiffDecoder::ReadPalette(const TiffHandle& handle) {
+  std::uint16_t* maps[3] = {};
+  if (TIFFGetField(handle.Get(), TIFFTAG_COLORMAP, &maps[0], &maps[1], &maps[2]) != 1) {
+    throw ImageError("the picture lacks its palette");
+  }
+  const std::size_t count = std::size_t{1} << layout->bits;
+  const bool wide = std::any_of(std::begin(maps), std::end(maps), [count](const auto* map) {
+    return std::any_of(map, map + count, [](std::uint16_t value) { return value > 255; });
+  });
+  palette.resize(3 * count);
+  for (std::size_t i = 0; i < palette.size(); ++i) {
+    const std::uint16_t value = maps[i % 3][i / 3];
+    palette[i] = wide ? ScaleToByte(value, 65535) : static_cast<BYTE>(value);
+  }
+}
+
+void TiffDecoder::ReadMetadata(TIFF* tiff) {
+  std::uint32_t count = 0;
+  const std::uint8_t* bytes = nullptr;
+  if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &count, &bytes) == 1 && bytes != nullptr) {
+    head.metadata.profile.assign(bytes, bytes + count);
+  }
+  head.metadata.exif = ExifOfTiff(*source);
+}
+
+bool TiffDecoder::DecodeSamples(RowSink& sink) {
+  const int width = head.size.width;
+  const int used = layout->Used();
+  const bool scaled = layout->kind != SampleLayout::Kind::Palette;
+  SampleRows rows(*source, *layout, width);
+  std::vector<BYTE> samples(static_cast<std::size_t>(width) * static_cast<std::size_t>(used));
+  for (int y = 0; y < head.size.height; ++y) {
+    const BYTE* packed = rows.Row(y, 0);
+    for (int i = 0; i < used; ++i) {
+      if (layout->planes && i > 0) packed = rows.Row(y, i);
+      UnpackSamples(packed, layout->bits, scaled, layout->planes ? 0 : i,
+                    layout->planes ? 1 : layout->samples, width, used, samples.data() + i);
+    }
+    StoreRow(samples.data(), sink.Begin(y));
+    if (!sink.End(y)) return false;
+  }
+  return true;
+}
+
+void TiffDecoder::StoreRow(BYTE* samples, const RowBuffer& row) const {
+  using Kind = SampleLayout::Kind;
+  const int width = head.size.width;
+  const int used = layout->Used();
+  if (layout->associated && layout->kind != Kind::Palette) {
+    UnmultiplyRow(samples, width, layout->colours);
+  }
+  if (layout->kind == Kind::Grey || layout->kind == Kind::Rgb) {
+    StoreSamples(samples, width, used, used, row);
+    return;
+  }
+  BYTE* colour = row.colour;
+  for (int x = 0; x < width; ++x, samples += used, colour += base::kBytesPerPixel) {
+    BYTE rgb[3];
+    for (int c = 0; c < 3; ++c) {
+      rgb[c] = layout->kind == Kind::InvertedGrey ? static_cast<BYTE>(255 - samples[0])
+               : layout->kind == Kind::Inks
+                   ? MultiplyBytes(255 - samples[c], 255 - samples[3])
+                   : palette[static_cast<std::size_t>(3 * samples[0] + c)];
+    }
+    colour[base::kRed] = rgb[0];
+    colour[base::kGreen] = rgb[1];
+    colour[base::kBlue] = rgb[2];
+    if (row.mask != nullptr) row.mask[x] = static_cast<BYTE>(255 - samples[layout->colours]);
+  }
+}
+
+bool TiffDecoder::Convert(RowSink& sink) {
+  const TiffHandle handle(*source);
+  Conversion conversion;
+  Begin(handle, conversion);
+  const int width = head.size.width;
+  const int height = head.size.height;
+  const auto tag = TIFFIsTiled(handle.Get()) != 0 ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP;
+  const int bandRows = static_cast<int>(std::clamp<std::uint32_t>(
+      Field<std::uint32_t>(handle.Get(), tag, 1), 1, static_cast<std::uint32_t>(height)));
+  CheckBand(std::uint64_t{4} * static_cast<std::uint64_t>(bandRows) *
+            static_cast<std::uint64_t>(width));
+  std::vector<std::uint32_t> band(static_cast<std::size_t>(width) *
+                                  static_cast<std::size_t>(bandRows));
+  std::vector<BYTE> samples(static_cast<std::size_t>(width) * 4);
+  for (int y = 0; y < height; ++y) {
+    if (y % bandRows == 0) {
+      conversion.row_offset = y;
+      const int rows = std::min(bandRows, height - y);
+      if (TIFFRGBAImageGet(&conversion, band.data(), static_cast<std::uint32_t>(width),
+                           static_cast<std::uint32_t>(rows)) == 0) {
+        handle.Fail();
+      }
+    }
+    const std::uint32_t* pixels = band.data() + std::int64_t{y % bandRows} * width;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      samples[i] = static_cast<BYTE>(pixels[i / 4] >> 8 * (i % 4));
+    }
+    if (head.hasMask) UnmultiplyRow(samples.data(), width, 3);
+    StoreSamples(samples.data(), width, head.hasMask ? 4 : 3, 4, sink.Begin(y));
+    if (!sink.End(y)) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::unique_ptr<Decoder> OpenTiff(Source& source) { return std::make_unique<TiffDecoder>(source); }
+
+}  // namespace imageio

@@ -1,0 +1,71 @@
+// TIFF pictures of 24 or 32 bits, compressed without loss by LZW, whose bytes do not depend on the
+// version of a compression library.
+#include <vector>
+
+#include "imageio/Exif.h"
+#include "imageio/TiffHandle.h"
+
+namespace imageio {
+namespace {
+
+constexpr std::uint32_t kBehindHead = 8;
+
+// EXIF data stand before the pixels: the library appends everything else at the end of the file.
+void WriteExif(TIFF* tiff, Output& output, const ExifInTiff& exif) {
+  if (output.TrySeek(kBehindHead, SEEK_SET) < 0) throw ImageError(kCannotWrite);
+  output.Write(exif.bytes.data(), exif.bytes.size());
+  if (exif.exifDirectory != 0) {
+    TIFFSetField(tiff, TIFFTAG_EXIFIFD, std::uint64_t{exif.exifDirectory});
+  }
+  if (exif.gpsDirectory != 0) {
+    TIFFSetField(tiff, TIFFTAG_GPSIFD, std::uint64_t{exif.gpsDirectory});
+  }
+  for (const auto& [tag, text] : exif.texts) {
+    TIFFSetField(tiff, static_cast<std::uint32_t>(tag), text.c_str());
+  }
+}
+
+void SetFields(TIFF* tiff, const Picture& picture) {
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, static_cast<std::uint32_t>(picture.Width()));
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, static_cast<std::uint32_t>(picture.Height()));
+  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, picture.Channels());
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8);
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
+  TIFFSetField(tiff, TIFFTAG_ORIENTATION, ORIENTATION_TOPLEFT);
+  TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_LZW);
+  TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL);
+  if (picture.HasAlpha()) {
+    const std::uint16_t kind = EXTRASAMPLE_UNASSALPHA;
+    TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &kind);
+  }
+  constexpr std::uint32_t kStripBytes = 1 << 16;
+  const auto rows = static_cast<std::uint32_t>(kStripBytes / picture.RowBytes());
+  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rows == 0 ? 1 : rows);
+}
+
+}  // namespace
+
+bool WriteTiff(Output& output, const Picture& picture, const WriteOptions& options,
+               const Progress& progress) {
+  const ExifInTiff exif = LayOutExif(options.metadata.exif, kBehindHead);
+  TiffHandle file(output, exif.littleEndian);
+  TIFF* tiff = file.Get();
+  SetFields(tiff, picture);
+  const std::vector<std::uint8_t>& profile = options.metadata.profile;
+  if (!profile.empty()) {
+    TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(profile.size()),
+                 profile.data());
+  }
+  WriteExif(tiff, output, exif);
+  std::vector<BYTE> row(picture.RowBytes());
+  for (int y = 0; y < picture.Height(); ++y) {
+    picture.Interleave(y, true, row.data());
+    if (TIFFWriteScanline(tiff, row.data(), static_cast<std::uint32_t>(y), 0) < 0) file.Fail();
+    if (!ReportStep(progress, y + 1, picture.Height())) return false;
+  }
+  file.Close();
+  return true;
+}
+
+}  // namespace imageio

@@ -1,0 +1,30 @@
+#!/bin/bash
+# Applies a chain of filters to a photograph, in full size and as a small preview, into demo-out/.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+cd "$project"
+fxbox=build/linux/program/fxbox
+photo=resources/demo/rocket.jpg
+[ -x "$fxbox" ] || die "$fxbox is missing: run make demo"
+
+# A warm old print: a little more red and less blue, half of the colour, half of the sepia tone.
+chain='ZNFilter.RGBColor.1(Red=010, Green=000, Blue=-10)
+ZNFilter.BlackWhiteness.1(BlackWhiteNess=050)
+ZNFilter.Sepia.1(Sepia=050)'
+# The photograph's light as a print of two inks, dark blue and cream.
+duo='ZNFilter.DuoColor.1(Intensity=080, ColorRed=020, ColorGreen=030, ColorBlue=090, Red2=255, Green2=240, Blue2=200)'
+
+mkdir -p demo-out
+printf '%s\n' "$chain" >demo-out/old-print.chain
+
+say "A chain of three filters on $photo, full size as JPEG, then a preview of at most 240 pixels as PNG"
+cat demo-out/old-print.chain
+"$fxbox" apply --quiet -f demo-out/old-print.chain -o demo-out/old-print.jpg "$photo"
+"$fxbox" apply --quiet -f demo-out/old-print.chain --fit 240 -o demo-out/old-print-preview.png "$photo"
+say "Another chain, given on the command line"
+echo "$duo"
+"$fxbox" apply --quiet -c "$duo" -o demo-out/two-inks.png "$photo"
+
+say "Written:"
+stat --format '      %n (%s bytes)' demo-out/*

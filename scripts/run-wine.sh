@@ -1,0 +1,34 @@
+#!/bin/bash
+# Runs a Windows program: run-wine.sh PROGRAM.exe [ARGUMENT]... The exit status is the program's, and
+# never 0 when it crashed. Windows need a display: see with-display.sh. FXBOX_WINEPREFIX names another
+# prefix than the one that wine-prefix.sh makes.
+set -u
+here="$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")"
+WINEPREFIX="${FXBOX_WINEPREFIX:-$("$here/wine-prefix.sh" --where)}" || exit 1
+if [ ! -d "$WINEPREFIX" ]; then
+  echo "run-wine.sh: the Wine prefix is missing: run scripts/setup.sh windows" >&2
+  exit 1
+fi
+export WINEPREFIX WINEARCH=win64 WINEDEBUG="${WINEDEBUG:--all}"
+export WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe='
+# Everywhere the same code page (1252), and file names in UTF-8.
+export LC_ALL=C.UTF-8
+
+# The first program starts Wine's services, which would hold our output open long after its end. So
+# the server is started here, stays a while after the last program, and warms up without our output.
+(
+  flock 9
+  if wineserver -p60 </dev/null >/dev/null 2>&1 9>&-; then # 0: started now, 2: it was there
+    wine cmd /c exit </dev/null >/dev/null 2>&1 9>&-
+  fi
+) 9>"$WINEPREFIX/run-wine.lock"
+
+# GoogleTest keeps this file while its tests run: it is left over when the program died in between.
+mark="$(mktemp -u -t fxbox-wine-XXXXXXXX)"
+TEST_PREMATURE_EXIT_FILE="Z:$mark" wine "$@"
+status=$?
+if [ -e "$mark" ]; then
+  rm -f "$mark"
+  [ $status -ne 0 ] || status=99
+fi
+exit $status

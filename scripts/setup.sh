@@ -1,0 +1,70 @@
+#!/bin/bash
+# Installs what is missing: setup.sh [native|tests|windows|tools|all]...
+#   native   compilers and libraries that build and test the project on this machine
+#   tests    what only tests need: a second compiler with its fuzzer, broken sample pictures
+#   windows  cross compiler, Wine, the picture libraries for Windows and the Wine prefix
+#   tools    formatter and checker of sources
+#   all      native, tests and windows (the default)
+# Does nothing, and asks for no rights, where everything is there already.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev libbenchmark-dev
+  libcli11-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libgsf-1-dev)
+tests=(clang libclang-rt-14-dev gdk-pixbuf-tests)
+# libjpeg62-turbo-dev, libpng-dev and libtiff-dev stand here too: their versions say which sources
+# are built for Windows, so that a file decodes to the same bytes on both systems.
+windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
+  cmake ninja-build googletest libcli11-dev libjpeg62-turbo-dev libpng-dev libtiff-dev
+  dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth)
+tools=(clang-format clang-tidy)
+
+isInstalled() {
+  [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+asRoot() {
+  if [ "$(id -u)" = 0 ]; then "$@"; else sudo "$@"; fi
+}
+
+installMissing() {
+  local missing=() package
+  for package in $(printf '%s\n' "$@" | sort -u); do
+    isInstalled "$package" || missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  if [ "$(id -u)" != 0 ] && ! command -v sudo >/dev/null; then
+    die "run as root, or install sudo; these packages are missing: ${missing[*]}"
+  fi
+  say "Installing ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  local apt=(env DEBIAN_FRONTEND=noninteractive apt-get -qq -o DPkg::Lock::Timeout=600)
+  asRoot "${apt[@]}" update || say "Not all package lists could be fetched; going on with those at hand"
+  asRoot "${apt[@]}" -o Dpkg::Use-Pty=0 install -y --no-install-recommends "${missing[@]}" >/dev/null ||
+    die "the packages could not be installed: ${missing[*]}"
+  for package in "${missing[@]}"; do
+    isInstalled "$package" || die "the package $package is still missing"
+  done
+}
+
+command -v apt-get >/dev/null || die "needs Debian 12: there is no apt-get here"
+[ $# -gt 0 ] || set -- all
+packages=()
+for part in "$@"; do
+  case "$part" in
+    native) packages+=("${native[@]}") ;;
+    tests) packages+=("${tests[@]}") ;;
+    windows) packages+=("${windows[@]}") ;;
+    tools) packages+=("${tools[@]}") ;;
+    all) packages+=("${native[@]}" "${tests[@]}" "${windows[@]}") ;;
+    *) die "unknown part: $part (native, tests, windows, tools or all)" ;;
+  esac
+done
+installMissing "${packages[@]}"
+
+case " $* " in
+  *" windows "* | *" all "*)
+    "$project/scripts/windows-libraries.sh"
+    "$project/scripts/wine-prefix.sh"
+    ;;
+esac

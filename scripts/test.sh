@@ -1,0 +1,21 @@
+#!/bin/bash
+# Builds one preset and runs its tests: test.sh PRESET [CTEST-ARGUMENT]...
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+preset="${1:?the preset is missing}"
+shift
+cd "$project"
+scripts/build.sh "$preset"
+say "Testing $preset"
+around=()
+case "$preset" in
+  windows)
+    around=(scripts/with-display.sh)
+    FXBOX_WINEPREFIX="$(scripts/wine-prefix.sh --where)" # once here, not once a test
+    export FXBOX_WINEPREFIX
+    ;;
+  # The thread sanitizer cannot place its memory where the kernel scatters addresses too widely.
+  linux-tsan) if setarch -R true 2>/dev/null; then around=(setarch -R); fi ;;
+esac
+"${around[@]}" ctest --preset "$preset" --no-tests=error -j "$(nproc)" "$@"

@@ -1,0 +1,126 @@
+#!/bin/bash
+# Builds the picture libraries for Windows, once, into the user's cache; --where tells the folder.
+#
+# They are Debian's own sources of libjpeg-turbo, libpng and libtiff, with Debian's patches, of the
+# versions that are installed for this system, so that a file decodes to the same bytes on both.
+# zlib comes from its cross package. TIFF files compressed with LZMA, Zstandard, WebP, JBIG or LERC
+# are the one difference: Debian has no cross packages of those libraries, so Windows reads none.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+toolchain="$project/cmake/windows-toolchain.cmake"
+crossRoot=/usr/x86_64-w64-mingw32
+
+sourcePackages() {
+  dpkg-query -W -f '${source:Package}=${source:Version}\n' libjpeg62-turbo-dev libpng-dev libtiff-dev 2>/dev/null ||
+    die "the native picture libraries are missing: run scripts/setup.sh windows"
+}
+
+crossPackages() {
+  dpkg-query -W -f '${Package}=${Version}\n' libz-mingw-w64-dev g++-mingw-w64-x86-64-posix 2>/dev/null ||
+    die "the cross compiler is missing: run scripts/setup.sh windows"
+}
+
+where() {
+  local sources cross hash
+  sources="$(sourcePackages)"
+  cross="$(crossPackages)"
+  hash="$(cat - "${BASH_SOURCE[0]}" <<<"$sources $cross" | sha256sum | cut -c1-16)"
+  echo "$(cacheFolder)/windows-$hash"
+}
+
+# The machine's own package lists name no sources and stay untouched: a private set of lists is
+# made from the same mirrors.
+prepareSourceLists() {
+  local release site component signedBy option
+  local codename
+  codename="$(. /etc/os-release && echo "$VERSION_CODENAME")"
+  mkdir -p "$work/apt/lists/partial" "$work/apt/cache/archives/partial"
+  apt-get indextargets --format '$(RELEASE) $(SITE) $(COMPONENT) $(SIGNED_BY)' 'Created-By: Packages' |
+    while read -r release site component signedBy; do
+      case "$release" in "$codename" | "$codename-updates" | "$codename-security") ;; *) continue ;; esac
+      option=
+      [[ "$signedBy" == /* ]] && option="[signed-by=$signedBy] "
+      echo "deb-src $option$site $release $component"
+    done | sort -u >"$work/apt/sources.list"
+  [ -s "$work/apt/sources.list" ] || die "apt names no mirror of $codename"
+  sourceApt=(-qq -o Dir::Etc::SourceList="$work/apt/sources.list" -o Dir::Etc::SourceParts=/dev/null
+    -o Dir::State::Lists="$work/apt/lists" -o Dir::Cache="$work/apt/cache"
+    -o APT::Sandbox::User="$(id -un)" -o Acquire::Retries=3)
+  apt-get "${sourceApt[@]}" update || die "the lists of source packages could not be fetched"
+}
+
+# fetchSource PACKAGE=VERSION: unpacks it, patched, into $work/PACKAGE. A mirror drops a version as
+# soon as a newer one is there; then another Debian revision of the same upstream version serves.
+fetchSource() {
+  local package="${1%%=*}" wanted="${1#*=}" version candidates
+  candidates="$(apt-cache "${sourceApt[@]}" showsrc "$package" | sed -n 's/^Version: //p' | sort -Vur |
+    grep -F -e "${wanted%-*}-" || true)"
+  for version in $(grep -F -x -e "$wanted" <<<"$candidates" || true) $candidates; do
+    if (cd "$work" && apt-get "${sourceApt[@]}" source --download-only "$package=$version") >"$work/$package.log" 2>&1; then
+      [ "$version" = "$wanted" ] || say "  $package $wanted is on no mirror: taking $version"
+      rm -rf "${work:?}/$package"
+      dpkg-source --no-check -x "$work/${package}_${version#*:}.dsc" "$work/$package" >"$work/$package.log" 2>&1 && return
+    fi
+  done
+  cat "$work/$package.log" >&2
+  die "no source package of $package ${wanted%-*} could be fetched"
+}
+
+# build PACKAGE OPTION...: configures, builds and installs into $prefix.
+build() {
+  local package="$1"
+  shift
+  say "  building $package"
+  {
+    cmake -S "$work/$package" -B "$work/$package-build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+      -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DFXBOX_WINDOWS_LIBRARIES="$prefix" \
+      -DCMAKE_INSTALL_PREFIX="$prefix" -DCMAKE_INSTALL_LIBDIR="$prefix/lib" -DBUILD_SHARED_LIBS=OFF "$@" &&
+      cmake --build "$work/$package-build" &&
+      cmake --install "$work/$package-build"
+  } >"$work/$package.log" 2>&1 || {
+    tail -40 "$work/$package.log" >&2
+    die "$package could not be built"
+  }
+}
+
+buildAll() {
+  prefix="$1"
+  work="$(mktemp -d)"
+  trap 'rm -rf "$work"' EXIT
+  say "Building the picture libraries for Windows, once (about a minute)"
+  prepareSourceLists
+  local package
+  for package in $(sourcePackages); do
+    fetchSource "$package"
+  done
+
+  # Only the static archive: beside an import library the linker's search would prefer that one.
+  mkdir -p "$prefix/include" "$prefix/lib"
+  cp "$crossRoot"/include/{zlib,zconf}.h "$prefix/include/"
+  cp "$crossRoot/lib/libz.a" "$prefix/lib/"
+
+  # As Debian configures it: version 6.2 of the interface, vector code, the default transforms.
+  build libjpeg-turbo -DENABLE_SHARED=OFF -DENABLE_STATIC=ON -DWITH_TURBOJPEG=OFF -DWITH_JPEG7=OFF \
+    -DWITH_JPEG8=OFF -DWITH_SIMD=ON -DREQUIRE_SIMD=ON
+  build libpng1.6 -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_TESTS=OFF -DPNG_EXECUTABLES=OFF
+  build tiff -Dzlib=ON -Djpeg=ON -Dlzma=OFF -Dzstd=OFF -Dwebp=OFF -Djbig=OFF -Dlerc=OFF \
+    -Dlibdeflate=OFF -Dcxx=OFF -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF
+
+  # Package files written by the builds name the folder's passing name; CMake's own modules serve.
+  rm -rf "${prefix:?}"/lib/{pkgconfig,cmake,libpng} "${prefix:?}"/{bin,share,man}
+  local library
+  for library in libz libjpeg libpng libtiff; do
+    [ -f "$prefix/lib/$library.a" ] || die "the build left no $library.a"
+  done
+  local codec
+  for codec in JPEG ZIP LZW PACKBITS CCITT; do
+    grep -q "define ${codec}_SUPPORT 1" "$prefix/include/tiffconf.h" || die "libtiff was built without $codec"
+  done
+}
+
+case "${1:-}" in
+  --where) where ;;
+  '') makeOnce "$(where)" buildAll ;;
+  *) die "unknown argument: $1" ;;
+esac

@@ -1,0 +1,191 @@
+// The exported functions, called as the component runtime calls them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <objbase.h>
+
+#include <string>
+#include <vector>
+
+#include "component/Fxbox4.h"
+#include "core/AnimChain.h"
+#include "core/AnimIcon.h"
+#include "core/AnimInterfaces.h"
+#include "core/FilterClass.h"
+#include "platform/component/ComPtr.h"
+#include "platform/component/OleText.h"
+#include "tests/component/RequiredClasses.h"
+
+namespace component_test {
+namespace {
+
+using platform::ComPtr;
+
+class Module : public testing::Test {
+ protected:
+  void SetUp() override { CoInitialize(nullptr); }
+  void TearDown() override { CoUninitialize(); }
+};
+
+CLSID IdOf(const char* text) {
+  CLSID id = {};
+  EXPECT_TRUE(base::ParseGuid(text, id)) << text;
+  return id;
+}
+
+ComPtr<IClassFactory> ClassObject(const CLSID& classId) {
+  ComPtr<IClassFactory> factory;
+  EXPECT_EQ(S_OK, DllGetClassObject(classId, IID_IClassFactory, factory.PutVoid()));
+  return factory;
+}
+
+template <class Interface>
+ComPtr<Interface> Create(const CLSID& classId) {
+  ComPtr<Interface> object;
+  const auto factory = ClassObject(classId);
+  if (factory) {
+    EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, Interface::kIid, object.PutVoid()));
+  }
+  return object;
+}
+
+std::string NameOf(IAnimFilter& filter) {
+  char name[200] = "";
+  filter.GetName(name, sizeof name);
+  return name;
+}
+
+std::string Words(const char* text) { return text ? text : "(none)"; }
+
+TEST_F(Module, ServesEveryRequiredClassWithItsIdsAndWords) {
+  int count = 0;
+  const FilterClass* rows = FxboxFilterClasses(&count);
+  ASSERT_EQ(std::size(kRequiredClasses), static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    const RequiredClass& required = kRequiredClasses[i];
+    const FilterClass& row = rows[i];
+    SCOPED_TRACE(required.className);
+    EXPECT_STREQ(required.className, row.className);
+    EXPECT_EQ(Words(required.iconName), Words(row.iconName));
+    EXPECT_EQ(Words(required.nameKey), Words(row.nameKey));
+    EXPECT_EQ(Words(required.helpKey), Words(row.helpKey));
+    EXPECT_EQ(Words(required.defaultText), Words(row.defaultText));
+
+    const auto filter = Create<IAnimFilter>(IdOf(required.classId));
+    ASSERT_TRUE(filter);
+    int kind = -1;
+    int order = -1;
+    EXPECT_EQ(S_OK, filter->GetKind(&kind));
+    EXPECT_EQ(S_OK, filter->GetOrder(&order));
+    EXPECT_EQ(required.sortKey, kind);
+    EXPECT_EQ(required.order, order);
+    EXPECT_EQ(required.progId, NameOf(*filter.Get()));
+    ComPtr<IAnimFilterIcon> icon;
+    EXPECT_EQ(required.iconName ? S_OK : E_NOINTERFACE,
+              filter->CreateIcon(IAnimFilterIcon::kIid, icon.PutVoid()));
+    EXPECT_EQ(required.iconName != nullptr, static_cast<bool>(icon));
+  }
+}
+
+TEST_F(Module, ServesChainAndCreator) {
+  EXPECT_TRUE(Create<IAnimFilterChain>(kChainClassId));
+  EXPECT_TRUE(Create<IAnimFilterCreator>(kCreatorClassId));
+}
+
+TEST_F(Module, RefusesWhatItDoesNotHave) {
+  void* result = this;
+  EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+            DllGetClassObject(kFilterCategory, IID_IClassFactory, &result));
+  EXPECT_EQ(nullptr, result);
+  result = this;
+  EXPECT_EQ(E_NOINTERFACE, DllGetClassObject(kChainClassId, IAnimFilter::kIid, &result));
+  EXPECT_EQ(nullptr, result);
+  EXPECT_EQ(E_POINTER, DllGetClassObject(kChainClassId, IID_IClassFactory, nullptr));
+  EXPECT_EQ(E_POINTER, FxboxCreateCreator(IAnimFilterCreator::kIid, nullptr));
+  result = this;
+  EXPECT_EQ(E_NOINTERFACE, FxboxCreateCreator(IAnimFilter::kIid, &result));
+  EXPECT_EQ(nullptr, result);
+}
+
+TEST_F(Module, IsNoPartOfAnotherObject) {
+  const auto outer = Create<IAnimFilterChain>(kChainClassId);
+  for (const CLSID& classId :
+       {IdOf(kRequiredClasses[0].classId), kChainClassId, kCreatorClassId}) {
+    void* result = this;
+    EXPECT_EQ(CLASS_E_NOAGGREGATION,
+              ClassObject(classId)->CreateInstance(outer.Get(), IID_IUnknown, &result));
+    EXPECT_EQ(nullptr, result);
+  }
+}
+
+TEST_F(Module, CanGoWhenNothingOfItIsHeld) {
+  EXPECT_EQ(S_OK, DllCanUnloadNow());
+  auto factory = ClassObject(kChainClassId);
+  EXPECT_EQ(S_FALSE, DllCanUnloadNow());
+  ComPtr<IAnimFilterChain> chain;
+  factory->CreateInstance(nullptr, IAnimFilterChain::kIid, chain.PutVoid());
+  factory->LockServer(TRUE);
+  factory.Reset();
+  EXPECT_EQ(S_FALSE, DllCanUnloadNow());
+  chain.Reset();
+  EXPECT_EQ(S_FALSE, DllCanUnloadNow());  // the lock alone
+  ClassObject(kCreatorClassId)->LockServer(FALSE);
+  EXPECT_EQ(S_OK, DllCanUnloadNow());
+  ComPtr<IAnimFilterCreator> creator;
+  EXPECT_EQ(S_OK, FxboxCreateCreator(IAnimFilterCreator::kIid, creator.PutVoid()));
+  EXPECT_EQ(S_FALSE, DllCanUnloadNow());
+  creator.Reset();
+  EXPECT_EQ(S_OK, DllCanUnloadNow());
+}
+
+// Other modules may be registered on the machine: their classes stand between.
+std::vector<std::string> OwnNames(IAnimFilterCreator& creator) {
+  int count = 0;
+  creator.GetFilterCount(&count);
+  std::vector<std::string> names;
+  for (int i = 0; i < count; ++i) {
+    char name[200] = "";
+    int order = 0;
+    creator.GetFilterInfo(i, name, sizeof name, &order);
+    if (std::string(name).starts_with("ZNFilter.")) names.push_back(name);
+  }
+  return names;
+}
+
+std::vector<std::string> RequiredNames() {
+  std::vector<std::string> names;
+  for (const RequiredClass& required : kRequiredClasses) names.push_back(required.progId);
+  return names;
+}
+
+TEST_F(Module, GivesACreatorThatNeedsNoRegistration) {
+  ComPtr<IAnimFilterCreator> creator;
+  ASSERT_EQ(S_OK, FxboxCreateCreator(IAnimFilterCreator::kIid, creator.PutVoid()));
+  EXPECT_THAT(OwnNames(*creator.Get()), testing::ElementsAreArray(RequiredNames()));
+  ComPtr<IAnimFilter> filter;
+  ASSERT_EQ(S_OK, creator->CreateFilter("ZNFilter.Sepia.1", IAnimFilter::kIid, filter.PutVoid()));
+  EXPECT_EQ("ZNFilter.Sepia.1", NameOf(*filter.Get()));
+  ComPtr<IAnimFilterChain> chain;
+  EXPECT_EQ(S_OK, creator->CreateChain(IAnimFilterChain::kIid, chain.PutVoid()));
+  EXPECT_TRUE(chain);
+}
+
+#ifndef _WIN32
+// On Windows this takes a registration, which the hosts in C and of the other compiler have.
+TEST_F(Module, IsKnownToTheRuntimeOfItsProcess) {
+  CLSID classId = {};
+  EXPECT_EQ(S_OK, CLSIDFromProgID(platform::ToOleText("ZNFilter.Creator").c_str(), &classId));
+  EXPECT_TRUE(base::SameGuid(kCreatorClassId, classId));
+  ComPtr<IAnimFilterCreator> creator;
+  ASSERT_EQ(S_OK, CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER,
+                                   IAnimFilterCreator::kIid, creator.PutVoid()));
+  EXPECT_THAT(OwnNames(*creator.Get()), testing::ElementsAreArray(RequiredNames()));
+  for (const RequiredClass& required : kRequiredClasses) {
+    LPOLESTR progId = nullptr;
+    EXPECT_EQ(S_OK, ProgIDFromCLSID(IdOf(required.classId), &progId));
+    EXPECT_EQ(required.progId, platform::TakeOleText(progId));
+  }
+}
+#endif
+
+}  // namespace
+}  // namespace component_test

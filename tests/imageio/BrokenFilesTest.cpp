@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include "tests/imageio/ExifMaker.h"
+#include "tests/imageio/TestData.h"
+
+namespace {
+
+using imageio::Format;
+using imageio::ImageError;
+using imageio::ImageReader;
+using test::Bytes;
+using test::TestPicture;
+
+constexpr Format kAll[] = {Format::Pnm,  Format::Pam,  Format::Png,
+                           Format::Jpeg, Format::Tiff, Format::Bmp};
+
+enum class Outcome { Picture, Error, TooLargeToTry };
+
+// Anything else than a picture or an ImageError fails the test.
+Outcome TryReader(ImageReader& reader) {
+  constexpr std::int64_t kMostPixels = 20'000'000;
+  reader.ReduceToFit(4000, 4000);
+  if (std::int64_t{reader.Info().fullWidth} * reader.Info().fullHeight > kMostPixels) {
+    return Outcome::TooLargeToTry;
+  }
+  TestPicture::Of(reader);
+  return Outcome::Picture;
+}
+
+Outcome TryBytes(const Bytes& bytes, std::string* message = nullptr) try {
+  ImageReader reader(bytes.data(), bytes.size());
+  return TryReader(reader);
+} catch (const ImageError& error) {
+  if (message != nullptr) *message = error.what();
+  EXPECT_STRNE(error.what(), "");
+  return Outcome::Error;
+}
+
+Bytes GoodFile(Format format) {
+  imageio::WriteOptions options;
+  options.metadata.exif = test::MakeExif(true, 8);
+  return test::Written(format, TestPicture::Random(40, 30, true), options);
+}
+
+TEST(BrokenFiles, OfTheCollectionDoNoHarm) {
+  int pictures = 0;
+  int errors = 0;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(test::DataFolder())) {
+    if (!entry.is_regular_file()) continue;
+    SCOPED_TRACE(entry.path().string());
+    const Outcome outcome = TryBytes(test::ReadBytes(entry.path()));
+    ++(outcome == Outcome::Picture ? pictures : errors);
+    const auto folder = entry.path().parent_path().filename();
+    if (folder == "fail" && imageio::FormatOfName(entry.path()) != Format::Unknown) {
+      EXPECT_NE(outcome, Outcome::Picture);
+    }
+    if (folder == "reftests" && imageio::FormatOfName(entry.path()) != Format::Unknown) {
+      EXPECT_EQ(outcome, Outcome::Picture);
+    }
+  }
+  EXPECT_GT(pictures, 100);
+  EXPECT_GT(errors, 100);
+}
+
+TEST(BrokenFiles, CutOffAreErrors) {
+  for (const Format format : kAll) {
+    const Bytes good = GoodFile(format);
+    ASSERT_EQ(TryBytes(good), Outcome::Picture) << static_cast<int>(format);
+    for (std::size_t part = 0; part < 50; ++part) {
+      const Bytes cut(good.begin(),
+                      good.begin() + static_cast<std::ptrdiff_t>(good.size() * part / 50));
+      std::string message;
+      EXPECT_EQ(TryBytes(cut, &message), Outcome::Error)
+          << static_cast<int>(format) << " at " << part << " / 50";
+      if (part == 49 && format != Format::Tiff) {
+        EXPECT_EQ(message, "the file ends in the middle of the picture");
+      }
+    }
+  }
+}
+
+TEST(BrokenFiles, WithChangedBitsDoNoHarm) {
+  std::mt19937 random(11);
+  for (const Format format : kAll) {
+    const Bytes good = GoodFile(format);
+    for (int change = 0; change < 1500; ++change) {
+      Bytes bytes = good;
+      const std::size_t range = change % 2 == 0 ? bytes.size() : std::min<std::size_t>(200, bytes.size());
+      for (int i = 0; i <= change % 4; ++i) {
+        const std::size_t at = random() % range;
+        bytes[format == Format::Tiff && change % 2 == 1 ? bytes.size() - 1 - at : at] ^=
+            static_cast<std::uint8_t>(1u << random() % 8);
+      }
+      TryBytes(bytes);
+    }
+  }
+}
+
+TEST(BrokenFiles, HugeClaimsAreRefusedAtTheHead) {
+  const std::string heads[] = {"P6 99999 99999 255\n", "P6 2147483647 2147483647 255\n",
+                               "P4 99999999999 1\n", "P5 0 5 255\n", "P5 5 5 65536\n",
+                               "P7\nWIDTH 99999\nHEIGHT 99999\nDEPTH 3\nMAXVAL 255\nENDHDR\n"};
+  for (const std::string& head : heads) {
+    const Bytes bytes = test::BytesOf(head);
+    EXPECT_THROW(ImageReader(bytes.data(), bytes.size()), ImageError) << head;
+  }
+  Bytes bmp = GoodFile(Format::Bmp);
+  bmp[20] = bmp[21] = bmp[24] = bmp[25] = 0x7F;
+  EXPECT_THROW(ImageReader(bmp.data(), bmp.size()), ImageError);
+}
+
+TEST(BrokenFiles, OfOtherKindsAreToldSo) {
+  EXPECT_THROW(ImageReader("no such file"), ImageError);
+  EXPECT_THROW(ImageReader(std::filesystem::temp_directory_path()), ImageError);
+  for (const char* text : {"", "P", "P6", "P9 1 1", "GIF89a", "\x89PNG", "text that is none"}) {
+    const Bytes bytes = test::BytesOf(text);
+    std::string message;
+    EXPECT_EQ(TryBytes(bytes, &message), Outcome::Error);
+    EXPECT_EQ(message, "not a picture file of a known kind") << text;
+  }
+}
+
+}  // namespace

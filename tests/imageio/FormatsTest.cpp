@@ -1,0 +1,486 @@
+// The kinds of pictures that the formats know beside those that the library itself writes.
+#include <gtest/gtest.h>
+#include <png.h>
+#include <tiffio.h>
+
+#include <functional>
+
+#include "tests/imageio/TestData.h"
+
+namespace {
+
+using imageio::Format;
+using imageio::ImageReader;
+using test::Bytes;
+using test::BytesOf;
+using test::TestPicture;
+
+// Red, green, blue and alpha of all pixels from the top left on.
+Bytes PixelsOf(TestPicture picture) {
+  Bytes pixels;
+  for (int y = 0; y < picture.height; ++y) {
+    for (int x = 0; x < picture.width; ++x) {
+      const BYTE* pixel = picture.Pixel(x, y);
+      pixels.insert(pixels.end(), {pixel[2], pixel[1], pixel[0],
+                                   static_cast<std::uint8_t>(255 - picture.Mask(x, y))});
+    }
+  }
+  return pixels;
+}
+
+Bytes Pixels(const Bytes& file) { return PixelsOf(TestPicture::OfBytes(file)); }
+
+Bytes Greys(std::initializer_list<int> greys) {
+  Bytes pixels;
+  for (const int grey : greys) {
+    const auto byte = static_cast<std::uint8_t>(grey);
+    pixels.insert(pixels.end(), {byte, byte, byte, 255});
+  }
+  return pixels;
+}
+
+TEST(Pnm, AllKinds) {
+  using namespace std::string_literals;
+  const std::pair<std::string, Bytes> cases[] = {
+      {"P1\n# a comment\n3 2\n1 0 1\n010", Greys({0, 255, 0, 255, 0, 255})},
+      {"P4 10 1\n\xA0\x40", Greys({0, 255, 0, 255, 255, 255, 255, 255, 255, 0})},
+      {"P2\t2 2 # width\n100\n0 50\r\n100 101", Greys({0, 128, 255, 255})},
+      {"P5 3 1 255\n\x00\x80\xFF"s, Greys({0, 128, 255})},
+      {"P5 4 1 15\n\x00\x01\x07\x0F"s, Greys({0, 17, 119, 255})},
+      {"P5 4 1 65535\n\x00\x80\x00\x81\x7F\xFF\xFF\xFF"s, Greys({0, 1, 127, 255})},
+      {"P5 2 1 1000\n\x01\xF4\x03\xE8", Greys({128, 255})},
+      {"P3 1 1 7 1 2 3", {36, 73, 109, 255}},
+      {"P6 1 1 65535\n\xFF\xFF\x80\x80\x00\x00"s, {255, 128, 0, 255}},
+      {"P7\nWIDTH 2\nHEIGHT 1\nDEPTH 1\nMAXVAL 1\nTUPLTYPE BLACKANDWHITE\nENDHDR\n\x00\x01"s,
+       Greys({0, 255})},
+      {"P7\n# text\nHEIGHT 1\nWIDTH 1\n\nDEPTH 2\nMAXVAL 255\nTUPLTYPE GRAYSCALE_ALPHA\nENDHDR\n\x09\x07",
+       {9, 9, 9, 7}},
+      {"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 65535\nTUPLTYPE RGB_ALPHA\nENDHDR\n\x01\x01\x02\x02\x03\x03\x00\x00"s,
+       {1, 2, 3, 0}},
+      {"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 3\nMAXVAL 255\nENDHDR\nabc", {'a', 'b', 'c', 255}},
+  };
+  for (const auto& [text, pixels] : cases) EXPECT_EQ(Pixels(BytesOf(text)), pixels) << text;
+}
+
+TEST(Pnm, DamagedHeadsAreErrors) {
+  for (const char* text :
+       {"P5 1 1 0\n1", "P5 -1 1 255\n1", "P3 1 1 255 1 x 3", "P1 1 1 2", "P5 1",
+        "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 5\nMAXVAL 255\nENDHDR\n12345",
+        "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n1234",
+        "P7\nWIDTH 1\nSIZE 3\nENDHDR\n"}) {
+    EXPECT_THROW(Pixels(BytesOf(text)), imageio::ImageError) << text;
+  }
+}
+
+struct PngKind {
+  int type;
+  int bits;
+  bool transparentColour;
+};
+
+// Writes samples as they are packed in the file.
+Bytes MakePng(const PngKind& kind, int width, int height, bool interlaced, const Bytes& packed) {
+  Bytes bytes;
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  png_set_write_fn(
+      png, &bytes,
+      [](png_structp file, png_bytep from, std::size_t count) {
+        auto* to = static_cast<Bytes*>(png_get_io_ptr(file));
+        to->insert(to->end(), from, from + count);
+      },
+      nullptr);
+  png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height),
+               kind.bits, kind.type, interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, 0, 0);
+  png_set_gAMA(png, info, 1.0);  // must not change anything
+  if (kind.type == PNG_COLOR_TYPE_PALETTE) {
+    const png_color palette[] = {{10, 20, 30}, {40, 50, 60}, {70, 80, 90}, {1, 2, 3}};
+    png_set_PLTE(png, info, palette, 1 << kind.bits);
+    const png_byte alphas[] = {255, 100};
+    if (kind.transparentColour) png_set_tRNS(png, info, alphas, 2, nullptr);
+  } else if (kind.transparentColour) {
+    const png_color_16 colour = {0, 1, 2, 3, 1};
+    png_set_tRNS(png, info, nullptr, 0, &colour);
+  }
+  png_write_info(png, info);
+  const std::size_t rowBytes = png_get_rowbytes(png, info);
+  std::vector<png_bytep> rows;
+  for (int y = 0; y < height; ++y) {
+    rows.push_back(const_cast<png_bytep>(&packed[static_cast<std::size_t>(y) * rowBytes]));
+  }
+  png_write_image(png, rows.data());
+  png_write_end(png, info);
+  png_destroy_write_struct(&png, &info);
+  return bytes;
+}
+
+TEST(Png, AllKinds) {
+  struct Case {
+    PngKind kind;
+    int width;
+    Bytes packed;
+    Bytes pixels;
+  };
+  const Case cases[] = {
+      {{PNG_COLOR_TYPE_GRAY, 1, false}, 3, {0xA0}, Greys({255, 0, 255})},
+      {{PNG_COLOR_TYPE_GRAY, 2, false}, 4, {0x1B}, Greys({0, 85, 170, 255})},
+      {{PNG_COLOR_TYPE_GRAY, 2, true}, 2, {0x10}, {0, 0, 0, 255, 85, 85, 85, 0}},
+      {{PNG_COLOR_TYPE_GRAY, 4, false}, 2, {0x1F}, Greys({17, 255})},
+      {{PNG_COLOR_TYPE_GRAY, 8, false}, 2, {7, 9}, Greys({7, 9})},
+      {{PNG_COLOR_TYPE_GRAY, 16, false}, 2, {0x00, 0x81, 0x81, 0x00}, Greys({1, 128})},
+      {{PNG_COLOR_TYPE_GRAY_ALPHA, 8, false}, 1, {7, 0}, {7, 7, 7, 0}},
+      {{PNG_COLOR_TYPE_PALETTE, 2, false}, 2, {0x10}, {40, 50, 60, 255, 10, 20, 30, 255}},
+      {{PNG_COLOR_TYPE_PALETTE, 2, true}, 2, {0x18}, {40, 50, 60, 100, 70, 80, 90, 255}},
+      {{PNG_COLOR_TYPE_RGB, 8, true}, 2, {1, 2, 3, 3, 2, 1}, {1, 2, 3, 0, 3, 2, 1, 255}},
+      {{PNG_COLOR_TYPE_RGB, 16, false}, 1, {9, 9, 8, 8, 7, 7}, {9, 8, 7, 255}},
+      {{PNG_COLOR_TYPE_RGB_ALPHA, 8, false}, 1, {1, 2, 3, 0}, {1, 2, 3, 0}},
+      {{PNG_COLOR_TYPE_RGB_ALPHA, 16, false}, 1, {1, 1, 2, 2, 3, 3, 4, 4}, {1, 2, 3, 4}},
+  };
+  for (const Case& c : cases) {
+    for (const bool interlaced : {false, true}) {
+      const Bytes file = MakePng(c.kind, c.width, 1, interlaced, c.packed);
+      EXPECT_EQ(Pixels(file), c.pixels) << c.kind.type << ", " << c.kind.bits << " bits";
+    }
+  }
+}
+
+TEST(Png, InterlacedGivesTheSame) {
+  const std::pair<int, int> sizes[] = {{1, 1}, {2, 3}, {4, 5}, {5, 4}, {8, 8}, {9, 17}, {33, 31}};
+  for (const auto& [width, height] : sizes) {
+    for (const int type : {PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA}) {
+      SCOPED_TRACE(testing::Message() << width << " x " << height << ", type " << type);
+      Bytes packed(static_cast<std::size_t>(width * height * 4));
+      std::mt19937 random(3);
+      for (std::uint8_t& byte : packed) byte = static_cast<std::uint8_t>(random());
+      const Bytes plain = MakePng({type, 8, false}, width, height, false, packed);
+      const Bytes interlaced = MakePng({type, 8, false}, width, height, true, packed);
+      EXPECT_EQ(Pixels(plain), Pixels(interlaced));
+      ImageReader whole(plain.data(), plain.size());
+      ImageReader passes(interlaced.data(), interlaced.size());
+      whole.ReduceToFit(width, (height + 1) / 2);
+      passes.ReduceToFit(width, (height + 1) / 2);
+      EXPECT_TRUE(TestPicture::Of(whole) == TestPicture::Of(passes));
+    }
+  }
+}
+
+struct TiffKind {
+  int photometric;
+  int bits;
+  int samples;
+  int extra;  // -1 none
+  int compression = COMPRESSION_NONE;
+};
+
+constexpr int kTiffWidth = 37;
+constexpr int kTiffHeight = 35;
+
+// The sample s of a pixel as the file holds it.
+using Sample = std::function<unsigned(int x, int y, int s)>;
+
+void PutSample(Bytes& row, std::size_t index, int bits, unsigned value) {
+  if (bits == 16) {
+    const auto word = static_cast<std::uint16_t>(value);
+    std::memcpy(&row[2 * index], &word, 2);
+  } else if (bits == 8) {
+    row[index] = static_cast<std::uint8_t>(value);
+  } else {
+    const std::size_t bit = index * static_cast<std::size_t>(bits);
+    row[bit / 8] |= static_cast<std::uint8_t>(value << (8 - static_cast<unsigned>(bits) - bit % 8));
+  }
+}
+
+// Rows of one plane, `from` its first sample, starting at x0, y0.
+Bytes PackBlock(const TiffKind& kind, const Sample& sample, int from, int perPixel, int x0, int y0,
+                int width, int height) {
+  Bytes block;
+  for (int y = y0; y < y0 + height; ++y) {
+    Bytes row(static_cast<std::size_t>((width * perPixel * kind.bits + 7) / 8));
+    for (int x = x0; x < std::min(x0 + width, kTiffWidth) && y < kTiffHeight; ++x) {
+      for (int s = 0; s < perPixel; ++s) {
+        PutSample(row, static_cast<std::size_t>((x - x0) * perPixel + s), kind.bits,
+                  sample(x, y, from + s));
+      }
+    }
+    block.insert(block.end(), row.begin(), row.end());
+  }
+  return block;
+}
+
+void SetTiffFields(TIFF* tiff, const TiffKind& kind, bool planes) {
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kTiffWidth);
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kTiffHeight);
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, kind.bits);
+  TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, kind.samples);
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, kind.photometric);
+  TIFFSetField(tiff, TIFFTAG_COMPRESSION, kind.compression);
+  TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, planes ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+  if (kind.extra >= 0) {
+    const auto extra = static_cast<std::uint16_t>(kind.extra);
+    TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &extra);
+  }
+  if (kind.photometric != PHOTOMETRIC_PALETTE) return;
+  std::vector<std::uint16_t> red, green, blue;
+  for (int i = 0; i < 1 << kind.bits; ++i) {
+    red.push_back(static_cast<std::uint16_t>(i * 257));
+    green.push_back(static_cast<std::uint16_t>((255 - i) * 257));
+    blue.push_back(static_cast<std::uint16_t>((i ^ 85) * 257));
+  }
+  TIFFSetField(tiff, TIFFTAG_COLORMAP, red.data(), green.data(), blue.data());
+}
+
+Bytes MakeTiff(const TiffKind& kind, bool tiles, bool planes, const char* mode,
+               const Sample& sample) {
+  const test::TemporaryFile file;
+  TIFF* tiff = TIFFOpen(file.path.string().c_str(), mode);
+  SetTiffFields(tiff, kind, planes);
+  const int perPixel = planes ? 1 : kind.samples;
+  constexpr int kTile = 16;
+  constexpr int kStripRows = 8;
+  TIFFSetField(tiff, tiles ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, tiles ? kTile : kStripRows);
+  if (tiles) TIFFSetField(tiff, TIFFTAG_TILELENGTH, kTile);
+  std::uint32_t index = 0;
+  for (int plane = 0; plane < (planes ? kind.samples : 1); ++plane) {
+    const int stepX = tiles ? kTile : kTiffWidth;
+    const int stepY = tiles ? kTile : kStripRows;
+    for (int y = 0; y < kTiffHeight; y += stepY) {
+      const int rows = tiles ? kTile : std::min(kStripRows, kTiffHeight - y);
+      for (int x = 0; x < kTiffWidth; x += stepX) {
+        Bytes block = PackBlock(kind, sample, plane, perPixel, x, y, stepX, rows);
+        const auto size = static_cast<tmsize_t>(block.size());
+        EXPECT_EQ(tiles ? TIFFWriteEncodedTile(tiff, index, block.data(), size)
+                        : TIFFWriteEncodedStrip(tiff, index, block.data(), size),
+                  size);
+        ++index;
+      }
+    }
+  }
+  TIFFClose(tiff);
+  return test::ReadBytes(file.path);
+}
+
+int Product(int a, int b) { return (a * b + 127) / 255; }
+
+// What a pixel looks like: red, green, blue, alpha.
+Bytes ExpectedTiffPixel(const TiffKind& kind, const Sample& sample, int x, int y) {
+  const int highest = (1 << kind.bits) - 1;
+  const auto value = [&](int s) { return static_cast<int>(sample(x, y, s)); };
+  const auto byte = [&](int s) { return (value(s) * 255 + highest / 2) / highest; };
+  int red = 0, green = 0, blue = 0, colours = 1;
+  switch (kind.photometric) {
+    case PHOTOMETRIC_PALETTE:
+      red = value(0);
+      green = 255 - value(0);
+      blue = value(0) ^ 85;
+      break;
+    case PHOTOMETRIC_RGB:
+      colours = 3;
+      red = byte(0);
+      green = byte(1);
+      blue = byte(2);
+      break;
+    case PHOTOMETRIC_SEPARATED:
+      colours = 4;
+      red = Product(255 - byte(0), 255 - byte(3));
+      green = Product(255 - byte(1), 255 - byte(3));
+      blue = Product(255 - byte(2), 255 - byte(3));
+      break;
+    default:
+      red = green = blue = kind.photometric == PHOTOMETRIC_MINISWHITE ? 255 - byte(0) : byte(0);
+  }
+  int alpha = 255;
+  if (kind.extra == EXTRASAMPLE_UNASSALPHA || kind.extra == EXTRASAMPLE_ASSOCALPHA) {
+    alpha = byte(colours);
+  }
+  if (kind.extra == EXTRASAMPLE_ASSOCALPHA && alpha > 0) {
+    for (int* colour : {&red, &green, &blue}) {
+      *colour = std::min(255, (*colour * 255 + alpha / 2) / alpha);
+    }
+  }
+  return {static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
+          static_cast<std::uint8_t>(blue), static_cast<std::uint8_t>(alpha)};
+}
+
+TEST(Tiff, AllKinds) {
+  const TiffKind kinds[] = {
+      {PHOTOMETRIC_MINISBLACK, 1, 1, -1},
+      {PHOTOMETRIC_MINISWHITE, 1, 1, -1, COMPRESSION_CCITTFAX4},
+      {PHOTOMETRIC_MINISBLACK, 2, 1, -1},
+      {PHOTOMETRIC_MINISBLACK, 4, 1, -1, COMPRESSION_PACKBITS},
+      {PHOTOMETRIC_MINISBLACK, 8, 1, -1},
+      {PHOTOMETRIC_MINISBLACK, 16, 1, -1, COMPRESSION_LZW},
+      {PHOTOMETRIC_MINISBLACK, 8, 2, EXTRASAMPLE_UNASSALPHA},
+      {PHOTOMETRIC_MINISWHITE, 8, 1, -1},
+      {PHOTOMETRIC_PALETTE, 8, 1, -1},
+      {PHOTOMETRIC_PALETTE, 4, 1, -1},
+      {PHOTOMETRIC_RGB, 8, 3, -1},
+      {PHOTOMETRIC_RGB, 16, 3, -1, COMPRESSION_ADOBE_DEFLATE},
+      {PHOTOMETRIC_RGB, 8, 4, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW},
+      {PHOTOMETRIC_RGB, 8, 4, EXTRASAMPLE_ASSOCALPHA},
+      {PHOTOMETRIC_RGB, 8, 4, EXTRASAMPLE_UNSPECIFIED},
+      {PHOTOMETRIC_RGB, 16, 4, EXTRASAMPLE_UNASSALPHA},
+      {PHOTOMETRIC_SEPARATED, 8, 4, -1},
+      {PHOTOMETRIC_SEPARATED, 16, 4, -1, COMPRESSION_LZW},
+      {PHOTOMETRIC_SEPARATED, 8, 5, EXTRASAMPLE_UNASSALPHA},
+  };
+  for (const TiffKind& kind : kinds) {
+    const Sample sample = [&kind](int x, int y, int s) {
+      const auto mixed = static_cast<unsigned>(x * 7919 + y * 104729 + s * 1299709);
+      return (mixed * 2654435761u >> 7) & ((1u << kind.bits) - 1);
+    };
+    Bytes expected;
+    for (int y = 0; y < kTiffHeight; ++y) {
+      for (int x = 0; x < kTiffWidth; ++x) {
+        const Bytes pixel = ExpectedTiffPixel(kind, sample, x, y);
+        expected.insert(expected.end(), pixel.begin(), pixel.end());
+      }
+    }
+    for (const bool tiles : {false, true}) {
+      for (const bool planes : {false, true}) {
+        for (const char* mode : {"wl", "wb", "w8"}) {
+          SCOPED_TRACE(testing::Message()
+                       << "photometric " << kind.photometric << ", " << kind.samples << " x "
+                       << kind.bits << " bits, extra " << kind.extra << (tiles ? ", tiles" : "")
+                       << (planes ? ", planes " : " ") << mode);
+          EXPECT_EQ(Pixels(MakeTiff(kind, tiles, planes, mode, sample)), expected);
+        }
+      }
+    }
+  }
+}
+
+// Kinds that only the library's own conversion reads.
+TEST(Tiff, OtherKindsAreConverted) {
+  const TiffKind luminance = {PHOTOMETRIC_CIELAB, 8, 3, -1};
+  const Sample lab = [](int, int, int s) { return s == 0 ? 128u : 0u; };
+  for (const bool tiles : {false, true}) {
+    const Bytes pixels = Pixels(MakeTiff(luminance, tiles, false, "w", lab));
+    ASSERT_EQ(pixels.size(), std::size_t{kTiffWidth * kTiffHeight * 4});
+    for (std::size_t i = 0; i < pixels.size(); ++i) ASSERT_EQ(pixels[i], pixels[i % 4]) << i;
+    EXPECT_NEAR(pixels[0], pixels[1], 30);
+    EXPECT_EQ(pixels[3], 255);
+  }
+}
+
+class BmpMaker {
+ public:
+  BmpMaker(int width, int height, int bits, int compression, std::uint32_t headBytes = 40) {
+    Long(headBytes);
+    Long(static_cast<std::uint32_t>(width));
+    Long(static_cast<std::uint32_t>(height));
+    Word(1);
+    Word(bits);
+    Long(static_cast<std::uint32_t>(compression));
+    bytes.resize(40);
+  }
+  BmpMaker& Word(int value) {
+    bytes.push_back(static_cast<std::uint8_t>(value));
+    bytes.push_back(static_cast<std::uint8_t>(value >> 8));
+    return *this;
+  }
+  BmpMaker& Long(std::uint32_t value) {
+    return Word(static_cast<int>(value & 0xFFFF)).Word(static_cast<int>(value >> 16));
+  }
+  BmpMaker& Fill(std::size_t size) {
+    bytes.resize(size);
+    return *this;
+  }
+  // The colours (10i, 20i, 30i).
+  BmpMaker& Palette(int count) {
+    for (int i = 0; i < count; ++i) Long(static_cast<std::uint32_t>(655360 * i + 5120 * i + 30 * i));
+    return *this;
+  }
+  BmpMaker& Data(const Bytes& data) {
+    dataAt = bytes.size() + 14;
+    bytes.insert(bytes.end(), data.begin(), data.end());
+    return *this;
+  }
+  Bytes File() const {
+    Bytes file = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, static_cast<std::uint8_t>(dataAt),
+                  static_cast<std::uint8_t>(dataAt >> 8), 0, 0};
+    file.insert(file.end(), bytes.begin(), bytes.end());
+    return file;
+  }
+
+ private:
+  Bytes bytes;
+  std::size_t dataAt = 0;
+};
+
+Bytes PaletteColours(std::initializer_list<int> indexes) {
+  Bytes pixels;
+  for (const int i : indexes) {
+    pixels.insert(pixels.end(), {static_cast<std::uint8_t>(10 * i), static_cast<std::uint8_t>(20 * i),
+                                 static_cast<std::uint8_t>(30 * i), 255});
+  }
+  return pixels;
+}
+
+TEST(Bmp, AllKinds) {
+  const Bytes core = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, 32, 0, 0, 0, 12, 0, 0, 0, 2, 0, 1, 0, 1, 0,
+                      1, 0, 3, 2, 1, 6, 5, 4, 0x40, 0, 0, 0};
+  struct Case {
+    const char* what;
+    Bytes file;
+    Bytes pixels;
+  };
+  const Case cases[] = {
+      {"the oldest head", core, {1, 2, 3, 255, 4, 5, 6, 255}},
+      {"1 bit", BmpMaker(3, 2, 1, 0).Palette(2).Data({0xA0, 0, 0, 0, 0x40, 0, 0, 0}).File(),
+       PaletteColours({0, 1, 0, 1, 0, 1})},
+      {"1 bit from the top", BmpMaker(3, -2, 1, 0).Palette(2).Data({0xA0, 0, 0, 0, 0x40, 0, 0, 0}).File(),
+       PaletteColours({1, 0, 1, 0, 1, 0})},
+      {"4 bits", BmpMaker(3, 1, 4, 0).Palette(16).Data({0x12, 0x30, 0, 0}).File(),
+       PaletteColours({1, 2, 3})},
+      {"8 bits", BmpMaker(2, 1, 8, 0).Palette(256).Data({3, 0, 0, 0}).File(), PaletteColours({3, 0})},
+      {"16 bits", BmpMaker(2, 1, 16, 0).Data({0x00, 0x7C, 0x10, 0x02}).File(),
+       {255, 0, 0, 255, 0, 132, 132, 255}},
+      {"16 bits, fields", BmpMaker(2, 1, 16, 3).Long(0xF800).Long(0x07E0).Long(0x1F).Data({0xE0, 0x07, 0x1F, 0x80}).File(),
+       {0, 255, 0, 255, 132, 0, 255, 255}},
+      {"24 bits", BmpMaker(1, 1, 24, 0).Data({3, 2, 1, 0}).File(), {1, 2, 3, 255}},
+      {"32 bits", BmpMaker(1, 1, 32, 0).Data({3, 2, 1, 77}).File(), {1, 2, 3, 255}},
+      {"32 bits, fields", BmpMaker(1, 1, 32, 3).Long(0x3FF00000).Long(0xFFC00).Long(0x3FF).Data({0xFF, 0x03, 0x08, 0x00}).File(),
+       {0, 128, 255, 255}},
+      {"32 bits, alpha field", BmpMaker(1, 1, 32, 6).Long(0xFF).Long(0xFF00).Long(0xFF0000).Long(0xFF000000).Data({1, 2, 3, 0}).File(),
+       {1, 2, 3, 0}},
+      {"32 bits, fields in the head", BmpMaker(1, 1, 32, 3, 124).Long(0xFF).Long(0xFF00).Long(0xFF0000).Long(0xFF000000).Fill(124).Data({1, 2, 3, 4}).File(),
+       {1, 2, 3, 4}},
+      {"runs of bytes", BmpMaker(4, 2, 8, 1).Palette(256).Data({2, 5, 0, 0, 0, 3, 1, 2, 3, 0, 1, 4, 0, 1}).File(),
+       PaletteColours({1, 2, 3, 4, 5, 5, 0, 0})},
+      {"runs with a jump", BmpMaker(3, 4, 8, 1).Palette(256).Data({1, 9, 0, 2, 1, 2, 9, 7, 0, 1}).File(),
+       PaletteColours({0, 0, 0, 0, 0, 7, 0, 0, 0, 9, 0, 0})},
+      {"runs of nibbles", BmpMaker(6, 1, 4, 2).Palette(16).Data({3, 0x12, 0, 3, 0x45, 0x60, 0, 1}).File(),
+       PaletteColours({1, 2, 1, 4, 5, 6})},
+  };
+  for (const Case& c : cases) EXPECT_EQ(Pixels(c.file), c.pixels) << c.what;
+}
+
+TEST(Bmp, WrongHeadsAreErrors) {
+  const Bytes files[] = {BmpMaker(1, 1, 24, 1).Data({0, 0, 0, 0}).File(),
+                         BmpMaker(1, 1, 7, 0).Data({0, 0, 0, 0}).File(),
+                         BmpMaker(1, 1, 24, 4).Data({0, 0, 0, 0}).File(),
+                         BmpMaker(1, 0, 24, 0).Data({0, 0, 0, 0}).File(),
+                         BmpMaker(-1, 1, 24, 0).Data({0, 0, 0, 0}).File(),
+                         BmpMaker(1, 1, 24, 0, 13).Data({0, 0, 0, 0}).File()};
+  for (const Bytes& file : files) EXPECT_THROW(Pixels(file), imageio::ImageError);
+}
+
+// Pictures with their reference as PNG.
+TEST(Reference, IsMet) {
+  const std::pair<const char*, double> cases[] = {{"mandatory-bitmasks.bmp", 0}, {"cat.jpg", 1.0}};
+  for (const auto& [name, tolerance] : cases) {
+    const auto file = test::DataFolder() / "test-images" / "reftests" / name;
+    ImageReader reader(file);
+    ImageReader reference(file.string() + ".ref.png");
+    const TestPicture picture = TestPicture::Of(reader);
+    const TestPicture expected = TestPicture::Of(reference);
+    ASSERT_EQ(picture.colour.size(), expected.colour.size()) << name;
+    double sum = 0;
+    for (std::size_t i = 0; i < picture.colour.size(); ++i) {
+      sum += std::abs(picture.colour[i] - expected.colour[i]);
+    }
+    EXPECT_LE(sum / static_cast<double>(picture.colour.size()), tolerance) << name;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,90 @@
+#include <gtest/gtest.h>
+#include <tiffio.h>
+
+#include "tests/imageio/ExifMaker.h"
+#include "tests/imageio/TestPicture.h"
+
+namespace {
+
+using imageio::Format;
+using imageio::ImageReader;
+using test::TestPicture;
+
+// How the stored rows "abc", "def" are to be shown.
+constexpr const char* kShown[9] = {"",         "abc/def",  "cba/fed",  "fed/cba", "def/abc",
+                                   "ad/be/cf", "da/eb/fc", "fc/eb/da", "cf/be/ad"};
+
+// Letters are colours; the mask says the same.
+TestPicture Draw(const std::string& rows) {
+  const auto width = static_cast<int>(rows.find('/'));
+  TestPicture picture(width, static_cast<int>(rows.size() + 1) / (width + 1));
+  for (int y = 0; y < picture.height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      const auto letter = static_cast<BYTE>(rows[static_cast<std::size_t>(y * (width + 1) + x)]);
+      for (int c = 0; c < 3; ++c) picture.Pixel(x, y)[c] = static_cast<BYTE>(letter + 10 * c);
+      picture.Mask(x, y) = letter;
+    }
+  }
+  return picture;
+}
+
+void ExpectUpright(const test::Bytes& bytes, int orientation) {
+  ImageReader reader(bytes.data(), bytes.size());
+  const TestPicture expected = Draw(kShown[orientation]);
+  ASSERT_EQ(reader.Info().width, expected.width);
+  ASSERT_EQ(reader.Info().height, expected.height);
+  EXPECT_TRUE(TestPicture::Of(reader) == expected);
+}
+
+TEST(Orientation, IsAppliedToPng) {
+  for (int orientation = 1; orientation <= 8; ++orientation) {
+    for (const bool little : {false, true}) {
+      SCOPED_TRACE(orientation);
+      imageio::WriteOptions options;
+      options.metadata.exif = test::MakeExif(little, orientation);
+      const test::Bytes bytes = test::Written(Format::Png, Draw("abc/def"), options);
+      ExpectUpright(bytes, orientation);
+      ImageReader reader(bytes.data(), bytes.size());
+      EXPECT_EQ(reader.Info().metadata.exif, test::MakeExif(little, 1)) << "told as upright";
+    }
+  }
+}
+
+TEST(Orientation, IsAppliedToTiff) {
+  for (int orientation = 1; orientation <= 8; ++orientation) {
+    SCOPED_TRACE(orientation);
+    const test::TemporaryFile file;
+    TestPicture picture = Draw("abc/def");
+    imageio::WriteImage(file.path, Format::Tiff, 3, 2, picture.Rows());
+    test::Bytes bytes = test::ReadBytes(file.path);
+    // The entry: tag 0x0112, type short, count 1.
+    const test::Bytes entry = {0x12, 0x01, 3, 0, 1, 0, 0, 0};
+    const auto at = std::search(bytes.begin(), bytes.end(), entry.begin(), entry.end());
+    ASSERT_NE(at, bytes.end());
+    at[8] = static_cast<std::uint8_t>(orientation);
+    ExpectUpright(bytes, orientation);
+  }
+}
+
+TEST(Orientation, TurnsJpegAtFullAndReducedSize) {
+  TestPicture picture(64, 32, 0);
+  for (int y = 0; y < 32; ++y) {
+    for (int x = 0; x < 32; ++x) picture.Pixel(x, y)[2] = 255;  // the left half is red
+  }
+  imageio::WriteOptions options;
+  options.metadata.exif = test::MakeExif(true, 6);  // left becomes top
+  const test::Bytes bytes = test::Written(Format::Jpeg, picture, options);
+  ImageReader reader(bytes.data(), bytes.size());
+  for (const int width : {32, 16, 5}) {
+    reader.ReduceToFit(width, 2 * width);
+    EXPECT_EQ(reader.Info().width, width);
+    EXPECT_EQ(reader.Info().height, 2 * width);
+    EXPECT_EQ(reader.Info().fullWidth, 32);
+    EXPECT_EQ(reader.Info().fullHeight, 64);
+    TestPicture result = TestPicture::Of(reader);
+    EXPECT_GT(result.Pixel(width / 2, 0)[2], 240);
+    EXPECT_LT(result.Pixel(width / 2, 2 * width - 1)[2], 15);
+  }
+}
+
+}  // namespace

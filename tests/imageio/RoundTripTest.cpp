@@ -1,0 +1,162 @@
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+#include "tests/imageio/TestPicture.h"
+
+namespace {
+
+using imageio::Format;
+using imageio::ImageError;
+using imageio::ImageReader;
+using imageio::WriteImage;
+using test::TemporaryFile;
+using test::TestPicture;
+
+constexpr Format kLossless[] = {Format::Pnm, Format::Pam, Format::Png, Format::Tiff, Format::Bmp};
+constexpr Format kAll[] = {Format::Pnm,  Format::Pam,  Format::Png,
+                           Format::Jpeg, Format::Tiff, Format::Bmp};
+
+TEST(RoundTrip, KeepsEveryByte) {
+  const std::pair<int, int> sizes[] = {{1, 1}, {1, 7}, {3, 1}, {5, 4}, {31, 33}, {300, 257}};
+  for (const Format format : kLossless) {
+    for (const auto& [width, height] : sizes) {
+      for (const bool masked : {false, true}) {
+        SCOPED_TRACE(testing::Message() << static_cast<int>(format) << ": " << width << " x "
+                                        << height << (masked ? " with mask" : ""));
+        TestPicture picture = TestPicture::Random(width, height, masked);
+        const TemporaryFile file;
+        ASSERT_TRUE(WriteImage(file.path, format, width, height, picture.Rows()));
+        ImageReader reader(file.path);
+        EXPECT_EQ(reader.Info().format, format);
+        EXPECT_EQ(reader.Info().hasMask, masked && format != Format::Pnm);
+        if (format == Format::Pnm) picture.mask.assign(picture.mask.size(), 0);
+        EXPECT_TRUE(TestPicture::Of(reader) == picture);
+        EXPECT_TRUE(TestPicture::Of(reader) == picture) << "the second time";
+      }
+    }
+  }
+}
+
+TEST(RoundTrip, NeedsNoMaskRows) {
+  TestPicture picture = TestPicture::Random(9, 5, true);
+  for (const Format format : kLossless) {
+    const test::Bytes bytes = test::Written(format, picture);
+    ImageReader reader(bytes.data(), bytes.size());
+    TestPicture result(9, 5);
+    EXPECT_TRUE(reader.Read({result.Rows().colour, nullptr}));
+    EXPECT_EQ(result.colour, picture.colour);
+    const TemporaryFile file;
+    EXPECT_TRUE(WriteImage(file.path, format, 9, 5, {picture.Rows().colour, nullptr}));
+    EXPECT_FALSE(ImageReader(file.path).Info().hasMask);
+  }
+}
+
+// The mean distance of colour bytes.
+double Distance(const TestPicture& a, const TestPicture& b) {
+  double sum = 0;
+  for (std::size_t i = 0; i < a.colour.size(); ++i) sum += std::abs(a.colour[i] - b.colour[i]);
+  return sum / static_cast<double>(a.colour.size());
+}
+
+TEST(RoundTrip, JpegIsCloseAndQualityCounts) {
+  TestPicture picture(64, 48, 0);
+  for (int y = 0; y < picture.height; ++y) {
+    for (int x = 0; x < picture.width; ++x) {
+      BYTE* pixel = picture.Pixel(x, y);
+      pixel[0] = static_cast<BYTE>(4 * x);
+      pixel[1] = static_cast<BYTE>(5 * y);
+      pixel[2] = static_cast<BYTE>(128 + x - y);
+    }
+  }
+  const auto written = [&](int quality) {
+    imageio::WriteOptions options;
+    options.jpegQuality = quality;
+    return test::Written(Format::Jpeg, picture, options);
+  };
+  EXPECT_LT(Distance(TestPicture::OfBytes(written(100)), picture), 0.7);
+  EXPECT_LT(Distance(TestPicture::OfBytes(written(50)), picture), 4);
+  EXPECT_GT(written(90).size(), written(89).size() * 11 / 10) << "colour at full resolution";
+  EXPECT_EQ(written(0), written(1));
+  EXPECT_EQ(written(1000), written(100));
+}
+
+TEST(RoundTrip, WhiteShowsThroughTheMaskInJpeg) {
+  TestPicture picture(16, 16, 0);
+  picture.mask.assign(picture.mask.size(), 255);
+  EXPECT_EQ(TestPicture::OfBytes(test::Written(Format::Jpeg, picture)).colour,
+            test::Bytes(16 * 16 * 3, 255));
+  picture.mask.assign(picture.mask.size(), 100);
+  EXPECT_EQ(TestPicture::OfBytes(test::Written(Format::Jpeg, picture)).colour,
+            test::Bytes(16 * 16 * 3, 100));
+}
+
+TEST(RoundTrip, ProgressIsToldAndStops) {
+  TestPicture picture = TestPicture::Random(20, 400, true);
+  for (const Format format : kAll) {
+    SCOPED_TRACE(static_cast<int>(format));
+    std::vector<double> told;
+    const auto listen = [&told](double share) {
+      told.push_back(share);
+      return true;
+    };
+    const TemporaryFile file;
+    EXPECT_TRUE(WriteImage(file.path, format, 20, 400, picture.Rows(), {}, listen));
+    ImageReader reader(file.path);
+    TestPicture result(20, 400);
+    for (const char* what : {"writing", "reading"}) {
+      SCOPED_TRACE(what);
+      if (*what == 'r') {
+        EXPECT_TRUE(reader.Read(result.Rows(), listen));
+      }
+      EXPECT_GE(told.size(), 90u);
+      EXPECT_LE(told.size(), 110u);
+      EXPECT_TRUE(std::is_sorted(told.begin(), told.end()));
+      EXPECT_EQ(told.back(), 1);
+      told.clear();
+    }
+    const auto stop = [](double share) { return share < 0.5; };
+    EXPECT_FALSE(reader.Read(result.Rows(), stop));
+    EXPECT_FALSE(WriteImage(file.path, format, 20, 400, picture.Rows(), {}, stop));
+  }
+}
+
+TEST(RoundTrip, WritingFailsWithAnError) {
+  TestPicture picture = TestPicture::Random(200, 100, true);
+  for (const Format format : kAll) {
+    EXPECT_THROW(WriteImage("no/such/folder/file", format, 200, 100, picture.Rows()), ImageError);
+    if (std::filesystem::exists("/dev/full") && !std::filesystem::exists("C:\\")) {
+      EXPECT_THROW(WriteImage("/dev/full", format, 200, 100, picture.Rows()), ImageError)
+          << static_cast<int>(format);
+    }
+  }
+  const TemporaryFile file;
+  EXPECT_THROW(WriteImage(file.path, Format::Unknown, 200, 100, picture.Rows()), ImageError);
+  EXPECT_THROW(WriteImage(file.path, Format::Png, 0, 100, picture.Rows()), ImageError);
+}
+
+TEST(Names, TellTheFormat) {
+  const std::pair<const char*, Format> cases[] = {
+      {"a.ppm", Format::Pnm},       {"a.PGM", Format::Pnm},       {"a.pbm", Format::Pnm},
+      {"a.pnm", Format::Pnm},       {"dir.png/a.pam", Format::Pam}, {"a.b.PnG", Format::Png},
+      {"a.jpg", Format::Jpeg},      {"a.jpeg", Format::Jpeg},     {"a.tif", Format::Tiff},
+      {"a.tiff", Format::Tiff},     {"a.bmp", Format::Bmp},       {"a", Format::Unknown},
+      {"a.gif", Format::Unknown},   {"a.pn", Format::Unknown},    {"a.pngx", Format::Unknown},
+      {"", Format::Unknown},        {"png", Format::Unknown}};
+  for (const auto& [name, format] : cases) EXPECT_EQ(imageio::FormatOfName(name), format) << name;
+}
+
+TEST(Names, NeedNotBeAscii) {
+  const TemporaryFile base;
+  std::filesystem::path path = base.path;
+  path += std::filesystem::path(u"-\u00E4\u20AC\u4E2D.png");
+  TestPicture picture = TestPicture::Random(3, 3, false);
+  for (const Format format : kLossless) {
+    ASSERT_TRUE(WriteImage(path, format, 3, 3, picture.Rows()));
+    ImageReader reader(path);
+    EXPECT_TRUE(TestPicture::Of(reader) == picture);
+  }
+  std::filesystem::remove(path);
+}
+
+}  // namespace

@@ -1,0 +1,114 @@
+// Pictures for the tests: own rows, patterns, files in a temporary folder.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "imageio/ImageFile.h"
+
+namespace test {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// Rows of colour and mask that lie in two blocks. Equality compares all of it.
+class TestPicture {
+ public:
+  TestPicture(int pictureWidth, int pictureHeight, BYTE fill = 0xCD)
+      : width(pictureWidth),
+        height(pictureHeight),
+        colour(static_cast<std::size_t>(width) * 3 * static_cast<std::size_t>(height), fill),
+        mask(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), fill) {}
+
+  // Every byte by chance, from a fixed seed; without `withMask` the mask is 0.
+  static TestPicture Random(int width, int height, bool withMask, unsigned seed = 1) {
+    TestPicture picture(width, height, 0);
+    std::mt19937 random(seed);
+    for (BYTE& byte : picture.colour) byte = static_cast<BYTE>(random());
+    if (!withMask) return picture;
+    for (BYTE& byte : picture.mask) byte = static_cast<BYTE>(random());
+    picture.mask.front() = 255;
+    return picture;
+  }
+
+  // Reads everything that the reader gives.
+  static TestPicture Of(imageio::ImageReader& reader) {
+    TestPicture picture(reader.Info().width, reader.Info().height);
+    reader.Read(picture.Rows());
+    return picture;
+  }
+  static TestPicture OfBytes(const Bytes& bytes) {
+    imageio::ImageReader reader(bytes.data(), bytes.size());
+    return Of(reader);
+  }
+
+  imageio::Rows Rows() {
+    colourRows.clear();
+    maskRows.clear();
+    for (int row = 0; row < height; ++row) {
+      colourRows.push_back(&colour[static_cast<std::size_t>(row) * 3 * static_cast<std::size_t>(width)]);
+      maskRows.push_back(&mask[static_cast<std::size_t>(row) * static_cast<std::size_t>(width)]);
+    }
+    return {colourRows.data(), maskRows.data()};
+  }
+
+  // A pixel counted from the top left corner: blue, green, red. Mask likewise.
+  BYTE* Pixel(int x, int y) {
+    return &colour[static_cast<std::size_t>(((height - 1 - y) * width + x) * 3)];
+  }
+  BYTE& Mask(int x, int y) { return mask[static_cast<std::size_t>((height - 1 - y) * width + x)]; }
+
+  bool operator==(const TestPicture& other) const {
+    return width == other.width && height == other.height && colour == other.colour &&
+           mask == other.mask;
+  }
+
+  int width;
+  int height;
+  Bytes colour;
+  Bytes mask;
+
+ private:
+  std::vector<BYTE*> colourRows;
+  std::vector<BYTE*> maskRows;
+};
+
+// A file that disappears with this object.
+class TemporaryFile {
+ public:
+  TemporaryFile() {
+    static int count = 0;
+    path = std::filesystem::temp_directory_path() /
+           ("fxbox-imageio-" + std::to_string(std::random_device{}()) + "-" +
+            std::to_string(++count));
+  }
+  ~TemporaryFile() {
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  std::filesystem::path path;
+};
+
+inline Bytes ReadBytes(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(stream), {});
+}
+
+// The bytes of a file that WriteImage makes.
+inline Bytes Written(imageio::Format format, TestPicture picture,
+                     const imageio::WriteOptions& options = {}) {
+  const TemporaryFile file;
+  imageio::WriteImage(file.path, format, picture.width, picture.height, picture.Rows(), options);
+  return ReadBytes(file.path);
+}
+
+// Bytes of a text with numbers in between: what the little formats are written with.
+inline Bytes BytesOf(const std::string& text) { return Bytes(text.begin(), text.end()); }
+
+}  // namespace test

@@ -1,0 +1,150 @@
+// Files that appear whole or not at all, on every system.
+#include <stdexcept>
+
+#include "platform/SystemServices.h"
+#include "platform/fake/FakeServices.h"
+#include "tests/platform/Support.h"
+
+namespace platform {
+namespace {
+
+using testing_support::ReadFile;
+using testing_support::TemporaryFolder;
+using testing_support::WriteFile;
+namespace fs = std::filesystem;
+
+using Names = std::vector<std::string>;
+
+Files::WriteFile Writes(const std::string& bytes, bool answer = true) {
+  return [=](const fs::path& temporary) { return WriteFile(temporary, bytes) && answer; };
+}
+
+class FilesTest : public testing::Test {
+ protected:
+  TemporaryFolder folder;
+  fs::path target = folder / "picture.png";
+  Files& files = SystemFiles();
+};
+
+TEST_F(FilesTest, MakesAndReplacesAFile) {
+  fs::path seen;
+  const auto write = [&](const fs::path& temporary) {
+    seen = temporary;
+    return fs::is_empty(temporary) && WriteFile(temporary, "first");
+  };
+  EXPECT_EQ(files.Replace(target, write), std::nullopt);
+  EXPECT_EQ(ReadFile(target), "first");
+  EXPECT_EQ(seen.parent_path(), folder.Path());
+  EXPECT_EQ(seen.extension(), ".png");
+  EXPECT_EQ(files.Replace(target, Writes("second")), std::nullopt);
+  EXPECT_EQ(ReadFile(target), "second");
+  EXPECT_EQ(folder.Names(), Names{"picture.png"});
+}
+
+TEST_F(FilesTest, TheOldFileStandsUntilTheEnd) {
+  WriteFile(target, "old");
+  EXPECT_EQ(files.Replace(target,
+                          [&](const fs::path& temporary) {
+                            return WriteFile(temporary, "new") && ReadFile(target) == "old";
+                          }),
+            std::nullopt);
+  EXPECT_EQ(ReadFile(target), "new");
+}
+
+TEST_F(FilesTest, AFailureLeavesNothingBehind) {
+  const auto throws = [](const fs::path& temporary) -> bool {
+    WriteFile(temporary, "half");
+    throw std::runtime_error("broken");
+  };
+  for (const bool existed : {false, true}) {
+    if (existed) WriteFile(target, "old");
+    EXPECT_EQ(files.Replace(target, Writes("half", false)), "");
+    EXPECT_THROW(files.Replace(target, throws), std::runtime_error);
+    EXPECT_EQ(folder.Names(), existed ? Names{"picture.png"} : Names{});
+    EXPECT_EQ(ReadFile(target), existed ? "old" : "");
+  }
+}
+
+TEST_F(FilesTest, GivesTheReasonWithoutCallingTheWriter) {
+  fs::create_directory(folder / "sub");
+  for (const fs::path& bad : {folder / "sub", folder / "missing/picture.png", fs::path()}) {
+    bool called = false;
+    const auto reason = files.Replace(bad, [&](const fs::path&) { return called = true; });
+    ASSERT_TRUE(reason.has_value()) << bad;
+    EXPECT_FALSE(reason->empty()) << bad;
+    EXPECT_EQ(reason->find_first_of("\r\n"), reason->npos);
+    EXPECT_FALSE(called) << bad;
+  }
+  EXPECT_EQ(folder.Names(), Names{"sub"});
+}
+
+TEST_F(FilesTest, AWriterThatTakesTheFileAwayFails) {
+  const auto reason =
+      files.Replace(target, [](const fs::path& temporary) { return fs::remove(temporary); });
+  EXPECT_TRUE(reason.has_value());
+  EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST_F(FilesTest, TakesNamesOfAnyLengthAndAlphabet) {
+  const std::u8string names[] = {u8"Gr\u00FC\u00DFe \u65E5\u672C.tif", std::u8string(250, u8'n'),
+                                 u8"a." + std::u8string(200, u8'e')};
+  for (const std::u8string& name : names) {
+    const fs::path path = folder.Path() / fs::path(name);
+    EXPECT_EQ(files.Replace(path, Writes("x")), std::nullopt);
+    EXPECT_EQ(ReadFile(path), "x");
+  }
+}
+
+#ifdef _WIN32
+constexpr char kNullDevice[] = "NUL";
+#else
+constexpr char kNullDevice[] = "/dev/null";
+#endif
+
+TEST_F(FilesTest, ADeviceIsWrittenDirectly) {
+  const fs::path device = kNullDevice;
+  fs::path seen;
+  const auto answer = [&seen](bool result) {
+    return [&seen, result](const fs::path& path) {
+      seen = path;
+      return result;
+    };
+  };
+  EXPECT_EQ(files.Replace(device, answer(true)), std::nullopt);
+  EXPECT_EQ(seen, device);
+  EXPECT_EQ(files.Replace(device, answer(false)), "");
+}
+
+int variableOfThisProgram = 0;
+
+TEST_F(FilesTest, KnowsTheModuleOfAnAddress) {
+  const fs::path program = files.ModuleOf(&variableOfThisProgram);
+  EXPECT_TRUE(program.is_absolute());
+  EXPECT_TRUE(fs::exists(program));
+  EXPECT_EQ(program.stem().string().find("tmp"), std::string::npos);
+  int onTheStack = 0;
+  EXPECT_TRUE(files.ModuleOf(&onTheStack).empty());
+  EXPECT_TRUE(files.ModuleOf(nullptr).empty());
+}
+
+TEST_F(FilesTest, FailsOnDemand) {
+  for (const bool writeFirst : {false, true}) {
+    WriteFile(target, "old");
+    FailingFiles failing(files, 2, writeFirst);
+    int calls = 0;
+    const auto write = [&calls](const fs::path& temporary) {
+      ++calls;
+      return WriteFile(temporary, "new " + std::to_string(calls));
+    };
+    EXPECT_EQ(failing.Replace(target, write), std::nullopt);
+    EXPECT_EQ(failing.Replace(target, write), FailingFiles::kReason);
+    EXPECT_EQ(ReadFile(target), "new 1");
+    EXPECT_EQ(calls, writeFirst ? 2 : 1);
+    EXPECT_EQ(failing.Replace(target, write), std::nullopt);
+    EXPECT_EQ(failing.CallCount(), 3);
+  }
+  EXPECT_EQ(folder.Names(), Names{"picture.png"});
+}
+
+}  // namespace
+}  // namespace platform

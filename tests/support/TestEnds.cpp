@@ -1,0 +1,185 @@
+#include "tests/support/TestEnds.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+namespace testing_support {
+namespace {
+
+template <class... Numbers>
+std::string Call(const char* name, Numbers... numbers) {
+  std::string text = name;
+  ((text += " " + std::to_string(numbers)), ...);
+  return text;
+}
+
+}  // namespace
+
+void PrintTo(const RowRequest& r, std::ostream* out) {
+  *out << "{" << r.destX << " " << r.destY << " " << r.srcX << " " << r.srcY << " " << r.width
+       << " " << r.height << "}";
+}
+
+// --- source
+
+HRESULT TestSource::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
+                             BYTE** colourRows, BYTE** maskRows) {
+  requests.push_back({destX, destY, srcX, srcY, width, height});
+  if (throwsInReadRows) throw std::runtime_error("source");
+  const int first = std::max(0, srcX);
+  const int end = static_cast<int>(
+      std::min<std::int64_t>(picture.width, std::int64_t{srcX} + std::max(0, width)));
+  for (int i = height - 1; i >= 0; --i) {
+    const std::int64_t y = std::int64_t{srcY} + i;
+    if (y >= 0 && y < picture.height && first < end) {
+      const int at = destX + first - srcX;
+      const auto row = static_cast<int>(y);
+      const auto pixels = static_cast<std::size_t>(end - first);
+      if (colourRows) {
+        std::memcpy(colourRows[destY + i] + 3 * at, picture.Colour(first, row), 3 * pixels);
+      }
+      if (maskRows) {
+        std::memcpy(maskRows[destY + i] + at, picture.mask.data() + row * picture.width + first,
+                    pixels);
+      }
+    }
+    if (onRow) onRow(height - i);
+  }
+  if (results.empty()) return S_OK;
+  const HRESULT result = results.front();
+  results.pop_front();
+  return result;
+}
+
+HRESULT TestSource::SetAbort(bool abort) {
+  aborts.push_back(abort);
+  return S_OK;
+}
+
+HRESULT TestSource::Prepare(bool* changed, int* consumer, bool trackRevision) {
+  ++prepareCount;
+  prepares.emplace_back(*consumer, trackRevision);
+  if (destination) {
+    if (targetWidth > 0) destination->SetTargetSize(targetWidth, targetHeight);
+    destination->SetPictureSize(picture.width, picture.height);
+    destination->SetExtent(extentWidth > 0 ? extentWidth : picture.width,
+                           extentHeight > 0 ? extentHeight : picture.height);
+    destination->SetOffset(offsetX, offsetY);
+  }
+  if (*consumer != revision) *changed = true;
+  *consumer = revision;
+  return S_OK;
+}
+
+HRESULT TestSource::AttachDestination(IUnknown* newDestination) {
+  ++attachCount;
+  destination = platform::ComPtr<IAnimFilterSrcCallsThis>::Query(newDestination);
+  return S_OK;
+}
+
+HRESULT TestSource::ReadPixel(BYTE* answer) {
+  ++pixelCount;
+  std::memcpy(answer, pixel, sizeof pixel);
+  return pixelResult;
+}
+
+HRESULT TestSource::SendToSource(std::intptr_t message) {
+  messages.push_back(message);
+  return S_OK;
+}
+
+// --- destination
+
+HRESULT TestDestination::SetPictureSize(int w, int h) {
+  calls.push_back(Call("SetPictureSize", w, h));
+  width = w;
+  height = h;
+  return S_OK;
+}
+
+HRESULT TestDestination::SetOffset(int x, int y) {
+  calls.push_back(Call("SetOffset", x, y));
+  return S_OK;
+}
+
+HRESULT TestDestination::SetExtent(int w, int h) {
+  calls.push_back(Call("SetExtent", w, h));
+  return S_OK;
+}
+
+HRESULT TestDestination::SetTargetSize(int w, int h) {
+  calls.push_back(Call("SetTargetSize", w, h));
+  return S_OK;
+}
+
+HRESULT TestDestination::QuerySize(int* w, int* h, double aspect) {
+  askedAspect = aspect;
+  *w = wantedWidth;
+  *h = wantedHeight;
+  return S_OK;
+}
+
+HRESULT TestDestination::SetZoom(double zoom) {
+  calls.push_back(Call("SetZoom", zoom));
+  return S_OK;
+}
+
+HRESULT TestDestination::SetMark(int a, int b) {
+  calls.push_back(Call("SetMark", a, b));
+  return S_OK;
+}
+
+HRESULT TestDestination::GetMark(int* a, int* b) {
+  *a = marks[0];
+  *b = marks[1];
+  return S_OK;
+}
+
+HRESULT TestDestination::Lock() {
+  locks += 'L';
+  return S_OK;
+}
+
+HRESULT TestDestination::Unlock() {
+  locks += 'U';
+  return S_OK;
+}
+
+HRESULT TestDestination::AttachSource(IUnknown* newSource) {
+  ++attachCount;
+  source = platform::ComPtr<IAnimFilterDestCallsThis>::Query(newSource);
+  return S_OK;
+}
+
+HRESULT TestDestination::ExpandText(const char* text, char**) {
+  calls.push_back(std::string("ExpandText ") + text);
+  return S_FALSE;
+}
+
+HRESULT TestDestination::QueryPrintScale(double* scale) {
+  *scale = 2.5;
+  return S_OK;
+}
+
+HRESULT TestDestination::HostCall3(std::intptr_t a, std::intptr_t b, std::intptr_t c) {
+  calls.push_back(Call("HostCall3", a, b, c));
+  return S_OK;
+}
+
+HRESULT TestDestination::HostCall1(std::intptr_t a) {
+  calls.push_back(Call("HostCall1", a));
+  return S_OK;
+}
+
+HRESULT TestDestination::HostCall1b(std::intptr_t a) {
+  calls.push_back(Call("HostCall1b", a));
+  return S_OK;
+}
+
+std::vector<std::string> TestDestination::TakeCalls() { return std::exchange(calls, {}); }
+
+std::string TestDestination::TakeLocks() { return std::exchange(locks, {}); }
+
+}  // namespace testing_support

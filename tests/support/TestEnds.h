@@ -1,0 +1,117 @@
+// The two ends of a chain as a test's host writes them: a picture source and a destination.
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "core/AnimInterfaces.h"
+#include "platform/component/ComObject.h"
+#include "platform/component/ComPtr.h"
+#include "tests/support/Pictures.h"
+
+namespace testing_support {
+
+// One request for rows.
+struct RowRequest {
+  int destX = 0, destY = 0, srcX = 0, srcY = 0, width = 0, height = 0;
+  bool operator==(const RowRequest&) const = default;
+};
+void PrintTo(const RowRequest& request, std::ostream* out);
+
+// Serves a picture. A request is cut to the picture: what lies outside is not written.
+class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestCallsThis> {
+ public:
+  explicit TestSource(Picture served) : picture(std::move(served)) {}
+
+  HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
+                                     int height, BYTE** colourRows, BYTE** maskRows) override;
+  HRESULT STDMETHODCALLTYPE SetAbort(bool abort) override;
+  // Tells the picture's size, and the target when there is one. Changed when the revision differs.
+  HRESULT STDMETHODCALLTYPE Prepare(bool* changed, int* consumer, bool trackRevision) override;
+  HRESULT STDMETHODCALLTYPE GetInfo(int*, int*, int*, int*, int*, int*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE AttachDestination(IUnknown* newDestination) override;
+  HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* answer) override;
+  HRESULT STDMETHODCALLTYPE SendToSource(std::intptr_t message) override;
+
+  Picture picture;
+  BYTE pixel[4] = {};
+  int extentWidth = 0, extentHeight = 0;  // 0: the picture's size
+  int offsetX = 0, offsetY = 0;
+  int targetWidth = 0, targetHeight = 0;  // 0: nothing is told
+  int revision = 1;                       // raise it when the picture changes
+
+  // What the next calls of ReadRows answer instead of 0, in turn. Rows are delivered all the same.
+  std::deque<HRESULT> results;
+  HRESULT pixelResult = S_OK;
+  bool throwsInReadRows = false;
+  // Runs after each row that is delivered, with the rows so far in this call; for an abort in the
+  // middle.
+  std::function<void(int rows)> onRow;
+
+  std::vector<RowRequest> requests;
+  std::vector<std::intptr_t> messages;
+  int prepareCount = 0;
+  int pixelCount = 0;
+  std::vector<bool> aborts;
+  std::vector<std::pair<int, bool>> prepares;  // revision and flag of each Prepare
+  int attachCount = 0;
+  platform::ComPtr<IAnimFilterSrcCallsThis> destination;
+};
+
+// Records what it is told.
+class TestDestination final : public platform::ComObject<TestDestination, IAnimFilterSrcCallsThis> {
+ public:
+  HRESULT STDMETHODCALLTYPE SetPictureSize(int width, int height) override;
+  HRESULT STDMETHODCALLTYPE SetOffset(int x, int y) override;
+  HRESULT STDMETHODCALLTYPE SetExtent(int width, int height) override;
+  HRESULT STDMETHODCALLTYPE SetTargetSize(int width, int height) override;
+  HRESULT STDMETHODCALLTYPE QuerySize(int* width, int* height, double aspect) override;
+  HRESULT STDMETHODCALLTYPE SetZoom(double zoom) override;
+  HRESULT STDMETHODCALLTYPE SetMark(int a, int b) override;
+  HRESULT STDMETHODCALLTYPE GetMark(int* a, int* b) override;
+  HRESULT STDMETHODCALLTYPE Lock() override;
+  HRESULT STDMETHODCALLTYPE Unlock() override;
+  HRESULT STDMETHODCALLTYPE AttachSource(IUnknown* newSource) override;
+  HRESULT STDMETHODCALLTYPE ExpandText(const char* text, char** expanded) override;
+  HRESULT STDMETHODCALLTYPE QueryPrintScale(double* scale) override;
+  HRESULT STDMETHODCALLTYPE HostCall3(std::intptr_t a, std::intptr_t b, std::intptr_t c) override;
+  HRESULT STDMETHODCALLTYPE HostCall1(std::intptr_t a) override;
+  HRESULT STDMETHODCALLTYPE HostCall1b(std::intptr_t a) override;
+
+  // The calls with their arguments, such as "SetPictureSize 3 4"; Lock and Unlock stand in `locks`.
+  std::vector<std::string> calls;
+  std::vector<std::string> TakeCalls();
+  // "L" and "U" in turn.
+  std::string locks;
+  std::string TakeLocks();
+
+  int width = 0, height = 0;  // the last SetPictureSize
+  int wantedWidth = -1, wantedHeight = -1;
+  double askedAspect = 0;
+  int marks[2] = {};
+  int attachCount = 0;
+  platform::ComPtr<IAnimFilterDestCallsThis> source;
+};
+
+// A host that serves both ends with one object.
+class TestBothEnds final : public platform::ComObject<TestBothEnds, IUnknown> {
+ public:
+  explicit TestBothEnds(Picture picture)
+      : source(platform::ComPtr<TestSource>::Attach(new TestSource(std::move(picture)))),
+        destination(platform::ComPtr<TestDestination>::Attach(new TestDestination)) {}
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
+    const HRESULT asSource = source->QueryInterface(iid, result);
+    return SUCCEEDED(asSource) ? asSource : destination->QueryInterface(iid, result);
+  }
+
+  platform::ComPtr<TestSource> source;
+  platform::ComPtr<TestDestination> destination;
+};
+
+}  // namespace testing_support

@@ -1,0 +1,132 @@
+#include "tests/support/TestFilters.h"
+
+#include <deque>
+#include <stdexcept>
+
+namespace testing_support {
+
+using platform::ComPtr;
+
+const FilterClass& TestClass(const char* progId, int order, int sortKey,
+                             CPdibFilter* (*make)(const FilterClass&)) {
+  static std::deque<FilterClass> rows;
+  CLSID classId = base::Guid("{5E57C1A5-0000-4000-8000-000000000000}");
+  classId.Data2 = static_cast<std::uint16_t>(rows.size() + 1);
+  rows.push_back({.sortKey = sortKey,
+                  .className = "TestFilter",
+                  .progId = progId,
+                  .classId = classId,
+                  .order = order,
+                  .iconName = nullptr,
+                  .nameKey = nullptr,
+                  .helpKey = nullptr,
+                  .defaultText = nullptr,
+                  .gloss = "Test",
+                  .state = ClassState::Built,
+                  .make = make ? make : MakeFilter<RecordingFilter>,
+                  .describe = nullptr});
+  return rows.back();
+}
+
+HRESULT RecordingFilter::QueryInterface(REFIID iid, void** result) {
+  if (!offersParameters && base::SameGuid(iid, IAnimFilterParameter::kIid)) {
+    *result = nullptr;
+    return E_NOINTERFACE;
+  }
+  return CPdibFilter::QueryInterface(iid, result);
+}
+
+HRESULT RecordingFilter::GetName(char* buffer, int size) {
+  if (throws == Throws::GetName) throw std::runtime_error("GetName");
+  return CPdibFilter::GetName(buffer, size);
+}
+
+HRESULT RecordingFilter::SetSource(IUnknown* newSource) {
+  if (throws == Throws::SetSource && newSource) throw std::runtime_error("SetSource");
+  return CPdibFilter::SetSource(newSource);
+}
+
+HRESULT RecordingFilter::SetParameter(const char* text, int) {
+  if (throws == Throws::SetParameter) throw std::runtime_error("SetParameter");
+  given.push_back(text);
+  pending = text;
+  return S_OK;
+}
+
+HRESULT RecordingFilter::GetParameter(char* buffer, int size) {
+  CopyParameterText(pending, 1, buffer, size);
+  return S_OK;
+}
+
+HRESULT RecordingFilter::GetActiveParameter(char* buffer, int size) {
+  CopyParameterText(active, 1, buffer, size);
+  return S_OK;
+}
+
+HRESULT RecordingCreator::CreateFilter(const char* progId, REFIID iid, void** result) {
+  *result = nullptr;
+  for (const FilterClass* row : classes) {
+    if (std::string(row->progId) != progId) continue;
+    made.push_back(progId);
+    return ComPtr<CPdibFilter>::Attach(row->make(*row))->QueryInterface(iid, result);
+  }
+  return E_FAIL;
+}
+
+ComPtr<CPdibFilter> Make(const FilterClass& row) {
+  return ComPtr<CPdibFilter>::Attach(row.make(row));
+}
+
+Rig::Rig(Picture picture, std::vector<ComPtr<CPdibFilter>> linked)
+    : source(ComPtr<TestSource>::Attach(new TestSource(std::move(picture)))),
+      destination(ComPtr<TestDestination>::Attach(new TestDestination)),
+      filters(std::move(linked)) {
+  Filter().SetSource(source.Get());
+  for (std::size_t i = 1; i < filters.size(); ++i) {
+    Filter(i).SetSource(static_cast<IAnimFilter*>(&Filter(i - 1)));
+  }
+  Tail().SetDestination(destination.Get());
+}
+
+Rig::Rig(Picture picture, const FilterClass& row) : Rig(std::move(picture), std::vector{Make(row)}) {}
+
+Rig::~Rig() {
+  for (auto& filter : filters) {
+    filter->SetSource(nullptr);
+    filter->SetDestination(nullptr);
+  }
+  source->AttachDestination(nullptr);
+  destination->AttachSource(nullptr);
+}
+
+bool Rig::Prepare() {
+  bool changed = false;
+  Tail().Prepare(&changed, &revision, true);
+  return changed;
+}
+
+Picture Rig::PullWhole() {
+  Prepare();
+  GuardedRows rows(destination->width, destination->height, 99);
+  const HRESULT result = Pull(rows, {0, 0, 0, 0, rows.Width(), rows.Height()});
+  return result == S_OK ? rows.Whole() : Picture();
+}
+
+HRESULT Rig::Pull(GuardedRows& rows, const RowRequest& r) {
+  return Tail().ReadRows(r.destX, r.destY, r.srcX, r.srcY, r.width, r.height, rows.ColourRows(),
+                         rows.MaskRows());
+}
+
+std::string PendingText(IAnimFilterParameter& filter, int size) {
+  std::string text(static_cast<std::size_t>(size), '\0');
+  filter.GetParameter(text.data(), size);
+  return text.c_str();
+}
+
+std::string ActiveText(IAnimFilterParameter& filter, int size) {
+  std::string text(static_cast<std::size_t>(size), '\0');
+  filter.GetActiveParameter(text.data(), size);
+  return text.c_str();
+}
+
+}  // namespace testing_support

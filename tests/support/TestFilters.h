@@ -1,0 +1,105 @@
+// Filters, a creator and a linked chain for tests.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "core/AnimChain.h"
+#include "core/PdibFilter.h"
+#include "tests/support/GuardedRows.h"
+#include "tests/support/TestEnds.h"
+
+namespace testing_support {
+
+template <class Filter>
+CPdibFilter* MakeFilter(const FilterClass& row) {
+  return new Filter(row);
+}
+
+// A class row of its own, with a class id that nobody has registered. It lives as long as the test
+// program.
+const FilterClass& TestClass(const char* progId, int order = 5000, int sortKey = 0,
+                             CPdibFilter* (*make)(const FilterClass&) = nullptr);
+
+// Keeps its text, passes rows through and counts what is done to it. Throws where it is told to.
+class RecordingFilter : public CPdibFilter {
+ public:
+  explicit RecordingFilter(const FilterClass& row) : CPdibFilter(row) { ++alive; }
+  ~RecordingFilter() override { --alive; }
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override;
+  HRESULT STDMETHODCALLTYPE GetName(char* buffer, int size) override;
+  HRESULT STDMETHODCALLTYPE SetSource(IUnknown* newSource) override;
+  bool IsDirty() override { return pending != active; }
+  void Commit() override { active = pending; }
+  HRESULT STDMETHODCALLTYPE SetParameter(const char* text, int flag) override;
+  HRESULT STDMETHODCALLTYPE GetParameter(char* buffer, int size) override;
+  HRESULT STDMETHODCALLTYPE GetActiveParameter(char* buffer, int size) override;
+
+  enum class Throws { Nowhere, SetParameter, GetName, SetSource };
+  static inline Throws throws = Throws::Nowhere;
+  static inline int alive = 0;
+  // Of all objects: what SetParameter was given, in turn.
+  static inline std::vector<std::string> given;
+
+  bool offersParameters = true;
+  std::string pending, active;
+};
+
+// Makes recording filters of the names that it knows.
+class RecordingCreator final
+    : public platform::ComObject<RecordingCreator, IAnimFilterCreator> {
+ public:
+  explicit RecordingCreator(const std::vector<const FilterClass*>& known) : classes(known) {}
+
+  HRESULT STDMETHODCALLTYPE CreateFilter(const char* progId, REFIID iid, void** result) override;
+  HRESULT STDMETHODCALLTYPE CreateFilterDialog(const char*, std::intptr_t, REFIID,
+                                               void**) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE GetFilterCount(int*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE CreateFilterAt(int, REFIID, void**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE CreateChain(REFIID, void**) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetFilterInfo(int, char*, int, int*) override { return E_NOTIMPL; }
+
+  std::vector<std::string> made;
+
+ private:
+  std::vector<const FilterClass*> classes;
+};
+
+// A source, filters and a destination, linked in this order; unlinked at the end, so that all are
+// freed.
+class Rig {
+ public:
+  Rig(Picture picture, std::vector<platform::ComPtr<CPdibFilter>> linked);
+  // With one filter, of a class.
+  Rig(Picture picture, const FilterClass& row);
+  ~Rig();
+  Rig(const Rig&) = delete;
+  Rig& operator=(const Rig&) = delete;
+
+  CPdibFilter& Filter(std::size_t index = 0) { return *filters[index].Get(); }
+  CPdibFilter& Tail() { return *filters.back().Get(); }
+  // Prepares the tail for a consumer that keeps its revision. True when the picture changed.
+  bool Prepare();
+  // Prepares, then pulls the whole result with one call.
+  Picture PullWhole();
+  HRESULT Pull(GuardedRows& rows, const RowRequest& request);
+
+  platform::ComPtr<TestSource> source;
+  platform::ComPtr<TestDestination> destination;
+  int revision = -1;
+
+ private:
+  std::vector<platform::ComPtr<CPdibFilter>> filters;
+};
+
+platform::ComPtr<CPdibFilter> Make(const FilterClass& row);
+
+// The texts of a filter, empty when it wrote nothing.
+std::string PendingText(IAnimFilterParameter& filter, int size = 4096);
+std::string ActiveText(IAnimFilterParameter& filter, int size = 4096);
+
+}  // namespace testing_support
