@@ -9,7 +9,7 @@ namespace platform {
 
 // Makes objects by a function that returns one with a single reference, or throws. Aggregation is
 // refused. `Maker` is any callable without arguments whose result converts to IUnknown*.
-class ClassFactory final : public ComObject<ClassFactory, IClassFactory> {
+class FXBOX_API ClassFactory final : public ComObject<ClassFactory, IClassFactory> {
  public:
   using Maker = std::function<IUnknown*()>;
   explicit ClassFactory(Maker maker) : make(std::move(maker)) {}

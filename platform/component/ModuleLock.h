@@ -7,7 +7,7 @@ namespace platform {
 
 // While one lives, the module says that it cannot be unloaded. Every component object holds one, and
 // LockServer makes and ends one by hand. Thread-safe.
-class ModuleLock {
+class FXBOX_API ModuleLock {
  public:
   ModuleLock() { Add(); }
   ~ModuleLock() { Remove(); }

@@ -14,7 +14,7 @@ TEST(WindowsServicesTest, AQuietDesktopWritesToTheErrorOutput) {
   SystemDesktop().Beep(440, 10000);
   const std::string shown = testing::internal::GetCapturedStderr();
   _putenv("FXBOX_QUIET=");
-  EXPECT_EQ(shown.substr(0, shown.find('\r')), "Fxbox4.dll: text");
+  EXPECT_EQ(shown.substr(0, shown.find_first_of("\r\n")), "Fxbox4.dll: text");
 }
 
 TEST(WindowsServicesTest, CallsAFunctionOfAModule) {
