@@ -23,10 +23,10 @@ FXBOX_API void RgbToHls(std::uint8_t red, std::uint8_t green, std::uint8_t blue,
 // The lightness that RgbToHls gives, alone.
 FXBOX_API double Lightness(std::uint8_t red, std::uint8_t green, std::uint8_t blue);
 
-// The bytes are truncated and keep their low eight bits: nothing is rounded and nothing limited, so that
-// the way there and back may lose a level, and a lightness above 1 wraps. Any doubles are safe. A hue
-// of 360 or more counts as 0; a hue below 0 or no number has no place on the wheel and gives the grey of
-// the lightness.
+// The bytes are truncated and keep their low eight bits: nothing is rounded and nothing limited, so
+// that the way there and back may lose a level, and a lightness above 1 wraps. Any doubles are
+// safe. A hue of 360 or more counts as 0; a hue below 0 or no number has no place on the wheel and
+// gives the grey of the lightness.
 FXBOX_API void HlsToRgb(double hue, double lightness, double saturation, std::uint8_t& red,
                         std::uint8_t& green, std::uint8_t& blue);
 

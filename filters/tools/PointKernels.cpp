@@ -13,7 +13,9 @@ using base::kBytesPerPixel;
 using base::kGreen;
 using base::kRed;
 
-constexpr bool IsPercentage(int percent) { return percent >= 0 && percent <= 100; }
+constexpr bool IsPercentage(int percent) {
+  return percent >= 0 && percent <= 100;
+}
 
 // The same value in the type that the sums of a loop need: 32 bits hold all sums of percentages
 // within 0..100, 64 bits those of any percentage.
@@ -22,8 +24,8 @@ void BlackWhiteRow(std::uint8_t* colour, int width, Sum percent) {
   for (int x = 0; x < width; ++x, colour += kBytesPerPixel) {
     const int grey = (71 * colour[kBlue] + 707 * colour[kGreen] + 222 * colour[kRed]) / 1000;
     for (int channel = 0; channel < kBytesPerPixel; ++channel) {
-      colour[channel] = static_cast<std::uint8_t>(
-          ((100 - percent) * colour[channel] + percent * grey) / 100);
+      colour[channel] =
+          static_cast<std::uint8_t>(((100 - percent) * colour[channel] + percent * grey) / 100);
     }
   }
 }
@@ -45,7 +47,9 @@ Colour FromHls(double hue, double lightness, double saturation) {
   return colour;
 }
 
-Colour AtPixel(const std::uint8_t* pixel) { return {pixel[kBlue], pixel[kGreen], pixel[kRed]}; }
+Colour AtPixel(const std::uint8_t* pixel) {
+  return {pixel[kBlue], pixel[kGreen], pixel[kRed]};
+}
 
 double LightnessAt(const std::uint8_t* pixel) {
   return Lightness(pixel[kRed], pixel[kGreen], pixel[kBlue]);
@@ -64,15 +68,15 @@ void InvertMaskRow(std::uint8_t* colour, std::uint8_t* mask, int width, Colour f
       continue;
     }
     for (int channel = 0; channel < kBytesPerPixel; ++channel) {
-      colour[channel] = static_cast<std::uint8_t>(
-          (fills[channel] * filled + colour[channel] * kept) / whole);
+      colour[channel] =
+          static_cast<std::uint8_t>((fills[channel] * filled + colour[channel] * kept) / whole);
     }
     mask[x] = static_cast<std::uint8_t>(((255 - m) * percent + (100 - percent) * m) / 100);
   }
 }
 
-// `level` is the mask of the bare background, at most 254: the mask that a pixel keeps stays below 255,
-// so that no division is by 0.
+// `level` is the mask of the bare background, at most 254: the mask that a pixel keeps stays below
+// 255, so that no division is by 0.
 template <class Sum>
 void PutBackgroundRow(std::uint8_t* colour, std::uint8_t* mask, int width, Colour background,
                       Sum level) {
@@ -91,7 +95,9 @@ void PutBackgroundRow(std::uint8_t* colour, std::uint8_t* mask, int width, Colou
 }
 
 // A percentage on the scale of a byte, truncated; exact for any percentage.
-constexpr std::int64_t ScaleToByte(int percent) { return std::int64_t{percent} * 255 / 100; }
+constexpr std::int64_t ScaleToByte(int percent) {
+  return std::int64_t{percent} * 255 / 100;
+}
 
 }  // namespace
 

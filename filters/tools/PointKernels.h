@@ -1,10 +1,10 @@
 // The arithmetic of the filters that change each pixel by itself, on plain rows.
 //
-// A colour row holds 3 bytes a pixel in the order blue, green, red; a mask row holds 1 byte a pixel, 0
-// opaque and 255 nothing there. Every function works in place unless it names a source, takes rows at
-// any alignment, does nothing at a width below 1 and may run on any number of threads. One pixel is a
-// row of width 1. Percentages are taken as they come: where one lies outside 0..100 the exact result keeps
-// its low eight bits, unless a limit is stated.
+// A colour row holds 3 bytes a pixel in the order blue, green, red; a mask row holds 1 byte a
+// pixel, 0 opaque and 255 nothing there. Every function works in place unless it names a source,
+// takes rows at any alignment, does nothing at a width below 1 and may run on any number of
+// threads. One pixel is a row of width 1. Percentages are taken as they come: where one lies
+// outside 0..100 the exact result keeps its low eight bits, unless a limit is stated.
 #pragma once
 
 #include <array>
@@ -41,8 +41,8 @@ FXBOX_API ByteTable BuildTransparencyTable(std::uint8_t keep);
 // Grey mixed in: 0 percent leaves the picture, 100 gives grey.
 FXBOX_API void BlackWhite(std::uint8_t* colour, int width, int percent);
 
-// The offset of a channel at a percentage of 255, truncated. What lies beyond 255 either way is cut:
-// it changes no result of ShiftColours.
+// The offset of a channel at a percentage of 255, truncated. What lies beyond 255 either way is
+// cut: it changes no result of ShiftColours.
 FXBOX_API int ColourOffset(int percent);
 
 // Adds the offsets. Limited to 0..255.
@@ -80,8 +80,8 @@ struct LightnessMap {
 FXBOX_API void AddLightness(const std::uint8_t* colour, const std::uint8_t* mask, int width,
                             LightnessStatistics& statistics);
 
-// The map that brings the mean to `target`, with the spread compressed only as far as keeps the extremes
-// between black and white.
+// The map that brings the mean to `target`, with the spread compressed only as far as keeps the
+// extremes between black and white.
 FXBOX_API LightnessMap FitLightness(const LightnessStatistics& statistics, double target);
 
 // A colour that a picture takes hue and saturation from.
@@ -91,8 +91,8 @@ struct AdoptedColour {
   int percent;  // of the coloured picture in the result; 0 copies the source
 };
 
-// Writes the coloured source row. A mapped lightness is limited to 0..2, not to 1: the low eight bits of
-// what lies above white are kept. The rows are the same or do not overlap.
+// Writes the coloured source row. A mapped lightness is limited to 0..2, not to 1: the low eight
+// bits of what lies above white are kept. The rows are the same or do not overlap.
 FXBOX_API void AdoptColour(std::uint8_t* colour, const std::uint8_t* source, int width,
                            const AdoptedColour& adopted);
 
@@ -107,8 +107,8 @@ FXBOX_API void InvertMask(std::uint8_t* colour, std::uint8_t* mask, int width, C
 FXBOX_API void PutBackground(std::uint8_t* colour, std::uint8_t* mask, int width, Colour background,
                              int percent);
 
-// The form for a single pixel, whose arithmetic differs. Where a percentage above 100 leaves nothing to
-// divide by, the colour stays.
+// The form for a single pixel, whose arithmetic differs. Where a percentage above 100 leaves
+// nothing to divide by, the colour stays.
 FXBOX_API void PutBackgroundPixel(std::uint8_t* colour, std::uint8_t* mask, Colour background,
                                   int percent);
 

@@ -17,7 +17,8 @@ FXBOX_API const char* SimdLevelName(SimdLevel level);
 // The highest level that this processor and its system can run.
 FXBOX_API SimdLevel ProcessorSimdLevel();
 
-// `highest`, or the level that `limit` names where that is lower. Null and unknown names limit nothing.
+// `highest`, or the level that `limit` names where that is lower. Null and unknown names limit
+// nothing.
 FXBOX_API SimdLevel LimitSimdLevel(SimdLevel highest, const char* limit);
 
 // The processor's level limited by FXBOX_SIMD in the environment, which is read once.

@@ -1,0 +1,233 @@
+// How fast the filters are: every class that does its work pulls a picture through the public
+// interface.
+//
+// Names are the filters' own: Sepia/24MP, Sepia/preview. Between two pulls the rows are inverted in
+// place and set back with memcpy, both timed: `of_memcpy` and `of_inversion` are the filter's speed
+// as a share of theirs (medians over the run, so that a busy machine disturbs all three alike).
+// FXBOX_SIMD limits the vector units.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "benchmarks/KeptPicture.h"
+#include "component/Fxbox4.h"
+#include "core/AnimChain.h"
+#include "core/FilterClass.h"
+#include "filters/tools/Simd.h"
+
+namespace {
+
+using benchmarks::Copy;
+using benchmarks::Invert;
+using benchmarks::KeptPicture;
+using benchmarks::Planes;
+using platform::ComPtr;
+
+struct PictureSize {
+  const char* name;
+  int width, height;
+};
+constexpr PictureSize kSizes[] = {{"preview", 1920, 1280}, {"24MP", 6000, 4000}};
+
+// Texts that make a filter work, where its default text leaves the picture alone.
+struct Setting {
+  const char* progId;
+  const char* text;
+  Planes planes = Planes::Colour;  // what it changes, and is compared with a copy of
+};
+constexpr Setting kSettings[] = {
+    {"ZNFilter.Sepia.1", "Sepia=060"},
+    {"ZNFilter.Invert.1", "Inversity=080"},
+    {"ZNFilter.BlackWhiteness.1", "BlackWhiteNess=060"},
+    {"ZNFilter.Transparency.1", "Transparency=030", Planes::Mask},
+    {"ZNFilter.RGBColor.1", "Red=010, Green=-20, Blue=005"},
+    {"ZNFilter.DuoColor.1",
+     "Intensity=080, ColorRed=120, ColorGreen=040, ColorBlue=000, Red2=250, Green2=230, Blue2=180"},
+    {"ZNFilter.AdoptColor.1", "Intensity=080, ColorRed=120, ColorGreen=090, ColorBlue=040",
+     Planes::Both},
+    {"ZNFilter.InvertMask.1", "Blue=255 , Green=128, Red=000, Transparency=040", Planes::Both},
+    {"ZNFilter.ImgBg.1", "Blue=255 , Green=128, Red=000, Transparency=040", Planes::Both},
+};
+
+Setting SettingOf(const FilterClass& row) {
+  for (const Setting& setting : kSettings) {
+    if (std::strcmp(setting.progId, row.progId) == 0) return setting;
+  }
+  return {row.progId, row.defaultText ? row.defaultText : ""};
+}
+
+// "Sepia" of "ZNFilter.Sepia.1".
+std::string ShortName(const std::string& progId) {
+  const std::size_t first = progId.find('.') + 1;
+  return progId.substr(first, progId.rfind('.') - first);
+}
+
+template <class Work>
+double Seconds(Work work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double Median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+// Calls until there are times enough for a median: half a second altogether, but three calls at
+// least. False when a call failed.
+template <class Work>
+bool Repeat(Work work) {
+  double spent = 0;
+  for (int call = 0; call < 3 || spent < 0.5; ++call) {
+    bool done = false;
+    spent += Seconds([&] { done = work(); });
+    if (!done) return false;
+  }
+  return true;
+}
+
+// One iteration stands for all calls: a filter that does nothing would otherwise be called for
+// hours between passes that are not its own.
+void Report(benchmark::State& state, const std::vector<double>& times, const PictureSize& size) {
+  state.SetIterationTime(Median(times));
+  state.SetItemsProcessed(std::int64_t{size.width} * size.height);
+}
+
+// A filter over a picture. Links are cut at the end, as source and filter hold each other.
+class Pull {
+ public:
+  Pull(const Setting& setting, const PictureSize& size)
+      : source(ComPtr<KeptPicture>::Attach(new KeptPicture(size.width, size.height))) {
+    ComPtr<IAnimFilterCreator> creator;
+    FxboxCreateCreator(IAnimFilterCreator::kIid, creator.PutVoid());
+    if (!creator) return;
+    creator->CreateFilter(setting.progId, IAnimFilter::kIid, filter.PutVoid());
+    const auto parameter = ComPtr<IAnimFilterParameter>::Query(filter.Get());
+    rows = ComPtr<IAnimFilterDestCallsThis>::Query(filter.Get());
+    if (!parameter || !rows) return;
+    parameter->SetParameter(setting.text, 0);
+    filter->SetSource(source.Get());
+    if (!Prepare()) return;
+    result = std::make_unique<MemoryPicture>("result", width, height, true, true);
+    source->SetRowsThatHoldIt(*result);
+  }
+  ~Pull() {
+    if (filter) filter->SetSource(nullptr);
+    source->AttachDestination(nullptr);
+  }
+
+  bool IsReady() const { return result && result->IsValid(); }
+  const MemoryPicture& Picture() const { return source->Picture(); }
+  MemoryPicture& Result() const { return *result; }
+  // The source tells a change each time, so that a filter that keeps its result computes it again.
+  bool Prepare() {
+    int ignored = 0;
+    return rows->GetInfo(&width, &height, &ignored, &ignored, &ignored, &ignored) == S_OK &&
+           width > 0 && height > 0;
+  }
+  bool Run() {
+    return rows->ReadRows(0, 0, 0, 0, width, height, result->ColourRows(), result->MaskRows()) ==
+           S_OK;
+  }
+
+ private:
+  ComPtr<KeptPicture> source;
+  ComPtr<IAnimFilter> filter;
+  ComPtr<IAnimFilterDestCallsThis> rows;
+  std::unique_ptr<MemoryPicture> result;
+  int width = 0;
+  int height = 0;
+};
+
+void RunFilter(benchmark::State& state, const Setting& setting, const PictureSize& size) {
+  Pull pull(setting, size);
+  if (!pull.IsReady()) return state.SkipWithError("the filter does not start");
+  // Limits are measured on rows of the picture's size, whatever the size of the result.
+  MemoryPicture rows("rows", size.width, size.height, true, true);
+  const bool inPlace = pull.Result().Width() == size.width && pull.Result().Height() == size.height;
+  MemoryPicture& limitRows = inPlace ? pull.Result() : rows;
+  if (!limitRows.IsValid()) return state.SkipWithError("not enough memory");
+
+  std::vector<double> pulls, copies, inversions;
+  Copy(pull.Picture(), limitRows, Planes::Both);
+  for ([[maybe_unused]] auto _ : state) {
+    const bool complete = Repeat([&] {
+      inversions.push_back(Seconds([&] { Invert(limitRows, setting.planes); }));
+      copies.push_back(Seconds([&] { Copy(pull.Picture(), limitRows, setting.planes); }));
+      bool pulled = pull.Prepare();
+      pulls.push_back(Seconds([&] { pulled = pulled && pull.Run(); }));
+      return pulled;
+    });
+    if (!complete) return state.SkipWithError("the pull stopped");
+  }
+  Report(state, pulls, size);
+  state.counters["of_memcpy"] = Median(copies) / Median(pulls);
+  state.counters["of_inversion"] = Median(inversions) / Median(pulls);
+}
+
+void RunLimit(benchmark::State& state, bool invert, const PictureSize& size) {
+  const auto source = ComPtr<KeptPicture>::Attach(new KeptPicture(size.width, size.height));
+  MemoryPicture rows("rows", size.width, size.height, true, true);
+  if (!rows.IsValid()) return state.SkipWithError("not enough memory");
+  std::vector<double> times;
+  for ([[maybe_unused]] auto _ : state) {
+    Repeat([&] {
+      times.push_back(Seconds([&] {
+        if (invert) {
+          Invert(rows, Planes::Colour);
+        } else {
+          Copy(source->Picture(), rows, Planes::Colour);
+        }
+      }));
+      return true;
+    });
+  }
+  Report(state, times, size);
+}
+
+template <class Run>
+void Register(const std::string& name, Run run) {
+  for (const PictureSize& size : kSizes) {
+    benchmark::RegisterBenchmark((name + "/" + size.name).c_str(),
+                                 [run, &size](benchmark::State& state) { run(state, size); })
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond)
+        ->Iterations(1);
+  }
+}
+
+void RegisterAll() {
+  for (const bool invert : {false, true}) {
+    Register(invert ? "inversion" : "memcpy",
+             [invert](benchmark::State& state, const PictureSize& size) {
+               RunLimit(state, invert, size);
+             });
+  }
+  int count = 0;
+  const FilterClass* const classes = FxboxFilterClasses(&count);
+  for (int i = 0; i < count; ++i) {
+    if (classes[i].state != ClassState::Built) continue;
+    Register(ShortName(classes[i].progId),
+             [setting = SettingOf(classes[i])](benchmark::State& state, const PictureSize& size) {
+               RunFilter(state, setting, size);
+             });
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
+  benchmark::AddCustomContext("vector units", kernels::SimdLevelName(kernels::ActiveSimdLevel()));
+  RegisterAll();
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+}
