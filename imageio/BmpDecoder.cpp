@@ -12,13 +12,24 @@ namespace imageio {
 namespace {
 
 constexpr std::uint32_t kFileHeadBytes = 14;
-constexpr std::uint32_t kCoreHeadBytes = 12;  // the oldest head: 16-bit sizes, 3 bytes a palette entry
+constexpr std::uint32_t kCoreHeadBytes =
+    12;  // the oldest head: 16-bit sizes, 3 bytes a palette entry
 constexpr std::uint32_t kLongestHead = 4096;
 
-enum Compression : std::uint32_t { kNone = 0, kRle8 = 1, kRle4 = 2, kBitFields = 3, kAlphaBitFields = 6 };
+enum Compression : std::uint32_t {
+  kNone = 0,
+  kRle8 = 1,
+  kRle4 = 2,
+  kBitFields = 3,
+  kAlphaBitFields = 6
+};
 
-std::uint32_t Word(const BYTE* at) { return at[0] | at[1] * 256u; }
-std::uint32_t Long(const BYTE* at) { return Word(at) | Word(at + 2) << 16; }
+std::uint32_t Word(const BYTE* at) {
+  return at[0] | at[1] * 256u;
+}
+std::uint32_t Long(const BYTE* at) {
+  return Word(at) | Word(at + 2) << 16;
+}
 
 // One channel of a pixel of 16 or 32 bits.
 class BitField {
@@ -175,7 +186,8 @@ void BmpDecoder::ReadHead(const std::vector<BYTE>& bytes) {
   }
 }
 
-// Where each channel lies in a pixel: told within a long head, behind a head of 40 bytes, or by custom.
+// Where each channel lies in a pixel: told within a long head, behind a head of 40 bytes, or by
+// custom.
 void BmpDecoder::ReadFields(const std::vector<BYTE>& bytes, Cursor& cursor) {
   constexpr std::size_t kFieldsAt = 40;
   std::array<BYTE, 16> fields = {};
@@ -267,6 +279,8 @@ void BmpDecoder::StorePixels(const BYTE* packed, const RowBuffer& row) const {
 
 }  // namespace
 
-std::unique_ptr<Decoder> OpenBmp(Source& source) { return std::make_unique<BmpDecoder>(source); }
+std::unique_ptr<Decoder> OpenBmp(Source& source) {
+  return std::make_unique<BmpDecoder>(source);
+}
 
 }  // namespace imageio

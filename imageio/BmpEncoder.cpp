@@ -17,9 +17,7 @@ constexpr std::uint32_t kDotsPerMetre = 3780;           // 96 an inch
 
 class HeadWriter {
  public:
-  void Word(std::uint32_t value) {
-    Put(value, 2);
-  }
+  void Word(std::uint32_t value) { Put(value, 2); }
   void Long(std::uint32_t value) { Put(value, 4); }
   std::vector<BYTE> bytes;
 

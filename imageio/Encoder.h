@@ -1,4 +1,5 @@
-// What the encoders of all picture formats share: the picture as they see it and the file they write.
+// What the encoders of all picture formats share: the picture as they see it and the file they
+// write.
 #pragma once
 
 #include <wtypes.h>
@@ -29,7 +30,8 @@ class Picture {
   // Only where HasAlpha.
   const BYTE* Mask(int y) const { return rows.mask[height - 1 - y]; }
 
-  // Row y as blue, green, red and, where HasAlpha, alpha; in the order red, green, blue with `redFirst`.
+  // Row y as blue, green, red and, where HasAlpha, alpha; in the order red, green, blue with
+  // `redFirst`.
   void Interleave(int y, bool redFirst, BYTE* to) const;
   int Channels() const { return hasAlpha ? 4 : 3; }
   std::size_t RowBytes() const {
@@ -43,8 +45,8 @@ class Picture {
   bool hasAlpha;
 };
 
-// The file that is written, empty at first. What throws gives an ImageError; the rest never throws, so
-// that the C libraries may call it.
+// The file that is written, empty at first. What throws gives an ImageError; the rest never throws,
+// so that the C libraries may call it.
 class Output {
  public:
   explicit Output(const std::filesystem::path& file);

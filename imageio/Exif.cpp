@@ -87,8 +87,8 @@ class TiffReader {
       std::array<std::uint8_t, kEntryBytes> raw;
       if (source->ReadAt(at, raw.data(), raw.size()) != raw.size()) break;
       entries.push_back({static_cast<std::uint16_t>(order.Load(&raw[0], 2)),
-                         static_cast<std::uint16_t>(order.Load(&raw[2], 2)),
-                         order.Load(&raw[4], 4), at + 8});
+                         static_cast<std::uint16_t>(order.Load(&raw[2], 2)), order.Load(&raw[4], 4),
+                         at + 8});
     }
     return entries;
   }
@@ -253,7 +253,8 @@ void DropThumbnail(std::vector<std::uint8_t>& exif) {
   const auto offset = reader.Find(directory, kThumbnailOffset);
   const auto length = reader.Find(directory, kThumbnailLength);
   if (!offset || !length) return;
-  // A picture at the end of the block, where it usually lies, is cut off; elsewhere it stays unnamed.
+  // A picture at the end of the block, where it usually lies, is cut off; elsewhere it stays
+  // unnamed.
   const std::uint64_t start = reader.NumberOf(*offset);
   const std::uint64_t end = start + reader.NumberOf(*length);
   const bool last = end <= exif.size() && end + 1 >= exif.size();

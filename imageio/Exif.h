@@ -20,16 +20,17 @@ int ExifOrientation(const ExifBlock& block);
 // Sets the orientation to 1 where the block has one.
 void ResetExifOrientation(ExifBlock& block);
 
-// The EXIF data of a TIFF file (not of a BigTIFF file) as a block of its own; empty where there is none.
-// Descriptions, camera, exposure and position come along, but neither a thumbnail nor what describes the
-// pixels; makers' notes come as they are and may hold positions that are no longer right.
+// The EXIF data of a TIFF file (not of a BigTIFF file) as a block of its own; empty where there is
+// none. Descriptions, camera, exposure and position come along, but neither a thumbnail nor what
+// describes the pixels; makers' notes come as they are and may hold positions that are no longer
+// right.
 ExifBlock ExifOfTiff(Source& file);
 
 // EXIF data as it stands within a TIFF file.
 struct ExifInTiff {
-  bool littleEndian = true;           // the order that the file must have
-  std::vector<std::uint8_t> bytes;    // to stand at the position that was asked for
-  std::uint32_t exifDirectory = 0;    // positions in the file; 0 where there is none
+  bool littleEndian = true;         // the order that the file must have
+  std::vector<std::uint8_t> bytes;  // to stand at the position that was asked for
+  std::uint32_t exifDirectory = 0;  // positions in the file; 0 where there is none
   std::uint32_t gpsDirectory = 0;
   std::vector<std::pair<int, std::string>> texts;  // of the main directory, by tag
 };

@@ -56,8 +56,8 @@ Size Swapped(Size size, bool swap) {
   return swap ? Size{size.height, size.width} : size;
 }
 
-// Rows are red, green and blue whatever the file was: a profile of greys or inks would be wrong beside
-// them.
+// Rows are red, green and blue whatever the file was: a profile of greys or inks would be wrong
+// beside them.
 bool DescribesRgb(const std::vector<std::uint8_t>& profile) {
   constexpr std::size_t kHeadBytes = 128;
   constexpr std::size_t kColourSpaceAt = 16;
@@ -130,8 +130,7 @@ struct ImageReader::State {
 };
 
 ImageReader::ImageReader(const std::filesystem::path& file)
-    : state(Guarded([&] { return std::make_unique<State>(std::make_unique<FileSource>(file)); })) {
-}
+    : state(Guarded([&] { return std::make_unique<State>(std::make_unique<FileSource>(file)); })) {}
 
 ImageReader::ImageReader(const std::uint8_t* bytes, std::size_t size)
     : state(Guarded(
@@ -139,7 +138,9 @@ ImageReader::ImageReader(const std::uint8_t* bytes, std::size_t size)
 
 ImageReader::~ImageReader() = default;
 
-const ImageInfo& ImageReader::Info() const { return state->info; }
+const ImageInfo& ImageReader::Info() const {
+  return state->info;
+}
 
 void ImageReader::ReduceToFit(int width, int height) {
   const Size full{state->info.fullWidth, state->info.fullHeight};
@@ -180,11 +181,11 @@ bool WriteImage(const std::filesystem::path& file, Format format, int width, int
 
 Format FormatOfName(const std::filesystem::path& file) {
   constexpr std::pair<const char*, Format> kExtensions[] = {
-      {".pnm", Format::Pnm},  {".pbm", Format::Pnm},   {".pgm", Format::Pnm},
-      {".ppm", Format::Pnm},  {".pam", Format::Pam},   {".png", Format::Png},
-      {".jpg", Format::Jpeg}, {".jpeg", Format::Jpeg}, {".jpe", Format::Jpeg},
-      {".jfif", Format::Jpeg}, {".tif", Format::Tiff}, {".tiff", Format::Tiff},
-      {".bmp", Format::Bmp},  {".dib", Format::Bmp}};
+      {".pnm", Format::Pnm},   {".pbm", Format::Pnm},   {".pgm", Format::Pnm},
+      {".ppm", Format::Pnm},   {".pam", Format::Pam},   {".png", Format::Png},
+      {".jpg", Format::Jpeg},  {".jpeg", Format::Jpeg}, {".jpe", Format::Jpeg},
+      {".jfif", Format::Jpeg}, {".tif", Format::Tiff},  {".tiff", Format::Tiff},
+      {".bmp", Format::Bmp},   {".dib", Format::Bmp}};
   const std::filesystem::path extension = file.extension();
   const auto same = [](auto unit, char letter) {
     return (unit >= 'A' && unit <= 'Z' ? unit - 'A' + 'a' : unit) == letter;

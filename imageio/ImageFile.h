@@ -17,8 +17,8 @@ namespace imageio {
 
 enum class Format { Unknown, Pnm, Pam, Png, Jpeg, Tiff, Bmp };
 
-// What went wrong with a file, in words for the user, without the file's name: "not a picture file of a
-// known kind", "the file ends in the middle of the picture".
+// What went wrong with a file, in words for the user, without the file's name: "not a picture file
+// of a known kind", "the file ends in the middle of the picture".
 class FXBOX_API ImageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -26,15 +26,15 @@ class FXBOX_API ImageError : public std::runtime_error {
 
 // Data that travels beside the pixels. Raw blocks, empty when the file has none.
 struct Metadata {
-  std::vector<std::uint8_t> exif;     // a TIFF structure ("II*\0..."), without the "Exif\0\0" of JPEG;
-                                      // its orientation tag says 1, because the rows stand upright
+  std::vector<std::uint8_t> exif;  // a TIFF structure ("II*\0..."), without the "Exif\0\0" of JPEG;
+                                   // its orientation tag says 1, because the rows stand upright
   std::vector<std::uint8_t> profile;  // an ICC profile of a colour space with red, green and blue;
                                       // others would not fit the rows and are not handed out
 };
 
 struct ImageInfo {
   Format format = Format::Unknown;
-  int width = 0;   // in pixels, after orientation and reduction
+  int width = 0;  // in pixels, after orientation and reduction
   int height = 0;
   int fullWidth = 0;  // after orientation, before reduction
   int fullHeight = 0;
@@ -51,8 +51,8 @@ struct Rows {
 // Called now and then during long work with the share done, 0 to 1. False stops the work.
 using Progress = std::function<bool(double share)>;
 
-// Reads one picture file. The constructor reads the head only; Read decodes straight into the caller's
-// rows, as often as it is called. One thread at a time. Every failure is an ImageError.
+// Reads one picture file. The constructor reads the head only; Read decodes straight into the
+// caller's rows, as often as it is called. One thread at a time. Every failure is an ImageError.
 class FXBOX_API ImageReader {
  public:
   explicit ImageReader(const std::filesystem::path& file);
@@ -64,13 +64,16 @@ class FXBOX_API ImageReader {
 
   const ImageInfo& Info() const;
 
-  // From now on gives the picture reduced so that it fits into this box with its proportions kept, each
-  // side at least 1; a picture that fits already stays as it is. JPEG files decode at reduced size, the
-  // rest of the way (and other formats) is the mean of the covered area, colour weighted by opacity.
+  // From now on gives the picture reduced so that it fits into this box with its proportions kept,
+  // each side at least 1; a picture that fits already stays as it is. JPEG files decode at reduced
+  // size, the rest of the way (and other formats) is the mean of the covered area, colour weighted
+  // by opacity.
   void ReduceToFit(int width, int height);
 
-  // Decodes the whole picture into rows of Info().width by Info().height. A picture without alpha gives
-  // mask 0. False when `progress` stopped it.
+  // Decodes the whole picture into rows of Info().width by Info().height. A picture without alpha
+  // gives mask 0. False when `progress` stopped it.
+  // Beside the rows this needs less than a MiB, save where the file demands more: the coefficients
+  // of a progressive JPEG, one strip or one row of tiles of a TIFF.
   bool Read(const Rows& rows, const Progress& progress = {});
 
  private:
@@ -83,17 +86,18 @@ struct WriteOptions {
   Metadata metadata;     // written where the format holds it: JPEG, PNG and TIFF
 };
 
-// Writes a picture in the format that the file's extension names. Formats with alpha (PNG, PAM, TIFF,
-// BMP) get it when a mask byte is not 0: alpha is 255 - mask and colour under alpha 0 is kept. PNM keeps
-// colour and drops the mask; JPEG shows white through it. The file is written in place: writing to a
-// temporary name and moving it is the caller's (platform::Files::Replace), which is why the format is an
-// argument of its own. False when `progress` stopped it; failure is an ImageError.
+// Writes a picture in the format that the file's extension names. Formats with alpha (PNG, PAM,
+// TIFF, BMP) get it when a mask byte is not 0: alpha is 255 - mask and colour under alpha 0 is
+// kept. PNM keeps colour and drops the mask; JPEG shows white through it. The file is written in
+// place: writing to a temporary name and moving it is the caller's (platform::Files::Replace),
+// which is why the format is an argument of its own. False when `progress` stopped it; failure is
+// an ImageError.
 FXBOX_API bool WriteImage(const std::filesystem::path& file, Format format, int width, int height,
                           const Rows& rows, const WriteOptions& options = {},
                           const Progress& progress = {});
 
-// Takes the small preview picture out of an EXIF block, for who changes the picture. Whatever else the
-// block holds stays; a block that cannot be understood stays as it is.
+// Takes the small preview picture out of an EXIF block, for who changes the picture. Whatever else
+// the block holds stays; a block that cannot be understood stays as it is.
 FXBOX_API void DropThumbnail(std::vector<std::uint8_t>& exif);
 
 // The format by a name's extension, without regard to case; Unknown for any other.

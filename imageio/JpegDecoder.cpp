@@ -60,7 +60,8 @@ class JpegStream {
   }
 
   // Makes rows available. A picture in several scans is read to its end before; that needs the
-  // coefficients of the whole picture in memory, as the format wants it. False when the sink stopped it.
+  // coefficients of the whole picture in memory, as the format wants it. False when the sink
+  // stopped it.
   bool Start(int eighths, RowSink& sink);
 
   // Three bytes a pixel, four of CMYK.
@@ -100,8 +101,8 @@ class JpegStream {
   std::array<JOCTET, 1 << 14> buffer;
 };
 
-// Behind the end stands an end mark, for files that lack their own. Whoever needed more than that is
-// told by OnMessage.
+// Behind the end stands an end mark, for files that lack their own. Whoever needed more than that
+// is told by OnMessage.
 boolean JpegStream::OnRead(j_decompress_ptr jpeg) {
   JpegStream& self = Self(jpeg->client_data);
   std::size_t got = self.source->ReadAt(self.position, self.buffer.data(), self.buffer.size());
@@ -166,7 +167,8 @@ bool JpegStream::Start(int eighths, RowSink& sink) {
 }
 
 bool JpegStream::ReadScans(RowSink& sink) {
-  constexpr int kMostScans = 500;  // far beyond any sensible file; each costs a pass over the picture
+  constexpr int kMostScans =
+      500;  // far beyond any sensible file; each costs a pass over the picture
   constexpr int kStepsToReport = 64;
   for (int step = 1; jpeg_input_complete(&jpeg) == 0; ++step) {
     errors.Try([&] { jpeg_consume_input(&jpeg); });
@@ -237,6 +239,8 @@ class JpegDecoder final : public Decoder {
 
 }  // namespace
 
-std::unique_ptr<Decoder> OpenJpeg(Source& source) { return std::make_unique<JpegDecoder>(source); }
+std::unique_ptr<Decoder> OpenJpeg(Source& source) {
+  return std::make_unique<JpegDecoder>(source);
+}
 
 }  // namespace imageio

@@ -66,12 +66,11 @@ class JpegWriter {
  private:
   // Empty where there is none or where it is too long for its marker.
   static std::vector<BYTE> ExifMarker(const Metadata& metadata) {
-    std::vector<BYTE> marker;
-    if (metadata.exif.empty() || metadata.exif.size() > kLongestMarker - sizeof kExifName) {
-      return marker;
-    }
-    marker.assign(kExifName, kExifName + sizeof kExifName);
-    marker.insert(marker.end(), metadata.exif.begin(), metadata.exif.end());
+    const std::vector<BYTE>& exif = metadata.exif;
+    if (exif.empty() || exif.size() > kLongestMarker - sizeof kExifName) return {};
+    std::vector<BYTE> marker(sizeof kExifName + exif.size());
+    std::copy_n(kExifName, sizeof kExifName, marker.begin());
+    std::copy(exif.begin(), exif.end(), marker.begin() + sizeof kExifName);
     return marker;
   }
 

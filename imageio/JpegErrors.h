@@ -6,14 +6,13 @@
 #include <jpeglib.h>
 
 #include <csetjmp>
-#include <cstring>
 
 #include "imageio/Decoder.h"
 
 namespace imageio {
 
-// The library leaves a failed call by longjmp: each call runs within Try, in whose frame nothing needs a
-// destructor, and nothing thrown ever passes the library. Warnings are silent.
+// The library leaves a failed call by longjmp: each call runs within Try, in whose frame nothing
+// needs a destructor, and nothing thrown ever passes the library. Warnings are silent.
 struct JpegErrors : jpeg_error_mgr {
   std::jmp_buf jump;
   char message[JMSG_LENGTH_MAX] = {};
@@ -34,7 +33,7 @@ struct JpegErrors : jpeg_error_mgr {
   // Ends the running call with this message.
   [[noreturn]] static void Leave(j_common_ptr jpeg, const char* text) {
     auto* self = static_cast<JpegErrors*>(jpeg->err);
-    std::strncpy(self->message, text, sizeof self->message - 1);
+    std::snprintf(self->message, sizeof self->message, "%s", text);
     std::longjmp(self->jump, 1);
   }
 

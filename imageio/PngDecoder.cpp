@@ -2,6 +2,7 @@
 #include <png.h>
 
 #include <array>
+#include <cstdio>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -13,8 +14,8 @@
 namespace imageio {
 namespace {
 
-// One reading of the file from its start. The library leaves a failed call by longjmp: each call runs
-// within Try, in whose frame nothing needs a destructor.
+// One reading of the file from its start. The library leaves a failed call by longjmp: each call
+// runs within Try, in whose frame nothing needs a destructor.
 class PngStream {
  public:
   explicit PngStream(Source& from) : source(&from) {
@@ -40,8 +41,8 @@ class PngStream {
   bool HasAlpha() const { return png_get_channels(png, info) == 4; }
   bool Interlaced() const { return png_get_interlace_type(png, info) != PNG_INTERLACE_NONE; }
 
-  // Blue, green, red and, where HasAlpha, alpha. Of an interlaced picture the next row of the next pass
-  // that has rows. Null skips the row.
+  // Blue, green, red and, where HasAlpha, alpha. Of an interlaced picture the next row of the next
+  // pass that has rows. Null skips the row.
   void ReadRow(BYTE* to) {
     Try([this, to] { png_read_row(png, to, nullptr); });
   }
@@ -86,7 +87,7 @@ class PngStream {
 
   static void OnError(png_structp png, png_const_charp text) {
     auto* self = static_cast<PngStream*>(png_get_error_ptr(png));
-    std::strncpy(self->message.data(), text, self->message.size() - 1);
+    std::snprintf(self->message.data(), self->message.size(), "%s", text);
     png_longjmp(png, 1);
   }
   static void OnWarning(png_structp, png_const_charp) {}
@@ -117,8 +118,8 @@ void StoreSparse(const BYTE* pixels, int channels, int start, int step, int widt
 }
 
 // Gives the rows of an interlaced picture in order without a copy of the picture: every pass has a
-// reading of its own that skipped the passes before. They end within the first half, quarter and so on of
-// the file, so that this unpacks about twice as much as one reading would.
+// reading of its own that skipped the passes before. They end within the first half, quarter and so
+// on of the file, so that this unpacks about twice as much as one reading would.
 class InterlacedRows {
  public:
   InterlacedRows(Source& source, Size pictureSize) : size(pictureSize) {
@@ -199,6 +200,8 @@ class PngDecoder final : public Decoder {
 
 }  // namespace
 
-std::unique_ptr<Decoder> OpenPng(Source& source) { return std::make_unique<PngDecoder>(source); }
+std::unique_ptr<Decoder> OpenPng(Source& source) {
+  return std::make_unique<PngDecoder>(source);
+}
 
 }  // namespace imageio

@@ -2,7 +2,7 @@
 #include <png.h>
 
 #include <array>
-#include <cstring>
+#include <cstdio>
 #include <new>
 #include <vector>
 
@@ -12,8 +12,10 @@
 namespace imageio {
 namespace {
 
-// The library leaves a failed call by longjmp: each call runs within Try, in whose frame nothing needs a
-// destructor.
+constexpr int kLevel = 4;  // photographs: a third of the time of level 6, a twelfth larger
+
+// The library leaves a failed call by longjmp: each call runs within Try, in whose frame nothing
+// needs a destructor.
 class PngWriter {
  public:
   explicit PngWriter(Output& to) : output(&to) {
@@ -31,6 +33,7 @@ class PngWriter {
     Try([&] {
       png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
       png_set_write_fn(png, this, &OnWrite, &OnFlush);
+      png_set_compression_level(png, kLevel);
       png_set_IHDR(png, info, static_cast<png_uint_32>(picture.Width()),
                    static_cast<png_uint_32>(picture.Height()), 8,
                    picture.HasAlpha() ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
@@ -72,7 +75,7 @@ class PngWriter {
 
   static void OnError(png_structp png, png_const_charp text) {
     auto* self = static_cast<PngWriter*>(png_get_error_ptr(png));
-    std::strncpy(self->message.data(), text, self->message.size() - 1);
+    std::snprintf(self->message.data(), self->message.size(), "%s", text);
     png_longjmp(png, 1);
   }
   static void OnWarning(png_structp, png_const_charp) {}

@@ -12,7 +12,9 @@ namespace {
 constexpr char kBadHead[] = "the head of the picture is damaged";
 constexpr std::uint32_t kHighestLimit = 65535;
 
-bool IsSpace(int byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
+bool IsSpace(int byte) {
+  return byte == ' ' || (byte >= '\t' && byte <= '\r');
+}
 
 enum class Coding { PlainBits, PackedBits, PlainNumbers, Bytes, Words };
 
@@ -45,6 +47,7 @@ class PnmDecoder final : public Decoder {
   }
 
  private:
+  static int TextByte(Cursor& cursor);
   static int SkipSpace(Cursor& cursor);
   static std::uint32_t ReadNumber(Cursor& cursor);
   static std::string ReadLine(Cursor& cursor);
@@ -67,15 +70,19 @@ class PnmDecoder final : public Decoder {
   std::vector<BYTE> raw;        // one row as stored
 };
 
-// The first byte that is neither space nor part of a comment.
+// The next byte, or -1 at the end. A comment counts as the line end behind it.
+int PnmDecoder::TextByte(Cursor& cursor) {
+  int byte = cursor.Byte();
+  if (byte != '#') return byte;
+  while (byte != '\n' && byte != '\r' && byte >= 0) byte = cursor.Byte();
+  return byte;
+}
+
 int PnmDecoder::SkipSpace(Cursor& cursor) {
-  for (;;) {
-    int byte = cursor.NeedByte();
-    if (byte == '#') {
-      while (byte != '\n' && byte != '\r') byte = cursor.NeedByte();
-    }
-    if (!IsSpace(byte)) return byte;
-  }
+  int byte = TextByte(cursor);
+  while (IsSpace(byte)) byte = TextByte(cursor);
+  if (byte < 0) throw ImageError(kEndsEarly);
+  return byte;
 }
 
 // A number and the one byte behind it. The end of the file also ends the last number.
@@ -84,7 +91,7 @@ std::uint32_t PnmDecoder::ReadNumber(Cursor& cursor) {
   int byte = SkipSpace(cursor);
   if (byte < '0' || byte > '9') throw ImageError("a number in the picture is damaged");
   std::uint64_t value = 0;
-  for (; byte >= '0' && byte <= '9'; byte = cursor.Byte()) {
+  for (; byte >= '0' && byte <= '9'; byte = TextByte(cursor)) {
     value = value * 10 + static_cast<std::uint64_t>(byte - '0');
     if (value > kEnough) throw ImageError("a number in the picture is too large");
   }
@@ -126,7 +133,7 @@ int ChannelsOfTuple(std::string_view type, std::uint32_t depth) {
     int channels;
   };
   constexpr Tuple kTuples[] = {
-      {"BLACKANDWHITE", 1},       {"GRAYSCALE", 1}, {"RGB", 3},
+      {"BLACKANDWHITE", 1},       {"GRAYSCALE", 1},       {"RGB", 3},
       {"BLACKANDWHITE_ALPHA", 2}, {"GRAYSCALE_ALPHA", 2}, {"RGB_ALPHA", 4}};
   if (type.empty() && depth >= 1 && depth <= 4) return static_cast<int>(depth);
   for (const Tuple& tuple : kTuples) {
@@ -208,6 +215,8 @@ void PnmDecoder::ReadWords(Cursor& cursor, std::vector<BYTE>& samples) {
 
 }  // namespace
 
-std::unique_ptr<Decoder> OpenPnm(Source& source) { return std::make_unique<PnmDecoder>(source); }
+std::unique_ptr<Decoder> OpenPnm(Source& source) {
+  return std::make_unique<PnmDecoder>(source);
+}
 
 }  // namespace imageio

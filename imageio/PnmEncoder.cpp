@@ -23,8 +23,8 @@ bool WriteRows(Output& output, const std::string& head, const Picture& picture,
 
 bool WritePnm(Output& output, const Picture& picture, const Progress& progress) {
   const Picture colours = picture.WithoutMask();
-  const std::string head = "P6\n" + std::to_string(colours.Width()) + " " +
-                           std::to_string(colours.Height()) + "\n255\n";
+  const std::string head =
+      "P6\n" + std::to_string(colours.Width()) + " " + std::to_string(colours.Height()) + "\n255\n";
   return WriteRows(output, head, colours, progress);
 }
 

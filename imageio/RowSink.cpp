@@ -80,7 +80,9 @@ AreaMean::AreaMean(RowSink& to, int inWidth, int inHeight, int outWidth, int out
       rowSums(toWidth),
       sums(toWidth) {}
 
-RowBuffer AreaMean::Begin(int) { return {colour.data(), mask.empty() ? nullptr : mask.data()}; }
+RowBuffer AreaMean::Begin(int) {
+  return {colour.data(), mask.empty() ? nullptr : mask.data()};
+}
 
 // Row y covers y * toHeight up to (y + 1) * toHeight, row r of the result r * fromHeight up to
 // (r + 1) * fromHeight: a row lies in one row of the result or in two neighbours.
@@ -114,8 +116,7 @@ AreaMean::Sums AreaMean::SumPixels(int first, int last, std::uint64_t left,
     const std::uint64_t at = static_cast<std::uint64_t>(x) * toWidth;
     const std::uint64_t weight = std::min(at + toWidth, right) - std::max(at, left);
     const BYTE* pixel = colour.data() + base::ColourOffset(x);
-    const std::uint64_t opacity =
-        mask.empty() ? 1 : 255u - mask[static_cast<std::size_t>(x)];
+    const std::uint64_t opacity = mask.empty() ? 1 : 255u - mask[static_cast<std::size_t>(x)];
     result.opacity += weight * opacity;
     for (int c = 0; c < base::kBytesPerPixel; ++c) {
       result.weighted[c] += weight * opacity * pixel[c];
@@ -150,9 +151,8 @@ void AreaMean::StoreResult(const RowBuffer& row) const {
   for (std::size_t i = 0; i < sums.size(); ++i) {
     const Sums& sum = sums[i];
     for (std::size_t c = 0; c < base::kBytesPerPixel; ++c) {
-      row.colour[i * base::kBytesPerPixel + c] = sum.opacity > 0
-                                                     ? quotient(sum.weighted[c], sum.opacity)
-                                                     : quotient(sum.plain[c], area);
+      row.colour[i * base::kBytesPerPixel + c] =
+          sum.opacity > 0 ? quotient(sum.weighted[c], sum.opacity) : quotient(sum.plain[c], area);
     }
     if (row.mask != nullptr) row.mask[i] = static_cast<BYTE>(255 - quotient(sum.opacity, area));
   }
@@ -161,7 +161,9 @@ void AreaMean::StoreResult(const RowBuffer& row) const {
 ReportedRows::ReportedRows(RowSink& to, int rows, const Progress& call)
     : target(&to), height(rows), progress(&call) {}
 
-bool ReportedRows::End(int y) { return target->End(y) && ReportStep(*progress, ++done, height); }
+bool ReportedRows::End(int y) {
+  return target->End(y) && ReportStep(*progress, ++done, height);
+}
 
 bool ReportedRows::KeepGoing() {
   return !*progress || (*progress)(static_cast<double>(done) / height);

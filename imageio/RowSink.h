@@ -16,8 +16,8 @@ struct RowBuffer {
   BYTE* mask = nullptr;
 };
 
-// Takes the rows of a picture. A decoder asks for the room of row y (0 is the top row as stored), fills
-// it completely and ends it before it begins the next.
+// Takes the rows of a picture. A decoder asks for the room of row y (0 is the top row as stored),
+// fills it completely and ends it before it begins the next.
 class RowSink {
  public:
   virtual ~RowSink() = default;
@@ -28,11 +28,12 @@ class RowSink {
   virtual bool KeepGoing() { return true; }
 };
 
-// Writes rows into the caller's row arrays, turned so that the picture stands upright. Rows that stay
-// rows are decoded in place; a turned row costs a copy of that row.
+// Writes rows into the caller's row arrays, turned so that the picture stands upright. Rows that
+// stay rows are decoded in place; a turned row costs a copy of that row.
 class OrientedRows final : public RowSink {
  public:
-  // `width` and `height` are those of the rows that come. Without `hasMask` the caller's mask is cleared.
+  // `width` and `height` are those of the rows that come. Without `hasMask` the caller's mask is
+  // cleared.
   OrientedRows(const Rows& to, int width, int height, int orientation, bool hasMask);
   RowBuffer Begin(int y) override;
   bool End(int y) override;
@@ -54,9 +55,10 @@ class OrientedRows final : public RowSink {
   std::vector<BYTE> mask;
 };
 
-// Reduces rows to a smaller picture: each pixel of the result is the mean of the area that it covers,
-// colour weighted by opacity (unweighted where nothing is opaque). Areas are measured in units of which a
-// pixel has a whole number, so all sums are exact and each quotient is rounded once, half up.
+// Reduces rows to a smaller picture: each pixel of the result is the mean of the area that it
+// covers, colour weighted by opacity (unweighted where nothing is opaque). Areas are measured in
+// units of which a pixel has a whole number, so all sums are exact and each quotient is rounded
+// once, half up.
 class AreaMean final : public RowSink {
  public:
   // Each side of the result must not be longer than that of the rows that come.
@@ -79,8 +81,8 @@ class AreaMean final : public RowSink {
   std::uint64_t fromWidth, fromHeight, toWidth, toHeight;
   std::vector<BYTE> colour;  // the row that comes
   std::vector<BYTE> mask;
-  std::vector<Sums> rowSums;  // that row, reduced in width
-  std::vector<Sums> sums;     // the row of the result that is being filled
+  std::vector<Sums> rowSums;    // that row, reduced in width
+  std::vector<Sums> sums;       // the row of the result that is being filled
   std::uint64_t collected = 0;  // its height so far, fromHeight when full
   int collecting = 0;           // its index
 };

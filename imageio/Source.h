@@ -18,8 +18,8 @@ class Source {
  public:
   virtual ~Source() = default;
 
-  // Gives the number of bytes read, fewer than asked only at the end; a disk that fails ends the file.
-  // Never throws, so that the C libraries may call it.
+  // Gives the number of bytes read, fewer than asked only at the end; a disk that fails ends the
+  // file. Never throws, so that the C libraries may call it.
   virtual std::size_t ReadAt(std::uint64_t position, void* to, std::size_t count) noexcept = 0;
   std::uint64_t Size() const noexcept { return size; }
 

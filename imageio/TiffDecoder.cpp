@@ -1,5 +1,6 @@
-// TIFF pictures through libtiff. Greys, palettes, RGB and CMYK are read sample by sample, which keeps the
-// colour under alpha 0; what else the library knows comes through its own conversion to RGBA.
+// TIFF pictures through libtiff. Greys, palettes, RGB and CMYK are read sample by sample, which
+// keeps the colour under alpha 0; what else the library knows comes through its own conversion to
+// RGBA.
 #include <algorithm>
 #include <cstring>
 #include <optional>
@@ -82,8 +83,8 @@ std::optional<SampleLayout> LayoutOf(TIFF* tiff) {
   layout.samples = Field<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
   layout.colours = *kind == Kind::Rgb ? 3 : *kind == Kind::Inks ? 4 : 1;
   layout.planes =
-      layout.samples > 1 &&
-      Field<std::uint16_t>(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == PLANARCONFIG_SEPARATE;
+      layout.samples > 1 && Field<std::uint16_t>(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) ==
+                                PLANARCONFIG_SEPARATE;
   layout.tiles = TIFFIsTiled(tiff) != 0;
   const bool bytes = layout.bits == 8 || (layout.bits == 16 && *kind != Kind::Palette);
   const bool fewBits = layout.bits == 1 || layout.bits == 2 || layout.bits == 4;
@@ -115,7 +116,9 @@ class SampleRows {
   }
 
   // Packed samples of row y, all samples of plane 0 or that one plane's. Rows come in order.
-  const BYTE* Row(int y, int plane) { return layout.tiles ? TileRow(y, plane) : StripRow(y, plane); }
+  const BYTE* Row(int y, int plane) {
+    return layout.tiles ? TileRow(y, plane) : StripRow(y, plane);
+  }
 
  private:
   static std::unique_ptr<TiffHandle> OpenHandle(Source& source) {
@@ -332,9 +335,8 @@ void TiffDecoder::StoreRow(BYTE* samples, const RowBuffer& row) const {
     BYTE rgb[3];
     for (int c = 0; c < 3; ++c) {
       rgb[c] = layout->kind == Kind::InvertedGrey ? static_cast<BYTE>(255 - samples[0])
-               : layout->kind == Kind::Inks
-                   ? MultiplyBytes(255 - samples[c], 255 - samples[3])
-                   : palette[static_cast<std::size_t>(3 * samples[0] + c)];
+               : layout->kind == Kind::Inks ? MultiplyBytes(255 - samples[c], 255 - samples[3])
+                                            : palette[static_cast<std::size_t>(3 * samples[0] + c)];
     }
     colour[base::kRed] = rgb[0];
     colour[base::kGreen] = rgb[1];
@@ -349,7 +351,8 @@ bool TiffDecoder::Convert(RowSink& sink) {
   Begin(handle, conversion);
   const int width = head.size.width;
   const int height = head.size.height;
-  const auto tag = TIFFIsTiled(handle.Get()) != 0 ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP;
+  const std::uint32_t tag =
+      TIFFIsTiled(handle.Get()) != 0 ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP;
   const int bandRows = static_cast<int>(std::clamp<std::uint32_t>(
       Field<std::uint32_t>(handle.Get(), tag, 1), 1, static_cast<std::uint32_t>(height)));
   CheckBand(std::uint64_t{4} * static_cast<std::uint64_t>(bandRows) *
@@ -379,6 +382,8 @@ bool TiffDecoder::Convert(RowSink& sink) {
 
 }  // namespace
 
-std::unique_ptr<Decoder> OpenTiff(Source& source) { return std::make_unique<TiffDecoder>(source); }
+std::unique_ptr<Decoder> OpenTiff(Source& source) {
+  return std::make_unique<TiffDecoder>(source);
+}
 
 }  // namespace imageio

@@ -8,7 +8,9 @@
 
 namespace imageio {
 
-TiffHandle::TiffHandle(Source& from) : source(&from) { Open("r"); }
+TiffHandle::TiffHandle(Source& from) : source(&from) {
+  Open("r");
+}
 
 TiffHandle::TiffHandle(Output& to, bool littleEndian) : output(&to) {
   Open(littleEndian ? "wl" : "wb");
@@ -27,8 +29,8 @@ void TiffHandle::Open(const char* mode) {
   TIFFOpenOptionsSetWarningHandlerExtR(
       options, [](TIFF*, void*, const char*, const char*, va_list) { return 1; }, nullptr);
   tiff = TIFFClientOpenExt(
-      "", mode, this, &OnRead, &OnWrite, &OnSeek, [](thandle_t) { return 0; }, &OnSize,
-      nullptr, nullptr, options);
+      "", mode, this, &OnRead, &OnWrite, &OnSeek, [](thandle_t) { return 0; }, &OnSize, nullptr,
+      nullptr, options);
   TIFFOpenOptionsFree(options);
   if (tiff == nullptr) Fail();
 }

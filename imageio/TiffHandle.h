@@ -11,8 +11,8 @@
 
 namespace imageio {
 
-// Either reads a source or writes an output, which must outlive it. The library calls back into this
-// object, so it stays where it is.
+// Either reads a source or writes an output, which must outlive it. The library calls back into
+// this object, so it stays where it is.
 class TiffHandle {
  public:
   // An ImageError where the head is damaged.

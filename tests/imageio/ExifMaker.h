@@ -36,8 +36,8 @@ class BlockWriter {
 inline constexpr char kCamera[] = "Test Camera";  // with its end 12 bytes
 inline constexpr std::size_t kThumbnailBytes = 20;
 
-// A block with a camera's name, the orientation, a directory of its own with an exposure time, one with a
-// position, and a thumbnail at the end.
+// A block with a camera's name, the orientation, a directory of its own with an exposure time, one
+// with a position, and a thumbnail at the end.
 inline Bytes MakeExif(bool little, int orientation) {
   BlockWriter writer(little);
   writer.block = little ? Bytes{'I', 'I'} : Bytes{'M', 'M'};

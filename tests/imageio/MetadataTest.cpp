@@ -32,7 +32,8 @@ Bytes RealProfile() {
 // A head of a profile that says RGB; its length makes it span several markers.
 Bytes LongProfile() {
   Bytes profile(200000);
-  for (std::size_t i = 0; i < profile.size(); ++i) profile[i] = static_cast<std::uint8_t>(i * i >> 3);
+  for (std::size_t i = 0; i < profile.size(); ++i)
+    profile[i] = static_cast<std::uint8_t>(i * i >> 3);
   std::copy_n("RGB ", 4, profile.begin() + 16);
   return profile;
 }

@@ -20,8 +20,8 @@ TEST(ReduceToFit, KeepsProportions) {
       {100, 100, 33, 50, 33, 33},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.width << " x " << c.height << " into " << c.boxWidth
-                                    << " x " << c.boxHeight);
+    SCOPED_TRACE(testing::Message()
+                 << c.width << " x " << c.height << " into " << c.boxWidth << " x " << c.boxHeight);
     for (const Format format : {Format::Pnm, Format::Jpeg}) {
       const test::Bytes bytes =
           test::Written(format, TestPicture::Random(c.width, c.height, false));
@@ -36,7 +36,8 @@ TEST(ReduceToFit, KeepsProportions) {
   }
 }
 
-// Each pixel repeated so often that every area of the result has whole pixels only; then plain means.
+// Each pixel repeated so often that every area of the result has whole pixels only; then plain
+// means.
 TestPicture MeanByRepetition(TestPicture& from, int width, int height) {
   TestPicture result(width, height);
   for (int y = 0; y < height; ++y) {
@@ -70,7 +71,8 @@ TEST(ReduceToFit, GivesTheMeanOfTheArea) {
   struct Case {
     int width, height, box;
   };
-  for (const Case& c : {Case{12, 8, 6}, {12, 8, 5}, {7, 5, 4}, {13, 29, 11}, {9, 9, 8}, {5, 6, 1}}) {
+  for (const Case& c :
+       {Case{12, 8, 6}, {12, 8, 5}, {7, 5, 4}, {13, 29, 11}, {9, 9, 8}, {5, 6, 1}}) {
     for (const bool masked : {false, true}) {
       TestPicture picture = TestPicture::Random(c.width, c.height, masked);
       if (masked) {  // a corner with nothing opaque
@@ -91,19 +93,19 @@ TEST(ReduceToFit, GivesTheMeanOfTheArea) {
 }
 
 TEST(ReduceToFit, JpegStaysTrue) {
-  TestPicture picture(400, 240, 0);
+  TestPicture picture(96, 64, 0);
   for (int y = 0; y < picture.height; ++y) {
     for (int x = 0; x < picture.width; ++x) {
       BYTE* pixel = picture.Pixel(x, y);
-      pixel[0] = static_cast<BYTE>(x / 2);
-      pixel[1] = static_cast<BYTE>(y);
-      pixel[2] = static_cast<BYTE>(255 - x / 4 - y / 2);
+      pixel[0] = static_cast<BYTE>(2 * x);
+      pixel[1] = static_cast<BYTE>(4 * y);
+      pixel[2] = static_cast<BYTE>(255 - x - 2 * y);
     }
   }
   imageio::WriteOptions options;
   options.jpegQuality = 98;
   const test::Bytes bytes = test::Written(Format::Jpeg, picture, options);
-  for (const int box : {399, 301, 200, 150, 77, 50, 13, 3}) {
+  for (const int box : {95, 73, 48, 36, 25, 24, 13, 3}) {
     SCOPED_TRACE(box);
     ImageReader reader(bytes.data(), bytes.size());
     reader.ReduceToFit(box, box);

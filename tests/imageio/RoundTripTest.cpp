@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <tuple>
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
 
 #include "tests/imageio/TestPicture.h"
 
@@ -137,12 +139,12 @@ TEST(RoundTrip, WritingFailsWithAnError) {
 
 TEST(Names, TellTheFormat) {
   const std::pair<const char*, Format> cases[] = {
-      {"a.ppm", Format::Pnm},       {"a.PGM", Format::Pnm},       {"a.pbm", Format::Pnm},
-      {"a.pnm", Format::Pnm},       {"dir.png/a.pam", Format::Pam}, {"a.b.PnG", Format::Png},
-      {"a.jpg", Format::Jpeg},      {"a.jpeg", Format::Jpeg},     {"a.tif", Format::Tiff},
-      {"a.tiff", Format::Tiff},     {"a.bmp", Format::Bmp},       {"a", Format::Unknown},
-      {"a.gif", Format::Unknown},   {"a.pn", Format::Unknown},    {"a.pngx", Format::Unknown},
-      {"", Format::Unknown},        {"png", Format::Unknown}};
+      {"a.ppm", Format::Pnm},     {"a.PGM", Format::Pnm},         {"a.pbm", Format::Pnm},
+      {"a.pnm", Format::Pnm},     {"dir.png/a.pam", Format::Pam}, {"a.b.PnG", Format::Png},
+      {"a.jpg", Format::Jpeg},    {"a.jpeg", Format::Jpeg},       {"a.tif", Format::Tiff},
+      {"a.tiff", Format::Tiff},   {"a.bmp", Format::Bmp},         {"a", Format::Unknown},
+      {"a.gif", Format::Unknown}, {"a.pn", Format::Unknown},      {"a.pngx", Format::Unknown},
+      {"", Format::Unknown},      {"png", Format::Unknown}};
   for (const auto& [name, format] : cases) EXPECT_EQ(imageio::FormatOfName(name), format) << name;
 }
 

@@ -50,7 +50,8 @@ class TestPicture {
     colourRows.clear();
     maskRows.clear();
     for (int row = 0; row < height; ++row) {
-      colourRows.push_back(&colour[static_cast<std::size_t>(row) * 3 * static_cast<std::size_t>(width)]);
+      colourRows.push_back(
+          &colour[static_cast<std::size_t>(row) * 3 * static_cast<std::size_t>(width)]);
       maskRows.push_back(&mask[static_cast<std::size_t>(row) * static_cast<std::size_t>(width)]);
     }
     return {colourRows.data(), maskRows.data()};
@@ -82,9 +83,9 @@ class TemporaryFile {
  public:
   TemporaryFile() {
     static int count = 0;
-    path = std::filesystem::temp_directory_path() /
-           ("fxbox-imageio-" + std::to_string(std::random_device{}()) + "-" +
-            std::to_string(++count));
+    path =
+        std::filesystem::temp_directory_path() /
+        ("fxbox-imageio-" + std::to_string(std::random_device{}()) + "-" + std::to_string(++count));
   }
   ~TemporaryFile() {
     std::error_code ignored;
@@ -109,6 +110,8 @@ inline Bytes Written(imageio::Format format, TestPicture picture,
 }
 
 // Bytes of a text with numbers in between: what the little formats are written with.
-inline Bytes BytesOf(const std::string& text) { return Bytes(text.begin(), text.end()); }
+inline Bytes BytesOf(const std::string& text) {
+  return Bytes(text.begin(), text.end());
+}
 
 }  // namespace test
