@@ -54,7 +54,9 @@ std::string NameOf(IAnimFilter& filter) {
   return name;
 }
 
-std::string Words(const char* text) { return text ? text : "(none)"; }
+std::string Words(const char* text) {
+  return text ? text : "(none)";
+}
 
 TEST_F(Module, ServesEveryRequiredClassWithItsIdsAndWords) {
   int count = 0;
@@ -108,8 +110,7 @@ TEST_F(Module, RefusesWhatItDoesNotHave) {
 
 TEST_F(Module, IsNoPartOfAnotherObject) {
   const auto outer = Create<IAnimFilterChain>(kChainClassId);
-  for (const CLSID& classId :
-       {IdOf(kRequiredClasses[0].classId), kChainClassId, kCreatorClassId}) {
+  for (const CLSID& classId : {IdOf(kRequiredClasses[0].classId), kChainClassId, kCreatorClassId}) {
     void* result = this;
     EXPECT_EQ(CLASS_E_NOAGGREGATION,
               ClassObject(classId)->CreateInstance(outer.Get(), IID_IUnknown, &result));
@@ -176,8 +177,8 @@ TEST_F(Module, IsKnownToTheRuntimeOfItsProcess) {
   EXPECT_EQ(S_OK, CLSIDFromProgID(platform::ToOleText("ZNFilter.Creator").c_str(), &classId));
   EXPECT_TRUE(base::SameGuid(kCreatorClassId, classId));
   ComPtr<IAnimFilterCreator> creator;
-  ASSERT_EQ(S_OK, CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER,
-                                   IAnimFilterCreator::kIid, creator.PutVoid()));
+  ASSERT_EQ(S_OK, CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IAnimFilterCreator::kIid,
+                                   creator.PutVoid()));
   EXPECT_THAT(OwnNames(*creator.Get()), testing::ElementsAreArray(RequiredNames()));
   for (const RequiredClass& required : kRequiredClasses) {
     LPOLESTR progId = nullptr;

@@ -18,16 +18,16 @@ using testing::IsEmpty;
 // Opens what a test looks at. Doubles the size of its picture when told to.
 class Probe final : public RecordingFilter {
  public:
-  using RecordingFilter::RecordingFilter;
   using CPdibFilter::EnsurePictures;
   using CPdibFilter::inputPicture;
   using CPdibFilter::outputPicture;
+  using CPdibFilter::ReadVisibility;
   using CPdibFilter::revision;
   using CPdibFilter::selfChanged;
   using CPdibFilter::sourceChanged;
-  using CPdibFilter::visible;
   using CPdibFilter::VisibilityText;
-  using CPdibFilter::ReadVisibility;
+  using CPdibFilter::visible;
+  using RecordingFilter::RecordingFilter;
 
   void Commit() override {
     ++commits;
@@ -164,11 +164,12 @@ TEST(PdibFilterPrepare, CommitsOnceAndTellsSizesEveryTime) {
     const std::vector<std::string> calls = test.rig.destination->TakeCalls();
     ASSERT_GE(calls.size(), 3u);
     const TestSource& source = *test.rig.source.Get();
-    EXPECT_EQ(calls[calls.size() - 3], "SetPictureSize " + std::to_string(source.picture.width) + " 6");
+    EXPECT_EQ(calls[calls.size() - 3],
+              std::string("SetPictureSize ") + std::to_string(source.picture.width) + " 6");
     EXPECT_EQ(calls[calls.size() - 2],
-              "SetExtent " + std::to_string(source.picture.width) + " " +
+              std::string("SetExtent ") + std::to_string(source.picture.width) + " " +
                   std::to_string(source.extentHeight > 0 ? source.extentHeight : 6));
-    EXPECT_EQ(calls.back(), "SetOffset " + std::to_string(source.offsetX) + " 0");
+    EXPECT_EQ(calls.back(), std::string("SetOffset ") + std::to_string(source.offsetX) + " 0");
     test.Settle();
   }
 }
@@ -221,6 +222,11 @@ TEST(PdibFilterPrepare, RevisionsTellEachConsumerOfItsOwn) {
   EXPECT_EQ(second, first);
   EXPECT_FALSE(prepare(second));
   EXPECT_FALSE(prepare(first));
+  // A consumer that is behind catches up with the change; it makes no new one.
+  probe.SetParameter("b", 1);
+  EXPECT_TRUE(prepare(first));
+  EXPECT_TRUE(prepare(second));
+  EXPECT_EQ(second, first);
   // A change that nobody pulled counts again and again.
   probe.sourceChanged = true;
   const int before = first;
@@ -379,10 +385,9 @@ TEST(PdibFilter, NamedValuesNeedRoomForTheirEnd) {
     int size;
     const char* result;  // null: it fails and writes nothing
   };
-  for (const Case& c :
-       {Case{"key", 6, "value"}, Case{"key", 5, nullptr}, Case{"key", 0, nullptr},
-        Case{"key", -1, nullptr}, Case{"none", 9, nullptr}, Case{"Key", 9, "other"},
-        Case{"", 9, "empty"}}) {
+  for (const Case& c : {Case{"key", 6, "value"}, Case{"key", 5, nullptr}, Case{"key", 0, nullptr},
+                        Case{"key", -1, nullptr}, Case{"none", 9, nullptr}, Case{"Key", 9, "other"},
+                        Case{"", 9, "empty"}}) {
     char buffer[10] = "xxxxxxxxx";
     EXPECT_EQ(probe->GetNamedValue(c.key, buffer, c.size), c.result ? S_OK : E_FAIL) << c.key;
     EXPECT_STREQ(buffer, c.result ? c.result : "xxxxxxxxx");
@@ -490,9 +495,9 @@ TEST(PdibFilter, MakesTheIconOfItsClass) {
     int size;
     const char* result;
   };
-  for (const Case& c : {Case{nullptr, 10, "Test name"}, Case{nullptr, 9, "x"},
-                        Case{"Name", 10, "Test name"}, Case{"IsActive", 2, "1"},
-                        Case{"IsActive", 1, "x"}, Case{"isactive", 9, "x"}}) {
+  for (const Case& c :
+       {Case{nullptr, 10, "Test name"}, Case{nullptr, 9, "x"}, Case{"Name", 10, "Test name"},
+        Case{"IsActive", 2, "1"}, Case{"IsActive", 1, "x"}, Case{"isactive", 9, "x"}}) {
     char buffer[16] = "x";
     EXPECT_EQ(c.attribute ? icon->GetAttribute(c.attribute, buffer, c.size)
                           : icon->GetLabel(buffer, c.size),

@@ -54,8 +54,7 @@ Picture GuardedRows::Part(int x, int y, int partWidth, int partHeight) const {
 }
 
 std::string GuardedRows::WrittenOutside(int x, int y, int partWidth, int partHeight) const {
-  const std::string inColour =
-      colour.WrittenOutside(3 * x, 3 * (x + partWidth), y, y + partHeight);
+  const std::string inColour = colour.WrittenOutside(3 * x, 3 * (x + partWidth), y, y + partHeight);
   if (!inColour.empty()) return "colour " + inColour;
   const std::string inMask = mask.WrittenOutside(x, x + partWidth, y, y + partHeight);
   return inMask.empty() ? inMask : "mask " + inMask;
@@ -80,7 +79,8 @@ std::string GuardedRows::Plane::WrittenOutside(int firstByte, int endByte, int f
   for (std::size_t row = 0; row < starts.size(); ++row) {
     const auto offset = place - static_cast<std::ptrdiff_t>(starts[row]);
     if (offset >= -static_cast<std::ptrdiff_t>(kGuardBytes) && offset < bytes + 20) {
-      return "written at byte " + std::to_string(offset) + " of row " + std::to_string(row);
+      return std::string("written at byte ") + std::to_string(offset) + " of row " +
+             std::to_string(row);
     }
   }
   return "written between rows";

@@ -10,8 +10,8 @@
 
 namespace testing_support {
 
-// Row arrays of both planes. Before the first pull all bytes hold a seeded pattern, and each row has
-// guard bytes ahead of it and behind it. The rows lie at uneven distances and in no order, as a
+// Row arrays of both planes. Before the first pull all bytes hold a seeded pattern, and each row
+// has guard bytes ahead of it and behind it. The rows lie at uneven distances and in no order, as a
 // caller's may; the arrays have guard pointers at both ends, which are null.
 class GuardedRows {
  public:

@@ -46,20 +46,20 @@ Picture::Picture(int w, int h)
 std::string Difference(const Picture& expected, const Picture& actual) {
   const auto text = [](const Picture& picture, int x, int y) {
     const BYTE* colour = picture.Colour(x, y);
-    return "(" + std::to_string(colour[0]) + " " + std::to_string(colour[1]) + " " +
+    return std::string("(") + std::to_string(colour[0]) + " " + std::to_string(colour[1]) + " " +
            std::to_string(colour[2]) + " mask " + std::to_string(picture.Mask(x, y)) + ")";
   };
   if (expected.width != actual.width || expected.height != actual.height) {
-    return "size " + std::to_string(actual.width) + "x" + std::to_string(actual.height) +
-           " in place of " + std::to_string(expected.width) + "x" +
+    return std::string("size ") + std::to_string(actual.width) + "x" +
+           std::to_string(actual.height) + " in place of " + std::to_string(expected.width) + "x" +
            std::to_string(expected.height);
   }
   for (int y = 0; y < expected.height; ++y) {
     for (int x = 0; x < expected.width; ++x) {
       if (!std::equal(expected.Colour(x, y), expected.Colour(x, y) + 3, actual.Colour(x, y)) ||
           expected.Mask(x, y) != actual.Mask(x, y)) {
-        return "at " + std::to_string(x) + "," + std::to_string(y) + ": " + text(actual, x, y) +
-               " in place of " + text(expected, x, y);
+        return std::string("at ") + std::to_string(x) + "," + std::to_string(y) + ": " +
+               text(actual, x, y) + " in place of " + text(expected, x, y);
       }
     }
   }

@@ -11,7 +11,7 @@ namespace {
 template <class... Numbers>
 std::string Call(const char* name, Numbers... numbers) {
   std::string text = name;
-  ((text += " " + std::to_string(numbers)), ...);
+  (text.append(" ").append(std::to_string(numbers)), ...);
   return text;
 }
 
@@ -24,6 +24,15 @@ void PrintTo(const RowRequest& r, std::ostream* out) {
 
 // --- source
 
+TestSource::TestSource(Picture served) : picture(std::move(served)) {}
+
+TestSource::~TestSource() = default;
+
+HRESULT TestSource::QueryInterface(REFIID iid, void** result) {
+  const HRESULT status = ComObject::QueryInterface(iid, result);
+  return FAILED(status) && otherEnd ? otherEnd->QueryInterface(iid, result) : status;
+}
+
 HRESULT TestSource::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                              BYTE** colourRows, BYTE** maskRows) {
   requests.push_back({destX, destY, srcX, srcY, width, height});
@@ -31,7 +40,7 @@ HRESULT TestSource::ReadRows(int destX, int destY, int srcX, int srcY, int width
   const int first = std::max(0, srcX);
   const int end = static_cast<int>(
       std::min<std::int64_t>(picture.width, std::int64_t{srcX} + std::max(0, width)));
-  for (int i = height - 1; i >= 0; --i) {
+  for (int i = height > 0 ? height - 1 : -1; i >= 0; --i) {
     const std::int64_t y = std::int64_t{srcY} + i;
     if (y >= 0 && y < picture.height && first < end) {
       const int at = destX + first - srcX;
@@ -178,8 +187,12 @@ HRESULT TestDestination::HostCall1b(std::intptr_t a) {
   return S_OK;
 }
 
-std::vector<std::string> TestDestination::TakeCalls() { return std::exchange(calls, {}); }
+std::vector<std::string> TestDestination::TakeCalls() {
+  return std::exchange(calls, {});
+}
 
-std::string TestDestination::TakeLocks() { return std::exchange(locks, {}); }
+std::string TestDestination::TakeLocks() {
+  return std::exchange(locks, {});
+}
 
 }  // namespace testing_support

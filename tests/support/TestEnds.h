@@ -21,10 +21,15 @@ struct RowRequest {
 };
 void PrintTo(const RowRequest& request, std::ostream* out);
 
+class TestDestination;
+
 // Serves a picture. A request is cut to the picture: what lies outside is not written.
 class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestCallsThis> {
  public:
-  explicit TestSource(Picture served) : picture(std::move(served)) {}
+  explicit TestSource(Picture served);
+  ~TestSource();
+
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override;
 
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
@@ -61,6 +66,8 @@ class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestC
   std::vector<std::pair<int, bool>> prepares;  // revision and flag of each Prepare
   int attachCount = 0;
   platform::ComPtr<IAnimFilterSrcCallsThis> destination;
+  // Answers for the interfaces of a destination, when the host serves both ends with one object.
+  platform::ComPtr<TestDestination> otherEnd;
 };
 
 // Records what it is told.
@@ -96,22 +103,6 @@ class TestDestination final : public platform::ComObject<TestDestination, IAnimF
   int marks[2] = {};
   int attachCount = 0;
   platform::ComPtr<IAnimFilterDestCallsThis> source;
-};
-
-// A host that serves both ends with one object.
-class TestBothEnds final : public platform::ComObject<TestBothEnds, IUnknown> {
- public:
-  explicit TestBothEnds(Picture picture)
-      : source(platform::ComPtr<TestSource>::Attach(new TestSource(std::move(picture)))),
-        destination(platform::ComPtr<TestDestination>::Attach(new TestDestination)) {}
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
-    const HRESULT asSource = source->QueryInterface(iid, result);
-    return SUCCEEDED(asSource) ? asSource : destination->QueryInterface(iid, result);
-  }
-
-  platform::ComPtr<TestSource> source;
-  platform::ComPtr<TestDestination> destination;
 };
 
 }  // namespace testing_support

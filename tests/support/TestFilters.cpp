@@ -41,9 +41,9 @@ HRESULT RecordingFilter::GetName(char* buffer, int size) {
   return CPdibFilter::GetName(buffer, size);
 }
 
-HRESULT RecordingFilter::SetSource(IUnknown* newSource) {
-  if (throws == Throws::SetSource && newSource) throw std::runtime_error("SetSource");
-  return CPdibFilter::SetSource(newSource);
+HRESULT RecordingFilter::GetOrder(int* result) {
+  if (throws == Throws::GetOrder) throw std::runtime_error("GetOrder");
+  return CPdibFilter::GetOrder(result);
 }
 
 HRESULT RecordingFilter::SetParameter(const char* text, int) {
@@ -88,7 +88,8 @@ Rig::Rig(Picture picture, std::vector<ComPtr<CPdibFilter>> linked)
   Tail().SetDestination(destination.Get());
 }
 
-Rig::Rig(Picture picture, const FilterClass& row) : Rig(std::move(picture), std::vector{Make(row)}) {}
+Rig::Rig(Picture picture, const FilterClass& row)
+    : Rig(std::move(picture), std::vector{Make(row)}) {}
 
 Rig::~Rig() {
   for (auto& filter : filters) {

@@ -30,14 +30,14 @@ class RecordingFilter : public CPdibFilter {
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override;
   HRESULT STDMETHODCALLTYPE GetName(char* buffer, int size) override;
-  HRESULT STDMETHODCALLTYPE SetSource(IUnknown* newSource) override;
+  HRESULT STDMETHODCALLTYPE GetOrder(int* result) override;
   bool IsDirty() override { return pending != active; }
   void Commit() override { active = pending; }
   HRESULT STDMETHODCALLTYPE SetParameter(const char* text, int flag) override;
   HRESULT STDMETHODCALLTYPE GetParameter(char* buffer, int size) override;
   HRESULT STDMETHODCALLTYPE GetActiveParameter(char* buffer, int size) override;
 
-  enum class Throws { Nowhere, SetParameter, GetName, SetSource };
+  enum class Throws { Nowhere, SetParameter, GetName, GetOrder };
   static inline Throws throws = Throws::Nowhere;
   static inline int alive = 0;
   // Of all objects: what SetParameter was given, in turn.
@@ -48,8 +48,7 @@ class RecordingFilter : public CPdibFilter {
 };
 
 // Makes recording filters of the names that it knows.
-class RecordingCreator final
-    : public platform::ComObject<RecordingCreator, IAnimFilterCreator> {
+class RecordingCreator final : public platform::ComObject<RecordingCreator, IAnimFilterCreator> {
  public:
   explicit RecordingCreator(const std::vector<const FilterClass*>& known) : classes(known) {}
 

@@ -1,0 +1,35 @@
+#include <gtest/gtest.h>
+
+#include "filters/FilterClasses.h"
+#include "tests/support/Allocations.h"
+#include "tests/support/TestFilters.h"
+
+namespace testing_support {
+namespace {
+
+// A pull of a point filter works in the caller's rows alone; one of a filter that keeps a picture
+// does so from its second pull on.
+TEST(FilterAllocation, PullsAllocateNothing) {
+  GuardedRows rows(67, 41);
+  int keepers = 0;
+  for (const FilterClass& row : FilterClasses()) {
+    SCOPED_TRACE(row.className);
+    Rig rig(Noise(67, 41, Masks::Noise, 1), row);
+    if (row.defaultText) rig.Filter().SetParameter(row.defaultText, 1);
+    rig.source->requests.reserve(100);
+    rig.Prepare();
+    const long before = AllocationCount();
+    ASSERT_EQ(rig.Pull(rows, {0, 0, 0, 0, 67, 41}), S_OK);
+    const long first = AllocationCount() - before;
+    ASSERT_EQ(rig.Pull(rows, {0, 0, 0, 0, 67, 41}), S_OK);
+    const long second = AllocationCount() - before - first;
+    EXPECT_EQ(second, 0);
+    const bool keepsPicture = rig.source->requests.size() == 1;
+    EXPECT_EQ(first > 0, keepsPicture);
+    keepers += keepsPicture;
+  }
+  EXPECT_GT(keepers, 0) << "nothing was counted";
+}
+
+}  // namespace
+}  // namespace testing_support
