@@ -29,7 +29,9 @@ target_compile_options(fxbox_warnings INTERFACE -Wall -Wextra -Wconversion -Wsha
   $<$<BOOL:${FXBOX_WARNINGS_AS_ERRORS}>:-Werror>)
 
 if(FXBOX_SANITIZE STREQUAL "address")
-  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  # Not vptr: a host's objects may come from a language whose tables carry no C++ type information.
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all
+    -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 elseif(FXBOX_SANITIZE STREQUAL "thread")
   add_compile_options(-fsanitize=thread)

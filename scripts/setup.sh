@@ -16,7 +16,7 @@ tests=(clang libclang-rt-14-dev gdk-pixbuf-tests)
 # are built for Windows, so that a file decodes to the same bytes on both systems.
 windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   cmake ninja-build googletest libcli11-dev libjpeg62-turbo-dev libpng-dev libtiff-dev
-  dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth)
+  clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth)
 tools=(clang-format clang-tidy)
 
 isInstalled() {

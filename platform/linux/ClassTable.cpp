@@ -1,7 +1,9 @@
 #include "platform/linux/ClassTable.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <mutex>
+#include <new>
 
 #include "platform/RegistryKey.h"
 #include "platform/Services.h"
@@ -21,7 +23,9 @@ struct AnnouncedClasses {
 };
 
 AnnouncedClasses& Announced() {
-  static auto* announced = new AnnouncedClasses;
+  // Within the module's own data, so that nothing is left when the module is unloaded.
+  alignas(AnnouncedClasses) static std::byte place[sizeof(AnnouncedClasses)];
+  static auto* announced = new (place) AnnouncedClasses;
   return *announced;
 }
 
@@ -84,6 +88,7 @@ void WithdrawClasses(GetClassObjectFunction getClassObject) {
   std::erase_if(announced.classes, [getClassObject](const AnnouncedClass& entry) {
     return entry.getClassObject == getClassObject;
   });
+  announced.classes.shrink_to_fit();
 }
 
 GetClassObjectFunction AnnouncedFunction(REFCLSID classId) {

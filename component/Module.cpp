@@ -1,0 +1,57 @@
+// The exported functions: translation between their callers and the rooms behind.
+#include "component/Fxbox4.h"
+
+#include "component/ModuleClasses.h"
+#include "component/ModuleLife.h"
+#include "component/Registration.h"
+#include "core/PdibFilterCreator.h"
+#include "filters/FilterClasses.h"
+#include "platform/component/ComPtr.h"
+#include "platform/component/Guard.h"
+
+using platform::ComPtr;
+using platform::Guard;
+
+#ifndef _WIN32
+namespace {
+
+// Here, and not in a file of its own, so that it also comes with the static library.
+struct ModuleLife {
+  ModuleLife() { component::ModuleStart(); }
+  ~ModuleLife() { component::ModuleStop(); }
+} const moduleLife;
+
+}  // namespace
+#endif
+
+HRESULT STDAPICALLTYPE FxboxCreateCreator(REFIID iid, void** result) {
+  if (!result) return E_POINTER;
+  *result = nullptr;
+  return Guard([&] {
+    const auto creator =
+        ComPtr<CPdibFilterCreator>::Attach(new CPdibFilterCreator(FilterClasses()));
+    return creator->QueryInterface(iid, result);
+  });
+}
+
+const FilterClass* STDAPICALLTYPE FxboxFilterClasses(int* count) {
+  const FilterClassTable classes = FilterClasses();
+  if (count) *count = static_cast<int>(classes.size());
+  return classes.data();
+}
+
+HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID classId, REFIID iid, void** result) {
+  return component::GetClassObject(classId, iid, result);
+}
+
+HRESULT STDAPICALLTYPE DllCanUnloadNow() {
+  return platform::ModuleLock::AnyHeld() ? S_FALSE : S_OK;
+}
+
+HRESULT STDAPICALLTYPE DllRegisterServer() {
+  return Guard([] { return component::RegisterModule(); });
+}
+
+HRESULT STDAPICALLTYPE DllUnregisterServer() {
+  return Guard([] { return component::UnregisterModule(); });
+}

@@ -1,0 +1,15 @@
+// What happens once when the module comes into a process, and once when it goes.
+#pragma once
+
+namespace component {
+
+// Called by the system's loader, on one thread, before and after everything else in the module.
+// They pass no exception on.
+void ModuleStart() noexcept;
+void ModuleStop() noexcept;
+
+// The module's part in the component runtime; each system has its own.
+void JoinComponentRuntime();
+void LeaveComponentRuntime();
+
+}  // namespace component
