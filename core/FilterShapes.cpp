@@ -17,8 +17,8 @@ HRESULT GuardPull(Body&& body) {
   return FAILED(status) ? kStopped : status;
 }
 
-// Asks for the front of the row that comes next. Processors foresee rows that follow upwards in memory,
-// and ours go down; the rest of a row they see coming by themselves.
+// Asks for the front of the row that comes next. Processors foresee rows that follow upwards in
+// memory, and ours go down; the rest of a row they see coming by themselves.
 inline void AnnounceRow(const BYTE* row, std::size_t bytes) {
   constexpr std::size_t kFront = 3072;
   constexpr std::size_t kCacheLine = 64;
@@ -101,9 +101,11 @@ HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, i
 }
 
 bool WholePictureFilter::BringUpToDate() {
-  // Before the first Prepare there is no picture.
-  if (ResultWidth() < 1 || ResultHeight() < 1) return false;
   if (Result() && !Changed()) return true;
+  pulled = input;
+  result = output;
+  // Before the first Prepare there is no picture.
+  if (result.width < 1 || result.height < 1) return false;
   const bool selfBefore = selfChanged;
   if (policy.flags == ChangeFlags::ClearedAtStart) ClearChanges();
   bool rebuilt = false;
@@ -123,8 +125,8 @@ bool WholePictureFilter::BringUpToDate() {
 }
 
 bool WholePictureFilter::CopyOut(PullRectangle cut) {
-  CutAxis(cut.destX, cut.srcX, cut.width, ResultWidth());
-  CutAxis(cut.destY, cut.srcY, cut.height, ResultHeight());
+  CutAxis(cut.destX, cut.srcX, cut.width, result.width);
+  CutAxis(cut.destY, cut.srcY, cut.height, result.height);
   const MemoryPicture& from = *Result();
   for (int i = cut.height - 1; i >= 0; --i) {
     if (abort) return false;
@@ -143,6 +145,6 @@ void WholePictureFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toC
 
 bool WholePictureFilter::PullInput(MemoryPicture& picture, int x, int y) {
   picture.Clear();
-  return source->ReadRows(x, y, 0, 0, input.width, input.height, picture.ColourRows(),
+  return source->ReadRows(x, y, 0, 0, pulled.width, pulled.height, picture.ColourRows(),
                           picture.MaskRows()) == 0;
 }

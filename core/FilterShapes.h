@@ -80,14 +80,16 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   WholePictureFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
   // Fills the picture that answers come from, EnsurePictures included; false when it could not
-  // (abort, failed source, no memory).
+  // (abort, failed source, no memory). Works with the sizes of `pulled` and `result`.
   virtual bool Rebuild() = 0;
-  // Size of the result; the picture that holds it may be larger.
-  virtual int ResultWidth() const { return output.width; }
-  virtual int ResultHeight() const { return output.height; }
   // Gives out a part of one row of the result. Either target may be null.
   virtual void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                        int width);
+
+  // Copies of `input` and `output` from the start of the last rebuild: Prepare may change those in
+  // the middle of a pull. The picture that holds the result may be larger than `result` says.
+  PictureInfo pulled;
+  PictureInfo result;
 
   // Clears `picture` and pulls the source's whole input into it with one call, its corner at (x,
   // y). False when the pull stopped.
@@ -112,8 +114,10 @@ class ParameterFilter : public Shape {
   void Commit() override { active = pending; }
 
   HRESULT STDMETHODCALLTYPE SetParameter(const char* text, int) override {
-    if (text) ReadText(text);
-    return S_OK;
+    return platform::Guard([&] {
+      if (text) ReadText(text);
+      return S_OK;
+    });
   }
   HRESULT STDMETHODCALLTYPE GetParameter(char* buffer, int size) override {
     return Print(pending, buffer, size);

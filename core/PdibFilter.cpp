@@ -40,7 +40,14 @@ template <class Interface>
 HRESULT QueryNeighbour(const ComPtr<Interface>& neighbour, REFIID iid, void** result) {
   if (!result) return E_POINTER;
   *result = nullptr;
-  return neighbour ? neighbour->QueryInterface(iid, result) : E_NOINTERFACE;
+  if (!neighbour) return E_NOINTERFACE;
+  return Guard([&] { return neighbour->QueryInterface(iid, result); });
+}
+
+// Passes a call on to a neighbour, or answers `alone` without one.
+template <class Interface, class Call>
+HRESULT Forward(const ComPtr<Interface>& neighbour, Call call, HRESULT alone = S_OK) {
+  return neighbour ? Guard([&] { return call(*neighbour.Get()); }) : alone;
 }
 
 std::int64_t Area(int width, int height) {
@@ -113,29 +120,46 @@ HRESULT CPdibFilter::GetSource(REFIID iid, void** result) {
 }
 
 HRESULT CPdibFilter::SetDestination(IUnknown* newDestination) {
-  selfChanged = true;
-  Exchange(destination, newDestination);
-  if (destination) destination->AttachSource(static_cast<IAnimFilter*>(this));
-  return S_OK;
+  return Guard([&] {
+    if (IsThis(newDestination)) return E_INVALIDARG;
+    selfChanged = true;
+    Exchange(destination, newDestination);
+    if (destination) destination->AttachSource(static_cast<IAnimFilter*>(this));
+    return S_OK;
+  });
 }
 
 HRESULT CPdibFilter::SetSource(IUnknown* newSource) {
-  selfChanged = true;
-  Exchange(source, newSource);
-  if (source) source->AttachDestination(static_cast<IAnimFilter*>(this));
-  return S_OK;
+  return Guard([&] {
+    if (IsThis(newSource)) return E_INVALIDARG;
+    selfChanged = true;
+    Exchange(source, newSource);
+    if (source) source->AttachDestination(static_cast<IAnimFilter*>(this));
+    return S_OK;
+  });
 }
 
 HRESULT CPdibFilter::AttachSource(IUnknown* newSource) {
-  sourceChanged = true;
-  Exchange(source, newSource);
-  return S_OK;
+  return Guard([&] {
+    if (IsThis(newSource)) return E_INVALIDARG;
+    sourceChanged = true;
+    Exchange(source, newSource);
+    return S_OK;
+  });
 }
 
 HRESULT CPdibFilter::AttachDestination(IUnknown* newDestination) {
-  sourceChanged = true;
-  Exchange(destination, newDestination);
-  return S_OK;
+  return Guard([&] {
+    if (IsThis(newDestination)) return E_INVALIDARG;
+    sourceChanged = true;
+    Exchange(destination, newDestination);
+    return S_OK;
+  });
+}
+
+// A filter linked to itself would pull itself without end.
+bool CPdibFilter::IsThis(IUnknown* other) {
+  return ComPtr<IUnknown>::Query(other) == static_cast<IAnimFilter*>(this);
 }
 
 HRESULT CPdibFilter::CreateDialog(REFIID, void** result) {
@@ -183,14 +207,14 @@ HRESULT CPdibFilter::SetExtent(int width, int height) {
 HRESULT CPdibFilter::SetTargetSize(int width, int height) {
   told.targetWidth = width;
   told.targetHeight = height;
-  return destination ? destination->SetTargetSize(width, height) : S_OK;
+  return Forward(destination, [&](auto& next) { return next.SetTargetSize(width, height); });
 }
 
 HRESULT CPdibFilter::QuerySize(int* width, int* height, double aspect) {
   if (!width || !height) return E_POINTER;
   int wantedW = -1;
   int wantedH = -1;
-  if (destination) destination->QuerySize(&wantedW, &wantedH, aspect);
+  Forward(destination, [&](auto& next) { return next.QuerySize(&wantedW, &wantedH, aspect); });
   *width = *height = -1;
   if (wantedW > 0 && wantedH > 0) MapSize(wantedW, wantedH, width, height);
   return S_OK;
@@ -198,45 +222,46 @@ HRESULT CPdibFilter::QuerySize(int* width, int* height, double aspect) {
 
 HRESULT CPdibFilter::SetZoom(double newZoom) {
   zoom = newZoom;
-  return destination ? destination->SetZoom(newZoom) : S_OK;
+  return Forward(destination, [&](auto& next) { return next.SetZoom(newZoom); });
 }
 
 HRESULT CPdibFilter::SetMark(int a, int b) {
   mark[0] = a;
   mark[1] = b;
-  return destination ? destination->SetMark(a, b) : S_OK;
+  return Forward(destination, [&](auto& next) { return next.SetMark(a, b); });
 }
 
 HRESULT CPdibFilter::GetMark(int* a, int* b) {
-  return destination ? destination->GetMark(a, b) : S_OK;
+  return Forward(destination, [&](auto& next) { return next.GetMark(a, b); });
 }
 
 HRESULT CPdibFilter::Lock() {
-  return destination ? destination->Lock() : S_OK;
+  return Forward(destination, [&](auto& next) { return next.Lock(); });
 }
 
 HRESULT CPdibFilter::Unlock() {
-  return destination ? destination->Unlock() : S_OK;
+  return Forward(destination, [&](auto& next) { return next.Unlock(); });
 }
 
 HRESULT CPdibFilter::ExpandText(const char* text, char** expanded) {
-  return destination ? destination->ExpandText(text, expanded) : S_OK;
+  return Forward(destination, [&](auto& next) { return next.ExpandText(text, expanded); });
 }
 
 HRESULT CPdibFilter::QueryPrintScale(double* scale) {
-  return destination ? destination->QueryPrintScale(scale) : S_OK;
+  return Forward(destination, [&](auto& next) { return next.QueryPrintScale(scale); });
 }
 
 HRESULT CPdibFilter::HostCall3(std::intptr_t a, std::intptr_t b, std::intptr_t c) {
-  return destination ? destination->HostCall3(a, b, c) : S_OK;
+  return Forward(destination, [&](auto& next) { return next.HostCall3(a, b, c); });
 }
 
 HRESULT CPdibFilter::HostCall1(std::intptr_t a) {
-  return destination ? destination->HostCall1(a) : E_FAIL;
+  return Forward(
+      destination, [&](auto& next) { return next.HostCall1(a); }, E_FAIL);
 }
 
 HRESULT CPdibFilter::HostCall1b(std::intptr_t a) {
-  return destination ? destination->HostCall1b(a) : S_OK;
+  return Forward(destination, [&](auto& next) { return next.HostCall1b(a); });
 }
 
 // --- IAnimFilterDestCallsThis
@@ -257,7 +282,8 @@ HRESULT CPdibFilter::ReadRows(int destX, int destY, int srcX, int srcY, int widt
 }
 
 HRESULT CPdibFilter::SetAbort(bool newAbort) {
-  const HRESULT status = source ? source->SetAbort(newAbort) : S_OK;
+  const HRESULT status =
+      Forward(source, [&](auto& previous) { return previous.SetAbort(newAbort); });
   abort = newAbort;
   return status;
 }
@@ -320,11 +346,12 @@ HRESULT CPdibFilter::GetInfo(int* width, int* height, int* offsetX, int* offsetY
 }
 
 HRESULT CPdibFilter::ReadPixel(BYTE* pixel) {
-  return source ? source->ReadPixel(pixel) : E_FAIL;
+  return Forward(
+      source, [&](auto& previous) { return previous.ReadPixel(pixel); }, E_FAIL);
 }
 
 HRESULT CPdibFilter::SendToSource(std::intptr_t message) {
-  return source ? source->SendToSource(message) : S_OK;
+  return Forward(source, [&](auto& previous) { return previous.SendToSource(message); });
 }
 
 // --- IAnimFilterParameter

@@ -125,6 +125,7 @@ class FXBOX_API CPdibFilter
   std::int32_t order = 5000;
 
  private:
+  bool IsThis(IUnknown* other);
   void PassInfoOn();
 
   std::map<KvString, KvString> namedValues;

@@ -104,7 +104,12 @@ void CPdibFilterChain::ChainLock() {
 void CPdibFilterChain::ChainUnlock() {
   if (!destination || !locked) return;
   locked = false;
-  destination->Unlock();
+  try {
+    destination->Unlock();
+  } catch (...) {
+    // The change itself has succeeded, or its own failure is under way.
+    LogException(kUnhandled, __LINE__);
+  }
 }
 
 // --- walking
@@ -150,6 +155,7 @@ IAnimFilter* CPdibFilterChain::FindNamed(const char* name) {
 
 bool CPdibFilterChain::Holds(IUnknown* filter) {
   const auto wanted = ComPtr<IUnknown>::Query(filter);
+  if (!wanted) return false;
   for (IAnimFilter* at = GoFirst(); at; at = GoNext()) {
     if (wanted == ComPtr<IUnknown>::Query(at).Get()) return true;
   }
@@ -165,14 +171,13 @@ void CPdibFilterChain::LinkEnds() {
 }
 
 void CPdibFilterChain::InsertFirst(IAnimFilter* filter) {
-  const ComPtr<IAnimFilter> old = first;
-  first = ComPtr<IAnimFilter>(filter);
-  if (source) first->SetSource(source.Get());
-  if (old) {
-    first->SetDestination(old.Get());
+  if (source) filter->SetSource(source.Get());
+  if (first) {
+    filter->SetDestination(first.Get());
   } else if (destination) {
-    first->SetDestination(destination.Get());
+    filter->SetDestination(destination.Get());
   }
+  first = ComPtr<IAnimFilter>(filter);
 }
 
 void CPdibFilterChain::InsertBehindCursor(IAnimFilter* filter) {
@@ -233,8 +238,9 @@ void CPdibFilterChain::RemoveFrom(IAnimFilter* filter) {
 // --- IAnimFilterChain
 
 HRESULT CPdibFilterChain::SetSource(IUnknown* newSource) {
+  const Locked lock(*this);
   return Guarded(kUnhandled, __LINE__, [&] {
-    const Locked lock(*this);
+    if (Holds(newSource)) return E_INVALIDARG;
     source = ComPtr<IAnimFilterDestCallsThis>::Query(newSource);
     if (first) first->SetSource(source.Get());
     LinkEnds();
@@ -244,6 +250,8 @@ HRESULT CPdibFilterChain::SetSource(IUnknown* newSource) {
 
 HRESULT CPdibFilterChain::SetDestination(IUnknown* newDestination) {
   return Guarded(kUnhandled, __LINE__, [&] {
+    // One of its own filters at an end would close the run to a ring.
+    if (Holds(newDestination)) return E_INVALIDARG;
     destination = ComPtr<IAnimFilterSrcCallsThis>::Query(newDestination);
     if (IAnimFilter* last = GoLast()) last->SetDestination(destination.Get());
     LinkEnds();
@@ -279,8 +287,8 @@ HRESULT CPdibFilterChain::FindByName(const char* name, REFIID iid, void** result
 
 HRESULT CPdibFilterChain::Insert(IUnknown* filter) {
   if (!filter) return E_FAIL;
+  const Locked lock(*this);
   return Guarded(kUnhandled, __LINE__, [&]() -> HRESULT {
-    const Locked lock(*this);
     ComPtr<IAnimFilter> added;
     const HRESULT status = filter->QueryInterface(IAnimFilter::kIid, added.PutVoid());
     if (!added) return FAILED(status) ? status : E_NOINTERFACE;
@@ -293,8 +301,8 @@ HRESULT CPdibFilterChain::Insert(IUnknown* filter) {
 
 HRESULT CPdibFilterChain::InsertAt(int index, IUnknown* filter) {
   if (!filter) return E_FAIL;
+  const Locked lock(*this);
   return Guarded(kUnhandled, __LINE__, [&]() -> HRESULT {
-    const Locked lock(*this);
     ComPtr<IAnimFilter> added;
     const HRESULT status = filter->QueryInterface(IAnimFilter::kIid, added.PutVoid());
     if (!added) return FAILED(status) ? status : E_NOINTERFACE;
@@ -312,8 +320,8 @@ HRESULT CPdibFilterChain::InsertAt(int index, IUnknown* filter) {
 }
 
 HRESULT CPdibFilterChain::RemoveAll() {
+  const Locked lock(*this);
   return Guarded(kUnhandled, __LINE__, [&] {
-    const Locked lock(*this);
     RemoveFrom(GoFirst());
     LinkEnds();
     return S_OK;
@@ -321,8 +329,8 @@ HRESULT CPdibFilterChain::RemoveAll() {
 }
 
 HRESULT CPdibFilterChain::RemoveAt(int index) {
+  const Locked lock(*this);
   return Guarded(kUnhandled, __LINE__, [&] {
-    const Locked lock(*this);
     int count = 0;
     if (index < 0 || !FindAt(index, count)) return E_FAIL;
     RemoveCursor();
@@ -331,10 +339,8 @@ HRESULT CPdibFilterChain::RemoveAt(int index) {
 }
 
 HRESULT CPdibFilterChain::RemoveByNameLocked(const char* name) {
-  return Guarded(kOccurred, __LINE__, [&] {
-    const Locked lock(*this);
-    return RemoveByName(name);
-  });
+  const Locked lock(*this);
+  return Guarded(kOccurred, __LINE__, [&] { return RemoveByName(name); });
 }
 
 HRESULT CPdibFilterChain::RemoveByName(const char* name) {
@@ -388,10 +394,8 @@ HRESULT CPdibFilterChain::GetChainText(char* buffer, int size, const char* open,
 
 HRESULT CPdibFilterChain::SetChainTextLocked(const char* text, const char* open, const char* close,
                                              IAnimFilterCreator* creator) {
-  return Guarded(kOccurred, __LINE__, [&] {
-    const Locked lock(*this);
-    return SetChainText(text, open, close, creator);
-  });
+  const Locked lock(*this);
+  return Guarded(kOccurred, __LINE__, [&] { return SetChainText(text, open, close, creator); });
 }
 
 HRESULT CPdibFilterChain::SetChainText(const char* text, const char* open, const char* close,
