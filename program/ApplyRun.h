@@ -1,0 +1,60 @@
+// The work of the apply command on one picture after the other.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "program/OutputNames.h"
+#include "program/Pipeline.h"
+#include "program/ProgressBar.h"
+
+namespace program {
+
+// What is done to every picture.
+struct ApplyRequest {
+  ChainText chain;
+  std::optional<Size> fit;        // reduce the input to this box first
+  std::optional<Size> target;     // the full size that is told, instead of the picture's own
+  std::optional<double> zoom;     // the zoom that is told, instead of that of `fit`
+  std::optional<Rectangle> part;  // of the result
+  int bandRows = 0;               // 0: one pull for all rows
+  int jpegQuality = 92;
+};
+
+struct FileResult {
+  Size size;        // that the filters saw
+  Size resultSize;  // that was written
+  double milliseconds = 0;
+  bool isWritten = false;
+  std::string error;      // the whole line behind "fxbox: "
+  bool wrongUse = false;  // the error is one of use
+};
+
+class ApplyRun {
+ public:
+  ApplyRun(const ApplyRequest& everyPicture, IAnimFilterCreator& filterCreator,
+           ProgressBar& progressBar)
+      : request(everyPicture), creator(filterCreator), bar(progressBar) {}
+
+  // Reads, filters and writes one picture; failures are in the result. An interrupt leaves neither
+  // output nor error.
+  FileResult Do(const PlannedFile& file);
+
+ private:
+  struct Rendered;
+
+  void Try(const PlannedFile& file, FileResult& result);
+  Rendered Render(const PlannedFile& file, FileResult& result);
+  Rectangle PartOf(Size result) const;
+  bool Write(const PlannedFile& file, const Rendered& rendered);
+  // Reports to the bar; the work takes the shares from `first` to `last` of the file's.
+  imageio::Progress Report(double first, double last);
+
+  const ApplyRequest& request;
+  IAnimFilterCreator& creator;
+  ProgressBar& bar;
+  std::size_t done = 0;
+};
+
+}  // namespace program

@@ -1,0 +1,251 @@
+#include "program/ChainCheck.h"
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <optional>
+#include <string_view>
+
+#include "base/CodePage.h"
+#include "core/ChainText.h"
+#include "program/Messages.h"
+
+namespace program {
+namespace {
+
+constexpr std::string_view kWhite = " \t\r\n\v\f";
+constexpr std::string_view kDigits = "0123456789";
+constexpr std::size_t kNone = std::string_view::npos;
+
+// --- numbers
+
+enum class NumberForm { Whole, Fraction, Hexadecimal, AnyText };
+
+const char* NameOf(NumberForm form) {
+  if (form == NumberForm::Whole) return "whole number";
+  return form == NumberForm::Hexadecimal ? "hexadecimal number" : "number";
+}
+
+// Takes characters of the set from the front of the text; how many there were.
+std::size_t Take(std::string_view& text, std::string_view set, std::size_t most = kNone) {
+  const std::size_t length = std::min({text.find_first_not_of(set), text.size(), most});
+  text.remove_prefix(length);
+  return length;
+}
+
+bool TakeFraction(std::string_view& text) {
+  const std::size_t ahead = Take(text, kDigits);
+  const std::size_t behind = Take(text, ".", 1) ? Take(text, kDigits) : 0;
+  if (ahead + behind == 0) return false;
+  if (Take(text, "eE", 1) == 0) return true;
+  Take(text, "+-", 1);
+  return Take(text, kDigits) > 0;
+}
+
+bool TakeHexadecimal(std::string_view& text) {
+  if (text.substr(0, 2) == "0x" || text.substr(0, 2) == "0X") text.remove_prefix(2);
+  return Take(text, "0123456789abcdefABCDEF") > 0;
+}
+
+bool IsNumber(std::string_view text, NumberForm form) {
+  if (form == NumberForm::AnyText) return true;
+  Take(text, kWhite);
+  Take(text, "+-", 1);
+  const bool taken = form == NumberForm::Whole      ? Take(text, kDigits) > 0
+                     : form == NumberForm::Fraction ? TakeFraction(text)
+                                                    : TakeHexadecimal(text);
+  return taken && text.empty();
+}
+
+// --- keys
+
+using KnownKeys = std::map<std::string, NumberForm, std::less<>>;
+
+NumberForm FormOf(const ParameterDescription& row) {
+  const char* const format = row.printed ? std::strchr(row.printed, '%') : nullptr;
+  if (format && std::strpbrk(format, "xX")) return NumberForm::Hexadecimal;
+  return row.kind == ParameterKind::Double ? NumberForm::Fraction : NumberForm::Whole;
+}
+
+// Keys of a text that the library itself prints. A value that is no number leaves the key free.
+void AddKeysOf(std::string_view text, KnownKeys& keys) {
+  for (const ParameterItem& item : SplitParameters(text)) {
+    const bool isFree = !item.value.data() || !IsNumber(item.value, NumberForm::Fraction);
+    keys.emplace(item.key, isFree ? NumberForm::AnyText : NumberForm::Fraction);
+  }
+}
+
+KnownKeys KeysOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
+  KnownKeys keys;
+  for (const ParameterDescription& row : entry.row->describe()) keys.emplace(row.key, FormOf(row));
+  // What any class may find in a stored text.
+  keys.insert({{"ExtraParam", NumberForm::AnyText},
+               {"Version", NumberForm::Whole},
+               {"Vis", NumberForm::Whole},
+               {"ExBlit", NumberForm::Whole},
+               {"ExParam", NumberForm::Whole},
+               {"LightA", NumberForm::Fraction},
+               {"LightB", NumberForm::Fraction}});
+  if (entry.row->defaultText) AddKeysOf(entry.row->defaultText, keys);
+  AddKeysOf(NewFilterText(creator, entry.progId), keys);
+  return keys;
+}
+
+template <class Range, class Name>
+std::vector<std::string> NamesOf(const Range& range, Name name) {
+  std::vector<std::string> names;
+  for (const auto& element : range) names.emplace_back(name(element));
+  return names;
+}
+
+// --- items
+
+// Views of the text that is checked.
+struct Item {
+  std::string_view whole;
+  std::string_view name;
+  std::string_view parameters;
+};
+
+class Checker {
+ public:
+  Checker(const ChainText& checked, const std::vector<FilterEntry>& known,
+          IAnimFilterCreator& filterCreator)
+      : chain(checked), text(checked.text), filters(known), creator(filterCreator) {}
+
+  std::string Run() {
+    if (chain.open.empty() || chain.close.empty()) Fail("a marker is empty");
+    nameIsOpened = CountOpenMarkers() > 1;
+    for (SkipWhite(); at < text.size(); SkipWhite()) {
+      ++number;
+      items.push_back(TakeItem());
+      CheckItem(items.back());
+    }
+    return Joined();
+  }
+
+ private:
+  // Those ahead of the first `close` tell the layouts apart.
+  int CountOpenMarkers() const {
+    const std::size_t end = text.find(chain.close);
+    int count = 0;
+    for (std::size_t found = text.find(chain.open); found < end && found != kNone;
+         found = text.find(chain.open, found + chain.open.size())) {
+      ++count;
+    }
+    return count;
+  }
+
+  void SkipWhite() { at = std::min(text.find_first_not_of(kWhite, at), text.size()); }
+
+  Item TakeItem() {
+    const std::size_t start = at;
+    if (nameIsOpened) {
+      if (text.compare(at, chain.open.size(), chain.open) != 0) FailMissing(chain.open, "ahead of");
+      at += chain.open.size();
+    }
+    Item item;
+    item.name = TakeUpTo(chain.open, chain.close);
+    item.parameters = TakeUpTo(chain.close, {});
+    item.whole = text.substr(start, at - start);
+    return item;
+  }
+
+  // The text ahead of the marker, which is stepped over. `barrier` must not come first.
+  std::string_view TakeUpTo(std::string_view marker, std::string_view barrier) {
+    const std::size_t found = text.find(marker, at);
+    const std::size_t limit = barrier.empty() ? kNone : text.find(barrier, at);
+    if (found == kNone || limit < found) FailMissing(marker, "behind");
+    const std::string_view taken = text.substr(at, found - at);
+    at = found + marker.size();
+    return taken;
+  }
+
+  void CheckItem(const Item& item) {
+    current = base::ToUtf8(item.name);
+    const FilterEntry* const entry = FindFilter(filters, std::string(item.name));
+    if (!entry) {
+      const auto names = NamesOf(filters, [](const FilterEntry& known) { return known.progId; });
+      const std::string hint = Suggestion(item.name, names);
+      current.clear();
+      Fail("unknown filter " + Quoted(item.name) + PlaceOf(item.name) + hint);
+    }
+    // What a filter prints is good, even where it has no keys.
+    const bool isOwnText = item.parameters == NewFilterText(creator, entry->progId);
+    if (IsBuilt(*entry) && !isOwnText) CheckParameters(item.parameters, KeysOf(*entry, creator));
+    current.clear();
+  }
+
+  void CheckParameters(std::string_view parameters, const KnownKeys& keys) const {
+    for (const ParameterItem& item : SplitParameters(parameters)) {
+      if (item.whole.empty()) Fail("a parameter is missing" + PlaceOf(item.whole));
+      if (!item.value.data() || item.key.empty()) {
+        Fail(Quoted(item.whole) + PlaceOf(item.whole) + " is not Key=number");
+      }
+      const auto known = keys.find(item.key);
+      if (known == keys.end()) {
+        const auto names = NamesOf(keys, [](const auto& key) { return key.first; });
+        Fail("unknown key " + Quoted(item.key) + PlaceOf(item.key) + Suggestion(item.key, names));
+      }
+      if (!IsNumber(item.value, known->second)) {
+        Fail(Quoted(item.whole) + PlaceOf(item.whole) + " is not Key=" + NameOf(known->second));
+      }
+    }
+  }
+
+  // The items without the white space between them. Markers that contain each other, or white space
+  // that the library would take into a name, can make it see other items than these.
+  std::string Joined() const {
+    std::string joined;
+    for (const Item& item : items) joined += item.whole;
+    const auto seen = SplitChainText(joined.c_str(), chain.open.c_str(), chain.close.c_str());
+    const bool same = std::equal(seen.begin(), seen.end(), items.begin(), items.end(),
+                                 [](const ChainTextItem& a, const Item& b) {
+                                   return a.name == b.name && a.parameters == b.parameters;
+                                 });
+    if (!same) throw ChainError("the markers of the chain text do not tell its items apart");
+    return joined;
+  }
+
+  // " at character 31", in a text of several lines " at line 2, character 5".
+  std::string PlaceOf(std::string_view part) const {
+    const auto offset = static_cast<std::size_t>(part.data() - text.data());
+    const std::string_view before = text.substr(0, offset);
+    const std::size_t lineStart = before.rfind('\n') + 1;  // 0 when there is none
+    const std::string character = "character " + std::to_string(offset - lineStart + 1);
+    if (text.find('\n') == kNone) return " at " + character;
+    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+    return " at line " + std::to_string(line) + ", " + character;
+  }
+
+  [[noreturn]] void FailMissing(std::string_view marker, const char* where) const {
+    const std::string_view rest = text.substr(at);
+    const std::size_t end = std::min(rest.find_first_of("\r\n"), rest.size());
+    const std::string_view line = rest.substr(0, end);
+    Fail(Quoted(marker) + " is missing " + where + " " + Quoted(line) + PlaceOf(rest));
+  }
+
+  [[noreturn]] void Fail(const std::string& what) const {
+    const std::string item = "chain item " + std::to_string(std::max(number, 1));
+    throw ChainError(item + (current.empty() ? "" : " (" + current + ")") + ": " + what);
+  }
+
+  const ChainText& chain;
+  const std::string_view text;
+  const std::vector<FilterEntry>& filters;
+  IAnimFilterCreator& creator;
+  bool nameIsOpened = false;
+  std::size_t at = 0;
+  std::vector<Item> items;
+  int number = 0;       // of the item at hand, from 1
+  std::string current;  // its filter, once that is known
+};
+
+}  // namespace
+
+std::string CheckChainText(const ChainText& chain, const std::vector<FilterEntry>& filters,
+                           IAnimFilterCreator& creator) {
+  return Checker(chain, filters, creator).Run();
+}
+
+}  // namespace program

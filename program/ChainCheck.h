@@ -1,0 +1,31 @@
+// The strict reading of a chain text: the library skips what it does not know, a person wants to be
+// told.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "program/FilterList.h"
+#include "program/Pipeline.h"
+
+namespace program {
+
+// Names the item and the place: `chain item 2 (ZNFilter.Sepia.1): unknown key "Sepai" at character
+// 31`. Characters and lines count from 1.
+class ChainError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Takes both layouts, "name(parameters)" and "(name(parameters)", with white space between the
+// items and around the parameters' commas. Every filter has to be one of `filters`, and of a built
+// class every parameter a known key with a number of its kind; a number out of a dialog's range is
+// none of the errors. Of other classes any parameters are good. An empty text is an empty chain.
+//
+// Returns the text as the library takes it: without the white space between the items. Throws
+// ChainError.
+std::string CheckChainText(const ChainText& chain, const std::vector<FilterEntry>& filters,
+                           IAnimFilterCreator& creator);
+
+}  // namespace program

@@ -1,0 +1,61 @@
+#include "program/ChainOptions.h"
+
+#include <CLI/CLI.hpp>
+#include <fstream>
+#include <sstream>
+
+#include "program/ChainCheck.h"
+#include "program/Messages.h"
+
+namespace program {
+namespace {
+
+std::string ReadChainFile(const std::string& file) {
+  std::ifstream stream(PathOf(file), std::ios::binary);
+  std::ostringstream text;
+  // Copying nothing would count as a failure.
+  if (stream.peek() != std::ifstream::traits_type::eof()) text << stream.rdbuf();
+  if (!stream.is_open() || stream.bad() || text.fail()) {
+    throw UsageError(file + ": the chain cannot be read");
+  }
+  return text.str();
+}
+
+}  // namespace
+
+void AddChainOptions(CLI::App& command, ChainOptions& options) {
+  command
+      .add_option("-c,--chain", options.chain,
+                  "Chain text: 'ZNFilter.Sepia.1(Sepia=050)ZNFilter.Invert.1(Inversity=100)'")
+      ->type_name("CHAIN");
+  command
+      .add_option("-f,--file", options.file,
+                  "File that holds the chain text; blanks and line ends between items are free")
+      ->type_name("FILE");
+  command.add_option("--open", options.open, "Marker ahead of an item's parameters")
+      ->type_name("MARKER")
+      ->capture_default_str();
+  command.add_option("--close", options.close, "Marker behind an item's parameters")
+      ->type_name("MARKER")
+      ->capture_default_str();
+  command.add_flag("--lenient", options.lenient,
+                   "Take the text as the library takes it: what it does not know, it skips");
+}
+
+ChainText TakeChain(const ChainOptions& options, IAnimFilterCreator& creator) {
+  if (options.chain && options.file)
+    throw UsageError("give the chain with -c or with -f, not both");
+  if (!options.chain && !options.file)
+    throw UsageError("the chain is missing: give it with -c or -f");
+  const std::string outside = options.chain ? *options.chain : ReadChainFile(*options.file);
+  ChainText chain{ChainTextOf(outside), ChainTextOf(options.open), ChainTextOf(options.close)};
+  if (options.lenient) return chain;
+  try {
+    chain.text = CheckChainText(chain, ListFilters(creator), creator);
+  } catch (const ChainError& error) {
+    throw UsageError((options.file ? *options.file + ": " : "") + error.what());
+  }
+  return chain;
+}
+
+}  // namespace program

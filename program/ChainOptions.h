@@ -1,0 +1,29 @@
+// How a chain text comes in from the command line; shared by all commands that take one.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "program/Pipeline.h"
+
+namespace CLI {
+class App;
+}
+
+namespace program {
+
+struct ChainOptions {
+  std::optional<std::string> chain;  // UTF-8
+  std::optional<std::string> file;
+  std::string open = "(";
+  std::string close = ")";
+  bool lenient = false;
+};
+
+void AddChainOptions(CLI::App& command, ChainOptions& options);
+
+// The chain text for the library, checked unless the options are lenient. A UsageError when there
+// is none, when there are two, when the file cannot be read or the check fails.
+ChainText TakeChain(const ChainOptions& options, IAnimFilterCreator& creator);
+
+}  // namespace program

@@ -1,0 +1,168 @@
+#include "program/FilterReference.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+#include "base/CodePage.h"
+
+namespace program {
+namespace {
+
+std::string Utf8(const char* codePageText) {
+  return codePageText ? base::ToUtf8(codePageText) : std::string();
+}
+
+std::string NumberText(double number) {
+  std::array<char, 32> text;
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+  return {text.data(), end};
+}
+
+const char* KindName(const ParameterDescription& row) {
+  if (row.kind == ParameterKind::Flag) return "0 or 1";
+  return row.kind == ParameterKind::Double ? "number" : "whole number";
+}
+
+KeyFacts KeyFactsOf(const ParameterDescription& row, const std::string& newText) {
+  KeyFacts facts{Utf8(row.key), KindName(row), {}, row.least, row.greatest, Utf8(row.gloss)};
+  if (row.kind == ParameterKind::Flag) facts.greatest = 1;
+  for (const ParameterItem& item : SplitParameters(newText)) {
+    if (item.key == row.key && item.value.data()) facts.defaultValue = base::ToUtf8(item.value);
+  }
+  return facts;
+}
+
+std::string NoteOf(const FilterEntry& entry) {
+  if (!entry.row) return "class of another module: its keys are not known here";
+  switch (entry.row->state) {
+    case ClassState::Built:
+      return {};
+    case ClassState::NotBuilt:
+      return "not built yet: keeps its text and passes the picture through";
+    case ClassState::ListedOnly:
+      break;
+  }
+  return "listed only: keeps its text and passes the picture through";
+}
+
+// Three quarters of the range: strong enough to be seen where 0 means nothing.
+std::string ExampleParameter(const KeyFacts& key) {
+  const double value = key.least + (key.greatest - key.least) * 0.75;
+  if (key.kind == "number") return key.key + "=" + NumberText(std::round(value * 100) / 100);
+  std::array<char, 16> text;
+  std::snprintf(text.data(), text.size(), "%.3d", static_cast<int>(value));
+  return key.key + "=" + (key.kind == "0 or 1" ? "1" : text.data());
+}
+
+std::string ExampleOf(const FilterFacts& facts) {
+  std::string parameters = facts.defaultText.value_or(facts.newText);
+  if (!facts.keys.empty()) parameters = ExampleParameter(facts.keys.front());
+  return facts.progId + "(" + parameters + ")";
+}
+
+std::vector<FilterFacts> OwnFacts(IAnimFilterCreator& creator) {
+  std::vector<FilterFacts> all;
+  for (const FilterEntry& entry : ListFilters(creator)) {
+    if (entry.row) all.push_back(FactsOf(entry, creator));
+  }
+  return all;
+}
+
+// A bar would end the cell of a table.
+std::string Cell(const std::string& text) {
+  std::string cell;
+  for (const char c : text) cell += c == '|' ? "\\|" : std::string(1, c);
+  return cell;
+}
+
+std::string KeyTable(const FilterFacts& facts) {
+  std::string text =
+      "| Key | Kind | Default | Range | Meaning |\n"
+      "| --- | --- | --- | --- | --- |\n";
+  for (const KeyFacts& key : facts.keys) {
+    text += "| `" + key.key + "` | " + key.kind + " | " + key.defaultValue.value_or("") + " | " +
+            RangeText(key) + " | " + Cell(key.gloss) + " |\n";
+  }
+  return text + "\n";
+}
+
+std::string Section(const FilterFacts& facts) {
+  std::string text = "## " + facts.progId + "\n\n" + facts.gloss + ". Class `" + facts.className +
+                     "`, order " + std::to_string(facts.order) + ".\n\n";
+  if (!facts.note.empty()) text += "This class is " + facts.note + ".\n\n";
+  if (!facts.keys.empty()) text += KeyTable(facts);
+  if (facts.defaultText) text += "Default: `" + *facts.defaultText + "`\n\n";
+  if (!facts.keys.empty()) text += "Example: `" + facts.example + "`\n\n";
+  return text;
+}
+
+// "CSepiaFilter" gives "Sepia".
+std::string WordOf(std::string className) {
+  constexpr std::string_view kEnding = "Filter";
+  if (className.size() > kEnding.size() && className.ends_with(kEnding)) {
+    className.resize(className.size() - kEnding.size());
+  }
+  const bool hasPrefix =
+      className.size() > 1 && className[0] == 'C' && className[1] >= 'A' && className[1] <= 'Z';
+  return hasPrefix ? className.substr(1) : className;
+}
+
+constexpr char kMadeBy[] =
+    "<!-- Made from the class table by `cmake --build BUILD --target fxbox_docs`; do not edit. "
+    "-->\n\n";
+
+}  // namespace
+
+FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
+  FilterFacts facts;
+  facts.progId = base::ToUtf8(entry.progId);
+  facts.order = entry.order;
+  facts.note = NoteOf(entry);
+  const std::string newText = NewFilterText(creator, entry.progId);
+  facts.newText = base::ToUtf8(newText);
+  if (entry.row) {
+    facts.className = Utf8(entry.row->className);
+    facts.gloss = Utf8(entry.row->gloss);
+    if (entry.row->defaultText) facts.defaultText = Utf8(entry.row->defaultText);
+  }
+  if (IsBuilt(entry)) {
+    for (const auto& row : entry.row->describe()) facts.keys.push_back(KeyFactsOf(row, newText));
+  }
+  facts.example = ExampleOf(facts);
+  return facts;
+}
+
+std::string RangeText(const KeyFacts& key) {
+  return NumberText(key.least) + " to " + NumberText(key.greatest);
+}
+
+std::string FilterReference(IAnimFilterCreator& creator) {
+  std::string text = "# Filters\n\n";
+  text += kMadeBy;
+  text +=
+      "In the order of lists. A chain text names a filter and sets some of its keys: "
+      "`ZNFilter.Sepia.1(Sepia=050)`. A key\nthat is left out keeps its default. Ranges are those "
+      "that the dialogs offer; the library takes any number. A chain that\nsorts its filters "
+      "places "
+      "lower orders first.\n\n";
+  for (const FilterFacts& facts : OwnFacts(creator)) text += Section(facts);
+  text.pop_back();
+  return text;
+}
+
+std::string Glossary(IAnimFilterCreator& creator) {
+  std::string text = "# Glossary\n\n";
+  text += kMadeBy;
+  text +=
+      "The words that classes and files are named by, many of them German, and what they do.\n\n"
+      "| Word | In English | Class | ProgID |\n| --- | --- | --- | --- |\n";
+  for (const FilterFacts& facts : OwnFacts(creator)) {
+    text += "| " + WordOf(facts.className) + " | " + Cell(facts.gloss) + " | `" + facts.className +
+            "` | `" + facts.progId + "` |\n";
+  }
+  return text;
+}
+
+}  // namespace program

@@ -1,0 +1,44 @@
+// What is known of a filter class, gathered for a reader: the describe command, the filter
+// reference and the glossary.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "program/FilterList.h"
+
+namespace program {
+
+// All texts in UTF-8.
+struct KeyFacts {
+  std::string key;
+  std::string kind;                         // "whole number", "number", "0 or 1"
+  std::optional<std::string> defaultValue;  // as a new filter prints it
+  double least = 0;  // the range that dialogs offer; the library takes any number
+  double greatest = 0;
+  std::string gloss;
+};
+
+struct FilterFacts {
+  std::string progId;
+  std::string className;  // empty for a class of another module, as are the next three
+  std::string gloss;
+  std::string note;  // why there are no keys: "not built yet: ..."; empty for a built class
+  std::optional<std::string> defaultText;
+  std::string newText;  // what a new filter prints
+  int order = 0;
+  std::vector<KeyFacts> keys;
+  std::string example;  // a chain text
+};
+
+FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator);
+
+// "0 to 100".
+std::string RangeText(const KeyFacts& key);
+
+// docs/filters.md and docs/glossary.md, of this library's own classes.
+std::string FilterReference(IAnimFilterCreator& creator);
+std::string Glossary(IAnimFilterCreator& creator);
+
+}  // namespace program

@@ -1,0 +1,89 @@
+// fxbox filters: every filter class that the library knows or finds registered.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "program/Commands.h"
+#include "program/FilterReference.h"
+#include "program/Json.h"
+#include "program/Messages.h"
+#include "program/Pipeline.h"
+
+namespace program {
+namespace {
+
+struct FiltersOptions {
+  bool json = false;
+  bool markdown = false;
+  bool glossary = false;
+};
+
+constexpr char kExamples[] = R"(Examples:
+  fxbox filters
+  fxbox filters --json
+  fxbox describe ZNFilter.Sepia.1      tells more about one of them)";
+
+const char* StateName(const FilterEntry& entry) {
+  if (!entry.row) return "other module";
+  switch (entry.row->state) {
+    case ClassState::Built:
+      return "built";
+    case ClassState::NotBuilt:
+      return "not built yet";
+    case ClassState::ListedOnly:
+      break;
+  }
+  return "listed only";
+}
+
+Json JsonOf(const FilterEntry& entry) {
+  Json json{{"progId", base::ToUtf8(entry.progId)}};
+  json["gloss"] = entry.row ? JsonText(entry.row->gloss) : Json(nullptr);
+  json["class"] = entry.row ? JsonText(entry.row->className) : Json(nullptr);
+  json["order"] = entry.order;
+  json["state"] = StateName(entry);
+  json["defaultText"] = entry.row ? JsonText(entry.row->defaultText) : Json(nullptr);
+  return json;
+}
+
+void PrintEntry(const FilterEntry& entry) {
+  std::string name = base::ToUtf8(entry.progId);
+  name.resize(std::max<std::size_t>(name.size() + 2, 32), ' ');
+  std::string gloss = entry.row ? base::ToUtf8(entry.row->gloss) : "class of another module";
+  if (entry.row && !IsBuilt(entry)) gloss += std::string(" (") + StateName(entry) + ")";
+  std::cout << name << gloss << ", order " << entry.order << '\n';
+  if (entry.row && entry.row->defaultText) {
+    std::cout << "    " << base::ToUtf8(entry.row->defaultText) << '\n';
+  }
+}
+
+int ListAll(const FiltersOptions& options) {
+  const auto creator = MakeCreator();
+  if (options.markdown) {
+    std::cout << FilterReference(*creator.Get());
+  } else if (options.glossary) {
+    std::cout << Glossary(*creator.Get());
+  } else if (options.json) {
+    Json list = Json::array();
+    for (const FilterEntry& entry : ListFilters(*creator.Get())) list.push_back(JsonOf(entry));
+    PrintJson(list);
+  } else {
+    for (const FilterEntry& entry : ListFilters(*creator.Get())) PrintEntry(entry);
+  }
+  return kDone;
+}
+
+}  // namespace
+
+void AddFiltersCommand(CLI::App& program, Action& action) {
+  const auto options = std::make_shared<FiltersOptions>();
+  CLI::App* const command = program.add_subcommand("filters", "List all filters");
+  command->add_flag("--json", options->json, "As JSON");
+  // For the project's own documents, and so not in the help.
+  command->add_flag("--markdown", options->markdown)->group("");
+  command->add_flag("--glossary", options->glossary)->group("");
+  command->footer(kExamples);
+  command->callback([options, &action] { action = [options] { return ListAll(*options); }; });
+}
+
+}  // namespace program

@@ -1,0 +1,36 @@
+// Ctrl-C: stops the work at the next row instead of ending the program in the middle of a file.
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+#include "core/AnimInterfaces.h"
+
+namespace program {
+
+// From now on an interrupt is remembered; a second one ends the program.
+void CatchInterrupts();
+bool IsInterrupted();
+
+// While it lives, an interrupt sets the abort flag along the chain. The handler of the interrupt
+// may not call objects, so a thread of its own looks several times a second. The chain's links must
+// not change meanwhile.
+class AbortOnInterrupt {
+ public:
+  explicit AbortOnInterrupt(IAnimFilterDestCallsThis& pulled);
+  ~AbortOnInterrupt();
+  AbortOnInterrupt(const AbortOnInterrupt&) = delete;
+  AbortOnInterrupt& operator=(const AbortOnInterrupt&) = delete;
+
+ private:
+  void Watch();
+
+  IAnimFilterDestCallsThis& tail;
+  std::mutex lock;
+  std::condition_variable wake;
+  bool over = false;
+  std::thread watcher;
+};
+
+}  // namespace program

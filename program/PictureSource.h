@@ -1,0 +1,82 @@
+// The picture at the head of the chain: decodes a file into the rows that a pull brings.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "core/AnimInterfaces.h"
+#include "imageio/ImageFile.h"
+#include "picture/MemoryPicture.h"
+#include "platform/component/ComObject.h"
+#include "platform/component/ComPtr.h"
+#include "program/Arguments.h"
+
+namespace program {
+
+// What the source tells downstream about its picture.
+struct SourcePicture {
+  Size size;
+  Size target;                 // the same picture at full resolution
+  std::optional<double> zoom;  // told only when somebody chose one
+};
+
+// A pull of the whole picture decodes straight into the caller's rows, without a copy here. Any
+// other pull, and a second whole one, decodes once into a kept picture and is served from it. A
+// request is cut to the picture; nothing outside is written.
+//
+// Linking, Prepare and pulls are one thread's; SetAbort may come from any.
+class PictureSource final : public platform::ComObject<PictureSource, IAnimFilterDestCallsThis> {
+ public:
+  // Fills rows of the picture's size; false when `progress` stopped it. May throw.
+  using Decode = std::function<bool(const imageio::Rows& rows, const imageio::Progress& progress)>;
+
+  // `report` hears how far a decode is, and may stop it.
+  PictureSource(const SourcePicture& told, Decode decodeRows, imageio::Progress report = {});
+
+  // Some filters pass rows on even when their source stopped, so who pulls asks here afterwards:
+  // whether any pull was incomplete, and why in words for the user; no words when it was told to
+  // stop.
+  bool HasStopped() const { return stopped; }
+  const std::string& Failure() const { return failure; }
+
+  HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
+                                     int height, BYTE** colourRows, BYTE** maskRows) override;
+  HRESULT STDMETHODCALLTYPE SetAbort(bool newAbort) override;
+  HRESULT STDMETHODCALLTYPE Prepare(bool* changed, int* consumerRevision,
+                                    bool trackRevision) override;
+  HRESULT STDMETHODCALLTYPE GetInfo(int* width, int* height, int* offsetX, int* offsetY,
+                                    int* extentWidth, int* extentHeight) override;
+  HRESULT STDMETHODCALLTYPE AttachDestination(IUnknown* newDestination) override;
+  // The pixel stays the one that the caller brought.
+  HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;
+  HRESULT STDMETHODCALLTYPE SendToSource(std::intptr_t message) override;
+
+ private:
+  struct Request;
+
+  bool TryServe(const Request& request);
+  bool Serve(const Request& request);
+  bool DecodeInto(const Request& request);
+  bool Keep();
+  bool CopyKept(const Request& request) const;
+  bool RunDecode(const imageio::Rows& rows);
+  void TellDestination();
+
+  const SourcePicture picture;
+  const Decode decode;
+  const imageio::Progress progress;
+  std::unique_ptr<MemoryPicture> kept;
+  bool givenWhole = false;  // straight into a caller's rows, which are gone
+  bool stopped = false;
+  std::string failure;
+
+  platform::ComPtr<IAnimFilterSrcCallsThis> destination;
+  bool changed = true;  // until rows went out
+  int revision = 0;
+  std::atomic<bool> abort{false};
+};
+
+}  // namespace program

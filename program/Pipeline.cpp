@@ -1,0 +1,96 @@
+#include "program/Pipeline.h"
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <vector>
+
+#include "component/Fxbox4.h"
+
+namespace program {
+
+platform::ComPtr<IAnimFilterCreator> MakeCreator() {
+  platform::ComPtr<IAnimFilterCreator> creator;
+  const HRESULT status = FxboxCreateCreator(IAnimFilterCreator::kIid, creator.PutVoid());
+  if (FAILED(status) || !creator) throw std::runtime_error("the filter library does not start");
+  return creator;
+}
+
+platform::ComPtr<PictureSource> MakeBlankSource(Size size, Size target,
+                                                std::optional<double> zoom) {
+  const auto nothing = [](const imageio::Rows&, const imageio::Progress&) { return true; };
+  return platform::ComPtr<PictureSource>::Attach(new PictureSource({size, target, zoom}, nothing));
+}
+
+Pipeline::Pipeline(IAnimFilterCreator& filterCreator, platform::ComPtr<PictureSource> pictureSource)
+    : creator(filterCreator),
+      source(std::move(pictureSource)),
+      destination(platform::ComPtr<PictureDestination>::Attach(new PictureDestination)) {
+  creator.CreateChain(IAnimFilterChain::kIid, chain.PutVoid());
+  if (!chain) throw std::runtime_error("the filter library makes no chain");
+  chain->SetSource(source.Get());
+  chain->SetDestination(destination.Get());
+}
+
+// Source and destination hold each other through the chain's links: the circle is opened by hand.
+Pipeline::~Pipeline() {
+  chain.Reset();
+  destination->AttachSource(nullptr);
+  source->AttachDestination(nullptr);
+}
+
+void Pipeline::SetText(const ChainText& chainText) {
+  chain->SetChainTextLocked(chainText.text.c_str(), chainText.open.c_str(), chainText.close.c_str(),
+                            &creator);
+}
+
+std::string Pipeline::Text(const ChainText& markers, bool active) const {
+  constexpr std::size_t kLargest = std::size_t{1} << 24;
+  for (std::vector<char> buffer(4096); buffer.size() <= kLargest;
+       buffer.resize(buffer.size() * 2)) {
+    const HRESULT status = chain->GetChainText(buffer.data(), static_cast<int>(buffer.size()),
+                                               markers.open.c_str(), markers.close.c_str(), active);
+    if (SUCCEEDED(status)) return buffer.data();
+  }
+  throw std::runtime_error("the chain hands out no text");
+}
+
+IAnimFilterDestCallsThis& Pipeline::Tail() const {
+  IAnimFilterDestCallsThis* const tail = destination->Tail();
+  if (!tail) throw std::runtime_error("the chain is not linked");
+  return *tail;
+}
+
+Size Pipeline::Settle() {
+  constexpr int kMostRounds = 100;
+  using Info = std::array<int, 6>;
+  Info before{};
+  for (int round = 0; round < kMostRounds; ++round) {
+    Info now{};
+    Tail().GetInfo(&now[0], &now[1], &now[2], &now[3], &now[4], &now[5]);
+    if (round == 0 || now != before) {
+      before = now;
+      continue;
+    }
+    if (now[0] < 1 || now[1] < 1) throw std::runtime_error("the result has no pixels");
+    return {now[0], now[1]};
+  }
+  throw std::runtime_error("the filters do not agree on the result's size");
+}
+
+bool Pipeline::Pull(const Rectangle& part, int bandRows, MemoryPicture& into,
+                    const imageio::Progress& progress) {
+  const int band = bandRows > 0 ? std::min(bandRows, part.height) : part.height;
+  for (int y = 0; y < part.height;) {
+    const int rows = std::min(band, part.height - y);
+    const HRESULT status = Tail().ReadRows(0, y, part.x, part.y + y, part.width, rows,
+                                           into.ColourRows(), into.MaskRows());
+    if (!source->Failure().empty()) throw std::runtime_error(source->Failure());
+    if (status != S_OK || source->HasStopped()) return false;
+    y += rows;
+    if (progress && !progress(static_cast<double>(y) / part.height)) return false;
+  }
+  return true;
+}
+
+}  // namespace program

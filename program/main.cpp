@@ -1,0 +1,77 @@
+// The fxbox command line: reads the arguments and runs the command that they name.
+#include <objbase.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+
+#include "platform/Services.h"
+#include "program/Commands.h"
+#include "program/Messages.h"
+
+namespace program {
+namespace {
+
+// The component runtime, on this thread, while it lives.
+class ComponentRuntime {
+ public:
+  ComponentRuntime() { CoInitialize(nullptr); }
+  ~ComponentRuntime() { CoUninitialize(); }
+  ComponentRuntime(const ComponentRuntime&) = delete;
+  ComponentRuntime& operator=(const ComponentRuntime&) = delete;
+};
+
+void AddCommands(CLI::App& app, Action& action) {
+  // Before the commands are added, which take it over: "/" begins a path on every system.
+  app.allow_windows_style_options(false);
+  app.set_version_flag("--version", "fxbox " FXBOX_VERSION, "Print the version");
+  app.require_subcommand(1);
+  AddApplyCommand(app, action);
+  AddFiltersCommand(app, action);
+  AddDescribeCommand(app, action);
+  AddTextCommand(app, action);
+  AddSizeCommand(app, action);
+  AddModuleCommands(app, action);
+}
+
+// Prints help or version where they were asked for.
+int TellParsing(const CLI::App& app, const CLI::ParseError& outcome) {
+  if (outcome.get_exit_code() == 0) return app.exit(outcome);
+  PrintError(std::string(outcome.what()) + " (fxbox --help tells more)");
+  return kWrongUse;
+}
+
+int RunAction(const Action& action) {
+  try {
+    const ComponentRuntime runtime;
+    return action();
+  } catch (const UsageError& error) {
+    PrintError(error.what());
+    return kWrongUse;
+  } catch (const std::bad_alloc&) {
+    PrintError("there is not enough memory");
+  } catch (const std::exception& error) {
+    PrintError(error.what());
+  }
+  return kSomeFailed;
+}
+
+int Run(std::vector<std::string> arguments) {
+  CLI::App app("Applies chains of filters to pictures", "fxbox");
+  Action action;
+  AddCommands(app, action);
+  try {
+    std::reverse(arguments.begin(), arguments.end());  // the library takes them last one first
+    app.parse(std::move(arguments));
+  } catch (const CLI::ParseError& outcome) {
+    return TellParsing(app, outcome);
+  }
+  return RunAction(action);
+}
+
+}  // namespace
+}  // namespace program
+
+int main(int argc, char** argv) {
+  return program::Run(platform::CurrentServices().terminal->Arguments(argc, argv));
+}

@@ -1,0 +1,134 @@
+#include "program/ChainCheck.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace program {
+namespace {
+
+using testing::HasSubstr;
+
+class ChainCheck : public testing::Test {
+ protected:
+  std::string Check(const std::string& text, const char* open = "(", const char* close = ")") {
+    return CheckChainText({text, open, close}, filters, *creator.Get());
+  }
+  // The message; empty when the text passed.
+  std::string Message(const std::string& text, const char* open = "(", const char* close = ")") {
+    try {
+      Check(text, open, close);
+      return {};
+    } catch (const ChainError& error) {
+      return error.what();
+    }
+  }
+
+  const platform::ComPtr<IAnimFilterCreator> creator = MakeCreator();
+  const std::vector<FilterEntry> filters = ListFilters(*creator.Get());
+};
+
+TEST_F(ChainCheck, TakesBothLayoutsAndBlanksBetweenItems) {
+  const struct {
+    const char* text;
+    const char* expected;
+  } cases[] = {
+      {"", ""},
+      {" \r\n\t", ""},
+      {"ZNFilter.Sepia.1(Sepia=050)", "ZNFilter.Sepia.1(Sepia=050)"},
+      {"\n ZNFilter.Sepia.1(Sepia=050)\n\nZNFilter.Zero.1()  ",
+       "ZNFilter.Sepia.1(Sepia=050)ZNFilter.Zero.1()"},
+      {"(ZNFilter.Sepia.1(Sepia=050)\n(ZNFilter.Zero.1()",
+       "(ZNFilter.Sepia.1(Sepia=050)(ZNFilter.Zero.1()"},
+      // Within the parameters all stays as it is.
+      {"ZNFilter.RGBColor.1( Red=1 ,\n Green=\t+2)", "ZNFilter.RGBColor.1( Red=1 ,\n Green=\t+2)"}};
+  for (const auto& [text, expected] : cases) EXPECT_EQ(Check(text), expected) << text;
+  EXPECT_EQ(Check("ZNFilter.Sepia.1<<<Sepia=050>> ZNFilter.Zero.1<<<>>", "<<<", ">>"),
+            "ZNFilter.Sepia.1<<<Sepia=050>>ZNFilter.Zero.1<<<>>");
+}
+
+TEST_F(ChainCheck, TakesEveryNumberOfTheRightKind) {
+  for (const char* parameters :
+       {"", " ", "Sepia=0", "Sepia=-5", "Sepia= +99999999999", "Sepia=50,Version=3,Vis=0",
+        "ExtraParam=|ANY THING|,Sepia=1", "ExBlit=1, LightA=1.5, LightB=-.5e-3"}) {
+    EXPECT_EQ(Message("ZNFilter.Sepia.1(" + std::string(parameters) + ")"), "") << parameters;
+  }
+}
+
+TEST_F(ChainCheck, NamesItemAndPlace) {
+  const struct {
+    const char* text;
+    const char* message;
+  } cases[] = {
+      {"ZNFilter.Sepia.1(Sepia=050)ZNFilter.Sepia.1(Sepai=050)",
+       "chain item 2 (ZNFilter.Sepia.1): unknown key \"Sepai\" at character 45, did you mean "
+       "\"Sepia\"?"},
+      {"ZNFilter.Zero.1()\n  ZNFilter.Sepia.1(Sepia=1,\nQqqqqqqq=1)",
+       "chain item 2 (ZNFilter.Sepia.1): unknown key \"Qqqqqqqq\" at line 3, character 1"},
+      {"Sepia(Sepia=050)",
+       "chain item 1: unknown filter \"Sepia\" at character 1, did you mean \"ZNFilter.Sepia.1\"?"},
+      {"ZNFilter.Sepia(Sepia=050)",
+       "chain item 1: unknown filter \"ZNFilter.Sepia\" at character 1, did you mean "
+       "\"ZNFilter.Sepia.1\"?"},
+      {"()", "chain item 1: unknown filter \"\" at character 1"},
+      {"ZNFilter.Sepia.1(Sepia =050)",
+       "chain item 1 (ZNFilter.Sepia.1): unknown key \"Sepia \" at character 18, did you mean "
+       "\"Sepia\"?"},
+      {"ZNFilter.Sepia.1(50)",
+       "chain item 1 (ZNFilter.Sepia.1): \"50\" at character 18 is not Key=number"},
+      {"ZNFilter.Sepia.1(=50)",
+       "chain item 1 (ZNFilter.Sepia.1): \"=50\" at character 18 is not Key=number"},
+      {"ZNFilter.Sepia.1(Sepia=50,)",
+       "chain item 1 (ZNFilter.Sepia.1): a parameter is missing at character 27"},
+      {"ZNFilter.Sepia.1(Sepia=050) and more",
+       "chain item 2: \"(\" is missing behind \"and more\" at character 29"},
+      {"ZNFilter.Sepia.1",
+       "chain item 1: \"(\" is missing behind \"ZNFilter.Sepia.1\" at character 1"},
+      {"ZNFilter.Sepia.1(Sepia=050",
+       "chain item 1: \")\" is missing behind \"Sepia=050\" at character 18"},
+      {"ZNFilter.Sepia.1)Sepia=050(",
+       "chain item 1: \"(\" is missing behind \"ZNFilter.Sepia.1)Sepia=050(\" at character 1"},
+      {"(ZNFilter.Zero.1()ZNFilter.Zero.1()",
+       "chain item 2: \"(\" is missing ahead of \"ZNFilter.Zero.1()\" at character 19"}};
+  for (const auto& [text, message] : cases) EXPECT_EQ(Message(text), message) << text;
+}
+
+TEST_F(ChainCheck, RefusesWhatIsNoNumber) {
+  for (const char* value : {"", " ", "x", "-", "1x", "1 2", "1.5", "0x10", "1e3", "%d", "\n"}) {
+    EXPECT_THAT(Message("ZNFilter.Sepia.1(Sepia=" + std::string(value) + ")"),
+                HasSubstr("is not Key=whole number"))
+        << value;
+  }
+  for (const char* value : {"", ".", "1.5.5", "e3", "1e", "inf", "nan", "1,5"}) {
+    EXPECT_THAT(Message("ZNFilter.AdoptColor.1(LightA=" + std::string(value) + ")"),
+                HasSubstr("is not Key=number"))
+        << value;
+  }
+}
+
+// What the library prints and what dialogs start with has to pass, for every class.
+TEST_F(ChainCheck, TakesTheLibrarysOwnTexts) {
+  ASSERT_GE(filters.size(), 46u);
+  for (const FilterEntry& entry : filters) {
+    EXPECT_EQ(Message(entry.progId + "(" + NewFilterText(*creator.Get(), entry.progId) + ")"), "");
+    if (!entry.row || !entry.row->defaultText) continue;
+    const std::string text = entry.row->defaultText;
+    if (text.find('%') != std::string::npos) continue;  // its dialog fills the text in
+    EXPECT_EQ(Message(entry.progId + "(" + text + ")"), "");
+  }
+}
+
+TEST_F(ChainCheck, LeavesTheKeysOfOtherClassesAlone) {
+  for (const FilterEntry& entry : filters) {
+    if (IsBuilt(entry)) continue;
+    EXPECT_EQ(Message(entry.progId + "(any, thing=at all)"), "");
+  }
+}
+
+TEST_F(ChainCheck, RefusesMarkersThatTellNothingApart) {
+  EXPECT_NE(Message("ZNFilter.Zero.1()", "", ")"), "");
+  EXPECT_NE(Message("ZNFilter.Zero.1||", "|", "|"), "");
+  EXPECT_NE(Message(std::string("ZNFilter.Sepia.1(Sepia=050)\0ZNFilter.Zero.1()", 45)), "");
+}
+
+}  // namespace
+}  // namespace program

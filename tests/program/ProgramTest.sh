@@ -1,0 +1,433 @@
+#!/bin/sh
+# Runs the built program from outside: ProgramTest.sh CASE DOCS PROGRAM...
+#   CASE     one of the functions test_... below
+#   DOCS     the folder of the documents that the program generates
+#   PROGRAM  the program, with what runs it ahead of it where it is one of another system
+# All files are named without a folder, in a fresh one, so that they mean the same on both systems.
+set -u
+case_name=$1
+docs=$2
+shift 2
+prefix="$*"
+
+folder=$(mktemp -d)
+trap 'chmod -R u+w "$folder"; rm -rf "$folder"' EXIT
+cd "$folder" || exit 1
+XDG_CONFIG_HOME="$folder/config"
+export XDG_CONFIG_HOME
+
+fail() {
+  echo "FAILED: $*" >&2
+  for log in stdout stderr; do
+    [ -s $log ] && sed "s/^/  $log: /" $log >&2
+  done
+  exit 1
+}
+
+# run STATUS ARGUMENT...: the program must end with this status; its output goes to the files stdout
+# and stderr, without the carriage returns of the other system.
+run() {
+  expected=$1
+  shift
+  $prefix "$@" >stdout.raw 2>stderr.raw
+  status=$?
+  tr -d '\r' <stdout.raw >stdout
+  tr -d '\r' <stderr.raw >stderr
+  rm stdout.raw stderr.raw
+  [ $status = "$expected" ] || fail "status $status instead of $expected: $*"
+}
+
+# error_is LINE: the only line on standard error.
+error_is() {
+  [ "$(cat stderr)" = "$1" ] || fail "expected the error line: $1"
+}
+
+# error_starts TEXT: the same for the beginning, where the rest is the system's wording.
+error_starts() {
+  [ "$(wc -l <stderr)" -eq 1 ] || fail "expected one error line"
+  case "$(cat stderr)" in "$1"*) ;; *) fail "expected an error line that starts: $1" ;; esac
+}
+
+output_is() {
+  [ "$(cat stdout)" = "$1" ] || fail "expected the output: $1"
+}
+
+# file_is FILE FORMAT: the bytes are those that printf makes of FORMAT.
+file_is() {
+  [ -e "$1" ] || fail "$1 is missing"
+  printf "$2" >expected
+  cmp -s "$1" expected || {
+    od -An -tx1 "$1" | sed 's/^/  have:/' >&2
+    od -An -tx1 expected | sed 's/^/  want:/' >&2
+    fail "$1 has other bytes"
+  }
+}
+
+is_missing() {
+  for file in "$@"; do
+    [ ! -e "$file" ] || fail "$file should not be there"
+  done
+}
+
+no_leftovers() {
+  left=$(find . -name '.fxbox-*')
+  [ -z "$left" ] || fail "left over: $left"
+}
+
+# Three by two pixels: black, white, red above green, blue, (100, 150, 200).
+picture() {
+  printf 'P6\n3 2\n255\n\000\000\000\377\377\377\377\000\000\000\377\000\000\000\377\144\226\310' >"$1"
+}
+
+# --- apply: bytes
+
+# L = (151 G + 77 R + 28 B) >> 8; red L + 49, green L - 13, blue L - 55, limited.
+test_sepia() {
+  picture in.ppm
+  run 0 apply -c 'ZNFilter.Sepia.1(Sepia=100)' -o out.ppm in.ppm
+  output_is 'out.ppm  3x2'
+  # L: 0, 255, 76; 150, 27, 140
+  file_is out.ppm 'P6\n3 2\n255\n\061\000\000\377\362\310\175\077\025\307\211\137\114\016\000\275\177\125'
+}
+
+test_invert() {
+  picture in.ppm
+  run 0 apply --quiet -c 'ZNFilter.Invert.1(Inversity=100)' -o out.ppm in.ppm
+  output_is ''
+  file_is out.ppm 'P6\n3 2\n255\n\377\377\377\000\000\000\000\377\377\377\000\377\377\377\000\233\151\067'
+}
+
+# Two filters in the order of the text; blanks and line ends in a file; layout B; other markers.
+test_chain_forms() {
+  picture in.ppm
+  run 0 apply -c 'ZNFilter.Invert.1(Inversity=100)ZNFilter.RGBColor.1(Red=010)' -o want.ppm in.ppm
+  # 10 * 255 / 100 = 25 more red behind the negative
+  file_is want.ppm 'P6\n3 2\n255\n\377\377\377\031\000\000\031\377\377\377\000\377\377\377\000\264\151\067'
+  printf '\357\273\277 ZNFilter.Invert.1(Inversity=100)\r\n\n\tZNFilter.RGBColor.1( Red=010 ,\n Green=000)\n' >chain
+  run 0 apply -f chain -o file.ppm in.ppm
+  run 0 apply -c '(ZNFilter.Invert.1(Inversity=100) (ZNFilter.RGBColor.1(Red=010)' -o b.ppm in.ppm
+  run 0 apply --open '<<' --close '>' -c 'ZNFilter.Invert.1<<Inversity=100> ZNFilter.RGBColor.1<<Red=10>' -o markers.ppm in.ppm
+  run 0 apply --lenient -c 'ZNFilter.Invert.1(Inversity=100)ZNFilter.Nobody.1(X=1)ZNFilter.RGBColor.1(Red=010,No=1)' -o lenient.ppm in.ppm
+  for form in file b markers lenient; do
+    cmp -s want.ppm $form.ppm || fail "$form gives another picture"
+  done
+  run 0 apply -c '' -o same.ppm in.ppm
+  cmp -s in.ppm same.ppm || fail 'an empty chain changes the picture'
+}
+
+# Alpha is 255 - mask. Half transparent keeps 127: mask 0 becomes 255 - 255 * 127 / 255 = 128, alpha 127.
+test_alpha() {
+  head='P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n'
+  printf "$head"'\001\002\003\377\011\012\013\000' >in.pam
+  run 0 apply -c 'ZNFilter.Transparency.1(Transparency=050)' -o out.pam in.pam
+  file_is out.pam "$head"'\001\002\003\177\011\012\013\000'
+  run 0 apply -c '' -o step.png in.pam
+  run 0 apply -c '' -o back.pam step.png
+  cmp -s in.pam back.pam || fail 'PNG does not keep colour and alpha'
+}
+
+test_bands_and_rectangle() {
+  picture in.ppm
+  chain='ZNFilter.AdoptColor.1(ColorRed=200,Intensity=80)ZNFilter.Sepia.1(Sepia=030)'
+  run 0 apply -c "$chain" -o whole.ppm in.ppm
+  for rows in 1 2 99; do
+    run 0 apply -c "$chain" --bands $rows -o bands.ppm in.ppm
+    cmp -s whole.ppm bands.ppm || fail "bands of $rows rows give another picture"
+  done
+  # The lower left pixel is the green one; the corner counts from there, upwards.
+  run 0 apply -c '' --rect 1,0,1,2 -o middle.ppm in.ppm
+  file_is middle.ppm 'P6\n1 2\n255\n\377\377\377\000\000\377'
+  run 0 apply -c '' --rect=-5,1,7,9 -o cut.ppm in.ppm
+  output_is 'cut.ppm  2x1'
+  file_is cut.ppm 'P6\n2 1\n255\n\000\000\000\377\377\377'
+  run 2 apply -c '' --rect 3,0,1,1 -o none.ppm in.ppm
+  error_is 'fxbox: in.ppm: --rect lies outside the result, which is 3x2'
+  run 2 apply -c '' --rect 0,0,0,1 -o none.ppm in.ppm
+  error_is 'fxbox: --rect: the rectangle "0,0,0,1" is empty'
+  is_missing none.ppm
+}
+
+test_fit_and_size() {
+  # Four by two, the left half black, the right half white.
+  printf 'P6\n4 2\n255\n\000\000\000\000\000\000\377\377\377\377\377\377\000\000\000\000\000\000\377\377\377\377\377\377' >in.ppm
+  run 0 apply -c '' --fit 2 -o fit.ppm in.ppm
+  file_is fit.ppm 'P6\n2 1\n255\n\000\000\000\377\377\377'
+  run 0 apply -c '' --fit 9x1 -o fit.ppm in.ppm
+  output_is 'fit.ppm  2x1'
+  run 0 apply -c '' --fit 100 --zoom 0.5 --target 800x400 -o large.ppm in.ppm
+  cmp -s in.ppm large.ppm || fail 'a picture that fits is changed'
+  run 0 size -c 'ZNFilter.Sepia.1(Sepia=050)' 6000x4000
+  output_is 6000x4000
+  run 2 size -c '' 6000
+  error_is 'fxbox: SIZE: "6000" is no size such as 640x480'
+}
+
+# --- apply: files
+
+test_several_inputs() {
+  picture a.ppm
+  picture b.JPG # a name that says another format than the bytes: the result follows the name
+  picture c.xyz
+  printf 'P6\n3 2\n255\n\000' >broken.ppm
+  printf 'hello' >text.png
+  run 1 apply -c '' -o out/deep a.ppm broken.ppm b.JPG missing.ppm text.png c.xyz
+  printf '%s\n' 'out/deep/a.ppm  3x2' 'out/deep/b.JPG  3x2' 'out/deep/c.png  3x2' >expected
+  sed 's|\\|/|g' stdout | cmp -s - expected || fail 'expected the three results'
+  printf '%s\n' 'fxbox: broken.ppm: the file ends in the middle of the picture' \
+    'fxbox: missing.ppm: the file cannot be opened' \
+    'fxbox: text.png: not a picture file of a known kind' >expected
+  cmp -s stderr expected || fail 'expected three errors'
+  [ "$(ls out/deep | tr '\n' ' ')" = 'a.ppm b.JPG c.png ' ] || fail 'other files in the folder'
+  [ "$(od -An -tx1 -N2 out/deep/b.JPG | tr -d ' ')" = ffd8 ] || fail 'b.JPG is no JPEG'
+  cmp -s a.ppm out/deep/a.ppm || fail 'a.ppm was changed'
+  no_leftovers
+}
+
+test_output_names() {
+  picture in.ppm
+  picture c.xyz
+  mkdir folder
+  run 0 apply -c '' in.ppm c.xyz
+  cmp -s in.ppm in-fxbox.ppm || fail 'no result beside the input'
+  [ -s c-fxbox.png ] || fail 'no PNG beside the input of an unknown kind'
+  run 0 apply -c '' -o folder in.ppm
+  cmp -s in.ppm folder/in.ppm || fail 'no result in the folder'
+  run 0 apply -c '' -o new/ in.ppm
+  cmp -s in.ppm new/in.ppm || fail 'no result in the new folder'
+}
+
+test_replaces_input() {
+  picture in.ppm
+  run 0 apply -c 'ZNFilter.Invert.1(Inversity=100)' -o in.ppm in.ppm
+  file_is in.ppm 'P6\n3 2\n255\n\377\377\377\000\000\000\000\377\377\377\000\377\377\377\000\233\151\067'
+  no_leftovers
+}
+
+test_refused_outputs() {
+  picture in.ppm
+  mkdir other
+  picture other/in.ppm
+  run 2 apply -c '' -o out in.ppm other/in.ppm
+  sed -i 's|\\|/|g' stderr
+  error_is 'fxbox: other/in.ppm: would overwrite the result of in.ppm in out/in.ppm'
+  is_missing out
+  run 2 apply -c '' -o out.gif in.ppm
+  error_starts 'fxbox: out.gif: the name says no kind of picture that can be written'
+  picture file
+  run 2 apply -c '' -o file in.ppm other/in.ppm
+  error_is 'fxbox: file: is no folder, and there are several inputs'
+  run 1 apply -c '' -o file/out.ppm in.ppm
+  error_starts 'fxbox: file: the folder cannot be made: '
+  no_leftovers
+}
+
+# The superuser may write anywhere, so this says nothing for him.
+test_unwritable_folder() {
+  [ "$(id -u)" != 0 ] || exit 77
+  picture in.ppm
+  mkdir locked
+  chmod a-w locked
+  run 1 apply -c '' -o locked/out.ppm in.ppm
+  error_starts 'fxbox: locked/out.ppm: '
+  is_missing locked/out.ppm
+}
+
+# The disk that is always full.
+test_full_disk() {
+  [ -c /dev/full ] || exit 77
+  picture in.ppm
+  ln -s /dev/full out.ppm
+  run 1 apply -c '' -o out.ppm in.ppm
+  error_starts 'fxbox: out.ppm: '
+}
+
+# --- wrong use
+
+# refuse LINE ARGUMENT...: status 2, this line, and no output.
+refuse() {
+  line=$1
+  shift
+  run 2 "$@"
+  error_is "fxbox: $line"
+  output_is ''
+}
+
+test_wrong_chains() {
+  picture in.ppm
+  for command in text 'apply -o out.ppm in.ppm' 'size 4x4'; do
+    refuse 'chain item 2 (ZNFilter.Sepia.1): unknown key "Sepai" at character 45, did you mean "Sepia"?' \
+      $command -c 'ZNFilter.Sepia.1(Sepia=50) ZNFilter.Sepia.1(Sepai=10)'
+  done
+  refuse 'chain item 1: unknown filter "ZNFilter.Sepai.1" at character 1, did you mean "ZNFilter.Sepia.1"?' \
+    text -c 'ZNFilter.Sepai.1(Sepia=50)'
+  refuse 'chain item 1: ")" is missing behind "Sepia=50" at character 18' \
+    text -c 'ZNFilter.Sepia.1(Sepia=50'
+  printf 'ZNFilter.Sepia.1(Sepia=050)\nZNFilter.Invert.1(Inversity=much)\n' >chain
+  refuse 'chain: chain item 2 (ZNFilter.Invert.1): "Inversity=much" at line 2, character 19 is not Key=whole number' \
+    apply -f chain -o out.ppm in.ppm
+  is_missing out.ppm
+}
+
+test_wrong_use() {
+  picture in.ppm
+  refuse 'the chain is missing: give it with -c or -f' apply -o out.ppm in.ppm
+  printf '' >chain
+  refuse 'give the chain with -c or with -f, not both' apply -c '' -f chain -o out.ppm in.ppm
+  refuse 'nowhere: the chain cannot be read' apply -f nowhere -o out.ppm in.ppm
+  mkdir folder
+  refuse 'folder: the chain cannot be read' apply -f folder -o out.ppm in.ppm
+  refuse '--fit: "big" is no size such as 640x480' apply -c '' --fit big -o out.ppm in.ppm
+  refuse '--fit: "0" is no size such as 640x480' apply -c '' --fit 0 -o out.ppm in.ppm
+  refuse '--rect: "1,2,3" is no rectangle such as 0,0,640,480' apply -c '' --rect 1,2,3 -o out.ppm in.ppm
+  refuse 'unknown filter "Nobody"' describe Nobody
+  for arguments in '' nonsense 'apply -c x' 'apply --bands 0 in.ppm' 'apply --quality 101 in.ppm' 'apply --zoom -1 in.ppm'; do
+    run 2 $arguments
+    error_starts 'fxbox: '
+  done
+  is_missing out.ppm
+}
+
+# --- the other commands
+
+test_help() {
+  run 0 --help
+  for command in apply filters describe text size register unregister; do
+    grep -q "^  $command " stdout || fail "the help does not name $command"
+    $prefix $command --help >help || fail "$command --help fails"
+    grep -q 'Example' help || fail "$command --help has no example"
+  done
+  run 0 --version
+  grep -q '^fxbox [0-9]*\.[0-9]*\.[0-9]*$' stdout || fail 'no version'
+}
+
+test_filters() {
+  run 0 filters
+  [ "$(grep -c '^ZNFilter\.' stdout)" -eq 46 ] || fail 'not 46 filters'
+  run 0 filters --json
+  grep -q '"progId": "ZNFilter.Sepia.1"' stdout || fail 'no sepia filter'
+  run 0 describe ZNFilter.RGBColor.1
+  grep -q '^  Green  whole number  -100 to 100   default 000' stdout || fail 'no key Green'
+  run 0 describe ZNFilter.Sepia.1 --json
+  grep -q '"example": "ZNFilter.Sepia.1(Sepia=075)"' stdout || fail 'no example'
+}
+
+test_text() {
+  run 0 text -c 'ZNFilter.RGBColor.1(Red=5, Blue=-7) ZNFilter.Sepia.1(Sepia=50)'
+  output_is 'ZNFilter.RGBColor.1(Red=005, Green=000, Blue=-007)ZNFilter.Sepia.1(Sepia=050)'
+  chain=$(cat stdout)
+  run 0 text --active -c "$chain"
+  output_is "$chain"
+}
+
+test_json_report() {
+  picture in.ppm
+  run 1 apply --json -c '' -o out in.ppm missing.ppm
+  sed 's/"milliseconds": [0-9.e+-]*/"milliseconds": 0/; s|\\\\|/|g' stdout >report
+  cat >expected <<'REPORT'
+{
+  "files": [
+    {
+      "input": "in.ppm",
+      "output": "out/in.ppm",
+      "inputSize": {
+        "width": 3,
+        "height": 2
+      },
+      "outputSize": {
+        "width": 3,
+        "height": 2
+      },
+      "milliseconds": 0,
+      "error": null
+    },
+    {
+      "input": "missing.ppm",
+      "output": null,
+      "inputSize": null,
+      "outputSize": null,
+      "milliseconds": 0,
+      "error": "missing.ppm: the file cannot be opened"
+    }
+  ],
+  "interrupted": false
+}
+REPORT
+  diff expected report >&2 || fail 'another report'
+}
+
+test_register() {
+  run 1 register missing.so
+  error_is 'fxbox: missing.so: there is no such file'
+  printf 'no module' >broken.so
+  run 1 register broken.so
+  error_starts 'fxbox: broken.so: '
+  # The library itself is such a module. Its classes are not listed twice then.
+  run 0 register "${FXBOX_LIBRARY:?}"
+  registered=$(find config -name '.value' 2>/dev/null | wc -l)
+  case "$prefix" in *.exe) registered=47 ;; esac # there the registry is none of files
+  [ "$registered" -gt 46 ] || fail 'nothing is registered'
+  run 0 filters
+  [ "$(grep -c '^ZNFilter\.' stdout)" -eq 46 ] || fail 'not 46 filters'
+  run 0 unregister "$FXBOX_LIBRARY"
+  [ -z "$(grep -rl ZNFilter config 2>/dev/null)" ] || fail 'something stays registered'
+}
+
+# Names beyond the code page go through unharmed.
+test_file_names() {
+  name='Gr\303\274n \316\261\316\262'
+  name=$(printf "$name")
+  picture "$name.ppm"
+  run 0 apply -c '' -o "$name 2.ppm" "$name.ppm"
+  output_is "$name 2.ppm  3x2"
+  cmp -s "$name.ppm" "$name 2.ppm" || fail 'the result is missing'
+  run 1 apply -c '' -o x.ppm "$name.not"
+  error_is "fxbox: $name.not: the file cannot be opened"
+}
+
+# Noise takes the longest to compress. The signal comes while the output is being written.
+test_interrupt() {
+  mkdir out
+  { printf 'P6\n4000 4000\n255\n'; head -c 48000000 /dev/urandom; } >in.ppm
+  # A shell without job control starts its background programs with the signal ignored.
+  for signal in INT TERM; do
+    env --default-signal=INT $prefix apply -c 'ZNFilter.Sepia.1(Sepia=050)' -o out/out.png in.ppm >stdout 2>stderr &
+    program=$!
+    tries=0
+    until [ -n "$(find out -name '.fxbox-*' -size +1k)" ]; do
+      tries=$((tries + 1))
+      [ $tries -lt 600 ] || fail 'the program does not come to writing'
+      sleep 0.05
+    done
+    kill -$signal $program
+    wait $program
+    status=$?
+    [ $status = 130 ] || fail "status $status instead of 130"
+    [ -z "$(ls -A out)" ] || fail "left over: $(ls -A out)"
+    [ ! -s stderr ] || fail 'an interrupt is no error'
+  done
+}
+
+# The peak of a run with point filters on 24 megapixels, in KiB, against the picture
+# (3 + 1 bytes a pixel) and 32 MiB.
+test_memory() {
+  measure=${FXBOX_MEASURE:?}
+  { printf 'P6\n6000 4000\n255\n'; head -c 72000000 /dev/zero; } >in.ppm
+  chain='ZNFilter.RGBColor.1(Red=010)ZNFilter.Sepia.1(Sepia=050)ZNFilter.Invert.1(Inversity=010)'
+  for kind in jpg png; do run 0 apply --quiet -c '' -o in.$kind in.ppm; done
+  limit=$((6000 * 4000 * 4 / 1024 + 32 * 1024))
+  for kind in ppm jpg png; do
+    peak=$($measure $prefix apply --quiet -c "$chain" -o out.$kind in.$kind) || fail "$kind: no result"
+    echo "in.$kind to out.$kind: $peak KiB of at most $limit"
+    [ "$peak" -le $limit ] || fail "$kind: $peak KiB are more than $limit"
+  done
+}
+
+test_documents() {
+  for document in filters:--markdown glossary:--glossary; do
+    run 0 filters ${document#*:}
+    cmp -s stdout "$docs/${document%:*}.md" ||
+      fail "docs/${document%:*}.md is out of date: build the target fxbox_docs"
+  done
+}
+
+"test_$case_name"
