@@ -64,7 +64,7 @@ FileResult ApplyRun::Do(const PlannedFile& file) {
 void ApplyRun::Try(const PlannedFile& file, FileResult& result) {
   const Rendered rendered = Render(file, result);
   if (!rendered.picture) return;
-  MakeFolderOf(file.output);
+  if (file.intoFolder) MakeFolderOf(file.output);
   result.isWritten = Write(file, rendered);
 }
 

@@ -67,6 +67,7 @@ std::vector<PlannedFile> PlanOutputs(const std::vector<std::string>& inputs,
   for (const std::string& name : inputs) {
     PlannedFile file;
     file.input = PathOf(name);
+    file.intoFolder = intoFolder;
     file.output = !out         ? NameBeside(file.input)
                   : intoFolder ? NameInFolder(target, file.input)
                                : target;

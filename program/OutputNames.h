@@ -14,6 +14,7 @@ struct PlannedFile {
   std::filesystem::path input;
   std::filesystem::path output;
   imageio::Format format = imageio::Format::Unknown;  // of the output, by its name
+  bool intoFolder = false;  // lies in the folder that `out` names, which is made as needed
 };
 
 // One input: `out` is the file, or a folder that exists or whose name ends with a separator.

@@ -52,7 +52,7 @@ TEST(MemoryPicture, BlankPictureToTheByte) {
   expected.insert(expected.end(), 8, 255);
   Bytes actual(picture.Block(), picture.Block() + expected.size());
   // What stands at 8 has no meaning.
-  std::memset(actual.data() + 8, 0, 4);
+  for (std::size_t i = 8; i < 12; ++i) actual.at(i) = 0;
   EXPECT_EQ(actual, expected);
 
   EXPECT_EQ(picture.Width(), 3);

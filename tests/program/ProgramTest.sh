@@ -217,7 +217,12 @@ test_refused_outputs() {
   run 2 apply -c '' -o file in.ppm other/in.ppm
   error_is 'fxbox: file: is no folder, and there are several inputs'
   run 1 apply -c '' -o file/out.ppm in.ppm
-  error_starts 'fxbox: file: the folder cannot be made: '
+  error_starts 'fxbox: file/out.ppm: '
+  run 1 apply -c '' -o missing/out.ppm in.ppm
+  error_starts 'fxbox: missing/out.ppm: '
+  is_missing missing
+  run 1 apply -c '' -o file/deep/ in.ppm
+  error_starts 'fxbox: file/deep: the folder cannot be made: '
   no_leftovers
 }
 
