@@ -2,9 +2,10 @@
 
 #include <cstdio>
 #include <cstring>
+#include <new>
 
 #include "core/ParameterReaders.h"
-#include "filters/tools/ColourConversion.h"
+#include "filters/tools/PointKernels.h"
 
 namespace {
 
@@ -67,16 +68,20 @@ HRESULT CAdoptColorFilter::GetActiveParameter(char* buffer, int size) {
 }
 
 bool CAdoptColorFilter::Rebuild() {
-  return EnsurePictures(0, 0, output.width, output.height) && PullInput(*outputPicture) &&
-         (exBlit != 0 || Measure());
+  if (!EnsurePictures(0, 0, result.width, result.height) || !PullInput(*outputPicture)) {
+    return false;
+  }
+  if (exBlit == 0 && !Measure()) return false;
+  FillTable();
+  return true;
 }
 
 bool CAdoptColorFilter::Measure() {
   kernels::LightnessStatistics statistics;
-  for (int y = 0; y < output.height; ++y) {
+  for (int y = 0; y < result.height; ++y) {
     if (abort) return false;
     kernels::AddLightness(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y],
-                          output.width, statistics);
+                          result.width, statistics);
   }
   const kernels::LightnessMap map = kernels::FitLightness(statistics, targetLightness);
   lightA = map.factor;
@@ -84,12 +89,29 @@ bool CAdoptColorFilter::Measure() {
   return true;
 }
 
+kernels::AdoptedColour CAdoptColorFilter::Adopted() const {
+  return {targetHue, targetSaturation, {lightA, lightB}, active.intensity};
+}
+
+void CAdoptColorFilter::FillTable() {
+  tabled.reset();
+  if (std::int64_t{result.width} * result.height < kernels::DrawnTable::kWorthFrom) return;
+  if (!table) table.reset(new (std::nothrow) kernels::DrawnTable);
+  if (!table) return;
+  tabled = Adopted();
+  table->Fill(*tabled);
+}
+
 void CAdoptColorFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                                 int width) {
   if (toMask) std::memcpy(toMask, mask, static_cast<std::size_t>(width));
   if (!toColour) return;
-  kernels::AdoptColour(toColour, colour, width,
-                       {targetHue, targetSaturation, {lightA, lightB}, active.intensity});
+  const kernels::AdoptedColour adopted = Adopted();
+  if (tabled && tabled->IsSame(adopted)) {
+    table->AdoptColour(toColour, colour, width);
+  } else {
+    kernels::AdoptColour(toColour, colour, width, adopted);
+  }
 }
 
 // A single pixel knows no lightness of the picture: it is mixed with the colour.

@@ -2,10 +2,12 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
+#include <optional>
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/tools/PointKernels.h"
+#include "filters/tools/LightnessKernels.h"
 
 struct AdoptColorParameters {
   std::int32_t intensity = 100;  // percent
@@ -31,6 +33,8 @@ class CAdoptColorFilter final : public ParameterFilter<WholePictureFilter, Adopt
   void ReadText(const char* text) override;
   bool Rebuild() override;
   bool Measure();
+  kernels::AdoptedColour Adopted() const;
+  void FillTable();
   void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                int width) override;
 
@@ -41,4 +45,8 @@ class CAdoptColorFilter final : public ParameterFilter<WholePictureFilter, Adopt
   std::atomic<double> lightB{0.0};
   std::atomic<std::int32_t> exBlit{0};
   std::atomic<std::int32_t> exParam{0};
+
+  // Filled by Rebuild alone: a map that arrives later does without it, as does who has no memory.
+  std::unique_ptr<kernels::DrawnTable> table;
+  std::optional<kernels::AdoptedColour> tabled;  // what the table is filled for
 };

@@ -1,5 +1,7 @@
 #include "filters/colour/DuoColorFilter.h"
 
+#include <new>
+
 std::span<const ParameterRow<DuoColorParameters>> DuoColorParameters::Rows() {
   using P = DuoColorParameters;
   static constexpr ParameterRow<P> kRows[] = {
@@ -24,8 +26,13 @@ std::span<const ParameterRow<DuoColorParameters>> DuoColorParameters::Rows() {
 
 void CDuoColorFilter::Commit() {
   ParameterFilter::Commit();
-  colours = kernels::MakeDuoColours({active.blue, active.green, active.red},
-                                    {active.blue2, active.green2, active.red2}, active.intensity);
+  const kernels::DuoColours committed =
+      kernels::MakeDuoColours({active.blue, active.green, active.red},
+                              {active.blue2, active.green2, active.red2}, active.intensity);
+  if (table && committed == colours) return;
+  colours = committed;
+  if (!table) table.reset(new (std::nothrow) kernels::DrawnTable);
+  if (table) table->Fill(colours);
 }
 
 void CDuoColorFilter::ReadText(const char* text) {
@@ -43,5 +50,9 @@ void CDuoColorFilter::PrintText(const DuoColorParameters& parameters, char* buff
 }
 
 void CDuoColorFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::DuoColour(colour, width, colours);
+  if (table) {
+    table->DuoColour(colour, width);
+  } else {
+    kernels::DuoColour(colour, width, colours);
+  }
 }

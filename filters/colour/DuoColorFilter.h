@@ -1,10 +1,11 @@
 // Two-tone: the picture drawn in one colour for the shadows and one for the highlights.
 #pragma once
 
+#include <memory>
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/tools/PointKernels.h"
+#include "filters/tools/LightnessKernels.h"
 
 struct DuoColorParameters {
   std::int32_t intensity = 100;  // percent
@@ -28,5 +29,6 @@ class CDuoColorFilter final : public ParameterFilter<RowFilter, DuoColorParamete
   void PrintText(const DuoColorParameters& parameters, char* buffer, int size) override;
   void ChangeRow(BYTE* colour, BYTE* mask, int width) override;
 
-  kernels::DuoColours colours = {};
+  kernels::DuoColours colours;
+  std::unique_ptr<kernels::DrawnTable> table;  // filled for `colours`; null without memory
 };

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "filters/colour/MaskColourParameters.h"
-#include "filters/tools/PointKernels.h"
+#include "filters/tools/PointKernelTable.h"
 
 std::span<const ParameterRow<ImgBgParameters>> ImgBgParameters::Rows() {
   return kMaskColourRows<ImgBgParameters>;
@@ -20,12 +20,13 @@ void CImgBgFilter::Commit() {
 // A source that stopped is not told apart: what it gave is composed, and the abort flag ends the
 // rows.
 bool CImgBgFilter::Rebuild() {
-  if (!EnsurePictures(output.width, output.height, 0, 0)) return false;
+  if (!EnsurePictures(result.width, result.height, 0, 0)) return false;
   PullInput(*inputPicture);
-  for (int y = 0; y < output.height; ++y) {
+  for (int y = 0; y < result.height; ++y) {
     if (abort) return false;
-    kernels::PutBackground(inputPicture->ColourRows()[y], inputPicture->MaskRows()[y], output.width,
-                           {active.blue, active.green, active.red}, active.transparency);
+    kernels::ActivePointKernels().putBackground(
+        inputPicture->ColourRows()[y], inputPicture->MaskRows()[y], result.width,
+        {active.blue, active.green, active.red}, active.transparency);
   }
   return true;
 }

@@ -16,5 +16,6 @@ void CInvertFilter::Commit() {
 }
 
 void CInvertFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActivePointKernels().mapBytes(colour, base::ColourBytes(width), table.data());
+  kernels::ActivePointKernels().invert(colour, base::ColourBytes(width), active.amount,
+                                       table.data());
 }

@@ -1,7 +1,7 @@
 #include "filters/colour/InvertMaskFilter.h"
 
 #include "filters/colour/MaskColourParameters.h"
-#include "filters/tools/PointKernels.h"
+#include "filters/tools/PointKernelTable.h"
 
 std::span<const ParameterRow<InvertMaskParameters>> InvertMaskParameters::Rows() {
   return kMaskColourRows<InvertMaskParameters>;
@@ -9,18 +9,18 @@ std::span<const ParameterRow<InvertMaskParameters>> InvertMaskParameters::Rows()
 
 // No abort test between the rows: the picture in the cache is whole or not begun.
 bool CInvertMaskFilter::Rebuild() {
-  if (!EnsurePictures(0, 0, output.width, output.height) || !PullInput(*outputPicture)) {
+  if (!EnsurePictures(0, 0, result.width, result.height) || !PullInput(*outputPicture)) {
     return false;
   }
-  for (int y = 0; y < output.height; ++y) {
-    ChangeRow(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y], output.width);
+  for (int y = 0; y < result.height; ++y) {
+    ChangeRow(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y], result.width);
   }
   return true;
 }
 
 void CInvertMaskFilter::ChangeRow(BYTE* colour, BYTE* mask, int width) const {
-  kernels::InvertMask(colour, mask, width, {active.blue, active.green, active.red},
-                      active.transparency);
+  kernels::ActivePointKernels().invertMask(
+      colour, mask, width, {active.blue, active.green, active.red}, active.transparency);
 }
 
 HRESULT CInvertMaskFilter::ReadPixel(BYTE* pixel) {

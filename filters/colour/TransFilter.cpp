@@ -16,5 +16,6 @@ void CTransFilter::Commit() {
 }
 
 void CTransFilter::ChangeRow(BYTE*, BYTE* mask, int width) {
-  kernels::ActivePointKernels().mapBytes(mask, static_cast<std::size_t>(width), table.data());
+  kernels::ActivePointKernels().fade(mask, static_cast<std::size_t>(width), active.keep,
+                                     table.data());
 }

@@ -1,9 +1,21 @@
 #include "filters/tools/PointKernelTable.h"
 
+#include "filters/tools/PointKernelLoops.h"
+
 namespace kernels {
+namespace {
+
+void InvertPlain(std::uint8_t* bytes, std::size_t count, int percent, const std::uint8_t* table) {
+  if (percent < 0 || percent > 100) return MapBytes(bytes, count, table);
+  InvertLoop(bytes, count, percent);
+}
+
+}  // namespace
 
 const PointKernelTable& PointKernelsFor(SimdLevel level) {
-  static constexpr PointKernelTable kPlain = {Sepia, MapBytes, BlackWhite, ShiftColours};
+  static constexpr PointKernelTable kPlain = {Sepia,          MapBytes,         BlackWhite,
+                                              ShiftColours,   InvertPlain,      FadeLoop,
+                                              InvertMaskLoop, PutBackgroundLoop};
 #if defined(__x86_64__)
   if (level == SimdLevel::Avx512) return Avx512PointKernels();
   if (level == SimdLevel::Avx2) return Avx2PointKernels();

@@ -37,24 +37,6 @@ inline std::uint8_t ShiftByte(std::uint8_t byte, std::uint8_t raise, std::uint8_
   return static_cast<std::uint8_t>(raised - std::min(lower, raised));
 }
 
-double Limit(double value, double low, double high) {
-  return value < low ? low : value > high ? high : value;
-}
-
-Colour FromHls(double hue, double lightness, double saturation) {
-  Colour colour;
-  HlsToRgb(hue, lightness, saturation, colour.red, colour.green, colour.blue);
-  return colour;
-}
-
-Colour AtPixel(const std::uint8_t* pixel) {
-  return {pixel[kBlue], pixel[kGreen], pixel[kRed]};
-}
-
-double LightnessAt(const std::uint8_t* pixel) {
-  return Lightness(pixel[kRed], pixel[kGreen], pixel[kBlue]);
-}
-
 template <class Sum>
 void InvertMaskRow(std::uint8_t* colour, std::uint8_t* mask, int width, Colour fill, Sum percent) {
   const Sum fills[] = {fill.blue, fill.green, fill.red};
@@ -165,76 +147,6 @@ void ShiftColours(std::uint8_t* colour, int width, const ColourOffsets& offsets)
     for (std::size_t i = 0; i < kStep; ++i) colour[i] = ShiftByte(colour[i], raise[i], lower[i]);
   }
   for (std::size_t i = 0; i < left; ++i) colour[i] = ShiftByte(colour[i], raise[i], lower[i]);
-}
-
-DuoColours MakeDuoColours(Colour shadows, Colour highlights, int percent) {
-  DuoColours duo;
-  RgbToHls(shadows.red, shadows.green, shadows.blue, duo.hue1, duo.lightness1, duo.saturation1);
-  RgbToHls(highlights.red, highlights.green, highlights.blue, duo.hue2, duo.lightness2,
-           duo.saturation2);
-  duo.share = percent / 100.0;
-  return duo;
-}
-
-void DuoColour(std::uint8_t* colour, int width, const DuoColours& duo) {
-  const double share = duo.share;
-  for (int x = 0; x < width; ++x, colour += kBytesPerPixel) {
-    const double l = LightnessAt(colour);
-    const double drawn =
-        Limit(l * (l - (1.0 - duo.lightness2)) + (duo.lightness1 + l) * (1.0 - l), 0.0, 1.0);
-    const Colour dark = FromHls(duo.hue1, drawn, duo.saturation1);
-    const Colour light = FromHls(duo.hue2, drawn, duo.saturation2);
-    const auto mix = [&](int channel, std::uint8_t a, std::uint8_t b) {
-      colour[channel] = base::TruncateAndClampByte(b * (l * share) + a * ((1.0 - l) * share) +
-                                                   colour[channel] * (1.0 - share));
-    };
-    mix(kBlue, dark.blue, light.blue);
-    mix(kGreen, dark.green, light.green);
-    mix(kRed, dark.red, light.red);
-  }
-}
-
-void AddLightness(const std::uint8_t* colour, const std::uint8_t* mask, int width,
-                  LightnessStatistics& statistics) {
-  for (int x = 0; x < width; ++x, colour += kBytesPerPixel) {
-    const double l = LightnessAt(colour);
-    const double weight = 255 - mask[x];
-    statistics.sum += weight * l;
-    statistics.total += weight;
-    statistics.maximum = std::max(statistics.maximum, l);
-    statistics.minimum = std::min(statistics.minimum, l);
-  }
-}
-
-LightnessMap FitLightness(const LightnessStatistics& statistics, double target) {
-  const double mean = statistics.Mean();
-  const double shift = target - mean;
-  if (statistics.maximum + shift > 1.0) {
-    const double factor = (1.0 - target) / (statistics.maximum - mean);
-    return {factor, 1.0 - factor * statistics.maximum};
-  }
-  if (statistics.minimum + shift < 0.0) {
-    const double factor = target / (mean - statistics.minimum);
-    return {factor, -factor * statistics.minimum};
-  }
-  return {1.0, shift};
-}
-
-void AdoptColour(std::uint8_t* colour, const std::uint8_t* source, int width,
-                 const AdoptedColour& adopted) {
-  const double share = adopted.percent / 100.0;
-  for (int x = 0; x < width; ++x, colour += kBytesPerPixel, source += kBytesPerPixel) {
-    const double l = LightnessAt(source) * adopted.map.factor + adopted.map.offset;
-    const Colour full = FromHls(adopted.hue, Limit(l, 0.0, 2.0), adopted.saturation);
-    const Colour old = AtPixel(source);
-    const auto mix = [&](std::uint8_t before, std::uint8_t after) {
-      return adopted.percent == 100 ? after
-                                    : base::TruncateToByte(before * (1.0 - share) + after * share);
-    };
-    colour[kBlue] = mix(old.blue, full.blue);
-    colour[kGreen] = mix(old.green, full.green);
-    colour[kRed] = mix(old.red, full.red);
-  }
 }
 
 void MixColour(std::uint8_t* colour, int width, Colour mixed, int percent) {

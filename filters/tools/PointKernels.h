@@ -48,55 +48,7 @@ FXBOX_API int ColourOffset(int percent);
 // Adds the offsets. Limited to 0..255.
 FXBOX_API void ShiftColours(std::uint8_t* colour, int width, const ColourOffsets& offsets);
 
-// Two colours that a picture is drawn with: the first in the shadows, the second in the highlights.
-struct DuoColours {
-  double hue1, lightness1, saturation1;
-  double hue2, lightness2, saturation2;
-  double share;  // of the drawn picture in the result, 1.0 at 100 percent
-};
-FXBOX_API DuoColours MakeDuoColours(Colour shadows, Colour highlights, int percent);
-
-// Limited to 0..255.
-FXBOX_API void DuoColour(std::uint8_t* colour, int width, const DuoColours& duo);
-
-// How light a picture is, pixels weighted by their opacity; the extremes count every pixel.
-struct LightnessStatistics {
-  double sum = 0.0;
-  double total = 0.0;
-  double maximum = 0.0;
-  double minimum = 1.0;
-
-  // 0 where nothing is opaque.
-  double Mean() const { return total != 0.0 ? sum / total : 0.0; }
-};
-
-// Lightness l becomes l * factor + offset.
-struct LightnessMap {
-  double factor = 1.0;
-  double offset = 0.0;
-};
-
-// Adds a row. The sums depend on the order of rows in their last bits: start at row 0.
-FXBOX_API void AddLightness(const std::uint8_t* colour, const std::uint8_t* mask, int width,
-                            LightnessStatistics& statistics);
-
-// The map that brings the mean to `target`, with the spread compressed only as far as keeps the
-// extremes between black and white.
-FXBOX_API LightnessMap FitLightness(const LightnessStatistics& statistics, double target);
-
-// A colour that a picture takes hue and saturation from.
-struct AdoptedColour {
-  double hue, saturation;
-  LightnessMap map;
-  int percent;  // of the coloured picture in the result; 0 copies the source
-};
-
-// Writes the coloured source row. A mapped lightness is limited to 0..2, not to 1: the low eight
-// bits of what lies above white are kept. The rows are the same or do not overlap.
-FXBOX_API void AdoptColour(std::uint8_t* colour, const std::uint8_t* source, int width,
-                           const AdoptedColour& adopted);
-
-// The form for a single pixel, which knows no lightness: a plain mix with the colour.
+// A plain mix with a colour.
 FXBOX_API void MixColour(std::uint8_t* colour, int width, Colour mixed, int percent);
 
 // Fills what is transparent with a colour and makes what is opaque transparent, by a percentage.

@@ -4,6 +4,7 @@
 // wide instructions to processors that lack them.
 #include <immintrin.h>
 
+#include "filters/tools/PointKernelLoops.h"
 #include "filters/tools/PointKernelTable.h"
 
 namespace kernels {
@@ -299,11 +300,17 @@ void MapBytesAvx2(std::uint8_t* bytes, std::size_t count, const std::uint8_t* ta
   MapBytes(bytes, count, table);
 }
 
+void InvertAvx2(std::uint8_t* bytes, std::size_t count, int percent, const std::uint8_t* table) {
+  if (percent < 0 || percent > 100) return MapBytesAvx2(bytes, count, table);
+  InvertLoop(bytes, count, percent);
+}
+
 }  // namespace
 
 const PointKernelTable& Avx2PointKernels() {
-  static constexpr PointKernelTable kTable = {SepiaAvx2, MapBytesAvx2, BlackWhiteAvx2,
-                                              ShiftColoursAvx2};
+  static constexpr PointKernelTable kTable = {SepiaAvx2,        MapBytesAvx2,     BlackWhiteAvx2,
+                                              ShiftColoursAvx2, InvertAvx2,       FadeLoop,
+                                              InvertMaskLoop,   PutBackgroundLoop};
   return kTable;
 }
 

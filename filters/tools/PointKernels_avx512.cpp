@@ -4,6 +4,7 @@
 // wide instructions to processors that lack them.
 #include <immintrin.h>
 
+#include "filters/tools/PointKernelLoops.h"
 #include "filters/tools/PointKernelTable.h"
 
 namespace kernels {
@@ -290,11 +291,20 @@ void MapBytesAvx512(std::uint8_t* bytes, std::size_t count, const std::uint8_t* 
   _mm512_mask_storeu_epi8(bytes, rest, map(_mm512_maskz_loadu_epi8(rest, bytes)));
 }
 
+void InvertAvx512(std::uint8_t* bytes, std::size_t count, int, const std::uint8_t* table) {
+  MapBytesAvx512(bytes, count, table);
+}
+
+void FadeAvx512(std::uint8_t* mask, std::size_t count, std::uint8_t, const std::uint8_t* table) {
+  MapBytesAvx512(mask, count, table);
+}
+
 }  // namespace
 
 const PointKernelTable& Avx512PointKernels() {
-  static constexpr PointKernelTable kTable = {SepiaAvx512, MapBytesAvx512, BlackWhiteAvx512,
-                                              ShiftColoursAvx512};
+  static constexpr PointKernelTable kTable = {
+      SepiaAvx512,  MapBytesAvx512, BlackWhiteAvx512, ShiftColoursAvx512,
+      InvertAvx512, FadeAvx512,     InvertMaskLoop,   PutBackgroundLoop};
   return kTable;
 }
 

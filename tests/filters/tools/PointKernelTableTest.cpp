@@ -26,30 +26,39 @@ Row RandomRow(std::size_t bytes, unsigned seed) {
   return row;
 }
 
+void InvertByTable(std::uint8_t* bytes, std::size_t count, int, const std::uint8_t* table) {
+  kernels::MapBytes(bytes, count, table);
+}
+
+void FadeByTable(std::uint8_t* mask, std::size_t count, std::uint8_t, const std::uint8_t* table) {
+  kernels::MapBytes(mask, count, table);
+}
+
+constexpr PointKernelTable kReference = {
+    kernels::Sepia, kernels::MapBytes, kernels::BlackWhite, kernels::ShiftColours,
+    InvertByTable,  FadeByTable,       kernels::InvertMask, kernels::PutBackground};
+
 class PointKernelLevels : public testing::TestWithParam<SimdLevel> {
  protected:
   void SetUp() override {
     if (GetParam() > kernels::ProcessorSimdLevel()) GTEST_SKIP() << "not on this processor";
   }
 
-  // Runs the same on the same row with the plain kernels and with the level's.
+  // Runs the same on the same row with the readable kernels and with the level's.
   template <class Run>
   void ExpectSame(const Row& row, Run run) {
     Row expected = row;
     Row found = row;
-    run(plain, expected.data());
+    run(kReference, expected.data());
     run(kernels::PointKernelsFor(GetParam()), found.data());
     if (expected == found) return;
     std::size_t at = 0;
     while (expected[at] == found[at]) ++at;
     ADD_FAILURE() << "byte " << at << ": " << int{found[at]} << ", expected " << int{expected[at]};
   }
-
-  const PointKernelTable& plain = kernels::PointKernelsFor(SimdLevel::Plain);
 };
 
-INSTANTIATE_TEST_SUITE_P(Levels, PointKernelLevels,
-                         testing::Values(SimdLevel::Avx2, SimdLevel::Avx512),
+INSTANTIATE_TEST_SUITE_P(Levels, PointKernelLevels, testing::ValuesIn(kernels::kSimdLevels),
                          [](const auto& level) { return kernels::SimdLevelName(level.param); });
 
 TEST_P(PointKernelLevels, HasKernelsOfItsOwn) {
@@ -61,6 +70,10 @@ TEST_P(PointKernelLevels, HasKernelsOfItsOwn) {
     EXPECT_NE(own.mapBytes, other.mapBytes);
     EXPECT_NE(own.blackWhite, other.blackWhite);
     EXPECT_NE(own.shiftColours, other.shiftColours);
+    EXPECT_NE(own.invert, other.invert);
+    EXPECT_NE(own.fade, other.fade);
+    EXPECT_NE(own.invertMask, other.invertMask);
+    EXPECT_NE(own.putBackground, other.putBackground);
   }
 }
 
@@ -69,6 +82,7 @@ TEST_P(PointKernelLevels, HasKernelsOfItsOwn) {
 TEST_P(PointKernelLevels, KeepInsideTheRow) {
   constexpr int kGuard = 96;
   const kernels::ByteTable table = kernels::BuildInvertTable(37);
+  const kernels::ByteTable fading = kernels::BuildTransparencyTable(90);
   for (int width = 0; width <= 200; ++width) {
     const int start = kGuard + width % 64;
     const Row row = RandomRow(static_cast<std::size_t>(start + 3 * width + kGuard),
@@ -81,11 +95,24 @@ TEST_P(PointKernelLevels, KeepInsideTheRow) {
     ExpectSame(row, [&](auto& k, std::uint8_t* at) {
       k.mapBytes(at + start, static_cast<std::size_t>(width), table.data());
     });
+    ExpectSame(row, [&](auto& k, std::uint8_t* at) {
+      k.invert(at + start, static_cast<std::size_t>(width), 37, table.data());
+      k.fade(at + start + width, static_cast<std::size_t>(width), 90, fading.data());
+    });
+    // The mask is part of the same row, behind a guard of its own.
+    const Row both = RandomRow(static_cast<std::size_t>(start + 4 * width + 2 * kGuard), 5);
+    const int mask = start + 3 * width + kGuard;
+    ExpectSame(both, [&](auto& k, std::uint8_t* at) {
+      k.invertMask(at + start, at + mask, width, {1, 128, 255}, 40);
+      k.putBackground(at + start, at + mask, width, {180, 128, 255}, 30);
+    });
   }
   ExpectSame(RandomRow(64, 1), [](auto& k, std::uint8_t* at) {
     k.sepia(at + 32, -1, 90);
     k.blackWhite(at + 32, -1, 70);
     k.shiftColours(at + 32, -1, {17, -200, 90});
+    k.invertMask(at, at + 32, -1, {1, 128, 255}, 40);
+    k.putBackground(at, at + 32, -1, {180, 128, 255}, 30);
   });
 }
 
@@ -148,6 +175,55 @@ TEST_P(PointKernelLevels, EveryByteThroughEveryShiftAndTable) {
     });
     const Row table = RandomRow(256, static_cast<unsigned>(shift + 255));
     ExpectSame(row, [&](auto& k, std::uint8_t* at) { k.mapBytes(at, row.size(), table.data()); });
+  }
+}
+
+TEST_P(PointKernelLevels, EveryByteInvertedAndFaded) {
+  Row row;
+  for (int i = 0; i < 256; ++i) row.push_back(static_cast<std::uint8_t>(i));
+  for (int percent = -300; percent <= 300; ++percent) {
+    const kernels::ByteTable table = kernels::BuildInvertTable(percent);
+    ExpectSame(row, [&](auto& k, std::uint8_t* at) { k.invert(at, 256, percent, table.data()); });
+  }
+  for (int i = 0; i < 256; ++i) {
+    const auto keep = static_cast<std::uint8_t>(i);
+    const kernels::ByteTable table = kernels::BuildTransparencyTable(keep);
+    ExpectSame(row, [&](auto& k, std::uint8_t* at) { k.fade(at, 256, keep, table.data()); });
+  }
+}
+
+// Three channels and a mask of every pair of both, the channels of a pixel apart from each other.
+struct ColourAndMask {
+  static constexpr int kWidth = 256 * 256;
+  static constexpr int kMask = 3 * kWidth;  // where the mask begins
+  static Row Make() {
+    Row row;
+    for (int i = 0; i < kMask; ++i) row.push_back(static_cast<std::uint8_t>(i / 3 + i % 3 * 85));
+    for (int i = 0; i < kWidth; ++i) row.push_back(static_cast<std::uint8_t>(i >> 8));
+    return row;
+  }
+};
+
+TEST_P(PointKernelLevels, EveryMaskWithEveryByteAtEveryPercentage) {
+  constexpr int kWidth = ColourAndMask::kWidth;
+  constexpr int kMask = ColourAndMask::kMask;
+  const Row row = ColourAndMask::Make();
+  for (int percent = -1; percent <= 101; ++percent) {
+    for (const kernels::Colour fill : {kernels::Colour{0, 128, 255}, {1, 77, 254}}) {
+      ExpectSame(row, [&](auto& k, std::uint8_t* at) {
+        k.invertMask(at, at + kMask, kWidth, fill, percent);
+      });
+      ExpectSame(row, [&](auto& k, std::uint8_t* at) {
+        k.putBackground(at, at + kMask, kWidth, fill, percent);
+      });
+    }
+  }
+  constexpr int kMax = std::numeric_limits<int>::max();
+  for (const int percent : {-kMax - 1, -300, 300, kMax}) {
+    ExpectSame(RandomRow(4 * 99, 3), [&](auto& k, std::uint8_t* at) {
+      k.invertMask(at, at + 3 * 99, 99, {1, 128, 255}, percent);
+      k.putBackground(at, at + 3 * 99, 99, {1, 128, 255}, percent);
+    });
   }
 }
 

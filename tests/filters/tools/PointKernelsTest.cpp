@@ -4,7 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <memory>
 #include <ostream>
+#include <random>
+#include <vector>
+
+#include "filters/tools/LightnessKernels.h"
 
 namespace kernels {
 void PrintTo(const Colour& c, std::ostream* out) {
@@ -125,6 +130,87 @@ TEST(PointKernels, AdoptColour) {
     EXPECT_EQ(Changed(c.before, [&](std::uint8_t* p) { kernels::AdoptColour(p, p, 1, c.adopted); }),
               c.after);
   }
+}
+
+// A picture with every pair of a largest and a smallest channel, the third anywhere between, in all
+// orders.
+std::vector<std::uint8_t> AllLightnesses() {
+  std::mt19937 random(1);
+  std::vector<std::uint8_t> row;
+  for (int high = 0; high < 256; ++high) {
+    for (int low = 0; low <= high; ++low) {
+      const int between = low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
+      const int channels[] = {low, between, high};
+      const auto first = random() % 3;
+      const auto step = 1 + random() % 2;
+      for (unsigned i = 0; i < 3; ++i) {
+        row.push_back(static_cast<std::uint8_t>(channels[(first + i * step) % 3]));
+      }
+    }
+  }
+  return row;
+}
+
+// Shares inside and outside the range that has a shorter way to a byte.
+constexpr int kShares[] = {0, 1, 37, 50, 99, 100, 101, -1, 250, -50, kMax, kMin};
+
+TEST(DrawnTable, GivesWhatDuoColourGives) {
+  const auto table = std::make_unique<kernels::DrawnTable>();
+  const std::vector<std::uint8_t> row = AllLightnesses();
+  const int width = static_cast<int>(row.size() / 3);
+  const Colour kPairs[][2] = {{{0, 0, 0}, {255, 255, 255}},
+                              {{120, 40, 0}, {30, 180, 255}},
+                              {{255, 0, 255}, {17, 255, 18}},
+                              {{200, 201, 199}, {3, 2, 1}}};
+  for (const auto& pair : kPairs) {
+    for (const int percent : kShares) {
+      const auto duo = kernels::MakeDuoColours(pair[0], pair[1], percent);
+      table->Fill(duo);
+      std::vector<std::uint8_t> expected = row;
+      std::vector<std::uint8_t> found = row;
+      kernels::DuoColour(expected.data(), width, duo);
+      table->DuoColour(found.data(), width);
+      ASSERT_TRUE(found == expected) << percent;
+    }
+  }
+}
+
+TEST(DrawnTable, GivesWhatAdoptColourGives) {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  const auto table = std::make_unique<kernels::DrawnTable>();
+  const std::vector<std::uint8_t> row = AllLightnesses();
+  const int width = static_cast<int>(row.size() / 3);
+  const kernels::AdoptedColour kColours[] = {{30.0, 0.5, {1.0, 0.0}},
+                                             {210.0, 0.8, {0.7, 0.1}},
+                                             {300.0, 0.4, {1.3, 0.5}},
+                                             {0.0, 0.0, {-1.0, 0.7}},
+                                             {120.0, 1.0, {kNaN, 0.0}}};
+  for (kernels::AdoptedColour adopted : kColours) {
+    for (const int percent : kShares) {
+      adopted.percent = percent;
+      table->Fill(adopted);
+      std::vector<std::uint8_t> expected(row.size());
+      std::vector<std::uint8_t> found(row.size());
+      kernels::AdoptColour(expected.data(), row.data(), width, adopted);
+      table->AdoptColour(found.data(), row.data(), width);
+      ASSERT_TRUE(found == expected) << percent;
+      found = row;
+      table->AdoptColour(found.data(), found.data(), width);
+      ASSERT_TRUE(found == expected) << percent;
+    }
+  }
+}
+
+TEST(AdoptedColour, IsTheSameBitByBit) {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  const kernels::AdoptedColour colour = {30.0, 0.5, {kNaN, 0.0}, 80};
+  EXPECT_TRUE(colour.IsSame(colour));
+  const kernels::AdoptedColour kOthers[] = {{31.0, 0.5, {kNaN, 0.0}, 80},
+                                            {30.0, 0.6, {kNaN, 0.0}, 80},
+                                            {30.0, 0.5, {1.0, 0.0}, 80},
+                                            {30.0, 0.5, {kNaN, -0.0}, 80},
+                                            {30.0, 0.5, {kNaN, 0.0}, 81}};
+  for (const auto& other : kOthers) EXPECT_FALSE(colour.IsSame(other));
 }
 
 TEST(PointKernels, MixColour) {
