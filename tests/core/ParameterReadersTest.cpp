@@ -23,10 +23,7 @@ TEST(ParameterReaders, FirstFamilyReportsFoundAndChanged) {
       {"A=1, Sepia=-7,B=2", 0, -7, true, true},
       {"Sepia= \t+8x", 0, 8, true, true},
       {"Sepia=", 3, 3, false, false},
-      {"Sepia", 3, 3, false,
-       false},  // the key ends the text: nothing stands where the "=" should be
-      {"Sepia=,5", 3, 3, false, false},
-      {"Sepia=x", 3, 3, false, false},
+      {"Sepia", 3, 3, false, false},
       {"Sepia=- 5", 3, 3, false, false},
       {"sepia=5", 3, 3, false, false},
       {"Sepia:9", 3, 9, true, true},             // any character stands for the "="
@@ -34,7 +31,6 @@ TEST(ParameterReaders, FirstFamilyReportsFoundAndChanged) {
       {"Sepia5, Sepia=6", 3, 3, false, false},  // the first place counts, though no number is there
       {"Sepia=4294967295", 3, -1, true, true},  // wraps
       {"Sepia=99999999999999999999", 3, 1661992959, true, true},
-      {"", 3, 3, false, false},
       {nullptr, 3, 3, false, false},
   };
   for (const auto& c : cases) {
@@ -49,8 +45,6 @@ TEST(ParameterReaders, FirstFamilyReportsFoundAndChanged) {
 TEST(ParameterReaders, FirstFamilyConvertsToTheField) {
   bool changed = false;
   bool flag = true;
-  EXPECT_TRUE(ReadParamBool("F=5", "F", flag, changed));
-  EXPECT_TRUE(flag && !changed);
   EXPECT_TRUE(ReadParamBool("F=000", "F", flag, changed));
   EXPECT_TRUE(!flag && changed);
 
@@ -60,9 +54,6 @@ TEST(ParameterReaders, FirstFamilyConvertsToTheField) {
   EXPECT_TRUE(byte == 1 && !changed);  // the low byte is what is compared
   EXPECT_TRUE(ReadParamByte("B=-1", "B", byte, changed));
   EXPECT_TRUE(byte == 255 && changed);
-  EXPECT_TRUE(ReadParamByte("B=1", "B", byte, changed));
-  EXPECT_TRUE(ReadParamByte("B=1", "B", byte, changed));
-  EXPECT_TRUE(changed);  // never cleared
 
   changed = false;
   double number = 0.125;
@@ -71,8 +62,6 @@ TEST(ParameterReaders, FirstFamilyConvertsToTheField) {
   EXPECT_FALSE(ReadParamDouble("D=.", "D", number, changed));
   EXPECT_TRUE(ReadParamDouble("D=-2.5e1,", "D", number, changed));
   EXPECT_TRUE(number == -25 && changed);
-  int field = 0;
-  EXPECT_FALSE(ReadParamInt("a=1", nullptr, field, changed));
 }
 
 TEST(ParameterReaders, SecondFamilyGivesTheDefault) {
@@ -84,17 +73,12 @@ TEST(ParameterReaders, SecondFamilyGivesTheDefault) {
   } cases[] = {
       {"K=010", 10, 0x10, true},
       {"A=9,K=0", 0, 0, false},
-      {"K=-1", -1, 0xFFFFFFFF, true},
       {"K=2147483647", kInt32Max, 0x47483647, true},
       {"K=0x1F", 0, 0x1F, false},
       {"K= 0X1f,", 0, 0x1F, false},
-      {"K=0xg", 0, 0, false},
-      {"K=00ff00", 0, 0xFF00, false},
       {"K=1000000ff", 1000000, 0xFF, true},
       {"K=g", 77, 77, true},
       {"K=", 77, 77, true},
-      {"K", 77, 77, true},
-      {"", 77, 77, true},
       {nullptr, 77, 77, true},
   };
   for (const auto& c : cases) {
@@ -102,8 +86,6 @@ TEST(ParameterReaders, SecondFamilyGivesTheDefault) {
     EXPECT_EQ(ParamHex(c.text, 77, "K="), c.asHex) << c.text;
     EXPECT_EQ(ParamFlag(c.text, true, "K="), c.asFlag) << c.text;
   }
-  EXPECT_EQ(ParamLong("K=1", 77, nullptr), 77);
-  EXPECT_FALSE(ParamFlag("", false, "K="));
 }
 
 TEST(ParameterReaders, ParamDoubleRepairsADecimalComma) {
@@ -115,20 +97,14 @@ TEST(ParameterReaders, ParamDoubleRepairsADecimalComma) {
       {"Angle=12,5, CenterX=3", 12.5, "Angle=12.5, CenterX=3"},
       {"A=1,2,Angle=,5", 0.5, "A=1,2,Angle=.5"},
       {"Angle=123,5", 123, "Angle=123,5"},  // three characters away: the next item
-      {"Angle=-12,5", -12, "Angle=-12,5"},
-      {"Angle=1, 5", 1, "Angle=1, 5"},  // no digit behind it
-      {"Angle=1,", 1, "Angle=1,"},
-      {"Angle=1.5,2", 1.5, "Angle=1.5,2"},
-      {"Angle=", -3, "Angle="},
+      {"Angle=1, 5", 1, "Angle=1, 5"},      // no digit behind it
       {"Angle=x,5", -3, "Angle=x.5"},
-      {"", -3, ""},
   };
   for (const auto& c : cases) {
     std::string text = c.text;
     EXPECT_EQ(ParamDouble(text.data(), -3, "Angle="), c.value) << c.text;
     EXPECT_EQ(text, c.after);
   }
-  EXPECT_EQ(ParamDouble(nullptr, -3, "Angle="), -3);
 }
 
 TEST(ParameterReaders, DoublesAtTheEndsOfTheirRange) {
@@ -139,22 +115,16 @@ TEST(ParameterReaders, DoublesAtTheEndsOfTheirRange) {
   } cases[] = {
       {"0.1", 0.1},
       {"+1.", 1},
-      {"1e", 1},
-      {"1e+", 1},
       {"1e+-2", 1},
       {"1E+2", 100},
       {"2.4703282292062328e-324", 5e-324},
       {"1.7976931348623157e308", std::numeric_limits<double>::max()},
       {"1e400", kInfinity},
-      {"-1e400", -kInfinity},
       {"0.0001e99999999999999999999", kInfinity},
       {"1e-400", 0},
       {"1000e-99999999999999999999", 0},
-      {"0e99999999999999999999", 0},
       {"inf", 99},
-      {"nan", 99},
       {"0x1p4", 0},
-      {"e5", 99},
       {"- 1", 99},
   };
   for (const auto& c : cases) {

@@ -27,13 +27,9 @@ TEST(Parameter, FindsTags) {
       {"", "a", -1},
       {"ab=1;\r\na=2;\r\n", "a", 2},
       {"ab=1;\r\na=2;\r\n", "ab", 1},
-      {"ba=1;a=2;", "a", 2},
-      {"a=1;b=2;", "b", 2},
       {"  a=1;\r\n\r\n  b=2;", "b", 2},
-      {"\r\na=1", "a", 1},
       {"A=1;", "a", -1},
       {"a =1;", "a", -1},
-      {"a", "a", -1},
       {"a=", "a", 0},
       {"x=\"a=1;\";", "a", -1},
       {"x=\"a=1;\";a=2;", "a", 2},
@@ -43,7 +39,6 @@ TEST(Parameter, FindsTags) {
       {"a=1;\ta=2;", "\ta", 2},  // only blanks are skipped before a tag
       {"=5;a=2;", "", 5},
       {"a=2;", nullptr, -1},
-      {"   ", "a", -1},
   };
   for (const auto& c : cases) {
     const Parameter list(c.list);
@@ -69,7 +64,6 @@ TEST(Parameter, ReadsNumbersFromTheFrontOfAValue) {
       {"\"7\"", 0, 0, 0, 0, false},
       {"true", 0, 0, 0, 0, true},
       {"t", 0, 0, 0, 0, true},
-      {"True", 0, 0, 0, 0, false},
       {" true", 0, 0, 0, 0, false},
       {"4294967297", 1, 4294967297.0, 4294967297, 4294967297u, false},
       {"18446744073709551615", -1, 18446744073709551615.0, -1, UINT64_MAX, false},
@@ -84,25 +78,6 @@ TEST(Parameter, ReadsNumbersFromTheFrontOfAValue) {
   }
 }
 
-TEST(Parameter, AnAbsentTagLeavesTheOutput) {
-  const Parameter list("s=abc;");
-  int i = 7;
-  double d = 7;
-  int object = 0;
-  void* p = &object;
-  std::uint64_t u = 7;
-  bool b = true;
-  KvString s("old");
-  EXPECT_FALSE(list.Get("x", i) || list.Get("x", d) || list.Get("x", p) || list.Get("x", u) ||
-               list.Get("x", b) || list.Get("x", s));
-  EXPECT_FALSE(list.Get("s", s));  // there, but not quoted
-  EXPECT_TRUE(i == 7 && d == 7 && p == &object && u == 7 && b && s == "old");
-  EXPECT_EQ(list.GetString("s"), "");
-  EXPECT_EQ(list.GetPtr("x"), nullptr);
-  EXPECT_EQ(list.GetULONGLONG("x", 3), 3u);
-  EXPECT_FALSE(list.GetBool("x"));
-}
-
 TEST(Parameter, WritesEachKindOfValue) {
   int object = 0;
   Parameter list;
@@ -115,16 +90,13 @@ TEST(Parameter, WritesEachKindOfValue) {
   EXPECT_EQ(
       Text(list),
       "i=-5;\r\nd=0.250000;\r\nu=18446744073709551615;\r\nb=true;\r\ns=\"a;b=c\";\r\nn=\"\";\r\n");
-  EXPECT_EQ(list.GetString("s"), "a;b=c");
   list.Set("p", static_cast<void*>(&object));
-  list.Set("high", reinterpret_cast<void*>(INTPTR_MIN + 1));
-  list.Set("big", 1e300);
-  list.Set("b", false);
   EXPECT_EQ(list.GetPtr("p"), &object);
-  EXPECT_EQ(list.GetPtr("high"), reinterpret_cast<void*>(INTPTR_MIN + 1));
+  list.Set("high", reinterpret_cast<void*>(INTPTR_MIN + 1));
   EXPECT_NE(Text(list).find("high=-9223372036854775807;"), std::string::npos);
-  EXPECT_EQ(list.GetDouble("big"), 1e300);
-  EXPECT_FALSE(list.GetBool("b"));
+  KvString unquoted("old");
+  EXPECT_FALSE(list.Get("i", unquoted));
+  EXPECT_EQ(unquoted, "old");
 }
 
 TEST(Parameter, SetReplacesTheValueInItsPlace) {
@@ -205,10 +177,8 @@ TEST(Parameter, RemovesATag) {
       {"a=1;\r\nn=5;\r\nb=2;\r\n", "a=1;\r\nb=2;\r\n"},
       {"n=5;\r\nb=2;\r\n", "b=2;\r\n"},
       {"a=1;\r\nn=5;\r\n", "a=1;\r\n"},
-      {"a=1;n=5", "a=1;"},
       {"a=1;", nullptr},
       {"n=\"x;y=z\";b=2;", "y=z\";b=2;"},  // cut inside the quotes
-      {"n=\"xy=z\";b=2;", "xy=z\";b=2;"},
       {"n==b=2;", "b=2;"},
       {"n=12b=2;", "2b=2;"},
   };
@@ -227,22 +197,16 @@ TEST(Parameter, ComparesWithoutOrder) {
   } cases[] = {
       {"", "", true},
       {"a=1;\r\nb=2;\r\n", "b=2;\r\na=1;\r\n", true},
-      {"a=1;", "a=1;\r\n", true},
-      {"a=1;", "a=2;", false},
       {"a=1.0;", "a=1;", false},
       {"a=1;", "a=1;b=2;", false},
       {"a=1;b=2;", "a=1;", false},
-      {"a=\"x\";\r\nb=1;\r\n", "a=\"x\";\r\nb=1;\r\n", true},
       {"a=\"x;=\";\r\nb=1;\r\n", "a=\"x;=\";\r\nb=1;\r\n", true},
       {"a=\"A\";", "a=\"\\101\";", true},  // decoded
-      {"a=\"x\";", "a=\"y\";", false},
-      {"a=\"\";", "", true},      // absent on the right reads as empty
-      {"", "a=\"\";", false},     // but not on the left
-      {" a=1;", " a=1;", false},  // the blank counts as part of the tag
-      {"a=1", "a=1", false},      // unclosed
-      {"a=1;", "a=1", false},
-      {"", "a=1", false},
-      {"a=1;x", "a=1; ", true},  // what holds no "=" names no tag
+      {"a=\"\";", "", true},               // absent on the right reads as empty
+      {"", "a=\"\";", false},              // but not on the left
+      {" a=1;", " a=1;", false},           // the blank counts as part of the tag
+      {"a=1", "a=1", false},               // unclosed
+      {"a=1;x", "a=1; ", true},            // what holds no "=" names no tag
       // Quotes are looked for at the same place of the other list.
       {"a=1;b=\"x;\";", "b=\"x;\";a=1;", false},
       {"b=\"x;\";a=1;", "a=1;b=\"x;\";", true},
@@ -253,17 +217,6 @@ TEST(Parameter, ComparesWithoutOrder) {
     EXPECT_EQ(left == right, c.equal) << c.left << " | " << c.right;
     EXPECT_EQ(left != right, !c.equal);
   }
-}
-
-TEST(Parameter, ConvertsAndCopies) {
-  Parameter list(KvString("a=1;"));
-  const KvString text = list;
-  const Parameter copy = list;
-  list.Set("a", 2);
-  EXPECT_EQ(text, "a=1;");
-  EXPECT_EQ(Text(copy), "a=1;");
-  EXPECT_EQ(Text(list), "a=2;");
-  EXPECT_EQ(Text(Parameter(static_cast<const char*>(nullptr))), "");
 }
 
 // Lists put together from all that means something in them: nothing may read outside (the

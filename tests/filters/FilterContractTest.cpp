@@ -116,7 +116,7 @@ class FilterContract : public testing::TestWithParam<const FilterClass*> {
 RowRequest Inside(const RowRequest& r, int width, int height) {
   const auto cut = [](int& dest, int& src, int& length, int size) {
     const int first = std::max(0, src);
-    length = std::max(0, std::min(size, src + length) - first);
+    length = std::max(0, std::min(size, src + std::max(0, length)) - first);
     dest += first - src;
     src = first;
   };
@@ -136,6 +136,7 @@ Picture PartOf(const Picture& whole, const RowRequest& r) {
   return part;
 }
 
+// Of rectangles that lie in the picture, over its edges and beside it, and of bands.
 TEST_P(FilterContract, PartsEqualTheWhole) {
   for (const NamedPicture& given : TestPictures()) {
     SCOPED_TRACE(given.name);
@@ -148,7 +149,8 @@ TEST_P(FilterContract, PartsEqualTheWhole) {
           RowRequest{1, 2, w / 3, h / 3, 1, 1}, RowRequest{0, 0, 0, h - 1, w, 1},
           RowRequest{1, 1, -2, -3, w + 5, h + 7}, RowRequest{0, 0, -4, 0, 6, h},
           RowRequest{3, 0, w - 1, h - 1, 5, 5}, RowRequest{2, 2, w, h, 3, 3},
-          RowRequest{2, 2, -5, -5, 4, 4}}) {
+          RowRequest{2, 2, -5, -5, 4, 4}, RowRequest{0, 0, 0, 0, 0, h},
+          RowRequest{0, 0, 0, 0, w, -1}, RowRequest{0, 0, 0, 0, INT_MIN, INT_MIN}}) {
       SCOPED_TRACE(testing::PrintToString(r));
       GuardedRows rows(w + 9, h + 12);
       ASSERT_EQ(test.Rig::Pull(rows, r), S_OK);
@@ -158,25 +160,16 @@ TEST_P(FilterContract, PartsEqualTheWhole) {
                 "");
       // Rows that are changed in place may hold anything where the picture ends, but the caller's
       // rectangle is never left.
-      const RowRequest& bound = contract.pull == Pull::InPlace ? r : inside;
+      const RowRequest& bound = contract.pull == Pull::InPlace && r.width > 0 ? r : inside;
       ASSERT_EQ(rows.WrittenOutside(bound.destX, bound.destY, bound.width, bound.height), "");
     }
-  }
-}
-
-TEST_P(FilterContract, BandsEqualOnePull) {
-  for (const NamedPicture& given : TestPictures()) {
-    Test test(*this, given.picture);
-    const Picture whole = test.PullWhole();
-    for (const int band : {1, 2, 3, 7, 16}) {
-      GuardedRows rows(test.Width(), test.Height());
+    for (const int band : {1, 3, 16}) {
+      GuardedRows rows(w, h);
       // From the top down, so that no band finds what an earlier one left.
-      for (int y = (test.Height() - 1) / band * band; y >= 0; y -= band) {
-        ASSERT_EQ(
-            test.Rig::Pull(rows, {0, y, 0, y, test.Width(), std::min(band, test.Height() - y)}),
-            S_OK);
+      for (int y = (h - 1) / band * band; y >= 0; y -= band) {
+        ASSERT_EQ(test.Rig::Pull(rows, {0, y, 0, y, w, std::min(band, h - y)}), S_OK);
       }
-      ASSERT_EQ(Difference(whole, rows.Whole()), "") << given.name << " in bands of " << band;
+      ASSERT_EQ(Difference(whole, rows.Whole()), "") << "bands of " << band;
     }
   }
 }
@@ -191,24 +184,17 @@ TEST_P(FilterContract, AsksTheSourceAsItsShapeSays) {
   ASSERT_EQ(test.Rig::Pull(rows, r), S_OK);
   EXPECT_EQ(test.source->requests.size(), whole ? 1u : 2u);
   // A new picture is asked for anew.
-  test.source->picture = Noise(20, 10, Masks::Noise, 2);
+  test.source->picture = Noise(7, 30, Masks::Noise, 2);
   test.source->revision++;
   const Picture changed = test.PullWhole();
   EXPECT_EQ(test.source->requests.size(), whole ? 2u : 3u);
   Test fresh(*this, test.source->picture);
   EXPECT_EQ(Difference(fresh.PullWhole(), changed), "");
-}
-
-TEST_P(FilterContract, NothingToDoIsDone) {
-  Test test(*this, Noise(20, 10, Masks::Noise, 1));
-  GuardedRows rows(20, 10);
-  for (const RowRequest& r :
-       {RowRequest{0, 0, 0, 0, 0, 10}, RowRequest{0, 0, 0, 0, 20, 0},
-        RowRequest{0, 0, 0, 0, -1, 10}, RowRequest{0, 0, 0, 0, 20, -1},
-        RowRequest{0, 0, 0, 0, INT_MIN, INT_MIN}, RowRequest{5, 5, 30, 30, 3, 0}}) {
-    EXPECT_EQ(test.Rig::Pull(rows, r), S_OK) << testing::PrintToString(r);
-  }
-  EXPECT_THAT(rows.WrittenOutside(0, 0, 0, 0), IsEmpty());
+  // One plane is enough.
+  GuardedRows planes(7, 30);
+  EXPECT_EQ(test.Tail().ReadRows(0, 0, 0, 0, 7, 30, planes.ColourRows(), nullptr), S_OK);
+  EXPECT_EQ(test.Tail().ReadRows(0, 0, 0, 0, 7, 30, nullptr, planes.MaskRows()), S_OK);
+  EXPECT_EQ(Difference(changed, planes.Whole()), "");
 }
 
 TEST_P(FilterContract, PullsOutOfTurnAreHarmless) {
@@ -221,36 +207,23 @@ TEST_P(FilterContract, PullsOutOfTurnAreHarmless) {
   EXPECT_THAT(rows.WrittenOutside(0, 0, 0, 0), IsEmpty());
   BYTE pixel[4] = {1, 2, 3, 4};
   filter->ReadPixel(pixel);
-  // Linked but never prepared: the sizes are 0.
+  // Linked but never prepared: the sizes are 0. Then told sizes that cannot be.
   const auto source =
       platform::ComPtr<TestSource>::Attach(new TestSource(Noise(20, 10, Masks::Noise, 1)));
   filter->SetSource(source.Get());
-  pull();
-  EXPECT_THAT(rows.WrittenOutside(0, 0, 20, 10), IsEmpty());
-  // A source that throws, tells impossible sizes or one without planes.
+  source->AttachDestination(nullptr);
   for (const auto& [w, h] : {std::pair(0, 0), {-1, -1}, {0, 5}, {INT_MAX, INT_MAX}, {INT_MIN, 3}}) {
-    source->AttachDestination(nullptr);
+    pull();
+    EXPECT_THAT(rows.WrittenOutside(0, 0, 20, 10), IsEmpty());
     filter->SetPictureSize(w, h);
     filter->SetExtent(w, h);
     bool changed = false;
     int revision = -1;
     EXPECT_EQ(filter->Prepare(&changed, &revision, true), S_OK);
-    pull();
-    EXPECT_THAT(rows.WrittenOutside(0, 0, 20, 10), IsEmpty());
   }
   source->throwsInReadRows = true;
   EXPECT_NE(pull(), S_OK);
   filter->SetSource(nullptr);
-}
-
-TEST_P(FilterContract, OnePlaneIsEnough) {
-  Test test(*this, Noise(20, 10, Masks::Noise, 1));
-  const Picture whole = test.PullWhole();
-  GuardedRows rows(20, 10);
-  EXPECT_EQ(test.Tail().ReadRows(0, 0, 0, 0, 20, 10, rows.ColourRows(), nullptr), S_OK);
-  EXPECT_EQ(rows.Whole().colour, whole.colour);
-  EXPECT_EQ(test.Tail().ReadRows(0, 0, 0, 0, 20, 10, nullptr, rows.MaskRows()), S_OK);
-  EXPECT_EQ(rows.Whole().mask, whole.mask);
 }
 
 TEST_P(FilterContract, AbortStopsAndALaterPullIsWhole) {
@@ -258,56 +231,40 @@ TEST_P(FilterContract, AbortStopsAndALaterPullIsWhole) {
   const HRESULT stopped = contract.pull == Pull::PassesOn ? S_OK : 1;
   Test reference(*this, picture);
   const Picture whole = reference.PullWhole();
-
-  struct Case {
-    const char* name;
-    int row;      // of the source's rows at which the abort comes; 0: before the pull
-    bool pulled;  // a complete pull went ahead
-  };
-  for (const Case& c :
-       {Case{"before", 0, false}, Case{"first row", 1, false}, Case{"middle", 5, false},
-        Case{"last row", 10, false}, Case{"before, pulled once", 0, true},
-        Case{"middle, pulled once", 5, true}}) {
-    SCOPED_TRACE(c.name);
-    Test test(*this, picture);
-    GuardedRows rows(20, 10);
-    if (c.pulled) {
-      ASSERT_EQ(test.Rig::Pull(rows, test.Whole()), S_OK);
-      EXPECT_FALSE(test.CountsAsChanged());
-      rows.Reset();
-    }
-    const bool cached = c.pulled && contract.pull == Pull::WholePicture;
-    if (c.row == 0 || cached) {
-      test.Filter().SetAbort(true);
-    } else {
+  for (const bool pulledBefore : {false, true}) {
+    // The source's row at which the abort comes; 0: before the pull.
+    for (const int abortAt : {0, 1, 5, 10}) {
+      SCOPED_TRACE(testing::PrintToString(std::pair(pulledBefore, abortAt)));
+      Test test(*this, picture);
+      GuardedRows rows(20, 10);
+      if (pulledBefore) {
+        ASSERT_EQ(test.Rig::Pull(rows, test.Whole()), S_OK);
+        EXPECT_FALSE(test.CountsAsChanged());
+        rows.Reset();
+      }
+      const bool cached = pulledBefore && contract.pull == Pull::WholePicture;
+      if (abortAt == 0 || cached) test.Filter().SetAbort(true);
       test.source->onRow = [&](int row) {
-        if (row == c.row) test.Filter().SetAbort(true);
+        if (row == abortAt) test.Filter().SetAbort(true);
       };
+      EXPECT_EQ(test.Rig::Pull(rows, test.Whole()), stopped);
+      EXPECT_EQ(test.source->requests.size(), pulledBefore && !cached ? 2u : 1u)
+          << "the source is still asked";
+      EXPECT_TRUE(test.source->aborts.back());
+      if (contract.pull == Pull::InPlace) {
+        EXPECT_EQ(Difference(picture, rows.Whole()), "") << "the rows are those of the source";
+      } else if (contract.pull == Pull::WholePicture) {
+        EXPECT_THAT(rows.WrittenOutside(0, 0, 0, 0), IsEmpty());
+      }
+      const bool open = !pulledBefore && !contract.buildsThroughAbort;
+      const bool changed = stopped != S_OK && (open || contract.abortMarksChange);
+      EXPECT_EQ(test.CountsAsChanged(), changed);
+      test.source->onRow = nullptr;
+      test.Filter().SetAbort(false);
+      EXPECT_EQ(Difference(whole, test.PullWhole()), "");
+      EXPECT_FALSE(test.CountsAsChanged());
     }
-    const auto asked = test.source->requests.size();
-    EXPECT_EQ(test.Rig::Pull(rows, test.Whole()), stopped);
-    EXPECT_EQ(test.source->requests.size(), asked + (cached ? 0 : 1))
-        << "the source is still asked";
-    EXPECT_TRUE(test.source->aborts.back());
-    if (contract.pull == Pull::InPlace) {
-      EXPECT_EQ(Difference(picture, rows.Whole()), "") << "the rows are those of the source";
-    } else if (contract.pull == Pull::WholePicture) {
-      EXPECT_THAT(rows.WrittenOutside(0, 0, 0, 0), IsEmpty());
-    }
-    const bool open = !c.pulled && !contract.buildsThroughAbort;
-    const bool changed = stopped != S_OK && (open || contract.abortMarksChange);
-    EXPECT_EQ(test.CountsAsChanged(), changed);
-    test.source->onRow = nullptr;
-    test.Filter().SetAbort(false);
-    EXPECT_EQ(Difference(whole, test.PullWhole()), "");
-    EXPECT_FALSE(test.CountsAsChanged());
   }
-  // After a pull, the flag stops the next one.
-  Test test(*this, picture);
-  test.PullWhole();
-  test.Filter().SetAbort(true);
-  GuardedRows rows(20, 10);
-  EXPECT_EQ(test.Rig::Pull(rows, test.Whole()), stopped);
 }
 
 // At whatever moment the abort comes: the rows are finished from the last one on, and those ahead
@@ -339,10 +296,8 @@ TEST_P(FilterContract, AbortFromAnotherThreadLeavesFinishedRows) {
     test.Filter().SetAbort(false);
     const Picture got = rows.Whole();
     const auto rowIs = [&](const Picture& expected, int y) {
-      return std::equal(got.Colour(0, y), got.Colour(0, y) + 27, expected.Colour(0, y)) &&
-             std::equal(&got.mask[static_cast<std::size_t>(9 * y)],
-                        &got.mask[static_cast<std::size_t>(9 * y)] + 9,
-                        &expected.mask[static_cast<std::size_t>(9 * y)]);
+      const RowRequest row{0, 0, 0, y, 9, 1};
+      return PartOf(got, row) == PartOf(expected, row);
     };
     int y = kHeight - 1;
     while (y >= 0 && rowIs(whole, y)) --y;
@@ -353,12 +308,10 @@ TEST_P(FilterContract, AbortFromAnotherThreadLeavesFinishedRows) {
 }
 
 TEST_P(FilterContract, ANewObjectCountsAsChanged) {
-  const auto filter = Make(Class());
-  EXPECT_EQ(filter->IsDirty(), contract.newObjectIsDirty);
   Rig rig(Noise(4, 4, Masks::Noise, 1), Class());
+  EXPECT_EQ(rig.Filter().IsDirty(), contract.newObjectIsDirty);
   EXPECT_TRUE(rig.Prepare());
   EXPECT_FALSE(rig.Filter().IsDirty());
-  EXPECT_EQ(ActiveText(rig.Filter()), PendingText(rig.Filter()));
   rig.PullWhole();
   EXPECT_FALSE(rig.Prepare());
   // The same text again is no change; another is, once it is prepared.
@@ -366,11 +319,12 @@ TEST_P(FilterContract, ANewObjectCountsAsChanged) {
   rig.Filter().SetParameter(own.c_str(), 1);
   EXPECT_FALSE(rig.Filter().IsDirty());
   rig.Filter().SetParameter(contract.text, 1);
-  EXPECT_EQ(rig.Filter().IsDirty(), contract.hasKeys || contract.keepsText);
-  if (contract.hasKeys) {
+  const bool takesText = contract.hasKeys || contract.keepsText;
+  EXPECT_EQ(rig.Filter().IsDirty(), takesText);
+  if (takesText) {
     EXPECT_EQ(ActiveText(rig.Filter()), own);
   }
-  EXPECT_EQ(rig.Prepare(), contract.hasKeys || contract.keepsText);
+  EXPECT_EQ(rig.Prepare(), takesText);
   EXPECT_EQ(ActiveText(rig.Filter()), PendingText(rig.Filter()));
 }
 
@@ -390,8 +344,7 @@ TEST_P(FilterContract, TextsReadBack) {
   for (int round = 0; round < 300; ++round) {
     const auto first = Make(Class());
     const auto second = Make(Class());
-    if (Class().defaultText && round == 0) first->SetParameter(Class().defaultText, 1);
-    if (round > 0) first->SetParameter(TextWithNumbers(Class().describe(), random).c_str(), 1);
+    first->SetParameter(TextWithNumbers(Class().describe(), random).c_str(), 1);
     const std::string text = PendingText(*first.Get());
     second->SetParameter(text.c_str(), 1);
     ASSERT_EQ(PendingText(*second.Get()), text);
@@ -402,37 +355,26 @@ TEST_P(FilterContract, TextsReadBack) {
 
 TEST_P(FilterContract, AbsentKeysKeepTheirValues) {
   const std::vector<ParameterDescription> keys = Class().describe();
-  const auto filter = Make(Class());
+  std::string before;
   for (const ParameterDescription& key : keys) {
-    if (key.absent == AbsentKey::CountsAsZero) continue;
-    filter->SetParameter((std::string(key.key) + "=077").c_str(), 1);
+    if (key.absent == AbsentKey::KeepsField) before += std::string(key.key) + "=077,";
   }
-  const std::string before = PendingText(*filter.Get());
-  for (const char* text : {"", "=", "Unknown=5", ",,,"}) {
-    const auto kept = [](auto& key) { return key.absent == AbsentKey::KeepsField; };
-    if (contract.keepsText || !std::all_of(keys.begin(), keys.end(), kept)) continue;
-    filter->SetParameter(text, 1);
-    EXPECT_EQ(PendingText(*filter.Get()), before) << text;
-  }
-  filter->SetParameter(nullptr, 1);
-  EXPECT_EQ(PendingText(*filter.Get()), before);
   for (const ParameterDescription& key : keys) {
-    const auto other = Make(Class());
-    other->SetParameter(before.c_str(), 1);
-    other->SetParameter((std::string(key.key) + "=001").c_str(), 1);
-    std::string expected = before;
+    const auto filter = Make(Class());
+    filter->SetParameter(before.c_str(), 1);
+    std::string expected = PendingText(*filter.Get());
     const std::string item = std::string(key.key) + "=";
-    const auto at = expected.find(item) + item.size();
+    filter->SetParameter((item + "001").c_str(), 1);
     ASSERT_NE(expected.find(item), std::string::npos);
+    const auto at = expected.find(item) + item.size();
     expected.replace(at, std::min(expected.find_first_of(" ,", at), expected.size()) - at, "001");
-    EXPECT_EQ(PendingText(*other.Get()), expected) << key.key;
+    EXPECT_EQ(PendingText(*filter.Get()), expected) << key.key;
   }
 }
 
 TEST_P(FilterContract, AnyTextIsTaken) {
   std::mt19937 random(17);
   const std::vector<ParameterDescription> keys = Class().describe();
-  const std::string whole = contract.text;
   Test test(*this, Noise(5, 4, Masks::Noise, 1));
   for (int round = 0; round < 1500; ++round) {
     std::string text = RandomText(random, 80);
@@ -453,46 +395,38 @@ TEST_P(FilterContract, AnyTextIsTaken) {
 // Every buffer size: written whole or not at all, and never beyond the size.
 TEST_P(FilterContract, GettersKeepToTheBuffer) {
   Test test(*this, Noise(4, 4, Masks::Noise, 1));
-  const std::string full = PendingText(test.Filter());
-  const std::string fullActive = ActiveText(test.Filter());
-  int least = 0;
+  const std::string full = PendingText(test.Filter()) + '\0';
+  bool written = false;
   for (int size = -1; size <= 300; ++size) {
     for (const bool active : {false, true}) {
       std::string buffer(340, '\x7f');
       EXPECT_EQ(active ? test.Filter().GetActiveParameter(buffer.data() + 20, size)
                        : test.Filter().GetParameter(buffer.data() + 20, size),
                 S_OK);
-      const std::string& expected = active ? fullActive : full;
-      const bool written = buffer[20] != '\x7f';
+      written = buffer[20] != '\x7f';
       std::string allowed(340, '\x7f');
-      if (written) allowed.replace(20, expected.size() + 1, expected.c_str(), expected.size() + 1);
+      if (written) allowed.replace(20, full.size(), full);
       ASSERT_EQ(buffer, allowed) << size;
-      if (!written) least = size + 1;
-      ASSERT_TRUE(!written || static_cast<int>(expected.size()) < size);
+      ASSERT_TRUE(!written || static_cast<int>(full.size()) <= size);
     }
   }
-  EXPECT_LE(least, 300) << "a large buffer is written";
-  EXPECT_EQ(test.Filter().GetParameter(nullptr, 300), S_OK);
+  EXPECT_TRUE(written) << "a large buffer";
   char name[64] = "";
   test.Filter().GetName(name, 64);
   EXPECT_STREQ(name, Class().progId);
 }
 
 TEST_P(FilterContract, ParametersSetDuringAPullWait) {
-  const Picture picture = Noise(61, 400, Masks::Noise, 1);
-  Test test(*this, picture);
+  Test test(*this, Noise(61, 400, Masks::Noise, 1));
   const Picture expected = test.PullWhole();
   const std::vector<ParameterDescription> keys = Class().describe();
   std::atomic<bool> done{false};
   std::thread dialog([&] {
     std::mt19937 random(5);
-    while (!done) {
-      test.Filter().SetParameter(TextWithNumbers(keys, random).c_str(), 1);
-      PendingText(test.Filter(), 512);
-    }
+    while (!done) test.Filter().SetParameter(TextWithNumbers(keys, random).c_str(), 1);
   });
+  GuardedRows rows(61, 400);
   for (int round = 0; round < 10; ++round) {
-    GuardedRows rows(61, 400);
     EXPECT_EQ(test.Rig::Pull(rows, test.Whole()), S_OK);
     EXPECT_EQ(Difference(expected, rows.Whole()), "");
   }
@@ -503,7 +437,7 @@ TEST_P(FilterContract, ParametersSetDuringAPullWait) {
 // A consumer that prepares while another pulls: the running pull may give out anything but keeps to
 // its rows and pictures, and the next one is right. Here the other consumer comes in at a fixed
 // place, in the middle of the source's rows.
-TEST_P(FilterContract, DISABLED_PreparingDuringAPullIsHarmless) {
+TEST_P(FilterContract, PreparingDuringAPullIsHarmless) {
   for (const int size : {3, 300}) {
     Test test(*this, Noise(20, 10, Masks::Noise, 1));
     const Picture later = Noise(size, size, Masks::Noise, 2);
@@ -531,20 +465,18 @@ TEST_P(FilterContract, DISABLED_PreparingDuringAPullIsHarmless) {
 TEST_P(FilterContract, APixelEqualsARowOfOne) {
   if (contract.pixelsOfItsOwn) return;
   std::mt19937 random(9);
-  const BYTE masks[] = {0, 255, 1, 254, 128};
   for (int round = 0; round < 200; ++round) {
-    const auto byte = [&] { return static_cast<BYTE>(random()); };
-    const BYTE mask = round % 2 ? byte() : masks[random() % 5];
-    Test test(*this, Uniform(1, 1, byte(), byte(), byte(), mask));
+    const auto byte = [&] { return static_cast<BYTE>(random() % 4 ? random() : random() % 3 - 1); };
+    Test test(*this, Uniform(1, 1, byte(), byte(), byte(), byte()));
     const Picture given = test.source->picture;
     std::copy_n(given.Colour(0, 0), 3, test.source->pixel);
     test.source->pixel[3] = given.Mask(0, 0);
     BYTE pixel[4] = {};
     ASSERT_EQ(test.Filter().ReadPixel(pixel), S_OK);
     const Picture row = test.PullWhole();
-    ASSERT_THAT(pixel, testing::ElementsAre(row.Colour(0, 0)[0], row.Colour(0, 0)[1],
-                                            row.Colour(0, 0)[2], row.Mask(0, 0)));
-    EXPECT_EQ(test.source->pixelCount, 1);
+    ASSERT_EQ(std::vector(pixel, pixel + 3), row.colour);
+    ASSERT_EQ(pixel[3], row.Mask(0, 0));
+    ASSERT_EQ(test.source->pixelCount, 1);
   }
 }
 
@@ -582,17 +514,14 @@ TEST(FilterClassTable, RowsAreConsistent) {
       seen.push_back(text);
     }
     const auto filter = Make(row);
-    int kind = -1;
-    int order = -1;
-    EXPECT_EQ(filter->GetKind(&kind), S_OK);
-    EXPECT_EQ(filter->GetOrder(&order), S_OK);
-    EXPECT_EQ(kind, row.sortKey);
-    EXPECT_EQ(order, row.order);
-    EXPECT_TRUE(row.gloss && *row.gloss);
+    int answer = -1;
+    EXPECT_EQ(filter->GetKind(&answer), S_OK);
+    EXPECT_EQ(answer, row.sortKey);
+    EXPECT_EQ(filter->GetOrder(&answer), S_OK);
+    EXPECT_EQ(answer, row.order);
     EXPECT_EQ(row.iconName == nullptr, row.nameKey == nullptr);
     for (const ParameterDescription& key : row.describe()) {
       EXPECT_NE(std::strstr(key.printed, key.key), nullptr);
-      EXPECT_TRUE(*key.gloss) << key.key;
       EXPECT_LT(key.least, key.greatest) << key.key;
     }
   }

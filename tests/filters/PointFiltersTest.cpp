@@ -21,18 +21,10 @@ const FilterClass& ClassOf(const std::string& progId) {
 
 // One number as it may come: a percentage, a byte, beyond either, and the ends of 32 bits.
 int RandomNumber(std::mt19937& random) {
-  const int any = static_cast<int>(random());
   const int ends[] = {-1, 0, 1, 50, 99, 100, 101, 255, 256, -100, 2147483647, -2147483647 - 1};
-  switch (random() % 5) {
-    case 0:
-      return ends[random() % std::size(ends)];
-    case 1:
-      return any % 1000;
-    case 2:
-      return static_cast<int>(random() % 256);
-    default:
-      return static_cast<int>(random() % 101);
-  }
+  if (random() % 5 == 0) return ends[random() % std::size(ends)];
+  const int range = random() % 3 == 0 ? 1000 : 101;
+  return static_cast<int>(random()) % range;
 }
 
 // Some of the class's keys, in any order.
@@ -48,68 +40,31 @@ std::string RandomParameters(const FilterClass& row, std::mt19937& random) {
   return text;
 }
 
-void Compare(const ModelStep& step, const Picture& picture) {
-  Rig rig(picture, ClassOf(step.progId));
-  rig.Filter().SetParameter(step.parameters.c_str(), 1);
-  const std::string difference = Difference(ApplyModel(step, picture), rig.PullWhole());
-  ASSERT_EQ(difference, "") << step.progId << "(" << step.parameters << ")";
-}
-
 TEST(PointFilters, EqualTheirModel) {
-  const ModelStep cases[] = {
-      {"ZNFilter.Sepia.1", ""},
-      {"ZNFilter.Sepia.1", "Sepia=050"},
-      {"ZNFilter.Sepia.1", "Sepia=100"},
+  std::vector<ModelStep> steps = {
       {"ZNFilter.Sepia.1", "Sepia=257"},
-      {"ZNFilter.Sepia.1", "Sepia=-1"},
-      {"ZNFilter.Invert.1", "Inversity=100"},
-      {"ZNFilter.Invert.1", "Inversity=037"},
       {"ZNFilter.Invert.1", "Inversity=-200"},
-      {"ZNFilter.BlackWhiteness.1", ""},
-      {"ZNFilter.BlackWhiteness.1", "BlackWhiteNess=063"},
-      {"ZNFilter.BlackWhiteness.1", "BlackWhiteNess=300"},
-      {"ZNFilter.Transparency.1", "Transparency=000"},
-      {"ZNFilter.Transparency.1", "Transparency=033"},
       {"ZNFilter.Transparency.1", "Transparency=100"},
-      {"ZNFilter.RGBColor.1", "Red=100, Green=-001, Blue=-100"},
       {"ZNFilter.RGBColor.1", "Red=007, Green=2147483647, Blue=-2147483648"},
-      {"ZNFilter.DuoColor.1", ""},
-      {"ZNFilter.DuoColor.1",
-       "Intensity=070, ColorRed=120, ColorGreen=030, ColorBlue=200, Red2=250"},
       {"ZNFilter.DuoColor.1", "Intensity=-150, ColorRed=255, Green2=0"},
-      {"ZNFilter.AdoptColor.1", ""},
       {"ZNFilter.AdoptColor.1", "Intensity=000, ColorRed=200"},
-      {"ZNFilter.AdoptColor.1", "Intensity=100, ColorRed=200, ColorGreen=100, ColorBlue=050"},
       {"ZNFilter.AdoptColor.1", "Intensity=045, ColorRed=255, ColorGreen=250, ColorBlue=255"},
       {"ZNFilter.AdoptColor.1", "Intensity=100, ColorRed=010, ColorGreen=000, ColorBlue=020"},
-      {"ZNFilter.AdoptColor.1", "Intensity=350, ColorGreen=128"},
-      {"ZNFilter.InvertMask.1", ""},
       {"ZNFilter.InvertMask.1", "Blue=001, Green=002, Red=003, Transparency=100"},
-      {"ZNFilter.InvertMask.1", "Blue=200, Green=100, Red=050, Transparency=042"},
-      {"ZNFilter.InvertMask.1", "Transparency=-30"},
-      {"ZNFilter.InvertMask.1", "Transparency=170"},
-      {"ZNFilter.ImgBg.1", ""},
-      {"ZNFilter.ImgBg.1", "Blue=010, Green=020, Red=030, Transparency=055"},
       {"ZNFilter.ImgBg.1", "Transparency=100"},
-      {"ZNFilter.ImgBg.1", "Transparency=099"},
-      {"ZNFilter.ImgBg.1", "Transparency=-77"},
-      {"ZNFilter.Zero.1", "x"}};
-  for (const ModelStep& step : cases) {
-    for (const NamedPicture& test : TestPictures()) {
-      SCOPED_TRACE(test.name);
-      Compare(step, test.picture);
-    }
-  }
-}
-
-TEST(PointFilters, EqualTheirModelWithAnyNumbers) {
+      {"ZNFilter.ImgBg.1", "Transparency=099"}};
   std::mt19937 random(31);
   for (const FilterClass& row : FilterClasses()) {
-    if (row.state != ClassState::Built || row.describe().empty()) continue;
-    for (int round = 0; round < 60; ++round) {
-      const auto& test = TestPictures()[random() % TestPictures().size()];
-      SCOPED_TRACE(test.name);
-      Compare({row.progId, RandomParameters(row, random)}, test.picture);
+    if (row.state != ClassState::Built) continue;
+    steps.push_back({row.progId, ""});
+    for (int i = 0; i < 8; ++i) steps.push_back({row.progId, RandomParameters(row, random)});
+  }
+  for (const ModelStep& step : steps) {
+    for (const NamedPicture& test : TestPictures()) {
+      Rig rig(test.picture, ClassOf(step.progId));
+      rig.Filter().SetParameter(step.parameters.c_str(), 1);
+      ASSERT_EQ(Difference(ApplyModel(step, test.picture), rig.PullWhole()), "")
+          << test.name << ": " << step.progId << "(" << step.parameters << ")";
     }
   }
 }

@@ -75,15 +75,10 @@ std::string GuardedRows::Plane::WrittenOutside(int firstByte, int endByte, int f
   }
   const auto at = std::mismatch(allowed.begin(), allowed.end(), store.begin()).first;
   if (at == allowed.end()) return {};
-  const auto place = at - allowed.begin();
-  for (std::size_t row = 0; row < starts.size(); ++row) {
-    const auto offset = place - static_cast<std::ptrdiff_t>(starts[row]);
-    if (offset >= -static_cast<std::ptrdiff_t>(kGuardBytes) && offset < bytes + 20) {
-      return std::string("written at byte ") + std::to_string(offset) + " of row " +
-             std::to_string(row);
-    }
-  }
-  return "written between rows";
+  const auto place = static_cast<std::size_t>(at - allowed.begin());
+  std::string text = "written at byte " + std::to_string(place) + ", rows start at";
+  for (const std::size_t start : starts) text += " " + std::to_string(start);
+  return text;
 }
 
 }  // namespace testing_support

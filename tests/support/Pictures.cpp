@@ -13,23 +13,12 @@ void FillMask(Picture& picture, Masks masks, std::mt19937& random) {
   for (int y = 0; y < picture.height; ++y) {
     for (int x = 0; x < picture.width; ++x) {
       const bool edge = x == 0 || y == 0 || x == picture.width - 1 || y == picture.height - 1;
-      switch (masks) {
-        case Masks::Opaque:
-          picture.Mask(x, y) = 0;
-          break;
-        case Masks::Nothing:
-          picture.Mask(x, y) = 255;
-          break;
-        case Masks::Noise:
-          // The two extremes often, all others too.
-          picture.Mask(x, y) = Byte(std::clamp(static_cast<int>(random() % 400) - 72, 0, 255));
-          break;
-        case Masks::Edges:
-          picture.Mask(x, y) = edge ? 255 : 0;
-          break;
-        case Masks::Steps:
-          picture.Mask(x, y) = Byte(x * 17 + y);
-          break;
+      const bool open = masks == Masks::Nothing || (masks == Masks::Edges && edge);
+      picture.Mask(x, y) = open ? 255 : 0;
+      if (masks == Masks::Steps) picture.Mask(x, y) = Byte(x * 17 + y);
+      if (masks == Masks::Noise) {
+        // The two extremes often, all others too.
+        picture.Mask(x, y) = Byte(std::clamp(static_cast<int>(random() % 400) - 72, 0, 255));
       }
     }
   }

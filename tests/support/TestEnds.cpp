@@ -3,35 +3,14 @@
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
-#include <utility>
 
 namespace testing_support {
-namespace {
-
-template <class... Numbers>
-std::string Call(const char* name, Numbers... numbers) {
-  std::string text = name;
-  (text.append(" ").append(std::to_string(numbers)), ...);
-  return text;
-}
-
-}  // namespace
-
 void PrintTo(const RowRequest& r, std::ostream* out) {
   *out << "{" << r.destX << " " << r.destY << " " << r.srcX << " " << r.srcY << " " << r.width
        << " " << r.height << "}";
 }
 
 // --- source
-
-TestSource::TestSource(Picture served) : picture(std::move(served)) {}
-
-TestSource::~TestSource() = default;
-
-HRESULT TestSource::QueryInterface(REFIID iid, void** result) {
-  const HRESULT status = ComObject::QueryInterface(iid, result);
-  return FAILED(status) && otherEnd ? otherEnd->QueryInterface(iid, result) : status;
-}
 
 HRESULT TestSource::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                              BYTE** colourRows, BYTE** maskRows) {
@@ -68,7 +47,6 @@ HRESULT TestSource::SetAbort(bool abort) {
 }
 
 HRESULT TestSource::Prepare(bool* changed, int* consumer, bool trackRevision) {
-  ++prepareCount;
   prepares.emplace_back(*consumer, trackRevision);
   if (destination) {
     if (targetWidth > 0) destination->SetTargetSize(targetWidth, targetHeight);
@@ -83,7 +61,6 @@ HRESULT TestSource::Prepare(bool* changed, int* consumer, bool trackRevision) {
 }
 
 HRESULT TestSource::AttachDestination(IUnknown* newDestination) {
-  ++attachCount;
   destination = platform::ComPtr<IAnimFilterSrcCallsThis>::Query(newDestination);
   return S_OK;
 }
@@ -91,7 +68,7 @@ HRESULT TestSource::AttachDestination(IUnknown* newDestination) {
 HRESULT TestSource::ReadPixel(BYTE* answer) {
   ++pixelCount;
   std::memcpy(answer, pixel, sizeof pixel);
-  return pixelResult;
+  return S_OK;
 }
 
 HRESULT TestSource::SendToSource(std::intptr_t message) {
@@ -102,47 +79,15 @@ HRESULT TestSource::SendToSource(std::intptr_t message) {
 // --- destination
 
 HRESULT TestDestination::SetPictureSize(int w, int h) {
-  calls.push_back(Call("SetPictureSize", w, h));
   width = w;
   height = h;
-  return S_OK;
-}
-
-HRESULT TestDestination::SetOffset(int x, int y) {
-  calls.push_back(Call("SetOffset", x, y));
-  return S_OK;
-}
-
-HRESULT TestDestination::SetExtent(int w, int h) {
-  calls.push_back(Call("SetExtent", w, h));
-  return S_OK;
-}
-
-HRESULT TestDestination::SetTargetSize(int w, int h) {
-  calls.push_back(Call("SetTargetSize", w, h));
-  return S_OK;
+  return Record("SetPictureSize", w, h);
 }
 
 HRESULT TestDestination::QuerySize(int* w, int* h, double aspect) {
   askedAspect = aspect;
   *w = wantedWidth;
   *h = wantedHeight;
-  return S_OK;
-}
-
-HRESULT TestDestination::SetZoom(double zoom) {
-  calls.push_back(Call("SetZoom", zoom));
-  return S_OK;
-}
-
-HRESULT TestDestination::SetMark(int a, int b) {
-  calls.push_back(Call("SetMark", a, b));
-  return S_OK;
-}
-
-HRESULT TestDestination::GetMark(int* a, int* b) {
-  *a = marks[0];
-  *b = marks[1];
   return S_OK;
 }
 
@@ -153,11 +98,11 @@ HRESULT TestDestination::Lock() {
 
 HRESULT TestDestination::Unlock() {
   locks += 'U';
+  if (onUnlock) onUnlock();
   return S_OK;
 }
 
 HRESULT TestDestination::AttachSource(IUnknown* newSource) {
-  ++attachCount;
   source = platform::ComPtr<IAnimFilterDestCallsThis>::Query(newSource);
   return S_OK;
 }
@@ -170,29 +115,6 @@ HRESULT TestDestination::ExpandText(const char* text, char**) {
 HRESULT TestDestination::QueryPrintScale(double* scale) {
   *scale = 2.5;
   return S_OK;
-}
-
-HRESULT TestDestination::HostCall3(std::intptr_t a, std::intptr_t b, std::intptr_t c) {
-  calls.push_back(Call("HostCall3", a, b, c));
-  return S_OK;
-}
-
-HRESULT TestDestination::HostCall1(std::intptr_t a) {
-  calls.push_back(Call("HostCall1", a));
-  return S_OK;
-}
-
-HRESULT TestDestination::HostCall1b(std::intptr_t a) {
-  calls.push_back(Call("HostCall1b", a));
-  return S_OK;
-}
-
-std::vector<std::string> TestDestination::TakeCalls() {
-  return std::exchange(calls, {});
-}
-
-std::string TestDestination::TakeLocks() {
-  return std::exchange(locks, {});
 }
 
 }  // namespace testing_support

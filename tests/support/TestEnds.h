@@ -1,10 +1,10 @@
 // The two ends of a chain as a test's host writes them: a picture source and a destination.
 #pragma once
 
-#include <atomic>
 #include <deque>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/AnimInterfaces.h"
@@ -21,15 +21,10 @@ struct RowRequest {
 };
 void PrintTo(const RowRequest& request, std::ostream* out);
 
-class TestDestination;
-
 // Serves a picture. A request is cut to the picture: what lies outside is not written.
 class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestCallsThis> {
  public:
-  explicit TestSource(Picture served);
-  ~TestSource();
-
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override;
+  explicit TestSource(Picture served) : picture(std::move(served)) {}
 
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
@@ -52,7 +47,6 @@ class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestC
 
   // What the next calls of ReadRows answer instead of 0, in turn. Rows are delivered all the same.
   std::deque<HRESULT> results;
-  HRESULT pixelResult = S_OK;
   bool throwsInReadRows = false;
   // Runs after each row that is delivered, with the rows so far in this call; for an abort in the
   // middle.
@@ -60,49 +54,57 @@ class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestC
 
   std::vector<RowRequest> requests;
   std::vector<std::intptr_t> messages;
-  int prepareCount = 0;
   int pixelCount = 0;
   std::vector<bool> aborts;
   std::vector<std::pair<int, bool>> prepares;  // revision and flag of each Prepare
-  int attachCount = 0;
   platform::ComPtr<IAnimFilterSrcCallsThis> destination;
-  // Answers for the interfaces of a destination, when the host serves both ends with one object.
-  platform::ComPtr<TestDestination> otherEnd;
 };
 
 // Records what it is told.
 class TestDestination final : public platform::ComObject<TestDestination, IAnimFilterSrcCallsThis> {
  public:
-  HRESULT STDMETHODCALLTYPE SetPictureSize(int width, int height) override;
-  HRESULT STDMETHODCALLTYPE SetOffset(int x, int y) override;
-  HRESULT STDMETHODCALLTYPE SetExtent(int width, int height) override;
-  HRESULT STDMETHODCALLTYPE SetTargetSize(int width, int height) override;
-  HRESULT STDMETHODCALLTYPE QuerySize(int* width, int* height, double aspect) override;
-  HRESULT STDMETHODCALLTYPE SetZoom(double zoom) override;
-  HRESULT STDMETHODCALLTYPE SetMark(int a, int b) override;
-  HRESULT STDMETHODCALLTYPE GetMark(int* a, int* b) override;
+  HRESULT STDMETHODCALLTYPE SetPictureSize(int w, int h) override;
+  HRESULT STDMETHODCALLTYPE SetOffset(int x, int y) override { return Record("SetOffset", x, y); }
+  HRESULT STDMETHODCALLTYPE SetExtent(int w, int h) override { return Record("SetExtent", w, h); }
+  HRESULT STDMETHODCALLTYPE SetTargetSize(int w, int h) override {
+    return Record("SetTargetSize", w, h);
+  }
+  HRESULT STDMETHODCALLTYPE QuerySize(int* w, int* h, double aspect) override;
+  HRESULT STDMETHODCALLTYPE SetZoom(double zoom) override { return Record("SetZoom", zoom); }
+  HRESULT STDMETHODCALLTYPE SetMark(int a, int b) override { return Record("SetMark", a, b); }
+  HRESULT STDMETHODCALLTYPE GetMark(int*, int*) override { return S_OK; }
   HRESULT STDMETHODCALLTYPE Lock() override;
   HRESULT STDMETHODCALLTYPE Unlock() override;
   HRESULT STDMETHODCALLTYPE AttachSource(IUnknown* newSource) override;
-  HRESULT STDMETHODCALLTYPE ExpandText(const char* text, char** expanded) override;
+  HRESULT STDMETHODCALLTYPE ExpandText(const char* text, char**) override;
   HRESULT STDMETHODCALLTYPE QueryPrintScale(double* scale) override;
-  HRESULT STDMETHODCALLTYPE HostCall3(std::intptr_t a, std::intptr_t b, std::intptr_t c) override;
-  HRESULT STDMETHODCALLTYPE HostCall1(std::intptr_t a) override;
-  HRESULT STDMETHODCALLTYPE HostCall1b(std::intptr_t a) override;
+  HRESULT STDMETHODCALLTYPE HostCall3(std::intptr_t a, std::intptr_t b, std::intptr_t c) override {
+    return Record("HostCall3", a, b, c);
+  }
+  HRESULT STDMETHODCALLTYPE HostCall1(std::intptr_t a) override { return Record("HostCall1", a); }
+  HRESULT STDMETHODCALLTYPE HostCall1b(std::intptr_t a) override { return Record("HostCall1b", a); }
 
   // The calls with their arguments, such as "SetPictureSize 3 4"; Lock and Unlock stand in `locks`.
   std::vector<std::string> calls;
-  std::vector<std::string> TakeCalls();
+  std::vector<std::string> TakeCalls() { return std::exchange(calls, {}); }
   // "L" and "U" in turn.
   std::string locks;
-  std::string TakeLocks();
+  std::string TakeLocks() { return std::exchange(locks, {}); }
+  std::function<void()> onUnlock;
 
   int width = 0, height = 0;  // the last SetPictureSize
   int wantedWidth = -1, wantedHeight = -1;
   double askedAspect = 0;
-  int marks[2] = {};
-  int attachCount = 0;
   platform::ComPtr<IAnimFilterDestCallsThis> source;
+
+ private:
+  template <class... Numbers>
+  HRESULT Record(const char* name, Numbers... numbers) {
+    std::string text = name;
+    (text.append(" ").append(std::to_string(numbers)), ...);
+    calls.push_back(text);
+    return S_OK;
+  }
 };
 
 }  // namespace testing_support

@@ -28,14 +28,6 @@ const FilterClass& TestClass(const char* progId, int order, int sortKey,
   return rows.back();
 }
 
-HRESULT RecordingFilter::QueryInterface(REFIID iid, void** result) {
-  if (!offersParameters && base::SameGuid(iid, IAnimFilterParameter::kIid)) {
-    *result = nullptr;
-    return E_NOINTERFACE;
-  }
-  return CPdibFilter::QueryInterface(iid, result);
-}
-
 HRESULT RecordingFilter::GetName(char* buffer, int size) {
   if (throws == Throws::GetName) throw std::runtime_error("GetName");
   return CPdibFilter::GetName(buffer, size);
@@ -61,16 +53,6 @@ HRESULT RecordingFilter::GetParameter(char* buffer, int size) {
 HRESULT RecordingFilter::GetActiveParameter(char* buffer, int size) {
   CopyParameterText(active, 1, buffer, size);
   return S_OK;
-}
-
-HRESULT RecordingCreator::CreateFilter(const char* progId, REFIID iid, void** result) {
-  *result = nullptr;
-  for (const FilterClass* row : classes) {
-    if (std::string(row->progId) != progId) continue;
-    made.push_back(progId);
-    return ComPtr<CPdibFilter>::Attach(row->make(*row))->QueryInterface(iid, result);
-  }
-  return E_FAIL;
 }
 
 ComPtr<CPdibFilter> Make(const FilterClass& row) {

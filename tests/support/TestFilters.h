@@ -1,11 +1,9 @@
 // Filters, a creator and a linked chain for tests.
 #pragma once
 
-#include <map>
 #include <string>
 #include <vector>
 
-#include "core/AnimChain.h"
 #include "core/PdibFilter.h"
 #include "tests/support/GuardedRows.h"
 #include "tests/support/TestEnds.h"
@@ -25,10 +23,12 @@ const FilterClass& TestClass(const char* progId, int order = 5000, int sortKey =
 // Keeps its text, passes rows through and counts what is done to it. Throws where it is told to.
 class RecordingFilter : public CPdibFilter {
  public:
-  explicit RecordingFilter(const FilterClass& row) : CPdibFilter(row) { ++alive; }
+  explicit RecordingFilter(const FilterClass& row) : CPdibFilter(row) {
+    ++alive;
+    made.push_back(row.progId);
+  }
   ~RecordingFilter() override { --alive; }
 
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override;
   HRESULT STDMETHODCALLTYPE GetName(char* buffer, int size) override;
   HRESULT STDMETHODCALLTYPE GetOrder(int* result) override;
   bool IsDirty() override { return pending != active; }
@@ -40,32 +40,10 @@ class RecordingFilter : public CPdibFilter {
   enum class Throws { Nowhere, SetParameter, GetName, GetOrder };
   static inline Throws throws = Throws::Nowhere;
   static inline int alive = 0;
-  // Of all objects: what SetParameter was given, in turn.
-  static inline std::vector<std::string> given;
+  // Of all objects, in turn: their names, and what SetParameter was given.
+  static inline std::vector<std::string> made, given;
 
-  bool offersParameters = true;
   std::string pending, active;
-};
-
-// Makes recording filters of the names that it knows.
-class RecordingCreator final : public platform::ComObject<RecordingCreator, IAnimFilterCreator> {
- public:
-  explicit RecordingCreator(const std::vector<const FilterClass*>& known) : classes(known) {}
-
-  HRESULT STDMETHODCALLTYPE CreateFilter(const char* progId, REFIID iid, void** result) override;
-  HRESULT STDMETHODCALLTYPE CreateFilterDialog(const char*, std::intptr_t, REFIID,
-                                               void**) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetFilterCount(int*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE CreateFilterAt(int, REFIID, void**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE CreateChain(REFIID, void**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetFilterInfo(int, char*, int, int*) override { return E_NOTIMPL; }
-
-  std::vector<std::string> made;
-
- private:
-  std::vector<const FilterClass*> classes;
 };
 
 // A source, filters and a destination, linked in this order; unlinked at the end, so that all are
