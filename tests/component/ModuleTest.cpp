@@ -12,7 +12,7 @@
 #include "core/AnimInterfaces.h"
 #include "core/FilterClass.h"
 #include "platform/component/ComPtr.h"
-#include "platform/component/OleText.h"
+#include "tests/component/CreatorNames.h"
 #include "tests/component/RequiredClasses.h"
 
 namespace component_test {
@@ -88,36 +88,6 @@ TEST_F(Module, ServesEveryRequiredClassWithItsIdsAndWords) {
   }
 }
 
-TEST_F(Module, ServesChainAndCreator) {
-  EXPECT_TRUE(Create<IAnimFilterChain>(kChainClassId));
-  EXPECT_TRUE(Create<IAnimFilterCreator>(kCreatorClassId));
-}
-
-TEST_F(Module, RefusesWhatItDoesNotHave) {
-  void* result = this;
-  EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
-            DllGetClassObject(kFilterCategory, IID_IClassFactory, &result));
-  EXPECT_EQ(nullptr, result);
-  result = this;
-  EXPECT_EQ(E_NOINTERFACE, DllGetClassObject(kChainClassId, IAnimFilter::kIid, &result));
-  EXPECT_EQ(nullptr, result);
-  EXPECT_EQ(E_POINTER, DllGetClassObject(kChainClassId, IID_IClassFactory, nullptr));
-  EXPECT_EQ(E_POINTER, FxboxCreateCreator(IAnimFilterCreator::kIid, nullptr));
-  result = this;
-  EXPECT_EQ(E_NOINTERFACE, FxboxCreateCreator(IAnimFilter::kIid, &result));
-  EXPECT_EQ(nullptr, result);
-}
-
-TEST_F(Module, IsNoPartOfAnotherObject) {
-  const auto outer = Create<IAnimFilterChain>(kChainClassId);
-  for (const CLSID& classId : {IdOf(kRequiredClasses[0].classId), kChainClassId, kCreatorClassId}) {
-    void* result = this;
-    EXPECT_EQ(CLASS_E_NOAGGREGATION,
-              ClassObject(classId)->CreateInstance(outer.Get(), IID_IUnknown, &result));
-    EXPECT_EQ(nullptr, result);
-  }
-}
-
 TEST_F(Module, CanGoWhenNothingOfItIsHeld) {
   EXPECT_EQ(S_OK, DllCanUnloadNow());
   auto factory = ClassObject(kChainClassId);
@@ -138,20 +108,6 @@ TEST_F(Module, CanGoWhenNothingOfItIsHeld) {
   EXPECT_EQ(S_OK, DllCanUnloadNow());
 }
 
-// Other modules may be registered on the machine: their classes stand between.
-std::vector<std::string> OwnNames(IAnimFilterCreator& creator) {
-  int count = 0;
-  creator.GetFilterCount(&count);
-  std::vector<std::string> names;
-  for (int i = 0; i < count; ++i) {
-    char name[200] = "";
-    int order = 0;
-    creator.GetFilterInfo(i, name, sizeof name, &order);
-    if (std::string(name).starts_with("ZNFilter.")) names.push_back(name);
-  }
-  return names;
-}
-
 std::vector<std::string> RequiredNames() {
   std::vector<std::string> names;
   for (const RequiredClass& required : kRequiredClasses) names.push_back(required.progId);
@@ -161,7 +117,10 @@ std::vector<std::string> RequiredNames() {
 TEST_F(Module, GivesACreatorThatNeedsNoRegistration) {
   ComPtr<IAnimFilterCreator> creator;
   ASSERT_EQ(S_OK, FxboxCreateCreator(IAnimFilterCreator::kIid, creator.PutVoid()));
-  EXPECT_THAT(OwnNames(*creator.Get()), testing::ElementsAreArray(RequiredNames()));
+  std::vector<std::string> names = NamesOf(*creator.Get());
+  // Other modules may be registered on the machine: their classes stand between.
+  std::erase_if(names, [](const std::string& name) { return !name.starts_with("ZNFilter."); });
+  EXPECT_THAT(names, testing::ElementsAreArray(RequiredNames()));
   ComPtr<IAnimFilter> filter;
   ASSERT_EQ(S_OK, creator->CreateFilter("ZNFilter.Sepia.1", IAnimFilter::kIid, filter.PutVoid()));
   EXPECT_EQ("ZNFilter.Sepia.1", NameOf(*filter.Get()));
@@ -169,24 +128,6 @@ TEST_F(Module, GivesACreatorThatNeedsNoRegistration) {
   EXPECT_EQ(S_OK, creator->CreateChain(IAnimFilterChain::kIid, chain.PutVoid()));
   EXPECT_TRUE(chain);
 }
-
-#ifndef _WIN32
-// On Windows this takes a registration, which the hosts in C and of the other compiler have.
-TEST_F(Module, IsKnownToTheRuntimeOfItsProcess) {
-  CLSID classId = {};
-  EXPECT_EQ(S_OK, CLSIDFromProgID(platform::ToOleText("ZNFilter.Creator").c_str(), &classId));
-  EXPECT_TRUE(base::SameGuid(kCreatorClassId, classId));
-  ComPtr<IAnimFilterCreator> creator;
-  ASSERT_EQ(S_OK, CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IAnimFilterCreator::kIid,
-                                   creator.PutVoid()));
-  EXPECT_THAT(OwnNames(*creator.Get()), testing::ElementsAreArray(RequiredNames()));
-  for (const RequiredClass& required : kRequiredClasses) {
-    LPOLESTR progId = nullptr;
-    EXPECT_EQ(S_OK, ProgIDFromCLSID(IdOf(required.classId), &progId));
-    EXPECT_EQ(required.progId, platform::TakeOleText(progId));
-  }
-}
-#endif
 
 }  // namespace
 }  // namespace component_test

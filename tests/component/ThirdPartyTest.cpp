@@ -14,6 +14,7 @@
 #include "platform/Services.h"
 #include "platform/component/ComObject.h"
 #include "platform/component/ComPtr.h"
+#include "tests/component/CreatorNames.h"
 
 namespace {
 
@@ -34,19 +35,6 @@ ComPtr<IAnimFilterCreator> NewCreator() {
   ComPtr<IAnimFilterCreator> creator;
   EXPECT_EQ(S_OK, FxboxCreateCreator(IAnimFilterCreator::kIid, creator.PutVoid()));
   return creator;
-}
-
-std::vector<std::string> Names(IAnimFilterCreator& creator) {
-  int count = 0;
-  creator.GetFilterCount(&count);
-  std::vector<std::string> names;
-  for (int i = 0; i < count; ++i) {
-    char name[200] = "";
-    int order = 0;
-    creator.GetFilterInfo(i, name, sizeof name, &order);
-    names.emplace_back(name);
-  }
-  return names;
 }
 
 // One row of two pixels.
@@ -103,12 +91,12 @@ struct ThirdParty : testing::Test {
 };
 
 TEST_F(ThirdParty, ComesAndGoesWithItsRegistration) {
-  EXPECT_THAT(Names(*NewCreator().Get()), testing::Not(testing::Contains(kSwap)));
+  EXPECT_THAT(component_test::NamesOf(*NewCreator().Get()), testing::Not(testing::Contains(kSwap)));
 
   ASSERT_EQ(S_OK, CallModule("DllRegisterServer"));
   {
     const auto creator = NewCreator();
-    const std::vector<std::string> names = Names(*creator.Get());
+    const std::vector<std::string> names = component_test::NamesOf(*creator.Get());
     const auto found = std::find(names.begin(), names.end(), kSwap);
     ASSERT_NE(names.end(), found);
     EXPECT_EQ("ZNFilter.Optimize.1", found[-1]);
@@ -124,7 +112,7 @@ TEST_F(ThirdParty, ComesAndGoesWithItsRegistration) {
 
   ASSERT_EQ(S_OK, CallModule("DllUnregisterServer"));
   const auto creator = NewCreator();
-  EXPECT_THAT(Names(*creator.Get()), testing::Not(testing::Contains(kSwap)));
+  EXPECT_THAT(component_test::NamesOf(*creator.Get()), testing::Not(testing::Contains(kSwap)));
   EXPECT_THAT(Pull(*creator.Get(), "ThirdParty.Swap.1()ZNFilter.Zero.1()"),
               ElementsAre(1, 2, 3, 10, 20, 30));
 }

@@ -8,9 +8,8 @@
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
 
-#include "tests/imageio/TestData.h"
+#include "tests/imageio/TestPicture.h"
 
 namespace {
 
@@ -37,12 +36,9 @@ Bytes Pixels(const Bytes& file) {
   return PixelsOf(TestPicture::OfBytes(file));
 }
 
-Bytes Greys(std::initializer_list<int> greys) {
+Bytes Greys(std::initializer_list<std::uint8_t> greys) {
   Bytes pixels;
-  for (const int grey : greys) {
-    const auto byte = static_cast<std::uint8_t>(grey);
-    pixels.insert(pixels.end(), {byte, byte, byte, 255});
-  }
+  for (const std::uint8_t grey : greys) pixels.insert(pixels.end(), {grey, grey, grey, 255});
   return pixels;
 }
 
@@ -52,11 +48,9 @@ TEST(Pnm, AllKinds) {
       {"P1\n# a comment\n3 2\n1 0 1\n010", Greys({0, 255, 0, 255, 0, 255})},
       {"P4 10 1\n\xA0\x40", Greys({0, 255, 0, 255, 255, 255, 255, 255, 255, 0})},
       {"P2\t2 2 # width\n100\n0 50\r\n100 101", Greys({0, 128, 255, 255})},
-      {"P5 3 1 255\n\x00\x80\xFF"s, Greys({0, 128, 255})},
       {"P5 3#\n1#5\n255# then pixels\nabc", Greys({'a', 'b', 'c'})},
       {"P5 4 1 15\n\x00\x01\x07\x0F"s, Greys({0, 17, 119, 255})},
       {"P5 4 1 65535\n\x00\x80\x00\x81\x7F\xFF\xFF\xFF"s, Greys({0, 1, 127, 255})},
-      {"P5 2 1 1000\n\x01\xF4\x03\xE8", Greys({128, 255})},
       {"P3 1 1 7 1 2 3", {36, 73, 109, 255}},
       {"P6 1 1 65535\n\xFF\xFF\x80\x80\x00\x00"s, {255, 128, 0, 255}},
       {"P7\nWIDTH 2\nHEIGHT 1\nDEPTH 1\nMAXVAL 1\nTUPLTYPE BLACKANDWHITE\nENDHDR\n\x00\x01"s,
@@ -66,19 +60,8 @@ TEST(Pnm, AllKinds) {
        {9, 9, 9, 7}},
       {"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 65535\nTUPLTYPE RGB_ALPHA\nENDHDR\n\x01\x01\x02\x02\x03\x03\x00\x00"s,
        {1, 2, 3, 0}},
-      {"P7\nWIDTH 1\nHEIGHT 1\nDEPTH 3\nMAXVAL 255\nENDHDR\nabc", {'a', 'b', 'c', 255}},
   };
   for (const auto& [text, pixels] : cases) EXPECT_EQ(Pixels(BytesOf(text)), pixels) << text;
-}
-
-TEST(Pnm, DamagedHeadsAreErrors) {
-  for (const char* text :
-       {"P5 1 1 0\n1", "P5 -1 1 255\n1", "P3 1 1 255 1 x 3", "P1 1 1 2", "P5 1",
-        "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 5\nMAXVAL 255\nENDHDR\n12345",
-        "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n1234",
-        "P7\nWIDTH 1\nSIZE 3\nENDHDR\n"}) {
-    EXPECT_THROW(Pixels(BytesOf(text)), imageio::ImageError) << text;
-  }
 }
 
 struct PngKind {
@@ -132,17 +115,14 @@ TEST(Png, AllKinds) {
   };
   const Case cases[] = {
       {{PNG_COLOR_TYPE_GRAY, 1, false}, 3, {0xA0}, Greys({255, 0, 255})},
-      {{PNG_COLOR_TYPE_GRAY, 2, false}, 4, {0x1B}, Greys({0, 85, 170, 255})},
       {{PNG_COLOR_TYPE_GRAY, 2, true}, 2, {0x10}, {0, 0, 0, 255, 85, 85, 85, 0}},
       {{PNG_COLOR_TYPE_GRAY, 4, false}, 2, {0x1F}, Greys({17, 255})},
-      {{PNG_COLOR_TYPE_GRAY, 8, false}, 2, {7, 9}, Greys({7, 9})},
       {{PNG_COLOR_TYPE_GRAY, 16, false}, 2, {0x00, 0x81, 0x81, 0x00}, Greys({1, 128})},
       {{PNG_COLOR_TYPE_GRAY_ALPHA, 8, false}, 1, {7, 0}, {7, 7, 7, 0}},
       {{PNG_COLOR_TYPE_PALETTE, 2, false}, 2, {0x40}, {40, 50, 60, 255, 10, 20, 30, 255}},
       {{PNG_COLOR_TYPE_PALETTE, 2, true}, 2, {0x60}, {40, 50, 60, 100, 70, 80, 90, 255}},
       {{PNG_COLOR_TYPE_RGB, 8, true}, 2, {1, 2, 3, 3, 2, 1}, {1, 2, 3, 0, 3, 2, 1, 255}},
       {{PNG_COLOR_TYPE_RGB, 16, false}, 1, {9, 9, 8, 8, 7, 7}, {9, 8, 7, 255}},
-      {{PNG_COLOR_TYPE_RGB_ALPHA, 8, false}, 1, {1, 2, 3, 0}, {1, 2, 3, 0}},
       {{PNG_COLOR_TYPE_RGB_ALPHA, 16, false}, 1, {1, 1, 2, 2, 3, 3, 4, 4}, {1, 2, 3, 4}},
   };
   for (const Case& c : cases) {
@@ -226,14 +206,10 @@ TEST(Jpeg, ProgressiveGivesTheSame) {
 
 // A file may lack its end mark, but nothing else.
 TEST(Jpeg, CutOffAnywhereIsAnError) {
-  for (const bool progressive : {false, true}) {
-    const Bytes whole = MakeJpeg(70, 50, JCS_RGB, 3, progressive, WavyPixels(70, 50, 3));
-    const Bytes lacksMark(whole.begin(), whole.end() - 2);
-    EXPECT_EQ(Pixels(lacksMark), Pixels(whole));
-    for (std::size_t size = 3; size < whole.size() - 6; ++size) {
-      const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
-      EXPECT_THROW(Pixels(cut), imageio::ImageError) << size << " of " << whole.size();
-    }
+  const Bytes whole = MakeJpeg(70, 50, JCS_RGB, 3, true, WavyPixels(70, 50, 3));
+  EXPECT_EQ(Pixels({whole.begin(), whole.end() - 2}), Pixels(whole));
+  for (auto end = whole.begin() + 3; end < whole.end() - 6; ++end) {
+    EXPECT_THROW(Pixels({whole.begin(), end}), imageio::ImageError) << end - whole.begin();
   }
 }
 
@@ -258,37 +234,8 @@ struct TiffKind {
 constexpr int kTiffWidth = 37;
 constexpr int kTiffHeight = 35;
 
-// The sample s of a pixel as the file holds it.
-using Sample = std::function<unsigned(int x, int y, int s)>;
-
-void PutSample(Bytes& row, std::size_t index, int bits, unsigned value) {
-  if (bits == 16) {
-    const auto word = static_cast<std::uint16_t>(value);
-    std::memcpy(&row[2 * index], &word, 2);
-  } else if (bits == 8) {
-    row[index] = static_cast<std::uint8_t>(value);
-  } else {
-    const std::size_t bit = index * static_cast<std::size_t>(bits);
-    row[bit / 8] |= static_cast<std::uint8_t>(value << (8 - static_cast<unsigned>(bits) - bit % 8));
-  }
-}
-
-// Rows of one plane, `from` its first sample, starting at x0, y0.
-Bytes PackBlock(const TiffKind& kind, const Sample& sample, int from, int perPixel, int x0, int y0,
-                int width, int height) {
-  Bytes block;
-  for (int y = y0; y < y0 + height; ++y) {
-    Bytes row(static_cast<std::size_t>((width * perPixel * kind.bits + 7) / 8));
-    for (int x = x0; x < std::min(x0 + width, kTiffWidth) && y < kTiffHeight; ++x) {
-      for (int s = 0; s < perPixel; ++s) {
-        PutSample(row, static_cast<std::size_t>((x - x0) * perPixel + s), kind.bits,
-                  sample(x, y, from + s));
-      }
-    }
-    block.insert(block.end(), row.begin(), row.end());
-  }
-  return block;
-}
+// Values as the file holds them, pixel by pixel.
+using Samples = std::vector<unsigned>;
 
 void SetTiffFields(TIFF* tiff, const TiffKind& kind, bool planes) {
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kTiffWidth);
@@ -298,43 +245,59 @@ void SetTiffFields(TIFF* tiff, const TiffKind& kind, bool planes) {
   TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, kind.photometric);
   TIFFSetField(tiff, TIFFTAG_COMPRESSION, kind.compression);
   TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, planes ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
-  if (kind.extra >= 0) {
-    const auto extra = static_cast<std::uint16_t>(kind.extra);
-    TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &extra);
+  const auto extra = static_cast<std::uint16_t>(kind.extra);
+  if (kind.extra >= 0) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &extra);
+  std::vector<std::uint16_t> rising(256), falling(256);
+  for (std::size_t i = 0; i < 256; ++i) {
+    rising[i] = static_cast<std::uint16_t>(i * 257);
+    falling[i] = static_cast<std::uint16_t>((255 - i) * 257);
   }
-  if (kind.photometric != PHOTOMETRIC_PALETTE) return;
-  std::vector<std::uint16_t> red, green, blue;
-  for (int i = 0; i < 1 << kind.bits; ++i) {
-    red.push_back(static_cast<std::uint16_t>(i * 257));
-    green.push_back(static_cast<std::uint16_t>((255 - i) * 257));
-    blue.push_back(static_cast<std::uint16_t>((i ^ 85) * 257));
+  if (kind.photometric == PHOTOMETRIC_PALETTE) {
+    TIFFSetField(tiff, TIFFTAG_COLORMAP, rising.data(), falling.data(), rising.data());
   }
-  TIFFSetField(tiff, TIFFTAG_COLORMAP, red.data(), green.data(), blue.data());
+}
+
+// Rows of the samples from `plane` on, `perPixel` of each pixel, in a block that starts at x0, y0.
+Bytes PackBlock(const TiffKind& kind, const Samples& samples, int plane, int perPixel, int x0,
+                int y0, int width, int height) {
+  const auto rowBytes = static_cast<std::size_t>((width * perPixel * kind.bits + 7) / 8);
+  Bytes block(rowBytes * static_cast<std::size_t>(height));
+  for (int y = y0; y < std::min(y0 + height, kTiffHeight); ++y) {
+    for (int i = 0; i < std::min(width, kTiffWidth - x0) * perPixel; ++i) {
+      const int pixel = y * kTiffWidth + x0 + i / perPixel;
+      const unsigned value =
+          samples[static_cast<std::size_t>(pixel * kind.samples + plane + i % perPixel)];
+      std::uint8_t* row = &block[rowBytes * static_cast<std::size_t>(y - y0)];
+      const auto word = static_cast<std::uint16_t>(value);
+      if (kind.bits == 16) {
+        std::memcpy(row + 2 * i, &word, 2);
+      } else {
+        row[i * kind.bits / 8] |=
+            static_cast<std::uint8_t>(value << (8 - kind.bits - i * kind.bits % 8));
+      }
+    }
+  }
+  return block;
 }
 
 Bytes MakeTiff(const TiffKind& kind, bool tiles, bool planes, const char* mode,
-               const Sample& sample) {
+               const Samples& samples) {
   const test::TemporaryFile file;
   TIFF* tiff = TIFFOpen(file.path.string().c_str(), mode);
   SetTiffFields(tiff, kind, planes);
-  const int perPixel = planes ? 1 : kind.samples;
-  constexpr int kTile = 32;  // libtiff's conversion refuses small plain tiles
-  constexpr int kStripRows = 8;
-  TIFFSetField(tiff, tiles ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, tiles ? kTile : kStripRows);
-  if (tiles) TIFFSetField(tiff, TIFFTAG_TILELENGTH, kTile);
+  const int width = tiles ? 32 : kTiffWidth;  // libtiff's conversion refuses smaller plain tiles
+  const int height = tiles ? 32 : 8;
+  TIFFSetField(tiff, tiles ? TIFFTAG_TILELENGTH : TIFFTAG_ROWSPERSTRIP, height);
+  if (tiles) TIFFSetField(tiff, TIFFTAG_TILEWIDTH, width);
+  const auto write = tiles ? TIFFWriteEncodedTile : TIFFWriteEncodedStrip;
   std::uint32_t index = 0;
   for (int plane = 0; plane < (planes ? kind.samples : 1); ++plane) {
-    const int stepX = tiles ? kTile : kTiffWidth;
-    const int stepY = tiles ? kTile : kStripRows;
-    for (int y = 0; y < kTiffHeight; y += stepY) {
-      const int rows = tiles ? kTile : std::min(kStripRows, kTiffHeight - y);
-      for (int x = 0; x < kTiffWidth; x += stepX) {
-        Bytes block = PackBlock(kind, sample, plane, perPixel, x, y, stepX, rows);
+    for (int y = 0; y < kTiffHeight; y += height) {
+      const int rows = tiles ? height : std::min(height, kTiffHeight - y);
+      for (int x = 0; x < kTiffWidth; x += width) {
+        Bytes block = PackBlock(kind, samples, plane, planes ? 1 : kind.samples, x, y, width, rows);
         const auto size = static_cast<tmsize_t>(block.size());
-        EXPECT_EQ(tiles ? TIFFWriteEncodedTile(tiff, index, block.data(), size)
-                        : TIFFWriteEncodedStrip(tiff, index, block.data(), size),
-                  size);
-        ++index;
+        EXPECT_EQ(write(tiff, index++, block.data(), size), size);
       }
     }
   }
@@ -342,92 +305,53 @@ Bytes MakeTiff(const TiffKind& kind, bool tiles, bool planes, const char* mode,
   return test::ReadBytes(file.path);
 }
 
-int Product(int a, int b) {
-  return (a * b + 127) / 255;
-}
-
-// What a pixel looks like: red, green, blue, alpha.
-Bytes ExpectedTiffPixel(const TiffKind& kind, const Sample& sample, int x, int y) {
-  const int highest = (1 << kind.bits) - 1;
-  const auto value = [&](int s) { return static_cast<int>(sample(x, y, s)); };
-  const auto byte = [&](int s) { return (value(s) * 255 + highest / 2) / highest; };
-  int red = 0, green = 0, blue = 0, colours = 1;
-  switch (kind.photometric) {
-    case PHOTOMETRIC_PALETTE:
-      red = value(0);
-      green = 255 - value(0);
-      blue = value(0) ^ 85;
-      break;
-    case PHOTOMETRIC_RGB:
-      colours = 3;
-      red = byte(0);
-      green = byte(1);
-      blue = byte(2);
-      break;
-    case PHOTOMETRIC_SEPARATED:
-      colours = 4;
-      red = Product(255 - byte(0), 255 - byte(3));
-      green = Product(255 - byte(1), 255 - byte(3));
-      blue = Product(255 - byte(2), 255 - byte(3));
-      break;
-    default:
-      red = green = blue = kind.photometric == PHOTOMETRIC_MINISWHITE ? 255 - byte(0) : byte(0);
-  }
-  int alpha = 255;
-  if (kind.extra == EXTRASAMPLE_UNASSALPHA || kind.extra == EXTRASAMPLE_ASSOCALPHA) {
-    alpha = byte(colours);
-  }
-  if (kind.extra == EXTRASAMPLE_ASSOCALPHA && alpha > 0) {
-    for (int* colour : {&red, &green, &blue}) {
-      *colour = std::min(255, (*colour * 255 + alpha / 2) / alpha);
-    }
-  }
-  return {static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
-          static_cast<std::uint8_t>(blue), static_cast<std::uint8_t>(alpha)};
-}
-
+// The first pixel has given samples, the others random ones, which have to look the same in every
+// layout of the file.
 TEST(Tiff, AllKinds) {
-  const TiffKind kinds[] = {
-      {PHOTOMETRIC_MINISBLACK, 1, 1, -1},
-      {PHOTOMETRIC_MINISWHITE, 1, 1, -1, COMPRESSION_CCITTFAX4},
-      {PHOTOMETRIC_MINISBLACK, 2, 1, -1},
-      {PHOTOMETRIC_MINISBLACK, 4, 1, -1, COMPRESSION_PACKBITS},
-      {PHOTOMETRIC_MINISBLACK, 8, 1, -1},
-      {PHOTOMETRIC_MINISBLACK, 16, 1, -1, COMPRESSION_LZW},
-      {PHOTOMETRIC_MINISBLACK, 8, 2, EXTRASAMPLE_UNASSALPHA},
-      {PHOTOMETRIC_MINISWHITE, 8, 1, -1},
-      {PHOTOMETRIC_PALETTE, 8, 1, -1},
-      {PHOTOMETRIC_PALETTE, 4, 1, -1},
-      {PHOTOMETRIC_RGB, 8, 3, -1},
-      {PHOTOMETRIC_RGB, 16, 3, -1, COMPRESSION_ADOBE_DEFLATE},
-      {PHOTOMETRIC_RGB, 8, 4, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW},
-      {PHOTOMETRIC_RGB, 8, 4, EXTRASAMPLE_ASSOCALPHA},
-      {PHOTOMETRIC_RGB, 8, 4, EXTRASAMPLE_UNSPECIFIED},
-      {PHOTOMETRIC_RGB, 16, 4, EXTRASAMPLE_UNASSALPHA},
-      {PHOTOMETRIC_SEPARATED, 8, 4, -1},
-      {PHOTOMETRIC_SEPARATED, 16, 4, -1, COMPRESSION_LZW},
-      {PHOTOMETRIC_SEPARATED, 8, 5, EXTRASAMPLE_UNASSALPHA},
+  struct Case {
+    TiffKind kind;
+    Samples samples;
+    Bytes pixel;
   };
-  for (const TiffKind& kind : kinds) {
-    const Sample sample = [&kind](int x, int y, int s) {
-      const auto mixed = static_cast<unsigned>(x * 7919 + y * 104729 + s * 1299709);
-      return (mixed * 2654435761u >> 7) & ((1u << kind.bits) - 1);
-    };
-    Bytes expected;
-    for (int y = 0; y < kTiffHeight; ++y) {
-      for (int x = 0; x < kTiffWidth; ++x) {
-        const Bytes pixel = ExpectedTiffPixel(kind, sample, x, y);
-        expected.insert(expected.end(), pixel.begin(), pixel.end());
-      }
-    }
+  const Case cases[] = {
+      {{PHOTOMETRIC_MINISBLACK, 1, 1, -1}, {1}, {255, 255, 255, 255}},
+      {{PHOTOMETRIC_MINISWHITE, 1, 1, -1, COMPRESSION_CCITTFAX4}, {1}, {0, 0, 0, 255}},
+      {{PHOTOMETRIC_MINISBLACK, 2, 1, -1}, {2}, {170, 170, 170, 255}},
+      {{PHOTOMETRIC_MINISBLACK, 4, 1, -1, COMPRESSION_PACKBITS}, {3}, {51, 51, 51, 255}},
+      {{PHOTOMETRIC_MINISBLACK, 16, 1, -1, COMPRESSION_LZW}, {0x8100}, {128, 128, 128, 255}},
+      {{PHOTOMETRIC_MINISBLACK, 8, 2, EXTRASAMPLE_UNASSALPHA}, {7, 9}, {7, 7, 7, 9}},
+      {{PHOTOMETRIC_MINISWHITE, 8, 1, -1}, {7}, {248, 248, 248, 255}},
+      {{PHOTOMETRIC_PALETTE, 8, 1, -1}, {7}, {7, 248, 7, 255}},
+      {{PHOTOMETRIC_PALETTE, 4, 1, -1}, {3}, {3, 252, 3, 255}},
+      {{PHOTOMETRIC_RGB, 8, 3, -1}, {1, 2, 3}, {1, 2, 3, 255}},
+      {{PHOTOMETRIC_RGB, 16, 3, -1, COMPRESSION_ADOBE_DEFLATE},
+       {0x101, 0x8100, 0},
+       {1, 128, 0, 255}},
+      {{PHOTOMETRIC_RGB, 8, 4, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW},
+       {1, 2, 3, 4},
+       {1, 2, 3, 4}},
+      {{PHOTOMETRIC_RGB, 8, 4, EXTRASAMPLE_ASSOCALPHA}, {10, 100, 51, 100}, {26, 255, 130, 100}},
+      {{PHOTOMETRIC_RGB, 8, 4, EXTRASAMPLE_UNSPECIFIED}, {1, 2, 3, 4}, {1, 2, 3, 255}},
+      {{PHOTOMETRIC_RGB, 16, 4, EXTRASAMPLE_UNASSALPHA}, {0x101, 0, 0, 0x202}, {1, 0, 0, 2}},
+      {{PHOTOMETRIC_SEPARATED, 8, 4, -1}, {255, 0, 155, 155}, {0, 100, 39, 255}},
+      {{PHOTOMETRIC_SEPARATED, 8, 5, EXTRASAMPLE_UNASSALPHA},
+       {0, 0, 155, 0, 9},
+       {255, 255, 100, 9}},
+  };
+  for (const auto& [kind, first, pixel] : cases) {
+    std::mt19937 random(7);
+    Samples samples(static_cast<std::size_t>(kTiffWidth * kTiffHeight * kind.samples));
+    for (unsigned& sample : samples) sample = static_cast<unsigned>(random()) >> (32 - kind.bits);
+    std::copy(first.begin(), first.end(), samples.begin());
+    SCOPED_TRACE(testing::Message() << "photometric " << kind.photometric << ", " << kind.samples
+                                    << " x " << kind.bits << " bits, extra " << kind.extra);
+    const Bytes expected = Pixels(MakeTiff(kind, false, false, "wl", samples));
+    EXPECT_EQ(Bytes(expected.begin(), expected.begin() + 4), pixel);
     for (const bool tiles : {false, true}) {
       for (const bool planes : {false, true}) {
         for (const char* mode : {"wl", "wb", "w8"}) {
-          SCOPED_TRACE(testing::Message()
-                       << "photometric " << kind.photometric << ", " << kind.samples << " x "
-                       << kind.bits << " bits, extra " << kind.extra << (tiles ? ", tiles" : "")
-                       << (planes ? ", planes " : " ") << mode);
-          EXPECT_EQ(Pixels(MakeTiff(kind, tiles, planes, mode, sample)), expected);
+          EXPECT_EQ(Pixels(MakeTiff(kind, tiles, planes, mode, samples)), expected)
+              << (tiles ? "tiles " : "strips ") << (planes ? "of planes " : "") << mode;
         }
       }
     }
@@ -436,11 +360,10 @@ TEST(Tiff, AllKinds) {
 
 // Kinds that only the library's own conversion reads.
 TEST(Tiff, OtherKindsAreConverted) {
-  const TiffKind luminance = {PHOTOMETRIC_CIELAB, 8, 3, -1};
-  const Sample lab = [](int, int, int s) { return s == 0 ? 128u : 0u; };
+  Samples greys;
+  for (int i = 0; i < kTiffWidth * kTiffHeight; ++i) greys.insert(greys.end(), {128, 0, 0});
   for (const bool tiles : {false, true}) {
-    const Bytes pixels = Pixels(MakeTiff(luminance, tiles, false, "w", lab));
-    ASSERT_EQ(pixels.size(), std::size_t{kTiffWidth * kTiffHeight * 4});
+    const Bytes pixels = Pixels(MakeTiff({PHOTOMETRIC_CIELAB, 8, 3, -1}, tiles, false, "w", greys));
     for (std::size_t i = 0; i < pixels.size(); ++i) ASSERT_EQ(pixels[i], pixels[i % 4]) << i;
     EXPECT_NEAR(pixels[0], pixels[1], 30);
     EXPECT_EQ(pixels[3], 255);
@@ -466,8 +389,8 @@ class BmpMaker {
   BmpMaker& Long(std::uint32_t value) {
     return Word(static_cast<int>(value & 0xFFFF)).Word(static_cast<int>(value >> 16));
   }
-  BmpMaker& Fill(std::size_t size) {
-    bytes.resize(size);
+  BmpMaker& Longs(std::initializer_list<std::uint32_t> values) {
+    for (const std::uint32_t value : values) Long(value);
     return *this;
   }
   // The colours (10i, 20i, 30i).
@@ -496,12 +419,12 @@ class BmpMaker {
   std::size_t dataAt = 0;
 };
 
-Bytes PaletteColours(std::initializer_list<int> indexes) {
+Bytes PaletteColours(std::initializer_list<std::uint8_t> indexes) {
   Bytes pixels;
   for (const int i : indexes) {
-    pixels.insert(pixels.end(),
-                  {static_cast<std::uint8_t>(10 * i), static_cast<std::uint8_t>(20 * i),
-                   static_cast<std::uint8_t>(30 * i), 255});
+    for (const int value : {10 * i, 20 * i, 30 * i, 255}) {
+      pixels.push_back(static_cast<std::uint8_t>(value));
+    }
   }
   return pixels;
 }
@@ -516,55 +439,25 @@ TEST(Bmp, AllKinds) {
   };
   const Case cases[] = {
       {"the oldest head", core, {1, 2, 3, 255, 4, 5, 6, 255}},
-      {"1 bit", BmpMaker(3, 2, 1, 0).Palette(2).Data({0xA0, 0, 0, 0, 0x40, 0, 0, 0}).File(),
-       PaletteColours({0, 1, 0, 1, 0, 1})},
       {"1 bit from the top",
        BmpMaker(3, -2, 1, 0).Palette(2).Data({0xA0, 0, 0, 0, 0x40, 0, 0, 0}).File(),
        PaletteColours({1, 0, 1, 0, 1, 0})},
       {"4 bits", BmpMaker(3, 1, 4, 0).Palette(16).Data({0x12, 0x30, 0, 0}).File(),
        PaletteColours({1, 2, 3})},
-      {"8 bits", BmpMaker(2, 1, 8, 0).Palette(256).Data({3, 0, 0, 0}).File(),
-       PaletteColours({3, 0})},
       {"16 bits",
        BmpMaker(2, 1, 16, 0).Data({0x00, 0x7C, 0x10, 0x02}).File(),
        {255, 0, 0, 255, 0, 132, 132, 255}},
       {"16 bits, fields",
-       BmpMaker(2, 1, 16, 3)
-           .Long(0xF800)
-           .Long(0x07E0)
-           .Long(0x1F)
-           .Data({0xE0, 0x07, 0x1F, 0x80})
-           .File(),
+       BmpMaker(2, 1, 16, 3).Longs({0xF800, 0x07E0, 0x1F}).Data({0xE0, 0x07, 0x1F, 0x80}).File(),
        {0, 255, 0, 255, 132, 0, 255, 255}},
       {"24 bits", BmpMaker(1, 1, 24, 0).Data({3, 2, 1, 0}).File(), {1, 2, 3, 255}},
       {"32 bits", BmpMaker(1, 1, 32, 0).Data({3, 2, 1, 77}).File(), {1, 2, 3, 255}},
       {"32 bits, fields",
-       BmpMaker(1, 1, 32, 3)
-           .Long(0x3FF00000)
-           .Long(0xFFC00)
-           .Long(0x3FF)
-           .Data({0xFF, 0x03, 0x08, 0x00})
-           .File(),
+       BmpMaker(1, 1, 32, 3).Longs({0x3FF00000, 0xFFC00, 0x3FF}).Data({0xFF, 3, 8, 0}).File(),
        {0, 128, 255, 255}},
       {"32 bits, alpha field",
-       BmpMaker(1, 1, 32, 6)
-           .Long(0xFF)
-           .Long(0xFF00)
-           .Long(0xFF0000)
-           .Long(0xFF000000)
-           .Data({1, 2, 3, 0})
-           .File(),
+       BmpMaker(1, 1, 32, 6).Longs({0xFF, 0xFF00, 0xFF0000, 0xFF000000}).Data({1, 2, 3, 0}).File(),
        {1, 2, 3, 0}},
-      {"32 bits, fields in the head",
-       BmpMaker(1, 1, 32, 3, 124)
-           .Long(0xFF)
-           .Long(0xFF00)
-           .Long(0xFF0000)
-           .Long(0xFF000000)
-           .Fill(124)
-           .Data({1, 2, 3, 4})
-           .File(),
-       {1, 2, 3, 4}},
       {"runs of bytes",
        BmpMaker(4, 2, 8, 1).Palette(256).Data({2, 5, 0, 0, 0, 3, 1, 2, 3, 0, 1, 4, 0, 1}).File(),
        PaletteColours({1, 2, 3, 4, 5, 5, 0, 0})},
@@ -576,16 +469,6 @@ TEST(Bmp, AllKinds) {
        PaletteColours({1, 2, 1, 4, 5, 6})},
   };
   for (const Case& c : cases) EXPECT_EQ(Pixels(c.file), c.pixels) << c.what;
-}
-
-TEST(Bmp, WrongHeadsAreErrors) {
-  const Bytes files[] = {BmpMaker(1, 1, 24, 1).Data({0, 0, 0, 0}).File(),
-                         BmpMaker(1, 1, 7, 0).Data({0, 0, 0, 0}).File(),
-                         BmpMaker(1, 1, 24, 4).Data({0, 0, 0, 0}).File(),
-                         BmpMaker(1, 0, 24, 0).Data({0, 0, 0, 0}).File(),
-                         BmpMaker(-1, 1, 24, 0).Data({0, 0, 0, 0}).File(),
-                         BmpMaker(1, 1, 24, 0, 13).Data({0, 0, 0, 0}).File()};
-  for (const Bytes& file : files) EXPECT_THROW(Pixels(file), imageio::ImageError);
 }
 
 // Pictures with their reference as PNG.

@@ -13,11 +13,9 @@ TEST(ReduceToFit, KeepsProportions) {
     int width, height, boxWidth, boxHeight, fitWidth, fitHeight;
   };
   const Case cases[] = {
-      {40, 30, 20, 20, 20, 15},   {40, 30, 40, 30, 40, 30}, {40, 30, 100, 100, 40, 30},
-      {30, 40, 20, 20, 15, 20},   {3, 2, 2, 2, 2, 1},       {10, 7, 5, 5, 5, 4},
-      {200, 3, 20, 20, 20, 1},    {3, 200, 20, 20, 1, 20},  {200, 1, 3, 3, 3, 1},
-      {40, 30, 0, -5, 1, 1},      {40, 30, 40, 29, 39, 29}, {40, 30, 39, 1000, 39, 29},
-      {100, 100, 33, 50, 33, 33},
+      {40, 30, 20, 20, 20, 15}, {40, 30, 100, 100, 40, 30}, {30, 40, 20, 20, 15, 20},
+      {3, 2, 2, 2, 2, 1},       {200, 3, 20, 20, 20, 1},    {3, 200, 20, 20, 1, 20},
+      {40, 30, 0, -5, 1, 1},    {40, 30, 40, 29, 39, 29},   {100, 100, 33, 50, 33, 33},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message()
@@ -93,15 +91,7 @@ TEST(ReduceToFit, GivesTheMeanOfTheArea) {
 }
 
 TEST(ReduceToFit, JpegStaysTrue) {
-  TestPicture picture(96, 64, 0);
-  for (int y = 0; y < picture.height; ++y) {
-    for (int x = 0; x < picture.width; ++x) {
-      BYTE* pixel = picture.Pixel(x, y);
-      pixel[0] = static_cast<BYTE>(2 * x);
-      pixel[1] = static_cast<BYTE>(4 * y);
-      pixel[2] = static_cast<BYTE>(255 - x - 2 * y);
-    }
-  }
+  TestPicture picture = TestPicture::Smooth(96, 64);
   imageio::WriteOptions options;
   options.jpegQuality = 98;
   const test::Bytes bytes = test::Written(Format::Jpeg, picture, options);

@@ -27,7 +27,7 @@ TEST(RoundTrip, KeepsEveryByte) {
         SCOPED_TRACE(testing::Message() << static_cast<int>(format) << ": " << width << " x "
                                         << height << (masked ? " with mask" : ""));
         TestPicture picture = TestPicture::Random(width, height, masked);
-        const TemporaryFile file;
+        const TemporaryFile file(u"-\u00E4\u20AC\u4E2D");
         ASSERT_TRUE(WriteImage(file.path, format, width, height, picture.Rows()));
         ImageReader reader(file.path);
         EXPECT_EQ(reader.Info().format, format);
@@ -62,15 +62,7 @@ double Distance(const TestPicture& a, const TestPicture& b) {
 }
 
 TEST(RoundTrip, JpegIsCloseAndQualityCounts) {
-  TestPicture picture(64, 48, 0);
-  for (int y = 0; y < picture.height; ++y) {
-    for (int x = 0; x < picture.width; ++x) {
-      BYTE* pixel = picture.Pixel(x, y);
-      pixel[0] = static_cast<BYTE>(4 * x);
-      pixel[1] = static_cast<BYTE>(5 * y);
-      pixel[2] = static_cast<BYTE>(128 + x - y);
-    }
-  }
+  TestPicture picture = TestPicture::Smooth(64, 48);
   const auto written = [&](int quality) {
     imageio::WriteOptions options;
     options.jpegQuality = quality;
@@ -79,18 +71,9 @@ TEST(RoundTrip, JpegIsCloseAndQualityCounts) {
   EXPECT_LT(Distance(TestPicture::OfBytes(written(100)), picture), 0.7);
   EXPECT_LT(Distance(TestPicture::OfBytes(written(50)), picture), 4);
   EXPECT_GT(written(90).size(), written(89).size() * 11 / 10) << "colour at full resolution";
-  EXPECT_EQ(written(0), written(1));
-  EXPECT_EQ(written(1000), written(100));
-}
-
-TEST(RoundTrip, WhiteShowsThroughTheMaskInJpeg) {
-  TestPicture picture(16, 16, 0);
   picture.mask.assign(picture.mask.size(), 255);
-  EXPECT_EQ(TestPicture::OfBytes(test::Written(Format::Jpeg, picture)).colour,
-            test::Bytes(16 * 16 * 3, 255));
-  picture.mask.assign(picture.mask.size(), 100);
-  EXPECT_EQ(TestPicture::OfBytes(test::Written(Format::Jpeg, picture)).colour,
-            test::Bytes(16 * 16 * 3, 100));
+  EXPECT_EQ(TestPicture::OfBytes(written(90)).colour, test::Bytes(picture.colour.size(), 255))
+      << "white shows through";
 }
 
 TEST(RoundTrip, ProgressIsToldAndStops) {
@@ -139,26 +122,11 @@ TEST(RoundTrip, WritingFailsWithAnError) {
 
 TEST(Names, TellTheFormat) {
   const std::pair<const char*, Format> cases[] = {
-      {"a.ppm", Format::Pnm},     {"a.PGM", Format::Pnm},         {"a.pbm", Format::Pnm},
-      {"a.pnm", Format::Pnm},     {"dir.png/a.pam", Format::Pam}, {"a.b.PnG", Format::Png},
-      {"a.jpg", Format::Jpeg},    {"a.jpeg", Format::Jpeg},       {"a.tif", Format::Tiff},
-      {"a.tiff", Format::Tiff},   {"a.bmp", Format::Bmp},         {"a", Format::Unknown},
-      {"a.gif", Format::Unknown}, {"a.pn", Format::Unknown},      {"a.pngx", Format::Unknown},
-      {"", Format::Unknown},      {"png", Format::Unknown}};
+      {"a.PGM", Format::Pnm},   {"dir.png/a.pam", Format::Pam}, {"a.b.PnG", Format::Png},
+      {"a.jpeg", Format::Jpeg}, {"a.tif", Format::Tiff},        {"a.bmp", Format::Bmp},
+      {"a", Format::Unknown},   {"a.pn", Format::Unknown},      {"a.pngx", Format::Unknown},
+      {"", Format::Unknown},    {"png", Format::Unknown}};
   for (const auto& [name, format] : cases) EXPECT_EQ(imageio::FormatOfName(name), format) << name;
-}
-
-TEST(Names, NeedNotBeAscii) {
-  const TemporaryFile base;
-  std::filesystem::path path = base.path;
-  path += std::filesystem::path(u"-\u00E4\u20AC\u4E2D.png");
-  TestPicture picture = TestPicture::Random(3, 3, false);
-  for (const Format format : kLossless) {
-    ASSERT_TRUE(WriteImage(path, format, 3, 3, picture.Rows()));
-    ImageReader reader(path);
-    EXPECT_TRUE(TestPicture::Of(reader) == picture);
-  }
-  std::filesystem::remove(path);
 }
 
 }  // namespace

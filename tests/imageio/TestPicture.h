@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -32,6 +33,20 @@ class TestPicture {
     if (!withMask) return picture;
     for (BYTE& byte : picture.mask) byte = static_cast<BYTE>(random());
     picture.mask.front() = 255;
+    return picture;
+  }
+
+  // Slow changes of colour, which JPEG keeps well; opaque. Up to 128 x 64.
+  static TestPicture Smooth(int width, int height) {
+    TestPicture picture(width, height, 0);
+    for (int y = 0; y < height; ++y) {
+      for (int x = 0; x < width; ++x) {
+        BYTE* pixel = picture.Pixel(x, y);
+        pixel[0] = static_cast<BYTE>(2 * x);
+        pixel[1] = static_cast<BYTE>(4 * y);
+        pixel[2] = static_cast<BYTE>(255 - x - 2 * y);
+      }
+    }
     return picture;
   }
 
@@ -81,11 +96,10 @@ class TestPicture {
 // A file that disappears with this object.
 class TemporaryFile {
  public:
-  TemporaryFile() {
-    static int count = 0;
-    path =
-        std::filesystem::temp_directory_path() /
-        ("fxbox-imageio-" + std::to_string(std::random_device{}()) + "-" + std::to_string(++count));
+  explicit TemporaryFile(const std::u16string& end = {}) {
+    const std::string name = "fxbox-imageio-" + std::to_string(std::random_device{}());
+    path = std::filesystem::temp_directory_path() / name;
+    path += std::filesystem::path(end);
   }
   ~TemporaryFile() {
     std::error_code ignored;
@@ -99,6 +113,12 @@ class TemporaryFile {
 inline Bytes ReadBytes(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
   return Bytes(std::istreambuf_iterator<char>(stream), {});
+}
+
+// Where the tests find picture files, good and broken.
+inline std::filesystem::path DataFolder() {
+  const char* other = std::getenv("FXBOX_TEST_DATA");
+  return other != nullptr ? other : FXBOX_TEST_DATA;
 }
 
 // The bytes of a file that WriteImage makes.

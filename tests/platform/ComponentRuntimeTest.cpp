@@ -114,37 +114,20 @@ bool IsLoaded() {
   return handle != nullptr;
 }
 
-TEST_F(ComponentRuntimeTest, MakesAnnouncedObjects) {
+TEST_F(ComponentRuntimeTest, MakesAnnouncedObjectsOrGivesNull) {
   ComPtr<INumber> thing;
   EXPECT_EQ(Create(kFirst, thing), S_OK);
   EXPECT_EQ(NumberOf(thing), 1);
-  EXPECT_EQ(Create(kSecond, thing), S_OK);
-  EXPECT_EQ(NumberOf(thing), 2);
-  void* part = this;
-  EXPECT_EQ(CoCreateInstance(kFirst, thing.Get(), CLSCTX_INPROC_SERVER, IID_IUnknown, &part),
+  void* result = this;
+  EXPECT_EQ(CoCreateInstance(kFirst, thing.Get(), CLSCTX_INPROC_SERVER, IID_IUnknown, &result),
             CLASS_E_NOAGGREGATION);
-  EXPECT_EQ(part, nullptr);
-  WithdrawClasses(GetAnnounced);
-  EXPECT_EQ(Create(kFirst, thing), REGDB_E_CLASSNOTREG);
-}
-
-TEST_F(ComponentRuntimeTest, FailuresGiveNull) {
+  EXPECT_EQ(result, nullptr);
   AnnounceClasses(GetNothing, {{kUnknown, "", "", {}}, {kFirst, "", "", {}}});
-  ComPtr<INumber> thing;
   EXPECT_EQ(Create(kFirst, thing), S_OK) << "the class that was there first stays";
   EXPECT_EQ(Create(kUnknown, thing), CO_E_ERRORINDLL);
   WithdrawClasses(GetNothing);
-  void* result = this;
-  EXPECT_EQ(CoCreateInstance(kUnknown, nullptr, CLSCTX_INPROC_SERVER, IID_IUnknown, &result),
-            REGDB_E_CLASSNOTREG);
-  EXPECT_EQ(result, nullptr);
-  result = this;
-  EXPECT_EQ(CoGetClassObject(kFirst, CLSCTX_INPROC_SERVER, nullptr, INumber::kIid, &result),
-            E_NOINTERFACE);
-  EXPECT_EQ(result, nullptr);
-  EXPECT_EQ(CoGetClassObject(kFirst, 4, nullptr, IID_IClassFactory, &result), REGDB_E_CLASSNOTREG);
-  EXPECT_EQ(CoGetClassObject(kFirst, 1, nullptr, IID_IClassFactory, nullptr), E_POINTER);
-  EXPECT_EQ(CoCreateInstance(kFirst, nullptr, 1, IID_IClassFactory, nullptr), E_POINTER);
+  EXPECT_EQ(Create(kUnknown, thing), REGDB_E_CLASSNOTREG);
+  EXPECT_FALSE(thing);
 }
 
 TEST_F(ComponentRuntimeTest, LoadsRegisteredModules) {
@@ -207,45 +190,40 @@ TEST_F(ComponentRuntimeTest, ProgIdsAndClassIdsLeadToEachOther) {
   EXPECT_EQ(Taken(text), u"Test.First.1");
   EXPECT_EQ(ProgIDFromCLSID(kModuleClass, &text), S_OK);
   EXPECT_EQ(Taken(text), u"Test.Module.1");
-  for (const CLSID& without : {kSecond, kUnknown}) {
-    EXPECT_EQ(ProgIDFromCLSID(without, &text), REGDB_E_CLASSNOTREG);
-    EXPECT_EQ(text, nullptr);
-  }
-  CLSID id;
-  for (const char16_t* name : {u"Test.First.1", u"Test.First", u"test.FIRST.1"}) {
-    EXPECT_EQ(CLSIDFromProgID(name, &id), S_OK);
-    EXPECT_EQ(id, kFirst);
-  }
-  for (const char16_t* name : {u"Test.Module.1", u"test.module"}) {
-    EXPECT_EQ(CLSIDFromProgID(name, &id), S_OK);
-    EXPECT_EQ(id, kModuleClass);
-  }
-  for (const char16_t* name : {u"", u"Test.Second", u"\\"}) {
-    EXPECT_EQ(CLSIDFromProgID(name, &id), CO_E_CLASSSTRING);
-    EXPECT_EQ(id, GUID{});
+  EXPECT_EQ(ProgIDFromCLSID(kSecond, &text), REGDB_E_CLASSNOTREG);
+  EXPECT_EQ(text, nullptr);
+  struct {
+    const char16_t* name;
+    HRESULT status;
+    CLSID id;
+  } const cases[] = {{u"Test.First", S_OK, kFirst},
+                     {u"test.FIRST.1", S_OK, kFirst},
+                     {u"Test.Module.1", S_OK, kModuleClass},
+                     {u"test.module", S_OK, kModuleClass},
+                     {u"", CO_E_CLASSSTRING, {}},
+                     {u"\\", CO_E_CLASSSTRING, {}}};
+  for (const auto& [name, status, expected] : cases) {
+    CLSID id;
+    EXPECT_EQ(CLSIDFromProgID(name, &id), status);
+    EXPECT_EQ(id, expected);
   }
 }
 
 TEST_F(ComponentRuntimeTest, IdsAreTexts) {
-  LPOLESTR text = nullptr;
-  EXPECT_EQ(StringFromCLSID(kFirst, &text), S_OK);
-  const std::u16string printed = Taken(text);
-  EXPECT_EQ(printed, u"{FF1D3D0E-52D6-4C0B-9C9B-0B1E6B1E0001}");
-  CLSID id;
-  EXPECT_EQ(CLSIDFromString(printed.c_str(), &id), S_OK);
-  EXPECT_EQ(id, kFirst);
-  EXPECT_EQ(CLSIDFromString(u"Test.First.1", &id), S_OK);
-  EXPECT_EQ(id, kFirst);
-  EXPECT_EQ(CLSIDFromString(nullptr, &id), S_OK);
-  EXPECT_EQ(id, GUID{});
-  for (const std::u16string& bad : {printed + u"x", printed.substr(1), printed.substr(0, 37)}) {
-    EXPECT_EQ(CLSIDFromString(bad.c_str(), &id), CO_E_CLASSSTRING);
-  }
   OLECHAR buffer[40] = u"unchanged";
   EXPECT_EQ(StringFromGUID2(kFirst, buffer, 38), 0);
   EXPECT_EQ(std::u16string(buffer), u"unchanged");
   EXPECT_EQ(StringFromGUID2(kFirst, buffer, 39), 39);
-  EXPECT_EQ(buffer, printed);
+  const std::u16string printed = buffer;
+  EXPECT_EQ(printed, u"{FF1D3D0E-52D6-4C0B-9C9B-0B1E6B1E0001}");
+  CLSID id;
+  for (const std::u16string& text : {printed, std::u16string(u"Test.First.1")}) {
+    EXPECT_EQ(CLSIDFromString(text.c_str(), &id), S_OK);
+    EXPECT_EQ(id, kFirst);
+  }
+  for (const std::u16string& bad : {printed + u"x", printed.substr(1), printed.substr(0, 37)}) {
+    EXPECT_EQ(CLSIDFromString(bad.c_str(), &id), CO_E_CLASSSTRING);
+  }
 }
 
 TEST_F(ComponentRuntimeTest, ListsClassesOfCategoriesInOrder) {
@@ -256,28 +234,19 @@ TEST_F(ComponentRuntimeTest, ListsClassesOfCategoriesInOrder) {
   EXPECT_EQ(Classes({kCategory}), (std::vector<GUID>{kFirst, kSecond, kUnknown, kModuleClass}));
   EXPECT_EQ(Classes({kOther}), std::vector<GUID>{kSecond});
   EXPECT_EQ(Classes({kOther, kCategory}).size(), 4u);
-  EXPECT_TRUE(Classes({kUnknown}).empty());
 
   CATID required = kOther;
   registrar->RegisterClassReqCategories(kUnknown, 1, &required);
   EXPECT_EQ(Classes({kCategory}), (std::vector<GUID>{kFirst, kSecond, kModuleClass}));
   EXPECT_EQ(Classes({kCategory}, {kOther}).size(), 4u);
   ComPtr<IEnumGUID> list;
-  EXPECT_EQ(information->EnumClassesOfCategories(~0u, nullptr, ~0u, nullptr, list.Put()), S_OK);
-  EXPECT_EQ(ListOf(list).size(), 4u);
-  EXPECT_EQ(information->EnumReqCategoriesOfClass(kUnknown, list.Put()), S_OK);
-  EXPECT_EQ(ListOf(list), std::vector<GUID>{kOther});
   EXPECT_EQ(information->EnumImplCategoriesOfClass(kSecond, list.Put()), S_OK);
   EXPECT_EQ(ListOf(list), (std::vector<GUID>{kCategory, kOther}));
 
   CATID category = kCategory;
   EXPECT_EQ(information->IsClassOfCategories(kModuleClass, 1, &category, 0, nullptr), S_OK);
   EXPECT_EQ(registrar->UnRegisterClassImplCategories(kModuleClass, 1, &category), S_OK);
-  EXPECT_EQ(registrar->UnRegisterClassImplCategories(kModuleClass, 1, &category), S_OK);
   EXPECT_EQ(information->IsClassOfCategories(kModuleClass, 1, &category, 0, nullptr), S_FALSE);
-  EXPECT_EQ(information->EnumClassesOfCategories(0, nullptr, 0, nullptr, list.Put()), E_INVALIDARG);
-  EXPECT_EQ(information->EnumClassesOfCategories(1, nullptr, 0, nullptr, list.Put()), E_INVALIDARG);
-  EXPECT_EQ(information->EnumClassesOfCategories(1, &category, 0, nullptr, nullptr), E_POINTER);
 }
 
 TEST_F(ComponentRuntimeTest, DescribesCategories) {
@@ -293,7 +262,6 @@ TEST_F(ComponentRuntimeTest, DescribesCategories) {
   } const cases[] = {{kEnglish, u"Filters"},
                      {kGerman, u"Filter \u20AC"},
                      {0x807, u"Filter \u20AC"},
-                     {0x40C, u"Filters"},
                      {0, u"Filters"}};
   for (const auto& [language, expected] : cases) {
     LPOLESTR text = nullptr;
@@ -304,38 +272,9 @@ TEST_F(ComponentRuntimeTest, DescribesCategories) {
   EXPECT_EQ(information->GetCategoryDesc(kOther, kEnglish, &text), CAT_E_NODESCRIPTION);
   EXPECT_EQ(information->GetCategoryDesc(kUnknown, kEnglish, &text), CAT_E_CATIDNOEXIST);
 
-  ComPtr<IEnumCATEGORYINFO> list;
-  CATEGORYINFO found[3];
-  ULONG count = 9;
-  EXPECT_EQ(information->EnumCategories(kGerman, list.Put()), S_OK);
-  EXPECT_EQ(list->Next(3, found, &count), S_FALSE);
-  ASSERT_EQ(count, 2u);
-  EXPECT_EQ(std::u16string(found[0].szDescription), u"Filter \u20AC");
-  EXPECT_EQ(found[1].catid, kOther);
-  EXPECT_EQ(std::u16string(found[1].szDescription), u"");
-
   CATID category = kCategory;
   EXPECT_EQ(registrar->UnRegisterCategories(1, &category), S_OK);
   EXPECT_EQ(information->GetCategoryDesc(kCategory, kEnglish, &text), CAT_E_NODESCRIPTION);
-}
-
-TEST_F(ComponentRuntimeTest, EnumeratorsKeepTheirPlace) {
-  ComPtr<IEnumGUID> list, clone;
-  information->EnumImplCategoriesOfClass(kSecond, list.Put());
-  GUID ids[3];
-  ULONG count = 9;
-  EXPECT_EQ(list->Next(1, ids, &count), S_OK);
-  EXPECT_EQ(list->Clone(clone.Put()), S_OK);
-  EXPECT_EQ(clone->Next(3, ids, &count), S_FALSE);
-  EXPECT_EQ(count, 1u);
-  EXPECT_EQ(ids[0], kOther);
-  EXPECT_EQ(list->Skip(1), S_OK);
-  EXPECT_EQ(list->Skip(0xFFFFFFFFu), S_FALSE);
-  EXPECT_EQ(list->Next(1, ids, &count), S_FALSE);
-  EXPECT_EQ(count, 0u);
-  EXPECT_EQ(list->Reset(), S_OK);
-  EXPECT_EQ(list->Next(2, ids, nullptr), S_OK);
-  EXPECT_EQ(list->Next(1, nullptr, nullptr), E_POINTER);
 }
 
 TEST_F(ComponentRuntimeTest, ARefusedRegistryIsReported) {
@@ -353,22 +292,7 @@ TEST_F(ComponentRuntimeTest, ARefusedRegistryIsReported) {
     EXPECT_EQ(registrar->RegisterClassImplCategories(kFirst, 1, &category), status);
     fakes.services.registry = &fakes.registry;
   }
-  EXPECT_EQ(registrar->RegisterCategories(1, nullptr), E_POINTER);
   EXPECT_TRUE(fakes.registry.Snapshot().empty());
-}
-
-TEST_F(ComponentRuntimeTest, EveryThreadInitialisesForItself) {
-  EXPECT_EQ(CoInitialize(nullptr), S_OK);
-  EXPECT_EQ(OleInitialize(nullptr), S_FALSE);
-  std::thread([] {
-    EXPECT_EQ(OleInitialize(nullptr), S_OK);
-    OleUninitialize();
-  }).join();
-  OleUninitialize();
-  CoUninitialize();
-  CoUninitialize();
-  EXPECT_EQ(CoInitialize(nullptr), S_OK);
-  CoUninitialize();
 }
 
 }  // namespace

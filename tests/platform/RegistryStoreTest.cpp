@@ -1,9 +1,6 @@
 // The registry service on Linux: processes at the same time, and folders in every state.
 #include <sys/stat.h>
 
-#include <atomic>
-#include <thread>
-
 #include "platform/SystemServices.h"
 #include "tests/platform/LinuxSupport.h"
 
@@ -59,23 +56,6 @@ TEST_F(RegistryStoreTest, TwoProcessesWriteAtOnce) {
   EXPECT_EQ(ExitStatus(second), 0);
   EXPECT_EQ(torn, 0);
   EXPECT_EQ(registry.Subkeys(kClasses, "Both\\Deep").size(), 40u);
-}
-
-TEST_F(RegistryStoreTest, ThreadsWriteAtOnce) {
-  std::atomic<int> failures = 0;
-  std::vector<std::thread> threads;
-  for (const char letter : {'a', 'b', 'c'}) {
-    threads.emplace_back([&failures, letter] { failures += WriteMany(letter); });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(failures, 0);
-  EXPECT_EQ(registry.Subkeys(kClasses, "both\\deep").size(), 60u);
-}
-
-TEST_F(RegistryStoreTest, LooksLikeARegistryInTheFolder) {
-  registry.Write(Hive::LocalMachine, "Software\\A\\.x/%\n", "text");
-  const fs::path key = configuration.Store() / "HKEY_LOCAL_MACHINE/Software/A/%2Ex%2F%25%0A";
-  EXPECT_EQ(testing_support::ReadFile(key / ".value"), "text");
 }
 
 TEST_F(RegistryStoreTest, GoesOnWhereAKilledProcessStopped) {

@@ -1,4 +1,4 @@
-// Desktop, modules and protected files of Windows.
+// Desktop and protected files of Windows.
 #include <windows.h>
 
 #include "platform/SystemServices.h"
@@ -15,16 +15,6 @@ TEST(WindowsServicesTest, AQuietDesktopWritesToTheErrorOutput) {
   const std::string shown = testing::internal::GetCapturedStderr();
   _putenv("FXBOX_QUIET=");
   EXPECT_EQ(shown.substr(0, shown.find_first_of("\r\n")), "Fxbox4.dll: text");
-}
-
-TEST(WindowsServicesTest, CallsAFunctionOfAModule) {
-  wchar_t folder[MAX_PATH];
-  ASSERT_GT(GetSystemDirectoryW(folder, MAX_PATH), 0u);
-  const std::filesystem::path module = std::filesystem::path(folder) / "kernel32.dll";
-  int status = 0;
-  EXPECT_EQ(SystemModules().Call(module, "GetCurrentProcessId", status), std::nullopt);
-  EXPECT_EQ(static_cast<DWORD>(status), GetCurrentProcessId());
-  EXPECT_TRUE(SystemModules().Call(module, "NoSuchFunction", status).has_value());
 }
 
 TEST(WindowsServicesTest, AProtectedOrOpenFileStays) {

@@ -42,8 +42,6 @@ TEST_F(ChainCheck, TakesBothLayoutsAndBlanksBetweenItems) {
       // Within the parameters all stays as it is.
       {"ZNFilter.RGBColor.1( Red=1 ,\n Green=\t+2)", "ZNFilter.RGBColor.1( Red=1 ,\n Green=\t+2)"}};
   for (const auto& [text, expected] : cases) EXPECT_EQ(Check(text), expected) << text;
-  EXPECT_EQ(Check("ZNFilter.Sepia.1<<<Sepia=050>> ZNFilter.Zero.1<<<>>", "<<<", ">>"),
-            "ZNFilter.Sepia.1<<<Sepia=050>>ZNFilter.Zero.1<<<>>");
 }
 
 TEST_F(ChainCheck, TakesEveryNumberOfTheRightKind) {
@@ -59,32 +57,16 @@ TEST_F(ChainCheck, NamesItemAndPlace) {
     const char* text;
     const char* message;
   } cases[] = {
-      {"ZNFilter.Sepia.1(Sepia=050)ZNFilter.Sepia.1(Sepai=050)",
-       "chain item 2 (ZNFilter.Sepia.1): unknown key \"Sepai\" at character 45, did you mean "
-       "\"Sepia\"?"},
       {"ZNFilter.Zero.1()\n  ZNFilter.Sepia.1(Sepia=1,\nQqqqqqqq=1)",
        "chain item 2 (ZNFilter.Sepia.1): unknown key \"Qqqqqqqq\" at line 3, character 1"},
       {"Sepia(Sepia=050)",
        "chain item 1: unknown filter \"Sepia\" at character 1, did you mean \"ZNFilter.Sepia.1\"?"},
-      {"ZNFilter.Sepia(Sepia=050)",
-       "chain item 1: unknown filter \"ZNFilter.Sepia\" at character 1, did you mean "
-       "\"ZNFilter.Sepia.1\"?"},
-      {"()", "chain item 1: unknown filter \"\" at character 1"},
-      {"ZNFilter.Sepia.1(Sepia =050)",
-       "chain item 1 (ZNFilter.Sepia.1): unknown key \"Sepia \" at character 18, did you mean "
-       "\"Sepia\"?"},
       {"ZNFilter.Sepia.1(50)",
        "chain item 1 (ZNFilter.Sepia.1): \"50\" at character 18 is not Key=number"},
-      {"ZNFilter.Sepia.1(=50)",
-       "chain item 1 (ZNFilter.Sepia.1): \"=50\" at character 18 is not Key=number"},
       {"ZNFilter.Sepia.1(Sepia=50,)",
        "chain item 1 (ZNFilter.Sepia.1): a parameter is missing at character 27"},
       {"ZNFilter.Sepia.1(Sepia=050) and more",
        "chain item 2: \"(\" is missing behind \"and more\" at character 29"},
-      {"ZNFilter.Sepia.1",
-       "chain item 1: \"(\" is missing behind \"ZNFilter.Sepia.1\" at character 1"},
-      {"ZNFilter.Sepia.1(Sepia=050",
-       "chain item 1: \")\" is missing behind \"Sepia=050\" at character 18"},
       {"ZNFilter.Sepia.1)Sepia=050(",
        "chain item 1: \"(\" is missing behind \"ZNFilter.Sepia.1)Sepia=050(\" at character 1"},
       {"(ZNFilter.Zero.1()ZNFilter.Zero.1()",
@@ -114,13 +96,6 @@ TEST_F(ChainCheck, TakesTheLibrarysOwnTexts) {
     const std::string text = entry.row->defaultText;
     if (text.find('%') != std::string::npos) continue;  // its dialog fills the text in
     EXPECT_EQ(Message(entry.progId + "(" + text + ")"), "");
-  }
-}
-
-TEST_F(ChainCheck, LeavesTheKeysOfOtherClassesAlone) {
-  for (const FilterEntry& entry : filters) {
-    if (IsBuilt(entry)) continue;
-    EXPECT_EQ(Message(entry.progId + "(any, thing=at all)"), "");
   }
 }
 

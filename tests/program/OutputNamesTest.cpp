@@ -18,14 +18,11 @@ std::string Planned(const std::string& input, const std::optional<std::string>& 
 
 TEST(OutputNames, OneInput) {
   EXPECT_EQ(Planned("a/b.jpg", {}), "a/b-fxbox.jpg");
-  EXPECT_EQ(Planned("b.tar.webp", {}), "b.tar-fxbox.png");
   EXPECT_EQ(Planned("noextension", {}), "noextension-fxbox.png");
-  EXPECT_EQ(Planned("a/b.jpg", "c.PNG"), "c.PNG");
   EXPECT_EQ(Planned("a/b.jpg", "not there/"), "not there/b.jpg");
   EXPECT_EQ(Planned("a/b.heic", "."), "./b.png");
   EXPECT_EQ(PlanOutputs({"b.jpg"}, "c.tif").front().format, imageio::Format::Tiff);
   EXPECT_THROW(PlanOutputs({"b.jpg"}, "c.gif"), UsageError);
-  EXPECT_THROW(PlanOutputs({"b.jpg"}, "c"), UsageError);
   EXPECT_THROW(PlanOutputs({"b.jpg"}, ""), UsageError);
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <stdexcept>
 
 namespace program {
 namespace {
@@ -18,7 +17,6 @@ platform::ComPtr<PictureSource> SourceOf(PictureSource::Decode decode) {
 class PipelineTest : public testing::Test {
  protected:
   const platform::ComPtr<IAnimFilterCreator> creator = MakeCreator();
-  const ChainText sepia{"ZNFilter.Sepia.1(Sepia=050)"};
 };
 
 TEST_F(PipelineTest, ChainHandsOutTextsOfAnyLength) {
@@ -28,17 +26,6 @@ TEST_F(PipelineTest, ChainHandsOutTextsOfAnyLength) {
                            std::string(3000, 'y') + ")";
   pipeline.SetText({text});
   EXPECT_EQ(pipeline.Text({}, false), text);
-}
-
-// The filter passes rows on whatever its source says.
-TEST_F(PipelineTest, AFailingSourceIsNoticedBehindAFilter) {
-  Pipeline pipeline(*creator.Get(), SourceOf([](const auto&, const auto&) -> bool {
-    throw std::runtime_error("unreadable");
-  }));
-  pipeline.SetText(sepia);
-  EXPECT_EQ(pipeline.Settle(), kSize);
-  MemoryPicture picture("result", 4, 3, true, true);
-  EXPECT_THROW(pipeline.Pull({0, 0, 4, 3}, 0, picture), std::runtime_error);
 }
 
 TEST_F(PipelineTest, AStoppedSourceIsNoticedBehindAFilter) {

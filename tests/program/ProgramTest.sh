@@ -90,13 +90,6 @@ test_sepia() {
   file_is out.ppm 'P6\n3 2\n255\n\061\000\000\377\362\310\175\077\025\307\211\137\114\016\000\275\177\125'
 }
 
-test_invert() {
-  picture in.ppm
-  run 0 apply --quiet -c 'ZNFilter.Invert.1(Inversity=100)' -o out.ppm in.ppm
-  output_is ''
-  file_is out.ppm 'P6\n3 2\n255\n\377\377\377\000\000\000\000\377\377\377\000\377\377\377\000\233\151\067'
-}
-
 # Two filters in the order of the text; blanks and line ends in a file; layout B; other markers.
 test_chain_forms() {
   picture in.ppm
@@ -152,8 +145,6 @@ test_fit_and_size() {
   printf 'P6\n4 2\n255\n\000\000\000\000\000\000\377\377\377\377\377\377\000\000\000\000\000\000\377\377\377\377\377\377' >in.ppm
   run 0 apply -c '' --fit 2 -o fit.ppm in.ppm
   file_is fit.ppm 'P6\n2 1\n255\n\000\000\000\377\377\377'
-  run 0 apply -c '' --fit 9x1 -o fit.ppm in.ppm
-  output_is 'fit.ppm  2x1'
   run 0 apply -c '' --fit 100 --zoom 0.5 --target 800x400 -o large.ppm in.ppm
   cmp -s in.ppm large.ppm || fail 'a picture that fits is changed'
   run 0 size -c 'ZNFilter.Sepia.1(Sepia=050)' 6000x4000
@@ -181,19 +172,6 @@ test_several_inputs() {
   [ "$(od -An -tx1 -N2 out/deep/b.JPG | tr -d ' ')" = ffd8 ] || fail 'b.JPG is no JPEG'
   cmp -s a.ppm out/deep/a.ppm || fail 'a.ppm was changed'
   no_leftovers
-}
-
-test_output_names() {
-  picture in.ppm
-  picture c.xyz
-  mkdir folder
-  run 0 apply -c '' in.ppm c.xyz
-  cmp -s in.ppm in-fxbox.ppm || fail 'no result beside the input'
-  [ -s c-fxbox.png ] || fail 'no PNG beside the input of an unknown kind'
-  run 0 apply -c '' -o folder in.ppm
-  cmp -s in.ppm folder/in.ppm || fail 'no result in the folder'
-  run 0 apply -c '' -o new/ in.ppm
-  cmp -s in.ppm new/in.ppm || fail 'no result in the new folder'
 }
 
 test_replaces_input() {
@@ -226,15 +204,21 @@ test_refused_outputs() {
   no_leftovers
 }
 
-# The superuser may write anywhere, so this says nothing for him.
+# The superuser may write anywhere, so that another user runs the program for him: one that may come
+# into the folder and read the picture.
 test_unwritable_folder() {
-  [ "$(id -u)" != 0 ] || exit 77
   picture in.ppm
   mkdir locked
   chmod a-w locked
+  if [ "$(id -u)" = 0 ]; then
+    chmod a+rx . locked
+    prefix="setpriv --reuid=65534 --regid=65534 --clear-groups $prefix"
+    $prefix --version >stdout 2>stderr || exit 77 # where that user may not run it at its place
+  fi
   run 1 apply -c '' -o locked/out.ppm in.ppm
   error_starts 'fxbox: locked/out.ppm: '
   is_missing locked/out.ppm
+  no_leftovers
 }
 
 # The disk that is always full.
@@ -279,10 +263,7 @@ test_wrong_use() {
   printf '' >chain
   refuse 'give the chain with -c or with -f, not both' apply -c '' -f chain -o out.ppm in.ppm
   refuse 'nowhere: the chain cannot be read' apply -f nowhere -o out.ppm in.ppm
-  mkdir folder
-  refuse 'folder: the chain cannot be read' apply -f folder -o out.ppm in.ppm
   refuse '--fit: "big" is no size such as 640x480' apply -c '' --fit big -o out.ppm in.ppm
-  refuse '--fit: "0" is no size such as 640x480' apply -c '' --fit 0 -o out.ppm in.ppm
   refuse '--rect: "1,2,3" is no rectangle such as 0,0,640,480' apply -c '' --rect 1,2,3 -o out.ppm in.ppm
   refuse 'unknown filter "Nobody"' describe Nobody
   for arguments in '' nonsense 'apply -c x' 'apply --bands 0 in.ppm' 'apply --quality 101 in.ppm' 'apply --zoom -1 in.ppm'; do
@@ -327,36 +308,13 @@ test_text() {
 test_json_report() {
   picture in.ppm
   run 1 apply --json -c '' -o out in.ppm missing.ppm
-  sed 's/"milliseconds": [0-9.e+-]*/"milliseconds": 0/; s|\\\\|/|g' stdout >report
-  cat >expected <<'REPORT'
-{
-  "files": [
-    {
-      "input": "in.ppm",
-      "output": "out/in.ppm",
-      "inputSize": {
-        "width": 3,
-        "height": 2
-      },
-      "outputSize": {
-        "width": 3,
-        "height": 2
-      },
-      "milliseconds": 0,
-      "error": null
-    },
-    {
-      "input": "missing.ppm",
-      "output": null,
-      "inputSize": null,
-      "outputSize": null,
-      "milliseconds": 0,
-      "error": "missing.ppm: the file cannot be opened"
-    }
-  ],
-  "interrupted": false
-}
-REPORT
+  sed 's/"milliseconds": [0-9.e+-]*/"milliseconds": 0/; s|\\\\|/|g; s/^ *//' stdout | tr '\n' ' ' >report
+  size='{ "width": 3, "height": 2 }'
+  printf '%s' '{ "files": [ { "input": "in.ppm", "output": "out/in.ppm", ' \
+    "\"inputSize\": $size, \"outputSize\": $size, " '"milliseconds": 0, "error": null }, ' \
+    '{ "input": "missing.ppm", "output": null, "inputSize": null, "outputSize": null, ' \
+    '"milliseconds": 0, "error": "missing.ppm: the file cannot be opened" } ], ' \
+    '"interrupted": false } ' >expected
   diff expected report >&2 || fail 'another report'
 }
 

@@ -30,12 +30,5 @@ TEST(ProgressBar, IsQuietWithoutATerminalAndForShortWork) {
   EXPECT_EQ(terminal.str(), "");
 }
 
-TEST(ProgressBar, KeepsItsNumbersOnANarrowTerminal) {
-  std::ostringstream terminal;
-  ProgressBar bar(terminal, 6, 1, milliseconds(0));
-  bar.Show(0, 2.0);
-  EXPECT_EQ(terminal.str(), "\r 100 %\x1B[K");
-}
-
 }  // namespace
 }  // namespace program

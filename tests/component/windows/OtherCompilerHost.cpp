@@ -175,17 +175,13 @@ Interface* Query(IUnknown* object) {
 
 // --- the host's own objects, which live longer than all references to them
 
-// Answers the requests that arrive from the chain and notes their arguments.
-class Source final : public IAnimLinkable, public IAnimFilterDestCallsThis {
+template <class Interface>
+class HostObject : public IAnimLinkable, public Interface {
  public:
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
     *result = nullptr;
-    if (IsEqualGUID(iid, IAnimLinkable::kId) || IsEqualGUID(iid, IID_IUnknown)) {
-      *result = static_cast<IAnimLinkable*>(this);
-    }
-    if (IsEqualGUID(iid, IAnimFilterDestCallsThis::kId)) {
-      *result = static_cast<IAnimFilterDestCallsThis*>(this);
-    }
+    if (IsEqualGUID(iid, IAnimLinkable::kId) || IsEqualGUID(iid, IID_IUnknown)) *result = Unknown();
+    if (IsEqualGUID(iid, Interface::kId)) *result = static_cast<Interface*>(this);
     if (*result) ++references;
     return *result ? S_OK : E_NOINTERFACE;
   }
@@ -194,6 +190,15 @@ class Source final : public IAnimLinkable, public IAnimFilterDestCallsThis {
   HRESULT STDMETHODCALLTYPE Link(IUnknown*, int*) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE Unlink() override { return E_NOTIMPL; }
 
+  IUnknown* Unknown() { return static_cast<IAnimLinkable*>(this); }
+
+  ULONG references = 1;
+  bool attached = false;
+};
+
+// Answers the requests that arrive from the chain and notes their arguments.
+class Source final : public HostObject<IAnimFilterDestCallsThis> {
+ public:
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override {
     const int now[] = {destX, destY, srcX, srcY, width, height};
@@ -228,31 +233,14 @@ class Source final : public IAnimLinkable, public IAnimFilterDestCallsThis {
     return 0x77;
   }
 
-  ULONG references = 1;
   int request[6] = {};
-  bool abort = false, tracked = false, attached = false;
+  bool abort = false, tracked = false;
   intptr_t message = 0;
 };
 
 // Is told about the picture, and answers questions.
-class Destination final : public IAnimLinkable, public IAnimFilterSrcCallsThis {
+class Destination final : public HostObject<IAnimFilterSrcCallsThis> {
  public:
-  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
-    *result = nullptr;
-    if (IsEqualGUID(iid, IAnimLinkable::kId) || IsEqualGUID(iid, IID_IUnknown)) {
-      *result = static_cast<IAnimLinkable*>(this);
-    }
-    if (IsEqualGUID(iid, IAnimFilterSrcCallsThis::kId)) {
-      *result = static_cast<IAnimFilterSrcCallsThis*>(this);
-    }
-    if (*result) ++references;
-    return *result ? S_OK : E_NOINTERFACE;
-  }
-  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
-  ULONG STDMETHODCALLTYPE Release() override { return --references; }
-  HRESULT STDMETHODCALLTYPE Link(IUnknown*, int*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Unlink() override { return E_NOTIMPL; }
-
   HRESULT STDMETHODCALLTYPE SetPictureSize(int w, int h) override { return Note(size, w, h); }
   HRESULT STDMETHODCALLTYPE SetOffset(int x, int y) override { return Note(offset, x, y); }
   HRESULT STDMETHODCALLTYPE SetExtent(int w, int h) override { return Note(extent, w, h); }
@@ -292,11 +280,9 @@ class Destination final : public IAnimLinkable, public IAnimFilterSrcCallsThis {
   HRESULT STDMETHODCALLTYPE HostCall1(intptr_t a) override { return HRESULT(a + 1000); }
   HRESULT STDMETHODCALLTYPE HostCall1b(intptr_t a) override { return HRESULT(a + 2000); }
 
-  ULONG references = 1;
   int size[2] = {}, offset[2] = {}, extent[2] = {}, target[2] = {}, mark[2] = {};
   double aspect = 0, zoom = 0;
   int locks = 0, unlocks = 0;
-  bool attached = false;
 
  private:
   HRESULT Note(int (&pair)[2], int a, int b) {
@@ -309,6 +295,12 @@ bool Is(const int (&pair)[2], int a, int b) {
   return pair[0] == a && pair[1] == b;
 }
 
+// A dialog may be there or not.
+void CheckDialog(HRESULT status, void* dialog) {
+  CHECK((status == S_OK) == (dialog != nullptr));
+  if (dialog) static_cast<IUnknown*>(dialog)->Release();
+}
+
 // --- slot by slot
 
 void CallFilter(IAnimFilter* filter, Source& source, Destination& destination) {
@@ -319,9 +311,8 @@ void CallFilter(IAnimFilter* filter, Source& source, Destination& destination) {
   CHECK(filter->GetKind(&kind) == S_OK && kind == 39);
   IUnknown* none = filter;
   CHECK(filter->GetSource(IID_IUnknown, reinterpret_cast<void**>(&none)) == E_NOINTERFACE && !none);
-  CHECK(filter->SetSource(static_cast<IAnimLinkable*>(&source)) == S_OK && source.attached);
-  CHECK(filter->SetDestination(static_cast<IAnimLinkable*>(&destination)) == S_OK &&
-        destination.attached);
+  CHECK(filter->SetSource(source.Unknown()) == S_OK && source.attached);
+  CHECK(filter->SetDestination(destination.Unknown()) == S_OK && destination.attached);
   void* neighbour = nullptr;
   CHECK(filter->GetSource(IAnimFilterDestCallsThis::kId, &neighbour) == S_OK &&
         neighbour == static_cast<IAnimFilterDestCallsThis*>(&source));
@@ -329,11 +320,9 @@ void CallFilter(IAnimFilter* filter, Source& source, Destination& destination) {
   CHECK(filter->GetDestination(IAnimFilterSrcCallsThis::kId, &neighbour) == S_OK &&
         neighbour == static_cast<IAnimFilterSrcCallsThis*>(&destination));
   destination.Release();
-  IUnknown* dialog = nullptr;
-  const HRESULT status =
-      filter->CreateFilterDialog(IID_IUnknown, reinterpret_cast<void**>(&dialog));
-  CHECK((status == S_OK) == (dialog != nullptr));
-  if (dialog) dialog->Release();
+  void* dialog = nullptr;
+  const HRESULT status = filter->CreateFilterDialog(IID_IUnknown, &dialog);
+  CheckDialog(status, dialog);
   CHECK(filter->SetClassId(kAnyClass) == S_OK && filter->GetName(text, sizeof text) == S_OK &&
         Same(text, ""));
   CHECK(filter->SetClassId(kInvertClass) == S_OK && filter->GetName(text, sizeof text) == S_OK &&
@@ -437,10 +426,8 @@ void CallLinks(IAnimFilter* filter, Source& source, Destination& destination) {
   auto* downstream = Query<IAnimFilterSrcCallsThis>(filter);
   CHECK(upstream->AttachDestination(nullptr) == S_OK && destination.references == 1);
   CHECK(downstream->AttachSource(nullptr) == S_OK && source.references == 1);
-  CHECK(upstream->AttachDestination(static_cast<IAnimLinkable*>(&destination)) == S_OK &&
-        destination.references == 2);
-  CHECK(downstream->AttachSource(static_cast<IAnimLinkable*>(&source)) == S_OK &&
-        source.references == 2);
+  CHECK(upstream->AttachDestination(destination.Unknown()) == S_OK && destination.references == 2);
+  CHECK(downstream->AttachSource(source.Unknown()) == S_OK && source.references == 2);
   CHECK(filter->SetSource(nullptr) == S_OK && source.references == 1);
   CHECK(filter->SetDestination(nullptr) == S_OK && destination.references == 1);
   upstream->Release();
@@ -460,11 +447,9 @@ void CallCreator(IAnimFilterCreator* creator) {
   CHECK(creator->CreateFilter("ZNFilter.Invert", IAnimFilter::kId,
                               reinterpret_cast<void**>(&filter)) == E_FAIL &&
         !filter);
-  IUnknown* dialog = nullptr;
-  const HRESULT status = creator->CreateFilterDialog("ZNFilter.Invert.1", 0, IID_IUnknown,
-                                                     reinterpret_cast<void**>(&dialog));
-  CHECK((status == S_OK) == (dialog != nullptr));
-  if (dialog) dialog->Release();
+  void* dialog = nullptr;
+  const HRESULT status = creator->CreateFilterDialog("ZNFilter.Invert.1", 0, IID_IUnknown, &dialog);
+  CheckDialog(status, dialog);
 }
 
 IAnimFilter* NewFilter(IAnimFilterCreator* creator, const char* progId) {
@@ -483,8 +468,8 @@ void CallChain(IAnimFilterChain* chain, IAnimFilterCreator* creator, Source& sou
                Destination& destination) {
   char text[200] = "";
   void* found = nullptr;
-  CHECK(chain->SetSource(static_cast<IAnimLinkable*>(&source)) == S_OK);
-  CHECK(chain->SetDestination(static_cast<IAnimLinkable*>(&destination)) == S_OK);
+  CHECK(chain->SetSource(source.Unknown()) == S_OK);
+  CHECK(chain->SetDestination(destination.Unknown()) == S_OK);
   IAnimFilter* sepia = NewFilter(creator, "ZNFilter.Sepia.1");
   IAnimFilter* zero = NewFilter(creator, "ZNFilter.Zero.1");
   NEED(sepia && zero);
