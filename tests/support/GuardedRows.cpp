@@ -77,7 +77,7 @@ std::string GuardedRows::Plane::WrittenOutside(int firstByte, int endByte, int f
   if (at == allowed.end()) return {};
   const auto place = static_cast<std::size_t>(at - allowed.begin());
   std::string text = "written at byte " + std::to_string(place) + ", rows start at";
-  for (const std::size_t start : starts) text += " " + std::to_string(start);
+  for (const std::size_t start : starts) text.append(" ").append(std::to_string(start));
   return text;
 }
 
