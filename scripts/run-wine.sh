@@ -13,13 +13,16 @@ export WINEPREFIX WINEARCH=win64 WINEDEBUG="${WINEDEBUG:--all}"
 export WINEDLLOVERRIDES='mscoree=;mshtml=;winemenubuilder.exe='
 # Everywhere the same code page (1252), and file names in UTF-8.
 export LC_ALL=C.UTF-8
+# Nobody dismisses a message box here: its text goes to standard error.
+export FXBOX_QUIET="${FXBOX_QUIET:-1}"
 
 # The first program starts Wine's services, which would hold our output open long after its end. So
-# the server is started here, stays a while after the last program, and warms up without our output.
+# the server is started here with the one that component hosts need, stays a while after the last
+# program, and warms up without our output.
 (
   flock 9
   if wineserver -p60 </dev/null >/dev/null 2>&1 9>&-; then # 0: started now, 2: it was there
-    wine cmd /c exit </dev/null >/dev/null 2>&1 9>&-
+    wine net start RpcSs </dev/null >/dev/null 2>&1 9>&-
   fi
 ) 9>"$WINEPREFIX/run-wine.lock"
 

@@ -329,7 +329,8 @@ TEST(PdibFilterChain, BecomesAnyText) {
   const auto item = [&random] {
     return Item(Classes()[random() % Classes().size()].progId, std::to_string(random() % 2));
   };
-  for (int round = 0; round < 2000; ++round) {
+  const ChainRig keepsTheListOfClasses;
+  for (int round = 0; round < 200; ++round) {
     ChainRig test;
     if (round % 5) test.Link();
     Items before(random() % 6);
