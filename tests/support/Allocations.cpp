@@ -14,10 +14,13 @@ long AllocationCount() {
 }
 }  // namespace testing_support
 
-// The other forms come here by default.
-void* operator new(std::size_t size) {
+// The forms for arrays come here by default; those without exceptions do not under a sanitizer.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   ++count;
-  if (void* block = std::malloc(size ? size : 1)) return block;
+  return std::malloc(size ? size : 1);
+}
+void* operator new(std::size_t size) {
+  if (void* block = operator new(size, std::nothrow)) return block;
   throw std::bad_alloc();
 }
 void operator delete(void* block) noexcept {
