@@ -285,17 +285,21 @@ HRESULT CPdibFilterChain::FindByName(const char* name, REFIID iid, void** result
   });
 }
 
+HRESULT CPdibFilterChain::Accept(IUnknown* filter, ComPtr<IAnimFilter>& accepted) {
+  const HRESULT status = filter->QueryInterface(IAnimFilter::kIid, accepted.PutVoid());
+  if (!accepted) return FAILED(status) ? status : E_NOINTERFACE;
+  // A filter that stands in the chain already would close its links to a ring.
+  return Holds(filter) ? E_INVALIDARG : S_OK;
+}
+
 HRESULT CPdibFilterChain::Insert(IUnknown* filter) {
   if (!filter) return E_FAIL;
   const Locked lock(*this);
   return Guarded(kUnhandled, __LINE__, [&]() -> HRESULT {
     ComPtr<IAnimFilter> added;
-    const HRESULT status = filter->QueryInterface(IAnimFilter::kIid, added.PutVoid());
-    if (!added) return FAILED(status) ? status : E_NOINTERFACE;
-    // A filter that stands in the chain already would close its links to a ring.
-    if (Holds(filter)) return E_INVALIDARG;
-    InsertByOrder(added.Get());
-    return S_OK;
+    const HRESULT status = Accept(filter, added);
+    if (SUCCEEDED(status)) InsertByOrder(added.Get());
+    return status;
   });
 }
 
@@ -304,9 +308,8 @@ HRESULT CPdibFilterChain::InsertAt(int index, IUnknown* filter) {
   const Locked lock(*this);
   return Guarded(kUnhandled, __LINE__, [&]() -> HRESULT {
     ComPtr<IAnimFilter> added;
-    const HRESULT status = filter->QueryInterface(IAnimFilter::kIid, added.PutVoid());
-    if (!added) return FAILED(status) ? status : E_NOINTERFACE;
-    if (Holds(filter)) return E_INVALIDARG;
+    const HRESULT status = Accept(filter, added);
+    if (FAILED(status)) return status;
     int count = 0;
     if (index == 0 || !first) {
       InsertFirst(added.Get());

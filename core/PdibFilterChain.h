@@ -55,6 +55,8 @@ class FXBOX_API CPdibFilterChain final
   IAnimFilter* FindNamed(const char* name);
   bool Holds(IUnknown* filter);
 
+  // Whether an object can be inserted, and its filter interface.
+  HRESULT Accept(IUnknown* filter, platform::ComPtr<IAnimFilter>& accepted);
   void LinkEnds();
   void InsertFirst(IAnimFilter* filter);
   void InsertBehindCursor(IAnimFilter* filter);
