@@ -5,18 +5,6 @@
 
 #include "platform/component/Guard.h"
 
-namespace {
-
-HRESULT CopyIfShorter(const char* text, char* buffer, int size) {
-  const std::size_t length = std::strlen(text);
-  if (buffer && size > 0 && length < static_cast<std::size_t>(size)) {
-    std::memcpy(buffer, text, length + 1);
-  }
-  return S_OK;
-}
-
-}  // namespace
-
 HRESULT CFilterIcon::IconCall1(std::intptr_t, std::intptr_t) {
   return S_OK;
 }
@@ -36,12 +24,13 @@ HRESULT CFilterIcon::IconCall4() {
 HRESULT CFilterIcon::GetAttribute(const char* name, char* buffer, int size) {
   if (!name) return S_OK;
   if (std::strcmp(name, "Name") == 0) return GetDisplayName(buffer, size);
-  if (std::strcmp(name, "IsActive") == 0) return CopyIfShorter(isActive ? "1" : "0", buffer, size);
+  if (std::strcmp(name, "IsActive") == 0) CopyParameterText(isActive ? "1" : "0", 0, buffer, size);
   return S_OK;
 }
 
 HRESULT CFilterIcon::GetDisplayName(char* buffer, int size) {
-  return CopyIfShorter(displayName, buffer, size);
+  CopyParameterText(displayName.View(), 0, buffer, size);
+  return S_OK;
 }
 
 KvString* CFilterIcon::GetIconName(KvString* result) {

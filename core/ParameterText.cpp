@@ -95,8 +95,9 @@ bool ParameterFieldsDiffer(ConstParameterField a, ConstParameterField b) {
                     a, b);
 }
 
-void CopyParameterText(const std::string& text, int least, char* buffer, int size) {
+void CopyParameterText(std::string_view text, int least, char* buffer, int size) {
   if (!buffer || size < least || size <= 0) return;
   if (text.size() >= static_cast<std::size_t>(size)) return;
-  std::memcpy(buffer, text.c_str(), text.size() + 1);
+  std::memcpy(buffer, text.data(), text.size());
+  buffer[text.size()] = 0;
 }

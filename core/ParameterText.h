@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <variant>
 #include <vector>
@@ -56,7 +57,7 @@ FXBOX_API bool ParameterFieldsDiffer(ConstParameterField a, ConstParameterField 
 
 // Copies a finished text to a caller's buffer if it fits, terminator included, and `size` is at
 // least `least`. Otherwise nothing is written. A null buffer is never written.
-FXBOX_API void CopyParameterText(const std::string& text, int least, char* buffer, int size);
+FXBOX_API void CopyParameterText(std::string_view text, int least, char* buffer, int size);
 
 template <class Parameters>
 struct ParameterRow : ParameterDescription {

@@ -2,7 +2,6 @@
 
 #include <objbase.h>
 
-#include <cstring>
 #include <mutex>
 
 #include "base/Arithmetic.h"
@@ -23,11 +22,6 @@ struct ProcessLocks {
   std::recursive_mutex picture;
 };
 ProcessLocks locks;
-
-void CopyIfShorter(const KvString& text, char* buffer, int size) {
-  if (text.GetLength() < size)
-    std::memcpy(buffer, static_cast<const char*>(text), text.GetLength() + 1u);
-}
 
 // Exchanges the reference only when it is another object's.
 template <class Interface>
@@ -84,7 +78,7 @@ void CPdibFilter::MapSize(int w, int h, int* inW, int* inH) {
 HRESULT CPdibFilter::GetName(char* buffer, int size) {
   if (!buffer || size < 1) return S_OK;
   buffer[0] = 0;
-  CopyIfShorter(name, buffer, size);
+  CopyParameterText(name.View(), 0, buffer, size);
   return S_OK;
 }
 
@@ -369,7 +363,7 @@ HRESULT CPdibFilter::GetNamedValue(const char* key, char* buffer, int size) {
   return Guard([&] {
     const auto found = namedValues.find(key);
     if (size < 1 || found == namedValues.end() || found->second.GetLength() >= size) return E_FAIL;
-    CopyIfShorter(found->second, buffer, size);
+    CopyParameterText(found->second.View(), 0, buffer, size);
     return S_OK;
   });
 }

@@ -3,7 +3,6 @@
 #include <comcat.h>
 
 #include <algorithm>
-#include <cstring>
 #include <mutex>
 
 #include "core/AnimIcon.h"
@@ -162,8 +161,6 @@ HRESULT CPdibFilterCreator::GetFilterInfo(int index, char* name, int size, int* 
   const Entry* entry = EntryAt(index);
   if (!entry) return E_FAIL;
   if (order) *order = entry->order;
-  if (name && size > 0 && entry->progId.size() < static_cast<std::size_t>(size)) {
-    std::memcpy(name, entry->progId.c_str(), entry->progId.size() + 1);
-  }
+  CopyParameterText(entry->progId, 0, name, size);
   return S_OK;
 }
