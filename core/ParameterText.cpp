@@ -30,6 +30,11 @@ void AppendFormatted(std::string& text, const char* format, Number number) {
   if (length > 0) text.append(piece, std::min<std::size_t>(static_cast<std::size_t>(length), 511));
 }
 
+// Records are searched for the key with its "=".
+std::string KeyOfRecord(const ParameterDescription& row) {
+  return std::string(row.key).append("=");
+}
+
 // The number of the text that a field shall hold; false leaves the field alone.
 bool ReadNumber(const char* text, const ParameterDescription& row, int& number) {
   bool changed = false;
@@ -46,6 +51,13 @@ bool Store(Field& field, Field value) {
   if (field == value) return false;
   field = value;
   return true;
+}
+
+template <class Number>
+Number ForcedIntoRange(Number value, const ParameterDescription& row) {
+  if (row.range == ParameterRange::Offered) return value;
+  const auto [least, greatest] = std::minmax(row.least, row.greatest);
+  return std::clamp(value, static_cast<Number>(least), static_cast<Number>(greatest));
 }
 
 }  // namespace
@@ -65,8 +77,30 @@ bool ReadParameterField(const char* text, const ParameterDescription& row, Param
           [&](double* field) {
             ReadParamDouble(text, row.key, *field, changed);
             return changed;
+          },
+          [&](std::uint32_t* field) {
+            return Store(*field, ParamHex(text, *field, KeyOfRecord(row).c_str()));
           }},
       target);
+}
+
+void ReadRecordField(char* text, const ParameterDescription& row, ParameterField target) {
+  const std::string key = KeyOfRecord(row);
+  const auto readInteger = [&](auto* field) {
+    const std::int32_t number = ParamLong(text, *field, key.c_str());
+    *field = static_cast<std::remove_pointer_t<decltype(field)>>(ForcedIntoRange(number, row));
+  };
+  std::visit(Overloaded{[&](std::int32_t* field) { readInteger(field); },
+                        [&](std::uint8_t* field) { readInteger(field); },
+                        [&](bool* field) { *field = ParamFlag(text, *field, key.c_str()); },
+                        [&](double* field) {
+                          const double value = ParamDouble(text, *field, key.c_str());
+                          if (value != *field) *field = ForcedIntoRange(value, row);
+                        },
+                        [&](std::uint32_t* field) {
+                          *field = ForcedIntoRange(ParamHex(text, *field, key.c_str()), row);
+                        }},
+             target);
 }
 
 void PrintParameterField(std::string& text, const ParameterDescription& row,
@@ -77,7 +111,7 @@ void PrintParameterField(std::string& text, const ParameterDescription& row,
   std::visit(Overloaded{[&](const std::int32_t* field) { print(*field); },
                         [&](const std::uint8_t* field) { print(*field); },
                         [&](const bool* field) { print(*field ? 1 : 0); },
-                        [&](const double* field) { AppendFormatted(text, row.printed, *field); }},
+                        [&](const auto* field) { AppendFormatted(text, row.printed, *field); }},
              source);
 }
 

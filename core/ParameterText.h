@@ -27,29 +27,38 @@
 // What a reader does with a key that is absent or has no readable number behind it.
 enum class AbsentKey { KeepsField, CountsAsZero };
 
-enum class ParameterKind { Integer, Byte, Flag, Double };
+enum class ParameterKind { Integer, Byte, Flag, Double, Hexadecimal };
+
+// Whether the range of a row holds for the dialogs alone or is forced upon what ReadRecord reads.
+enum class ParameterRange { Offered, Forced };
 
 // A row without the struct that it belongs to.
 struct ParameterDescription {
   const char* key = nullptr;      // found by substring search: "Green"
   const char* printed = nullptr;  // the piece of the text: " , Green=%.3d"
   ParameterKind kind = ParameterKind::Integer;
-  double least = 0;  // the range that the dialogs offer; the reader does not limit
+  double least = 0;  // the range, both ends included
   double greatest = 100;
   const char* gloss = "";
   AbsentKey absent = AbsentKey::KeepsField;
+  ParameterRange range = ParameterRange::Offered;
+  bool isCompared = true;  // a difference here makes the filter dirty
   // For a field that stores something else than the number of the text.
   int (*stored)(int text) = nullptr;
   int (*shown)(int field) = nullptr;
 };
 
-using ParameterField = std::variant<std::int32_t*, std::uint8_t*, bool*, double*>;
-using ConstParameterField =
-    std::variant<const std::int32_t*, const std::uint8_t*, const bool*, const double*>;
+using ParameterField = std::variant<std::int32_t*, std::uint8_t*, bool*, double*, std::uint32_t*>;
+using ConstParameterField = std::variant<const std::int32_t*, const std::uint8_t*, const bool*,
+                                         const double*, const std::uint32_t*>;
 
 // The work on one field, without the struct's type. Reading gives true when the field changed.
 FXBOX_API bool ReadParameterField(const char* text, const ParameterDescription& row,
                                   ParameterField field);
+// The same for a record, with the readers that repair a decimal comma, in `text`. The field comes
+// with its default and keeps it where the text has no number; a forced range is not forced upon a
+// double that has its default.
+FXBOX_API void ReadRecordField(char* text, const ParameterDescription& row, ParameterField field);
 FXBOX_API void PrintParameterField(std::string& text, const ParameterDescription& row,
                                    ConstParameterField field);
 // Numbers differ when they are not equal, doubles when they are more than 0.0001 apart.
@@ -61,19 +70,23 @@ FXBOX_API void CopyParameterText(std::string_view text, int least, char* buffer,
 
 template <class Parameters>
 struct ParameterRow : ParameterDescription {
-  using Member = std::variant<std::int32_t Parameters::*, std::uint8_t Parameters::*,
-                              bool Parameters::*, double Parameters::*>;
+  using Member =
+      std::variant<std::int32_t Parameters::*, std::uint8_t Parameters::*, bool Parameters::*,
+                   double Parameters::*, std::uint32_t Parameters::*>;
+  // Says which values have this piece of text at all.
+  using Condition = bool (*)(const Parameters&);
 
   template <class Field>
   constexpr ParameterRow(const char* rowKey, const char* rowPrinted, Field Parameters::*rowMember,
-                         ParameterDescription more = {})
-      : ParameterDescription(more), member(rowMember) {
+                         ParameterDescription more = {}, Condition rowCondition = nullptr)
+      : ParameterDescription(more), member(rowMember), condition(rowCondition) {
     key = rowKey;
     printed = rowPrinted;
-    kind = std::is_same_v<Field, bool>           ? ParameterKind::Flag
-           : std::is_same_v<Field, double>       ? ParameterKind::Double
-           : std::is_same_v<Field, std::uint8_t> ? ParameterKind::Byte
-                                                 : ParameterKind::Integer;
+    kind = std::is_same_v<Field, bool>            ? ParameterKind::Flag
+           : std::is_same_v<Field, double>        ? ParameterKind::Double
+           : std::is_same_v<Field, std::uint8_t>  ? ParameterKind::Byte
+           : std::is_same_v<Field, std::uint32_t> ? ParameterKind::Hexadecimal
+                                                  : ParameterKind::Integer;
   }
 
   ParameterField In(Parameters& parameters) const {
@@ -84,6 +97,7 @@ struct ParameterRow : ParameterDescription {
   }
 
   Member member;
+  Condition condition;
 };
 
 template <class Parameters>
@@ -91,17 +105,29 @@ void ReadParameters(const char* text, Parameters& parameters) {
   for (const auto& row : Parameters::Rows()) ReadParameterField(text, row, row.In(parameters));
 }
 
+// Reads a text that says everything: what it leaves out gets the default, which `record` comes
+// with. A null text leaves all out.
+template <class Record>
+Record ReadRecord(const char* text, Record record = {}) {
+  std::string repaired = text ? text : "";
+  for (const auto& row : Record::Rows()) ReadRecordField(repaired.data(), row, row.In(record));
+  return record;
+}
+
 template <class Parameters>
 std::string PrintParameters(const Parameters& parameters) {
   std::string text;
-  for (const auto& row : Parameters::Rows()) PrintParameterField(text, row, row.In(parameters));
+  for (const auto& row : Parameters::Rows()) {
+    if (row.condition && !row.condition(parameters)) continue;
+    PrintParameterField(text, row, row.In(parameters));
+  }
   return text;
 }
 
 template <class Parameters>
 bool ParametersDiffer(const Parameters& a, const Parameters& b) {
   for (const auto& row : Parameters::Rows()) {
-    if (ParameterFieldsDiffer(row.In(a), row.In(b))) return true;
+    if (row.isCompared && ParameterFieldsDiffer(row.In(a), row.In(b))) return true;
   }
   return false;
 }

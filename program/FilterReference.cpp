@@ -20,8 +20,11 @@ std::string NumberText(double number) {
   return {text.data(), end};
 }
 
+constexpr char kHexadecimal[] = "hexadecimal";
+
 const char* KindName(const ParameterDescription& row) {
   if (row.kind == ParameterKind::Flag) return "0 or 1";
+  if (row.kind == ParameterKind::Hexadecimal) return kHexadecimal;
   return row.kind == ParameterKind::Double ? "number" : "whole number";
 }
 
@@ -135,6 +138,12 @@ FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
 }
 
 std::string RangeText(const KeyFacts& key) {
+  if (key.kind == kHexadecimal) {
+    std::array<char, 32> text;
+    std::snprintf(text.data(), text.size(), "%.6x to %.6x", static_cast<unsigned>(key.least),
+                  static_cast<unsigned>(key.greatest));
+    return text.data();
+  }
   return NumberText(key.least) + " to " + NumberText(key.greatest);
 }
 

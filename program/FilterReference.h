@@ -13,7 +13,7 @@ namespace program {
 // All texts in UTF-8.
 struct KeyFacts {
   std::string key;
-  std::string kind;                         // "whole number", "number", "0 or 1"
+  std::string kind;                         // "whole number", "number", "0 or 1", "hexadecimal"
   std::optional<std::string> defaultValue;  // as a new filter prints it
   double least = 0;  // the range that dialogs offer; the library takes any number
   double greatest = 0;
