@@ -11,21 +11,21 @@ namespace {
 constexpr HRESULT kStopped = 1;
 
 // Every failure inside a filter, exhausted memory included, ends the pull the way an abort does.
+// What the body itself answers is passed on.
 template <class Body>
 HRESULT GuardPull(Body&& body) {
-  const HRESULT status = platform::Guard(body);
-  return FAILED(status) ? kStopped : status;
+  HRESULT answer = kStopped;
+  platform::Guard([&] {
+    answer = body();
+    return S_OK;
+  });
+  return answer;
 }
 
-// Asks for the front of the row that comes next. Processors foresee rows that follow upwards in
-// memory, and ours go down; the rest of a row they see coming by themselves.
-inline void AnnounceRow(const BYTE* row, std::size_t bytes) {
-  constexpr std::size_t kFront = 3072;
-  constexpr std::size_t kCacheLine = 64;
-  for (std::size_t at = 0; at < std::min(bytes, kFront); at += kCacheLine) {
-    __builtin_prefetch(row + at, 1);
-    asm volatile("");  // without it the compiler takes the loop for empty
-  }
+// The answer that ends a pull because of its source, or 0.
+HRESULT EndBySource(SourceResult rule, HRESULT pulled) {
+  if (rule == SourceResult::EndsUnlessZero) return pulled;
+  return rule == SourceResult::StopsAboveZero && pulled > 0 ? kStopped : S_OK;
 }
 
 // Cuts a request to a picture of this size; a corner below 0 moves the destination along.
@@ -39,24 +39,34 @@ void CutAxis(int& dest, int& src, int& length, int size) {
 
 }  // namespace
 
+void PullRectangle::AnnounceColour(int i) const {
+  constexpr std::size_t kFront = 3072;
+  constexpr std::size_t kCacheLine = 64;
+  const BYTE* const row = Colour(i);
+  if (!row) return;
+  for (std::size_t at = 0; at < std::min(base::ColourBytes(width), kFront); at += kCacheLine) {
+    __builtin_prefetch(row + at, 1);
+    asm volatile("");  // without it the compiler takes the loop for empty
+  }
+}
+
 HRESULT RowFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                             BYTE** colourRows, BYTE** maskRows) {
   return GuardPull([&]() -> HRESULT {
     if (!source) return kStopped;
-    const HRESULT pulled =
-        source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows);
-    if (policy.stopsWithSource && pulled > 0) return kStopped;
-    const PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
-    for (int i = std::max(height, 0) - 1; i >= 0; --i) {
-      if (abort) {
-        if (policy.abortMarksChange) selfChanged = true;
-        return kStopped;
-      }
-      BYTE* const colour = rows.Colour(i);
-      BYTE* const mask = rows.Mask(i);
-      if (width < 1 || !(policy.worksOnMask ? mask : colour)) continue;
-      if (i > 0 && !policy.worksOnMask) AnnounceRow(rows.Colour(i - 1), base::ColourBytes(width));
-      ChangeRow(colour, mask, width);
+    const HRESULT ended = EndBySource(
+        policy.sourceResult,
+        source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows));
+    if (ended != S_OK) return ended;
+    const PullRectangle rows{
+        destX,   destY, srcX, srcY, width, height, policy.worksOnMask ? nullptr : colourRows,
+        maskRows};
+    const bool complete = rows.ChangeRows(abort, [&](BYTE* colour, BYTE* mask) {
+      if (policy.worksOnMask ? mask : colour) ChangeRow(colour, mask, width);
+    });
+    if (!complete) {
+      if (policy.abortMarksChange) selfChanged = true;
+      return kStopped;
     }
     ClearChanges();
     return S_OK;
@@ -66,7 +76,7 @@ HRESULT RowFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width,
 HRESULT RowFilter::ReadPixel(BYTE* pixel) {
   if (!pixel) return E_POINTER;
   const HRESULT status = CPdibFilter::ReadPixel(pixel);
-  if (FAILED(status)) return status;
+  if (FAILED(status) || policy.passesPixels) return status;
   ChangeRow(pixel, pixel + base::kBytesPerPixel, 1);
   return S_OK;
 }
@@ -74,12 +84,13 @@ HRESULT RowFilter::ReadPixel(BYTE* pixel) {
 HRESULT RectangleFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                                   BYTE** colourRows, BYTE** maskRows) {
   return GuardPull([&]() -> HRESULT {
-    if (!source ||
-        source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows) > 0) {
-      return kStopped;
-    }
+    if (!source) return kStopped;
+    const HRESULT ended = EndBySource(
+        policy.sourceResult,
+        source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows));
+    if (ended != S_OK) return ended;
     if (!ChangeRectangle({destX, destY, srcX, srcY, width, height, colourRows, maskRows})) {
-      selfChanged = true;
+      if (policy.abortMarksChange) selfChanged = true;
       return kStopped;
     }
     ClearChanges();
@@ -91,8 +102,10 @@ HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, i
                                      int height, BYTE** colourRows, BYTE** maskRows) {
   return GuardPull([&]() -> HRESULT {
     if (!source || !BringUpToDate()) return kStopped;
-    if (!CopyOut({destX, destY, srcX, srcY, width, height, colourRows, maskRows})) {
-      if (policy.flags == ChangeFlags::ClearedAtEnd) selfChanged = true;
+    const PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
+    PrepareCopy(rows);
+    if (!CopyOut(rows)) {
+      if (policy.flags == ChangeFlags::ClearedAtEnd || policy.abortMarksChange) selfChanged = true;
       return kStopped;
     }
     if (policy.flags == ChangeFlags::ClearedAtEnd) ClearChanges();

@@ -1,6 +1,9 @@
 // The three shapes of a filter, by how much of the picture it must see at once.
 #pragma once
 
+#include <algorithm>
+#include <mutex>
+
 #include "base/Rows.h"
 #include "core/PdibFilter.h"
 #include "platform/component/Guard.h"
@@ -16,6 +19,31 @@ struct PullRectangle {
     return colourRows ? colourRows[destY + i] + base::ColourOffset(destX) : nullptr;
   }
   BYTE* Mask(int i) const { return maskRows ? maskRows[destY + i] + destX : nullptr; }
+
+  // Calls change(colour, mask) for each row from the last to the first, with an abort test before
+  // each. False when it stopped. A width below 1 has rows, but nothing in them to change.
+  template <class Change>
+  bool ChangeRows(const std::atomic<bool>& abort, Change change) const {
+    for (int i = std::max(height, 0) - 1; i >= 0; --i) {
+      if (abort) return false;
+      if (width < 1) continue;
+      if (i > 0) AnnounceColour(i - 1);
+      change(Colour(i), Mask(i));
+    }
+    return true;
+  }
+
+ private:
+  // Asks for the front of the row that comes next. Processors foresee rows that follow upwards in
+  // memory, and ours go down; the rest of a row they see coming by themselves.
+  FXBOX_API void AnnounceColour(int i) const;
+};
+
+// What a shape does when its source's pull answers something else than 0.
+enum class SourceResult {
+  Ignored,
+  StopsAboveZero,  // the pull ends with 1; an error of the source is passed over
+  EndsUnlessZero,  // the pull ends with that answer
 };
 
 // Derive from RowFilter when a pixel's result depends on that pixel alone. The shape pulls the
@@ -29,13 +57,15 @@ class FXBOX_API RowFilter : public CPdibFilter {
 
  protected:
   struct Policy {
-    bool stopsWithSource = false;   // gives 1 at once when the source's result is above 0
+    SourceResult sourceResult = SourceResult::Ignored;
     bool abortMarksChange = false;  // an abort sets `selfChanged`
     bool worksOnMask = false;       // needs the mask rows, not the colour rows
+    bool passesPixels = false;      // a single pixel is left as the source gives it
   };
   RowFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
-  // Changes `width` pixels, at least one. The plane that the policy names is never null.
+  // Changes `width` pixels, at least one. The plane that the policy names is never null; the other
+  // one may be.
   virtual void ChangeRow(BYTE* colour, BYTE* mask, int width) = 0;
 
  private:
@@ -44,18 +74,25 @@ class FXBOX_API RowFilter : public CPdibFilter {
 
 // Derive from RectangleFilter when the result depends on the rectangle that is asked for:
 // statistics of the request, neighbours within it. The shape pulls the source with the same
-// rectangle, hands all of it to the class at once, and stops with the source.
+// rectangle and hands all of it to the class at once.
 class FXBOX_API RectangleFilter : public CPdibFilter {
  public:
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) final;
 
  protected:
-  using CPdibFilter::CPdibFilter;
+  struct Policy {
+    SourceResult sourceResult = SourceResult::StopsAboveZero;
+    bool abortMarksChange = true;  // an abort sets `selfChanged`
+  };
+  explicit RectangleFilter(const FilterClass& row) : RectangleFilter(row, {}) {}
+  RectangleFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
-  // Changes the rectangle in place, testing `abort` once a row; false when it stopped. An abort
-  // sets `selfChanged`.
+  // Changes the rectangle in place, testing `abort` once a row; false when it stopped.
   virtual bool ChangeRectangle(const PullRectangle& rectangle) = 0;
+
+ private:
+  const Policy policy;
 };
 
 // Derive from WholePictureFilter when no row can be given before the whole picture was seen. On the
@@ -69,19 +106,22 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
  protected:
   enum class Cache { OutputPicture, InputPicture };
   enum class ChangeFlags {
-    ClearedAtEnd,   // stay set until a pull is complete; an abort sets `selfChanged`
+    ClearedAtEnd,   // stay set until a pull is complete; a failed rebuild sets `selfChanged`
     ClearedAtStart  // go when the pull begins; a failed rebuild sets `sourceChanged` and restores
                     // the rest
   };
   struct Policy {
     Cache cache = Cache::OutputPicture;
     ChangeFlags flags = ChangeFlags::ClearedAtEnd;
+    bool abortMarksChange = false;  // an abort while rows are given out sets `selfChanged`
   };
   WholePictureFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
   // Fills the picture that answers come from, EnsurePictures included; false when it could not
   // (abort, failed source, no memory). Works with the sizes of `pulled` and `result`.
   virtual bool Rebuild() = 0;
+  // Before the rows of each pull are given out, with the request as it came, not cut.
+  virtual void PrepareCopy(const PullRectangle&) {}
   // Gives out a part of one row of the result. Either target may be null.
   virtual void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                        int width);
@@ -106,21 +146,22 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
 };
 
 // Adds the parameters to a shape: `Parameters` is the struct that core/ParameterText.h describes.
-// SetParameter touches pending alone; Commit is the only writer of active.
+// SetParameter touches pending alone, from any thread; Commit is the only writer of active.
 template <class Shape, class Parameters>
 class ParameterFilter : public Shape {
  public:
-  bool IsDirty() override { return ParametersDiffer(pending, active); }
-  void Commit() override { active = pending; }
+  bool IsDirty() override { return ParametersDiffer(Pending(), active); }
+  void Commit() override { active = Pending(); }
 
   HRESULT STDMETHODCALLTYPE SetParameter(const char* text, int) override {
     return platform::Guard([&] {
+      const std::lock_guard lock(pendingLock);
       if (text) ReadText(text);
       return S_OK;
     });
   }
   HRESULT STDMETHODCALLTYPE GetParameter(char* buffer, int size) override {
-    return Print(pending, buffer, size);
+    return Print(Pending(), buffer, size);
   }
   HRESULT STDMETHODCALLTYPE GetActiveParameter(char* buffer, int size) override {
     return Print(active, buffer, size);
@@ -131,12 +172,19 @@ class ParameterFilter : public Shape {
  protected:
   using Shape::Shape;
 
+  // Under the lock of the pending parameters.
   virtual void ReadText(const char* text) { ReadParameters(text, pending); }
   virtual void PrintText(const Parameters& parameters, char* buffer, int size) {
     CopyParameterText(PrintParameters(parameters), Parameters::kLeastBuffer, buffer, size);
   }
 
-  Parameters pending;
+  // For a pull that works by pending parameters: all of one moment.
+  Parameters Pending() const {
+    const std::lock_guard lock(pendingLock);
+    return pending;
+  }
+
+  Parameters pending;  // in ReadText only; elsewhere Pending()
   Parameters active = Parameters::ActiveStart();
 
  private:
@@ -146,4 +194,6 @@ class ParameterFilter : public Shape {
       return S_OK;
     });
   }
+
+  mutable std::mutex pendingLock;
 };

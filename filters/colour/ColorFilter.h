@@ -17,7 +17,8 @@ struct ColorParameters {
 class CColorFilter final : public ParameterFilter<RowFilter, ColorParameters> {
  public:
   explicit CColorFilter(const FilterClass& row)
-      : ParameterFilter(row, {.stopsWithSource = true, .abortMarksChange = true}) {}
+      : ParameterFilter(row,
+                        {.sourceResult = SourceResult::StopsAboveZero, .abortMarksChange = true}) {}
 
  private:
   void ChangeRow(BYTE* colour, BYTE* mask, int width) override;

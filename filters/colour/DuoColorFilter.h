@@ -20,7 +20,8 @@ struct DuoColorParameters {
 class CDuoColorFilter final : public ParameterFilter<RowFilter, DuoColorParameters> {
  public:
   explicit CDuoColorFilter(const FilterClass& row)
-      : ParameterFilter(row, {.stopsWithSource = true, .abortMarksChange = true}) {}
+      : ParameterFilter(row,
+                        {.sourceResult = SourceResult::StopsAboveZero, .abortMarksChange = true}) {}
 
   void Commit() override;
 

@@ -43,15 +43,19 @@ template <bool kStrict>
 class RowProbe final : public Scripted<RowFilter> {
  public:
   explicit RowProbe(const FilterClass& row)
-      : Scripted(row, {.stopsWithSource = kStrict, .abortMarksChange = kStrict}) {}
+      : Scripted(row,
+                 {.sourceResult = kStrict ? SourceResult::StopsAboveZero : SourceResult::Ignored,
+                  .abortMarksChange = kStrict}) {}
 
  private:
   void ChangeRow(BYTE*, BYTE*, int) override { CountRow(); }
 };
 
+template <bool kStrict>
 class RectangleProbe final : public Scripted<RectangleFilter> {
  public:
-  explicit RectangleProbe(const FilterClass& row) : Scripted(row) {}
+  explicit RectangleProbe(const FilterClass& row)
+      : Scripted(row, kStrict ? Policy{SourceResult::EndsUnlessZero, false} : Policy{}) {}
 
  private:
   bool ChangeRectangle(const PullRectangle& r) override {
@@ -120,10 +124,14 @@ TEST(FilterShapes, FlagsFollowThePolicy) {
                               {"source stopped, clear", false, false, 1, Nothing, 1, false, false},
                               {"source failed", true, true, E_FAIL, Nothing, 0, false, false},
                               {"abort, clear", false, false, 0, Abort, 1, true, false}});
-  CheckFlags<RectangleProbe>({{"complete", true, true, 0, Nothing, 0, false, false},
-                              {"source stopped", false, true, 1, Nothing, 1, false, true},
-                              {"abort, clear", false, false, 0, Abort, 1, true, false},
-                              {"exception", false, true, 0, Throw, 1, false, true}});
+  CheckFlags<RectangleProbe<false>>({{"complete", true, true, 0, Nothing, 0, false, false},
+                                     {"source stopped", false, true, 1, Nothing, 1, false, true},
+                                     {"abort, clear", false, false, 0, Abort, 1, true, false},
+                                     {"exception", false, true, 0, Throw, 1, false, true}});
+  CheckFlags<RectangleProbe<true>>(
+      {{"source stopped", false, true, 7, Nothing, 7, false, true},
+       {"source failed", true, false, E_FAIL, Nothing, E_FAIL, true, false},
+       {"abort, clear", false, false, 0, Abort, 1, false, false}});
   CheckFlags<WholeProbe<true>>({{"complete", true, true, 0, Nothing, 0, false, false},
                                 {"source stopped", false, true, 1, Nothing, 1, false, true},
                                 {"source stopped, self", true, false, 1, Nothing, 1, true, true},
@@ -137,7 +145,7 @@ TEST(FilterShapes, FlagsFollowThePolicy) {
 
 TEST(FilterShapes, ARectangleLiesWhereTheCallerWantsIt) {
   Rig rig(Noise(11, 8, Masks::Noise, 3),
-          TestClass("Test.Shape.1", 5000, 0, MakeFilter<RectangleProbe>));
+          TestClass("Test.Shape.1", 5000, 0, MakeFilter<RectangleProbe<false>>));
   rig.Prepare();
   GuardedRows rows(14, 10);
   EXPECT_EQ(rig.Pull(rows, {2, 1, 3, 2, 5, 4}), S_OK);
