@@ -1,7 +1,8 @@
 // How fast the filters are: every class that does its work pulls a picture through the public
 // interface.
 //
-// Names are the filters' own: Sepia/24MP, Sepia/preview. Between two pulls the rows are inverted in
+// Names are the filters' own: Sepia/24MP, Sepia/preview, and with the setting where a filter has
+// several: BlurGauss/radius10/24MP. Between two pulls the rows are inverted in
 // place and set back with memcpy, both timed: `of_memcpy` and `of_inversion` are the filter's speed
 // as a share of theirs (medians over the run, so that a busy machine disturbs all three alike).
 // FXBOX_SIMD limits the vector units.
@@ -34,11 +35,13 @@ struct PictureSize {
 };
 constexpr PictureSize kSizes[] = {{"preview", 1920, 1280}, {"24MP", 6000, 4000}};
 
-// Texts that make a filter work, where its default text leaves the picture alone.
+// Texts that make a filter work, where its default text leaves the picture alone. A filter whose
+// speed depends on its parameters has several, each with a label.
 struct Setting {
   const char* progId;
   const char* text;
   Planes planes = Planes::Colour;  // what it changes, and is compared with a copy of
+  const char* label = nullptr;
 };
 constexpr Setting kSettings[] = {
     {"ZNFilter.Sepia.1", "Sepia=060"},
@@ -54,17 +57,21 @@ constexpr Setting kSettings[] = {
     {"ZNFilter.ImgBg.1", "Blue=255 , Green=128, Red=000, Transparency=040", Planes::Both},
 };
 
-Setting SettingOf(const FilterClass& row) {
+std::vector<Setting> SettingsOf(const FilterClass& row) {
+  std::vector<Setting> settings;
   for (const Setting& setting : kSettings) {
-    if (std::strcmp(setting.progId, row.progId) == 0) return setting;
+    if (std::strcmp(setting.progId, row.progId) == 0) settings.push_back(setting);
   }
-  return {row.progId, row.defaultText ? row.defaultText : ""};
+  if (settings.empty()) settings.push_back({row.progId, row.defaultText ? row.defaultText : ""});
+  return settings;
 }
 
-// "Sepia" of "ZNFilter.Sepia.1".
-std::string ShortName(const std::string& progId) {
-  const std::size_t first = progId.find('.') + 1;
-  return progId.substr(first, progId.rfind('.') - first);
+// "Sepia" of "ZNFilter.Sepia.1", "BlurGauss/radius10" with a label.
+std::string ShortName(const Setting& setting) {
+  std::string name = setting.progId;
+  name.erase(name.rfind('.')).erase(0, name.find('.') + 1);
+  if (setting.label) name.append("/").append(setting.label);
+  return name;
 }
 
 template <class Work>
@@ -214,10 +221,11 @@ void RegisterAll() {
   const FilterClass* const classes = FxboxFilterClasses(&count);
   for (int i = 0; i < count; ++i) {
     if (classes[i].state != ClassState::Built) continue;
-    Register(ShortName(classes[i].progId),
-             [setting = SettingOf(classes[i])](benchmark::State& state, const PictureSize& size) {
-               RunFilter(state, setting, size);
-             });
+    for (const Setting& setting : SettingsOf(classes[i])) {
+      Register(ShortName(setting), [setting](benchmark::State& state, const PictureSize& size) {
+        RunFilter(state, setting, size);
+      });
+    }
   }
 }
 
