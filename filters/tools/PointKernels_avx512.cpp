@@ -4,27 +4,15 @@
 // wide instructions to processors that lack them.
 #include <immintrin.h>
 
+#include "filters/tools/PixelBlocks_avx512.h"
 #include "filters/tools/PointKernelLoops.h"
 #include "filters/tools/PointKernelTable.h"
 
 namespace kernels {
 namespace {
 
-constexpr int kPixels = 64;  // of a block
-constexpr std::size_t kBlockBytes = 3 * kPixels;
 constexpr __mmask64 kEvenBytes = 0x5555555555555555;
 constexpr __mmask64 kOddBytes = ~kEvenBytes;
-
-// A block as it lies in the row.
-struct Block {
-  __m512i part0, part1, part2;
-};
-
-// Which byte of one vector, or of two, each byte of a permuted one comes from.
-struct alignas(64) Permutation {
-  std::uint8_t from[64];
-  operator __m512i() const { return _mm512_load_si512(from); }
-};
 
 // Two channels of each pixel side by side. The pixels of the first half of a block lie in parts 0
 // and 1, those of the second in parts 1 and 2.
@@ -95,41 +83,6 @@ __m512i Bytes(int value) {
 // The weights of a pair of bytes: the even one's and the odd one's.
 __m512i Weights(int even, int odd) {
   return Words(even + odd * 256);
-}
-
-// Fetches what a block further on in the row will need: the processor's own look-ahead stops at
-// each page. Behind the row it does no harm. No loop and no call: GCC takes either for one without
-// effect.
-[[gnu::always_inline]] inline void Prefetch(const std::uint8_t* block) {
-  const char* const at = reinterpret_cast<const char*>(block) + 3072;
-  _mm_prefetch(at, _MM_HINT_T0);
-  _mm_prefetch(at + 64, _MM_HINT_T0);
-  _mm_prefetch(at + 128, _MM_HINT_T0);
-}
-
-template <class Change>
-[[gnu::always_inline]] inline void ChangeBlock(std::uint8_t* at, const Change& change) {
-  const Block block =
-      change({_mm512_loadu_si512(at), _mm512_loadu_si512(at + 64), _mm512_loadu_si512(at + 128)});
-  _mm512_storeu_si512(at, block.part0);
-  _mm512_storeu_si512(at + 64, block.part1);
-  _mm512_storeu_si512(at + 128, block.part2);
-}
-
-// Changes a row block by block; the last pixels go through a block aside.
-template <class Change>
-[[gnu::always_inline]] inline void ChangeRow(std::uint8_t* colour, int width,
-                                             const Change& change) {
-  for (; width >= kPixels; width -= kPixels, colour += kBlockBytes) {
-    Prefetch(colour);
-    ChangeBlock(colour, change);
-  }
-  if (width <= 0) return;
-  std::uint8_t rest[kBlockBytes] = {};
-  const std::size_t bytes = 3 * static_cast<std::size_t>(width);
-  __builtin_memcpy(rest, colour, bytes);
-  ChangeBlock(rest, change);
-  __builtin_memcpy(colour, rest, bytes);
 }
 
 // `value` makes one number of a pixel in the upper byte of a 16-bit lane, out of its pairs (green,

@@ -7,24 +7,16 @@
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
-#include <random>
 #include <vector>
+
+#include "tests/filters/tools/KernelRows.h"
 
 namespace {
 
 using kernels::PointKernelTable;
 using kernels::SimdLevel;
-using Row = std::vector<std::uint8_t>;
-
-Row RandomRow(std::size_t bytes, unsigned seed) {
-  std::mt19937 random(seed);
-  Row row(bytes);
-  for (std::uint8_t& byte : row) {
-    const auto value = random();
-    byte = static_cast<std::uint8_t>(value % 8 == 0 ? (value >> 8 & 1) * 255 : value >> 16);
-  }
-  return row;
-}
+using testing_support::RandomRow;
+using testing_support::Row;
 
 void InvertByTable(std::uint8_t* bytes, std::size_t count, int, const std::uint8_t* table) {
   kernels::MapBytes(bytes, count, table);
@@ -47,14 +39,7 @@ class PointKernelLevels : public testing::TestWithParam<SimdLevel> {
   // Runs the same on the same row with the readable kernels and with the level's.
   template <class Run>
   void ExpectSame(const Row& row, Run run) {
-    Row expected = row;
-    Row found = row;
-    run(kReference, expected.data());
-    run(kernels::PointKernelsFor(GetParam()), found.data());
-    if (expected == found) return;
-    std::size_t at = 0;
-    while (expected[at] == found[at]) ++at;
-    ADD_FAILURE() << "byte " << at << ": " << int{found[at]} << ", expected " << int{expected[at]};
+    testing_support::ExpectSameRow(kReference, kernels::PointKernelsFor(GetParam()), row, run);
   }
 };
 

@@ -1,0 +1,106 @@
+// HLS kernels for AVX2: four pixels at a time.
+//
+// Calls no inline function of another header: one that the linker shares between files would carry
+// wide instructions to processors that lack them.
+#include <immintrin.h>
+
+#include "filters/tools/HlsKernelLoops.h"
+#include "filters/tools/PixelBlocks_avx2.h"
+
+namespace kernels {
+namespace {
+
+// Where the hues of four pixels stand in a table.
+class Degrees {
+ public:
+  explicit Degrees(__m256d hues) {
+    _mm_store_si128(reinterpret_cast<__m128i*>(at_), _mm256_cvttpd_epi32(hues));
+  }
+  int operator[](int i) const { return at_[i]; }
+
+ private:
+  alignas(16) int at_[4];
+};
+
+struct Four {
+  using Doubles = __m256d;
+  static constexpr int kPixels = kernels::kPixels;
+  static constexpr int kLanes = 4;
+
+  static Doubles Set(double value) { return _mm256_set1_pd(value); }
+  static Doubles Max(Doubles value, double limit) { return _mm256_max_pd(value, Set(limit)); }
+  static Doubles Min(Doubles value, double limit) { return Min(value, Set(limit)); }
+  static Doubles Min(Doubles a, Doubles b) { return _mm256_min_pd(a, b); }
+  static Doubles MultiplyAdd(Doubles a, double b, Doubles c) {
+    return _mm256_fmadd_pd(a, Set(b), c);
+  }
+  static Doubles Nearest(Doubles value) {
+    return _mm256_round_pd(value, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+  }
+  static Doubles Distance(Doubles a, Doubles b) { return _mm256_andnot_pd(Set(-0.0), a - b); }
+
+  static Doubles Load(const std::uint8_t* bytes) {
+    return _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_loadu_si32(bytes)));
+  }
+  static void Store(std::uint8_t* bytes, Doubles values) {
+    const __m128i lowBytes = _mm_set1_epi32(0x0C080400);
+    _mm_storeu_si32(bytes, _mm_shuffle_epi8(_mm256_cvttpd_epi32(values), lowBytes));
+  }
+
+  // By single loads, which are faster than gathers.
+  static Doubles LookUp(const double* table, Doubles hue) {
+    const Degrees at(hue);
+    return _mm256_setr_pd(table[at[0]], table[at[1]], table[at[2]], table[at[3]]);
+  }
+  static HueChangeOf<Four> LookUp(const HueChange* table, Doubles hue) {
+    const Degrees at(hue);
+    const Doubles even = Pairs(table, &HueChange::shift, at, 0);
+    const Doubles odd = Pairs(table, &HueChange::shift, at, 1);
+    return {_mm256_unpacklo_pd(even, odd), _mm256_unpackhi_pd(even, odd),
+            _mm256_unpacklo_pd(Pairs(table, &HueChange::lightness, at, 0),
+                               Pairs(table, &HueChange::lightness, at, 1))};
+  }
+
+ private:
+  // A member and the next one, of every second pixel.
+  static Doubles Pairs(const HueChange* table, double HueChange::*member, const Degrees& at,
+                       int first) {
+    const auto pair = [&](int i) { return _mm_load_pd(&(table[at[first + 2 * i]].*member)); };
+    return _mm256_insertf128_pd(_mm256_castpd128_pd256(pair(0)), pair(1), 1);
+  }
+};
+
+template <class Change>
+void ChangeColours(std::uint8_t* colour, int width, const Change& change) {
+  ChangeRow(
+      colour, width, [&](const Block& block) __attribute__((always_inline)) {
+        const Planes planes = Split(block);
+        Plane<Four> blue, green, red;
+        Store(blue.bytes, planes.blue);
+        Store(green.bytes, planes.green);
+        Store(red.bytes, planes.red);
+        ChangePlanes(blue, green, red, change);
+        return Join({Load(blue.bytes), Load(green.bytes), Load(red.bytes)});
+      });
+}
+
+void SaturateAvx2(std::uint8_t* colour, int width, double factor) {
+  ChangeColours(colour, width, Saturation{factor});
+}
+
+void SaturateByHueAvx2(std::uint8_t* colour, int width, const HueTable& factors) {
+  ChangeColours(colour, width, SaturationByHue{factors});
+}
+
+void ChangeByHueAvx2(std::uint8_t* colour, int width, const HueChanges& changes) {
+  ChangeColours(colour, width, ChangeAll{changes});
+}
+
+}  // namespace
+
+const HlsKernelTable& Avx2HlsKernels() {
+  static constexpr HlsKernelTable kTable = {SaturateAvx2, SaturateByHueAvx2, ChangeByHueAvx2};
+  return kTable;
+}
+
+}  // namespace kernels

@@ -1,0 +1,118 @@
+// HLS kernels for AVX-512 with byte permutes (VBMI): eight pixels at a time.
+//
+// Calls no inline function of another header: one that the linker shares between files would carry
+// wide instructions to processors that lack them.
+#include <immintrin.h>
+
+#include "filters/tools/HlsKernelLoops.h"
+#include "filters/tools/PixelBlocks_avx512.h"
+
+namespace kernels {
+namespace {
+
+// Where the hues of eight pixels stand in a table.
+class Degrees {
+ public:
+  explicit Degrees(__m512d hues) {
+    _mm256_store_si256(reinterpret_cast<__m256i*>(at_), _mm512_maskz_cvttpd_epi32(0xFF, hues));
+  }
+  int operator[](int i) const { return at_[i]; }
+
+ private:
+  alignas(32) int at_[8];
+};
+
+// GCC 12 warns of its own unmasked forms of some of these; a full mask compiles to the same
+// instruction.
+struct Eight {
+  using Doubles = __m512d;
+  static constexpr int kPixels = kernels::kPixels;
+  static constexpr int kLanes = 8;
+  static constexpr __mmask8 kAll = 0xFF;
+
+  static Doubles Set(double value) { return _mm512_set1_pd(value); }
+  static Doubles Max(Doubles value, double limit) {
+    return _mm512_maskz_max_pd(kAll, value, Set(limit));
+  }
+  static Doubles Min(Doubles value, double limit) { return Min(value, Set(limit)); }
+  static Doubles Min(Doubles a, Doubles b) { return _mm512_maskz_min_pd(kAll, a, b); }
+  static Doubles MultiplyAdd(Doubles a, double b, Doubles c) {
+    return _mm512_fmadd_pd(a, Set(b), c);
+  }
+  static Doubles Nearest(Doubles value) { return _mm512_maskz_roundscale_pd(kAll, value, 0); }
+  static Doubles Distance(Doubles a, Doubles b) { return _mm512_abs_pd(a - b); }
+
+  static Doubles Load(const std::uint8_t* bytes) {
+    const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
+    return _mm512_maskz_cvtepi32_pd(kAll, _mm256_cvtepu8_epi32(eight));
+  }
+  static void Store(std::uint8_t* bytes, Doubles values) {
+    const __m256i whole = _mm512_maskz_cvttpd_epi32(kAll, values);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), _mm256_maskz_cvtepi32_epi8(kAll, whole));
+  }
+
+  // By single loads, which are faster than gathers.
+  static Doubles LookUp(const double* table, Doubles hue) {
+    const Degrees at(hue);
+    return _mm512_setr_pd(table[at[0]], table[at[1]], table[at[2]], table[at[3]], table[at[4]],
+                          table[at[5]], table[at[6]], table[at[7]]);
+  }
+  static HueChangeOf<Eight> LookUp(const HueChange* table, Doubles hue) {
+    const Degrees at(hue);
+    const Doubles even = Pairs(table, &HueChange::shift, at, 0);
+    const Doubles odd = Pairs(table, &HueChange::shift, at, 1);
+    return {_mm512_maskz_unpacklo_pd(kAll, even, odd), _mm512_maskz_unpackhi_pd(kAll, even, odd),
+            _mm512_maskz_unpacklo_pd(kAll, Pairs(table, &HueChange::lightness, at, 0),
+                                     Pairs(table, &HueChange::lightness, at, 1))};
+  }
+
+ private:
+  // A member and the next one, of every second pixel.
+  static Doubles Pairs(const HueChange* table, double HueChange::*member, const Degrees& at,
+                       int first) {
+    const auto pair = [&](int i) { return _mm_load_pd(&(table[at[first + 2 * i]].*member)); };
+    Doubles pairs = _mm512_castpd128_pd512(pair(0));
+    pairs = _mm512_mask_broadcast_f64x2(pairs, 0x0C, pair(1));
+    pairs = _mm512_mask_broadcast_f64x2(pairs, 0x30, pair(2));
+    return _mm512_mask_broadcast_f64x2(pairs, 0xC0, pair(3));
+  }
+};
+
+__m512i ToVector(const Plane<Eight>& plane) {
+  return _mm512_load_si512(plane.bytes);
+}
+
+template <class Change>
+void ChangeColours(std::uint8_t* colour, int width, const Change& change) {
+  ChangeRow(
+      colour, width, [&](const Block& block) __attribute__((always_inline)) {
+        const Planes planes = Split(block);
+        Plane<Eight> blue, green, red;
+        _mm512_store_si512(blue.bytes, planes.blue);
+        _mm512_store_si512(green.bytes, planes.green);
+        _mm512_store_si512(red.bytes, planes.red);
+        ChangePlanes(blue, green, red, change);
+        return Join({ToVector(blue), ToVector(green), ToVector(red)});
+      });
+}
+
+void SaturateAvx512(std::uint8_t* colour, int width, double factor) {
+  ChangeColours(colour, width, Saturation{factor});
+}
+
+void SaturateByHueAvx512(std::uint8_t* colour, int width, const HueTable& factors) {
+  ChangeColours(colour, width, SaturationByHue{factors});
+}
+
+void ChangeByHueAvx512(std::uint8_t* colour, int width, const HueChanges& changes) {
+  ChangeColours(colour, width, ChangeAll{changes});
+}
+
+}  // namespace
+
+const HlsKernelTable& Avx512HlsKernels() {
+  static constexpr HlsKernelTable kTable = {SaturateAvx512, SaturateByHueAvx512, ChangeByHueAvx512};
+  return kTable;
+}
+
+}  // namespace kernels
