@@ -16,6 +16,5 @@ void CInvertFilter::Commit() {
 }
 
 void CInvertFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActivePointKernels().invert(colour, base::ColourBytes(width), active.amount,
-                                       table.data());
+  kernels::ActivePointKernels().invert(colour, base::ColourBytes(width), active.amount, table);
 }

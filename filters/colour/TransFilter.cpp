@@ -16,6 +16,5 @@ void CTransFilter::Commit() {
 }
 
 void CTransFilter::ChangeRow(BYTE*, BYTE* mask, int width) {
-  kernels::ActivePointKernels().fade(mask, static_cast<std::size_t>(width), active.keep,
-                                     table.data());
+  kernels::ActivePointKernels().fade(mask, static_cast<std::size_t>(width), active.keep, table);
 }

@@ -121,8 +121,7 @@ inline void InvertLoop(std::uint8_t* bytes, std::size_t count, int percent) {
 }
 
 // Its table is not needed: all shares fit the loop.
-inline void FadeLoop(std::uint8_t* mask, std::size_t count, std::uint8_t keep,
-                     const std::uint8_t*) {
+inline void FadeLoop(std::uint8_t* mask, std::size_t count, std::uint8_t keep, const ByteTable&) {
   for (std::size_t i = 0; i < count; ++i) {
     const auto opaque = static_cast<std::uint16_t>((255 - mask[i]) * keep);
     mask[i] = static_cast<std::uint8_t>(255 - opaque / 255);

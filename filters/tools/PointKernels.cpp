@@ -97,10 +97,6 @@ void Sepia(std::uint8_t* colour, int width, std::uint8_t keep) {
   }
 }
 
-void MapBytes(std::uint8_t* bytes, std::size_t count, const std::uint8_t* table) {
-  for (std::size_t i = 0; i < count; ++i) bytes[i] = table[bytes[i]];
-}
-
 ByteTable BuildInvertTable(int percent) {
   const std::int64_t share = percent;
   ByteTable table;

@@ -7,17 +7,14 @@
 // outside 0..100 the exact result keeps its low eight bits, unless a limit is stated.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
 #include "base/Export.h"
+#include "filters/tools/ByteTableKernels.h"
 #include "filters/tools/ColourConversion.h"
 
 namespace kernels {
-
-// One result for each byte.
-using ByteTable = std::array<std::uint8_t, 256>;
 
 // What is added to each channel, -255..255.
 struct ColourOffsets {
@@ -28,9 +25,6 @@ struct ColourOffsets {
 
 // Sepia and picture mixed: keep 255 leaves the picture, 0 gives full sepia. Limited to 0..255.
 FXBOX_API void Sepia(std::uint8_t* colour, int width, std::uint8_t keep);
-
-// Replaces each byte by its entry. `table` has 256 entries and lies outside the row.
-FXBOX_API void MapBytes(std::uint8_t* bytes, std::size_t count, const std::uint8_t* table);
 
 // The negative mixed in: 0 percent leaves a byte, 100 inverts it.
 FXBOX_API ByteTable BuildInvertTable(int percent);

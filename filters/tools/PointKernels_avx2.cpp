@@ -144,50 +144,19 @@ void ShiftColoursAvx2(std::uint8_t* colour, int width, const ColourOffsets& offs
   });
 }
 
-// Halves the results: of each pair the one that the top bit of `bytes` names.
-template <int kLeft>
-[[gnu::always_inline]] inline void Choose(__m256i (&found)[16], __m256i bytes) {
-#pragma GCC unroll 8
-  for (int i = 0; i < kLeft; ++i) {
-    found[i] = _mm256_blendv_epi8(found[2 * i], found[2 * i + 1], bytes);
-  }
-}
-
-// The table in 16 parts of 16 entries. The lower four bits of a byte look it up in all parts, the
-// upper four choose among the results, one bit after the other.
-__m256i LookUp(const __m256i (&parts)[16], __m256i bytes) {
-  const __m256i places = _mm256_and_si256(bytes, Bytes(15));
-  __m256i found[16];
-#pragma GCC unroll 16
-  for (int i = 0; i < 16; ++i) found[i] = _mm256_shuffle_epi8(parts[i], places);
-  Choose<8>(found, _mm256_slli_epi16(bytes, 3));
-  Choose<4>(found, _mm256_slli_epi16(bytes, 2));
-  Choose<2>(found, _mm256_slli_epi16(bytes, 1));
-  Choose<1>(found, bytes);
-  return found[0];
-}
-
-void MapBytesAvx2(std::uint8_t* bytes, std::size_t count, const std::uint8_t* table) {
-  __m256i parts[16];
-  for (int i = 0; i < 16; ++i) {
-    parts[i] = _mm256_broadcastsi128_si256(
-        _mm_loadu_si128(reinterpret_cast<const __m128i*>(table + 16 * i)));
-  }
-  for (; count >= 32; count -= 32, bytes += 32) Store(bytes, LookUp(parts, Load(bytes)));
-  MapBytes(bytes, count, table);
-}
-
-void InvertAvx2(std::uint8_t* bytes, std::size_t count, int percent, const std::uint8_t* table) {
-  if (percent < 0 || percent > 100) return MapBytesAvx2(bytes, count, table);
+void InvertAvx2(std::uint8_t* bytes, std::size_t count, int percent, const ByteTable& table) {
+  if (percent < 0 || percent > 100) {
+    return Avx2ByteTableKernels().mapBytes(bytes, bytes, count, table);
+  };
   InvertLoop(bytes, count, percent);
 }
 
 }  // namespace
 
 const PointKernelTable& Avx2PointKernels() {
-  static constexpr PointKernelTable kTable = {SepiaAvx2,        MapBytesAvx2,     BlackWhiteAvx2,
-                                              ShiftColoursAvx2, InvertAvx2,       FadeLoop,
-                                              InvertMaskLoop,   PutBackgroundLoop};
+  static constexpr PointKernelTable kTable = {SepiaAvx2,        BlackWhiteAvx2, ShiftColoursAvx2,
+                                              InvertAvx2,       FadeLoop,       InvertMaskLoop,
+                                              PutBackgroundLoop};
   return kTable;
 }
 

@@ -214,50 +214,20 @@ void ShiftColoursAvx512(std::uint8_t* colour, int width, const ColourOffsets& of
   });
 }
 
-// The whole table in four registers.
-class RegisterTable {
- public:
-  explicit RegisterTable(const std::uint8_t* table)
-      : quarter0_(_mm512_loadu_si512(table)),
-        quarter1_(_mm512_loadu_si512(table + 64)),
-        quarter2_(_mm512_loadu_si512(table + 128)),
-        quarter3_(_mm512_loadu_si512(table + 192)) {}
-
-  // The permutes look at seven bits; the eighth chooses between the halves.
-  __m512i operator()(__m512i bytes) const {
-    const __m512i low = _mm512_permutex2var_epi8(quarter0_, bytes, quarter1_);
-    const __m512i high = _mm512_permutex2var_epi8(quarter2_, bytes, quarter3_);
-    return _mm512_mask_mov_epi8(low, _mm512_movepi8_mask(bytes), high);
-  }
-
- private:
-  __m512i quarter0_, quarter1_, quarter2_, quarter3_;
-};
-
-void MapBytesAvx512(std::uint8_t* bytes, std::size_t count, const std::uint8_t* table) {
-  const RegisterTable map(table);
-#pragma GCC unroll 4
-  for (; count >= 64; count -= 64, bytes += 64) {
-    _mm512_storeu_si512(bytes, map(_mm512_loadu_si512(bytes)));
-  }
-  const __mmask64 rest = (__mmask64{1} << count) - 1;
-  _mm512_mask_storeu_epi8(bytes, rest, map(_mm512_maskz_loadu_epi8(rest, bytes)));
+void InvertAvx512(std::uint8_t* bytes, std::size_t count, int, const ByteTable& table) {
+  Avx512ByteTableKernels().mapBytes(bytes, bytes, count, table);
 }
 
-void InvertAvx512(std::uint8_t* bytes, std::size_t count, int, const std::uint8_t* table) {
-  MapBytesAvx512(bytes, count, table);
-}
-
-void FadeAvx512(std::uint8_t* mask, std::size_t count, std::uint8_t, const std::uint8_t* table) {
-  MapBytesAvx512(mask, count, table);
+void FadeAvx512(std::uint8_t* mask, std::size_t count, std::uint8_t, const ByteTable& table) {
+  Avx512ByteTableKernels().mapBytes(mask, mask, count, table);
 }
 
 }  // namespace
 
 const PointKernelTable& Avx512PointKernels() {
   static constexpr PointKernelTable kTable = {
-      SepiaAvx512,  MapBytesAvx512, BlackWhiteAvx512, ShiftColoursAvx512,
-      InvertAvx512, FadeAvx512,     InvertMaskLoop,   PutBackgroundLoop};
+      SepiaAvx512, BlackWhiteAvx512, ShiftColoursAvx512, InvertAvx512,
+      FadeAvx512,  InvertMaskLoop,   PutBackgroundLoop};
   return kTable;
 }
 
