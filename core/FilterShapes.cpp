@@ -105,7 +105,7 @@ HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, i
     const PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
     PrepareCopy(rows);
     if (!CopyOut(rows)) {
-      if (policy.flags == ChangeFlags::ClearedAtEnd || policy.abortMarksChange) selfChanged = true;
+      if (policy.abortMarksChange) selfChanged = true;
       return kStopped;
     }
     if (policy.flags == ChangeFlags::ClearedAtEnd) ClearChanges();

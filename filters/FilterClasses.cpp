@@ -12,6 +12,10 @@
 #include "filters/colour/InvertMaskFilter.h"
 #include "filters/colour/SepiaFilter.h"
 #include "filters/colour/TransFilter.h"
+#include "filters/detail/EmbossFilter.h"
+#include "filters/detail/FindEdgesFilter.h"
+#include "filters/detail/ScharfFilter.h"
+#include "filters/detail/WeichFilter.h"
 
 namespace {
 
@@ -123,9 +127,10 @@ constexpr FilterClass kClasses[] = {
         "Percent=120,Radius=2.7,Threshold=0,LuminanceOnly=1,On=1", "Unsharp mask", kNotBuilt),
     Row(24, "CScharfFilter", "ZNFilter.Sharpen.1", Guid("{47AFB272-52EB-4B71-BB7E-5A3A8DAAFF81}"),
         5000, "icons4_scharfz", "IDS_SCHARF_NAME", "HLP_SCHARF", "Sharpness=000,ExtraParam=|SHARP|",
-        "Sharpen", kNotBuilt),
+        "Sharpen", kBuilt<CScharfFilter>),
     Row(25, "CWeichFilter", "ZNFilter.Blur.1", Guid("{B60C3E69-2546-4B64-B598-D4F8E41DEB51}"), 5000,
-        "icons4_weichz", "IDS_WEICH_NAME", "HLP_WEICH", "Blurness=000", "Soften", kNotBuilt),
+        "icons4_weichz", "IDS_WEICH_NAME", "HLP_WEICH", "Blurness=000", "Soften",
+        kBuilt<CWeichFilter>),
     Row(26, "CBlurGaussFilter", "ZNFilter.BlurGauss.1",
         Guid("{54E70E91-1B05-4ABA-9B96-56750B77D806}"), 5000, "icons4_gweichz",
         "IDS_BLURGAUSS_NAME", "HLP_BLURGAUSS", "Percent=100,Radius=2.7", "Gaussian blur",
@@ -208,10 +213,11 @@ constexpr FilterClass kClasses[] = {
         "HLP_EXPOSURE2", "Red=000,Green=000,Blue=000", "Exposure by channel", kNotBuilt),
     Row(46, "CFindEdgesFilter", "ZNFilter.FindEdges.1",
         Guid("{37D87393-3865-4937-977E-A54124B169B0}"), 5000, "icons4_konturenfinden",
-        "IDS_FINDEDGES_NAME", "HLP_FINDEDGES", "EdgeEnhance=000", "Find edges", kNotBuilt),
+        "IDS_FINDEDGES_NAME", "HLP_FINDEDGES", "EdgeEnhance=000", "Find edges",
+        kBuilt<CFindEdgesFilter>),
     Row(47, "CEmbossFilter", "ZNFilter.Emboss.1", Guid("{8B8D5D24-B2DE-4640-8A32-638F7D0AA476}"),
         5000, "icons4_emboss", "IDS_EMBOSS_NAME", "HLP_EMBOSS", "EmbossStrength=000", "Emboss",
-        kNotBuilt),
+        kBuilt<CEmbossFilter>),
     Row(49, "CNullFilter", "ZNFilter.Zero.1", Guid("{1666851B-A497-4186-80CC-CFDAEA5EA29F}"), 5000,
         nullptr, nullptr, nullptr, nullptr, "Nothing: passes the picture through",
         kBuilt<CNullFilter>),

@@ -17,7 +17,7 @@ struct ImgBgParameters {
 class CImgBgFilter final : public ParameterFilter<WholePictureFilter, ImgBgParameters> {
  public:
   explicit CImgBgFilter(const FilterClass& row)
-      : ParameterFilter(row, {Cache::InputPicture, ChangeFlags::ClearedAtEnd}) {}
+      : ParameterFilter(row, {.cache = Cache::InputPicture, .abortMarksChange = true}) {}
 
   void Commit() override;
   HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;

@@ -1,0 +1,58 @@
+// What the filters with a 3 x 3 convolution share: the pull, and the versions of their texts.
+#pragma once
+
+#include <atomic>
+#include <string>
+
+#include "core/FilterShapes.h"
+#include "core/ParameterReaders.h"
+#include "filters/tools/Convolution.h"
+
+// Convolves the whole picture once a change. What lies outside the picture or is masked out counts
+// as if it had the colour of the pixel beside it.
+class ConvolutionFilter : public WholePictureFilter {
+ protected:
+  ConvolutionFilter(const FilterClass& row, const kernels::KernelTable& full)
+      : WholePictureFilter(row, {}), table(full) {}
+
+  // In percent of the full kernel.
+  virtual double Strength() const = 0;
+
+ private:
+  bool Rebuild() override;
+
+  const kernels::KernelTable& table;
+};
+
+// Adds the key `Version`: in version 2 the strength is that of the full picture and shrinks with
+// the square of the zoom. A text without the key is of version 1; dialogs write version 3, which
+// looks at no zoom either. The version takes effect at once, without Commit, and is no change.
+template <class Parameters>
+class VersionedConvolutionFilter : public ParameterFilter<ConvolutionFilter, Parameters> {
+ public:
+  // From version 2 on, what is pending.
+  HRESULT STDMETHODCALLTYPE GetActiveParameter(char* buffer, int size) override {
+    return version >= 2 ? Base::GetParameter(buffer, size) : Base::GetActiveParameter(buffer, size);
+  }
+
+ protected:
+  using Base = ParameterFilter<ConvolutionFilter, Parameters>;
+  using Base::Base;
+
+ private:
+  void ReadText(const char* text) override {
+    Base::ReadText(text);
+    version = static_cast<std::uint8_t>(ParamLong(text, 1, "Version="));
+  }
+  void PrintText(const Parameters& parameters, char* buffer, int size) override {
+    std::string text = PrintParameters(parameters);
+    if (version >= 2) text.append(",Version=").append(std::to_string(version));
+    CopyParameterText(text, Parameters::kLeastBuffer, buffer, size);
+  }
+  double Strength() const override {
+    const double strength = this->active.strength;
+    return version == 2 ? strength * this->zoom * this->zoom : strength;
+  }
+
+  std::atomic<std::uint8_t> version{1};
+};
