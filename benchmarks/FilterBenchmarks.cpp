@@ -42,6 +42,7 @@ struct Setting {
   const char* text;
   Planes planes = Planes::Colour;  // what it changes, and is compared with a copy of
   const char* label = nullptr;
+  bool opaque = false;  // a picture without transparent places
 };
 constexpr Setting kSettings[] = {
     {"ZNFilter.Sepia.1", "Sepia=060"},
@@ -55,6 +56,14 @@ constexpr Setting kSettings[] = {
      Planes::Both},
     {"ZNFilter.InvertMask.1", "Blue=255 , Green=128, Red=000, Transparency=040", Planes::Both},
     {"ZNFilter.ImgBg.1", "Blue=255 , Green=128, Red=000, Transparency=040", Planes::Both},
+    {"ZNFilter.Sharpen.1", "Sharpness=050,Version=3", Planes::Colour, "opaque", true},
+    {"ZNFilter.Sharpen.1", "Sharpness=050,Version=3", Planes::Colour, "mask"},
+    {"ZNFilter.Blur.1", "Blurness=050,Version=3", Planes::Colour, "opaque", true},
+    {"ZNFilter.Blur.1", "Blurness=050,Version=3", Planes::Colour, "mask"},
+    {"ZNFilter.FindEdges.1", "EdgeEnhance=050", Planes::Colour, "opaque", true},
+    {"ZNFilter.FindEdges.1", "EdgeEnhance=050", Planes::Colour, "mask"},
+    {"ZNFilter.Emboss.1", "EmbossStrength=050", Planes::Colour, "opaque", true},
+    {"ZNFilter.Emboss.1", "EmbossStrength=050", Planes::Colour, "mask"},
 };
 
 std::vector<Setting> SettingsOf(const FilterClass& row) {
@@ -111,7 +120,8 @@ void Report(benchmark::State& state, const std::vector<double>& times, const Pic
 class Pull {
  public:
   Pull(const Setting& setting, const PictureSize& size)
-      : source(ComPtr<KeptPicture>::Attach(new KeptPicture(size.width, size.height))) {
+      : source(
+            ComPtr<KeptPicture>::Attach(new KeptPicture(size.width, size.height, setting.opaque))) {
     ComPtr<IAnimFilterCreator> creator;
     FxboxCreateCreator(IAnimFilterCreator::kIid, creator.PutVoid());
     if (!creator) return;

@@ -34,10 +34,10 @@ void FillColour(BYTE* row, int width, int y, std::minstd_rand& random) {
 }
 
 // Stripes: opaque, half there, nothing there, and all between.
-void FillMask(BYTE* row, int width, int y) {
+void FillMask(BYTE* row, int width, int y, bool isOpaque) {
   for (int x = 0; x < width; ++x) {
     const int stripe = (x + y) / 64 % 4;
-    row[x] = base::LowByte(stripe == 3 ? x : stripe * 255 / 2);
+    row[x] = isOpaque ? base::kOpaque : base::LowByte(stripe == 3 ? x : stripe * 255 / 2);
   }
 }
 
@@ -55,11 +55,12 @@ void Invert(MemoryPicture& picture, Planes planes) {
   });
 }
 
-KeptPicture::KeptPicture(int width, int height) : picture("source", width, height, true, true) {
+KeptPicture::KeptPicture(int width, int height, bool isOpaque)
+    : picture("source", width, height, true, true) {
   std::minstd_rand random(1);
   for (int y = 0; y < picture.Height(); ++y) {
     FillColour(picture.ColourRows()[y], width, y, random);
-    FillMask(picture.MaskRows()[y], width, y);
+    FillMask(picture.MaskRows()[y], width, y, isOpaque);
   }
 }
 

@@ -16,11 +16,11 @@ void Copy(const MemoryPicture& from, MemoryPicture& to, Planes planes);
 // Every byte of the planes in place.
 void Invert(MemoryPicture& picture, Planes planes);
 
-// A made picture with soft and noisy parts and a mask of all kinds. Tells a change at each Prepare.
-// One thread.
+// A made picture with soft and noisy parts and a mask of all kinds, or opaque. Tells a change at
+// each Prepare. One thread.
 class KeptPicture final : public platform::ComObject<KeptPicture, IAnimFilterDestCallsThis> {
  public:
-  KeptPicture(int width, int height);
+  KeptPicture(int width, int height, bool isOpaque = false);
 
   const MemoryPicture& Picture() const { return picture; }
   // A pull into these rows, each pixel to its own place, finds the picture there already and costs

@@ -33,6 +33,8 @@ struct Contract {
   // the change counts as done.
   bool buildsThroughAbort = false;
   bool newObjectIsDirty = true;
+  // Where the source's pixels lie in the private picture that it is asked to fill.
+  int inset = 0;
   // One pixel is computed in another way than a row.
   bool pixelsOfItsOwn = false;
   // The text is kept as it was given, whole.
@@ -63,6 +65,18 @@ const Contract kContracts[] = {
      .pull = Pull::WholePicture,
      .text = "Blue=010,Green=200,Red=090,Transparency=040",
      .buildsThroughAbort = true},
+    {.className = "CScharfFilter", .pull = Pull::WholePicture, .text = "Sharpness=060", .inset = 1},
+    {.className = "CWeichFilter", .pull = Pull::WholePicture, .text = "Blurness=070", .inset = 1},
+    {.className = "CFindEdgesFilter",
+     .pull = Pull::WholePicture,
+     .text = "EdgeEnhance=080",
+     .inset = 1,
+     .pixelsOfItsOwn = true},
+    {.className = "CEmbossFilter",
+     .pull = Pull::WholePicture,
+     .text = "EmbossStrength=090",
+     .inset = 1,
+     .pixelsOfItsOwn = true},
     {.className = "CNullFilter",
      .pull = Pull::PassesOn,
      .newObjectIsDirty = false,
@@ -179,8 +193,9 @@ TEST_P(FilterContract, AsksTheSourceAsItsShapeSays) {
   GuardedRows rows(20, 10);
   const RowRequest r{1, 2, 3, 4, 5, 6};
   const bool whole = contract.pull == Pull::WholePicture;
+  const RowRequest all = {contract.inset, contract.inset, 0, 0, 20, 10};
   ASSERT_EQ(test.Rig::Pull(rows, r), S_OK);
-  EXPECT_THAT(test.source->requests, testing::ElementsAre(whole ? test.Whole() : r));
+  EXPECT_THAT(test.source->requests, testing::ElementsAre(whole ? all : r));
   ASSERT_EQ(test.Rig::Pull(rows, r), S_OK);
   EXPECT_EQ(test.source->requests.size(), whole ? 1u : 2u);
   // A new picture is asked for anew.

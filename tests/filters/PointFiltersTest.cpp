@@ -55,7 +55,7 @@ TEST(PointFilters, EqualTheirModel) {
       {"ZNFilter.ImgBg.1", "Transparency=099"}};
   std::mt19937 random(31);
   for (const FilterClass& row : FilterClasses()) {
-    if (row.state != ClassState::Built) continue;
+    if (!HasModel(row.progId)) continue;
     steps.push_back({row.progId, ""});
     for (int i = 0; i < 8; ++i) steps.push_back({row.progId, RandomParameters(row, random)});
   }
@@ -131,7 +131,7 @@ TEST(PointFilters, ChainsEqualTheirModel) {
   const auto creator = ComPtr<CPdibFilterCreator>::Attach(new CPdibFilterCreator(FilterClasses()));
   std::vector<const FilterClass*> built;
   for (const FilterClass& row : FilterClasses()) {
-    if (row.state == ClassState::Built) built.push_back(&row);
+    if (HasModel(row.progId)) built.push_back(&row);
   }
   std::mt19937 random(77);
   for (int round = 0; round < 150; ++round) {

@@ -236,9 +236,7 @@ void Background(Picture& picture, const Text& text) {
   });
 }
 
-}  // namespace
-
-Picture ApplyModel(const ModelStep& step, const Picture& picture) {
+const std::map<std::string, void (*)(Picture&, const Text&)>& Models() {
   static const std::map<std::string, void (*)(Picture&, const Text&)> models = {
       {"ZNFilter.Sepia.1", Sepia},
       {"ZNFilter.Invert.1", Invert},
@@ -250,8 +248,18 @@ Picture ApplyModel(const ModelStep& step, const Picture& picture) {
       {"ZNFilter.InvertMask.1", InvertMask},
       {"ZNFilter.ImgBg.1", Background},
       {"ZNFilter.Zero.1", [](Picture&, const Text&) {}}};
+  return models;
+}
+
+}  // namespace
+
+bool HasModel(const std::string& progId) {
+  return Models().count(progId) != 0;
+}
+
+Picture ApplyModel(const ModelStep& step, const Picture& picture) {
   Picture result = picture;
-  models.at(step.progId)(result, Text{step.parameters});
+  Models().at(step.progId)(result, Text{step.parameters});
   return result;
 }
 

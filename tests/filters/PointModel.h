@@ -13,8 +13,9 @@ struct ModelStep {
   std::string parameters;
 };
 
-// The result of a new filter with these parameters. The classes are the nine point filters and the
-// filter that does nothing.
+// Whether a class is one of the nine point filters or the filter that does nothing.
+bool HasModel(const std::string& progId);
+// The result of a new filter with these parameters.
 Picture ApplyModel(const ModelStep& step, const Picture& picture);
 // One after the other, each on the whole picture.
 Picture ApplyModel(const std::vector<ModelStep>& chain, Picture picture);
