@@ -50,6 +50,8 @@ constexpr Setting kSettings[] = {
     {"ZNFilter.BlackWhiteness.1", "BlackWhiteNess=060"},
     {"ZNFilter.Transparency.1", "Transparency=030", Planes::Mask},
     {"ZNFilter.RGBColor.1", "Red=010, Green=-20, Blue=005"},
+    {"ZNFilter.HSB.1", "Hue=020, Sat=030, Bright=-10,HueR=040, SatG=-20, BrightB=015"},
+    {"ZNFilter.ColorTuning.1", "SatR=040,SatY=-20,SatG=030,SatC=010,SatB=-50,SatM=080"},
     {"ZNFilter.DuoColor.1",
      "Intensity=080, ColorRed=120, ColorGreen=040, ColorBlue=000, Red2=250, Green2=230, Blue2=180"},
     {"ZNFilter.AdoptColor.1", "Intensity=080, ColorRed=120, ColorGreen=090, ColorBlue=040",

@@ -7,6 +7,8 @@
 #include "filters/colour/BlackWhiteFilter.h"
 #include "filters/colour/ColorFilter.h"
 #include "filters/colour/DuoColorFilter.h"
+#include "filters/colour/FarbEqualizerFilter.h"
+#include "filters/colour/HsbFilter.h"
 #include "filters/colour/ImgBgFilter.h"
 #include "filters/colour/InvertFilter.h"
 #include "filters/colour/InvertMaskFilter.h"
@@ -97,12 +99,12 @@ constexpr FilterClass kClasses[] = {
         "icons4_hsb", "IDS_HSB_NAME", "HLP_HSB",
         "Hue=0,Sat=0,Bright=0,HueR=0,SatR=0,BrightR=0,HueY=0,SatY=0,BrightY=0,HueG=0,SatG=0,"
         "BrightG=0,HueC=0,SatC=0,BrightC=0,HueB=0,SatB=0,BrightB=0,HueM=0,SatM=0,BrightM=0",
-        "Hue, saturation, brightness", kNotBuilt),
+        "Hue, saturation, brightness", kBuilt<CHsbFilter>),
     Row(16, "CFarbEqualizerFilter", "ZNFilter.ColorTuning.1",
         Guid("{BB74284D-315E-41D8-9876-315240B8F996}"), 5000, "icons4_colorequalizer",
         "IDS_FARBEQUALIZER_NAME", "HLP_FARBEQUALIZER",
         "SatR=000,SatY=000,SatG=000,SatC=000,SatB=000,SatM=000", "Colour equaliser by hue",
-        kNotBuilt),
+        kBuilt<CFarbEqualizerFilter>),
     Row(17, "CColCorExFilter", "ZNFilter.Gamma.1", Guid("{F8B92EC5-6892-4BA6-9855-3627D3C293CB}"),
         5000, "icons4_colorbalance", "IDS_CCEX_NAME", "HLP_CCEX",
         "S10=0,S20=0,S30=0,S40=0,S50=0,S11=0,S21=0,S31=0,S41=0,S51=0,S12=0,S22=0,S32=0,S42=0,"
