@@ -9,6 +9,8 @@
 #include "filters/colour/DuoColorFilter.h"
 #include "filters/colour/FarbEqualizerFilter.h"
 #include "filters/colour/HsbFilter.h"
+#include "filters/colour/ExposureFilter.h"
+#include "filters/colour/HundKFilter.h"
 #include "filters/colour/ImgBgFilter.h"
 #include "filters/colour/InvertFilter.h"
 #include "filters/colour/InvertMaskFilter.h"
@@ -90,7 +92,7 @@ constexpr FilterClass kClasses[] = {
     Row(12, "CHundKFilter", "ZNFilter.BrightnessContrast.1",
         Guid("{02027032-7091-40D9-9E91-6596CA1AF458}"), 5000, "icons4_hkuk", "IDS_HUNDK_NAME",
         "HLP_IMAGE_ENHANCEMENT", "Brightness=000,Contrast=000,Saturation=000",
-        "Brightness, contrast, saturation", kNotBuilt),
+        "Brightness, contrast, saturation", kBuilt<CHundKFilter>),
     Row(13, "COptimizeFilter", "ZNFilter.Optimize.1",
         Guid("{D2D04434-66E5-4985-9F63-DF72AA0890FD}"), 5000, "icons4_exposure", "IDS_OPT_NAME",
         "HLP_OPT", "Slider1=000,Slider2=000,Slider3=000,Slider4=000", "Optimise light and colour",
@@ -113,7 +115,8 @@ constexpr FilterClass kClasses[] = {
         "Colour balance", kListedOnly),
     Row(19, "CExposureFilter", "ZNFilter.Exposure.1",
         Guid("{FCE043D5-90A3-4619-9B54-6A6AE99B1E25}"), 5000, "icons_exposure", "IDS_EXPOSURE_NAME",
-        "HLP_EXPOSURECORRECTION", "Red=000,Green=000,Blue=000", "Exposure", kNotBuilt),
+        "HLP_EXPOSURECORRECTION", "Red=000,Green=000,Blue=000", "Exposure",
+        kBuilt<CExposureFilter>),
     Row(20, "CHistoFilter", "ZNFilter.Histo.1", Guid("{AF08445B-1C44-4B8E-832C-CB447B6AF7A2}"),
         5000, "icons4_tonaladj", "IDS_HISTO_NAME", "HLP_HISTO", "Intensity=000",
         "Equalise the histogram", kNotBuilt),
