@@ -2,9 +2,10 @@
 // Mode=2".
 #pragma once
 
-#include "base/Export.h"
-
+#include <atomic>
 #include <cstdint>
+
+#include "base/Export.h"
 
 // A key is found by plain substring search over the whole text: the first place that holds its
 // characters counts, also inside a longer word. Order of items and unknown items do not matter. A
@@ -21,6 +22,15 @@ FXBOX_API bool ReadParamInt(const char* text, const char* key, std::int32_t& fie
 FXBOX_API bool ReadParamByte(const char* text, const char* key, std::uint8_t& field, bool& changed);
 // With the decimal point of the process's numeric locale.
 FXBOX_API bool ReadParamDouble(const char* text, const char* key, double& field, bool& changed);
+
+// Reads an item that has no pending copy and takes effect at once, by one of the readers above.
+template <class Value>
+void ReadLiveParam(bool (*read)(const char*, const char*, Value&, bool&), const char* text,
+                   const char* key, std::atomic<Value>& field) {
+  Value value = field;
+  bool ignored = false;
+  if (read(text, key, value, ignored)) field = value;
+}
 
 // The readers of the geometry records (crop, scale, print) take the key with its "=" and give the
 // value, or the default where the text does not hold the item.

@@ -9,13 +9,18 @@
 #include "filters/colour/DuoColorFilter.h"
 #include "filters/colour/FarbEqualizerFilter.h"
 #include "filters/colour/HsbFilter.h"
+#include "filters/colour/Exposure2Filter.h"
 #include "filters/colour/ExposureFilter.h"
+#include "filters/colour/HistoFilter.h"
 #include "filters/colour/HundKFilter.h"
 #include "filters/colour/ImgBgFilter.h"
 #include "filters/colour/InvertFilter.h"
 #include "filters/colour/InvertMaskFilter.h"
+#include "filters/colour/OptimizeFilter.h"
 #include "filters/colour/SepiaFilter.h"
+#include "filters/colour/TonwertFilter.h"
 #include "filters/colour/TransFilter.h"
+#include "filters/colour/WhiteBlackGreyFilter.h"
 #include "filters/detail/EmbossFilter.h"
 #include "filters/detail/FindEdgesFilter.h"
 #include "filters/detail/ScharfFilter.h"
@@ -80,12 +85,12 @@ constexpr FilterClass kClasses[] = {
     Row(9, "CTonwertFilter", "ZNFilter.Tonwert.1", Guid("{7FCD96EE-1506-486C-8393-4EC517F6919C}"),
         5000, "icons4_tonwert", "IDS_TONWERT_NAME", "HLP_TONWERT",
         "AutoTone=0,AutoContrast=1,AutoContrastRGB=0,Hi=0,Med=0,Lo=0,Addhi=0,Addmed=0,Addlo=0",
-        "Automatic tone and contrast", kNotBuilt),
+        "Automatic tone and contrast", kBuilt<CTonwertFilter>),
     Row(10, "CWhiteBlackGreyFilter", "ZNFilter.WhiteBlackGrey.1",
         Guid("{FFBA87D3-8E37-47C2-9604-B65930999C86}"), 5000, "icons4_whitebalance",
         "IDS_WHITEBLACKGREY_NAME", "HLP_WHITEBLACKGREY",
         "RedG=255, GreenG=255, BlueG=255, Mode=%d, Opacity=100, FilterOn=1",
-        "White, black and grey point", kNotBuilt),
+        "White, black and grey point", kBuilt<CWhiteBlackGreyFilter>),
     Row(11, "CGradCurvesFilter", "ZNFilter.GradCurves.1",
         Guid("{41DF3ABB-BC01-484D-B1E2-67F311B0BF9B}"), 5000, "icons4_gradat",
         "IDS_GRADCURVES_NAME", "HLP_GRADATION", nullptr, "Gradation curves", kNotBuilt),
@@ -96,7 +101,7 @@ constexpr FilterClass kClasses[] = {
     Row(13, "COptimizeFilter", "ZNFilter.Optimize.1",
         Guid("{D2D04434-66E5-4985-9F63-DF72AA0890FD}"), 5000, "icons4_exposure", "IDS_OPT_NAME",
         "HLP_OPT", "Slider1=000,Slider2=000,Slider3=000,Slider4=000", "Optimise light and colour",
-        kNotBuilt),
+        kBuilt<COptimizeFilter>),
     Row(15, "CHsbFilter", "ZNFilter.HSB.1", Guid("{3DA0FB0A-DE04-4D5E-9481-238D9204C31F}"), 5000,
         "icons4_hsb", "IDS_HSB_NAME", "HLP_HSB",
         "Hue=0,Sat=0,Bright=0,HueR=0,SatR=0,BrightR=0,HueY=0,SatY=0,BrightY=0,HueG=0,SatG=0,"
@@ -119,7 +124,7 @@ constexpr FilterClass kClasses[] = {
         kBuilt<CExposureFilter>),
     Row(20, "CHistoFilter", "ZNFilter.Histo.1", Guid("{AF08445B-1C44-4B8E-832C-CB447B6AF7A2}"),
         5000, "icons4_tonaladj", "IDS_HISTO_NAME", "HLP_HISTO", "Intensity=000",
-        "Equalise the histogram", kNotBuilt),
+        "Equalise the histogram", kBuilt<CHistoFilter>),
     Row(21, "CColorFilter", "ZNFilter.RGBColor.1", Guid("{BF89F2E9-4021-4D80-ADED-8B6828BE4EDD}"),
         5000, "icons4_color", "IDS_COLOR_NAME", "HLP_COLOR", "Red=000,Green=000,Blue=000",
         "More or less red, green, blue", kBuilt<CColorFilter>),
@@ -215,7 +220,8 @@ constexpr FilterClass kClasses[] = {
         "Smoked glass", kNotBuilt),
     Row(45, "CExposure2Filter", "ZNFilter.Exposure2.1",
         Guid("{1F62A67C-EED3-4D97-9256-6CEF6DD7E210}"), 5000, "icons_filter1", "IDS_EXPOSURE2_NAME",
-        "HLP_EXPOSURE2", "Red=000,Green=000,Blue=000", "Exposure by channel", kNotBuilt),
+        "HLP_EXPOSURE2", "Red=000,Green=000,Blue=000", "Exposure by channel",
+        kBuilt<CExposure2Filter>),
     Row(46, "CFindEdgesFilter", "ZNFilter.FindEdges.1",
         Guid("{37D87393-3865-4937-977E-A54124B169B0}"), 5000, "icons4_konturenfinden",
         "IDS_FINDEDGES_NAME", "HLP_FINDEDGES", "EdgeEnhance=000", "Find edges",

@@ -9,15 +9,6 @@
 
 namespace {
 
-// For items without a pending copy.
-template <class Value>
-void ReadLive(bool (*read)(const char*, const char*, Value&, bool&), const char* text,
-              const char* key, std::atomic<Value>& field) {
-  Value value = field;
-  bool ignored = false;
-  if (read(text, key, value, ignored)) field = value;
-}
-
 std::string PrintMap(double a, double b) {
   // Two doubles of up to 309 digits before the point.
   char text[700];
@@ -51,10 +42,10 @@ void CAdoptColorFilter::Commit() {
 
 void CAdoptColorFilter::ReadText(const char* text) {
   ParameterFilter::ReadText(text);
-  ReadLive(ReadParamInt, text, "ExBlit", exBlit);
-  ReadLive(ReadParamInt, text, "ExParam", exParam);
-  ReadLive(ReadParamDouble, text, "LightA", lightA);
-  ReadLive(ReadParamDouble, text, "LightB", lightB);
+  ReadLiveParam(ReadParamInt, text, "ExBlit", exBlit);
+  ReadLiveParam(ReadParamInt, text, "ExParam", exParam);
+  ReadLiveParam(ReadParamDouble, text, "LightA", lightA);
+  ReadLiveParam(ReadParamDouble, text, "LightB", lightB);
 }
 
 // The long text carries what was measured, and only the active parameters belong to that.

@@ -39,6 +39,10 @@ struct Contract {
   bool pixelsOfItsOwn = false;
   // One pixel stays as the source gives it.
   bool passesPixels = false;
+  // The result depends on the rectangle that is asked for.
+  bool measuresRequest = false;
+  // A pull works by what SetParameter has left, before it is prepared.
+  bool pullsPending = false;
   // The text is kept as it was given, whole.
   bool keepsText = false;
   // SetParameter and GetParameter know no keys.
@@ -46,6 +50,28 @@ struct Contract {
 };
 
 const Contract kContracts[] = {
+    {.className = "CTonwertFilter",
+     .pull = Pull::WholePicture,
+     .text = "AutoContrastRGB=1, Med=030, Addlo=010, Addhi=-20",
+     .abortMarksChange = true,
+     .passesPixels = true,
+     .pullsPending = true},
+    {.className = "CWhiteBlackGreyFilter",
+     .text = "RedG=100, GreenG=120, BlueG=090, Mode=1, Opacity=080",
+     .passesPixels = true,
+     .pullsPending = true},
+    {.className = "COptimizeFilter",
+     .text = "Slider1=020, Slider2=-30, Slider3=040, Slider4=020",
+     .abortMarksChange = true,
+     .passesPixels = true},
+    {.className = "CHistoFilter",
+     .text = "Intensity=080",
+     .passesPixels = true,
+     .measuresRequest = true},
+    {.className = "CExposure2Filter",
+     .text = "Red=020, Green=030, Blue=-40",
+     .abortMarksChange = true,
+     .passesPixels = true},
     {.className = "CHundKFilter",
      .text = "Brightness=020, Contrast=030, Saturation=-040",
      .abortMarksChange = true},
@@ -184,9 +210,11 @@ TEST_P(FilterContract, PartsEqualTheWhole) {
       GuardedRows rows(w + 9, h + 12);
       ASSERT_EQ(test.Rig::Pull(rows, r), S_OK);
       const RowRequest inside = Inside(r, w, h);
-      ASSERT_EQ(Difference(PartOf(whole, inside),
-                           rows.Part(inside.destX, inside.destY, inside.width, inside.height)),
-                "");
+      if (!contract.measuresRequest) {
+        ASSERT_EQ(Difference(PartOf(whole, inside),
+                             rows.Part(inside.destX, inside.destY, inside.width, inside.height)),
+                  "");
+      }
       // Rows that are changed in place may hold anything where the picture ends, but the caller's
       // rectangle is never left.
       const RowRequest& bound = contract.pull == Pull::InPlace && r.width > 0 ? r : inside;
@@ -198,6 +226,7 @@ TEST_P(FilterContract, PartsEqualTheWhole) {
       for (int y = (h - 1) / band * band; y >= 0; y -= band) {
         ASSERT_EQ(test.Rig::Pull(rows, {0, y, 0, y, w, std::min(band, h - y)}), S_OK);
       }
+      if (contract.measuresRequest) break;
       ASSERT_EQ(Difference(whole, rows.Whole()), "") << "bands of " << band;
     }
   }
@@ -397,7 +426,8 @@ TEST_P(FilterContract, AbsentKeysKeepTheirValues) {
     filter->SetParameter((item + "001").c_str(), 1);
     ASSERT_NE(expected.find(item), std::string::npos);
     const auto at = expected.find(item) + item.size();
-    expected.replace(at, std::min(expected.find_first_of(" ,", at), expected.size()) - at, "001");
+    expected.replace(at, std::min(expected.find_first_of(" ,", at), expected.size()) - at,
+                     std::strstr(key.printed, "%.3d") ? "001" : "1");
     EXPECT_EQ(PendingText(*filter.Get()), expected) << key.key;
   }
 }
@@ -458,6 +488,7 @@ TEST_P(FilterContract, ParametersSetDuringAPullWait) {
   GuardedRows rows(61, 400);
   for (int round = 0; round < 10; ++round) {
     EXPECT_EQ(test.Rig::Pull(rows, test.Whole()), S_OK);
+    if (contract.pullsPending) continue;
     EXPECT_EQ(Difference(expected, rows.Whole()), "");
   }
   done = true;

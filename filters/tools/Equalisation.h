@@ -1,0 +1,14 @@
+// Histogram equalisation.
+#pragma once
+
+#include "base/Export.h"
+#include "filters/tools/Histogram.h"
+#include "filters/tools/LuminanceKernels.h"
+
+namespace kernels {
+
+// The factors that lead each luminance to its place on the cumulative curve of the histogram, each
+// count taken to the power of `percent` / 100. Black has factor 0.
+FXBOX_API LuminanceFactors EqualisingFactors(const Histogram& histogram, int percent);
+
+}  // namespace kernels
