@@ -7,25 +7,10 @@
 
 namespace {
 
-// What a pull answers when it is not complete.
-constexpr HRESULT kStopped = 1;
-
-// Every failure inside a filter, exhausted memory included, ends the pull the way an abort does.
-// What the body itself answers is passed on.
-template <class Body>
-HRESULT GuardPull(Body&& body) {
-  HRESULT answer = kStopped;
-  platform::Guard([&] {
-    answer = body();
-    return S_OK;
-  });
-  return answer;
-}
-
 // The answer that ends a pull because of its source, or 0.
 HRESULT EndBySource(SourceResult rule, HRESULT pulled) {
   if (rule == SourceResult::EndsUnlessZero) return pulled;
-  return rule == SourceResult::StopsAboveZero && pulled > 0 ? kStopped : S_OK;
+  return rule == SourceResult::StopsAboveZero && pulled > 0 ? kPullStopped : S_OK;
 }
 
 // Cuts a request to a picture of this size; a corner below 0 moves the destination along.
@@ -38,6 +23,13 @@ void CutAxis(int& dest, int& src, int& length, int size) {
 }
 
 }  // namespace
+
+PullRectangle PullRectangle::CutTo(int pictureWidth, int pictureHeight) const {
+  PullRectangle cut = *this;
+  CutAxis(cut.destX, cut.srcX, cut.width, pictureWidth);
+  CutAxis(cut.destY, cut.srcY, cut.height, pictureHeight);
+  return cut;
+}
 
 void PullRectangle::AnnounceColour(int i) const {
   constexpr std::size_t kFront = 3072;
@@ -53,7 +45,7 @@ void PullRectangle::AnnounceColour(int i) const {
 HRESULT RowFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                             BYTE** colourRows, BYTE** maskRows) {
   return GuardPull([&]() -> HRESULT {
-    if (!source) return kStopped;
+    if (!source) return kPullStopped;
     const HRESULT ended = EndBySource(
         policy.sourceResult,
         source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows));
@@ -66,7 +58,7 @@ HRESULT RowFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width,
     });
     if (!complete) {
       if (policy.abortMarksChange) selfChanged = true;
-      return kStopped;
+      return kPullStopped;
     }
     ClearChanges();
     return S_OK;
@@ -84,14 +76,14 @@ HRESULT RowFilter::ReadPixel(BYTE* pixel) {
 HRESULT RectangleFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                                   BYTE** colourRows, BYTE** maskRows) {
   return GuardPull([&]() -> HRESULT {
-    if (!source) return kStopped;
+    if (!source) return kPullStopped;
     const HRESULT ended = EndBySource(
         policy.sourceResult,
         source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows));
     if (ended != S_OK) return ended;
     if (!ChangeRectangle({destX, destY, srcX, srcY, width, height, colourRows, maskRows})) {
       if (policy.abortMarksChange) selfChanged = true;
-      return kStopped;
+      return kPullStopped;
     }
     ClearChanges();
     return S_OK;
@@ -101,12 +93,12 @@ HRESULT RectangleFilter::ReadRows(int destX, int destY, int srcX, int srcY, int 
 HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) {
   return GuardPull([&]() -> HRESULT {
-    if (!source || !BringUpToDate()) return kStopped;
+    if (!source || !BringUpToDate()) return kPullStopped;
     const PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
     PrepareCopy(rows);
     if (!CopyOut(rows)) {
       if (policy.abortMarksChange) selfChanged = true;
-      return kStopped;
+      return kPullStopped;
     }
     if (policy.flags == ChangeFlags::ClearedAtEnd) ClearChanges();
     return S_OK;
@@ -137,9 +129,8 @@ bool WholePictureFilter::BringUpToDate() {
   return false;
 }
 
-bool WholePictureFilter::CopyOut(PullRectangle cut) {
-  CutAxis(cut.destX, cut.srcX, cut.width, result.width);
-  CutAxis(cut.destY, cut.srcY, cut.height, result.height);
+bool WholePictureFilter::CopyOut(const PullRectangle& rectangle) {
+  const PullRectangle cut = rectangle.CutTo(result.width, result.height);
   const MemoryPicture& from = *Result();
   for (int i = cut.height - 1; i >= 0; --i) {
     if (abort) return false;

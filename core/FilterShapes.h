@@ -20,6 +20,9 @@ struct PullRectangle {
   }
   BYTE* Mask(int i) const { return maskRows ? maskRows[destY + i] + destX : nullptr; }
 
+  // The part of it that lies in a picture of this size; width and height are 0 where none does.
+  FXBOX_API PullRectangle CutTo(int pictureWidth, int pictureHeight) const;
+
   // Calls change(colour, mask) for each row from the last to the first, with an abort test before
   // each. False when it stopped. A width below 1 has rows, but nothing in them to change.
   template <class Change>
@@ -38,6 +41,21 @@ struct PullRectangle {
   // memory, and ours go down; the rest of a row they see coming by themselves.
   FXBOX_API void AnnounceColour(int i) const;
 };
+
+// What a pull answers when it is not complete.
+inline constexpr HRESULT kPullStopped = 1;
+
+// Every failure inside a filter, exhausted memory included, ends the pull the way an abort does.
+// What the body itself answers is passed on.
+template <class Body>
+HRESULT GuardPull(Body&& body) {
+  HRESULT answer = kPullStopped;
+  platform::Guard([&] {
+    answer = body();
+    return S_OK;
+  });
+  return answer;
+}
 
 // What a shape does when its source's pull answers something else than 0.
 enum class SourceResult {
@@ -140,7 +158,7 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
     return policy.cache == Cache::OutputPicture ? outputPicture.get() : inputPicture.get();
   }
   bool BringUpToDate();
-  bool CopyOut(PullRectangle rectangle);
+  bool CopyOut(const PullRectangle& rectangle);
 
   const Policy policy;
 };

@@ -24,6 +24,7 @@
 #include "filters/detail/EmbossFilter.h"
 #include "filters/detail/FindEdgesFilter.h"
 #include "filters/detail/ScharfFilter.h"
+#include "filters/detail/StaubFilter.h"
 #include "filters/detail/WeichFilter.h"
 
 namespace {
@@ -130,7 +131,7 @@ constexpr FilterClass kClasses[] = {
         "More or less red, green, blue", kBuilt<CColorFilter>),
     Row(22, "CStaubFilter", "ZNFilter.Staub.1", Guid("{DB76702F-FA2B-44DF-B13C-15E488DBF492}"),
         5000, "icons4_staub", "IDS_STAUB_NAME", "HLP_STAUB", "MaxRgnSize=005,GrayTolerance=045",
-        "Remove dust", kNotBuilt),
+        "Remove dust", kBuilt<CStaubFilter>),
     Row(23, "CUnsharpMaskFilter", "ZNFilter.UnsharpMask.1",
         Guid("{66A01ADC-9547-4B85-92A8-22756D1E14DC}"), 5000, "icons4_unscharfmaskieren",
         "IDS_UNSHARPMASK_NAME", "HLP_UNSHARPMASK",

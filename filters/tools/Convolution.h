@@ -1,12 +1,11 @@
 // The 3 x 3 convolution that sharpening, softening, edges, relief and smoked glass share.
 #pragma once
 
-#include <wtypes.h>
-
 #include <atomic>
 #include <cstdint>
 
 #include "base/Export.h"
+#include "filters/tools/PictureRows.h"
 
 namespace kernels {
 
@@ -44,15 +43,7 @@ struct Kernel3x3 {
 // The magnitudes of the table's weights sum to 64 at most.
 FXBOX_API Kernel3x3 BlendKernel(const KernelTable& table, double strength);
 
-// A picture in a caller's row arrays: column 0 of row 0 is pixel x of row y there. Without mask
-// rows everything is opaque.
-struct PictureRows {
-  BYTE** colourRows;
-  BYTE** maskRows;
-  int x, y, width, height;
-};
-
-// A part of such a picture, which lies in it.
+// A part of a picture, which lies in it.
 struct PictureArea {
   int x, y, width, height;
 };

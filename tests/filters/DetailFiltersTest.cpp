@@ -106,5 +106,91 @@ TEST(DetailFilters, VersionedTexts) {
   EXPECT_FALSE(filter->IsDirty()) << "a version is no change";
 }
 
+int Sum(const Picture& picture, int x, int y) {
+  const BYTE* const colour = picture.Colour(x, y);
+  return colour[0] + colour[1] + colour[2];
+}
+
+Picture Dusted(const Picture& source, int greatestRegion, std::int64_t tolerance) {
+  Picture result = source;
+  for (int y = 1; y < source.height - 1; ++y) {
+    for (int x = 1; x < source.width - 1; ++x) {
+      int count = 0;
+      for (int v = std::max(0, y - 5); v <= std::min(source.height - 1, y + 5); ++v) {
+        for (int u = std::max(0, x - 5); u <= std::min(source.width - 1, x + 5); ++u) {
+          count += std::abs(Sum(source, u, v) - Sum(source, x, y)) < tolerance;
+        }
+      }
+      if (count > greatestRegion) continue;
+      for (int channel = 0; channel < 3; ++channel) {
+        int sum = 0;
+        for (int i = 0; i < 9; ++i) sum += source.Colour(x + i % 3 - 1, y + i / 3 - 1)[channel];
+        result.Colour(x, y)[channel] = static_cast<BYTE>(sum / 9);
+      }
+    }
+  }
+  return result;
+}
+
+TEST(DetailFilters, DustEqualsItsModel) {
+  std::vector<NamedPicture> pictures = TestPictures();
+  Picture specks = Gradient(90, 40, Masks::Noise);
+  for (int i = 0; i < 60; ++i) std::fill_n(specks.Colour(i * 37 % 90, i * 23 % 40), 3, BYTE(i * 4));
+  pictures.push_back({"specks", specks});
+  for (const auto& [region, tolerance] : {std::pair(5, 45),
+                                          {2, 15},
+                                          {15, 90},
+                                          {5, 0},
+                                          {0, 45},
+                                          {-1, 0},
+                                          {-7, -7},
+                                          {120, 766},
+                                          {121, 765},
+                                          {30, 300},
+                                          {2147483647, 2147483647},
+                                          {1, -2147483647 - 1}}) {
+    const std::string text =
+        "MaxRgnSize=" + std::to_string(region) + ", GrayTolerance=" + std::to_string(tolerance);
+    for (const NamedPicture& test : pictures) {
+      ASSERT_EQ(Difference(Dusted(test.picture, region, tolerance),
+                           Filtered("ZNFilter.Staub.1", text, test.picture)),
+                "")
+          << test.name << ": " << text;
+    }
+  }
+}
+
+// What was cleaned for one request answers every later one that is not larger, and the picture it
+// is kept in may have room beside it.
+TEST(DetailFilters, DustKeepsARequest) {
+  const Picture picture = Noise(40, 30, Masks::Noise, 3);
+  Rig rig(picture, ClassOf("ZNFilter.Staub.1"));
+  rig.Prepare();
+  GuardedRows rows(40, 30);
+  const auto pull = [&](const RowRequest& request) {
+    rows.Reset();
+    EXPECT_EQ(rig.Pull(rows, request), S_OK);
+    return rows.Part(request.destX, request.destY, request.width, request.height);
+  };
+  Picture corner(20, 20);
+  for (int y = 0; y < 20; ++y) {
+    std::copy_n(picture.Colour(7, y + 5), 60, corner.Colour(0, y));
+    for (int x = 0; x < 20; ++x) corner.Mask(x, y) = picture.Mask(x + 7, y + 5);
+  }
+  const Picture expected = Dusted(corner, 5, 45);
+  EXPECT_EQ(Difference(expected, pull({3, 2, 7, 5, 20, 20})), "");
+  EXPECT_EQ(rows.WrittenOutside(3, 2, 20, 20), "");
+  EXPECT_EQ(Difference(expected, pull({0, 0, 20, 10, 20, 20})), "") << "at another place";
+  EXPECT_EQ(rig.source->requests.size(), 1u);
+  // Cut to the picture, and so small enough.
+  EXPECT_EQ(rig.Pull(rows, {0, 0, 30, -5, 20, 20}), S_OK);
+  EXPECT_EQ(rows.Part(0, 5, 1, 1).colour,
+            std::vector(expected.colour.begin(), expected.colour.begin() + 3));
+  EXPECT_EQ(rig.source->requests.size(), 1u);
+  // Larger: cleaned anew. The greatest region is taken as it is set, the tolerance once committed.
+  rig.Filter().SetParameter("MaxRgnSize=000, GrayTolerance=001", 1);
+  EXPECT_EQ(Difference(Dusted(picture, 0, 45), pull({0, 0, 0, 0, 40, 30})), "");
+}
+
 }  // namespace
 }  // namespace testing_support

@@ -20,6 +20,7 @@ enum class Pull {
   InPlace,       // passes the request on and changes the rows that come back
   PassesOn,      // does nothing with them, and knows no abort of its own
   WholePicture,  // pulls all of the source once a change and answers from its own picture
+  KeepsRequest,  // pulls what is asked once a change, keeps it and answers from that
 };
 
 struct Contract {
@@ -118,6 +119,10 @@ const Contract kContracts[] = {
      .text = "EmbossStrength=090",
      .inset = 1,
      .pixelsOfItsOwn = true},
+    {.className = "CStaubFilter",
+     .pull = Pull::KeepsRequest,
+     .text = "MaxRgnSize=004, GrayTolerance=080",
+     .abortMarksChange = true},
     {.className = "CNullFilter",
      .pull = Pull::PassesOn,
      .newObjectIsDirty = false,
@@ -197,6 +202,8 @@ TEST_P(FilterContract, PartsEqualTheWhole) {
     SCOPED_TRACE(given.name);
     Test test(*this, given.picture);
     const Picture whole = test.PullWhole();
+    // A kept request answers for any other: what it gives out is tested with the filter.
+    if (contract.pull == Pull::KeepsRequest) continue;
     const int w = test.Width();
     const int h = test.Height();
     for (const RowRequest& r :
@@ -237,16 +244,19 @@ TEST_P(FilterContract, AsksTheSourceAsItsShapeSays) {
   GuardedRows rows(20, 10);
   const RowRequest r{1, 2, 3, 4, 5, 6};
   const bool whole = contract.pull == Pull::WholePicture;
-  const RowRequest all = {contract.inset, contract.inset, 0, 0, 20, 10};
+  const bool keeps = whole || contract.pull == Pull::KeepsRequest;
+  const RowRequest asked = whole   ? RowRequest{contract.inset, contract.inset, 0, 0, 20, 10}
+                           : keeps ? RowRequest{0, 0, r.srcX, r.srcY, r.width, r.height}
+                                   : r;
   ASSERT_EQ(test.Rig::Pull(rows, r), S_OK);
-  EXPECT_THAT(test.source->requests, testing::ElementsAre(whole ? all : r));
+  EXPECT_THAT(test.source->requests, testing::ElementsAre(asked));
   ASSERT_EQ(test.Rig::Pull(rows, r), S_OK);
-  EXPECT_EQ(test.source->requests.size(), whole ? 1u : 2u);
+  EXPECT_EQ(test.source->requests.size(), keeps ? 1u : 2u);
   // A new picture is asked for anew.
   test.source->picture = Noise(7, 30, Masks::Noise, 2);
   test.source->revision++;
   const Picture changed = test.PullWhole();
-  EXPECT_EQ(test.source->requests.size(), whole ? 2u : 3u);
+  EXPECT_EQ(test.source->requests.size(), keeps ? 2u : 3u);
   Test fresh(*this, test.source->picture);
   EXPECT_EQ(Difference(fresh.PullWhole(), changed), "");
   // One plane is enough.
@@ -301,7 +311,8 @@ TEST_P(FilterContract, AbortStopsAndALaterPullIsWhole) {
         EXPECT_FALSE(test.CountsAsChanged());
         rows.Reset();
       }
-      const bool cached = pulledBefore && contract.pull == Pull::WholePicture;
+      const bool keepsRequest = contract.pull == Pull::KeepsRequest;
+      const bool cached = pulledBefore && (contract.pull == Pull::WholePicture || keepsRequest);
       if (abortAt == 0 || cached) test.Filter().SetAbort(true);
       test.source->onRow = [&](int row) {
         if (row == abortAt) test.Filter().SetAbort(true);
@@ -312,8 +323,9 @@ TEST_P(FilterContract, AbortStopsAndALaterPullIsWhole) {
       EXPECT_TRUE(test.source->aborts.back());
       if (contract.pull == Pull::InPlace) {
         EXPECT_EQ(Difference(picture, rows.Whole()), "") << "the rows are those of the source";
-      } else if (contract.pull == Pull::WholePicture) {
-        EXPECT_THAT(rows.WrittenOutside(0, 0, 0, 0), IsEmpty());
+      } else if (contract.pull != Pull::PassesOn) {
+        // A kept request is tested for an abort after each row that is given out.
+        EXPECT_THAT(rows.WrittenOutside(0, 0, 20, keepsRequest && cached), IsEmpty());
       }
       const bool open = !pulledBefore && !contract.buildsThroughAbort;
       const bool changed = stopped != S_OK && (open || contract.abortMarksChange);
@@ -329,7 +341,7 @@ TEST_P(FilterContract, AbortStopsAndALaterPullIsWhole) {
 // At whatever moment the abort comes: the rows are finished from the last one on, and those ahead
 // are untouched by the filter.
 TEST_P(FilterContract, AbortFromAnotherThreadLeavesFinishedRows) {
-  if (contract.pull == Pull::PassesOn) return;
+  if (contract.pull == Pull::PassesOn || contract.pull == Pull::KeepsRequest) return;
   constexpr int kHeight = 4000;
   const Picture picture = Noise(9, kHeight, Masks::Noise, 1);
   Test test(*this, picture);

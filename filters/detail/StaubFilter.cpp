@@ -1,0 +1,77 @@
+#include "filters/detail/StaubFilter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/Rows.h"
+#include "filters/tools/DustKernels.h"
+
+std::span<const ParameterRow<StaubParameters>> StaubParameters::Rows() {
+  using P = StaubParameters;
+  static constexpr ParameterRow<P> kRows[] = {
+      {"MaxRgnSize",
+       "MaxRgnSize=%.3d",
+       &P::maxRgnSize,
+       {.least = 2, .greatest = 15, .gloss = "most pixels that a speck may have"}},
+      {"GrayTolerance",
+       ", GrayTolerance=%.3d",
+       &P::grayTolerance,
+       {.least = 15, .greatest = 90, .gloss = "how far brightness may differ within a speck"}}};
+  return kRows;
+}
+
+HRESULT CStaubFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
+                               BYTE** colourRows, BYTE** maskRows) {
+  return GuardPull([&]() -> HRESULT {
+    const PullRectangle request =
+        PullRectangle{destX, destY, srcX, srcY, width, height, colourRows, maskRows}.CutTo(
+            output.width, output.height);
+    if (!source || output.width < 1 || output.height < 1) return kPullStopped;
+    if (request.width < 1 || request.height < 1) return S_OK;
+    const bool isKept = !Changed() && outputPicture && outputPicture->Width() >= request.width &&
+                        outputPicture->Height() >= request.height;
+    const Outcome outcome = isKept ? Outcome::Done : Rebuild(request);
+    const bool isGiven = outcome != Outcome::StoppedBefore && CopyOut(request);
+    if (!isGiven || outcome != Outcome::Done) {
+      selfChanged = true;
+      return kPullStopped;
+    }
+    ClearChanges();
+    return S_OK;
+  });
+}
+
+// Cleans in place. The greatest size is the pending one: a dialog's change has effect on the next
+// rebuild, before it is committed. What the source answers does not count.
+CStaubFilter::Outcome CStaubFilter::Rebuild(const PullRectangle& request) {
+  selfChanged = true;  // until the kept rows are whole again, whatever ends this
+  if (!EnsurePictures(0, 0, request.width, request.height)) return Outcome::StoppedBefore;
+  BYTE** const colour = outputPicture->ColourRows();
+  BYTE** const mask = outputPicture->MaskRows();
+  // What is beside the request stays as it was kept.
+  for (int y = 0; y < request.height; ++y) {
+    std::memset(colour[y], 0, base::ColourBytes(request.width));
+    std::memset(mask[y], base::kNothing, static_cast<std::size_t>(request.width));
+  }
+  source->ReadRows(0, 0, request.srcX, request.srcY, request.width, request.height, colour, mask);
+  if (abort) return Outcome::StoppedBefore;
+  const bool isClean = kernels::RemoveDust({colour, mask, 0, 0, request.width, request.height},
+                                           active.grayTolerance, Pending().maxRgnSize, abort);
+  return isClean ? Outcome::Done : Outcome::StoppedWithin;
+}
+
+// From the first row on; the row that an abort meets is still given.
+bool CStaubFilter::CopyOut(const PullRectangle& request) const {
+  for (int i = 0; i < request.height; ++i) {
+    BYTE* const colour = request.Colour(i);
+    BYTE* const mask = request.Mask(i);
+    if (colour) {
+      std::memcpy(colour, outputPicture->ColourRows()[i], base::ColourBytes(request.width));
+    }
+    if (mask) {
+      std::memcpy(mask, outputPicture->MaskRows()[i], static_cast<std::size_t>(request.width));
+    }
+    if (abort) return false;
+  }
+  return true;
+}
