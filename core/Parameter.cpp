@@ -6,7 +6,7 @@
 #include <cstddef>
 
 #include "base/Guid.h"
-#include "core/NumberScan.h"
+#include "base/NumberScan.h"
 
 namespace {
 
@@ -148,26 +148,26 @@ Parameter::~Parameter() = default;
 
 bool Parameter::Get(const char* tag, int& value) const {
   const auto found = Value(tag);
-  if (found) value = core::ScanInt(*found).value_or(0);
+  if (found) value = base::ScanInt(*found).value_or(0);
   return found.has_value();
 }
 
 bool Parameter::Get(const char* tag, double& value) const {
   const auto found = Value(tag);
-  if (found) value = core::ScanDouble(*found).value_or(0.0);
+  if (found) value = base::ScanDouble(*found).value_or(0.0);
   return found.has_value();
 }
 
 bool Parameter::Get(const char* tag, void*& value) const {
   const auto found = Value(tag);
   if (!found) return false;
-  value = std::bit_cast<void*>(core::ScanInt64(*found).value_or(0));
+  value = std::bit_cast<void*>(base::ScanInt64(*found).value_or(0));
   return true;
 }
 
 bool Parameter::Get(const char* tag, std::uint64_t& value) const {
   const auto found = Value(tag);
-  if (found) value = core::ScanUnsigned64(*found).value_or(0);
+  if (found) value = base::ScanUnsigned64(*found).value_or(0);
   return found.has_value();
 }
 

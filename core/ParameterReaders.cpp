@@ -4,7 +4,7 @@
 #include <optional>
 #include <string_view>
 
-#include "core/NumberScan.h"
+#include "base/NumberScan.h"
 
 namespace {
 
@@ -42,39 +42,39 @@ void Store(Field value, Field& field, bool& changed) {
 }  // namespace
 
 bool ReadParamBool(const char* text, const char* key, bool& field, bool& changed) {
-  const auto value = ScanItem(text, key, core::ScanInt);
+  const auto value = ScanItem(text, key, base::ScanInt);
   if (value) Store(*value != 0, field, changed);
   return value.has_value();
 }
 
 bool ReadParamInt(const char* text, const char* key, std::int32_t& field, bool& changed) {
-  const auto value = ScanItem(text, key, core::ScanInt);
+  const auto value = ScanItem(text, key, base::ScanInt);
   if (value) Store(*value, field, changed);
   return value.has_value();
 }
 
 bool ReadParamByte(const char* text, const char* key, std::uint8_t& field, bool& changed) {
-  const auto value = ScanItem(text, key, core::ScanInt);
+  const auto value = ScanItem(text, key, base::ScanInt);
   if (value) Store(static_cast<std::uint8_t>(*value), field, changed);
   return value.has_value();
 }
 
 bool ReadParamDouble(const char* text, const char* key, double& field, bool& changed) {
-  const auto value = ScanItem(text, key, core::ScanDouble);
+  const auto value = ScanItem(text, key, base::ScanDouble);
   if (value) Store(*value, field, changed);
   return value.has_value();
 }
 
 std::int32_t ParamLong(const char* text, std::int32_t defaultValue, const char* key) {
-  return ScanBehind(text, key, core::ScanInt).value_or(defaultValue);
+  return ScanBehind(text, key, base::ScanInt).value_or(defaultValue);
 }
 
 std::uint32_t ParamHex(const char* text, std::uint32_t defaultValue, const char* key) {
-  return ScanBehind(text, key, core::ScanHex).value_or(defaultValue);
+  return ScanBehind(text, key, base::ScanHex).value_or(defaultValue);
 }
 
 bool ParamFlag(const char* text, bool defaultValue, const char* key) {
-  return ScanBehind(text, key, core::ScanInt).value_or(defaultValue ? 1 : 0) != 0;
+  return ScanBehind(text, key, base::ScanInt).value_or(defaultValue ? 1 : 0) != 0;
 }
 
 double ParamDouble(char* text, double defaultValue, const char* key) {
@@ -86,5 +86,5 @@ double ParamDouble(char* text, double defaultValue, const char* key) {
     text[rest->data() - text + static_cast<std::ptrdiff_t>(comma)] = '.';
   }
   // What was repaired is read with a point, whatever the locale writes.
-  return core::ScanDoubleWith(*rest, ".").value_or(defaultValue);
+  return base::ScanDoubleWith(*rest, ".").value_or(defaultValue);
 }

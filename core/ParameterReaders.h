@@ -10,7 +10,7 @@
 // A key is found by plain substring search over the whole text: the first place that holds its
 // characters counts, also inside a longer word. Order of items and unknown items do not matter. A
 // null text or key counts as absent. No reader looks behind the end of the text, and all are
-// reentrant (but see ParamDouble). core/NumberScan.h says what a number is.
+// reentrant (but see ParamDouble). base/NumberScan.h says what a number is.
 
 // The readers of the filters take the key without its "=" and step over one character for it,
 // whatever it is. True when the text holds the item: the field has its value, and `changed` is set

@@ -8,7 +8,8 @@ namespace platform {
 namespace {
 
 const Services& SystemServices() {
-  static const Services services = {&SystemRegistry(), &SystemFiles(), &SystemDesktop(),
+  static const Services services = {&SystemRegistry(), &SystemProfiles(), &SystemFiles(),
+                                    &SystemMutexes(),  &SystemProcess(),  &SystemDesktop(),
                                     &SystemTerminal(), &SystemModules()};
   return services;
 }

@@ -2,9 +2,12 @@
 // portable; the real services lie in platform/linux and platform/windows, fakes in platform/fake.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,35 +20,100 @@ namespace platform {
 // Root keys of the registry.
 enum class Hive { ClassesRoot, LocalMachine, CurrentUser, Users };
 
-enum class RegistryResult { Done, NotFound, Denied, Failed };
+enum class RegistryResult {
+  Done,
+  NotFound,
+  Denied,
+  Failed,
+  Exists,   // the key is there and was to be kept
+  NotMade,  // the key that was to hold a value can be neither opened nor made
+};
 
-// A tree of keys of which each holds one text, its default value. Paths are joined with a backslash and
-// compared without case; texts are in the system's code page. Any thread, any process at the same time.
+// A tree of keys of which each holds one text, its default value. Paths are joined with a backslash
+// and compared without case; texts are in the system's code page. Any thread, any process at the
+// same time.
 class Registry {
  public:
-  // Nothing when the key is missing or cannot be read. A key without a value reads as an empty text.
+  // Nothing when the key is missing or cannot be read. A key without a value reads as an empty
+  // text.
   virtual std::optional<std::string> Read(Hive hive, std::string_view key) = 0;
+  // Whether the key can be opened for reading.
+  virtual bool Exists(Hive hive, std::string_view key) = 0;
   // Creates the key and those above it as needed. Another process sees the old text or the new one.
   virtual RegistryResult Write(Hive hive, std::string_view key, std::string_view value) = 0;
+  // The same, and every user of the machine may change a key that is made by it. With
+  // `keepExisting` a key that is there stays as it is.
+  virtual RegistryResult WriteShared(Hive hive, std::string_view key, std::string_view value,
+                                     bool keepExisting) = 0;
   // Deletes the key with everything below it.
   virtual RegistryResult DeleteTree(Hive hive, std::string_view key) = 0;
+  // Deletes the key when it holds neither a value nor other keys; Exists when it does.
+  virtual RegistryResult DeleteEmpty(Hive hive, std::string_view key) = 0;
   // Names of the keys directly below, in ascending order without case; empty when there is none.
   virtual std::vector<std::string> Subkeys(Hive hive, std::string_view key) = 0;
+  // What the system takes as "everybody may do everything" for a key, to be freed with its own
+  // function (LocalFree); null where it has no such thing.
+  virtual void* NewOpenDescriptor() = 0;
 
  protected:
   ~Registry() = default;
 };
 
-// Files that appear whole or not at all.
+// Files of settings: sections "[name]" with lines "key=value". Names compare without case, blanks
+// around names and values and quotation marks around values do not count, lines with a semicolon in
+// front are comments. Texts are in the system's code page. Any thread, any process at the same
+// time.
+class Profiles {
+ public:
+  // Empty when there is no such file, section, key or value.
+  virtual std::string Read(const std::filesystem::path& file, std::string_view section,
+                           std::string_view key) = 0;
+  // Makes the file, the section and the key as needed; nothing deletes the key. All other lines
+  // stay as they are. False when the file cannot be written, and then nothing has changed.
+  virtual bool Write(const std::filesystem::path& file, std::string_view section,
+                     std::string_view key, std::optional<std::string_view> value) = 0;
+  // Writes out what the system may hold back.
+  virtual void Flush(const std::filesystem::path& file) = 0;
+  // Names in the order of the file.
+  virtual std::vector<std::string> Sections(const std::filesystem::path& file) = 0;
+  virtual std::vector<std::string> Keys(const std::filesystem::path& file,
+                                        std::string_view section) = 0;
+
+ protected:
+  ~Profiles() = default;
+};
+
+// A file that only grows, shared with other processes. One thread at a time.
+class GrowingFile {
+ public:
+  virtual ~GrowingFile() = default;
+  // Puts the bytes at the end, wherever it is by now; false when they did not all fit, and then
+  // none is left behind.
+  virtual bool Append(std::string_view bytes) = 0;
+  // Brings everything to the disk.
+  virtual bool Flush() = 0;
+  // Whether the last line is complete; so it is in an empty file.
+  virtual bool EndsInLineFeed() = 0;
+};
+
+// Files that appear whole or not at all, and files that grow.
 class Files {
  public:
-  // Calls `write` with the path of a new, empty file beside `target`; on true the file takes the place of
-  // `target` in one step, on false or an exception it is deleted and `target` stays as it was. Gives the
-  // reason when the file cannot be made, moved, or `write` said false (then an empty text).
+  // Calls `write` with the path of a new, empty file beside `target`; on true the file takes the
+  // place of `target` in one step, on false or an exception it is deleted and `target` stays as it
+  // was. Gives the reason when the file cannot be made, moved, or `write` said false (then an empty
+  // text).
   using WriteFile = std::function<bool(const std::filesystem::path& temporary)>;
   virtual std::optional<std::string> Replace(const std::filesystem::path& target,
                                              const WriteFile& write) = 0;
-  // Full path of the shared object, DLL or program that holds this address; empty when there is none.
+  // Opens the file, or makes it; null when that fails. With `writeThrough` a line that was appended
+  // is on the disk, else in the care of the system.
+  virtual std::unique_ptr<GrowingFile> OpenGrowing(const std::filesystem::path& file,
+                                                   bool writeThrough) = 0;
+  // Whether the file or folder is there and may be read and written.
+  virtual bool CanReadAndWrite(const std::filesystem::path& path) = 0;
+  // Full path of the shared object, DLL or program that holds this address; empty when there is
+  // none.
   virtual std::filesystem::path ModuleOf(const void* address) = 0;
 
  protected:
@@ -55,8 +123,8 @@ class Files {
 // The person at the screen.
 class Desktop {
  public:
-  // Shows a text and waits until it is dismissed. On a system without a desktop it goes to the standard
-  // error output and does not wait.
+  // Shows a text and waits until it is dismissed. On a system without a desktop it goes to the
+  // standard error output and does not wait.
   virtual void ShowMessage(const std::string& text, const std::string& caption) = 0;
   virtual void Beep(int hertz, int milliseconds) = 0;
   // A line for whoever watches the debugger output.
@@ -73,8 +141,8 @@ class Terminal {
   virtual std::vector<std::string> Arguments(int argc, char** argv) = 0;
   // Width in characters when standard error is a terminal, 0 when it is not.
   virtual int ErrorWidth() = 0;
-  // From now on `handler` runs instead of the program's end when the user interrupts it. It is called on
-  // a thread of its own or inside a signal handler and may only set flags.
+  // From now on `handler` runs instead of the program's end when the user interrupts it. It is
+  // called on a thread of its own or inside a signal handler and may only set flags.
   virtual void OnInterrupt(void (*handler)()) = 0;
 
  protected:
@@ -84,8 +152,9 @@ class Terminal {
 // A loaded module of a third party, for registration.
 class Modules {
  public:
-  // Loads the module, calls its exported function `name` (no arguments, gives a status code) and lets go
-  // of the module. Gives the reason when the module or the function cannot be had, else stores the status.
+  // Loads the module, calls its exported function `name` (no arguments, gives a status code) and
+  // lets go of the module. Gives the reason when the module or the function cannot be had, else
+  // stores the status.
   virtual std::optional<std::string> Call(const std::filesystem::path& module, const char* name,
                                           int& status) = 0;
 
@@ -93,9 +162,64 @@ class Modules {
   ~Modules() = default;
 };
 
+// Of one name, for all processes of the user. It belongs to the thread that has waited for it,
+// which may wait for it again and releases it as often.
+class NamedMutex {
+ public:
+  enum class Wait {
+    Held,
+    Abandoned,  // held as well, but the owner before ended without releasing it
+    TimedOut,
+    Failed
+  };
+
+  virtual ~NamedMutex() = default;
+  virtual Wait WaitFor(std::chrono::milliseconds limit) = 0;
+  virtual void Release() = 0;
+};
+
+class Mutexes {
+ public:
+  // The mutex of this name, made when nobody has it; null when that fails.
+  virtual std::unique_ptr<NamedMutex> Open(const std::string& name) = 0;
+
+ protected:
+  ~Mutexes() = default;
+};
+
+struct LocalTime {
+  int year;
+  int month;  // from 1
+  int day;
+  int hour;
+  int minute;
+  int second;
+  int millisecond;
+};
+
+// The running process and its surroundings.
+class Process {
+ public:
+  virtual std::uint32_t ProcessId() = 0;
+  virtual std::uint32_t ThreadId() = 0;
+  virtual LocalTime Now() = 0;
+  // Full path of the running program.
+  virtual std::filesystem::path Program() = 0;
+  virtual std::filesystem::path TemporaryFolder() = 0;
+  // Where programs keep what they write about themselves for this user; empty when there is no
+  // place.
+  virtual std::filesystem::path StateFolder() = 0;
+
+ protected:
+  ~Process() = default;
+};
+
 struct Services {
   Registry* registry;
+  Profiles* profiles;
   Files* files;
+  Mutexes* mutexes;
+  Process* process;
   Desktop* desktop;
   Terminal* terminal;
   Modules* modules;
@@ -104,7 +228,8 @@ struct Services {
 // The services in force: the system's, until a test puts others in their place.
 FXBOX_API const Services& CurrentServices();
 
-// Puts other services in force while it lives; they have to live as long. For tests; not thread-safe.
+// Puts other services in force while it lives; they have to live as long. For tests; not
+// thread-safe.
 class FXBOX_API ScopedServices {
  public:
   explicit ScopedServices(const Services& replacement);

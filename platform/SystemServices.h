@@ -7,7 +7,10 @@ namespace platform {
 
 // The objects live as long as the process and need no end.
 Registry& SystemRegistry();
+Profiles& SystemProfiles();
 Files& SystemFiles();
+Mutexes& SystemMutexes();
+Process& SystemProcess();
 Desktop& SystemDesktop();
 Terminal& SystemTerminal();
 Modules& SystemModules();

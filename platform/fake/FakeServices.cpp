@@ -8,7 +8,7 @@ namespace {
 template <class Key>
 void AppendLines(const Key& key, const std::string& path, std::vector<std::string>& lines) {
   for (const auto& [name, child] : key.below) {
-    lines.push_back(path + "\\" + name + " = " + child.value);
+    lines.push_back(path + "\\" + name + " = " + child.value.value_or(""));
     AppendLines(child, path + "\\" + name, lines);
   }
 }
@@ -29,7 +29,13 @@ std::optional<std::string> MemoryRegistry::Read(Hive hive, std::string_view key)
   const std::lock_guard guard(lock);
   const std::optional<KeyPath> path = SplitKey(key);
   const Key* found = path ? Find(hive, *path) : nullptr;
-  return found ? std::optional<std::string>(found->value) : std::nullopt;
+  return found ? std::optional<std::string>(found->value.value_or("")) : std::nullopt;
+}
+
+bool MemoryRegistry::Exists(Hive hive, std::string_view key) {
+  const std::lock_guard guard(lock);
+  const std::optional<KeyPath> path = SplitKey(key);
+  return path && Find(hive, *path);
 }
 
 RegistryResult MemoryRegistry::Write(Hive hive, std::string_view key, std::string_view value) {
@@ -42,6 +48,12 @@ RegistryResult MemoryRegistry::Write(Hive hive, std::string_view key, std::strin
   return RegistryResult::Done;
 }
 
+RegistryResult MemoryRegistry::WriteShared(Hive hive, std::string_view key, std::string_view value,
+                                           bool keepExisting) {
+  if (keepExisting && Exists(hive, key)) return RegistryResult::Exists;
+  return Write(hive, key, value);
+}
+
 RegistryResult MemoryRegistry::DeleteTree(Hive hive, std::string_view key) {
   const std::lock_guard guard(lock);
   std::optional<KeyPath> path = SplitKey(key);
@@ -52,6 +64,16 @@ RegistryResult MemoryRegistry::DeleteTree(Hive hive, std::string_view key) {
   Key* parent = Find(hive, *path);
   const bool deleted = parent && parent->below.erase(name) > 0;
   return deleted ? RegistryResult::Done : RegistryResult::NotFound;
+}
+
+RegistryResult MemoryRegistry::DeleteEmpty(Hive hive, std::string_view key) {
+  {
+    const std::lock_guard guard(lock);
+    const std::optional<KeyPath> path = SplitKey(key);
+    const Key* found = path ? Find(hive, *path) : nullptr;
+    if (found && (found->value || !found->below.empty())) return RegistryResult::Exists;
+  }
+  return DeleteTree(hive, key);
 }
 
 std::vector<std::string> MemoryRegistry::Subkeys(Hive hive, std::string_view key) {
@@ -75,8 +97,21 @@ std::optional<std::string> FailingRegistry::Read(Hive hive, std::string_view key
   return failing.IsNow() ? std::nullopt : inner.Read(hive, key);
 }
 
+bool FailingRegistry::Exists(Hive hive, std::string_view key) {
+  return !failing.IsNow() && inner.Exists(hive, key);
+}
+
 RegistryResult FailingRegistry::Write(Hive hive, std::string_view key, std::string_view value) {
   return failing.IsNow() ? refusal : inner.Write(hive, key, value);
+}
+
+RegistryResult FailingRegistry::WriteShared(Hive hive, std::string_view key, std::string_view value,
+                                            bool keepExisting) {
+  return failing.IsNow() ? refusal : inner.WriteShared(hive, key, value, keepExisting);
+}
+
+RegistryResult FailingRegistry::DeleteEmpty(Hive hive, std::string_view key) {
+  return failing.IsNow() ? refusal : inner.DeleteEmpty(hive, key);
 }
 
 RegistryResult FailingRegistry::DeleteTree(Hive hive, std::string_view key) {
@@ -98,8 +133,41 @@ std::optional<std::string> FailingFiles::Replace(const std::filesystem::path& ta
   return reason && reason->empty() ? std::optional<std::string>(kReason) : reason;
 }
 
+std::unique_ptr<GrowingFile> FailingFiles::OpenGrowing(const std::filesystem::path& file,
+                                                       bool writeThrough) {
+  return inner.OpenGrowing(file, writeThrough);
+}
+
+bool FailingFiles::CanReadAndWrite(const std::filesystem::path& path) {
+  return inner.CanReadAndWrite(path);
+}
+
 std::filesystem::path FailingFiles::ModuleOf(const void* address) {
   return inner.ModuleOf(address);
+}
+
+std::uint32_t FakeProcess::ProcessId() {
+  return SystemProcess().ProcessId();
+}
+
+std::uint32_t FakeProcess::ThreadId() {
+  return SystemProcess().ThreadId();
+}
+
+LocalTime FakeProcess::Now() {
+  return now ? *now : SystemProcess().Now();
+}
+
+std::filesystem::path FakeProcess::Program() {
+  return program.empty() ? SystemProcess().Program() : program;
+}
+
+std::filesystem::path FakeProcess::TemporaryFolder() {
+  return temporaryFolder.empty() ? SystemProcess().TemporaryFolder() : temporaryFolder;
+}
+
+std::filesystem::path FakeProcess::StateFolder() {
+  return stateFolder.empty() ? SystemProcess().StateFolder() : stateFolder;
 }
 
 void RecordingDesktop::ShowMessage(const std::string& text, const std::string& caption) {
@@ -134,6 +202,8 @@ std::optional<std::string> FakeModules::Call(const std::filesystem::path& module
   return std::nullopt;
 }
 
-FakeServices::FakeServices() : services{&registry, &SystemFiles(), &desktop, &terminal, &modules} {}
+FakeServices::FakeServices()
+    : services{&registry, &SystemProfiles(), &SystemFiles(), &SystemMutexes(),
+               &process,  &desktop,          &terminal,      &modules} {}
 
 }  // namespace platform

@@ -17,9 +17,14 @@ namespace platform {
 class MemoryRegistry final : public Registry {
  public:
   std::optional<std::string> Read(Hive hive, std::string_view key) override;
+  bool Exists(Hive hive, std::string_view key) override;
   RegistryResult Write(Hive hive, std::string_view key, std::string_view value) override;
+  RegistryResult WriteShared(Hive hive, std::string_view key, std::string_view value,
+                             bool keepExisting) override;
   RegistryResult DeleteTree(Hive hive, std::string_view key) override;
+  RegistryResult DeleteEmpty(Hive hive, std::string_view key) override;
   std::vector<std::string> Subkeys(Hive hive, std::string_view key) override;
+  void* NewOpenDescriptor() override { return nullptr; }
 
   // Every key with its value, as lines "HIVE\key = value" in ascending order, to compare two
   // states.
@@ -27,7 +32,7 @@ class MemoryRegistry final : public Registry {
 
  private:
   struct Key {
-    std::string value;
+    std::optional<std::string> value;
     std::map<std::string, Key, NameLess> below;
   };
   Key* Find(Hive hive, const KeyPath& path);
@@ -49,7 +54,7 @@ class FailingCall {
 };
 
 // Passes every call on but the failing one: that reads nothing, or is refused with `result`. Calls
-// of all four kinds count.
+// of all kinds count.
 class FailingRegistry final : public Registry {
  public:
   FailingRegistry(Registry& registry, int failAt, RegistryResult result = RegistryResult::Denied)
@@ -57,9 +62,14 @@ class FailingRegistry final : public Registry {
   int CallCount() const { return failing.Count(); }
 
   std::optional<std::string> Read(Hive hive, std::string_view key) override;
+  bool Exists(Hive hive, std::string_view key) override;
   RegistryResult Write(Hive hive, std::string_view key, std::string_view value) override;
+  RegistryResult WriteShared(Hive hive, std::string_view key, std::string_view value,
+                             bool keepExisting) override;
   RegistryResult DeleteTree(Hive hive, std::string_view key) override;
+  RegistryResult DeleteEmpty(Hive hive, std::string_view key) override;
   std::vector<std::string> Subkeys(Hive hive, std::string_view key) override;
+  void* NewOpenDescriptor() override { return nullptr; }
 
  private:
   Registry& inner;
@@ -79,12 +89,29 @@ class FailingFiles final : public Files {
 
   std::optional<std::string> Replace(const std::filesystem::path& target,
                                      const WriteFile& write) override;
+  std::unique_ptr<GrowingFile> OpenGrowing(const std::filesystem::path& file,
+                                           bool writeThrough) override;
+  bool CanReadAndWrite(const std::filesystem::path& path) override;
   std::filesystem::path ModuleOf(const void* address) override;
 
  private:
   Files& inner;
   FailingCall failing;
   bool afterWriting;
+};
+
+// The real process but for what the test sets.
+class FakeProcess final : public Process {
+ public:
+  std::uint32_t ProcessId() override;
+  std::uint32_t ThreadId() override;
+  LocalTime Now() override;
+  std::filesystem::path Program() override;
+  std::filesystem::path TemporaryFolder() override;
+  std::filesystem::path StateFolder() override;
+
+  std::optional<LocalTime> now;
+  std::filesystem::path program, temporaryFolder, stateFolder;  // the real ones where empty
 };
 
 // Remembers what it was asked to show. Thread-safe; read the lists when the other threads are done.
@@ -142,13 +169,15 @@ class FakeModules final : public Modules {
   std::vector<std::pair<std::filesystem::path, std::string>> calls;
 };
 
-// All of them together, with the system's files. `ScopedServices scope(fakes.services);`
+// All of them together, with the system's files, profiles and mutexes. `ScopedServices
+// scope(fakes.services);`
 struct FakeServices {
   FakeServices();
   FakeServices(const FakeServices&) = delete;
   FakeServices& operator=(const FakeServices&) = delete;
 
   MemoryRegistry registry;
+  FakeProcess process;
   RecordingDesktop desktop;
   FakeTerminal terminal;
   FakeModules modules;

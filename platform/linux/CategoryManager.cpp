@@ -29,10 +29,9 @@ HRESULT StatusOf(RegistryResult result) {
       return S_OK;  // what is to go is gone
     case RegistryResult::Denied:
       return E_ACCESSDENIED;
-    case RegistryResult::Failed:
-      break;
+    default:
+      return E_FAIL;
   }
-  return E_FAIL;
 }
 
 std::string LanguageName(LCID lcid) {

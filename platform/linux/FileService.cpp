@@ -91,6 +91,40 @@ void SyncFolder(const fs::path& folder) {
   if (descriptor) fsync(descriptor.Get());
 }
 
+class SharedFile final : public GrowingFile {
+ public:
+  explicit SharedFile(Descriptor opened) : file(std::move(opened)) {}
+
+  bool Append(std::string_view bytes) override {
+    struct stat before = {};
+    const bool known = fstat(file.Get(), &before) == 0;
+    std::string_view rest = bytes;
+    while (!rest.empty()) {
+      const ssize_t written = write(file.Get(), rest.data(), rest.size());
+      if (written < 0 && errno == EINTR) continue;
+      if (written <= 0) break;
+      rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+    if (rest.empty()) return true;
+    if (known && rest.size() < bytes.size()) {
+      [[maybe_unused]] const int cut = ftruncate(file.Get(), before.st_size);
+    }
+    return false;
+  }
+
+  bool Flush() override { return fdatasync(file.Get()) == 0; }
+
+  bool EndsInLineFeed() override {
+    struct stat status = {};
+    if (fstat(file.Get(), &status) != 0 || status.st_size == 0) return true;
+    char byte = '\n';
+    return pread(file.Get(), &byte, 1, status.st_size - 1) != 1 || byte == '\n';
+  }
+
+ private:
+  Descriptor file;
+};
+
 class FileService final : public Files {
  public:
   std::optional<std::string> Replace(const fs::path& target, const WriteFile& write) override {
@@ -109,6 +143,16 @@ class FileService final : public Files {
     temporary.Keep();
     SyncFolder(to.file.parent_path());
     return std::nullopt;
+  }
+
+  std::unique_ptr<GrowingFile> OpenGrowing(const fs::path& path, bool writeThrough) override {
+    const int flags = O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    Descriptor file(open(path.c_str(), flags | (writeThrough ? O_DSYNC : 0), 0666));
+    return file ? std::make_unique<SharedFile>(std::move(file)) : nullptr;
+  }
+
+  bool CanReadAndWrite(const fs::path& path) override {
+    return access(path.c_str(), R_OK | W_OK) == 0;
   }
 
   fs::path ModuleOf(const void* address) override {

@@ -10,12 +10,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 
 #include "base/Guid.h"
 #include "platform/RegistryKey.h"
 #include "platform/SystemServices.h"
 #include "platform/linux/Descriptor.h"
+#include "platform/linux/Environment.h"
 
 namespace platform {
 namespace {
@@ -28,20 +28,10 @@ constexpr char kNewKeyFolder[] = ".new";
 constexpr char kOldKeyFolder[] = ".old";
 constexpr char kLockFile[] = ".lock";
 
-fs::path AbsolutePathFrom(const char* variable) {
-  const char* text = std::getenv(variable);
-  return text && *text == '/' ? fs::path(text) : fs::path();
-}
-
 // Empty when the environment names no place.
 fs::path StoreFolder() {
-  fs::path configuration = AbsolutePathFrom("XDG_CONFIG_HOME");
-  if (configuration.empty()) {
-    const fs::path home = AbsolutePathFrom("HOME");
-    if (home.empty()) return {};
-    configuration = home / ".config";
-  }
-  return configuration / "fxbox4" / "registry";
+  const fs::path configuration = FolderOfUser("XDG_CONFIG_HOME", ".config");
+  return configuration.empty() ? configuration : configuration / "fxbox4" / "registry";
 }
 
 RegistryResult ResultOf(const std::error_code& error) {
@@ -225,35 +215,32 @@ class RegistryStore final : public Registry {
     return std::string(ValueText(value));
   }
 
+  bool Exists(Hive hive, std::string_view key) override { return Read(hive, key).has_value(); }
+
   RegistryResult Write(Hive hive, std::string_view key, std::string_view value) override {
-    const std::optional<KeyPath> path = SplitKey(key);
-    const fs::path store = StoreFolder();
-    if (!path || store.empty()) return RegistryResult::Failed;
-    std::error_code error;
-    fs::create_directories(store, error);
-    if (error) return ResultOfWriting(error);
-    const StoreLock lock(store, StoreLock::Kind::Writing);
-    if (lock.Error()) return ResultOfWriting(lock.Error());
-    const fs::path folder = KeyFolder(store, hive, *path);
-    const bool exists = fs::is_directory(folder, error);
-    error = exists ? PutValue(folder, ValueText(value)) : MakeKey(store, folder, ValueText(value));
-    return ResultOfWriting(error);
+    bool wasThere = false;
+    return Put(hive, key, value, false, wasThere);
+  }
+
+  // The store is the user's own: there is nobody to be let in.
+  RegistryResult WriteShared(Hive hive, std::string_view key, std::string_view value,
+                             bool keepExisting) override {
+    bool wasThere = false;
+    const RegistryResult result = Put(hive, key, value, keepExisting, wasThere);
+    return wasThere || result == RegistryResult::Done ? result : RegistryResult::NotMade;
   }
 
   RegistryResult DeleteTree(Hive hive, std::string_view key) override {
-    const std::optional<KeyPath> path = SplitKey(key);
-    const fs::path store = StoreFolder();
-    if (!path || store.empty()) return RegistryResult::NotFound;
-    if (path->empty()) return RegistryResult::Denied;
-    const StoreLock lock(store, StoreLock::Kind::Writing);
-    if (lock.Error()) return ResultOf(lock.Error());
-    const fs::path leaving = store / kOldKeyFolder;
-    std::error_code error;
-    fs::remove_all(leaving, error);  // left by a process that was killed
-    if (!error) fs::rename(KeyFolder(store, hive, *path), leaving, error);
-    std::error_code ignored;
-    if (!error) fs::remove_all(leaving, ignored);
-    return ResultOf(error);
+    return Delete(hive, key, [](const fs::path&) { return true; });
+  }
+
+  RegistryResult DeleteEmpty(Hive hive, std::string_view key) override {
+    return Delete(hive, key, [](const fs::path& folder) {
+      std::error_code ignored;
+      bool empty = !fs::exists(folder / kValueFile, ignored);
+      VisitSubkeys(folder, [&empty](const fs::path&) { return empty = false; });
+      return empty;
+    });
   }
 
   std::vector<std::string> Subkeys(Hive hive, std::string_view key) override {
@@ -268,6 +255,46 @@ class RegistryStore final : public Registry {
     });
     std::sort(names.begin(), names.end(), NameLess());
     return names;
+  }
+
+  void* NewOpenDescriptor() override { return nullptr; }
+
+ private:
+  static RegistryResult Put(Hive hive, std::string_view key, std::string_view value,
+                            bool keepExisting, bool& wasThere) {
+    const std::optional<KeyPath> path = SplitKey(key);
+    const fs::path store = StoreFolder();
+    if (!path || store.empty()) return RegistryResult::Failed;
+    std::error_code error;
+    fs::create_directories(store, error);
+    if (error) return ResultOfWriting(error);
+    const StoreLock lock(store, StoreLock::Kind::Writing);
+    if (lock.Error()) return ResultOfWriting(lock.Error());
+    const fs::path folder = KeyFolder(store, hive, *path);
+    wasThere = fs::is_directory(folder, error);
+    if (wasThere && keepExisting) return RegistryResult::Exists;
+    error =
+        wasThere ? PutValue(folder, ValueText(value)) : MakeKey(store, folder, ValueText(value));
+    return ResultOfWriting(error);
+  }
+
+  template <class Condition>
+  static RegistryResult Delete(Hive hive, std::string_view key, Condition mayGo) {
+    const std::optional<KeyPath> path = SplitKey(key);
+    const fs::path store = StoreFolder();
+    if (!path || store.empty()) return RegistryResult::NotFound;
+    if (path->empty()) return RegistryResult::Denied;
+    const StoreLock lock(store, StoreLock::Kind::Writing);
+    if (lock.Error()) return ResultOf(lock.Error());
+    const fs::path folder = KeyFolder(store, hive, *path);
+    if (!mayGo(folder)) return RegistryResult::Exists;
+    const fs::path leaving = store / kOldKeyFolder;
+    std::error_code error;
+    fs::remove_all(leaving, error);  // left by a process that was killed
+    if (!error) fs::rename(folder, leaving, error);
+    std::error_code ignored;
+    if (!error) fs::remove_all(leaving, ignored);
+    return ResultOf(error);
   }
 };
 

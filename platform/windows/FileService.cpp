@@ -3,28 +3,14 @@
 
 #include "platform/SystemServices.h"
 #include "platform/TemporaryFile.h"
+#include "platform/windows/Handle.h"
+#include "platform/windows/ModulePath.h"
 #include "platform/windows/Text.h"
 
 namespace platform {
 namespace {
 
 namespace fs = std::filesystem;
-
-class Handle {
- public:
-  explicit Handle(HANDLE opened) : handle(opened) {}
-  ~Handle() {
-    if (*this) CloseHandle(handle);
-  }
-  Handle(const Handle&) = delete;
-  Handle& operator=(const Handle&) = delete;
-
-  explicit operator bool() const { return handle != INVALID_HANDLE_VALUE; }
-  HANDLE Get() const { return handle; }
-
- private:
-  HANDLE handle;
-};
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
@@ -101,6 +87,41 @@ DWORD MoveInPlace(const fs::path& from, const fs::path& to) {
   }
 }
 
+class SharedFile final : public GrowingFile {
+ public:
+  explicit SharedFile(Handle opened) : file(std::move(opened)) {}
+
+  bool Append(std::string_view bytes) override {
+    LARGE_INTEGER end = {};
+    if (!SetFilePointerEx(file.Get(), {}, &end, FILE_END)) return false;
+    DWORD written = 0;
+    const auto size = static_cast<DWORD>(bytes.size());
+    if (WriteFile(file.Get(), bytes.data(), size, &written, nullptr) && written == size) {
+      return true;
+    }
+    if (written > 0 && SetFilePointerEx(file.Get(), end, nullptr, FILE_BEGIN)) {
+      SetEndOfFile(file.Get());
+    }
+    return false;
+  }
+
+  bool Flush() override { return FlushFileBuffers(file.Get()); }
+
+  bool EndsInLineFeed() override {
+    LARGE_INTEGER size = {};
+    if (!GetFileSizeEx(file.Get(), &size) || size.QuadPart == 0) return true;
+    LARGE_INTEGER last = {};
+    last.QuadPart = size.QuadPart - 1;
+    char byte = '\n';
+    DWORD count = 0;
+    return !SetFilePointerEx(file.Get(), last, nullptr, FILE_BEGIN) ||
+           !ReadFile(file.Get(), &byte, 1, &count, nullptr) || byte == '\n';
+  }
+
+ private:
+  Handle file;
+};
+
 class FileService final : public Files {
  public:
   std::optional<std::string> Replace(const fs::path& target, const WriteFile& write) override {
@@ -117,6 +138,21 @@ class FileService final : public Files {
     return std::nullopt;
   }
 
+  std::unique_ptr<GrowingFile> OpenGrowing(const fs::path& path, bool writeThrough) override {
+    Handle file(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE,
+                            FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_ALWAYS,
+                            FILE_ATTRIBUTE_NORMAL | (writeThrough ? FILE_FLAG_WRITE_THROUGH : 0),
+                            nullptr));
+    return file ? std::make_unique<SharedFile>(std::move(file)) : nullptr;
+  }
+
+  bool CanReadAndWrite(const fs::path& path) override {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) return false;
+    // In a folder the attribute protects the folder's own entry, not what is made in it.
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) || !(attributes & FILE_ATTRIBUTE_READONLY);
+  }
+
   fs::path ModuleOf(const void* address) override {
     HMODULE module = nullptr;
     constexpr DWORD kByAddress =
@@ -125,15 +161,7 @@ class FileService final : public Files {
         !GetModuleHandleExW(kByAddress, static_cast<const wchar_t*>(address), &module)) {
       return {};
     }
-    std::wstring path(MAX_PATH, L'\0');
-    for (;;) {
-      const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
-      if (length < path.size()) {
-        path.resize(length);
-        return path;
-      }
-      path.resize(2 * path.size());
-    }
+    return ModulePath(module);
   }
 };
 

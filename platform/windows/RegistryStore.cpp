@@ -37,6 +37,20 @@ RegistryResult ResultOf(LSTATUS status) {
   }
 }
 
+// Lets everybody do everything: a descriptor with an access list that is present and null.
+class OpenDescriptor {
+ public:
+  OpenDescriptor() : descriptor(SystemRegistry().NewOpenDescriptor()) {}
+  ~OpenDescriptor() { LocalFree(descriptor); }
+  OpenDescriptor(const OpenDescriptor&) = delete;
+  OpenDescriptor& operator=(const OpenDescriptor&) = delete;
+
+  SECURITY_ATTRIBUTES Attributes() const { return {sizeof(SECURITY_ATTRIBUTES), descriptor, TRUE}; }
+
+ private:
+  void* descriptor;
+};
+
 class OpenKey {
  public:
   OpenKey() = default;
@@ -49,9 +63,9 @@ class OpenKey {
   LSTATUS Open(Hive hive, const KeyPath& path, REGSAM access) {
     return RegOpenKeyExA(RootKey(hive), JoinKey(path).c_str(), 0, access | KEY_WOW64_64KEY, &key);
   }
-  LSTATUS Create(Hive hive, const KeyPath& path, REGSAM access) {
+  LSTATUS Create(Hive hive, const KeyPath& path, REGSAM access, SECURITY_ATTRIBUTES* security) {
     return RegCreateKeyExA(RootKey(hive), JoinKey(path).c_str(), 0, nullptr,
-                           REG_OPTION_NON_VOLATILE, access | KEY_WOW64_64KEY, nullptr, &key,
+                           REG_OPTION_NON_VOLATILE, access | KEY_WOW64_64KEY, security, &key,
                            nullptr);
   }
   HKEY Get() const { return key; }
@@ -75,6 +89,18 @@ LSTATUS QueryText(HKEY key, std::string& text) {
   return type == REG_SZ || type == REG_EXPAND_SZ ? ERROR_SUCCESS : ERROR_INVALID_DATA;
 }
 
+LSTATUS SetText(HKEY key, std::string_view value) {
+  const std::string text(ValueText(value));
+  return RegSetValueExA(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+                        static_cast<DWORD>(text.size() + 1));
+}
+
+// A key that is to be written is made; if its place is not there all the same, that is a failure.
+RegistryResult ResultOfWriting(LSTATUS status) {
+  const RegistryResult result = ResultOf(status);
+  return result == RegistryResult::NotFound ? RegistryResult::Failed : result;
+}
+
 class SystemRegistryService final : public Registry {
  public:
   std::optional<std::string> Read(Hive hive, std::string_view key) override {
@@ -88,19 +114,33 @@ class SystemRegistryService final : public Registry {
     return std::string(ValueText(text));
   }
 
+  bool Exists(Hive hive, std::string_view key) override {
+    const std::optional<KeyPath> path = SplitKey(key);
+    OpenKey opened;
+    return path && opened.Open(hive, *path, KEY_READ) == ERROR_SUCCESS;
+  }
+
   RegistryResult Write(Hive hive, std::string_view key, std::string_view value) override {
     const std::optional<KeyPath> path = SplitKey(key);
     if (!path) return RegistryResult::Failed;
     OpenKey opened;
-    LSTATUS status = opened.Create(hive, *path, KEY_SET_VALUE);
-    if (status == ERROR_SUCCESS) {
-      const std::string text(ValueText(value));
-      status = RegSetValueExA(opened.Get(), nullptr, 0, REG_SZ,
-                              reinterpret_cast<const BYTE*>(text.c_str()),
-                              static_cast<DWORD>(text.size() + 1));
+    LSTATUS status = opened.Create(hive, *path, KEY_SET_VALUE, nullptr);
+    if (status == ERROR_SUCCESS) status = SetText(opened.Get(), value);
+    return ResultOfWriting(status);
+  }
+
+  RegistryResult WriteShared(Hive hive, std::string_view key, std::string_view value,
+                             bool keepExisting) override {
+    const std::optional<KeyPath> path = SplitKey(key);
+    if (!path) return RegistryResult::NotMade;
+    if (keepExisting && Exists(hive, key)) return RegistryResult::Exists;
+    const OpenDescriptor everybody;
+    SECURITY_ATTRIBUTES security = everybody.Attributes();
+    OpenKey opened;
+    if (opened.Create(hive, *path, KEY_WRITE, &security) != ERROR_SUCCESS) {
+      return RegistryResult::NotMade;
     }
-    const RegistryResult result = ResultOf(status);
-    return result == RegistryResult::NotFound ? RegistryResult::Failed : result;
+    return ResultOfWriting(SetText(opened.Get(), value));
   }
 
   RegistryResult DeleteTree(Hive hive, std::string_view key) override {
@@ -113,6 +153,23 @@ class SystemRegistryService final : public Registry {
     LSTATUS status = parent.Open(hive, *path, KEY_READ | KEY_WRITE);
     if (status == ERROR_SUCCESS) status = RegDeleteTreeA(parent.Get(), name.c_str());
     return ResultOf(status);
+  }
+
+  RegistryResult DeleteEmpty(Hive hive, std::string_view key) override {
+    const std::optional<KeyPath> path = SplitKey(key);
+    if (!path) return RegistryResult::NotFound;
+    OpenKey opened;
+    LSTATUS status = opened.Open(hive, *path, KEY_READ);
+    DWORD keys = 0;
+    DWORD values = 0;
+    if (status == ERROR_SUCCESS) {
+      status = RegQueryInfoKeyA(opened.Get(), nullptr, nullptr, nullptr, &keys, nullptr, nullptr,
+                                &values, nullptr, nullptr, nullptr, nullptr);
+    }
+    if (status != ERROR_SUCCESS) return ResultOf(status);
+    if (keys > 0 || values > 0) return RegistryResult::Exists;
+    // The system refuses a key that has got others below it meanwhile.
+    return ResultOf(RegDeleteKeyExA(RootKey(hive), JoinKey(*path).c_str(), KEY_WOW64_64KEY, 0));
   }
 
   std::vector<std::string> Subkeys(Hive hive, std::string_view key) override {
@@ -133,6 +190,31 @@ class SystemRegistryService final : public Registry {
     }
     std::sort(names.begin(), names.end(), NameLess());
     return names;
+  }
+
+  // The functions are looked for at run time, since not every system has had them.
+  void* NewOpenDescriptor() override {
+    const HMODULE library = GetModuleHandleA("ADVAPI32.DLL");
+    const auto initialise = FunctionOf<BOOL(WINAPI*)(PSECURITY_DESCRIPTOR, DWORD)>(
+        library, "InitializeSecurityDescriptor");
+    const auto setList = FunctionOf<BOOL(WINAPI*)(PSECURITY_DESCRIPTOR, BOOL, PACL, BOOL)>(
+        library, "SetSecurityDescriptorDacl");
+    if (!initialise || !setList) return nullptr;
+    void* const descriptor = LocalAlloc(LPTR, sizeof(SECURITY_DESCRIPTOR));
+    if (descriptor && initialise(descriptor, SECURITY_DESCRIPTOR_REVISION) &&
+        setList(descriptor, TRUE, nullptr, FALSE)) {
+      return descriptor;
+    }
+    LocalFree(descriptor);
+    return nullptr;
+  }
+
+ private:
+  template <class Function>
+  static Function FunctionOf(HMODULE library, const char* name) {
+    return library
+               ? reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)))
+               : nullptr;
   }
 };
 

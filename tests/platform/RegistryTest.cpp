@@ -80,6 +80,22 @@ TEST_P(RegistryTest, DeletesWholeTreesAndOnlyThem) {
   EXPECT_EQ(registry.Read(kUser, Key("A")), "A");
 }
 
+TEST_P(RegistryTest, KeepsOrPrunesOnDemand) {
+  EXPECT_FALSE(registry.Exists(kUser, Key("A")));
+  EXPECT_EQ(registry.WriteShared(kUser, Key("A\\B"), "1", true), RegistryResult::Done);
+  EXPECT_EQ(registry.WriteShared(kUser, Key("A\\B"), "2", true), RegistryResult::Exists);
+  EXPECT_EQ(registry.Read(kUser, Key("A\\B")), "1");
+  EXPECT_EQ(registry.WriteShared(kUser, Key("A\\B"), "2", false), RegistryResult::Done);
+  EXPECT_EQ(registry.Read(kUser, Key("A\\B")), "2");
+  for (const char* kept : {"A", "A\\B"}) {
+    EXPECT_EQ(registry.DeleteEmpty(kUser, Key(kept)), RegistryResult::Exists) << kept;
+  }
+  registry.DeleteTree(kUser, Key("A\\B"));
+  EXPECT_TRUE(registry.Exists(kUser, Key("A")));
+  EXPECT_EQ(registry.DeleteEmpty(kUser, Key("A")), RegistryResult::Done);
+  EXPECT_EQ(registry.DeleteEmpty(kUser, Key("A")), RegistryResult::NotFound);
+}
+
 TEST_P(RegistryTest, RefusesWhatCannotBe) {
   registry.Write(kUser, Key("A"), "x");
   EXPECT_EQ(registry.DeleteTree(kUser, ""), RegistryResult::Denied);

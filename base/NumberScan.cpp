@@ -1,4 +1,4 @@
-#include "core/NumberScan.h"
+#include "base/NumberScan.h"
 
 #include <algorithm>
 #include <charconv>
@@ -10,7 +10,7 @@
 
 #include "base/Guid.h"
 
-namespace core {
+namespace base {
 namespace {
 
 bool IsDigit(char c) {
@@ -44,13 +44,13 @@ std::string_view SkipDigits(std::string_view& text) {
 std::optional<std::uint64_t> ScanWrapping(std::string_view text, unsigned radix) {
   SkipBlanks(text);
   const bool negative = SkipSign(text);
-  if (radix == 16 && text.size() > 2 && base::HexDigit(text[2]) >= 0) {
+  if (radix == 16 && text.size() > 2 && HexDigit(text[2]) >= 0) {
     if (!Skip(text, "0x")) Skip(text, "0X");
   }
   std::uint64_t value = 0;
   bool any = false;
   for (const char c : text) {
-    const int digit = base::HexDigit(c);
+    const int digit = HexDigit(c);
     if (digit < 0 || digit >= static_cast<int>(radix)) break;
     value = value * radix + static_cast<unsigned>(digit);
     any = true;
@@ -145,4 +145,4 @@ std::optional<double> ScanDoubleWith(std::string_view text, std::string_view dec
   return negative ? -value : value;
 }
 
-}  // namespace core
+}  // namespace base

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string_view>
 
-namespace core {
+namespace base {
 
 // Each function skips white space (space, TAB, LF, VT, FF, CR), reads an optional sign and the
 // longest number behind it, and ignores what follows. Nothing is returned when no digit stands
@@ -29,4 +29,4 @@ std::optional<std::uint32_t> ScanHex(std::string_view text);
 std::optional<double> ScanDouble(std::string_view text);
 std::optional<double> ScanDoubleWith(std::string_view text, std::string_view decimalPoint);
 
-}  // namespace core
+}  // namespace base
