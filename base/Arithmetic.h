@@ -20,6 +20,13 @@ constexpr std::int32_t WrapToInt32(std::int64_t value) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
 }
 
+// The value, or the end of the 32-bit range that it lies beyond.
+constexpr std::int32_t LimitToInt32(std::int64_t value) {
+  constexpr std::int64_t kLeast = std::numeric_limits<std::int32_t>::min();
+  constexpr std::int64_t kGreatest = std::numeric_limits<std::int32_t>::max();
+  return static_cast<std::int32_t>(value < kLeast ? kLeast : value > kGreatest ? kGreatest : value);
+}
+
 // Truncates toward zero. What does not fit 32 bits wraps; what does not fit 64 bits gives the nearest
 // end of the 32-bit range, and no number gives 0.
 inline std::int32_t TruncateToInt32(double value) {
@@ -28,6 +35,20 @@ inline std::int32_t TruncateToInt32(double value) {
   if (std::isnan(value)) return 0;
   return value < 0 ? std::numeric_limits<std::int32_t>::min()
                    : std::numeric_limits<std::int32_t>::max();
+}
+
+// The nearest whole number, halves away from zero. What does not fit 32 bits gives the nearest end
+// of the range, and no number gives 0.
+inline std::int32_t RoundToInt32(double value) {
+  const double whole = std::round(value);
+  if (std::isnan(whole)) return 0;
+  if (whole >= std::numeric_limits<std::int32_t>::max()) {
+    return std::numeric_limits<std::int32_t>::max();
+  }
+  if (whole <= std::numeric_limits<std::int32_t>::min()) {
+    return std::numeric_limits<std::int32_t>::min();
+  }
+  return static_cast<std::int32_t>(whole);
 }
 
 // Truncates toward zero and keeps the low eight bits.

@@ -44,6 +44,8 @@ struct Setting {
   const char* label = nullptr;
   bool opaque = false;  // a picture without transparent places
 };
+constexpr char kMat[] =
+    "BordersizeOn=1, Borderhori=100, Borderverti=100, Radius=050, Blue=105, Transparency=000";
 constexpr Setting kSettings[] = {
     {"ZNFilter.Sepia.1", "Sepia=060"},
     {"ZNFilter.Invert.1", "Inversity=080"},
@@ -71,6 +73,8 @@ constexpr Setting kSettings[] = {
     {"ZNFilter.FindEdges.1", "EdgeEnhance=050", Planes::Colour, "mask"},
     {"ZNFilter.Emboss.1", "EmbossStrength=050", Planes::Colour, "opaque", true},
     {"ZNFilter.Emboss.1", "EmbossStrength=050", Planes::Colour, "mask"},
+    {"ZNFilter.Passpartout.1", kMat, Planes::Both, "opaque", true},
+    {"ZNFilter.Passpartout.1", kMat, Planes::Both, "mask"},
 };
 
 std::vector<Setting> SettingsOf(const FilterClass& row) {

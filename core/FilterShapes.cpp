@@ -135,6 +135,7 @@ bool WholePictureFilter::CopyOut(const PullRectangle& rectangle) {
   for (int i = cut.height - 1; i >= 0; --i) {
     if (abort) return false;
     if (cut.width < 1) continue;
+    FinishRow(cut.srcY + i);
     CopyRow(from.ColourRows()[cut.srcY + i] + base::ColourOffset(cut.srcX),
             from.MaskRows()[cut.srcY + i] + cut.srcX, cut.Colour(i), cut.Mask(i), cut.width);
   }

@@ -140,6 +140,9 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   virtual bool Rebuild() = 0;
   // Before the rows of each pull are given out, with the request as it came, not cut.
   virtual void PrepareCopy(const PullRectangle&) {}
+  // Runs before a part of a row is given out, each time. For a class that finishes its result row by
+  // row as it is asked for.
+  virtual void FinishRow(int /*row*/) {}
   // Gives out a part of one row of the result. Either target may be null.
   virtual void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                        int width);

@@ -199,9 +199,14 @@ HRESULT CPdibFilter::SetExtent(int width, int height) {
 }
 
 HRESULT CPdibFilter::SetTargetSize(int width, int height) {
+  return PassTargetSize(width, height, width, height);
+}
+
+HRESULT CPdibFilter::PassTargetSize(int width, int height, int passedWidth, int passedHeight) {
   told.targetWidth = width;
   told.targetHeight = height;
-  return Forward(destination, [&](auto& next) { return next.SetTargetSize(width, height); });
+  return Forward(destination,
+                 [&](auto& next) { return next.SetTargetSize(passedWidth, passedHeight); });
 }
 
 HRESULT CPdibFilter::QuerySize(int* width, int* height, double aspect) {

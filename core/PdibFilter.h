@@ -97,6 +97,10 @@ class FXBOX_API CPdibFilter
   // output for `outputPicture`. False when a picture could not be had; it is null then.
   bool EnsurePictures(int inputW, int inputH, int outputW, int outputH);
 
+  // SetTargetSize of a class whose output has another size than its input: keeps what was told and
+  // passes the changed size on.
+  HRESULT PassTargetSize(int width, int height, int passedWidth, int passedHeight);
+
   bool Changed() const { return selfChanged || sourceChanged; }
   void ClearChanges();
   // Reads the `Vis` item and prints it when the filter is hidden. For the classes that have it.

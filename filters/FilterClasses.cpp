@@ -26,6 +26,7 @@
 #include "filters/detail/ScharfFilter.h"
 #include "filters/detail/StaubFilter.h"
 #include "filters/detail/WeichFilter.h"
+#include "filters/frames/PasspartoutFilter.h"
 
 namespace {
 
@@ -190,7 +191,7 @@ constexpr FilterClass kClasses[] = {
         "BordersizeOn=1,Borderhori=001,Borderverti=001,TotalHori=150,TotalVerti=150,"
         "Radius=005,Red=000,Green=000,Blue=105,Transparency=000,Poscorhori=000,"
         "Poscorverti=000",
-        "Passepartout frame", kNotBuilt),
+        "Passepartout frame", kBuilt<CPasspartoutFilter>),
     Row(37, "CSoftFrameFilter", "ZNFilter.SoftFrame.1",
         Guid("{6AA3520F-2243-4DB3-9E0F-5A6142DD1633}"), 5000, "icons4_softframe",
         "IDS_SOFTFRAME_NAME", "HLP_SOFTFRAME",

@@ -4,16 +4,11 @@
 #include <algorithm>
 
 #include "filters/FilterClasses.h"
+#include "tests/filters/ClassOf.h"
 #include "tests/support/TestFilters.h"
 
 namespace testing_support {
 namespace {
-
-const FilterClass& ClassOf(const std::string& progId) {
-  const auto table = FilterClasses();
-  return *std::find_if(table.begin(), table.end(),
-                       [&](const FilterClass& row) { return progId == row.progId; });
-}
 
 Picture Filtered(const std::string& progId, const std::string& text, const Picture& picture,
                  double zoom = 1.0) {

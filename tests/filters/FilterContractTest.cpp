@@ -36,6 +36,8 @@ struct Contract {
   bool newObjectIsDirty = true;
   // Where the source's pixels lie in the private picture that it is asked to fill.
   int inset = 0;
+  // How often the source is asked for all of its picture for one result.
+  std::size_t pulls = 1;
   // One pixel is computed in another way than a row.
   bool pixelsOfItsOwn = false;
   // One pixel stays as the source gives it.
@@ -46,6 +48,8 @@ struct Contract {
   bool pullsPending = false;
   // The text is kept as it was given, whole.
   bool keepsText = false;
+  // What is active may be nearer than what is pending.
+  bool limitsNumbers = false;
   // SetParameter and GetParameter know no keys.
   bool hasKeys = true;
 };
@@ -123,6 +127,13 @@ const Contract kContracts[] = {
      .pull = Pull::KeepsRequest,
      .text = "MaxRgnSize=004, GrayTolerance=080",
      .abortMarksChange = true},
+    {.className = "CPasspartoutFilter",
+     .pull = Pull::WholePicture,
+     .text = "Borderhori=003,Borderverti=003,Radius=006,Blue=010,Transparency=030",
+     .abortMarksChange = true,
+     .inset = 3,
+     .pixelsOfItsOwn = true,
+     .limitsNumbers = true},
     {.className = "CNullFilter",
      .pull = Pull::PassesOn,
      .newObjectIsDirty = false,
@@ -249,20 +260,23 @@ TEST_P(FilterContract, AsksTheSourceAsItsShapeSays) {
                            : keeps ? RowRequest{0, 0, r.srcX, r.srcY, r.width, r.height}
                                    : r;
   ASSERT_EQ(test.Rig::Pull(rows, r), S_OK);
-  EXPECT_THAT(test.source->requests, testing::ElementsAre(asked));
+  EXPECT_EQ(test.source->requests.front(), asked);
+  EXPECT_EQ(test.source->requests.size(), contract.pulls);
   ASSERT_EQ(test.Rig::Pull(rows, r), S_OK);
-  EXPECT_EQ(test.source->requests.size(), keeps ? 1u : 2u);
+  EXPECT_EQ(test.source->requests.size(), keeps ? contract.pulls : 2u);
   // A new picture is asked for anew.
   test.source->picture = Noise(7, 30, Masks::Noise, 2);
   test.source->revision++;
   const Picture changed = test.PullWhole();
-  EXPECT_EQ(test.source->requests.size(), keeps ? 2u : 3u);
+  EXPECT_EQ(test.source->requests.size(), keeps ? 2 * contract.pulls : 3u);
   Test fresh(*this, test.source->picture);
   EXPECT_EQ(Difference(fresh.PullWhole(), changed), "");
   // One plane is enough.
-  GuardedRows planes(7, 30);
-  EXPECT_EQ(test.Tail().ReadRows(0, 0, 0, 0, 7, 30, planes.ColourRows(), nullptr), S_OK);
-  EXPECT_EQ(test.Tail().ReadRows(0, 0, 0, 0, 7, 30, nullptr, planes.MaskRows()), S_OK);
+  const int w = test.Width();
+  const int h = test.Height();
+  GuardedRows planes(w, h);
+  EXPECT_EQ(test.Tail().ReadRows(0, 0, 0, 0, w, h, planes.ColourRows(), nullptr), S_OK);
+  EXPECT_EQ(test.Tail().ReadRows(0, 0, 0, 0, w, h, nullptr, planes.MaskRows()), S_OK);
   EXPECT_EQ(Difference(changed, planes.Whole()), "");
 }
 
@@ -305,7 +319,7 @@ TEST_P(FilterContract, AbortStopsAndALaterPullIsWhole) {
     for (const int abortAt : {0, 1, 5, 10}) {
       SCOPED_TRACE(testing::PrintToString(std::pair(pulledBefore, abortAt)));
       Test test(*this, picture);
-      GuardedRows rows(20, 10);
+      GuardedRows rows(test.Width(), test.Height());
       if (pulledBefore) {
         ASSERT_EQ(test.Rig::Pull(rows, test.Whole()), S_OK);
         EXPECT_FALSE(test.CountsAsChanged());
@@ -346,10 +360,12 @@ TEST_P(FilterContract, AbortFromAnotherThreadLeavesFinishedRows) {
   const Picture picture = Noise(9, kHeight, Masks::Noise, 1);
   Test test(*this, picture);
   const Picture whole = test.PullWhole();
-  const GuardedRows untouched(9, kHeight);
+  const int width = test.Width();
+  const int height = test.Height();
+  const GuardedRows untouched(width, height);
   const Picture before = contract.pull == Pull::InPlace ? picture : untouched.Whole();
   for (int round = 0; round < 20; ++round) {
-    GuardedRows rows(9, kHeight);
+    GuardedRows rows(width, height);
     std::atomic<bool> started{false};
     // The source's last row is near the filter's first.
     test.source->onRow = [&](int row) {
@@ -367,10 +383,10 @@ TEST_P(FilterContract, AbortFromAnotherThreadLeavesFinishedRows) {
     test.Filter().SetAbort(false);
     const Picture got = rows.Whole();
     const auto rowIs = [&](const Picture& expected, int y) {
-      const RowRequest row{0, 0, 0, y, 9, 1};
+      const RowRequest row{0, 0, 0, y, width, 1};
       return PartOf(got, row) == PartOf(expected, row);
     };
-    int y = kHeight - 1;
+    int y = height - 1;
     while (y >= 0 && rowIs(whole, y)) --y;
     EXPECT_EQ(result, y < 0 ? S_OK : 1);
     while (y >= 0 && rowIs(before, y)) --y;
@@ -420,7 +436,9 @@ TEST_P(FilterContract, TextsReadBack) {
     second->SetParameter(text.c_str(), 1);
     ASSERT_EQ(PendingText(*second.Get()), text);
     first->Commit();
-    ASSERT_EQ(ActiveText(*first.Get()), text);
+    if (!contract.limitsNumbers) {
+      ASSERT_EQ(ActiveText(*first.Get()), text);
+    }
   }
 }
 
@@ -438,8 +456,8 @@ TEST_P(FilterContract, AbsentKeysKeepTheirValues) {
     filter->SetParameter((item + "001").c_str(), 1);
     ASSERT_NE(expected.find(item), std::string::npos);
     const auto at = expected.find(item) + item.size();
-    expected.replace(at, std::min(expected.find_first_of(" ,", at), expected.size()) - at,
-                     std::strstr(key.printed, "%.3d") ? "001" : "1");
+    const auto digits = std::min(expected.find_first_of(" ,", at), expected.size()) - at;
+    expected.replace(at, digits, std::string(digits - 1, '0') + "1");
     EXPECT_EQ(PendingText(*filter.Get()), expected) << key.key;
   }
 }
@@ -460,7 +478,7 @@ TEST_P(FilterContract, AnyTextIsTaken) {
     const std::string printed = PendingText(test.Filter());
     EXPECT_LT(printed.size(), 2000u);
     const Picture got = test.PullWhole();
-    ASSERT_EQ(got.width, 5);
+    ASSERT_EQ(got.width, test.Width());
   }
 }
 
@@ -497,7 +515,7 @@ TEST_P(FilterContract, ParametersSetDuringAPullWait) {
     std::mt19937 random(5);
     while (!done) test.Filter().SetParameter(TextWithNumbers(keys, random).c_str(), 1);
   });
-  GuardedRows rows(61, 400);
+  GuardedRows rows(test.Width(), test.Height());
   for (int round = 0; round < 10; ++round) {
     EXPECT_EQ(test.Rig::Pull(rows, test.Whole()), S_OK);
     if (contract.pullsPending) continue;
@@ -523,9 +541,10 @@ TEST_P(FilterContract, PreparingDuringAPullIsHarmless) {
       int revision = -1;
       test.Filter().Prepare(&changed, &revision, true);
     };
-    GuardedRows rows(20, 10);
-    test.Rig::Pull(rows, test.Whole());
-    EXPECT_THAT(rows.WrittenOutside(0, 0, 20, 10), IsEmpty());
+    const RowRequest whole = test.Whole();
+    GuardedRows rows(whole.width, whole.height);
+    test.Rig::Pull(rows, whole);
+    EXPECT_THAT(rows.WrittenOutside(0, 0, whole.width, whole.height), IsEmpty());
     test.source->onRow = nullptr;
     test.source->picture = later;
     test.source->revision++;

@@ -5,6 +5,7 @@
 #include "core/PdibFilterCreator.h"
 #include "filters/FilterClasses.h"
 #include "platform/fake/FakeServices.h"
+#include "tests/filters/ClassOf.h"
 #include "tests/filters/PointModel.h"
 #include "tests/support/TestFilters.h"
 
@@ -12,12 +13,6 @@ namespace testing_support {
 namespace {
 
 using platform::ComPtr;
-
-const FilterClass& ClassOf(const std::string& progId) {
-  const auto table = FilterClasses();
-  return *std::find_if(table.begin(), table.end(),
-                       [&](const FilterClass& row) { return progId == row.progId; });
-}
 
 // One number as it may come: a percentage, a byte, beyond either, and the ends of 32 bits.
 int RandomNumber(std::mt19937& random) {

@@ -1,0 +1,188 @@
+#include "filters/frames/PasspartoutFilter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/Arithmetic.h"
+#include "filters/tools/PointKernelTable.h"
+#include "filters/tools/RoundCorners.h"
+
+namespace {
+
+using P = PasspartoutParameters;
+
+constexpr std::int32_t P::*kPixelValues[] = {&P::borderhori, &P::borderverti, &P::totalHori,
+                                             &P::totalVerti, &P::radius,      &P::poscorhori,
+                                             &P::poscorverti};
+
+template <class Convert>
+P WithPixelValues(P parameters, Convert convert) {
+  for (const auto value : kPixelValues) {
+    parameters.*value = base::RoundToInt32(convert(parameters.*value));
+  }
+  return parameters;
+}
+
+void Limit(std::int32_t& value, double least, double greatest) {
+  value = std::max(base::RoundToInt32(least), std::min(base::RoundToInt32(greatest), value));
+}
+
+// What Commit makes of the text's numbers at a preview scale.
+P Scaled(const P& pending, double scale) {
+  P parameters = WithPixelValues(pending, [scale](double value) { return value * scale; });
+  if (parameters.bordersizeOn) {
+    Limit(parameters.borderhori, -50 * scale, 1000 * scale);
+    Limit(parameters.borderverti, -50 * scale, 1000 * scale);
+  } else {
+    Limit(parameters.totalHori, scale, 10000 * scale);
+    Limit(parameters.totalVerti, scale, 10000 * scale);
+  }
+  return parameters;
+}
+
+// The full-resolution size with the mat around it.
+int TargetWithMat(bool bordersizeOn, int target, int border, int total) {
+  if (!bordersizeOn) return std::max(total, target);
+  const std::int64_t wide = std::int64_t{target} + 2 * std::max<std::int64_t>(border, 0);
+  return base::LimitToInt32(std::max<std::int64_t>(1, wide));
+}
+
+}  // namespace
+
+std::span<const ParameterRow<P>> PasspartoutParameters::Rows() {
+  return kMatRows<P>;
+}
+
+// Against the limited values: a number beyond the limits is not a change for ever.
+bool CPasspartoutFilter::IsDirty() {
+  return ParametersDiffer(Scaled(Pending(), zoom), active);
+}
+
+void CPasspartoutFilter::Commit() {
+  active = Scaled(Pending(), zoom);
+  const Layout whole = LayOut(active, input);
+  output.width = output.extentWidth = whole.x.size;
+  output.height = output.extentHeight = whole.y.size;
+  output.offsetX = output.offsetY = 0;
+}
+
+CPasspartoutFilter::Layout CPasspartoutFilter::LayOut(const P& parameters,
+                                                      const PictureInfo& picture) {
+  if (parameters.bordersizeOn) {
+    return {kernels::LayOutBorder(picture.width, picture.extentWidth, parameters.borderhori,
+                                  parameters.poscorhori),
+            kernels::LayOutBorder(picture.height, picture.extentHeight, parameters.borderverti,
+                                  parameters.poscorverti)};
+  }
+  return {kernels::LayOutTotal(picture.width, picture.extentWidth, parameters.totalHori,
+                               parameters.poscorhori),
+          kernels::LayOutTotal(picture.height, picture.extentHeight, parameters.totalVerti,
+                               parameters.poscorverti)};
+}
+
+void CPasspartoutFilter::MapSize(int w, int h, int* inW, int* inH) {
+  const auto without = [this](int size, int border) {
+    if (!active.bordersizeOn) return size;
+    return base::LimitToInt32(std::max<std::int64_t>(1, size - 2 * std::int64_t{border}));
+  };
+  *inW = without(w, active.borderhori);
+  *inH = without(h, active.borderverti);
+}
+
+HRESULT CPasspartoutFilter::SetTargetSize(int width, int height) {
+  return PassTargetSize(
+      width, height, TargetWithMat(active.bordersizeOn, width, active.borderhori, active.totalHori),
+      TargetWithMat(active.bordersizeOn, height, active.borderverti, active.totalVerti));
+}
+
+// In the units of the unscaled picture, as the text came.
+HRESULT CPasspartoutFilter::GetActiveParameter(char* buffer, int size) {
+  return platform::Guard([&] {
+    PrintText(WithPixelValues(active, [this](double value) { return value / zoom; }), buffer, size);
+    return S_OK;
+  });
+}
+
+HRESULT CPasspartoutFilter::ReadPixel(BYTE* pixel) {
+  if (!pixel) return E_POINTER;
+  const HRESULT status = CPdibFilter::ReadPixel(pixel);
+  if (FAILED(status)) return status;
+  kernels::PutBackgroundPixel(pixel, pixel + base::kBytesPerPixel,
+                              {active.blue, active.green, active.red}, active.transparency);
+  return S_OK;
+}
+
+// A source that stopped is not told apart: the abort flag ends the rows.
+bool CPasspartoutFilter::Rebuild() {
+  painted = active;
+  layout = LayOut(painted, pulled);
+  // Prepared anew meanwhile.
+  if (layout.x.size != result.width || layout.y.size != result.height) return false;
+  if (!EnsurePictures(result.width, result.height, 0, 0)) return false;
+  glaze =
+      kernels::BuildGlazeTables({painted.blue, painted.green, painted.red}, painted.transparency);
+  inputPicture->Clear();
+  source->ReadRows(layout.x.place, layout.y.place, layout.x.source, layout.y.source,
+                   layout.x.length, layout.y.length, inputPicture->ColourRows(),
+                   inputPicture->MaskRows());
+  finished.assign(static_cast<std::size_t>(result.height), false);
+  return !abort;
+}
+
+void CPasspartoutFilter::FinishRow(int y) {
+  if (finished[static_cast<std::size_t>(y)]) return;
+  finished[static_cast<std::size_t>(y)] = true;
+  if (y < layout.y.first) PaintTopBand(y);
+  if (y > layout.y.last) PaintBottomBand(y);
+  if (y >= layout.y.first && y <= layout.y.last) PaintBetween(y);
+  kernels::RoundCornersOfRow(inputPicture->MaskRows()[y], result.width, result.height,
+                             painted.radius, y);
+}
+
+// A mat that lies over the picture lets it shine through.
+CPasspartoutFilter::Paint CPasspartoutFilter::PaintAlong(int border) const {
+  const bool glazed = painted.bordersizeOn && border < 0 && painted.transparency != 0;
+  return glazed ? Paint::Glaze : Paint::Solid;
+}
+
+void CPasspartoutFilter::PaintRow(Paint paint, int y, int from, int to) {
+  if (from >= to) return;
+  BYTE* const colour = inputPicture->ColourRows()[y] + base::ColourOffset(from);
+  BYTE* const mask = inputPicture->MaskRows()[y] + from;
+  const int width = to - from;
+  if (paint == Paint::Glaze) {
+    kernels::ActiveByteTableKernels().mapChannels(colour, colour, width, glaze);
+    std::memset(mask, base::kOpaque, static_cast<std::size_t>(width));
+  } else {
+    kernels::FillColour(colour, width, {painted.blue, painted.green, painted.red});
+    const BYTE level = base::LowByte(std::int64_t{painted.transparency} * 255 / 100);
+    std::memset(mask, level, static_cast<std::size_t>(width));
+  }
+}
+
+// A glaze between side strips that are not: they go on to the edge of this band alone.
+void CPasspartoutFilter::PaintTopBand(int y) {
+  const Paint paint = PaintAlong(painted.borderverti);
+  int side = 0;
+  if (paint == Paint::Glaze && painted.borderhori >= 0) {
+    const std::int64_t strip = std::int64_t{painted.borderhori} + painted.poscorhori;
+    side = static_cast<int>(std::clamp<std::int64_t>(strip, 0, result.width));
+  }
+  PaintRow(Paint::Solid, y, 0, side);
+  PaintRow(paint, y, side, result.width - side);
+  PaintRow(Paint::Solid, y, result.width - side, result.width);
+}
+
+void CPasspartoutFilter::PaintBottomBand(int y) {
+  PaintRow(PaintAlong(painted.borderverti), y, 0, result.width);
+}
+
+void CPasspartoutFilter::PaintBetween(int y) {
+  const Paint paint = PaintAlong(painted.borderhori);
+  PaintRow(paint, y, 0, layout.x.first);
+  PaintRow(paint, y, layout.x.last + 1, result.width);
+  kernels::ActivePointKernels().putBackground(
+      inputPicture->ColourRows()[y] + base::ColourOffset(layout.x.first),
+      inputPicture->MaskRows()[y] + layout.x.first, layout.x.last - layout.x.first + 1,
+      {painted.blue, painted.green, painted.red}, painted.transparency);
+}

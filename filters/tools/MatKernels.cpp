@@ -1,0 +1,44 @@
+#include "filters/tools/MatKernels.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "base/Arithmetic.h"
+#include "base/Rows.h"
+
+namespace kernels {
+namespace {
+
+// Shares and products are rounded to single precision, their sum is not.
+ByteTable BuildGlazeTable(std::uint8_t colour, int percent) {
+  const auto kept = static_cast<float>(percent / 100.0);
+  const float laid = 1.0f - kept;
+  const float added = static_cast<float>(colour) * laid;
+  ByteTable table;
+  for (int c = 0; c < 256; ++c) {
+    const float shown = static_cast<float>(c) * kept;
+    table[static_cast<std::size_t>(c)] = base::TruncateToByte(double{shown} + double{added});
+  }
+  return table;
+}
+
+}  // namespace
+
+ChannelTables BuildGlazeTables(Colour colour, int percent) {
+  return {BuildGlazeTable(colour.blue, percent), BuildGlazeTable(colour.green, percent),
+          BuildGlazeTable(colour.red, percent)};
+}
+
+void FillColour(std::uint8_t* row, int width, Colour colour) {
+  if (width < 1) return;
+  row[base::kBlue] = colour.blue;
+  row[base::kGreen] = colour.green;
+  row[base::kRed] = colour.red;
+  // What is filled is copied behind itself, twice as much each time.
+  const std::size_t bytes = base::ColourBytes(width);
+  for (std::size_t filled = base::kBytesPerPixel; filled < bytes; filled *= 2) {
+    std::memcpy(row + filled, row, std::min(filled, bytes - filled));
+  }
+}
+
+}  // namespace kernels

@@ -1,0 +1,20 @@
+// A mat painted on plain rows: solid, or as a glaze over the picture.
+//
+// Rows and widths as in PointKernels.h.
+#pragma once
+
+#include <cstdint>
+
+#include "base/Export.h"
+#include "filters/tools/ByteTableKernels.h"
+#include "filters/tools/ColourConversion.h"
+
+namespace kernels {
+
+// What a glaze makes of a channel: `percent` of the picture and the rest of the colour. Where a
+// percentage outside 0..100 leads beyond a byte, its low eight bits are kept.
+FXBOX_API ChannelTables BuildGlazeTables(Colour colour, int percent);
+
+FXBOX_API void FillColour(std::uint8_t* row, int width, Colour colour);
+
+}  // namespace kernels

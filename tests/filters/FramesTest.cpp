@@ -1,0 +1,116 @@
+// Passepartout, smoked glass and shadow, beyond what the contract tests of every class say.
+#include <gmock/gmock.h>
+
+#include "tests/filters/ClassOf.h"
+#include "tests/support/TestFilters.h"
+
+namespace testing_support {
+namespace {
+
+struct LayoutCase {
+  const char* text;
+  double zoom;
+  int extentWidth;  // of a picture of 20 x 10
+  int width, height;
+  RowRequest request;
+};
+
+const LayoutCase kPasspartoutLayouts[] = {
+    {"", 1, 20, 22, 12, {1, 1, 0, 0, 20, 10}},
+    {"Borderhori=5,Borderverti=-4", 1, 20, 30, 10, {5, 0, 0, 0, 20, 10}},
+    {"Borderhori=10,Borderverti=-3", 0.25, 20, 26, 10, {3, 0, 0, 0, 20, 10}},
+    {"Borderhori=2", 2, 25, 33, 14, {4, 2, 0, 0, 20, 10}},
+    {"Borderhori=5000,Borderverti=0", 1, 20, 2020, 10, {1000, 0, 0, 0, 20, 10}},
+    {"BordersizeOn=0,TotalHori=5,TotalVerti=0", 1, 20, 20, 10, {0, 0, 0, 0, 20, 10}},
+    {"BordersizeOn=0,TotalHori=31,TotalVerti=15", 1, 25, 31, 15, {3, 2, 0, 0, 20, 10}},
+    {"BordersizeOn=0,TotalHori=22,TotalVerti=15", 1, 25, 22, 15, {0, 2, 0, 0, 20, 10}},
+    {"BordersizeOn=0,TotalHori=61,TotalVerti=23", 0.5, 20, 31, 12, {5, 1, 0, 0, 20, 10}},
+    {"Borderhori=4,Borderverti=4,Poscorhori=7,Poscorverti=-6", 1, 20, 28, 18, {11, 0, 0, 2, 17, 8}},
+    {"Poscorhori=999999999,Poscorverti=-999999999", 1, 20, 22, 12, {22, 0, 0, 10, 0, 0}},
+};
+
+TEST(Passpartout, LaysOutPictureAndMat) {
+  for (const LayoutCase& c : kPasspartoutLayouts) {
+    SCOPED_TRACE(c.text);
+    Rig rig(Noise(20, 10, Masks::Noise, 1), ClassOf("ZNFilter.Passpartout.1"));
+    rig.source->extentWidth = c.extentWidth;
+    rig.source->offsetX = 4;
+    rig.Filter().SetZoom(c.zoom);
+    rig.Filter().SetParameter(c.text, 1);
+    const Picture result = rig.PullWhole();
+    EXPECT_EQ(std::pair(result.width, result.height), std::pair(c.width, c.height));
+    EXPECT_EQ(rig.source->requests.front(), c.request);
+    EXPECT_EQ(rig.destination->calls.back(), "SetOffset 0 0");
+    EXPECT_FALSE(rig.Filter().IsDirty());
+    // Another zoom is another result, unless all numbers come out the same.
+    rig.Filter().SetZoom(c.zoom * 3);
+    EXPECT_TRUE(rig.Filter().IsDirty());
+  }
+}
+
+TEST(Passpartout, RefusesWhatNoPictureHolds) {
+  Rig rig(Noise(20, 10, Masks::Noise, 1), ClassOf("ZNFilter.Passpartout.1"));
+  rig.Filter().SetParameter("BordersizeOn=0,TotalHori=1000000000,TotalVerti=1000000000", 1);
+  rig.Prepare();
+  EXPECT_EQ(rig.destination->width, 10000);
+  rig.Filter().SetZoom(1e6);
+  rig.Prepare();
+  GuardedRows rows(2, 2);
+  EXPECT_EQ(rig.Pull(rows, {0, 0, 0, 0, 2, 2}), 1);
+  EXPECT_TRUE(rig.source->requests.empty());
+}
+
+TEST(Passpartout, TellsSizesBothWays) {
+  Rig rig(Noise(20, 10, Masks::Noise, 1), ClassOf("ZNFilter.Passpartout.1"));
+  rig.Filter().SetZoom(0.25);
+  rig.Filter().SetParameter("Borderhori=10,Borderverti=-12", 1);
+  rig.Prepare();
+  // In the units of the text, as near as whole pixels come.
+  EXPECT_THAT(ActiveText(rig.Filter()),
+              testing::StartsWith("BordersizeOn=1, Borderhori=012, Borderverti=-012, "));
+  rig.destination->TakeCalls();
+  rig.Filter().SetTargetSize(200, 100);
+  EXPECT_THAT(rig.destination->TakeCalls(), testing::ElementsAre("SetTargetSize 206 100"));
+  rig.destination->wantedWidth = 30;
+  rig.destination->wantedHeight = 20;
+  int w = 0, h = 0;
+  rig.Filter().QuerySize(&w, &h, 1.0);
+  EXPECT_EQ(std::pair(w, h), std::pair(24, 26));
+}
+
+// The pixels of one column or row: a picture of colour 100 in a mat of colour 200.
+std::string Strip(const std::string& text, bool column, int at) {
+  Rig rig(Uniform(6, 6, 100, 100, 100), ClassOf("ZNFilter.Passpartout.1"));
+  rig.Filter().SetParameter(("Radius=0,Red=200,Green=200,Blue=200," + text).c_str(), 1);
+  const Picture result = rig.PullWhole();
+  std::string strip;
+  for (int i = 0; i < (column ? result.height : result.width); ++i) {
+    const int x = column ? at : i;
+    const int y = column ? i : at;
+    strip += std::to_string(result.Colour(x, y)[0]) + "/" + std::to_string(result.Mask(x, y)) + " ";
+  }
+  return strip;
+}
+
+TEST(Passpartout, PaintsTheMat) {
+  EXPECT_EQ(Strip("Borderhori=2,Borderverti=0,Transparency=100", false, 0),
+            "200/255 200/255 100/0 100/0 100/0 100/0 100/0 100/0 200/255 200/255 ");
+  // A mat over the picture: solid without transparency, else a glaze.
+  EXPECT_EQ(Strip("Borderhori=-2,Borderverti=0", false, 3), "200/0 200/0 100/0 100/0 200/0 200/0 ");
+  EXPECT_EQ(Strip("Borderhori=-2,Borderverti=0,Transparency=30", false, 3),
+            "170/0 170/0 100/0 100/0 170/0 170/0 ");
+  // Bands that are wider than half the picture lie twice over its middle.
+  EXPECT_EQ(Strip("Borderhori=0,Borderverti=-4,Transparency=50", true, 3),
+            "150/0 150/0 175/0 175/0 150/0 150/0 ");
+  // Solid sides go on through the top band alone, which is the first one in memory.
+  EXPECT_EQ(Strip("Borderhori=1,Borderverti=-1,Transparency=50", false, 0),
+            "200/127 150/0 150/0 150/0 150/0 150/0 150/0 200/127 ");
+  EXPECT_EQ(Strip("Borderhori=1,Borderverti=-1,Transparency=50", false, 5),
+            "100/0 150/0 150/0 150/0 150/0 150/0 150/0 100/0 ");
+  // A shift beyond the edge leaves one row of the picture's place.
+  EXPECT_EQ(Strip("Borderhori=0,Borderverti=0,Poscorverti=-9", true, 3),
+            "200/0 200/0 200/0 200/0 200/0 200/0 ");
+}
+
+}  // namespace
+}  // namespace testing_support
