@@ -75,6 +75,13 @@ constexpr Setting kSettings[] = {
     {"ZNFilter.Emboss.1", "EmbossStrength=050", Planes::Colour, "mask"},
     {"ZNFilter.Passpartout.1", kMat, Planes::Both, "opaque", true},
     {"ZNFilter.Passpartout.1", kMat, Planes::Both, "mask"},
+    {"ZNFilter.Shadow.1", "ShadowDensity=070, ShadowBlur=020, ShadowDistance=010", Planes::Both,
+     "blur20", true},
+    {"ZNFilter.Shadow.1", "ShadowDensity=070, ShadowBlur=100, ShadowDistance=010", Planes::Both,
+     "blur100", true},
+    {"ZNFilter.Shadow.1", "ShadowDensity=070, ShadowBlur=020, ShadowDistance=010", Planes::Both,
+     "blur20mask"},
+    {"ZNFilter.Shadow.1", "LightIntensity=050", Planes::Both, "relief"},
 };
 
 std::vector<Setting> SettingsOf(const FilterClass& row) {

@@ -27,6 +27,7 @@
 #include "filters/detail/StaubFilter.h"
 #include "filters/detail/WeichFilter.h"
 #include "filters/frames/PasspartoutFilter.h"
+#include "filters/frames/SchattenFilter.h"
 
 namespace {
 
@@ -154,7 +155,7 @@ constexpr FilterClass kClasses[] = {
         9500, "icons4_light_fx", "IDS_SCHATTEN_NAME", "HLP_SCHATTEN",
         "LightDirection=1350,LightIntensity=0,InnerOn=0,ShadowDensity=0,ShadowBlur=20,Size=0,"
         "ShadowDistance=3,ShadowRed=0,ShadowGreen=0,ShadowBlue=0",
-        "Shadow and light", kNotBuilt),
+        "Shadow and light", kBuilt<CSchattenFilter>),
     Row(30, "WaterSignFilter", "ZNFilter.WaterSign.1",
         Guid("{427CDE7C-6790-4E33-B986-86B8B664814D}"), 5000, nullptr, nullptr, nullptr, nullptr,
         "Watermark", kListedOnly),

@@ -1,0 +1,201 @@
+#include "filters/frames/SchattenFilter.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/Arithmetic.h"
+#include "core/ParameterReaders.h"
+#include "filters/tools/FrameKernels.h"
+#include "filters/tools/MatKernels.h"
+
+namespace {
+
+using P = SchattenParameters;
+
+std::int32_t Scaled(std::int32_t value, double scale) {
+  return base::TruncateToInt32(value * scale);
+}
+
+// What Commit makes of the text's numbers at a preview scale.
+P Scaled(P parameters, double scale) {
+  const auto limited = [scale](std::int32_t value) {
+    return std::max(0, std::min(base::TruncateToInt32(255 * scale), Scaled(value, scale)));
+  };
+  parameters.shadowBlur = Scaled(parameters.shadowBlur, scale);
+  parameters.size = limited(parameters.size);
+  parameters.shadowDistance = limited(parameters.shadowDistance);
+  return parameters;
+}
+
+kernels::ShadowLayout LayOut(const P& p) {
+  return kernels::LayOutShadow({p.lightDirection, p.innerOn, p.lightIntensity, p.shadowDensity,
+                                p.shadowBlur, p.size, p.shadowDistance});
+}
+
+int WithMargins(int size, int low, int high) {
+  return base::LimitToInt32(std::int64_t{size} + low + high);
+}
+
+}  // namespace
+
+std::span<const ParameterRow<P>> SchattenParameters::Rows() {
+  static constexpr ParameterRow<P> kRows[] = {
+      {"LightDirection",
+       "LightDirection=%.4d",
+       &P::lightDirection,
+       {.greatest = 3600, .gloss = "of light and shadow, tenths of a degree"}},
+      {"InnerOn", ", InnerOn=%.1d", &P::innerOn, {.gloss = "1: the shadow falls inside"}},
+      {"LightIntensity",
+       ", LightIntensity=%.3d",
+       &P::lightIntensity,
+       {.gloss = "strength of the relief"}},
+      {"ShadowDensity",
+       ", ShadowDensity=%.3d",
+       &P::shadowDensity,
+       {.gloss = "strength of the shadow"}},
+      {"ShadowBlur", ", ShadowBlur=%.3d", &P::shadowBlur, {.gloss = "softness of the shadow"}},
+      {"Size", ", Size=%.3d", &P::size, {.greatest = 255, .gloss = "spreads the shape, pixels"}},
+      {"ShadowDistance",
+       ", ShadowDistance=%.3d",
+       &P::shadowDistance,
+       {.greatest = 255, .gloss = "of the shadow, pixels"}},
+      {"ShadowRed", ", ShadowRed=%.3d", &P::shadowRed, {.greatest = 255, .gloss = "red of it"}},
+      {"ShadowGreen",
+       ", ShadowGreen=%.3d",
+       &P::shadowGreen,
+       {.greatest = 255, .gloss = "green of it"}},
+      {"ShadowBlue",
+       ", ShadowBlue=%.3d",
+       &P::shadowBlue,
+       {.greatest = 255, .gloss = "blue of it"}}};
+  return kRows;
+}
+
+// Two keys of old texts overrule the new ones, wherever they stand.
+void CSchattenFilter::ReadText(const char* text) {
+  ParameterFilter::ReadText(text);
+  std::int32_t on = 0;
+  bool ignored = false;
+  if (ReadParamInt(text, "LightOn", on, ignored) && on == 0) pending.lightIntensity = 0;
+  if (ReadParamInt(text, "ShadowOn", on, ignored)) pending.shadowDensity = on != 0 ? 100 : 0;
+}
+
+// Against the limited values: a number beyond the limits is not a change for ever.
+bool CSchattenFilter::IsDirty() {
+  return ParametersDiffer(Scaled(Pending(), zoom), active);
+}
+
+void CSchattenFilter::Commit() {
+  active = Scaled(Pending(), zoom);
+  const kernels::ShadowLayout margins = LayOut(active);
+  output.width = WithMargins(input.width, margins.left, margins.right);
+  output.height = WithMargins(input.height, margins.top, margins.bottom);
+  output.offsetX = base::LimitToInt32(std::int64_t{input.offsetX} + margins.left);
+  output.offsetY = base::LimitToInt32(std::int64_t{input.offsetY} + margins.top);
+}
+
+// The result ends up in the output picture, and the input picture serves to make shadows.
+bool CSchattenFilter::Rebuild() {
+  drawn = active;
+  layout = LayOut(drawn);
+  // Prepared anew meanwhile.
+  if (result.width != WithMargins(pulled.width, layout.left, layout.right) ||
+      result.height != WithMargins(pulled.height, layout.top, layout.bottom)) {
+    return false;
+  }
+  if (!EnsurePictures(result.width, result.height, result.width, result.height)) return false;
+  if (!Pull(*outputPicture, layout.left, layout.top)) return false;
+  if (drawn.lightIntensity != 0 && !AddRelief()) return false;
+  if (drawn.shadowDensity == 0) return true;
+  if (!drawn.innerOn) return CastOuterShadow();
+  return CastInnerShadow() && (drawn.size == 0 || AddOuterGlow());
+}
+
+bool CSchattenFilter::Pull(MemoryPicture& picture, int x, int y) {
+  return PullInput(picture, x, y) && !abort;
+}
+
+kernels::MaskPlane CSchattenFilter::ShadowMask() const {
+  return {inputPicture->MaskRows(), result.width, result.height};
+}
+
+// The last row first. False when an abort ended it.
+template <class Work>
+bool CSchattenFilter::ForRows(int first, int count, Work work) const {
+  for (int y = first + count - 1; y >= first; --y) {
+    if (abort) return false;
+    work(y);
+  }
+  return true;
+}
+
+bool CSchattenFilter::AddRelief() {
+  const int passes = 15 + std::max(drawn.lightIntensity, 50) - 50;
+  if (!Pull(*inputPicture, layout.left, layout.top) ||
+      !kernels::SmoothMask(ShadowMask(), passes, abort) ||
+      !kernels::EmbossMask(ShadowMask(), layout.relief, abort)) {
+    return false;
+  }
+  return ForRows(layout.top, pulled.height, [&](int y) {
+    kernels::ActiveFrameKernels().addRelief(
+        outputPicture->ColourRows()[y] + base::ColourOffset(layout.left),
+        inputPicture->MaskRows()[y] + layout.left, pulled.width, drawn.innerOn);
+  });
+}
+
+bool CSchattenFilter::SpreadShadow(bool grows) {
+  return (!grows || kernels::GrowShape(ShadowMask(), drawn.size, abort)) &&
+         kernels::BlurMask(ShadowMask(), layout.blurPasses, abort) &&
+         kernels::FractionBlur(ShadowMask(), layout.blurFifths, abort);
+}
+
+bool CSchattenFilter::CastOuterShadow() {
+  return Pull(*inputPicture, layout.left + layout.offsetX, layout.top + layout.offsetY) &&
+         SpreadShadow(true) && LayOverShadow(100);
+}
+
+// Behind a picture with an inner shadow, fainter than that.
+bool CSchattenFilter::AddOuterGlow() {
+  const std::int64_t fainter = std::int64_t{drawn.shadowDensity} * 85 / 100;
+  return Pull(*inputPicture, layout.left, layout.top) && SpreadShadow(true) &&
+         LayOverShadow(static_cast<int>(fainter));
+}
+
+// Lays what is in the output picture over the shadow in the input picture.
+bool CSchattenFilter::LayOverShadow(int attenuation) {
+  const kernels::ByteTable table = kernels::BuildAttenuationTable(drawn.shadowDensity, attenuation);
+  const bool complete = ForRows(0, result.height, [&](int y) {
+    BYTE* const colour = inputPicture->ColourRows()[y];
+    BYTE* const mask = inputPicture->MaskRows()[y];
+    kernels::FillColour(colour, result.width,
+                        {drawn.shadowBlue, drawn.shadowGreen, drawn.shadowRed});
+    kernels::ActiveByteTableKernels().mapBytes(mask, mask, static_cast<std::size_t>(result.width),
+                                               table);
+    kernels::ActiveFrameKernels().compose(colour, mask, outputPicture->ColourRows()[y],
+                                          outputPicture->MaskRows()[y], result.width);
+  });
+  std::swap(inputPicture, outputPicture);
+  return complete;
+}
+
+// What is left of the shape around the moved picture, where the picture is.
+bool CSchattenFilter::CastInnerShadow() {
+  if (!Pull(*inputPicture, layout.left + layout.offsetX, layout.top + layout.offsetY) ||
+      !SpreadShadow(false)) {
+    return false;
+  }
+  const kernels::ByteTable table = kernels::BuildAttenuationTable(drawn.shadowDensity, 100);
+  return ForRows(layout.top, pulled.height, [&](int y) {
+    BYTE* const colour = inputPicture->ColourRows()[y] + base::ColourOffset(layout.left);
+    BYTE* const mask = inputPicture->MaskRows()[y] + layout.left;
+    BYTE* const toMask = outputPicture->MaskRows()[y] + layout.left;
+    kernels::FillColour(colour, pulled.width,
+                        {drawn.shadowBlue, drawn.shadowGreen, drawn.shadowRed});
+    kernels::KeepInside(mask, toMask, pulled.width);
+    kernels::ActiveByteTableKernels().mapBytes(mask, mask, static_cast<std::size_t>(pulled.width),
+                                               table);
+    kernels::ActiveFrameKernels().compose(
+        outputPicture->ColourRows()[y] + base::ColourOffset(layout.left), toMask, colour, mask,
+        pulled.width);
+  });
+}

@@ -1,0 +1,53 @@
+// Shadow and light: a drop shadow or inner shadow, and a relief light on the edges of the mask.
+#pragma once
+
+#include <span>
+
+#include "core/FilterShapes.h"
+#include "filters/tools/ShadowLayout.h"
+
+// Blur, size and distance are pixels: of the unscaled picture when pending, of the picture at hand
+// when active.
+struct SchattenParameters {
+  std::int32_t lightDirection = 1350;  // tenths of a degree
+  bool innerOn = false;                // the shadow falls inside the picture
+  std::int32_t lightIntensity = 0;     // percent
+  std::int32_t shadowDensity = 0;      // percent
+  std::int32_t shadowBlur = 20;
+  std::int32_t size = 0;  // spreads the shape
+  std::int32_t shadowDistance = 3;
+  std::uint8_t shadowRed = 0, shadowGreen = 0, shadowBlue = 0;
+
+  static SchattenParameters ActiveStart() { return {0, true, 20, 100, 0, 5, 0, 255, 255, 255}; }
+  static constexpr int kLeastBuffer = 201;
+  static std::span<const ParameterRow<SchattenParameters>> Rows();
+};
+
+// Each computing pull reads the source two to four times: for the picture, and for the mask that
+// relief, shadow and glow are made of.
+class CSchattenFilter final : public ParameterFilter<WholePictureFilter, SchattenParameters> {
+ public:
+  explicit CSchattenFilter(const FilterClass& row)
+      : ParameterFilter(row, {Cache::OutputPicture, ChangeFlags::ClearedAtEnd, true}) {}
+
+  bool IsDirty() override;
+  void Commit() override;
+
+ private:
+  void ReadText(const char* text) override;
+  bool Rebuild() override;
+  bool Pull(MemoryPicture& picture, int x, int y);
+  bool AddRelief();
+  bool CastOuterShadow();
+  bool CastInnerShadow();
+  bool AddOuterGlow();
+  bool SpreadShadow(bool grows);
+  bool LayOverShadow(int attenuation);
+  kernels::MaskPlane ShadowMask() const;
+  template <class Work>
+  bool ForRows(int first, int count, Work work) const;
+
+  // Of the picture in the cache: Commit may come in the middle of a pull.
+  SchattenParameters drawn;
+  kernels::ShadowLayout layout;
+};
