@@ -82,6 +82,16 @@ constexpr Setting kSettings[] = {
     {"ZNFilter.Shadow.1", "ShadowDensity=070, ShadowBlur=020, ShadowDistance=010", Planes::Both,
      "blur20mask"},
     {"ZNFilter.Shadow.1", "LightIntensity=050", Planes::Both, "relief"},
+    {"ZNFilter.Scale100.1", "HorizontalProz=032, VerticalProz=032", Planes::Both, "reduced/opaque",
+     true},
+    {"ZNFilter.Scale100.1", "HorizontalProz=032, VerticalProz=032", Planes::Both, "reduced/mask"},
+    {"ZNFilter.Scale100.1", "HorizontalProz=200, VerticalProz=200", Planes::Both, "enlarged/opaque",
+     true},
+    {"ZNFilter.Scale100.1", "HorizontalProz=200, VerticalProz=200", Planes::Both, "enlarged/mask"},
+    {"ZNFilter.Scale.1", "MaximumHorizontalSize=1001, MaximumVerticalSize=1001", Planes::Both,
+     "to1001/opaque", true},
+    {"ZNFilter.Scale.1", "MaximumHorizontalSize=1001, MaximumVerticalSize=1001", Planes::Both,
+     "to1001/mask"},
 };
 
 std::vector<Setting> SettingsOf(const FilterClass& row) {

@@ -93,16 +93,32 @@ HRESULT RectangleFilter::ReadRows(int destX, int destY, int srcX, int srcY, int 
 HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) {
   return GuardPull([&]() -> HRESULT {
-    if (!source || !BringUpToDate()) return kPullStopped;
+    if (!source) return kPullStopped;
     const PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
+    if (PassesThrough()) return PassOn(rows);
+    const bool current = BringUpToDate();
+    if (policy.abortAnswersDone && abort) return S_OK;
+    if (!current && !(policy.givesOutFailures && Result())) return kPullStopped;
     PrepareCopy(rows);
     if (!CopyOut(rows)) {
       if (policy.abortMarksChange) selfChanged = true;
       return kPullStopped;
     }
+    if (!current) return kPullStopped;
     if (policy.flags == ChangeFlags::ClearedAtEnd) ClearChanges();
     return S_OK;
   });
+}
+
+HRESULT WholePictureFilter::PassOn(const PullRectangle& r) {
+  const HRESULT sourceAnswer = source->ReadRows(r.destX, r.destY, r.srcX, r.srcY, r.width, r.height,
+                                                r.colourRows, r.maskRows);
+  if (sourceAnswer != S_OK && !policy.passesFailuresOver) {
+    selfChanged = sourceChanged = true;
+    return kPullStopped;
+  }
+  ClearChanges();
+  return S_OK;
 }
 
 bool WholePictureFilter::BringUpToDate() {

@@ -132,9 +132,15 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
     Cache cache = Cache::OutputPicture;
     ChangeFlags flags = ChangeFlags::ClearedAtEnd;
     bool abortMarksChange = false;  // an abort while rows are given out sets `selfChanged`
+    // A failed rebuild gives out what there is, and the pull counts as stopped all the same.
+    bool givesOutFailures = false;
+    bool abortAnswersDone = false;    // an abort before rows are given out ends the pull with 0
+    bool passesFailuresOver = false;  // while passing through, the source's answer counts as 0
   };
   WholePictureFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
+  // While this holds, rows go from the source to the caller as they are, past the pictures.
+  virtual bool PassesThrough() { return false; }
   // Fills the picture that answers come from, EnsurePictures included; false when it could not
   // (abort, failed source, no memory). Works with the sizes of `pulled` and `result`.
   virtual bool Rebuild() = 0;
@@ -160,6 +166,7 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   const MemoryPicture* Result() const {
     return policy.cache == Cache::OutputPicture ? outputPicture.get() : inputPicture.get();
   }
+  HRESULT PassOn(const PullRectangle& rectangle);
   bool BringUpToDate();
   bool CopyOut(const PullRectangle& rectangle);
 

@@ -28,6 +28,8 @@
 #include "filters/detail/WeichFilter.h"
 #include "filters/frames/PasspartoutFilter.h"
 #include "filters/frames/SchattenFilter.h"
+#include "filters/geometry/Scale100Filter.h"
+#include "filters/geometry/ScaleFilter.h"
 
 namespace {
 
@@ -80,11 +82,11 @@ constexpr FilterClass kClasses[] = {
     Row(6, "CScaleFilter", "ZNFilter.Scale.1", Guid("{500A3A0A-7073-4CB4-8493-D3603D40B9A5}"), 500,
         "icons4_scale", "IDS_SCALE_NAME", "HLP_SCALE",
         "MaximumHorizontalSize=100,MaximumVerticalSize=100,KeepProportions=1,AllowEnlarge=0",
-        "Scale to a size in pixels", kNotBuilt),
+        "Scale to a size in pixels", kBuilt<CScaleFilter>),
     Row(7, "CScale100Filter", "ZNFilter.Scale100.1", Guid("{CCB64654-0C51-480B-918B-039417391CD2}"),
         700, "icons4_percentscale", "IDS_SCALE100_NAME", "HLP_SCALE100",
         "HorizontalProz=100,VerticalProz=100,KeepProportions=1,AllowEnlarge=1", "Scale by percent",
-        kNotBuilt),
+        kBuilt<CScale100Filter>),
     Row(9, "CTonwertFilter", "ZNFilter.Tonwert.1", Guid("{7FCD96EE-1506-486C-8393-4EC517F6919C}"),
         5000, "icons4_tonwert", "IDS_TONWERT_NAME", "HLP_TONWERT",
         "AutoTone=0,AutoContrast=1,AutoContrastRGB=0,Hi=0,Med=0,Lo=0,Addhi=0,Addmed=0,Addlo=0",

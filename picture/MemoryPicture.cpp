@@ -6,6 +6,8 @@
 #include <limits>
 #include <new>
 
+#include "platform/LargeBlock.h"
+
 namespace {
 
 constexpr std::size_t kTotalAt = 4;
@@ -95,6 +97,7 @@ bool MemoryPicture::Allocate(std::size_t imageBytes, std::size_t maskBytes, std:
   if (total > std::numeric_limits<std::int32_t>::max()) return false;
   block = static_cast<BYTE*>(std::malloc(total));
   if (!block) return false;
+  platform::AnnounceWholeUse(block, total);
   std::memset(block, 0, kImageAt);
   WriteField(block + kTotalAt, statedBytes);
   std::memcpy(block + kValuesAt, newValues, sizeof newValues);

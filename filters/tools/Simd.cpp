@@ -25,7 +25,8 @@ SimdLevel ProcessorSimdLevel() {
   if (!avx2) return SimdLevel::Plain;
   const bool avx512 = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
                       __builtin_cpu_supports("avx512cd") && __builtin_cpu_supports("avx512dq") &&
-                      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi");
+                      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
+                      __builtin_cpu_supports("avx512vnni");
   return avx512 ? SimdLevel::Avx512 : SimdLevel::Avx2;
 #else
   return SimdLevel::Plain;

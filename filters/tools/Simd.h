@@ -6,7 +6,7 @@
 namespace kernels {
 
 // Each level includes the ones before it. Plain is what every processor of the family runs; Avx512
-// stands for its byte permutes (VBMI) as well.
+// stands for its byte permutes and products (VBMI, VNNI) as well.
 enum class SimdLevel { Plain, Avx2, Avx512 };
 
 inline constexpr SimdLevel kSimdLevels[] = {SimdLevel::Plain, SimdLevel::Avx2, SimdLevel::Avx512};

@@ -1,0 +1,15 @@
+// Bicubic kernels for AVX2.
+//
+// Calls no inline function of another header: one that the linker shares between files would carry
+// wide instructions to processors that lack them.
+#include "filters/tools/BicubicKernelLoops.h"
+
+namespace kernels {
+
+const BicubicKernels& Avx2BicubicKernels() {
+  static constexpr BicubicKernels kTable = {StretchLoop, BlendLoop, WeighLoop, StretchMaskedLoop,
+                                            BlendMaskedLoop};
+  return kTable;
+}
+
+}  // namespace kernels

@@ -1,0 +1,31 @@
+// The taps of the bicubic enlargement along one axis.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "base/Export.h"
+
+namespace kernels {
+
+// Positions between samples are rounded to fiftieths, so that there are this many sets of weights.
+inline constexpr int kBicubicPhases = 51;
+
+// Weights of four neighbouring samples, in 4096ths and truncated: their sum is not always 4096, but
+// 4090 to 4352.
+struct BicubicWeights {
+  std::int32_t weight[4];
+  std::int32_t sum;
+};
+// One a phase.
+FXBOX_API const BicubicWeights* BicubicPhases();
+
+// An output sample is made of the source samples `index` - 1 to `index` + 2; those outside the
+// source count as its first or last one.
+struct BicubicTap {
+  std::int32_t index;  // in the source
+  std::int32_t phase;  // 0 to 50
+};
+FXBOX_API std::vector<BicubicTap> BicubicTaps(int sourceLength, int outputLength);
+
+}  // namespace kernels
