@@ -28,4 +28,8 @@ void LogLine(int level, const char* format, ...) {
   }
 }
 
+void ShowLines(const std::string& lines, const std::string& caption) {
+  platform::CurrentServices().desktop->ShowMessage(lines, caption);
+}
+
 }  // namespace core

@@ -1,6 +1,8 @@
 // Lines that the core writes for whoever reads the trace log.
 #pragma once
 
+#include <string>
+
 #include "base/Export.h"
 
 namespace core {
@@ -15,5 +17,8 @@ FXBOX_API void SetLogSink(LogSink sink);
 __attribute__((format(printf, 2, 3)))
 #endif
 void LogLine(int level, const char* format, ...);
+
+// Shows lines of text to the person at the screen and waits until they are dismissed.
+void ShowLines(const std::string& lines, const std::string& caption);
 
 }  // namespace core

@@ -10,6 +10,7 @@ namespace {
 // The answer that ends a pull because of its source, or 0.
 HRESULT EndBySource(SourceResult rule, HRESULT pulled) {
   if (rule == SourceResult::EndsUnlessZero) return pulled;
+  if (rule == SourceResult::StopsUnlessZero && pulled != 0) return kPullStopped;
   return rule == SourceResult::StopsAboveZero && pulled > 0 ? kPullStopped : S_OK;
 }
 

@@ -60,8 +60,9 @@ HRESULT GuardPull(Body&& body) {
 // What a shape does when its source's pull answers something else than 0.
 enum class SourceResult {
   Ignored,
-  StopsAboveZero,  // the pull ends with 1; an error of the source is passed over
-  EndsUnlessZero,  // the pull ends with that answer
+  StopsAboveZero,   // the pull ends with 1; an error of the source is passed over
+  StopsUnlessZero,  // the pull ends with 1
+  EndsUnlessZero,   // the pull ends with that answer
 };
 
 // Derive from RowFilter when a pixel's result depends on that pixel alone. The shape pulls the

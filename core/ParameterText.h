@@ -70,9 +70,14 @@ FXBOX_API void CopyParameterText(std::string_view text, int least, char* buffer,
 
 template <class Parameters>
 struct ParameterRow : ParameterDescription {
+  // One of many numbers of the same kind, which no pointer to a member can name.
+  struct Numbered {
+    const std::int32_t& (*of)(const Parameters&, int number);
+    int number;
+  };
   using Member =
       std::variant<std::int32_t Parameters::*, std::uint8_t Parameters::*, bool Parameters::*,
-                   double Parameters::*, std::uint32_t Parameters::*>;
+                   double Parameters::*, std::uint32_t Parameters::*, Numbered>;
   // Says which values have this piece of text at all.
   using Condition = bool (*)(const Parameters&);
 
@@ -89,15 +94,35 @@ struct ParameterRow : ParameterDescription {
                                                   : ParameterKind::Integer;
   }
 
+  ParameterRow(const char* rowKey, const char* rowPrinted, Numbered rowMember,
+               ParameterDescription more = {})
+      : ParameterDescription(more), member(rowMember), condition(nullptr) {
+    key = rowKey;
+    printed = rowPrinted;
+  }
+
   ParameterField In(Parameters& parameters) const {
-    return std::visit([&](auto m) -> ParameterField { return &(parameters.*m); }, member);
+    return std::visit([&](auto m) -> ParameterField { return &FieldOf(parameters, m); }, member);
   }
   ConstParameterField In(const Parameters& parameters) const {
-    return std::visit([&](auto m) -> ConstParameterField { return &(parameters.*m); }, member);
+    return std::visit([&](auto m) -> ConstParameterField { return &FieldOf(parameters, m); },
+                      member);
   }
 
   Member member;
   Condition condition;
+
+ private:
+  template <class Holder, class Pointer>
+  static auto& FieldOf(Holder& holder, Pointer pointer) {
+    return holder.*pointer;
+  }
+  static const std::int32_t& FieldOf(const Parameters& parameters, Numbered numbered) {
+    return numbered.of(parameters, numbered.number);
+  }
+  static std::int32_t& FieldOf(Parameters& parameters, Numbered numbered) {
+    return const_cast<std::int32_t&>(numbered.of(parameters, numbered.number));
+  }
 };
 
 template <class Parameters>

@@ -24,5 +24,5 @@ class CFarbEqualizerFilter final : public ParameterFilter<RowFilter, FarbEqualiz
  private:
   void ChangeRow(BYTE* colour, BYTE* mask, int width) override;
 
-  kernels::HueTable factors = {};
+  kernels::HueFactors factors;
 };

@@ -37,11 +37,11 @@ struct Saturation {
 
 struct SaturationByHue {
   static constexpr bool kKeepsGrey = true;
-  const HueTable& factors;
+  const HueFactors& factors;
 
   template <class Wide>
   [[gnu::always_inline]] void operator()(Hls<Wide>& colour) const {
-    const auto factor = Wide::LookUp(factors.data(), colour.hue);
+    const auto factor = Wide::LookUp(factors.byHue, colour.hue);
     colour.saturation = LimitShare<Wide>(colour.saturation * factor);
   }
 };
@@ -53,7 +53,7 @@ struct ChangeAll {
   template <class Wide>
   [[gnu::always_inline]] void operator()(Hls<Wide>& colour) const {
     using Doubles = typename Wide::Doubles;
-    const HueChangeOf<Wide> change = Wide::LookUp(changes.byHue.data(), colour.hue);
+    const HueChangeOf<Wide> change = Wide::LookUp(changes.byHue, colour.hue);
     const Doubles grey = Wide::Set(changes.greyLightness);
     colour.lightness =
         LimitShare<Wide>(colour.lightness + (colour.saturation == 0.0 ? grey : change.lightness));

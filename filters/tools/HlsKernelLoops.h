@@ -11,15 +11,10 @@
 #include <cstdint>
 
 #include "filters/tools/HlsChanges.h"
+#include "filters/tools/Plane.h"
 
 namespace kernels {
 namespace {
-
-// A byte for each pixel of a block.
-template <class Wide>
-struct alignas(64) Plane {
-  std::uint8_t bytes[Wide::kPixels];
-};
 
 // A pixel by the order of its channels. The hue is (first - second) / (high - low) + sixths.
 template <class Wide>
@@ -137,8 +132,8 @@ template <class Wide>
 }
 
 template <class Wide, class Change>
-[[gnu::always_inline]] inline void ChangePlanes(Plane<Wide>& blue, Plane<Wide>& green,
-                                                Plane<Wide>& red, const Change& change) {
+[[gnu::always_inline]] inline void ChangeBlock(Plane<Wide>& blue, Plane<Wide>& green,
+                                               Plane<Wide>& red, const Change& change) {
   Ordered<Wide> ordered;
   Drawn<Wide> drawn;
   Order(blue, green, red, ordered);

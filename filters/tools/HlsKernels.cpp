@@ -43,7 +43,7 @@ void Saturate(std::uint8_t* colour, int width, double factor) {
   ChangeRow(colour, width, Saturation{factor});
 }
 
-void SaturateByHue(std::uint8_t* colour, int width, const HueTable& factors) {
+void SaturateByHue(std::uint8_t* colour, int width, const HueFactors& factors) {
   ChangeRow(colour, width, SaturationByHue{factors});
 }
 

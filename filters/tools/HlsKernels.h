@@ -5,7 +5,6 @@
 // Lightness and saturation are limited to 0..1 after their change.
 #pragma once
 
-#include <array>
 #include <cstdint>
 
 #include "base/Export.h"
@@ -13,8 +12,13 @@
 
 namespace kernels {
 
-// One number for each whole degree of hue; a hue of 359.9 has the last one.
-using HueTable = std::array<double, 360>;
+// One entry for each whole degree of hue; a hue of 359.9 has the last one.
+inline constexpr int kHues = 360;
+
+// What the saturation of a hue is multiplied with.
+struct HueFactors {
+  double byHue[kHues] = {};
+};
 
 // What becomes of the pixels of a hue.
 struct alignas(32) HueChange {
@@ -23,7 +27,7 @@ struct alignas(32) HueChange {
   double lightness = 0;   // added
 };
 struct HueChanges {
-  std::array<HueChange, 360> byHue;
+  HueChange byHue[kHues];
   double greyLightness = 0;  // added where there is no saturation
 };
 
@@ -32,7 +36,7 @@ struct HueChanges {
 FXBOX_API void Saturate(std::uint8_t* colour, int width, double factor);
 
 // The same with a factor for each hue.
-FXBOX_API void SaturateByHue(std::uint8_t* colour, int width, const HueTable& factors);
+FXBOX_API void SaturateByHue(std::uint8_t* colour, int width, const HueFactors& factors);
 
 // Changes all three. A grey is converted there and back like any pixel.
 FXBOX_API void ChangeByHue(std::uint8_t* colour, int width, const HueChanges& changes);
@@ -40,7 +44,7 @@ FXBOX_API void ChangeByHue(std::uint8_t* colour, int width, const HueChanges& ch
 // The same functions, byte for byte, at the speed of a vector unit.
 struct HlsKernelTable {
   void (*saturate)(std::uint8_t* colour, int width, double factor);
-  void (*saturateByHue)(std::uint8_t* colour, int width, const HueTable& factors);
+  void (*saturateByHue)(std::uint8_t* colour, int width, const HueFactors& factors);
   void (*changeByHue)(std::uint8_t* colour, int width, const HueChanges& changes);
 };
 

@@ -5,7 +5,7 @@
 #include <immintrin.h>
 
 #include "filters/tools/HlsKernelLoops.h"
-#include "filters/tools/PixelBlocks_avx2.h"
+#include "filters/tools/WideDoubles_avx2.h"
 
 namespace kernels {
 namespace {
@@ -22,31 +22,7 @@ class Degrees {
   alignas(16) int at_[4];
 };
 
-struct Four {
-  using Doubles = __m256d;
-  static constexpr int kPixels = kernels::kPixels;
-  static constexpr int kLanes = 4;
-
-  static Doubles Set(double value) { return _mm256_set1_pd(value); }
-  static Doubles Max(Doubles value, double limit) { return _mm256_max_pd(value, Set(limit)); }
-  static Doubles Min(Doubles value, double limit) { return Min(value, Set(limit)); }
-  static Doubles Min(Doubles a, Doubles b) { return _mm256_min_pd(a, b); }
-  static Doubles MultiplyAdd(Doubles a, double b, Doubles c) {
-    return _mm256_fmadd_pd(a, Set(b), c);
-  }
-  static Doubles Nearest(Doubles value) {
-    return _mm256_round_pd(value, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
-  }
-  static Doubles Distance(Doubles a, Doubles b) { return _mm256_andnot_pd(Set(-0.0), a - b); }
-
-  static Doubles Load(const std::uint8_t* bytes) {
-    return _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_loadu_si32(bytes)));
-  }
-  static void Store(std::uint8_t* bytes, Doubles values) {
-    const __m128i lowBytes = _mm_set1_epi32(0x0C080400);
-    _mm_storeu_si32(bytes, _mm_shuffle_epi8(_mm256_cvttpd_epi32(values), lowBytes));
-  }
-
+struct Four : FourDoubles {
   // By single loads, which are faster than gathers.
   static Doubles LookUp(const double* table, Doubles hue) {
     const Degrees at(hue);
@@ -72,15 +48,10 @@ struct Four {
 
 template <class Change>
 void ChangeColours(std::uint8_t* colour, int width, const Change& change) {
-  ChangeRow(
-      colour, width, [&](const Block& block) __attribute__((always_inline)) {
-        const Planes planes = Split(block);
-        Plane<Four> blue, green, red;
-        Store(blue.bytes, planes.blue);
-        Store(green.bytes, planes.green);
-        Store(red.bytes, planes.red);
-        ChangePlanes(blue, green, red, change);
-        return Join({Load(blue.bytes), Load(green.bytes), Load(red.bytes)});
+  using Bytes = Plane<Four>;
+  ChangePlanes<Four>(
+      colour, width, [&](Bytes & blue, Bytes & green, Bytes & red) __attribute__((always_inline)) {
+        ChangeBlock(blue, green, red, change);
       });
 }
 
@@ -88,7 +59,7 @@ void SaturateAvx2(std::uint8_t* colour, int width, double factor) {
   ChangeColours(colour, width, Saturation{factor});
 }
 
-void SaturateByHueAvx2(std::uint8_t* colour, int width, const HueTable& factors) {
+void SaturateByHueAvx2(std::uint8_t* colour, int width, const HueFactors& factors) {
   ChangeColours(colour, width, SaturationByHue{factors});
 }
 

@@ -5,7 +5,7 @@
 #include <immintrin.h>
 
 #include "filters/tools/HlsKernelLoops.h"
-#include "filters/tools/PixelBlocks_avx512.h"
+#include "filters/tools/WideDoubles_avx512.h"
 
 namespace kernels {
 namespace {
@@ -22,35 +22,7 @@ class Degrees {
   alignas(32) int at_[8];
 };
 
-// GCC 12 warns of its own unmasked forms of some of these; a full mask compiles to the same
-// instruction.
-struct Eight {
-  using Doubles = __m512d;
-  static constexpr int kPixels = kernels::kPixels;
-  static constexpr int kLanes = 8;
-  static constexpr __mmask8 kAll = 0xFF;
-
-  static Doubles Set(double value) { return _mm512_set1_pd(value); }
-  static Doubles Max(Doubles value, double limit) {
-    return _mm512_maskz_max_pd(kAll, value, Set(limit));
-  }
-  static Doubles Min(Doubles value, double limit) { return Min(value, Set(limit)); }
-  static Doubles Min(Doubles a, Doubles b) { return _mm512_maskz_min_pd(kAll, a, b); }
-  static Doubles MultiplyAdd(Doubles a, double b, Doubles c) {
-    return _mm512_fmadd_pd(a, Set(b), c);
-  }
-  static Doubles Nearest(Doubles value) { return _mm512_maskz_roundscale_pd(kAll, value, 0); }
-  static Doubles Distance(Doubles a, Doubles b) { return _mm512_abs_pd(a - b); }
-
-  static Doubles Load(const std::uint8_t* bytes) {
-    const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
-    return _mm512_maskz_cvtepi32_pd(kAll, _mm256_cvtepu8_epi32(eight));
-  }
-  static void Store(std::uint8_t* bytes, Doubles values) {
-    const __m256i whole = _mm512_maskz_cvttpd_epi32(kAll, values);
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), _mm256_maskz_cvtepi32_epi8(kAll, whole));
-  }
-
+struct Eight : EightDoubles {
   // By single loads, which are faster than gathers.
   static Doubles LookUp(const double* table, Doubles hue) {
     const Degrees at(hue);
@@ -78,21 +50,12 @@ struct Eight {
   }
 };
 
-__m512i ToVector(const Plane<Eight>& plane) {
-  return _mm512_load_si512(plane.bytes);
-}
-
 template <class Change>
 void ChangeColours(std::uint8_t* colour, int width, const Change& change) {
-  ChangeRow(
-      colour, width, [&](const Block& block) __attribute__((always_inline)) {
-        const Planes planes = Split(block);
-        Plane<Eight> blue, green, red;
-        _mm512_store_si512(blue.bytes, planes.blue);
-        _mm512_store_si512(green.bytes, planes.green);
-        _mm512_store_si512(red.bytes, planes.red);
-        ChangePlanes(blue, green, red, change);
-        return Join({ToVector(blue), ToVector(green), ToVector(red)});
+  using Bytes = Plane<Eight>;
+  ChangePlanes<Eight>(
+      colour, width, [&](Bytes & blue, Bytes & green, Bytes & red) __attribute__((always_inline)) {
+        ChangeBlock(blue, green, red, change);
       });
 }
 
@@ -100,7 +63,7 @@ void SaturateAvx512(std::uint8_t* colour, int width, double factor) {
   ChangeColours(colour, width, Saturation{factor});
 }
 
-void SaturateByHueAvx512(std::uint8_t* colour, int width, const HueTable& factors) {
+void SaturateByHueAvx512(std::uint8_t* colour, int width, const HueFactors& factors) {
   ChangeColours(colour, width, SaturationByHue{factors});
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 
 namespace kernels {
 namespace {
@@ -13,7 +14,7 @@ struct Sector {
 constexpr Sector kSectors[kHueSectors] = {{315, 345, 15, 45},   {15, 45, 75, 105},
                                           {75, 105, 135, 165},  {135, 165, 195, 225},
                                           {195, 225, 255, 285}, {255, 285, 315, 345}};
-using Weights = std::array<std::array<std::uint8_t, 360>, kHueSectors>;
+using Weights = std::array<std::array<std::uint8_t, kHues>, kHueSectors>;
 
 // Degrees upwards from one hue to another.
 constexpr int Way(int from, int to) {
@@ -35,7 +36,7 @@ constexpr int WeightAt(const Sector& sector, int hue) {
 constexpr Weights kWeights = [] {
   Weights weights = {};
   for (std::size_t k = 0; k < weights.size(); ++k) {
-    for (int h = 0; h < 360; ++h) {
+    for (int h = 0; h < kHues; ++h) {
       weights[k][static_cast<std::size_t>(h)] = static_cast<std::uint8_t>(WeightAt(kSectors[k], h));
     }
   }
@@ -74,7 +75,7 @@ int SectorWeight(int sector, int hue) {
 }
 
 void BuildHueChanges(const HueSettings& settings, HueChanges& changes) {
-  for (std::size_t h = 0; h < changes.byHue.size(); ++h) {
+  for (std::size_t h = 0; h < std::size(changes.byHue); ++h) {
     const int brightness = LimitPercent(Mixed(settings.brightness, settings.brightnesses, h));
     changes.byHue[h] = {
         static_cast<double>(BringIntoHalfTurns(Mixed(settings.hue, settings.hues, h))),
@@ -84,9 +85,9 @@ void BuildHueChanges(const HueSettings& settings, HueChanges& changes) {
   changes.greyLightness = settings.brightness / 100.0;
 }
 
-void BuildSaturationFactors(const SectorValues& percentages, HueTable& factors) {
-  for (std::size_t h = 0; h < factors.size(); ++h) {
-    factors[h] = FactorOf(LimitPercent(Mixed(0, percentages, h)));
+void BuildSaturationFactors(const SectorValues& percentages, HueFactors& factors) {
+  for (std::size_t h = 0; h < std::size(factors.byHue); ++h) {
+    factors.byHue[h] = FactorOf(LimitPercent(Mixed(0, percentages, h)));
   }
 }
 

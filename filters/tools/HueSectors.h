@@ -26,6 +26,6 @@ struct HueSettings {
 FXBOX_API void BuildHueChanges(const HueSettings& settings, HueChanges& changes);
 
 // Percentages of saturation by sector, together limited to -100..100.
-FXBOX_API void BuildSaturationFactors(const SectorValues& percentages, HueTable& factors);
+FXBOX_API void BuildSaturationFactors(const SectorValues& percentages, HueFactors& factors);
 
 }  // namespace kernels

@@ -1,13 +1,12 @@
 #include "filters/tools/NaturalSpline.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace kernels {
 
 bool SolveNaturalSpline(std::span<const double> x, std::span<const double> y,
                         std::span<double> secondDerivatives) {
-  if (x.size() < 2) return false;
+  if (x.size() < 2 || x.size() > kMostSplinePoints) return false;
   const std::size_t last = x.size() - 1;
   const auto width = [x](std::size_t i) { return x[i + 1] - x[i]; };
   const auto slope = [&](std::size_t i) { return (y[i + 1] - y[i]) / width(i); };
@@ -17,7 +16,7 @@ bool SolveNaturalSpline(std::span<const double> x, std::span<const double> y,
 
   // Each inner point has a row: what stands beside the diagonal are the widths of its intervals.
   const std::span<double> right = secondDerivatives;
-  std::vector<double> diagonal(x.size());
+  double diagonal[kMostSplinePoints];
   std::fill(right.begin(), right.end(), 0.0);
   for (std::size_t i = 1; i < last; ++i) {
     diagonal[i] = 2.0 * (x[i + 1] - x[i - 1]);

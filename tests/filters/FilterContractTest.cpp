@@ -98,6 +98,12 @@ const Contract kContracts[] = {
     {.className = "CFarbEqualizerFilter",
      .text = "SatR=050,SatY=-30,SatG=100,SatC=000,SatB=-100,SatM=020",
      .abortMarksChange = true},
+    {.className = "CGradCurvesFilter",
+     .text = "nL=03, nR=02, nG=04, nB=02, xL2=100, yL2=140, yR1=020, xG2=050, xG3=120, yG2=030, "
+             "yG3=160, Linear=0, YIQOn=1, FilterOn=1",
+     .abortMarksChange = true,
+     .passesPixels = true,
+     .pullsPending = true},
     {.className = "CBlackWhiteFilter", .text = "BlackWhiteNess=070"},
     {.className = "CSepiaFilter", .text = "Sepia=060"},
     {.className = "CInvertFilter", .text = "Inversity=090"},
@@ -507,14 +513,14 @@ TEST_P(FilterContract, GettersKeepToTheBuffer) {
   Test test(*this, Noise(4, 4, Masks::Noise, 1));
   const std::string full = PendingText(test.Filter()) + '\0';
   bool written = false;
-  for (int size = -1; size <= 300; ++size) {
+  for (int size = -1; size <= 1010; ++size) {
     for (const bool active : {false, true}) {
-      std::string buffer(340, '\x7f');
+      std::string buffer(1050, '\x7f');
       EXPECT_EQ(active ? test.Filter().GetActiveParameter(buffer.data() + 20, size)
                        : test.Filter().GetParameter(buffer.data() + 20, size),
                 S_OK);
       written = buffer[20] != '\x7f';
-      std::string allowed(340, '\x7f');
+      std::string allowed(1050, '\x7f');
       if (written) allowed.replace(20, full.size(), full);
       ASSERT_EQ(buffer, allowed) << size;
       ASSERT_TRUE(!written || static_cast<int>(full.size()) <= size);

@@ -20,19 +20,19 @@ const HlsKernelTable& Plain() {
   return kernels::HlsKernelsFor(SimdLevel::Plain);
 }
 
-kernels::HueTable SomeFactors() {
-  kernels::HueTable factors;
-  for (std::size_t h = 0; h < factors.size(); ++h) factors[h] = static_cast<double>(h) / 150.0;
-  factors[17] = 101.0;
+kernels::HueFactors SomeFactors() {
+  kernels::HueFactors factors;
+  for (std::size_t h = 0; h < std::size(factors.byHue); ++h)
+    factors.byHue[h] = static_cast<double>(h) / 150.0;
+  factors.byHue[17] = 101.0;
   return factors;
 }
 
 kernels::HueChanges SomeChanges() {
   kernels::HueChanges changes;
-  const kernels::HueTable factors = SomeFactors();
+  const kernels::HueFactors factors = SomeFactors();
   for (int h = 0; h < 360; ++h) {
-    changes.byHue[static_cast<std::size_t>(h)] = {
-        h * 7 % 361 - 180.0, factors[static_cast<std::size_t>(h)], (h * 11 % 201 - 100) / 100.0};
+    changes.byHue[h] = {h * 7 % 361 - 180.0, factors.byHue[h], (h * 11 % 201 - 100) / 100.0};
   }
   changes.greyLightness = 0.13;
   return changes;
@@ -46,8 +46,8 @@ TEST(HlsKernels, ByHand) {
     change(row.data());
     return row;
   };
-  kernels::HueTable factors = {};
-  factors[37] = kInfinity;  // of 37.5, the hue of the orange
+  kernels::HueFactors factors;
+  factors.byHue[37] = kInfinity;  // of 37.5, the hue of the orange
   EXPECT_EQ(changed([&](auto* row) { kernels::SaturateByHue(row, 4, factors); }),
             (Row{127, 127, 127, 0, 112, 179, 77, 77, 77, 0, 0, 0}));
   EXPECT_EQ(changed([&](auto* row) { kernels::Saturate(row, 4, -3.0); }),
@@ -83,7 +83,7 @@ TEST_P(HlsKernelLevels, KeepInsideTheRow) {
   EXPECT_NE(own.saturate, Plain().saturate);
   EXPECT_NE(own.saturateByHue, Plain().saturateByHue);
   EXPECT_NE(own.changeByHue, Plain().changeByHue);
-  const kernels::HueTable factors = SomeFactors();
+  const kernels::HueFactors factors = SomeFactors();
   const kernels::HueChanges changes = SomeChanges();
   for (int width = -1; width <= 200; ++width) {
     const int start = 96 + (width & 63);
@@ -109,8 +109,8 @@ TEST_P(HlsKernelLevels, Colours) {
   for (const double factor : {1.0, 0.0, 0.37, 2.5, -0.5, 1e-6, kInfinity}) {
     ExpectSame(row, [&](auto& k, std::uint8_t* at) { k.saturate(at, width, factor); });
   }
-  kernels::HueTable factors = SomeFactors();
-  factors[200] = kInfinity;
+  kernels::HueFactors factors = SomeFactors();
+  factors.byHue[200] = kInfinity;
   ExpectSame(row, [&](auto& k, std::uint8_t* at) { k.saturateByHue(at, width, factors); });
   const kernels::HueChanges changes = SomeChanges();
   ExpectSame(row, [&](auto& k, std::uint8_t* at) { k.changeByHue(at, width, changes); });

@@ -45,14 +45,14 @@ TEST(HueSectors, ChangesAreMixedWrappedAndLimited) {
 }
 
 TEST(HueSectors, SaturationFactors) {
-  kernels::HueTable factors;
+  kernels::HueFactors factors;
   kernels::BuildSaturationFactors({-50, 0, 1, -200, kMost, 0}, factors);
-  EXPECT_EQ(factors[0], 0.5);
-  EXPECT_EQ(factors[30], 0.75);
-  EXPECT_EQ(factors[60], 1.0);
-  EXPECT_EQ(factors[120], 101.0 / 100);
-  EXPECT_EQ(factors[180], 0.0);
-  EXPECT_EQ(factors[240], 101.0);
+  EXPECT_EQ(factors.byHue[0], 0.5);
+  EXPECT_EQ(factors.byHue[30], 0.75);
+  EXPECT_EQ(factors.byHue[60], 1.0);
+  EXPECT_EQ(factors.byHue[120], 101.0 / 100);
+  EXPECT_EQ(factors.byHue[180], 0.0);
+  EXPECT_EQ(factors.byHue[240], 101.0);
 }
 
 }  // namespace

@@ -1,0 +1,67 @@
+// The arithmetic of the YIQ kernels, written once for one pixel and for a vector of pixels.
+//
+// `Wide` says what numbers are, as in HlsChanges.h.
+#pragma once
+
+#include <cstdint>
+
+namespace kernels {
+namespace {
+
+struct Matrix {
+  double rows[3][3];
+};
+
+// Luminance and two colour differences out of red, green, blue.
+constexpr Matrix kToYiq = {
+    {{0.299, 0.587, 0.114}, {0.596, -0.275, -0.321}, {0.212, -0.523, 0.311}}};
+
+// By the rule of cofactors.
+constexpr Matrix Invert(const Matrix& m) {
+  const auto& [a, b, c] = m.rows[0];
+  const auto& [d, e, f] = m.rows[1];
+  const auto& [g, h, i] = m.rows[2];
+  const double determinant = a * (e * i - f * h) - b * (d * i - f * g) + c * (d * h - e * g);
+  Matrix inverse = {{{e * i - f * h, c * h - b * i, b * f - c * e},
+                     {f * g - d * i, a * i - c * g, c * d - a * f},
+                     {d * h - e * g, b * g - a * h, a * e - b * d}}};
+  for (auto& row : inverse.rows) {
+    for (double& cofactor : row) cofactor /= determinant;
+  }
+  return inverse;
+}
+constexpr Matrix kToRgb = Invert(kToYiq);
+
+template <class Wide>
+struct Rgb {
+  typename Wide::Doubles red, green, blue;
+};
+
+// The dot product with a row of the matrix, summed from left to right.
+template <class Doubles>
+[[gnu::always_inline]] inline Doubles Dot(const Matrix& m, int row, Doubles x, Doubles y,
+                                          Doubles z) {
+  const auto& r = m.rows[row];
+  return r[0] * x + r[1] * y + r[2] * z;
+}
+
+// The colour with another luminance, limited to 0..255.
+template <class Wide>
+[[gnu::always_inline]] inline Rgb<Wide> WithLuminance(const Rgb<Wide>& rgb,
+                                                      typename Wide::Doubles luminance) {
+  const auto i = Dot(kToYiq, 1, rgb.red, rgb.green, rgb.blue);
+  const auto q = Dot(kToYiq, 2, rgb.red, rgb.green, rgb.blue);
+  const auto channel = [&](int row) {
+    return Wide::Min(Wide::Max(Dot(kToRgb, row, luminance, i, q), 0.0), 255.0);
+  };
+  return {channel(0), channel(1), channel(2)};
+}
+
+// The weights sum to 256, so that 16 bits hold the sum.
+[[gnu::always_inline]] inline std::uint8_t LuminanceIndex(int red, int green, int blue) {
+  const auto sum = static_cast<std::uint16_t>(151 * green + 77 * red + 28 * blue);
+  return static_cast<std::uint8_t>(sum >> 8);
+}
+
+}  // namespace
+}  // namespace kernels

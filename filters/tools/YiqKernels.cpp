@@ -1,0 +1,50 @@
+#include "filters/tools/YiqKernels.h"
+
+#include <cstddef>
+
+#include "base/Rows.h"
+#include "filters/tools/YiqArithmetic.h"
+
+namespace kernels {
+namespace {
+
+using base::kBlue;
+using base::kGreen;
+using base::kRed;
+
+struct Single {
+  using Doubles = double;
+  static double Max(double value, double limit) { return value > limit ? value : limit; }
+  static double Min(double value, double limit) { return value < limit ? value : limit; }
+};
+
+}  // namespace
+
+void MapLuminance(std::uint8_t* colour, int width, const ByteTable& table) {
+  for (int x = 0; x < width; ++x, colour += base::kBytesPerPixel) {
+    const int index = LuminanceIndex(colour[kRed], colour[kGreen], colour[kBlue]);
+    const Rgb<Single> rgb = {static_cast<double>(colour[kRed]), static_cast<double>(colour[kGreen]),
+                             static_cast<double>(colour[kBlue])};
+    const Rgb<Single> mapped = WithLuminance(rgb, table[static_cast<std::size_t>(index)]);
+    colour[kRed] = static_cast<std::uint8_t>(mapped.red);
+    colour[kGreen] = static_cast<std::uint8_t>(mapped.green);
+    colour[kBlue] = static_cast<std::uint8_t>(mapped.blue);
+  }
+}
+
+LuminanceKernel LuminanceKernelFor(SimdLevel level) {
+#if defined(__x86_64__)
+  if (level == SimdLevel::Avx512) return Avx512LuminanceKernel();
+  if (level == SimdLevel::Avx2) return Avx2LuminanceKernel();
+#else
+  static_cast<void>(level);
+#endif
+  return MapLuminance;
+}
+
+LuminanceKernel ActiveLuminanceKernel() {
+  static const LuminanceKernel kernel = LuminanceKernelFor(ActiveSimdLevel());
+  return kernel;
+}
+
+}  // namespace kernels
