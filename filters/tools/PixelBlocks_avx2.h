@@ -112,12 +112,19 @@ inline void Store(std::uint8_t* at, __m256i v) {
   _mm_prefetch(at + 64, _MM_HINT_T0);
 }
 
-template <class Change>
-[[gnu::always_inline]] inline void ChangeBlock(std::uint8_t* at, const Change& change) {
-  const Block block = change({Load(at), Load(at + 32), Load(at + 64)});
+[[gnu::always_inline]] inline Block LoadBlock(const std::uint8_t* at) {
+  return {Load(at), Load(at + 32), Load(at + 64)};
+}
+
+[[gnu::always_inline]] inline void StoreBlock(std::uint8_t* at, const Block& block) {
   Store(at, block.part0);
   Store(at + 32, block.part1);
   Store(at + 64, block.part2);
+}
+
+template <class Change>
+[[gnu::always_inline]] inline void ChangeBlock(std::uint8_t* at, const Change& change) {
+  StoreBlock(at, change(LoadBlock(at)));
 }
 
 // Changes a row block by block; the last pixels go through a block aside.

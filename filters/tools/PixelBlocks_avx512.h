@@ -103,13 +103,19 @@ constexpr Permutation kAndRed[] = {AndRed(0), AndRed(1), AndRed(2)};
   _mm_prefetch(at + 128, _MM_HINT_T0);
 }
 
-template <class Change>
-[[gnu::always_inline]] inline void ChangeBlock(std::uint8_t* at, const Change& change) {
-  const Block block =
-      change({_mm512_loadu_si512(at), _mm512_loadu_si512(at + 64), _mm512_loadu_si512(at + 128)});
+[[gnu::always_inline]] inline Block LoadBlock(const std::uint8_t* at) {
+  return {_mm512_loadu_si512(at), _mm512_loadu_si512(at + 64), _mm512_loadu_si512(at + 128)};
+}
+
+[[gnu::always_inline]] inline void StoreBlock(std::uint8_t* at, const Block& block) {
   _mm512_storeu_si512(at, block.part0);
   _mm512_storeu_si512(at + 64, block.part1);
   _mm512_storeu_si512(at + 128, block.part2);
+}
+
+template <class Change>
+[[gnu::always_inline]] inline void ChangeBlock(std::uint8_t* at, const Change& change) {
+  StoreBlock(at, change(LoadBlock(at)));
 }
 
 // Changes a row block by block; the last pixels go through a block aside.
