@@ -35,7 +35,8 @@ constexpr char kExamples[] = R"(Examples:
   fxbox apply -f old-print.chain -o out/ *.jpg
       takes the chain from a file and writes each picture into the folder out
   fxbox apply -f old-print.chain --fit 800 -o preview.png photo.jpg
-      a preview that looks like the full picture will
+      a preview that looks like the full picture will: filters that measure the whole picture
+      (ZNFilter.Tonwert.1, ZNFilter.AdoptColor.1) use what they measure on the full one
   fxbox apply -c 'ZNFilter.Invert.1(Inversity=100)' --rect 0,0,100,50 -o part.png photo.jpg
       the 100 by 50 pixels at the lower left of the result
 Exit status: 0 all done, 1 some input failed (the others are done), 2 wrong use, 130 interrupted.)";

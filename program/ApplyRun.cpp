@@ -10,7 +10,9 @@
 namespace program {
 namespace {
 
-// Shares of a file's time, as they are with a few point filters.
+// Shares of a file's time, as they are with a few point filters. Where the full picture is measured
+// for a preview, little is left for the preview itself.
+constexpr double kMeasured = 0.8;
 constexpr double kDecoded = 0.4;
 constexpr double kFiltered = 0.5;
 
@@ -21,6 +23,15 @@ SourcePicture Describe(const imageio::ImageInfo& info, const ApplyRequest& reque
   SourcePicture told{{info.width, info.height}, request.target.value_or(full), request.zoom};
   if (request.fit && !told.zoom) told.zoom = static_cast<double>(info.width) / info.fullWidth;
   return told;
+}
+
+platform::ComPtr<PictureSource> SourceOf(imageio::ImageReader& reader, const SourcePicture& told,
+                                         imageio::Progress report) {
+  const auto decode = [&reader](const imageio::Rows& rows, const imageio::Progress& progress) {
+    return reader.Read(rows, progress);
+  };
+  return platform::ComPtr<PictureSource>::Attach(
+      new PictureSource(told, decode, std::move(report)));
 }
 
 void MakeFolderOf(const std::filesystem::path& output) {
@@ -43,6 +54,7 @@ FileResult ApplyRun::Do(const PlannedFile& file) {
   using Clock = std::chrono::steady_clock;
   const Clock::time_point start = Clock::now();
   FileResult result;
+  measured = 0;
   bar.Show(done, 0);
   try {
     Try(file, result);
@@ -70,30 +82,50 @@ void ApplyRun::Try(const PlannedFile& file, FileResult& result) {
 
 ApplyRun::Rendered ApplyRun::Render(const PlannedFile& file, FileResult& result) {
   imageio::ImageReader reader(file.input);
-  if (request.fit) reader.ReduceToFit(request.fit->width, request.fit->height);
+  Measurements measurements;
+  if (request.fit) {
+    reader.ReduceToFit(request.fit->width, request.fit->height);
+    if (reader.Info().width != reader.Info().fullWidth) measurements = MeasureFull(file);
+  }
   const SourcePicture told = Describe(reader.Info(), request);
   result.size = told.size;
 
-  const auto decode = [&reader](const imageio::Rows& rows, const imageio::Progress& progress) {
-    return reader.Read(rows, progress);
-  };
-  Pipeline pipeline(creator, platform::ComPtr<PictureSource>::Attach(
-                                 new PictureSource(told, decode, Report(0, kDecoded))));
+  Pipeline pipeline(creator, SourceOf(reader, told, Report(0, kDecoded)));
   pipeline.SetText(request.chain);
+  RepeatMeasurements(pipeline, measurements);
   const Rectangle part = PartOf(pipeline.Settle());
   result.resultSize = {part.width, part.height};
+  // In bands the source decodes first and the bands come after that; in one pull both end together.
+  auto picture = PullPart(pipeline, part, request.bandRows, Report(kDecoded, kFiltered));
+  if (!picture) return {};
+  return {std::move(picture), reader.Info().metadata};
+}
 
+Measurements ApplyRun::MeasureFull(const PlannedFile& file) {
+  imageio::ImageReader reader(file.input);
+  const Size full{reader.Info().width, reader.Info().height};
+  Pipeline pipeline(
+      creator, SourceOf(reader, {full, request.target.value_or(full), {}}, Report(0, kMeasured)));
+  pipeline.SetText(request.chain);
+  if (!StartMeasuring(pipeline, creator)) return {};
+  const Size size = pipeline.Settle();
+  if (!PullPart(pipeline, {0, 0, size.width, size.height}, 0, Report(kMeasured, kMeasured))) {
+    return {};
+  }
+  measured = kMeasured;
+  return TakeMeasurements(pipeline);
+}
+
+// Null when it was interrupted.
+std::unique_ptr<MemoryPicture> ApplyRun::PullPart(Pipeline& pipeline, const Rectangle& part,
+                                                  int bandRows, const imageio::Progress& report) {
   auto picture = std::make_unique<MemoryPicture>("result", part.width, part.height, true, true);
   if (!picture->IsValid()) throw std::runtime_error(kNoMemory);
   const AbortOnInterrupt abortOnInterrupt(pipeline.Tail());
-  // In bands the source decodes first and the bands come after that; in one pull both end together.
-  const imageio::Progress report = Report(kDecoded, kFiltered);
-  if (!pipeline.Pull(part, request.bandRows, *picture, report) || IsInterrupted()) {
-    if (!IsInterrupted())
-      throw std::runtime_error("a filter stopped before the picture was complete");
-    return {};
-  }
-  return {std::move(picture), reader.Info().metadata};
+  const bool complete = pipeline.Pull(part, bandRows, *picture, report);
+  if (IsInterrupted()) return nullptr;
+  if (!complete) throw std::runtime_error("a filter stopped before the picture was complete");
+  return picture;
 }
 
 Rectangle ApplyRun::PartOf(Size result) const {
@@ -131,7 +163,8 @@ bool ApplyRun::Write(const PlannedFile& file, const Rendered& rendered) {
 
 imageio::Progress ApplyRun::Report(double first, double last) {
   return [this, first, last](double share) {
-    bar.Show(done, first + share * (last - first));
+    const double ofRest = first + share * (last - first);
+    bar.Show(done, measured + (1 - measured) * ofRest);
     return !IsInterrupted();
   };
 }

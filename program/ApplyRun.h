@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "program/Measurements.h"
 #include "program/OutputNames.h"
 #include "program/Pipeline.h"
 #include "program/ProgressBar.h"
@@ -46,15 +47,22 @@ class ApplyRun {
 
   void Try(const PlannedFile& file, FileResult& result);
   Rendered Render(const PlannedFile& file, FileResult& result);
+  // What the filters measure on the full picture, so that a preview shows what its result will be.
+  // Empty when they measure nothing, or when it was stopped.
+  Measurements MeasureFull(const PlannedFile& file);
+  std::unique_ptr<MemoryPicture> PullPart(Pipeline& pipeline, const Rectangle& part, int bandRows,
+                                          const imageio::Progress& report);
   Rectangle PartOf(Size result) const;
   bool Write(const PlannedFile& file, const Rendered& rendered);
-  // Reports to the bar; the work takes the shares from `first` to `last` of the file's.
+  // Reports to the bar; the work takes the shares from `first` to `last` of what is left of the
+  // file's behind the measuring.
   imageio::Progress Report(double first, double last);
 
   const ApplyRequest& request;
   IAnimFilterCreator& creator;
   ProgressBar& bar;
   std::size_t done = 0;
+  double measured = 0;  // the share of the file's time that went into measuring
 };
 
 }  // namespace program

@@ -8,6 +8,7 @@
 
 #include "base/CodePage.h"
 #include "core/ChainText.h"
+#include "program/Measurements.h"
 #include "program/Messages.h"
 
 namespace program {
@@ -83,11 +84,10 @@ KnownKeys KeysOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
                {"Version", NumberForm::Whole},
                {"Vis", NumberForm::Whole},
                {"ExBlit", NumberForm::Whole},
-               {"ExParam", NumberForm::Whole},
-               {"LightA", NumberForm::Fraction},
-               {"LightB", NumberForm::Fraction}});
+               {"ExParam", NumberForm::Whole}});
   if (entry.row->defaultText) AddKeysOf(entry.row->defaultText, keys);
   AddKeysOf(NewFilterText(creator, entry.progId), keys);
+  AddKeysOf(MeasuringText(creator, entry.progId), keys);
   return keys;
 }
 

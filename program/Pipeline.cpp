@@ -55,6 +55,16 @@ std::string Pipeline::Text(const ChainText& markers, bool active) const {
   throw std::runtime_error("the chain hands out no text");
 }
 
+std::vector<platform::ComPtr<IAnimFilter>> Pipeline::Filters() const {
+  int count = 0;
+  chain->GetCount(&count);
+  std::vector<platform::ComPtr<IAnimFilter>> filters(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) {
+    chain->GetAt(i, IAnimFilter::kIid, filters[static_cast<std::size_t>(i)].PutVoid());
+  }
+  return filters;
+}
+
 IAnimFilterDestCallsThis& Pipeline::Tail() const {
   IAnimFilterDestCallsThis* const tail = destination->Tail();
   if (!tail) throw std::runtime_error("the chain is not linked");

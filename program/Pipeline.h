@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "core/AnimChain.h"
 #include "picture/MemoryPicture.h"
@@ -37,6 +38,9 @@ class Pipeline {
   // The chain text that the chain hands out, with the given markers. `active` prints what the pulls
   // work with, which is settled by Settle.
   std::string Text(const ChainText& markers, bool active) const;
+
+  // The filters of the chain, the one next to the source first.
+  std::vector<platform::ComPtr<IAnimFilter>> Filters() const;
 
   // Prepares until two answers in a row agree, since a first walk forwards sizes by old values, and
   // gives the result's size.
