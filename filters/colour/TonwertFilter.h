@@ -30,9 +30,7 @@ struct TonwertParameters {
 class CTonwertFilter final : public ParameterFilter<WholePictureFilter, TonwertParameters> {
  public:
   explicit CTonwertFilter(const FilterClass& row)
-      : ParameterFilter(row,
-                        {Cache::OutputPicture, ChangeFlags::ClearedAtStart, /*abortMarksChange=*/
-                         true}) {}
+      : ParameterFilter(row, {.flags = ChangeFlags::ClearedAtStart, .abortMarksChange = true}) {}
 
  private:
   // The limits of one histogram, from the picture or from a text.

@@ -22,9 +22,9 @@ void LevelCounter::Add(const std::uint8_t* levels, int count, int stride) {
 void LevelCounter::AddLuminance(const std::uint8_t* colour, int width) {
   constexpr int kPart = 2048;
   std::uint8_t levels[kPart];
-  for (int x = 0; x < width; x += kPart) {
-    const int part = std::min(kPart, width - x);
-    ActiveLuminanceKernels().luminance(levels, colour + base::ColourOffset(x), part);
+  for (; width > 0; width -= kPart, colour += base::ColourOffset(kPart)) {
+    const int part = std::min(kPart, width);
+    ActiveLuminanceKernels().luminance(levels, colour, part);
     Add(levels, part);
   }
 }
@@ -44,11 +44,13 @@ Histogram LevelCounter::Total() const {
 Limits FindLimits(const Histogram& histogram, std::uint64_t threshold) {
   Limits limits;
   std::uint64_t sum = 0;
-  while (sum < threshold && limits.low < 256)
+  while (sum < threshold && limits.low < 256) {
     sum += histogram[static_cast<std::size_t>(limits.low++)];
+  }
   sum = 0;
-  while (sum < threshold && limits.high >= 0)
+  while (sum < threshold && limits.high >= 0) {
     sum += histogram[static_cast<std::size_t>(limits.high--)];
+  }
   return {std::min(limits.low, 255), std::max(limits.high, 0)};
 }
 

@@ -97,6 +97,13 @@ inline void ReplaceLuminanceLoop(std::uint8_t* colour, int width, const ByteTabl
       });
 }
 
+// An index that the compiler knows nothing of: what it makes of several at once is slower than one
+// load after the other.
+[[gnu::always_inline]] inline std::size_t OneByOne(std::size_t index) {
+  asm("" : "+r"(index));
+  return index;
+}
+
 // Multiplies each level by its factor, rounds and limits to 255: by hand, as the compiler finds no
 // good way from bytes to doubles and back.
 inline Vector Scaled(const Plane& levels, const double* factors);
@@ -110,10 +117,7 @@ inline void ScaleByLuminanceLoop(std::uint8_t* colour, int width, const Luminanc
         alignas(64) double factor[kPixels];
 #pragma GCC unroll 8
         for (int i = 0; i < kPixels; ++i) {
-          std::size_t level = luminance.at[i];
-          asm(""
-              : "+r"(level));  // one after the other is faster than what the compiler makes of it
-          factor[i] = factorOf[level];
+          factor[i] = factorOf[OneByOne(luminance.at[i])];
         }
         c.blue.Set(Scaled(c.blue, factor));
         c.green.Set(Scaled(c.green, factor));
@@ -132,8 +136,8 @@ inline void ScaleByLuminanceLoop(std::uint8_t* colour, int width, const Luminanc
     const auto distance =
         static_cast<std::uint8_t>(level > grey.at[i] ? level - grey.at[i] : grey.at[i] - level);
     const auto product = static_cast<std::uint16_t>(distance * size.at[i]);
-    const auto eighths = static_cast<std::uint16_t>(product * 49345u >> 16);
-    const auto way = static_cast<std::uint8_t>(eighths >> 6);
+    const auto parts = static_cast<std::uint16_t>(product * 49345u >> 16);  // of 64
+    const auto way = static_cast<std::uint8_t>(parts >> 6);
     // Turning all bits and taking off the sign negates.
     channel.at[i] = static_cast<std::uint8_t>(level + (way ^ sign) - sign);
   }
