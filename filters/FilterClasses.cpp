@@ -22,10 +22,13 @@
 #include "filters/colour/TonwertFilter.h"
 #include "filters/colour/TransFilter.h"
 #include "filters/colour/WhiteBlackGreyFilter.h"
+#include "filters/detail/BlurGaussFilter.h"
+#include "filters/detail/BlurSelFilter.h"
 #include "filters/detail/EmbossFilter.h"
 #include "filters/detail/FindEdgesFilter.h"
 #include "filters/detail/ScharfFilter.h"
 #include "filters/detail/StaubFilter.h"
+#include "filters/detail/UnsharpMaskFilter.h"
 #include "filters/detail/WeichFilter.h"
 #include "filters/frames/PasspartoutFilter.h"
 #include "filters/frames/SchattenFilter.h"
@@ -158,7 +161,8 @@ constexpr FilterClass kClasses[] = {
     Row(23, "CUnsharpMaskFilter", "ZNFilter.UnsharpMask.1",
         Guid("{66A01ADC-9547-4B85-92A8-22756D1E14DC}"), 5000, "icons4_unscharfmaskieren",
         "IDS_UNSHARPMASK_NAME", "HLP_UNSHARPMASK",
-        "Percent=120,Radius=2.7,Threshold=0,LuminanceOnly=1,On=1", "Unsharp mask", kNotBuilt),
+        "Percent=120,Radius=2.7,Threshold=0,LuminanceOnly=1,On=1", "Unsharp mask",
+        kBuilt<CUnsharpMaskFilter>),
     Row(24, "CScharfFilter", "ZNFilter.Sharpen.1", Guid("{47AFB272-52EB-4B71-BB7E-5A3A8DAAFF81}"),
         5000, "icons4_scharfz", "IDS_SCHARF_NAME", "HLP_SCHARF", "Sharpness=000,ExtraParam=|SHARP|",
         "Sharpen", kBuilt<CScharfFilter>),
@@ -168,10 +172,10 @@ constexpr FilterClass kClasses[] = {
     Row(26, "CBlurGaussFilter", "ZNFilter.BlurGauss.1",
         Guid("{54E70E91-1B05-4ABA-9B96-56750B77D806}"), 5000, "icons4_gweichz",
         "IDS_BLURGAUSS_NAME", "HLP_BLURGAUSS", "Percent=100,Radius=2.7", "Gaussian blur",
-        kNotBuilt),
+        kBuilt<CBlurGaussFilter>),
     Row(27, "CBlurSelFilter", "ZNFilter.BlurSel.1", Guid("{BB46594D-32AF-41F6-95BF-1D41A89F8550}"),
         5000, "icons4_selweichz", "IDS_BLURSEL_NAME", "HLP_BLURSEL",
-        "Percent=100,Threshold=1.0,Radius=2.7", "Selective blur", kNotBuilt),
+        "Percent=100,Threshold=1.0,Radius=2.7", "Selective blur", kBuilt<CBlurSelFilter>),
     Row(29, "CSchattenFilter", "ZNFilter.Shadow.1", Guid("{55B419CE-31CA-4556-BA8B-A538FA37BEAF}"),
         9500, "icons4_light_fx", "IDS_SCHATTEN_NAME", "HLP_SCHATTEN",
         "LightDirection=1350,LightIntensity=0,InnerOn=0,ShadowDensity=0,ShadowBlur=20,Size=0,"

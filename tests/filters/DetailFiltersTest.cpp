@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
 
 #include "filters/FilterClasses.h"
 #include "tests/filters/ClassOf.h"
@@ -185,6 +188,171 @@ TEST(DetailFilters, DustKeepsARequest) {
   // Larger: cleaned anew. The greatest region is taken as it is set, the tolerance once committed.
   rig.Filter().SetParameter("MaxRgnSize=000, GrayTolerance=001", 1);
   EXPECT_EQ(Difference(Dusted(picture, 0, 45), pull({0, 0, 0, 0, 40, 30})), "");
+}
+
+// A Gaussian of half width r: how neighbours within `threshold` of the centre average, in doubles,
+// along rows and then along columns.
+struct Bell {
+  int r;
+  double sigma;
+  double threshold = 1e9;
+
+  double Mean(const std::function<double(int)>& at) const {
+    double sum = 0, whole = 0;
+    for (int j = -r; j <= r; ++j) {
+      if (std::abs(at(j) - at(0)) > threshold) continue;
+      const double tap = std::exp(-0.5 * j * j / (sigma * sigma));
+      sum += tap * (at(j) - at(0));
+      whole += tap;
+    }
+    return at(0) + sum / whole;
+  }
+  // Of one channel; 3 is the largest of a pixel.
+  std::vector<double> Blurred(const Picture& p, int channel) const {
+    const auto inside = [](int i, int size) { return std::clamp(i, 0, size - 1); };
+    const auto value = [&](int x, int y) {
+      const BYTE* const c = p.Colour(inside(x, p.width), y);
+      return static_cast<double>(channel < 3 ? c[channel] : *std::max_element(c, c + 3));
+    };
+    std::vector<double> lines, result;
+    for (int i = 0; i < p.width * p.height; ++i) {
+      lines.push_back(Mean([&](int j) { return value(i % p.width + j, i / p.width); }));
+    }
+    for (int i = 0; i < p.width * p.height; ++i) {
+      result.push_back(Mean([&](int j) {
+        return lines[static_cast<std::size_t>(inside(i / p.width + j, p.height) * p.width +
+                                              i % p.width)];
+      }));
+    }
+    return result;
+  }
+};
+
+// The greatest distance of a channel from what it should be.
+double Farthest(const Picture& found, const std::function<double(std::size_t, int)>& expected) {
+  double farthest = 0;
+  for (std::size_t i = 0; i < found.colour.size(); ++i) {
+    const double exact = std::clamp(expected(i / 3, static_cast<int>(i % 3)), 0.0, 255.0);
+    farthest = std::max(farthest, std::abs(std::floor(exact) - found.colour[i]));
+  }
+  return farthest;
+}
+
+struct BlurCase {
+  const char* progId;
+  const char* text;
+  Bell bell;
+  double zoom = 1.0;
+};
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+TEST(DetailFilters, GaussianBlursAreWithinOneLevelOfTheirModel) {
+  const BlurCase kCases[] = {{"ZNFilter.BlurGauss.1", "", {2, 1.08}},
+                             {"ZNFilter.BlurGauss.1", "", {1, 1.08}, 0.5},
+                             {"ZNFilter.BlurGauss.1", "", {2, 1.08}, kNaN},
+                             {"ZNFilter.BlurGauss.1", "Radius=0.5,Percent=500", {1, 1.0}},
+                             {"ZNFilter.BlurGauss.1", "Radius=4,Percent=900", {4, 8.0}},
+                             {"ZNFilter.BlurGauss.1", "Radius=30,Percent=-7", {30, 0.12}},
+                             {"ZNFilter.BlurGauss.1", "Radius=-2", {1, 0.04}},
+                                                    {"ZNFilter.BlurSel.1", "", {2, 1.08, 1 / 3.0}},
+                             {"ZNFilter.BlurSel.1", "Threshold=0.1,Radius=3", {3, 1.2, 0.1f}},
+                             {"ZNFilter.BlurSel.1", "Threshold=90,Percent=200", {1, 2.16, 30}, 0.5},
+                             {"ZNFilter.BlurSel.1", "Threshold=1e300,Radius=9", {9, 3.6}}};
+  for (const BlurCase& c : kCases) {
+    for (const NamedPicture& test : TestPictures()) {
+      const Picture found = Filtered(c.progId, c.text, test.picture, c.zoom);
+      std::vector<double> blurred[3];
+      for (int channel = 0; channel < 3; ++channel) {
+        blurred[channel] = c.bell.Blurred(test.picture, channel);
+      }
+      ASSERT_LE(Farthest(found, [&](std::size_t i, int channel) { return blurred[channel][i]; }), 1)
+          << test.name << ": " << c.progId << "(" << c.text << ")";
+      ASSERT_EQ(found.mask, test.picture.mask);
+    }
+  }
+}
+
+struct SharpenCase {
+  const char* text;
+  Bell bell;
+  double amount;
+  double threshold = 0;
+  double zoom = 1.0;
+};
+
+TEST(DetailFilters, UnsharpMaskIsWithinOneLevelOfItsModel) {
+  const SharpenCase kCases[] = {{"", {2, 1.08}, 1.2},
+                                {"", {1, 0.57}, 1.2, 0, 0.5},
+                                {"Percent=0,On=0", {2, 1.08}, 0},
+                                {"Percent=-300,Radius=9,Threshold=3", {9, 3.6}, -3, 3},
+                                {"Percent=5000,Threshold=40", {2, 1.08}, 50, 40},
+                                {"Threshold=-1,Radius=0.1", {1, 0.04}, 1.2}};
+  for (const SharpenCase& c : kCases) {
+    for (const NamedPicture& test : TestPictures()) {
+      const auto full = [&](std::size_t i, int channel) {
+        const BYTE* const pixel = &test.picture.colour[3 * i];
+        return static_cast<double>(channel < 3 ? pixel[channel] : *std::max_element(pixel, pixel + 3));
+      };
+      std::vector<double> blurred[4];
+      for (int channel = 0; channel < 4; ++channel) {
+        blurred[channel] = c.bell.Blurred(test.picture, channel);
+      }
+      const auto lost = [&](std::size_t i, int channel) {
+        return full(i, channel) - blurred[channel][i];
+      };
+      const std::string text = c.text;
+      Picture found =
+          Filtered("ZNFilter.UnsharpMask.1", text + ",LuminanceOnly=0", test.picture, c.zoom);
+      EXPECT_LE(Farthest(found,
+                         [&](std::size_t i, int channel) {
+                           const bool counts = std::abs(lost(i, 3)) >= c.threshold;
+                           const double after = full(i, 3) + (counts ? lost(i, 3) * c.amount : 0);
+                           return full(i, 3) > 0 ? full(i, channel) * after / full(i, 3) : after;
+                         }),
+                1)
+          << test.name << ": " << text;
+      found = Filtered("ZNFilter.UnsharpMask.1", text + ",OnLuminanceOnly=0", test.picture, c.zoom);
+      EXPECT_LE(Farthest(found,
+                         [&](std::size_t i, int channel) {
+                           const double sum = lost(i, 0) + lost(i, 1) + lost(i, 2);
+                           const bool counts = std::abs(sum) >= 3 * c.threshold;
+                           return full(i, channel) + (counts ? lost(i, channel) * c.amount : 0);
+                         }),
+                1)
+          << test.name << ": all, " << text;
+    }
+  }
+}
+
+TEST(DetailFilters, UnsharpMaskTexts) {
+  const auto filter = Make(ClassOf("ZNFilter.UnsharpMask.1"));
+  EXPECT_EQ(ActiveText(*filter.Get()),
+            "Percent=0,Radius=0.000000,Threshold=0,OnLuminanceOnly=255,On=0");
+  filter->SetParameter("OnLuminanceOnly=0,On=0,Radius=nan", 1);
+  EXPECT_EQ(PendingText(*filter.Get()),
+            "Percent=120,Radius=2.700000,Threshold=0,OnLuminanceOnly=0,On=1");
+  filter->SetParameter("Percent=10,On=0", 1);
+  filter->SetParameter(ClassOf("ZNFilter.UnsharpMask.1").defaultText, 1);
+  EXPECT_EQ(PendingText(*filter.Get()),
+            "Percent=120,Radius=2.700000,Threshold=0,OnLuminanceOnly=0,On=0");
+}
+
+// A request is all that the Gaussian filters see, and they work on it from row 0 and column 0 on.
+TEST(DetailFilters, GaussianFiltersSeeTheRequestAlone) {
+  const Picture picture = Noise(40, 30, Masks::Noise, 3);
+  for (const char* id : {"ZNFilter.BlurGauss.1", "ZNFilter.UnsharpMask.1", "ZNFilter.BlurSel.1"}) {
+    Rig rig(picture, ClassOf(id));
+    rig.Prepare();
+    GuardedRows rows(60, 50);
+    for (const auto& [x, y] : {std::pair(0, 0), {3, 2}}) {
+      rows.Reset();
+      rig.source->ReadRows(x, y, 7, 5, 20, 9, rows.ColourRows(), rows.MaskRows());
+      const Picture expected = Filtered(id, "", rows.Part(0, 0, 20, 9));
+      rows.Reset();
+      ASSERT_EQ(rig.Pull(rows, {x, y, 7, 5, 20, 9}), S_OK);
+      EXPECT_EQ(Difference(expected, rows.Part(0, 0, 20, 9)), "") << id;
+    }
+  }
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstring>
 #include <thread>
+#include <utility>
 
 #include "filters/FilterClasses.h"
 #include "tests/support/TestFilters.h"
@@ -44,8 +45,12 @@ struct Contract {
   bool passesPixels = false;
   // The result depends on the rectangle that is asked for.
   bool measuresRequest = false;
+  // Rows are changed from row 0 and column 0 on, wherever they were asked for.
+  bool ignoresDestination = false;
   // A pull works by what SetParameter has left, before it is prepared.
   bool pullsPending = false;
+  // Found only in a text without the others.
+  const char* hiddenKey = "";
   // The text is kept as it was given, whole.
   bool keepsText = false;
   // What is active may be nearer than what is pending.
@@ -119,6 +124,25 @@ const Contract kContracts[] = {
      .buildsThroughAbort = true},
     {.className = "CScharfFilter", .pull = Pull::WholePicture, .text = "Sharpness=060", .inset = 1},
     {.className = "CWeichFilter", .pull = Pull::WholePicture, .text = "Blurness=070", .inset = 1},
+    {.className = "CBlurGaussFilter",
+     .text = "Percent=200,Radius=3.5",
+     .abortMarksChange = true,
+     .passesPixels = true,
+     .measuresRequest = true,
+     .ignoresDestination = true},
+    {.className = "CUnsharpMaskFilter",
+     .text = "Percent=200,Radius=1.5,Threshold=2,OnLuminanceOnly=1",
+     .abortMarksChange = true,
+     .passesPixels = true,
+     .measuresRequest = true,
+     .ignoresDestination = true,
+     .hiddenKey = "On"},
+    {.className = "CBlurSelFilter",
+     .text = "Percent=100,Threshold=90.0,Radius=2.7",
+     .abortMarksChange = true,
+     .passesPixels = true,
+     .measuresRequest = true,
+     .ignoresDestination = true},
     {.className = "CFindEdgesFilter",
      .pull = Pull::WholePicture,
      .text = "EdgeEnhance=080",
@@ -258,7 +282,11 @@ TEST_P(FilterContract, PartsEqualTheWhole) {
       }
       // Rows that are changed in place may hold anything where the picture ends, but the caller's
       // rectangle is never left.
-      const RowRequest& bound = contract.pull == Pull::InPlace && r.width > 0 ? r : inside;
+      RowRequest bound = contract.pull == Pull::InPlace && r.width > 0 ? r : inside;
+      if (contract.ignoresDestination) {
+        bound.width += std::exchange(bound.destX, 0);
+        bound.height += std::exchange(bound.destY, 0);
+      }
       ASSERT_EQ(rows.WrittenOutside(bound.destX, bound.destY, bound.width, bound.height), "");
     }
     for (const int band : {1, 3, 16}) {
@@ -455,7 +483,9 @@ TEST_P(FilterContract, TextsReadBack) {
   for (int round = 0; round < 300; ++round) {
     const auto first = Make(Class());
     const auto second = Make(Class());
-    first->SetParameter(TextWithNumbers(Class().describe(), random).c_str(), 1);
+    std::vector<ParameterDescription> keys = Class().describe();
+    std::erase_if(keys, [this](auto& key) { return std::string(key.key) == contract.hiddenKey; });
+    first->SetParameter(TextWithNumbers(keys, random).c_str(), 1);
     const std::string text = PendingText(*first.Get());
     second->SetParameter(text.c_str(), 1);
     ASSERT_EQ(PendingText(*second.Get()), text);
@@ -464,6 +494,14 @@ TEST_P(FilterContract, TextsReadBack) {
       ASSERT_EQ(ActiveText(*first.Get()), text);
     }
   }
+}
+
+// The number 1 in the format of a key.
+std::string OneAsPrinted(const ParameterDescription& key) {
+  const bool isDouble = key.kind == ParameterKind::Double;
+  const char* const precision = std::strstr(key.printed, "%.");
+  const auto digits = static_cast<std::size_t>(precision ? precision[2] - '0' : isDouble ? 6 : 1);
+  return isDouble ? "1." + std::string(digits, '0') : std::string(digits - 1, '0') + "1";
 }
 
 TEST_P(FilterContract, AbsentKeysKeepTheirValues) {
@@ -480,8 +518,8 @@ TEST_P(FilterContract, AbsentKeysKeepTheirValues) {
     filter->SetParameter((item + "001").c_str(), 1);
     ASSERT_NE(expected.find(item), std::string::npos);
     const auto at = expected.find(item) + item.size();
-    const auto digits = std::min(expected.find_first_of(" ,", at), expected.size()) - at;
-    expected.replace(at, digits, std::string(digits - 1, '0') + "1");
+    expected.replace(at, std::min(expected.find_first_of(" ,", at), expected.size()) - at,
+                     OneAsPrinted(key));
     EXPECT_EQ(PendingText(*filter.Get()), expected) << key.key;
   }
 }

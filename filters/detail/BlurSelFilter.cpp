@@ -1,0 +1,34 @@
+#include "filters/detail/BlurSelFilter.h"
+
+#include "filters/detail/GaussRectangle.h"
+
+std::span<const ParameterRow<BlurSelParameters>> BlurSelParameters::Rows() {
+  using P = BlurSelParameters;
+  static constexpr ParameterRow<P> kRows[] = {
+      {"Percent",
+       "Percent=%d",
+       &P::percent,
+       {.least = 1, .greatest = 500, .gloss = "width of the bell within its window"}},
+      {"Threshold",
+       ",Threshold=%.1f",
+       &P::threshold,
+       {.least = 0.1, .gloss = "three times the difference that still counts as like"}},
+      {"Radius",
+       ",Radius=%f",
+       &P::radius,
+       {.least = 0.1, .greatest = 50, .gloss = "radius in pixels"}}};
+  return kRows;
+}
+
+bool CBlurSelFilter::ChangeRectangle(const PullRectangle& rectangle) {
+  constexpr float kLeastThreshold = 0.1f;
+  const double radius = kernels::UsedGaussRadius(active.radius);
+  const auto third = static_cast<float>(static_cast<float>(active.threshold) / 3.0);
+  return ChangeRectangleByGauss(
+      rectangle,
+      {.method = kernels::GaussMethod::SelectiveBlur,
+       .taps = kernels::MakeGaussTaps(kernels::ZoomedGaussRadius(radius, zoom),
+                                      kernels::WidenedGaussSigma(radius, active.percent)),
+       .threshold = third < kLeastThreshold ? kLeastThreshold : third},
+      abort);
+}

@@ -1,0 +1,41 @@
+#include "filters/detail/UnsharpMaskFilter.h"
+
+#include "filters/detail/GaussRectangle.h"
+
+// The key `On` is found inside `OnLuminanceOnly` first, where no number follows: a text that holds
+// both leaves `on` as it was.
+std::span<const ParameterRow<UnsharpMaskParameters>> UnsharpMaskParameters::Rows() {
+  using P = UnsharpMaskParameters;
+  static constexpr ParameterRow<P> kRows[] = {
+      {"Percent", "Percent=%d", &P::percent, {.least = 1, .greatest = 500, .gloss = "strength"}},
+      {"Radius",
+       ",Radius=%lf",
+       &P::radius,
+       {.least = 0.1, .greatest = 50, .gloss = "radius in pixels"}},
+      {"Threshold",
+       ",Threshold=%d",
+       &P::threshold,
+       {.greatest = 255, .gloss = "least difference that is sharpened"}},
+      {"OnLuminanceOnly",
+       ",OnLuminanceOnly=%d",
+       &P::onLuminanceOnly,
+       {.greatest = 1, .gloss = "1: brightness alone, 0: all channels"}},
+      {"On", ",On=%d", &P::on, {.greatest = 1, .gloss = "kept, without effect"}}};
+  return kRows;
+}
+
+bool CUnsharpMaskFilter::ChangeRectangle(const PullRectangle& rectangle) {
+  // Here window and bell both follow the zoom.
+  const double radius = kernels::ZoomedGaussRadius(kernels::UsedGaussRadius(active.radius), zoom);
+  kernels::GaussChange change = {
+      .method = kernels::GaussMethod::SharpenBrightness,
+      .taps = kernels::MakeGaussTaps(radius, radius / 2.5),
+      .threshold = static_cast<float>(active.threshold),
+      .amount = static_cast<float>(static_cast<float>(active.percent) / 100.0)};
+  kernels::NormalizeGaussTaps(change.taps);
+  if (active.onLuminanceOnly == 0) {
+    change.method = kernels::GaussMethod::Sharpen;
+    change.threshold = static_cast<float>(active.threshold * 3.0);  // of the three channels' sum
+  }
+  return ChangeRectangleByGauss(rectangle, change, abort);
+}

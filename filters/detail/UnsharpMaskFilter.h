@@ -1,0 +1,27 @@
+// Unsharp mask: sharpens by adding what a blur takes away.
+#pragma once
+
+#include <span>
+
+#include "core/FilterShapes.h"
+
+struct UnsharpMaskParameters {
+  std::int32_t percent = 120;        // strength; any number
+  double radius = 2.7;               // pixels
+  std::int32_t threshold = 0;        // least difference that is sharpened, in levels
+  std::int32_t onLuminanceOnly = 1;  // not 0: brightness alone
+  std::int32_t on = 1;               // travels with the text, without effect on the picture
+
+  static UnsharpMaskParameters ActiveStart() { return {0, 0.0, 0, 255, 0}; }
+  static constexpr int kLeastBuffer = 101;
+  static std::span<const ParameterRow<UnsharpMaskParameters>> Rows();
+};
+
+class CUnsharpMaskFilter final : public ParameterFilter<RectangleFilter, UnsharpMaskParameters> {
+ public:
+  explicit CUnsharpMaskFilter(const FilterClass& row)
+      : ParameterFilter(row, {.sourceResult = SourceResult::StopsUnlessZero}) {}
+
+ private:
+  bool ChangeRectangle(const PullRectangle& rectangle) override;
+};
