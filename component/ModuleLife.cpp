@@ -1,5 +1,10 @@
 #include "component/ModuleLife.h"
 
+#include "component/ModuleClasses.h"
+#include "core/Diagnostics.h"
+#include "settings/TraceLogStd.h"
+#include "settings/ZNDebugMonitor.h"
+
 namespace component {
 namespace {
 
@@ -15,11 +20,24 @@ void Attempt(Step step) noexcept {
 }  // namespace
 
 void ModuleStart() noexcept {
+  Attempt([] {
+    // Any address of the module stands for it.
+    StartLogging(reinterpret_cast<HMODULE>(&GetClassObject), true, false, nullptr);
+    core::SetLogSink(core::WriteToTraceLog);
+  });
   Attempt(JoinComponentRuntime);
 }
 
 void ModuleStop() noexcept {
   Attempt(LeaveComponentRuntime);
+  Attempt([] {
+    EndDebugMonitor();
+    TraceLog::StopLogging(false);
+  });
+}
+
+void ModuleStopAtProcessEnd() noexcept {
+  Attempt(StopLoggingAtProcessEnd);
 }
 
 }  // namespace component

@@ -8,6 +8,10 @@ namespace component {
 void ModuleStart() noexcept;
 void ModuleStop() noexcept;
 
+// The latter where the process ends and other modules may be gone already: only the log has a last
+// line to write.
+void ModuleStopAtProcessEnd() noexcept;
+
 // The module's part in the component runtime; each system has its own.
 void JoinComponentRuntime();
 void LeaveComponentRuntime();

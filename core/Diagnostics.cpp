@@ -5,27 +5,45 @@
 
 #include "base/KvString.h"
 #include "platform/Services.h"
+#include "settings/TraceLogStd.h"
 
 namespace core {
 namespace {
-std::atomic<LogSink> logSink{nullptr};
+
+constexpr int kOwnLevel = 0;  // which -1 stands for
+
+void WriteToDebugOutput(int, const char* line) {
+  platform::CurrentServices().desktop->WriteDebugOutput(line);
 }
 
+std::atomic<LogSink> logSink{WriteToDebugOutput};
+
+void GiveTo(LogSink sink, int level, const char* format, va_list arguments) {
+  KvString line;
+  line.FormatV(format, arguments);
+  sink(level, line);
+}
+
+}  // namespace
+
 void SetLogSink(LogSink sink) {
-  logSink = sink;
+  logSink = sink ? sink : WriteToDebugOutput;
+}
+
+void WriteToTraceLog(int level, const char* line) {
+  TraceLog(kOwnLevel).Write(level, line, true);
 }
 
 void LogLine(int level, const char* format, ...) {
-  KvString line;
+  const LogSink sink = logSink;
   va_list arguments;
   va_start(arguments, format);
-  line.FormatV(format, arguments);
-  va_end(arguments);
-  if (const LogSink sink = logSink) {
-    sink(level, line);
+  if (sink == WriteToTraceLog) {
+    TraceLog(kOwnLevel).FormatV(level, format, arguments);  // which asks before it formats
   } else {
-    platform::CurrentServices().desktop->WriteDebugOutput(static_cast<const char*>(line));
+    GiveTo(sink, level, format, arguments);
   }
+  va_end(arguments);
 }
 
 void ShowLines(const std::string& lines, const std::string& caption) {

@@ -10,8 +10,12 @@ namespace core {
 // Takes a finished line and its level; -1 is always of interest, 5 and above hardly ever.
 using LogSink = void (*)(int level, const char* line);
 
-// Where lines go. Without a sink they go to the debugger output. Set once, at module start.
+// Where lines go: to the debugger output, until the module has started the trace log; null is the
+// debugger output again.
 FXBOX_API void SetLogSink(LogSink sink);
+
+// The trace log as a sink. Lines of a level that it does not want cost next to nothing.
+void WriteToTraceLog(int level, const char* line);
 
 #if defined(__GNUC__)
 __attribute__((format(printf, 2, 3)))

@@ -126,6 +126,10 @@ class Desktop {
   // Shows a text and waits until it is dismissed. On a system without a desktop it goes to the
   // standard error output and does not wait.
   virtual void ShowMessage(const std::string& text, const std::string& caption) = 0;
+  // Asks with the buttons of `style`, whose bits are those of the system's message boxes, and gives
+  // the number of the one that was chosen. Where nobody is there to be asked, the text goes to the
+  // standard error output and the default button is the answer.
+  virtual int Ask(const std::string& text, const std::string& caption, unsigned style) = 0;
   virtual void Beep(int hertz, int milliseconds) = 0;
   // A line for whoever watches the debugger output.
   virtual void WriteDebugOutput(const std::string& text) = 0;

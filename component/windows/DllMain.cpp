@@ -14,8 +14,9 @@ BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, void* processEnds) {
     DisableThreadLibraryCalls(module);
     component::ModuleStart();
   }
-  // At the end of the process other DLLs may be gone already: nothing is left to be undone.
-  if (reason == DLL_PROCESS_DETACH && !processEnds) component::ModuleStop();
+  if (reason == DLL_PROCESS_DETACH) {
+    processEnds ? component::ModuleStopAtProcessEnd() : component::ModuleStop();
+  }
   return TRUE;
 }
 

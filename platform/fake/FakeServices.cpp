@@ -175,6 +175,11 @@ void RecordingDesktop::ShowMessage(const std::string& text, const std::string& c
   messages.push_back({text, caption});
 }
 
+int RecordingDesktop::Ask(const std::string& text, const std::string& caption, unsigned) {
+  ShowMessage(text, caption);
+  return answer;
+}
+
 void RecordingDesktop::Beep(int hertz, int milliseconds) {
   const std::lock_guard guard(lock);
   tones.push_back({hertz, milliseconds});

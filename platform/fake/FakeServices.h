@@ -129,12 +129,14 @@ class RecordingDesktop final : public Desktop {
   };
 
   void ShowMessage(const std::string& text, const std::string& caption) override;
+  int Ask(const std::string& text, const std::string& caption, unsigned style) override;
   void Beep(int hertz, int milliseconds) override;
   void WriteDebugOutput(const std::string& text) override;
 
   std::vector<Message> messages;
   std::vector<Tone> tones;
   std::vector<std::string> debugOutput;
+  int answer = 1;  // to what is asked
 
  private:
   std::mutex lock;

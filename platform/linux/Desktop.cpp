@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "base/CodePage.h"
+#include "platform/MessageButtons.h"
 #include "platform/SystemServices.h"
 
 namespace platform {
@@ -21,6 +22,11 @@ class ErrorOutputDesktop final : public Desktop {
  public:
   void ShowMessage(const std::string& text, const std::string& caption) override {
     WriteToErrorOutput(base::ToUtf8(caption + ": " + text + "\n"));
+  }
+
+  int Ask(const std::string& text, const std::string& caption, unsigned style) override {
+    ShowMessage(text, caption);
+    return DefaultButton(style);
   }
 
   void Beep(int, int) override {
