@@ -99,7 +99,7 @@ HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, i
     if (PassesThrough()) return PassOn(rows);
     const bool current = BringUpToDate();
     if (policy.abortAnswersDone && abort) return S_OK;
-    if (!current && !(policy.givesOutFailures && Result())) return kPullStopped;
+    if (!current && !(policy.givesOutFailures && HoldsResult())) return kPullStopped;
     PrepareCopy(rows);
     if (!CopyOut(rows)) {
       if (policy.abortMarksChange) selfChanged = true;
@@ -112,6 +112,7 @@ HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, i
 }
 
 HRESULT WholePictureFilter::PassOn(const PullRectangle& r) {
+  DropPictures();
   const HRESULT sourceAnswer = source->ReadRows(r.destX, r.destY, r.srcX, r.srcY, r.width, r.height,
                                                 r.colourRows, r.maskRows);
   if (sourceAnswer != S_OK && !policy.passesFailuresOver) {
@@ -120,6 +121,17 @@ HRESULT WholePictureFilter::PassOn(const PullRectangle& r) {
   }
   ClearChanges();
   return S_OK;
+}
+
+void WholePictureFilter::DropPictures() {
+  inputPicture.reset();
+  outputPicture.reset();
+}
+
+// After a failed rebuild the picture may be that of another result, or missing.
+bool WholePictureFilter::HoldsResult() const {
+  const MemoryPicture* const picture = Result();
+  return picture && picture->Width() >= result.width && picture->Height() >= result.height;
 }
 
 bool WholePictureFilter::BringUpToDate() {

@@ -140,8 +140,10 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   };
   WholePictureFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
-  // While this holds, rows go from the source to the caller as they are, past the pictures.
+  // While this holds, rows go from the source to the caller as they are, and no picture is kept.
   virtual bool PassesThrough() { return false; }
+  // For a class that keeps more than the two pictures.
+  virtual void DropPictures();
   // Fills the picture that answers come from, EnsurePictures included; false when it could not
   // (abort, failed source, no memory). Works with the sizes of `pulled` and `result`.
   virtual bool Rebuild() = 0;
@@ -169,6 +171,7 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   }
   HRESULT PassOn(const PullRectangle& rectangle);
   bool BringUpToDate();
+  bool HoldsResult() const;
   bool CopyOut(const PullRectangle& rectangle);
 
   const Policy policy;

@@ -32,6 +32,8 @@
 #include "filters/detail/WeichFilter.h"
 #include "filters/frames/PasspartoutFilter.h"
 #include "filters/frames/SchattenFilter.h"
+#include "filters/geometry/DrehFilter.h"
+#include "filters/geometry/OffsetFilter.h"
 #include "filters/geometry/Scale100Filter.h"
 #include "filters/geometry/ScaleFilter.h"
 
@@ -80,7 +82,7 @@ constexpr FilterClass kClasses[] = {
         5000, "icons_passpartout", "PrintPad", nullptr, nullptr, "Pad to a paper ratio", kNotBuilt),
     Row(4, "CDrehFilter", "ZNFilter.Rotate.1", Guid("{2D385093-52B2-4199-B632-15D9C4739D6F}"), 5000,
         "icons4_rotate", "IDS_DREH_NAME", "HLP_DREH", "Angle=0.000,MirrorOn=0", "Rotate and mirror",
-        kNotBuilt),
+        kBuilt<CDrehFilter>),
     Row(5, "CCropFilter", "ZNFilter.Crop.1", Guid("{2D7EC5FC-A8A1-4466-814D-90A4702A3D8C}"), 200,
         "icons4_crop", "IDS_CROP_NAME", nullptr, nullptr, "Crop", kNotBuilt),
     Row(6, "CScaleFilter", "ZNFilter.Scale.1", Guid("{500A3A0A-7073-4CB4-8493-D3603D40B9A5}"), 500,
@@ -232,7 +234,7 @@ constexpr FilterClass kClasses[] = {
         "HLP_TRANS", "Transparency=000", "Transparency", kBuilt<CTransFilter>),
     Row(41, "COffsetFilter", "ZNFilter.Offset.1", Guid("{0943494A-2096-448F-B6A6-C471DF51BC16}"),
         5000, "icons4_shift", "IDS_OFFSET_NAME", "HLP_OFFSET", "OffsetX=000,OffsetY=000",
-        "Move the picture", kNotBuilt),
+        "Move the picture", kBuilt<COffsetFilter>),
     Row(42, "CImgBgFilter", "ZNFilter.ImgBg.1", Guid("{704D1FB5-8883-4CB4-8422-281EA17DC77B}"),
         5000, "icons4_colorfiller", "IDS_IMGBG_NAME", "HLP_IMGBG",
         "Red=180,Green=180,Blue=180,Transparency=000", "Background colour", kBuilt<CImgBgFilter>),

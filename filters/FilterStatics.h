@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "base/Export.h"
 #include "core/ParameterText.h"
@@ -60,6 +61,8 @@ struct RotationRecord {
   std::int32_t centerX = 0, centerY = 0;  // of the turn, from the picture's middle, in pixels
   bool alignLeftBottom = false;           // the result's offset stays the input's
 
+  static RotationRecord ActiveStart() { return {}; }
+  static constexpr int kLeastBuffer = 101;
   FXBOX_API static std::span<const ParameterRow<RotationRecord>> Rows();
 };
 

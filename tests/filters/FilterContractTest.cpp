@@ -181,6 +181,15 @@ const Contract kContracts[] = {
      .text = "KeepProportions=0, HorizontalProz=60, VerticalProz=100",
      .abortMarksChange = true,
      .pixelsOfItsOwn = true},
+    {.className = "CDrehFilter",
+     .pull = Pull::WholePicture,
+     .text = "Angle=12.5, MirrorOn=1",
+     .abortMarksChange = true,
+     .pixelsOfItsOwn = true},
+    {.className = "COffsetFilter",
+     .pull = Pull::PassesOn,
+     .text = "OffsetX=7, OffsetY=-12",
+     .newObjectIsDirty = false},
     {.className = "CNullFilter",
      .pull = Pull::PassesOn,
      .newObjectIsDirty = false,
@@ -499,8 +508,8 @@ TEST_P(FilterContract, TextsReadBack) {
 // The number 1 in the format of a key.
 std::string OneAsPrinted(const ParameterDescription& key) {
   const bool isDouble = key.kind == ParameterKind::Double;
-  const char* const precision = std::strstr(key.printed, "%.");
-  const auto digits = static_cast<std::size_t>(precision ? precision[2] - '0' : isDouble ? 6 : 1);
+  const char* const precision = std::strchr(std::strchr(key.printed, '%'), '.');
+  const auto digits = static_cast<std::size_t>(precision ? precision[1] - '0' : isDouble ? 6 : 1);
   return isDouble ? "1." + std::string(digits, '0') : std::string(digits - 1, '0') + "1";
 }
 

@@ -149,6 +149,8 @@ test_fit_and_size() {
   cmp -s in.ppm large.ppm || fail 'a picture that fits is changed'
   run 0 size -c 'ZNFilter.Sepia.1(Sepia=050)' 6000x4000
   output_is 6000x4000
+  run 0 size -c 'ZNFilter.Offset.1(OffsetX=5)ZNFilter.Rotate.1(Angle=7.5)' 60x40
+  output_is 67x54
   run 2 size -c '' 6000
   error_is 'fxbox: SIZE: "6000" is no size such as 640x480'
 }

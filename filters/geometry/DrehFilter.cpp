@@ -1,0 +1,141 @@
+#include "filters/geometry/DrehFilter.h"
+
+#include <cmath>
+#include <new>
+
+#include "base/Arithmetic.h"
+#include "filters/tools/Shears.h"
+
+using kernels::QuarterTurn;
+using kernels::RotationGeometry;
+
+namespace {
+
+RotationGeometry Geometry(const RotationRecord& parameters, const PictureInfo& given) {
+  return kernels::ComputeRotation(parameters.angle, parameters.centerX, parameters.centerY,
+                                  given.width, given.height);
+}
+
+}  // namespace
+
+// A new filter keeps the corner in its place; the record's default, which it starts active with,
+// does not.
+CDrehFilter::CDrehFilter(const FilterClass& row)
+    : ParameterFilter(
+          row, {.abortMarksChange = true, .givesOutFailures = true, .passesFailuresOver = true}) {
+  pending.alignLeftBottom = true;
+}
+
+// Unlike the readers of records, this one leaves alone what the text leaves out. An infinite angle
+// counts as none: its text could not be read back.
+void CDrehFilter::ReadText(const char* text) {
+  const double before = pending.angle;
+  ParameterFilter::ReadText(text);
+  if (!std::isfinite(pending.angle)) pending.angle = before;
+}
+
+void CDrehFilter::Commit() {
+  ParameterFilter::Commit();
+  if (input.width < 1 || input.height < 1) return;
+  const RotationGeometry turn = Geometry(active, input);
+  output.width = base::LimitToInt32(turn.width);
+  output.height = base::LimitToInt32(turn.height);
+  output.extentWidth = output.width;
+  output.extentHeight = output.height;
+  if (!turn.isQuarterTurn) {
+    output.extentWidth -= 2 * kernels::kTurnMarginX;
+    output.extentHeight -= 2 * kernels::kTurnMarginY;
+  }
+  if (!active.alignLeftBottom) {
+    output.offsetX = turn.MapX(input.offsetX);
+    output.offsetY = turn.MapY(input.offsetY);
+  } else if (!turn.isQuarterTurn) {
+    output.offsetX = base::WrapToInt32(std::int64_t{input.offsetX} + kernels::kTurnMarginX);
+    output.offsetY = base::WrapToInt32(std::int64_t{input.offsetY} + kernels::kTurnMarginY);
+  }
+}
+
+HRESULT CDrehFilter::SetMark(int a, int b) {
+  mark[0] = a;
+  mark[1] = b;
+  return S_OK;
+}
+
+HRESULT CDrehFilter::GetMark(int* a, int* b) {
+  if (!a || !b) return E_POINTER;
+  *a = answer[0];
+  *b = answer[1];
+  return S_OK;
+}
+
+HRESULT CDrehFilter::QuerySize(int* width, int* height, double aspect) {
+  if (!width || !height) return E_POINTER;
+  const double scaleX = static_cast<double>(input.width) / output.width;
+  const double scaleY = static_cast<double>(input.height) / output.height;
+  const HRESULT status = ParameterFilter::QuerySize(width, height, aspect * scaleY / scaleX);
+  if (*width > 0 && *height > 0) {
+    *width = base::TruncateToInt32(*width * scaleX);
+    *height = base::TruncateToInt32(*height * scaleY);
+  }
+  return status;
+}
+
+void CDrehFilter::DropPictures() {
+  ParameterFilter::DropPictures();
+  intermediate.reset();
+  intermediateWidth = intermediateHeight = 0;
+}
+
+// A source that failed is turned as far as it came.
+bool CDrehFilter::Rebuild() {
+  if (pulled.width < 1 || pulled.height < 1) return false;
+  const RotationRecord parameters = active;
+  const RotationGeometry turn = Geometry(parameters, pulled);
+  // Too large for a picture, or prepared anew by another thread.
+  if (turn.width != result.width || turn.height != result.height) return false;
+  // The largest first: what is refused must not cost the memory of the others.
+  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
+  if (!turn.isQuarterTurn && !EnsureIntermediate(turn.ShearedWidth(), turn.turnedHeight)) {
+    return false;
+  }
+  if (!EnsurePictures(pulled.width, pulled.height, 0, 0)) return false;
+  const bool isComplete = PullInput(*inputPicture);
+  const auto given = std::move(inputPicture);  // goes with this computation, whatever happens
+  const QuarterTurn turned(
+      {given->ColourRows(), given->MaskRows(), 0, 0, pulled.width, pulled.height},
+      turn.quarterTurns, parameters.mirrorOn);
+  const bool isTurned = turn.isQuarterTurn ? Turn(turned) : Shear(turned, turn);
+  return isTurned && isComplete;
+}
+
+bool CDrehFilter::Turn(const QuarterTurn& turned) {
+  for (int y = 0; y < turned.Height(); y += QuarterTurn::kTile) {
+    if (abort) return false;
+    turned.ReadRows(y, std::min(QuarterTurn::kTile, turned.Height() - y),
+                    outputPicture->ColourRows(), outputPicture->MaskRows());
+  }
+  return true;
+}
+
+bool CDrehFilter::Shear(const QuarterTurn& turned, const RotationGeometry& turn) {
+  kernels::Shears shears(turn, {intermediate.get(), static_cast<int>(intermediateWidth),
+                                static_cast<int>(intermediateHeight)});
+  for (int y = 0; y < turned.Height(); y += QuarterTurn::kTile) {
+    if (abort) return false;
+    shears.TakeRows(turned, y, std::min(QuarterTurn::kTile, turned.Height() - y));
+  }
+  for (int y = 0; y < result.height; ++y) {
+    if (abort) return false;
+    shears.ReadRow(y, outputPicture->ColourRows()[y], outputPicture->MaskRows()[y]);
+  }
+  return true;
+}
+
+bool CDrehFilter::EnsureIntermediate(std::int64_t width, std::int64_t height) {
+  if (intermediate && intermediateWidth == width && intermediateHeight == height) return true;
+  intermediate.reset();
+  intermediateWidth = width;
+  intermediateHeight = height;
+  intermediate.reset(new (std::nothrow) kernels::Quad[static_cast<std::size_t>(width * height)]);
+  return intermediate != nullptr;
+}
