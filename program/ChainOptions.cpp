@@ -6,6 +6,7 @@
 
 #include "program/ChainCheck.h"
 #include "program/Messages.h"
+#include "program/Presets.h"
 
 namespace program {
 namespace {
@@ -26,7 +27,8 @@ std::string ReadChainFile(const std::string& file) {
 void AddChainOptions(CLI::App& command, ChainOptions& options) {
   command
       .add_option("-c,--chain", options.chain,
-                  "Chain text: 'ZNFilter.Sepia.1(Sepia=050)ZNFilter.Invert.1(Inversity=100)'")
+                  "Chain text: 'ZNFilter.Sepia.1(Sepia=050)ZNFilter.Invert.1(Inversity=100)'; "
+                  "ZNFilter.GradCurves.1 takes a preset too: '(@FILE.fp2)'")
       ->type_name("CHAIN");
   command
       .add_option("-f,--file", options.file,
@@ -47,7 +49,8 @@ ChainText TakeChain(const ChainOptions& options, IAnimFilterCreator& creator) {
     throw UsageError("give the chain with -c or with -f, not both");
   if (!options.chain && !options.file)
     throw UsageError("the chain is missing: give it with -c or -f");
-  const std::string outside = options.chain ? *options.chain : ReadChainFile(*options.file);
+  const std::string given = options.chain ? *options.chain : ReadChainFile(*options.file);
+  const std::string outside = ExpandPresets(given, options.open, options.close);
   ChainText chain{ChainTextOf(outside), ChainTextOf(options.open), ChainTextOf(options.close)};
   if (options.lenient) return chain;
   try {

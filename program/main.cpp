@@ -31,6 +31,7 @@ void AddCommands(CLI::App& app, Action& action) {
   AddDescribeCommand(app, action);
   AddTextCommand(app, action);
   AddSizeCommand(app, action);
+  AddCurveCommand(app, action);
   AddModuleCommands(app, action);
 }
 

@@ -41,6 +41,17 @@ inline void StorePiece(std::uint8_t* at, const Piece& piece) {
   __builtin_memcpy(at, &piece, sizeof piece);
 }
 
+// The bytes at these places of a piece.
+[[gnu::always_inline]] inline Piece Shuffle(const Piece& from, const Piece& places) {
+#if defined(__clang__)
+  Piece shuffled;
+  for (int i = 0; i < 16; ++i) shuffled[i] = from[places[i]];
+  return shuffled;
+#else
+  return __builtin_shuffle(from, places);
+#endif
+}
+
 // The pixel of each byte.
 constexpr Piece kPieces[] = {{0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5},
                              {5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10},
@@ -50,7 +61,7 @@ constexpr Piece kPieces[] = {{0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5},
 inline void SpreadMasks(std::uint8_t* spread, const std::uint8_t* mask) {
   for (int x = 0; x < kMixedPixels; x += 16) {
     for (const Piece& pixels : kPieces) {
-      StorePiece(spread, __builtin_shuffle(LoadPiece(mask + x), pixels));
+      StorePiece(spread, Shuffle(LoadPiece(mask + x), pixels));
       spread += sizeof pixels;
     }
   }
@@ -122,7 +133,7 @@ inline void MixBlock(std::uint8_t* colour, std::uint8_t* mask, const std::uint8_
   for (int x = 0; x < kMixedPixels; x += 16) {
     const Piece masks = LoadPiece(mask + x);
     for (const Piece& pixels : kPieces) {
-      const auto m = __builtin_convertvector(__builtin_shuffle(masks, pixels), PieceWords);
+      const auto m = __builtin_convertvector(Shuffle(masks, pixels), PieceWords);
       const auto c = __builtin_convertvector(LoadPiece(colour), PieceWords);
       const auto fill = __builtin_convertvector(LoadPiece(fills), PieceWords);
       const PieceWords sum = c * (255 - m) + fill * m;

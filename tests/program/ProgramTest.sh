@@ -307,6 +307,44 @@ test_text() {
   output_is "$chain"
 }
 
+# preset FILE: a first version whose red curve takes all levels to 200.
+preset() {
+  printf 'Gradation, Version 1\n' >"$1"
+  for ends in '  0,   0 255, 255' '  0, 200 255, 200' '  0,   0 255, 255' '  0,   0 255, 255'; do
+    printf 'Anzahl=  2\nSelektierter=  1\n#  1 (x, y)=%s\n#  2 (x, y)=%s\n' \
+      "$(echo "$ends" | cut -c1-8)" "$(echo "$ends" | cut -c10-)" >>"$1"
+  done
+}
+
+test_curve() {
+  picture in.ppm
+  preset old.fp2
+  run 0 apply -c 'ZNFilter.GradCurves.1( @old.fp2 )' -o out.ppm in.ppm
+  file_is out.ppm 'P6\n3 2\n255\n\310\000\000\310\377\377\310\000\000\310\377\000\310\000\377\310\226\310'
+  run 0 curve old.fp2 -o new.fp2
+  output_is ''
+  run 0 curve new.fp2
+  sed '$d' stdout >curves
+  printf 'new.fp2: gradation, version 2, splines\n  luminance: (0, 0) (255, 255)\n  red: (0, 200) (255, 200)\n' >wanted
+  printf '  green: (0, 0) (255, 255)\n  blue: (0, 0) (255, 255)\n' >>wanted
+  cmp -s curves wanted || fail 'another description of new.fp2'
+  run 0 apply -c "ZNFilter.GradCurves.1($(tail -n 1 stdout))" -o again.ppm in.ppm
+  cmp -s out.ppm again.ppm || fail 'the text of the preset gives another picture'
+
+  head -c 100 old.fp2 >cut.fp2
+  run 1 curve cut.fp2 -o cut.fp2
+  error_is 'fxbox: cut.fp2: no preset of the gradation filter: line 6: the file ends too early'
+  run 2 apply -c 'ZNFilter.GradCurves.1(@cut.fp2)' -o none.ppm in.ppm
+  error_is 'fxbox: cut.fp2: no preset of the gradation filter: line 6: the file ends too early'
+  run 1 curve missing.fp2
+  error_is 'fxbox: missing.fp2: the preset cannot be read'
+  run 2 curve
+  run 2 curve old.fp2 --list
+  run 1 curve --list
+  error_is 'fxbox: the settings name no folder of presets'
+  is_missing none.ppm
+}
+
 test_json_report() {
   picture in.ppm
   run 1 apply --json -c '' -o out in.ppm missing.ppm
