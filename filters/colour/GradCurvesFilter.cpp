@@ -150,7 +150,7 @@ bool CGradCurvesFilter::ChangeRectangle(const PullRectangle& rectangle) {
   const int width = rectangle.width;
   return rectangle.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
     if (!colour) return;
-    if (keepsColours) kernels::ActiveLuminanceKernel()(colour, width, luminance);
+    if (keepsColours) kernels::ActiveYiqKernel()(colour, width, luminance);
     kernels::ActiveByteTableKernels().mapChannels(colour, colour, width, channels);
   });
 }

@@ -32,18 +32,18 @@ void MapLuminance(std::uint8_t* colour, int width, const ByteTable& table) {
   }
 }
 
-LuminanceKernel LuminanceKernelFor(SimdLevel level) {
+YiqKernel YiqKernelFor(SimdLevel level) {
 #if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512LuminanceKernel();
-  if (level == SimdLevel::Avx2) return Avx2LuminanceKernel();
+  if (level == SimdLevel::Avx512) return Avx512YiqKernel();
+  if (level == SimdLevel::Avx2) return Avx2YiqKernel();
 #else
   static_cast<void>(level);
 #endif
   return MapLuminance;
 }
 
-LuminanceKernel ActiveLuminanceKernel() {
-  static const LuminanceKernel kernel = LuminanceKernelFor(ActiveSimdLevel());
+YiqKernel ActiveYiqKernel() {
+  static const YiqKernel kernel = YiqKernelFor(ActiveSimdLevel());
   return kernel;
 }
 

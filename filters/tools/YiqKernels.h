@@ -19,16 +19,16 @@ namespace kernels {
 FXBOX_API void MapLuminance(std::uint8_t* colour, int width, const ByteTable& table);
 
 // The same function, byte for byte, at the speed of a vector unit.
-using LuminanceKernel = void (*)(std::uint8_t* colour, int width, const ByteTable& table);
+using YiqKernel = void (*)(std::uint8_t* colour, int width, const ByteTable& table);
 
 // The kernel of a level, which the processor must be able to run.
-FXBOX_API LuminanceKernel LuminanceKernelFor(SimdLevel level);
+FXBOX_API YiqKernel YiqKernelFor(SimdLevel level);
 
 // The kernel of ActiveSimdLevel().
-FXBOX_API LuminanceKernel ActiveLuminanceKernel();
+FXBOX_API YiqKernel ActiveYiqKernel();
 
-// The kernels of the sibling files; only LuminanceKernelFor asks for them.
-LuminanceKernel Avx2LuminanceKernel();
-LuminanceKernel Avx512LuminanceKernel();
+// The kernels of the sibling files; only YiqKernelFor asks for them.
+YiqKernel Avx2YiqKernel();
+YiqKernel Avx512YiqKernel();
 
 }  // namespace kernels

@@ -22,7 +22,7 @@ void MapLuminanceAvx2(std::uint8_t* colour, int width, const ByteTable& table) {
 
 }  // namespace
 
-LuminanceKernel Avx2LuminanceKernel() {
+YiqKernel Avx2YiqKernel() {
   return MapLuminanceAvx2;
 }
 

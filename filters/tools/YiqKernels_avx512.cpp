@@ -22,7 +22,7 @@ void MapLuminanceAvx512(std::uint8_t* colour, int width, const ByteTable& table)
 
 }  // namespace
 
-LuminanceKernel Avx512LuminanceKernel() {
+YiqKernel Avx512YiqKernel() {
   return MapLuminanceAvx512;
 }
 
