@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "program/ApplyRun.h"
+#include "tests/platform/Support.h"
 
 namespace program {
 namespace {
@@ -33,11 +34,7 @@ void WriteChequeredSlopes(const std::filesystem::path& file) {
 
 class MeasurementsTest : public testing::Test {
  protected:
-  MeasurementsTest() {
-    std::filesystem::create_directories(folder);
-    WriteChequeredSlopes(folder / "in.ppm");
-  }
-  ~MeasurementsTest() override { std::filesystem::remove_all(folder); }
+  MeasurementsTest() { WriteChequeredSlopes(folder / "in.ppm"); }
 
   void Apply(const std::string& chain, std::optional<Size> fit, const char* input,
              const char* output) {
@@ -66,8 +63,7 @@ class MeasurementsTest : public testing::Test {
   }
 
   const platform::ComPtr<IAnimFilterCreator> creator = MakeCreator();
-  const std::filesystem::path folder =
-      std::filesystem::temp_directory_path() / "fxbox-measurements-test";
+  const testing_support::TemporaryFolder folder;
 };
 
 int WorstDifference(const std::vector<BYTE>& a, const std::vector<BYTE>& b) {
