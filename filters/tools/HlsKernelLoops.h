@@ -11,7 +11,7 @@
 #include <cstdint>
 
 #include "filters/tools/HlsChanges.h"
-#include "filters/tools/Plane.h"
+#include "filters/tools/WideDoubles.h"
 
 namespace kernels {
 namespace {

@@ -5,6 +5,7 @@
 #include "base/Rows.h"
 #include "filters/tools/ColourConversion.h"
 #include "filters/tools/HlsChanges.h"
+#include "filters/tools/WideDoubles.h"
 
 namespace kernels {
 namespace {
@@ -13,12 +14,7 @@ using base::kBlue;
 using base::kGreen;
 using base::kRed;
 
-struct Single {
-  using Doubles = double;
-  static double Set(double value) { return value; }
-  // What is no number gives the limit, as in the vector units.
-  static double Max(double value, double limit) { return value > limit ? value : limit; }
-  static double Min(double value, double limit) { return value < limit ? value : limit; }
+struct Single : OneDouble {
   static double LookUp(const double* table, double hue) { return table[static_cast<int>(hue)]; }
   static HueChangeOf<Single> LookUp(const HueChange* table, double hue) {
     const HueChange& change = table[static_cast<int>(hue)];

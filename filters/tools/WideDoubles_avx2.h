@@ -8,7 +8,7 @@
 #include <cstdint>
 
 #include "filters/tools/PixelBlocks_avx2.h"
-#include "filters/tools/Plane.h"
+#include "filters/tools/WideDoubles.h"
 
 namespace kernels {
 namespace {

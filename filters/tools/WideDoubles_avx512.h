@@ -9,7 +9,7 @@
 #include <cstdint>
 
 #include "filters/tools/PixelBlocks_avx512.h"
-#include "filters/tools/Plane.h"
+#include "filters/tools/WideDoubles.h"
 
 namespace kernels {
 namespace {

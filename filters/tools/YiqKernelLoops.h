@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "filters/tools/Plane.h"
+#include "filters/tools/WideDoubles.h"
 #include "filters/tools/YiqArithmetic.h"
 
 namespace kernels {

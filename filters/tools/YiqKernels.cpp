@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "base/Rows.h"
+#include "filters/tools/WideDoubles.h"
 #include "filters/tools/YiqArithmetic.h"
 
 namespace kernels {
@@ -12,20 +13,15 @@ using base::kBlue;
 using base::kGreen;
 using base::kRed;
 
-struct Single {
-  using Doubles = double;
-  static double Max(double value, double limit) { return value > limit ? value : limit; }
-  static double Min(double value, double limit) { return value < limit ? value : limit; }
-};
-
 }  // namespace
 
 void MapLuminance(std::uint8_t* colour, int width, const ByteTable& table) {
   for (int x = 0; x < width; ++x, colour += base::kBytesPerPixel) {
     const int index = LuminanceIndex(colour[kRed], colour[kGreen], colour[kBlue]);
-    const Rgb<Single> rgb = {static_cast<double>(colour[kRed]), static_cast<double>(colour[kGreen]),
-                             static_cast<double>(colour[kBlue])};
-    const Rgb<Single> mapped = WithLuminance(rgb, table[static_cast<std::size_t>(index)]);
+    const Rgb<OneDouble> rgb = {static_cast<double>(colour[kRed]),
+                                static_cast<double>(colour[kGreen]),
+                                static_cast<double>(colour[kBlue])};
+    const Rgb<OneDouble> mapped = WithLuminance(rgb, table[static_cast<std::size_t>(index)]);
     colour[kRed] = static_cast<std::uint8_t>(mapped.red);
     colour[kGreen] = static_cast<std::uint8_t>(mapped.green);
     colour[kBlue] = static_cast<std::uint8_t>(mapped.blue);
