@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 #include "base/Arithmetic.h"
 
@@ -78,6 +79,13 @@ HRESULT RectangleFilter::ReadRows(int destX, int destY, int srcX, int srcY, int 
                                   BYTE** colourRows, BYTE** maskRows) {
   return GuardPull([&]() -> HRESULT {
     if (!source) return kPullStopped;
+    std::optional<MemoryPicture> lent;
+    if (policy.needsMask && colourRows && !maskRows && width > 0 && height > 0) {
+      lent.emplace("mask", base::LimitToInt32(std::int64_t{destX} + width),
+                   base::LimitToInt32(std::int64_t{destY} + height), false, true);
+      maskRows = lent->MaskRows();
+      if (!maskRows) return kPullStopped;
+    }
     const HRESULT ended = EndBySource(
         policy.sourceResult,
         source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows));

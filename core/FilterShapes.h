@@ -103,6 +103,7 @@ class FXBOX_API RectangleFilter : public CPdibFilter {
   struct Policy {
     SourceResult sourceResult = SourceResult::StopsAboveZero;
     bool abortMarksChange = true;  // an abort sets `selfChanged`
+    bool needsMask = false;        // is lent mask rows when it works on colour rows alone
   };
   explicit RectangleFilter(const FilterClass& row) : RectangleFilter(row, {}) {}
   RectangleFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
@@ -149,8 +150,8 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   virtual bool Rebuild() = 0;
   // Before the rows of each pull are given out, with the request as it came, not cut.
   virtual void PrepareCopy(const PullRectangle&) {}
-  // Runs before a part of a row is given out, each time. For a class that finishes its result row by
-  // row as it is asked for.
+  // Runs before a part of a row is given out, each time. For a class that finishes its result row
+  // by row as it is asked for.
   virtual void FinishRow(int /*row*/) {}
   // Gives out a part of one row of the result. Either target may be null.
   virtual void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,

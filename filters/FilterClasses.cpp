@@ -31,6 +31,7 @@
 #include "filters/detail/UnsharpMaskFilter.h"
 #include "filters/detail/WeichFilter.h"
 #include "filters/frames/PasspartoutFilter.h"
+#include "filters/frames/RauchglasFilter.h"
 #include "filters/frames/SchattenFilter.h"
 #include "filters/geometry/DrehFilter.h"
 #include "filters/geometry/OffsetFilter.h"
@@ -247,7 +248,7 @@ constexpr FilterClass kClasses[] = {
         "IDS_SMOKY_NAME", "HLP_SMOKEDGLASS",
         "BordersizeOn=1,Borderhori=75,Borderverti=75,TotalHori=150,TotalVerti=150,Radius=5,"
         "Red=180,Green=180,Blue=180,Transparency=000,Poscorhori=000,Poscorverti=000",
-        "Smoked glass", kNotBuilt),
+        "Smoked glass", kBuilt<CRauchglasFilter>),
     Row(45, "CExposure2Filter", "ZNFilter.Exposure2.1",
         Guid("{1F62A67C-EED3-4D97-9256-6CEF6DD7E210}"), 5000, "icons_filter1", "IDS_EXPOSURE2_NAME",
         "HLP_EXPOSURE2", "Red=000,Green=000,Blue=000", "Exposure by channel",

@@ -22,11 +22,26 @@ ByteTable BuildGlazeTable(std::uint8_t colour, int percent) {
   return table;
 }
 
+ByteTable BuildTintTable(std::uint8_t colour, int percent) {
+  const std::int64_t kept = std::int64_t{percent} * 255 / 100;
+  const std::int64_t added = colour * (255 - kept) / 255;
+  ByteTable table;
+  for (int c = 0; c < 256; ++c) {
+    table[static_cast<std::size_t>(c)] = base::LowByte(c * kept / 255 + added);
+  }
+  return table;
+}
+
 }  // namespace
 
 ChannelTables BuildGlazeTables(Colour colour, int percent) {
   return {BuildGlazeTable(colour.blue, percent), BuildGlazeTable(colour.green, percent),
           BuildGlazeTable(colour.red, percent)};
+}
+
+ChannelTables BuildTintTables(Colour colour, int percent) {
+  return {BuildTintTable(colour.blue, percent), BuildTintTable(colour.green, percent),
+          BuildTintTable(colour.red, percent)};
 }
 
 void FillColour(std::uint8_t* row, int width, Colour colour) {

@@ -15,6 +15,10 @@ namespace kernels {
 // percentage outside 0..100 leads beyond a byte, its low eight bits are kept.
 FXBOX_API ChannelTables BuildGlazeTables(Colour colour, int percent);
 
+// What a pane of coloured glass makes of a channel: `percent` of the picture and the rest of the
+// colour, on the scale of a byte and each truncated by itself.
+FXBOX_API ChannelTables BuildTintTables(Colour colour, int percent);
+
 FXBOX_API void FillColour(std::uint8_t* row, int width, Colour colour);
 
 }  // namespace kernels

@@ -1,0 +1,56 @@
+#include "filters/frames/RauchglasFilter.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "filters/tools/Convolution.h"
+#include "filters/tools/MatKernels.h"
+#include "filters/tools/PaneLayout.h"
+
+std::span<const ParameterRow<RauchglasParameters>> RauchglasParameters::Rows() {
+  return kMatRows<RauchglasParameters>;
+}
+
+// The size at the end is for the reader of the text and never read.
+void CRauchglasFilter::PrintText(const RauchglasParameters& parameters, char* buffer, int size) {
+  char sizes[64];
+  std::snprintf(sizes, sizeof sizes, ", SrcWidth=%.4d, SrcHeight=%.4d",
+                std::max(input.width, input.extentWidth),
+                std::max(input.height, input.extentHeight));
+  CopyParameterText(PrintParameters(parameters) + sizes, RauchglasParameters::kLeastBuffer, buffer,
+                    size);
+}
+
+bool CRauchglasFilter::ChangeRectangle(const PullRectangle& rectangle) {
+  if (rectangle.width < 1 || rectangle.height < 1 || !rectangle.colourRows) return true;
+  const kernels::PaneSpan x =
+      kernels::LayOutPane(rectangle.width, active.borderhori, active.poscorhori);
+  const kernels::PaneSpan y =
+      kernels::LayOutPane(rectangle.height, active.borderverti, active.poscorverti);
+  PullRectangle pane = rectangle;
+  pane.destX += x.first;
+  pane.destY += y.first;
+  pane.width = x.last - x.first + 1;
+  pane.height = y.last - y.first + 1;
+  return Blur(rectangle, pane) && Tint(pane);
+}
+
+// Across the pane's edges the picture is seen as it was, beyond those of the request nothing is.
+bool CRauchglasFilter::Blur(const PullRectangle& rectangle, const PullRectangle& pane) const {
+  const int strength = std::clamp(active.radius, 0, 100);
+  if (strength == 0 || (pane.width < 3 && pane.height < 3)) return true;
+  return kernels::Convolve3x3(
+      kernels::BlendKernel(kernels::kSoftenTable, strength * zoom),
+      {rectangle.colourRows, rectangle.maskRows, rectangle.destX, rectangle.destY, rectangle.width,
+       rectangle.height},
+      {pane.destX - rectangle.destX, pane.destY - rectangle.destY, pane.width, pane.height}, abort);
+}
+
+bool CRauchglasFilter::Tint(const PullRectangle& pane) const {
+  if (active.transparency >= 100) return true;
+  const kernels::ChannelTables tables =
+      kernels::BuildTintTables({active.blue, active.green, active.red}, active.transparency);
+  return pane.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
+    kernels::ActiveByteTableKernels().mapChannels(colour, colour, pane.width, tables);
+  });
+}
