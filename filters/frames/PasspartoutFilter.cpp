@@ -121,7 +121,7 @@ bool CPasspartoutFilter::Rebuild() {
   if (!EnsurePictures(result.width, result.height, 0, 0)) return false;
   glaze =
       kernels::BuildGlazeTables({painted.blue, painted.green, painted.red}, painted.transparency);
-  inputPicture->Clear();
+  Clear();
   source->ReadRows(layout.x.place, layout.y.place, layout.x.source, layout.y.source,
                    layout.x.length, layout.y.length, inputPicture->ColourRows(),
                    inputPicture->MaskRows());
@@ -129,9 +129,30 @@ bool CPasspartoutFilter::Rebuild() {
   return !abort;
 }
 
+// What the source does not fill is nothing, and takes the colour of the mat behind it whatever it
+// had. A glaze does show what was there, and so does a mat of which nothing is seen.
+void CPasspartoutFilter::Clear() {
+  const bool glazed = PaintAlong(painted.borderhori) == Paint::Glaze ||
+                      PaintAlong(painted.borderverti) == Paint::Glaze;
+  if (glazed || painted.transparency < 0 || painted.transparency >= 100) {
+    inputPicture->Clear();
+  } else {
+    base::FillDib(inputPicture->Mask(), base::kNothing);
+  }
+}
+
+// Rows are asked for from the last to the first, but memory is read faster upwards: so a few at a
+// time are finished in that order.
 void CPasspartoutFilter::FinishRow(int y) {
+  constexpr int kTogether = 8;
   if (finished[static_cast<std::size_t>(y)]) return;
-  finished[static_cast<std::size_t>(y)] = true;
+  for (int i = std::max(0, y - kTogether + 1); i <= y; ++i) {
+    if (!finished[static_cast<std::size_t>(i)]) PaintRow(i);
+    finished[static_cast<std::size_t>(i)] = true;
+  }
+}
+
+void CPasspartoutFilter::PaintRow(int y) {
   if (y < layout.y.first) PaintTopBand(y);
   if (y > layout.y.last) PaintBottomBand(y);
   if (y >= layout.y.first && y <= layout.y.last) PaintBetween(y);
@@ -145,7 +166,7 @@ CPasspartoutFilter::Paint CPasspartoutFilter::PaintAlong(int border) const {
   return glazed ? Paint::Glaze : Paint::Solid;
 }
 
-void CPasspartoutFilter::PaintRow(Paint paint, int y, int from, int to) {
+void CPasspartoutFilter::PaintPart(Paint paint, int y, int from, int to) {
   if (from >= to) return;
   BYTE* const colour = inputPicture->ColourRows()[y] + base::ColourOffset(from);
   BYTE* const mask = inputPicture->MaskRows()[y] + from;
@@ -168,19 +189,19 @@ void CPasspartoutFilter::PaintTopBand(int y) {
     const std::int64_t strip = std::int64_t{painted.borderhori} + painted.poscorhori;
     side = static_cast<int>(std::clamp<std::int64_t>(strip, 0, result.width));
   }
-  PaintRow(Paint::Solid, y, 0, side);
-  PaintRow(paint, y, side, result.width - side);
-  PaintRow(Paint::Solid, y, result.width - side, result.width);
+  PaintPart(Paint::Solid, y, 0, side);
+  PaintPart(paint, y, side, result.width - side);
+  PaintPart(Paint::Solid, y, result.width - side, result.width);
 }
 
 void CPasspartoutFilter::PaintBottomBand(int y) {
-  PaintRow(PaintAlong(painted.borderverti), y, 0, result.width);
+  PaintPart(PaintAlong(painted.borderverti), y, 0, result.width);
 }
 
 void CPasspartoutFilter::PaintBetween(int y) {
   const Paint paint = PaintAlong(painted.borderhori);
-  PaintRow(paint, y, 0, layout.x.first);
-  PaintRow(paint, y, layout.x.last + 1, result.width);
+  PaintPart(paint, y, 0, layout.x.first);
+  PaintPart(paint, y, layout.x.last + 1, result.width);
   kernels::ActivePointKernels().putBackground(
       inputPicture->ColourRows()[y] + base::ColourOffset(layout.x.first),
       inputPicture->MaskRows()[y] + layout.x.first, layout.x.last - layout.x.first + 1,

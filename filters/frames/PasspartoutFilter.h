@@ -63,8 +63,10 @@ class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, Pass
 
   static Layout LayOut(const PasspartoutParameters& parameters, const PictureInfo& picture);
   bool Rebuild() override;
+  void Clear();
   void FinishRow(int y) override;
-  void PaintRow(Paint paint, int y, int from, int to);
+  void PaintRow(int y);
+  void PaintPart(Paint paint, int y, int from, int to);
   void PaintBottomBand(int y);
   void PaintTopBand(int y);
   void PaintBetween(int y);
