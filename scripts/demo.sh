@@ -14,6 +14,10 @@ ZNFilter.BlackWhiteness.1(BlackWhiteNess=050)
 ZNFilter.Sepia.1(Sepia=050)'
 # The photograph's light as a print of two inks, dark blue and cream.
 duo='ZNFilter.DuoColor.1(Intensity=080, ColorRed=020, ColorGreen=030, ColorBlue=090, Red2=255, Green2=240, Blue2=200)'
+# A cream mat with round corners, lit at its edges, and its shadow on white paper.
+framed='ZNFilter.Passpartout.1(Borderhori=024, Borderverti=024, Radius=030, Blue=225, Green=238, Red=244)
+ZNFilter.Shadow.1(LightDirection=1350, LightIntensity=025, ShadowDensity=070, ShadowBlur=060, ShadowDistance=012)
+ZNFilter.ImgBg.1(Blue=255, Green=255, Red=255)'
 
 mkdir -p demo-out
 printf '%s\n' "$chain" >demo-out/old-print.chain
@@ -25,6 +29,9 @@ cat demo-out/old-print.chain
 say "Another chain, given on the command line"
 echo "$duo"
 "$fxbox" apply --quiet -c "$duo" -o demo-out/two-inks.png "$photo"
+say "A frame with its shadow"
+echo "$framed"
+"$fxbox" apply --quiet -c "$framed" -o demo-out/framed.png "$photo"
 
 say "Written:"
 stat --format '      %n (%s bytes)' demo-out/*

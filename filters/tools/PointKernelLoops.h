@@ -27,43 +27,10 @@ constexpr int kMixedBytes = 3 * kMixedPixels;
   return static_cast<float>(static_cast<int>((x + 0.5f) * (1.0f / 255)));
 }
 
-// Pieces of 16 bytes: three of them hold 16 pixels.
-using Piece = std::uint8_t __attribute__((vector_size(16)));
-using PieceWords = std::uint16_t __attribute__((vector_size(32)));
-
-inline Piece LoadPiece(const std::uint8_t* at) {
-  Piece piece;
-  __builtin_memcpy(&piece, at, sizeof piece);
-  return piece;
-}
-
-inline void StorePiece(std::uint8_t* at, const Piece& piece) {
-  __builtin_memcpy(at, &piece, sizeof piece);
-}
-
-// The bytes at these places of a piece.
-[[gnu::always_inline]] inline Piece Shuffle(const Piece& from, const Piece& places) {
-#if defined(__clang__)
-  Piece shuffled;
-  for (int i = 0; i < 16; ++i) shuffled[i] = from[places[i]];
-  return shuffled;
-#else
-  return __builtin_shuffle(from, places);
-#endif
-}
-
-// The pixel of each byte.
-constexpr Piece kPieces[] = {{0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5},
-                             {5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10},
-                             {10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15, 15}};
-
 // Each mask three times, once for each channel of its pixel.
 inline void SpreadMasks(std::uint8_t* spread, const std::uint8_t* mask) {
-  for (int x = 0; x < kMixedPixels; x += 16) {
-    for (const Piece& pixels : kPieces) {
-      StorePiece(spread, Shuffle(LoadPiece(mask + x), pixels));
-      spread += sizeof pixels;
-    }
+  for (int x = 0; x < kMixedPixels; ++x) {
+    spread[3 * x] = spread[3 * x + 1] = spread[3 * x + 2] = mask[x];
   }
 }
 
@@ -130,18 +97,13 @@ inline void MixBlock(std::uint8_t* colour, std::uint8_t* mask, const std::uint8_
     __builtin_memset(mask, 0, kMixedPixels);
     return;
   }
-  for (int x = 0; x < kMixedPixels; x += 16) {
-    const Piece masks = LoadPiece(mask + x);
-    for (const Piece& pixels : kPieces) {
-      const auto m = __builtin_convertvector(Shuffle(masks, pixels), PieceWords);
-      const auto c = __builtin_convertvector(LoadPiece(colour), PieceWords);
-      const auto fill = __builtin_convertvector(LoadPiece(fills), PieceWords);
-      const PieceWords sum = c * (255 - m) + fill * m;
-      // A 255th, truncated: exact up to 255 x 255.
-      StorePiece(colour, __builtin_convertvector((sum + 1 + (sum >> 8)) >> 8, Piece));
-      colour += sizeof pixels;
-      fills += sizeof pixels;
-    }
+  std::uint8_t masks[kMixedBytes];
+  SpreadMasks(masks, mask);
+  for (int i = 0; i < kMixedBytes; ++i) {
+    const std::uint16_t m = masks[i];
+    const auto sum = static_cast<std::uint16_t>(fills[i] * m + colour[i] * (255 - m) + 1);
+    // A 255th of the sum before the 1 was added, truncated: exact up to 255 x 255.
+    colour[i] = static_cast<std::uint8_t>(static_cast<std::uint16_t>(sum + (sum >> 8)) >> 8);
   }
   __builtin_memset(mask, 0, kMixedPixels);
 }

@@ -144,6 +144,70 @@ void ShiftColoursAvx2(std::uint8_t* colour, int width, const ColourOffsets& offs
   });
 }
 
+// Which mask of the 16 in the same half belongs to each byte of a part. Parts 0 and 2 lie whole in
+// the pixels of one half, part 1 in those of both.
+struct alignas(32) MaskPlaces {
+  std::uint8_t places[32];
+  operator __m256i() const { return _mm256_load_si256(reinterpret_cast<const __m256i*>(places)); }
+};
+constexpr MaskPlaces MasksOf(int part) {
+  MaskPlaces p = {};
+  for (int j = 0; j < 32; ++j) p.places[j] = static_cast<std::uint8_t>((32 * part + j) / 3 % 16);
+  return p;
+}
+constexpr MaskPlaces kMaskOfByte[] = {MasksOf(0), MasksOf(1), MasksOf(2)};
+
+// A background that nothing shines through: all sums are parts of 255, and no mask is left.
+class OpaqueFill {
+ public:
+  explicit OpaqueFill(Colour fill)
+      : fills(Join({Bytes(fill.blue), Bytes(fill.green), Bytes(fill.red)})) {}
+
+  [[gnu::always_inline]] void ChangeBlock(std::uint8_t* colour, std::uint8_t* mask) const {
+    const __m256i masks = Load(mask);
+    if (_mm256_testz_si256(masks, masks)) return;
+    const __m256i low = _mm256_permute2x128_si256(masks, masks, 0x00);
+    const __m256i high = _mm256_permute2x128_si256(masks, masks, 0x11);
+    kernels::ChangeBlock(colour, [&](const Block& block) -> Block {
+      return {Mixed(block.part0, fills.part0, _mm256_shuffle_epi8(low, kMaskOfByte[0])),
+              Mixed(block.part1, fills.part1, _mm256_shuffle_epi8(masks, kMaskOfByte[1])),
+              Mixed(block.part2, fills.part2, _mm256_shuffle_epi8(high, kMaskOfByte[2]))};
+    });
+    Store(mask, _mm256_setzero_si256());
+  }
+
+ private:
+  [[gnu::always_inline]] static __m256i Mixed(__m256i bytes, __m256i fill, __m256i masks) {
+    const __m256i kept = _mm256_xor_si256(masks, Bytes(255));
+    // 128 off, as the products take one factor with a sign.
+    const __m256i shown = _mm256_xor_si256(bytes, Bytes(128));
+    const __m256i laid = _mm256_xor_si256(fill, Bytes(128));
+    return _mm256_packus_epi16(
+        Part255(_mm256_unpacklo_epi8(kept, masks), _mm256_unpacklo_epi8(shown, laid)),
+        Part255(_mm256_unpackhi_epi8(kept, masks), _mm256_unpackhi_epi8(shown, laid)));
+  }
+
+  // With 1 more than the sum, which is 128 x 255 too low, the quotient is exact.
+  [[gnu::always_inline]] static __m256i Part255(__m256i weights, __m256i pairs) {
+    const __m256i sum =
+        _mm256_add_epi16(_mm256_maddubs_epi16(weights, pairs), Words(128 * 255 + 1));
+    return _mm256_srli_epi16(_mm256_add_epi16(sum, _mm256_srli_epi16(sum, 8)), 8);
+  }
+
+  Block fills;
+};
+
+void PutBackgroundAvx2(std::uint8_t* colour, std::uint8_t* mask, int width, Colour background,
+                       int percent) {
+  if (percent != 0) return PutBackgroundLoop(colour, mask, width, background, percent);
+  const OpaqueFill fill(background);
+  for (; width >= kPixels; width -= kPixels, colour += kBlockBytes, mask += kPixels) {
+    Prefetch(colour);
+    fill.ChangeBlock(colour, mask);
+  }
+  MixRow(colour, mask, width, background, OpaqueBackground{});
+}
+
 void InvertAvx2(std::uint8_t* bytes, std::size_t count, int percent, const ByteTable& table) {
   if (percent < 0 || percent > 100) {
     return Avx2ByteTableKernels().mapBytes(bytes, bytes, count, table);
@@ -156,7 +220,7 @@ void InvertAvx2(std::uint8_t* bytes, std::size_t count, int percent, const ByteT
 const PointKernelTable& Avx2PointKernels() {
   static constexpr PointKernelTable kTable = {SepiaAvx2,        BlackWhiteAvx2, ShiftColoursAvx2,
                                               InvertAvx2,       FadeLoop,       InvertMaskLoop,
-                                              PutBackgroundLoop};
+                                              PutBackgroundAvx2};
   return kTable;
 }
 

@@ -214,6 +214,62 @@ void ShiftColoursAvx512(std::uint8_t* colour, int width, const ColourOffsets& of
   });
 }
 
+// The pixel of each byte of a part.
+constexpr Permutation PixelsOf(int part) {
+  Permutation p = {};
+  for (int j = 0; j < 64; ++j) p.from[j] = static_cast<std::uint8_t>((64 * part + j) / 3);
+  return p;
+}
+constexpr Permutation kPixelOfByte[] = {PixelsOf(0), PixelsOf(1), PixelsOf(2)};
+
+// A background that nothing shines through: all sums are parts of 255, and no mask is left.
+class OpaqueFill {
+ public:
+  explicit OpaqueFill(Colour fill) : fills(Repeat(fill.blue, fill.green, fill.red)) {}
+
+  [[gnu::always_inline]] void ChangeBlock(std::uint8_t* colour, std::uint8_t* mask) const {
+    const __m512i masks = _mm512_loadu_si512(mask);
+    if (_mm512_test_epi8_mask(masks, masks) == 0) return;
+    kernels::ChangeBlock(colour, [&](const Block& block) -> Block {
+      return {Mixed(block.part0, fills.part0, Permute(kPixelOfByte[0], masks)),
+              Mixed(block.part1, fills.part1, Permute(kPixelOfByte[1], masks)),
+              Mixed(block.part2, fills.part2, Permute(kPixelOfByte[2], masks))};
+    });
+    _mm512_storeu_si512(mask, _mm512_setzero_si512());
+  }
+
+ private:
+  [[gnu::always_inline]] static __m512i Mixed(__m512i bytes, __m512i fill, __m512i masks) {
+    const __m512i kept = _mm512_xor_si512(masks, Bytes(255));
+    // 128 off, as the products take one factor with a sign.
+    const __m512i shown = _mm512_xor_si512(bytes, Bytes(128));
+    const __m512i laid = _mm512_xor_si512(fill, Bytes(128));
+    return _mm512_packus_epi16(
+        Part255(_mm512_unpacklo_epi8(kept, masks), _mm512_unpacklo_epi8(shown, laid)),
+        Part255(_mm512_unpackhi_epi8(kept, masks), _mm512_unpackhi_epi8(shown, laid)));
+  }
+
+  // With 1 more than the sum, which is 128 x 255 too low, the quotient is exact.
+  [[gnu::always_inline]] static __m512i Part255(__m512i weights, __m512i pairs) {
+    const __m512i sum =
+        _mm512_add_epi16(_mm512_maddubs_epi16(weights, pairs), Words(128 * 255 + 1));
+    return _mm512_srli_epi16(_mm512_add_epi16(sum, _mm512_srli_epi16(sum, 8)), 8);
+  }
+
+  Block fills;
+};
+
+void PutBackgroundAvx512(std::uint8_t* colour, std::uint8_t* mask, int width, Colour background,
+                         int percent) {
+  if (percent != 0) return PutBackgroundLoop(colour, mask, width, background, percent);
+  const OpaqueFill fill(background);
+  for (; width >= kPixels; width -= kPixels, colour += kBlockBytes, mask += kPixels) {
+    Prefetch(colour);
+    fill.ChangeBlock(colour, mask);
+  }
+  MixRow(colour, mask, width, background, OpaqueBackground{});
+}
+
 void InvertAvx512(std::uint8_t* bytes, std::size_t count, int, const ByteTable& table) {
   Avx512ByteTableKernels().mapBytes(bytes, bytes, count, table);
 }
@@ -227,7 +283,7 @@ void FadeAvx512(std::uint8_t* mask, std::size_t count, std::uint8_t, const ByteT
 const PointKernelTable& Avx512PointKernels() {
   static constexpr PointKernelTable kTable = {
       SepiaAvx512, BlackWhiteAvx512, ShiftColoursAvx512, InvertAvx512,
-      FadeAvx512,  InvertMaskLoop,   PutBackgroundLoop};
+      FadeAvx512,  InvertMaskLoop,   PutBackgroundAvx512};
   return kTable;
 }
 
