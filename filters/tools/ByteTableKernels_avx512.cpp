@@ -13,7 +13,12 @@ namespace {
 void MapBytesAvx512(std::uint8_t* to, const std::uint8_t* from, std::size_t count,
                     const ByteTable& table) {
   const ByteLookup map(table);
-#pragma GCC unroll 4
+  for (; count >= kBlockBytes; count -= kBlockBytes, to += kBlockBytes, from += kBlockBytes) {
+    Prefetch(from);
+    Prefetch(to);
+    const Block block = LoadBlock(from);
+    StoreBlock(to, {map(block.part0), map(block.part1), map(block.part2)});
+  }
   for (; count >= 64; count -= 64, to += 64, from += 64) {
     _mm512_storeu_si512(to, map(_mm512_loadu_si512(from)));
   }
@@ -44,6 +49,7 @@ void MapChannelsAvx512(std::uint8_t* to, const std::uint8_t* from, int width,
                              ByteLookup(tables.red)};
   for (; width >= kPixels; width -= kPixels, to += kBlockBytes, from += kBlockBytes) {
     Prefetch(from);
+    Prefetch(to);
     const Block block = LoadBlock(from);
     StoreBlock(to, {MapPart<0>(maps, block.part0), MapPart<1>(maps, block.part1),
                     MapPart<2>(maps, block.part2)});
