@@ -14,6 +14,15 @@ std::string Utf8(const char* codePageText) {
   return codePageText ? base::ToUtf8(codePageText) : std::string();
 }
 
+// A default text with the numbers that a dialog fills in, each at its first choice.
+std::string FilledIn(std::string text) {
+  constexpr std::string_view kOpen = "%d";
+  for (std::size_t at = text.find(kOpen); at != std::string::npos; at = text.find(kOpen)) {
+    text.replace(at, kOpen.size(), 1, '0');
+  }
+  return text;
+}
+
 std::string NumberText(double number) {
   std::array<char, 32> text;
   const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
@@ -128,7 +137,7 @@ FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
   if (entry.row) {
     facts.className = Utf8(entry.row->className);
     facts.gloss = Utf8(entry.row->gloss);
-    if (entry.row->defaultText) facts.defaultText = Utf8(entry.row->defaultText);
+    if (entry.row->defaultText) facts.defaultText = FilledIn(Utf8(entry.row->defaultText));
   }
   if (IsBuilt(entry)) {
     for (const auto& row : entry.row->describe()) facts.keys.push_back(KeyFactsOf(row, newText));
