@@ -109,10 +109,9 @@ bool CDrehFilter::Rebuild() {
 }
 
 bool CDrehFilter::Turn(const QuarterTurn& turned) {
-  for (int y = 0; y < turned.Height(); y += QuarterTurn::kTile) {
+  for (int i = 0; i < turned.Bands(); ++i) {
     if (abort) return false;
-    turned.ReadRows(y, std::min(QuarterTurn::kTile, turned.Height() - y),
-                    outputPicture->ColourRows(), outputPicture->MaskRows());
+    turned.ReadBand(turned.BandAt(i), outputPicture->ColourRows(), outputPicture->MaskRows());
   }
   return true;
 }
@@ -120,9 +119,9 @@ bool CDrehFilter::Turn(const QuarterTurn& turned) {
 bool CDrehFilter::Shear(const QuarterTurn& turned, const RotationGeometry& turn) {
   kernels::Shears shears(turn, {intermediate.get(), static_cast<int>(intermediateWidth),
                                 static_cast<int>(intermediateHeight)});
-  for (int y = 0; y < turned.Height(); y += QuarterTurn::kTile) {
+  for (int i = 0; i < turned.Bands(); ++i) {
     if (abort) return false;
-    shears.TakeRows(turned, y, std::min(QuarterTurn::kTile, turned.Height() - y));
+    shears.TakeBand(turned, turned.BandAt(i));
   }
   for (int y = 0; y < result.height; ++y) {
     if (abort) return false;

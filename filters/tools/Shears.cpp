@@ -5,13 +5,6 @@
 #include <utility>
 
 namespace kernels {
-namespace {
-
-// What a run is copied by: more than most runs have, and quicker than their exact width.
-constexpr int kBlock = 16;
-
-}  // namespace
-
 LineMove::LineMove(double distance) : step(distance > 0 ? 1 : -1) {
   const double length = distance * step;
   const auto pixels = static_cast<std::int64_t>(length);
@@ -42,7 +35,7 @@ ColumnShear::ColumnShear(const QuadPicture& upright, double shear, double rest,
   const auto size = static_cast<std::size_t>(picture.width);
   of32.reserve(4 * size);
   of16384.reserve(size);
-  for (auto& row : gathered) row.resize(size + kBlock);
+  for (auto& row : gathered) row.resize(size);
   for (int x = 0; x < picture.width; ++x) {
     AddColumn(x, LineMove((x - (picture.width - 1) * 0.5) * shear - rest));
   }
@@ -57,7 +50,7 @@ void ColumnShear::AddColumn(int x, const LineMove& move) {
     stepBehind = move.step;
   }
   if (runs.empty() || runs.back().whole != move.whole) runs.push_back({x, 0, move.whole});
-  ++runs.back().width;
+  widestRun = std::max(widestRun, ++runs.back().width);
 }
 
 void ColumnShear::ReadRow(std::int64_t y, Quad* result) {
@@ -78,24 +71,26 @@ void ColumnShear::ReadRow(std::int64_t y, Quad* result) {
   blend(turn, picture.width, stepBehind);
 }
 
-void ColumnShear::Gather(std::int64_t y, Quad* row) const {
+// A run is copied in one block, which is quicker than its exact width: what is too much belongs to
+// the runs behind, which come later.
+template <int kBlock>
+void ColumnShear::GatherBlocks(std::int64_t y, Quad* row) const {
   for (const Run& run : runs) {
     const std::int64_t from = y - run.whole;
-    if (from >= 0 && from < picture.height) {
-      CopyRun(run, picture.Row(from), row);
-    } else {
+    if (from < 0 || from >= picture.height) {
       std::fill_n(row + run.first, run.width, kNothing);
+    } else if (run.width > kBlock || run.first + kBlock > picture.width) {
+      std::copy_n(picture.Row(from) + run.first, run.width, row + run.first);
+    } else {
+      std::memcpy(row + run.first, picture.Row(from) + run.first, kBlock * sizeof(Quad));
     }
   }
 }
 
-void ColumnShear::CopyRun(const Run& run, const Quad* from, Quad* to) const {
-  if (run.width > kBlock || run.first + kBlock > picture.width) {
-    std::copy_n(from + run.first, run.width, to + run.first);
-  } else {
-    // What is too much belongs to the runs behind, which come later.
-    std::memcpy(to + run.first, from + run.first, kBlock * sizeof(Quad));
-  }
+void ColumnShear::Gather(std::int64_t y, Quad* row) const {
+  if (widestRun <= 4) return GatherBlocks<4>(y, row);
+  if (widestRun <= 8) return GatherBlocks<8>(y, row);
+  GatherBlocks<16>(y, row);
 }
 
 // --- all three
@@ -114,9 +109,9 @@ LineMove Shears::MoveOf(std::int64_t y, double rest) const {
   return LineMove((static_cast<double>(y) - middle) * geometry.rowShear - rest);
 }
 
-void Shears::TakeRows(const QuarterTurn& turned, int y, int height) {
-  turned.ReadRows(y, height, picture.Row(y), picture.width);
-  for (int i = y; i < y + height; ++i) {
+void Shears::TakeBand(const QuarterTurn& turned, const Band& band) {
+  turned.ReadBand(band, picture.Row(band.y), picture.width);
+  for (int i = band.y; i < band.y + band.height; ++i) {
     Quad* const row = picture.Row(i);
     // From here on there is no colour where there is no picture.
     std::transform(row, row + turned.Width(), turnedRow.Data(),

@@ -65,11 +65,13 @@ class FXBOX_API ColumnShear {
   void AddColumn(int x, const LineMove& move);
   // The row after the whole pixels of the moves.
   void Gather(std::int64_t y, Quad* row) const;
-  void CopyRun(const Run& run, const Quad* from, Quad* to) const;
+  template <int kBlock>
+  void GatherBlocks(std::int64_t y, Quad* row) const;
 
   const QuadPicture picture;
   const ShearKernelTable& kernels;
   std::vector<Run> runs;
+  int widestRun = 0;
   // The columns on one side of `turn` go one way, the others the other way.
   int turn;
   int stepBefore = -1, stepBehind = -1;
@@ -88,9 +90,8 @@ class FXBOX_API Shears {
   Shears(const RotationGeometry& turn, const QuadPicture& room,
          const ShearKernelTable& table = ActiveShearKernels());
 
-  // Takes `height` rows of the turned picture, from y on, at most QuarterTurn::kTile.
-  void TakeRows(const QuarterTurn& turned, int y, int height);
-  // A row of the result, of turn.width pixels, once all rows are taken; best in ascending order.
+  void TakeBand(const QuarterTurn& turned, const Band& band);
+  // A row of the result, of turn.width pixels, once all bands are taken; best in ascending order.
   void ReadRow(int y, std::uint8_t* colour, std::uint8_t* mask);
 
  private:
