@@ -1,6 +1,7 @@
 #include "filters/colour/GradCurvesFilter.h"
 
 #include <algorithm>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -50,7 +51,6 @@ int LimitLevel(int text) {
 class Table {
  public:
   Table() {
-    pieces_.reserve(2 * (P::kCurves + 2 * P::kCurves * P::kNodes));
     for (int k = 0; k < P::kCurves; ++k) {
       Add(std::string("n") + kNames[k].letter, "%.2d", {CountAt, k},
           {.least = 2, .greatest = P::kNodes, .gloss = kNames[k].count});
@@ -91,7 +91,7 @@ class Table {
     rows_.emplace_back(ownKey, pieces_.back().c_str(), member, more);
   }
 
-  std::vector<std::string> pieces_;
+  std::deque<std::string> pieces_;  // which stay where they are
   std::vector<Row> rows_;
 };
 

@@ -2,7 +2,8 @@
 // of its own, compiled for the processors of that file.
 //
 // `Wide` is what such a file brings: how many pixels a block has, and vectors of kLanes doubles
-// with Load from bytes, Store as truncated low bytes, and what HlsChanges.h asks for. Numbers come
+// with Load from bytes, Store as truncated low bytes, a walk along a row by ChangePlanes, and what
+// HlsChanges.h asks for. Numbers come
 // out as RgbToHls and HlsToRgb make them, to the last bit: every sum, product and quotient that
 // rounds there rounds here, in the same order. What is computed in another way is exact, or rounds
 // once to the same number.
@@ -150,6 +151,34 @@ template <class Wide, class Change>
   if constexpr (Change::kKeepsGrey) KeepGrey(ordered, drawn);
   Arrange(drawn, blue, green, red);
 }
+
+template <class Wide, class Change>
+inline void ChangeColours(std::uint8_t* colour, int width, const Change& change) {
+  using Bytes = Plane<Wide>;
+  Wide::template ChangePlanes<Wide>(
+      colour, width, [&](Bytes & blue, Bytes & green, Bytes & red) __attribute__((always_inline)) {
+        ChangeBlock(blue, green, red, change);
+      });
+}
+
+template <class Wide>
+inline void SaturateLoop(std::uint8_t* colour, int width, double factor) {
+  ChangeColours<Wide>(colour, width, Saturation{factor});
+}
+
+template <class Wide>
+inline void SaturateByHueLoop(std::uint8_t* colour, int width, const HueFactors& factors) {
+  ChangeColours<Wide>(colour, width, SaturationByHue{factors});
+}
+
+template <class Wide>
+inline void ChangeByHueLoop(std::uint8_t* colour, int width, const HueChanges& changes) {
+  ChangeColours<Wide>(colour, width, ChangeAll{changes});
+}
+
+template <class Wide>
+constexpr HlsKernelTable kHlsLoops = {SaturateLoop<Wide>, SaturateByHueLoop<Wide>,
+                                      ChangeByHueLoop<Wide>};
 
 }  // namespace
 }  // namespace kernels

@@ -1,7 +1,5 @@
 #include "filters/tools/HlsKernels.h"
 
-#include <algorithm>
-
 #include "base/Rows.h"
 #include "filters/tools/ColourConversion.h"
 #include "filters/tools/HlsChanges.h"

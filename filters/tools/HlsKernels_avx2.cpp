@@ -46,32 +46,10 @@ struct Four : FourDoubles {
   }
 };
 
-template <class Change>
-void ChangeColours(std::uint8_t* colour, int width, const Change& change) {
-  using Bytes = Plane<Four>;
-  ChangePlanes<Four>(
-      colour, width, [&](Bytes & blue, Bytes & green, Bytes & red) __attribute__((always_inline)) {
-        ChangeBlock(blue, green, red, change);
-      });
-}
-
-void SaturateAvx2(std::uint8_t* colour, int width, double factor) {
-  ChangeColours(colour, width, Saturation{factor});
-}
-
-void SaturateByHueAvx2(std::uint8_t* colour, int width, const HueFactors& factors) {
-  ChangeColours(colour, width, SaturationByHue{factors});
-}
-
-void ChangeByHueAvx2(std::uint8_t* colour, int width, const HueChanges& changes) {
-  ChangeColours(colour, width, ChangeAll{changes});
-}
-
 }  // namespace
 
 const HlsKernelTable& Avx2HlsKernels() {
-  static constexpr HlsKernelTable kTable = {SaturateAvx2, SaturateByHueAvx2, ChangeByHueAvx2};
-  return kTable;
+  return kHlsLoops<Four>;
 }
 
 }  // namespace kernels

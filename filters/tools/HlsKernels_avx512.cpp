@@ -50,32 +50,10 @@ struct Eight : EightDoubles {
   }
 };
 
-template <class Change>
-void ChangeColours(std::uint8_t* colour, int width, const Change& change) {
-  using Bytes = Plane<Eight>;
-  ChangePlanes<Eight>(
-      colour, width, [&](Bytes & blue, Bytes & green, Bytes & red) __attribute__((always_inline)) {
-        ChangeBlock(blue, green, red, change);
-      });
-}
-
-void SaturateAvx512(std::uint8_t* colour, int width, double factor) {
-  ChangeColours(colour, width, Saturation{factor});
-}
-
-void SaturateByHueAvx512(std::uint8_t* colour, int width, const HueFactors& factors) {
-  ChangeColours(colour, width, SaturationByHue{factors});
-}
-
-void ChangeByHueAvx512(std::uint8_t* colour, int width, const HueChanges& changes) {
-  ChangeColours(colour, width, ChangeAll{changes});
-}
-
 }  // namespace
 
 const HlsKernelTable& Avx512HlsKernels() {
-  static constexpr HlsKernelTable kTable = {SaturateAvx512, SaturateByHueAvx512, ChangeByHueAvx512};
-  return kTable;
+  return kHlsLoops<Eight>;
 }
 
 }  // namespace kernels

@@ -37,23 +37,24 @@ struct FourDoubles {
     const __m128i lowBytes = _mm_set1_epi32(0x0C080400);
     _mm_storeu_si32(bytes, _mm_shuffle_epi8(_mm256_cvttpd_epi32(values), lowBytes));
   }
-};
 
-// Changes a row block by block: change(blue, green, red) gets the planes of a block.
-template <class Wide, class Change>
-[[gnu::always_inline]] inline void ChangePlanes(std::uint8_t* colour, int width,
-                                                const Change& change) {
-  ChangeRow(
-      colour, width, [&](const Block& block) __attribute__((always_inline)) {
-        const Planes planes = Split(block);
-        Plane<Wide> blue, green, red;
-        Store(blue.bytes, planes.blue);
-        Store(green.bytes, planes.green);
-        Store(red.bytes, planes.red);
-        change(blue, green, red);
-        return Join({Load(blue.bytes), Load(green.bytes), Load(red.bytes)});
-      });
-}
+  // Changes a row block by block: change(blue, green, red) gets the planes of a block.
+  template <class Wide, class Change>
+  [[gnu::always_inline]] static void ChangePlanes(std::uint8_t* colour, int width,
+                                                  const Change& change) {
+    ChangeRow(
+        colour, width, [&](const Block& block) __attribute__((always_inline)) {
+          const Planes planes = Split(block);
+          Plane<Wide> blue, green, red;
+          kernels::Store(blue.bytes, planes.blue);
+          kernels::Store(green.bytes, planes.green);
+          kernels::Store(red.bytes, planes.red);
+          change(blue, green, red);
+          return Join(
+              {kernels::Load(blue.bytes), kernels::Load(green.bytes), kernels::Load(red.bytes)});
+        });
+  }
+};
 
 }  // namespace
 }  // namespace kernels

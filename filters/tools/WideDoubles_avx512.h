@@ -42,24 +42,24 @@ struct EightDoubles {
     const __m256i whole = _mm512_maskz_cvttpd_epi32(kAll, values);
     _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), _mm256_maskz_cvtepi32_epi8(kAll, whole));
   }
-};
 
-// Changes a row block by block: change(blue, green, red) gets the planes of a block.
-template <class Wide, class Change>
-[[gnu::always_inline]] inline void ChangePlanes(std::uint8_t* colour, int width,
-                                                const Change& change) {
-  ChangeRow(
-      colour, width, [&](const Block& block) __attribute__((always_inline)) {
-        const Planes planes = Split(block);
-        Plane<Wide> blue, green, red;
-        _mm512_store_si512(blue.bytes, planes.blue);
-        _mm512_store_si512(green.bytes, planes.green);
-        _mm512_store_si512(red.bytes, planes.red);
-        change(blue, green, red);
-        return Join({_mm512_load_si512(blue.bytes), _mm512_load_si512(green.bytes),
-                     _mm512_load_si512(red.bytes)});
-      });
-}
+  // Changes a row block by block: change(blue, green, red) gets the planes of a block.
+  template <class Wide, class Change>
+  [[gnu::always_inline]] static void ChangePlanes(std::uint8_t* colour, int width,
+                                                  const Change& change) {
+    ChangeRow(
+        colour, width, [&](const Block& block) __attribute__((always_inline)) {
+          const Planes planes = Split(block);
+          Plane<Wide> blue, green, red;
+          _mm512_store_si512(blue.bytes, planes.blue);
+          _mm512_store_si512(green.bytes, planes.green);
+          _mm512_store_si512(red.bytes, planes.red);
+          change(blue, green, red);
+          return Join({_mm512_load_si512(blue.bytes), _mm512_load_si512(green.bytes),
+                       _mm512_load_si512(red.bytes)});
+        });
+  }
+};
 
 }  // namespace
 }  // namespace kernels

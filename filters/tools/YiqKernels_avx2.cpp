@@ -9,21 +9,16 @@
 namespace kernels {
 namespace {
 
-void MapLuminanceAvx2(std::uint8_t* colour, int width, const ByteTable& table) {
-  using Bytes = Plane<FourDoubles>;
-  const auto mapBytes = [&, map = Avx2ByteTableKernels().mapBytes](auto& bytes) {
-    map(bytes, bytes, sizeof bytes, table);
-  };
-  ChangePlanes<FourDoubles>(
-      colour, width, [&](Bytes & blue, Bytes & green, Bytes & red) __attribute__((always_inline)) {
-        MapLuminanceOfBlock(blue, green, red, mapBytes);
-      });
-}
+struct Four : FourDoubles {
+  static void MapBytes(Plane<Four>& plane, const ByteTable& table) {
+    Avx2ByteTableKernels().mapBytes(plane.bytes, plane.bytes, sizeof plane.bytes, table);
+  }
+};
 
 }  // namespace
 
 YiqKernel Avx2YiqKernel() {
-  return MapLuminanceAvx2;
+  return MapLuminanceLoop<Four>;
 }
 
 }  // namespace kernels

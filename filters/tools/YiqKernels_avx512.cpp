@@ -9,21 +9,16 @@
 namespace kernels {
 namespace {
 
-void MapLuminanceAvx512(std::uint8_t* colour, int width, const ByteTable& table) {
-  using Bytes = Plane<EightDoubles>;
-  const auto mapBytes = [&, map = Avx512ByteTableKernels().mapBytes](auto& bytes) {
-    map(bytes, bytes, sizeof bytes, table);
-  };
-  ChangePlanes<EightDoubles>(
-      colour, width, [&](Bytes & blue, Bytes & green, Bytes & red) __attribute__((always_inline)) {
-        MapLuminanceOfBlock(blue, green, red, mapBytes);
-      });
-}
+struct Eight : EightDoubles {
+  static void MapBytes(Plane<Eight>& plane, const ByteTable& table) {
+    Avx512ByteTableKernels().mapBytes(plane.bytes, plane.bytes, sizeof plane.bytes, table);
+  }
+};
 
 }  // namespace
 
 YiqKernel Avx512YiqKernel() {
-  return MapLuminanceAvx512;
+  return MapLuminanceLoop<Eight>;
 }
 
 }  // namespace kernels
