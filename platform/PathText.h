@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/Export.h"
+
 namespace platform {
 
 inline constexpr char kFolderSeparator =
@@ -12,7 +14,7 @@ inline constexpr char kFolderSeparator =
 
 // A text in the system's code page on Windows; what the page does not hold becomes '?'. On Linux
 // the bytes of the name as they are, so that every name comes back whole.
-std::string PathText(const std::filesystem::path& path);
-std::filesystem::path PathFromText(std::string_view text);
+FXBOX_API std::string PathText(const std::filesystem::path& path);
+FXBOX_API std::filesystem::path PathFromText(std::string_view text);
 
 }  // namespace platform

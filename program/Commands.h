@@ -22,5 +22,7 @@ void AddTextCommand(CLI::App& program, Action& action);
 void AddCurveCommand(CLI::App& program, Action& action);
 void AddSizeCommand(CLI::App& program, Action& action);
 void AddModuleCommands(CLI::App& program, Action& action);
+void AddConfigCommand(CLI::App& program, Action& action);
+void AddLogCommand(CLI::App& program, Action& action);
 
 }  // namespace program

@@ -33,6 +33,8 @@ void AddCommands(CLI::App& app, Action& action) {
   AddSizeCommand(app, action);
   AddCurveCommand(app, action);
   AddModuleCommands(app, action);
+  AddConfigCommand(app, action);
+  AddLogCommand(app, action);
 }
 
 // Prints help or version where they were asked for.

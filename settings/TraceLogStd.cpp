@@ -8,6 +8,7 @@
 #include <fstream>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string_view>
 
 #include "platform/PathText.h"
@@ -144,7 +145,6 @@ void LogState::Open() {
   file = System().files->OpenGrowing(platform::PathFromText(path), true);
   direct = file != nullptr;
   justOpened = true;
-  if (!file) mute = true;
 }
 
 void LogState::Start(const void* starting, bool writeStartLines, bool useJournal,
@@ -162,6 +162,7 @@ void LogState::Start(const void* starting, bool writeStartLines, bool useJournal
   if (useJournal) journalMode = true;
   if (!journalMode) {
     Open();
+    mute = !file;
   } else if (!journal && turns) {
     file.reset();
     direct = false;
@@ -246,7 +247,8 @@ bool LogState::Flush() {
   if (mute) return true;
   EndJournal();
   Open();
-  return file ? file->Flush() || true : quiet;
+  if (file) file->Flush();
+  return file || quiet;
 }
 
 void LogState::Dump() {
@@ -254,7 +256,7 @@ void LogState::Dump() {
   if (!file && !path.empty()) Open();
   if (!file || !turns) return;
   const LogTurn turn(*turns, *file, justOpened);
-  if (turn.Result() != LogTurn::Wait::Held) return;
+  if (turn.Result() == LogTurn::Wait::TimedOut || turn.Result() == LogTurn::Wait::Failed) return;
   justOpened = false;
   WriteKept();
   file->Flush();
@@ -368,13 +370,13 @@ const char* TraceLog::GetLogFileName() {
 }
 
 void TraceLog::FlushBuffers() {
-  std::string failed;
+  std::optional<std::string> failed;
   WithState([&failed](LogState& state) {
     if (!state.Flush()) failed = state.Path();
   });
-  if (failed.empty()) return;
+  if (!failed) return;
   System().desktop->ShowMessage(
-      "Error creating or opening the log file " + failed + "\nLogging is disabled", "Log Error");
+      "Error creating or opening the log file " + *failed + "\nLogging is disabled", "Log Error");
 }
 
 void TraceLog::DumpStack() {

@@ -287,7 +287,6 @@ int ZNRegistry::Init(const char* company, const char* product, const char* versi
 }
 
 int ZNRegistry::InitFromInf(const char* section, const char* extra) {
-  initialised = 0;
   if (!IsGiven(section)) return kRegistryWrongArguments;
   const std::string folder = ProgramFolder();
   if (folder.size() + kNameRoom > kPathBuffer) return kRegistryPathTooLong;

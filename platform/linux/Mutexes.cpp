@@ -11,9 +11,10 @@
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <time.h>
 
-#include <cstring>
+#include <atomic>
 
 #include "platform/SystemServices.h"
 #include "platform/linux/Descriptor.h"
@@ -21,9 +22,14 @@
 namespace platform {
 namespace {
 
+// Whoever waits holds `next` while he does: an owner that releases the mutex and wants it again
+// comes behind him there, or he could wait for ever.
 struct SharedPiece {
-  std::uint32_t ready;  // kReady once the mutex is made
+  std::uint32_t ready;  // kReady once the mutexes are made
+  pthread_mutex_t next;
   pthread_mutex_t mutex;
+  std::atomic<pid_t> owner;  // thread, 0 while there is none
+  std::uint32_t depth;       // how often the owner has it; his own
 };
 constexpr std::uint32_t kReady = 0x6D757430 + sizeof(SharedPiece);
 
@@ -48,7 +54,6 @@ bool MakeMutex(pthread_mutex_t& mutex) {
   if (pthread_mutexattr_init(&attributes) != 0) return false;
   const bool made = pthread_mutexattr_setpshared(&attributes, PTHREAD_PROCESS_SHARED) == 0 &&
                     pthread_mutexattr_setrobust(&attributes, PTHREAD_MUTEX_ROBUST) == 0 &&
-                    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE) == 0 &&
                     pthread_mutex_init(&mutex, &attributes) == 0;
   pthread_mutexattr_destroy(&attributes);
   return made;
@@ -74,7 +79,7 @@ bool MakePiece(const Descriptor& file) {
   }
   SharedPiece* const piece = Map(file);
   if (!piece) return false;
-  const bool made = MakeMutex(piece->mutex);
+  const bool made = MakeMutex(piece->next) && MakeMutex(piece->mutex);
   if (made) piece->ready = kReady;
   munmap(piece, sizeof(SharedPiece));
   return made;
@@ -99,16 +104,29 @@ class RobustMutex final : public NamedMutex {
   }
 
   Wait WaitFor(std::chrono::milliseconds limit) override {
-    switch (pthread_mutex_trylock(&piece->mutex)) {
-      case 0:
-        return Wait::Held;
-      case EBUSY:
-        break;
-      case EOWNERDEAD:
-        return TakeOver();
-      default:
-        return Wait::Failed;
+    const auto thread = static_cast<pid_t>(syscall(SYS_gettid));
+    if (piece->owner == thread) {
+      const Wait again = ResultOf(pthread_mutex_trylock(&piece->mutex), piece->mutex);
+      if (again != Wait::TimedOut) return Taken(again, thread);  // of a dead one of this number
+      ++piece->depth;
+      return Wait::Held;
     }
+    const timespec end = EndOf(limit);
+    const Wait turn = ResultOf(pthread_mutex_timedlock(&piece->next, &end), piece->next);
+    if (turn == Wait::TimedOut || turn == Wait::Failed) return turn;
+    const Wait result = ResultOf(pthread_mutex_timedlock(&piece->mutex, &end), piece->mutex);
+    pthread_mutex_unlock(&piece->next);
+    return Taken(result, thread);
+  }
+
+  void Release() override {
+    if (--piece->depth > 0) return;
+    piece->owner = 0;
+    pthread_mutex_unlock(&piece->mutex);
+  }
+
+ private:
+  static timespec EndOf(std::chrono::milliseconds limit) {
     constexpr long kNanosecondsASecond = 1'000'000'000;
     timespec end = {};
     clock_gettime(CLOCK_REALTIME, &end);
@@ -118,11 +136,17 @@ class RobustMutex final : public NamedMutex {
       end.tv_nsec -= kNanosecondsASecond;
       ++end.tv_sec;
     }
-    switch (pthread_mutex_timedlock(&piece->mutex, &end)) {
+    return end;
+  }
+
+  static Wait ResultOf(int error, pthread_mutex_t& mutex) {
+    switch (error) {
       case 0:
         return Wait::Held;
       case EOWNERDEAD:
-        return TakeOver();
+        pthread_mutex_consistent(&mutex);
+        return Wait::Abandoned;
+      case EBUSY:
       case ETIMEDOUT:
         return Wait::TimedOut;
       default:
@@ -130,12 +154,12 @@ class RobustMutex final : public NamedMutex {
     }
   }
 
-  void Release() override { pthread_mutex_unlock(&piece->mutex); }
-
- private:
-  Wait TakeOver() {
-    pthread_mutex_consistent(&piece->mutex);
-    return Wait::Abandoned;
+  Wait Taken(Wait result, pid_t thread) {
+    if (result == Wait::Held || result == Wait::Abandoned) {
+      piece->owner = thread;
+      piece->depth = 1;
+    }
+    return result;
   }
 
   const std::string name;

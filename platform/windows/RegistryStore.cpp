@@ -89,10 +89,12 @@ LSTATUS QueryText(HKEY key, std::string& text) {
   return type == REG_SZ || type == REG_EXPAND_SZ ? ERROR_SUCCESS : ERROR_INVALID_DATA;
 }
 
-LSTATUS SetText(HKEY key, std::string_view value) {
+// `closing` is 1 to store the closing zero as well, which readers expect though they must not need
+// it.
+LSTATUS SetText(HKEY key, std::string_view value, std::size_t closing) {
   const std::string text(ValueText(value));
   return RegSetValueExA(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                        static_cast<DWORD>(text.size() + 1));
+                        static_cast<DWORD>(text.size() + closing));
 }
 
 // A key that is to be written is made; if its place is not there all the same, that is a failure.
@@ -125,7 +127,7 @@ class SystemRegistryService final : public Registry {
     if (!path) return RegistryResult::Failed;
     OpenKey opened;
     LSTATUS status = opened.Create(hive, *path, KEY_SET_VALUE, nullptr);
-    if (status == ERROR_SUCCESS) status = SetText(opened.Get(), value);
+    if (status == ERROR_SUCCESS) status = SetText(opened.Get(), value, 1);
     return ResultOfWriting(status);
   }
 
@@ -140,7 +142,7 @@ class SystemRegistryService final : public Registry {
     if (opened.Create(hive, *path, KEY_WRITE, &security) != ERROR_SUCCESS) {
       return RegistryResult::NotMade;
     }
-    return ResultOfWriting(SetText(opened.Get(), value));
+    return ResultOfWriting(SetText(opened.Get(), value, 0));
   }
 
   RegistryResult DeleteTree(Hive hive, std::string_view key) override {

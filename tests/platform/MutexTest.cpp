@@ -1,6 +1,7 @@
 // Named mutexes, by the service of the system that runs the test.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <random>
 #include <thread>
 
@@ -35,6 +36,25 @@ TEST_F(MutexTest, BelongsToOneThread) {
   EXPECT_EQ(WaitElsewhere(0), Wait::TimedOut);
   other->Release();
   EXPECT_EQ(WaitElsewhere(0), Wait::Held);
+}
+
+// An owner that takes it again at once does not keep others out.
+TEST_F(MutexTest, EveryoneHasATurn) {
+  std::atomic<bool> begun = false, over = false;
+  int turns = 0;
+  std::thread greedy([&] {
+    while (!over) {
+      ASSERT_EQ(other->WaitFor(milliseconds(5000)), Wait::Held);
+      begun = true;
+      std::this_thread::sleep_for(milliseconds(1));
+      other->Release();
+    }
+  });
+  while (!begun) std::this_thread::yield();
+  for (; turns < 20 && mutex->WaitFor(milliseconds(1000)) == Wait::Held; ++turns) mutex->Release();
+  over = true;
+  greedy.join();
+  EXPECT_EQ(turns, 20);
 }
 
 TEST_F(MutexTest, AnAbandonedOneIsSeenAsAbandonedOnce) {

@@ -277,9 +277,84 @@ test_wrong_use() {
 
 # --- the other commands
 
+# The settings in one file, with what others wrote into it.
+test_config() {
+  printf '; mine\r\n[Other]\r\nk=1\r\n' >Sennet.ini
+  run 0 config set --file Sennet.ini --inf ZN Locations Filter 'Größe 50'
+  run 0 config set --file Sennet.ini --inf ZN Locations Log x
+  file_is Sennet.ini '; mine\r\n[Other]\r\nk=1\r\n[ZN_#_Locations]\r\nFilter=Gr\366\337e 50\r\nLog=x\r\n'
+  run 0 config get --file Sennet.ini --inf ZN Locations Filter
+  output_is 'Größe 50'
+  run 0 config delete --file Sennet.ini --inf ZN Locations Log
+  run 0 config list --file Sennet.ini
+  output_is '[Other]
+k=1
+[ZN_#_Locations]
+Filter=Größe 50'
+  run 1 config get --file Sennet.ini Locations None
+  error_is 'fxbox: Locations None: there is no such setting'
+  refuse '--file: "plain" is not named .ini' config list --file plain
+  refuse '--as: "a,b" is not COMPANY,PRODUCT,VERSION,ID' config list --as a,b
+  run 1 config get Locations Filter
+  error_starts 'fxbox: Tesmar.inf: '
+}
+
+# The settings in the registry.
+test_config_registry() {
+  product='--as FxboxTest,Program,1,FT'
+  run 1 config get $product IniFilePath
+  error_is 'fxbox: IniFilePath: there is no such setting'
+  run 0 config set $product IniFilePath "$PWD"
+  run 0 config set $product --user User 0007
+  run 0 config set $product --user Section Key value
+  run 0 config get $product --user Section Key
+  output_is value
+  run 0 config list $product
+  grep -q '^IniFilePath=' stdout || fail 'the key is not listed'
+  grep -q '^\[FT_#_User0007_#_Section\]$' stdout || fail 'the section is not listed'
+  run 0 config delete $product IniFilePath
+  run 0 config delete $product --user User
+  run 1 config delete $product IniFilePath
+}
+
+# Every run leaves its lines in the log, and the log can be looked at while it grows.
+test_log() {
+  XDG_STATE_HOME="$folder/state"
+  export XDG_STATE_HOME
+  run 0 log --path
+  grep -q '/fxbo([0-9-]*)\.log$' stdout || grep -q '\\fxbo([0-9-]*)\.log$' stdout || fail 'no path'
+  run 0 --version
+  run 0 log -n 2
+  [ "$(wc -l <stdout)" -eq 2 ] || fail 'not two lines'
+  grep -q 'Starting Program/DLL ".*fxbox' stdout || fail 'no start line'
+  run 1 log --program nobody
+  error_starts 'fxbox: nobody: it has no log in '
+  run 2 log -n -1
+}
+
+# A log that is followed shows lines of others, and no error when it is interrupted.
+test_log_follow() {
+  XDG_STATE_HOME="$folder/state"
+  export XDG_STATE_HOME
+  env --default-signal=INT $prefix log -n 0 --follow >followed 2>stderr &
+  program=$!
+  tries=0
+  until grep -q 'terminated correctly' followed; do
+    run 0 --version
+    tries=$((tries + 1))
+    [ $tries -lt 200 ] || fail 'new lines are not shown'
+    sleep 0.1
+  done
+  kill -INT $program
+  wait $program
+  status=$?
+  [ $status = 130 ] || fail "status $status instead of 130"
+  [ ! -s stderr ] || fail 'an interrupt is no error'
+}
+
 test_help() {
   run 0 --help
-  for command in apply filters describe text size register unregister; do
+  for command in apply filters describe text size register unregister config log; do
     grep -q "^  $command " stdout || fail "the help does not name $command"
     $prefix $command --help >help || fail "$command --help fails"
     grep -q 'Example' help || fail "$command --help has no example"
