@@ -42,7 +42,8 @@ struct ParameterDescription {
   const char* gloss = "";
   AbsentKey absent = AbsentKey::KeepsField;
   ParameterRange range = ParameterRange::Offered;
-  bool isCompared = true;  // a difference here makes the filter dirty
+  bool isCompared = true;   // a difference here makes the filter dirty
+  bool isNumbered = false;  // the key ends in 1 and stands for those of all numbers
   // For a field that stores something else than the number of the text.
   int (*stored)(int text) = nullptr;
   int (*shown)(int field) = nullptr;

@@ -7,12 +7,12 @@
 #include "filters/colour/BlackWhiteFilter.h"
 #include "filters/colour/ColorFilter.h"
 #include "filters/colour/DuoColorFilter.h"
-#include "filters/colour/FarbEqualizerFilter.h"
-#include "filters/colour/GradCurvesFilter.h"
-#include "filters/colour/HsbFilter.h"
 #include "filters/colour/Exposure2Filter.h"
 #include "filters/colour/ExposureFilter.h"
+#include "filters/colour/FarbEqualizerFilter.h"
+#include "filters/colour/GradCurvesFilter.h"
 #include "filters/colour/HistoFilter.h"
+#include "filters/colour/HsbFilter.h"
 #include "filters/colour/HundKFilter.h"
 #include "filters/colour/ImgBgFilter.h"
 #include "filters/colour/InvertFilter.h"
@@ -26,6 +26,7 @@
 #include "filters/detail/BlurSelFilter.h"
 #include "filters/detail/EmbossFilter.h"
 #include "filters/detail/FindEdgesFilter.h"
+#include "filters/detail/RedEyeFilter.h"
 #include "filters/detail/ScharfFilter.h"
 #include "filters/detail/StaubFilter.h"
 #include "filters/detail/UnsharpMaskFilter.h"
@@ -210,7 +211,7 @@ constexpr FilterClass kClasses[] = {
         "IDS_BLACKWHITE_NAME", "HLP_BLACKWHITE", "BlackWhiteNess=100", "Black and white",
         kBuilt<CBlackWhiteFilter>),
     Row(34, "CRedEyeFilter", "ZNFilter.RedEye.1", Guid("{AF0C7F9D-15D2-4DF4-A5EB-F491CE0177B0}"),
-        5000, nullptr, nullptr, nullptr, nullptr, "Remove red eyes", kNotBuilt),
+        5000, nullptr, nullptr, nullptr, nullptr, "Remove red eyes", kBuilt<CRedEyeFilter>),
     Row(35, "CSepiaFilter", "ZNFilter.Sepia.1", Guid("{0FE71124-90E5-4CE7-BFD0-857F0E22ABC8}"),
         5000, "icons4_sepia", "IDS_SEPIA_NAME", "HLP_SEPIA", "Sepia=000", "Sepia tone",
         kBuilt<CSepiaFilter>),

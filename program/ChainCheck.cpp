@@ -76,9 +76,25 @@ void AddKeysOf(std::string_view text, KnownKeys& keys) {
   }
 }
 
+// Behind a key that may have any number there.
+constexpr char kAnyNumber = '#';
+
+std::string WithoutNumber(std::string_view key) {
+  return std::string(key.substr(0, key.find_last_not_of(kDigits) + 1));
+}
+
+KnownKeys::const_iterator FindKey(const KnownKeys& keys, std::string_view key) {
+  const auto known = keys.find(key);
+  const std::string front = WithoutNumber(key);
+  return known == keys.end() && front != key ? keys.find(front + kAnyNumber) : known;
+}
+
 KnownKeys KeysOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
   KnownKeys keys;
-  for (const ParameterDescription& row : entry.row->describe()) keys.emplace(row.key, FormOf(row));
+  for (const ParameterDescription& row : entry.row->describe()) {
+    keys.emplace(row.key, FormOf(row));
+    if (row.isNumbered) keys.emplace(WithoutNumber(row.key) + kAnyNumber, FormOf(row));
+  }
   // What any class may find in a stored text.
   keys.insert({{"ExtraParam", NumberForm::AnyText},
                {"Version", NumberForm::Whole},
@@ -182,7 +198,7 @@ class Checker {
       if (!item.value.data() || item.key.empty()) {
         Fail(Quoted(item.whole) + PlaceOf(item.whole) + " is not Key=number");
       }
-      const auto known = keys.find(item.key);
+      const auto known = FindKey(keys, item.key);
       if (known == keys.end()) {
         const auto names = NamesOf(keys, [](const auto& key) { return key.first; });
         Fail("unknown key " + Quoted(item.key) + PlaceOf(item.key) + Suggestion(item.key, names));

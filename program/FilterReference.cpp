@@ -39,6 +39,7 @@ const char* KindName(const ParameterDescription& row) {
 
 KeyFacts KeyFactsOf(const ParameterDescription& row, const std::string& newText) {
   KeyFacts facts{Utf8(row.key), KindName(row), {}, row.least, row.greatest, Utf8(row.gloss)};
+  facts.isNumbered = row.isNumbered;
   if (row.kind == ParameterKind::Flag) facts.greatest = 1;
   for (const ParameterItem& item : SplitParameters(newText)) {
     if (item.key == row.key && item.value.data()) facts.defaultValue = base::ToUtf8(item.value);
@@ -68,9 +69,21 @@ std::string ExampleParameter(const KeyFacts& key) {
   return key.key + "=" + (key.kind == "0 or 1" ? "1" : text.data());
 }
 
+// Of one thing of those that the front key counts.
+std::string NumberedExample(const std::vector<KeyFacts>& keys) {
+  std::string parameters = keys.front().key + "=1";
+  for (const KeyFacts& key : keys) {
+    if (key.isNumbered) parameters += ", " + ExampleParameter(key);
+  }
+  return parameters;
+}
+
 std::string ExampleOf(const FilterFacts& facts) {
   std::string parameters = facts.defaultText.value_or(facts.newText);
-  if (!facts.keys.empty()) parameters = ExampleParameter(facts.keys.front());
+  if (!facts.keys.empty()) {
+    parameters = facts.keys.back().isNumbered ? NumberedExample(facts.keys)
+                                              : ExampleParameter(facts.keys.front());
+  }
   return facts.progId + "(" + parameters + ")";
 }
 

@@ -18,6 +18,7 @@ struct KeyFacts {
   double least = 0;  // the range that dialogs offer; the library takes any number
   double greatest = 0;
   std::string gloss;
+  bool isNumbered = false;  // the key of the first of several things that the front key counts
 };
 
 struct FilterFacts {

@@ -53,6 +53,9 @@ TEST_F(ChainCheck, TakesEveryNumberOfTheRightKind) {
   // What a class prints of its measurements.
   EXPECT_EQ(Message("ZNFilter.AdoptColor.1(ExBlit=1, LightA=1.5, LightB=-.5e-3)"), "");
   EXPECT_EQ(Message("ZNFilter.Tonwert.1(ExBlit=1, WL=3, BH=250, MAUTO=-5)"), "");
+  EXPECT_EQ(Message("ZNFilter.RedEye.1(N=2, X1=.5, X17=0.25, F128=-5)"), "") << "numbered keys";
+  EXPECT_THAT(Message("ZNFilter.RedEye.1(N=2, X=0.5)"), HasSubstr("unknown key"));
+  EXPECT_THAT(Message("ZNFilter.RedEye.1(N=2, E2=0.5)"), HasSubstr("is not Key=whole number"));
 }
 
 TEST_F(ChainCheck, NamesItemAndPlace) {
