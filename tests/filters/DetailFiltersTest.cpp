@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <functional>
 #include <limits>
 
 #include "filters/FilterClasses.h"
@@ -191,72 +190,57 @@ TEST(DetailFilters, DustKeepsARequest) {
   EXPECT_EQ(Difference(Dusted(picture, 0, 45), pull({0, 0, 0, 0, 40, 30})), "");
 }
 
-// A Gaussian of half width r over the neighbours within `threshold` of the centre, in doubles.
-struct Bell {
-  int r;
-  double sigma;
-  double threshold = 1e9;
-
-  double Mean(const std::function<double(int)>& at) const {
-    double sum = 0, whole = 0;
-    for (int j = -r; j <= r; ++j) {
-      if (std::abs(at(j) - at(0)) > threshold) continue;
-      const double tap = std::exp(-0.5 * j * j / (sigma * sigma));
-      sum += tap * (at(j) - at(0));
-      whole += tap;
-    }
-    return at(0) + sum / whole;
-  }
-  // Along the rows, then along the columns; beyond the edges lie copies of what is there.
-  std::vector<double> Blurred(const std::vector<double>& plane, int width, int height) const {
-    std::vector<double> from = plane, to = plane;
-    for (const auto& [step, length] : {std::pair(1, width), {width, height}}) {
-      for (int i = 0; i < width * height; ++i) {
-        const int place = i / step % length;
-        to[static_cast<std::size_t>(i)] = Mean([&](int j) {
-          const int at = i + (std::clamp(place + j, 0, length - 1) - place) * step;
-          return from[static_cast<std::size_t>(at)];
-        });
-      }
-      from = to;
-    }
-    return to;
-  }
-};
-
 struct GaussCase {
   const char* progId;
   const char* text;
-  Bell bell;
+  int r;
+  double sigma;
   double zoom = 1.0;
-  double amount = -1;  // what is added of the picture's distance from its blur
-  double threshold = 0;
+  double amount = -1;     // what is added of the picture's distance from its blur
+  double threshold = 0;   // of sharpening
+  double greatest = 1e9;  // distance from the centre that a neighbour may have
 };
 
-// The channel that each byte should hold before it is cut.
-std::vector<double> Expected(const GaussCase& c, const Picture& p) {
+using Plane = std::vector<double>;
+
+// One direction: `step` from neighbour to neighbour, copies of the ends beyond them.
+Plane Blurred(const GaussCase& c, const Plane& plane, int step, int length) {
+  Plane result;
+  for (int i = 0; i < static_cast<int>(plane.size()); ++i) {
+    const double centre = plane[result.size()];
+    double sum = 0, whole = 0;
+    for (int j = -c.r; j <= c.r; ++j) {
+      const int place = i / step % length;
+      const int at = i + (std::clamp(place + j, 0, length - 1) - place) * step;
+      const double distance = plane[static_cast<std::size_t>(at)] - centre;
+      if (std::abs(distance) > c.greatest) continue;
+      const double tap = std::exp(-0.5 * j * j / (c.sigma * c.sigma));
+      sum += tap * distance;
+      whole += tap;
+    }
+    result.push_back(centre + sum / whole);
+  }
+  return result;
+}
+
+// What each byte should be before it is cut.
+Plane Expected(const GaussCase& c, const Picture& p) {
   const bool all = std::strstr(c.text, "OnLuminanceOnly=0") || c.amount == -1;
-  const std::size_t size = p.mask.size();
-  std::vector<double> planes[4], lost[4], result;
+  Plane planes[4], lost[4], result;
   for (std::size_t k = 0; k < 4; ++k) {
-    for (std::size_t i = 0; i < size; ++i) {
-      const BYTE* const pixel = &p.colour[3 * i];
+    for (std::size_t i = 0; i < p.colour.size(); i += 3) {
+      const BYTE* const pixel = &p.colour[i];
       planes[k].push_back(k < 3 ? pixel[k] : *std::max_element(pixel, pixel + 3));
     }
-    lost[k] = c.bell.Blurred(planes[k], p.width, p.height);
-    for (std::size_t i = 0; i < size; ++i) lost[k][i] = planes[k][i] - lost[k][i];
+    lost[k] = Blurred(c, Blurred(c, planes[k], 1, p.width), p.width, p.height);
+    for (std::size_t i = 0; i < lost[k].size(); ++i) lost[k][i] = planes[k][i] - lost[k][i];
   }
-  for (std::size_t i = 0; i < 3 * size; ++i) {
-    const std::size_t x = i / 3;
-    const auto sharpened = [&](std::size_t k, double deviation, double threshold) {
-      return planes[k][x] + (std::abs(deviation) >= threshold ? lost[k][x] * c.amount : 0);
-    };
-    const double whole = planes[3][x];
-    const double after = sharpened(3, lost[3][x], c.threshold);
-    const double sum = lost[0][x] + lost[1][x] + lost[2][x];
-    result.push_back(all         ? sharpened(i % 3, sum, 3 * c.threshold)
-                     : whole > 0 ? planes[i % 3][x] * after / whole
-                                 : after);
+  for (std::size_t i = 0; i < p.colour.size(); ++i) {
+    const std::size_t x = i / 3, k = all ? i % 3 : 3;
+    const double deviation = all ? (lost[0][x] + lost[1][x] + lost[2][x]) / 3 : lost[3][x];
+    const double after =
+        planes[k][x] + (std::abs(deviation) >= c.threshold ? lost[k][x] * c.amount : 0);
+    result.push_back(all || planes[3][x] == 0 ? after : planes[i % 3][x] * after / planes[3][x]);
   }
   return result;
 }
@@ -267,27 +251,27 @@ TEST(DetailFilters, GaussianFiltersAreWithinOneLevelOfTheirModel) {
   const char* const kLike = "ZNFilter.BlurSel.1";
   const char* const kMask = "ZNFilter.UnsharpMask.1";
   const GaussCase kCases[] = {
-      {kBlur, "", {2, 1.08}},
-      {kBlur, "", {1, 1.08}, 0.5},
-      {kBlur, "", {2, 1.08}, kNaN},
-      {kBlur, "Radius=0.5,Percent=500", {1, 1.0}},
-      {kBlur, "Radius=4,Percent=900", {4, 8.0}},
-      {kBlur, "Radius=30,Percent=-7", {30, 0.12}},
-      {kBlur, "Radius=-2", {1, 0.04}},
-      {kLike, "", {2, 1.08, 1 / 3.0}},
-      {kLike, "Threshold=0.1,Radius=3", {3, 1.2, 0.1f}},
-      {kLike, "Threshold=90,Percent=200", {1, 2.16, 30}, 0.5},
-      {kLike, "Threshold=1e300,Radius=9", {9, 3.6}},
-      {kMask, "", {2, 1.08}, 1, 1.2},
-      {kMask, "", {1, 0.57}, 0.5, 1.2},
-      {kMask, "Percent=0,On=0", {2, 1.08}, 1, 0},
-      {kMask, "Percent=-300,Radius=9,Threshold=3,OnLuminanceOnly=0", {9, 3.6}, 1, -3, 3},
-      {kMask, "Percent=5000,Threshold=40,OnLuminanceOnly=2", {2, 1.08}, 1, 50, 40},
-      {kMask, "Threshold=-1,Radius=1.5,OnLuminanceOnly=0", {1, 0.6}, 1, 1.2}};
+      {kBlur, "", 2, 1.08},
+      {kBlur, "", 1, 1.08, 0.5},
+      {kBlur, "", 2, 1.08, kNaN},
+      {kBlur, "Radius=0.5,Percent=500", 1, 1.0},
+      {kBlur, "Radius=4,Percent=900", 4, 8.0},
+      {kBlur, "Radius=30,Percent=-7", 30, 0.12},
+      {kBlur, "Radius=-2", 1, 0.04},
+      {.progId = kLike, .text = "", .r = 2, .sigma = 1.08, .greatest = 1 / 3.0},
+      {.progId = kLike, .text = "Threshold=0.1,Radius=3", .r = 3, .sigma = 1.2, .greatest = 0.1f},
+      {kLike, "Threshold=90,Percent=200", 1, 2.16, 0.5, -1, 0, 30},
+      {kLike, "Threshold=1e300,Radius=9", 9, 3.6},
+      {kMask, "", 2, 1.08, 1, 1.2},
+      {kMask, "", 1, 0.57, 0.5, 1.2},
+      {kMask, "Percent=0,On=0", 2, 1.08, 1, 0},
+      {kMask, "Percent=-300,Radius=9,Threshold=3,OnLuminanceOnly=0", 9, 3.6, 1, -3, 3},
+      {kMask, "Percent=5000,Threshold=40,OnLuminanceOnly=2", 2, 1.08, 1, 50, 40},
+      {kMask, "Threshold=-1,Radius=1.5,OnLuminanceOnly=0", 1, 0.6, 1, 1.2}};
   for (const GaussCase& c : kCases) {
     for (const NamedPicture& test : TestPictures()) {
       const Picture found = Filtered(c.progId, c.text, test.picture, c.zoom);
-      const std::vector<double> expected = Expected(c, test.picture);
+      const Plane expected = Expected(c, test.picture);
       for (std::size_t i = 0; i < expected.size(); ++i) {
         ASSERT_NEAR(std::floor(std::clamp(expected[i], 0.0, 255.0)), found.colour[i], 1)
             << test.name << ": " << c.progId << "(" << c.text << ")";
