@@ -44,7 +44,7 @@ void BuildDib(BYTE* at, int bits, int width, int height) {
   for (std::uint32_t i = 0; i < header.biClrUsed; ++i) {
     std::memcpy(at + kDibHeaderBytes + 4 * i, &kStandardColours[i % 16], 4);
   }
-  FillDib(at, std::abs(bits) == 8 ? 255 : 0);
+  if (std::abs(bits) == 8) FillDib(at, 255);
 }
 
 void FillDib(BYTE* dib, BYTE value) {

@@ -48,7 +48,7 @@ constexpr std::int64_t DibStride(int bits, std::int64_t width) {
 // 32-bit fields of a picture block could not hold.
 std::optional<std::size_t> DibBytes(int bits, std::int64_t width, std::int64_t height);
 
-// Writes a blank bitmap of DibBytes size to `at`: header, colour table, bits 0 (255 in 8-bit
+// Makes zeroed memory of DibBytes size a blank bitmap: header, colour table, bits 0 (255 in 8-bit
 // planes). The caller has checked the size. `at` is aligned to 4.
 void BuildDib(BYTE* at, int bits, int width, int height);
 

@@ -2,9 +2,11 @@
 
 #include <cmath>
 #include <new>
+#include <utility>
 
 #include "base/Arithmetic.h"
 #include "filters/tools/Shears.h"
+#include "platform/LargeBlock.h"
 
 using kernels::QuarterTurn;
 using kernels::RotationGeometry;
@@ -99,8 +101,10 @@ bool CDrehFilter::Rebuild() {
     return false;
   }
   if (!EnsurePictures(pulled.width, pulled.height, 0, 0)) return false;
-  const bool isComplete = PullInput(*inputPicture);
-  const auto given = std::move(inputPicture);  // goes with this computation, whatever happens
+  // It goes with this computation, whatever happens; so it was made for it, and is clear.
+  const auto given = std::move(inputPicture);
+  const bool isComplete = source->ReadRows(0, 0, 0, 0, pulled.width, pulled.height,
+                                           given->ColourRows(), given->MaskRows()) == 0;
   const QuarterTurn turned(
       {given->ColourRows(), given->MaskRows(), 0, 0, pulled.width, pulled.height},
       turn.quarterTurns, parameters.mirrorOn);
@@ -135,6 +139,9 @@ bool CDrehFilter::EnsureIntermediate(std::int64_t width, std::int64_t height) {
   intermediate.reset();
   intermediateWidth = width;
   intermediateHeight = height;
-  intermediate.reset(new (std::nothrow) kernels::Quad[static_cast<std::size_t>(width * height)]);
-  return intermediate != nullptr;
+  const auto quads = static_cast<std::size_t>(width * height);
+  intermediate.reset(new (std::nothrow) kernels::Quad[quads]);
+  if (!intermediate) return false;
+  platform::AnnounceWholeUse(intermediate.get(), quads * sizeof(kernels::Quad));
+  return true;
 }
