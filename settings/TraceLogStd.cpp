@@ -90,6 +90,7 @@ class LogState {
   void WriteLine(int level, const std::string& front, std::string_view text);
   void WriteKept();
   void KeepForBacktrace(std::string line);
+  void GiveJournalUp();
 
   const void* module = nullptr;
   std::string stem;
@@ -176,7 +177,7 @@ void LogState::Start(const void* starting, bool writeStartLines, bool useJournal
 void LogState::Write(int level, int objectLevel, std::string_view text, bool prefix) {
   if (mute) return;
   if (journal) {
-    if (!journal->Put(settings::JournalPrefix(level).append(text))) mute = true;
+    if (!journal->Put(settings::JournalPrefix(level).append(text))) GiveJournalUp();
     return;
   }
   if (!file) Start(nullptr, true, false, "");
@@ -237,10 +238,16 @@ void LogState::WriteKept() {
 }
 
 void LogState::EndJournal() {
-  if (!journal) return;
-  journal->End();
+  if (journal) journal->End();
   journal.reset();
   journalMode = false;
+}
+
+// Its thread could not open the file and has ended.
+void LogState::GiveJournalUp() {
+  journal.reset();
+  journalMode = false;
+  mute = true;
 }
 
 bool LogState::Flush() {

@@ -8,8 +8,7 @@
 // program or else in the current folder and is read at the first call. Words are set apart by
 // blanks; one that begins with '#' makes the rest of its line a comment. At most 499 words count,
 // case included. Gives 0. Any thread; nothing is thrown.
-FXBOX_API int ZNDebugMonitor(const char* topic, const char* format, ...)
-    __attribute__((format(printf, 2, 3)));
+FXBOX_API int ZNDebugMonitor(const char* topic, const char* format, ...) KV_PRINTF(2, 3);
 
 // The end, for when the module goes: a later call reads the file for itself alone.
 FXBOX_API void EndDebugMonitor();

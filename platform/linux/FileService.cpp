@@ -93,7 +93,8 @@ void SyncFolder(const fs::path& folder) {
 
 class SharedFile final : public GrowingFile {
  public:
-  explicit SharedFile(Descriptor opened) : file(std::move(opened)) {}
+  SharedFile(Descriptor opened, bool synchronous)
+      : file(std::move(opened)), writesThrough(synchronous) {}
 
   bool Append(std::string_view bytes) override {
     struct stat before = {};
@@ -112,7 +113,8 @@ class SharedFile final : public GrowingFile {
     return false;
   }
 
-  bool Flush() override { return fdatasync(file.Get()) == 0; }
+  // What was written through needs no second wait for the disk.
+  bool Flush() override { return writesThrough || fdatasync(file.Get()) == 0; }
 
   bool EndsInLineFeed() override {
     struct stat status = {};
@@ -123,6 +125,7 @@ class SharedFile final : public GrowingFile {
 
  private:
   Descriptor file;
+  const bool writesThrough;
 };
 
 class FileService final : public Files {
@@ -148,7 +151,7 @@ class FileService final : public Files {
   std::unique_ptr<GrowingFile> OpenGrowing(const fs::path& path, bool writeThrough) override {
     const int flags = O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     Descriptor file(open(path.c_str(), flags | (writeThrough ? O_DSYNC : 0), 0666));
-    return file ? std::make_unique<SharedFile>(std::move(file)) : nullptr;
+    return file ? std::make_unique<SharedFile>(std::move(file), writeThrough) : nullptr;
   }
 
   bool CanReadAndWrite(const fs::path& path) override {

@@ -200,6 +200,25 @@ TEST_F(TraceLogTest, TheJournalWritesEveryLevelAndEndsOnFlush) {
   EXPECT_TRUE(fakes.desktop.messages.empty());
 }
 
+// A failed start silences the log until the next one that succeeds.
+TEST_F(TraceLogTest, FallsSilent) {
+  WriteFile(folder / "logs", "in the way");
+  for (const bool journal : {false, true}) {
+    Start(journal);
+    for (int i = 0; i < 3; ++i) {
+      log.Write(0, "lost", true);
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    log.DumpStack();
+    EXPECT_EQ(ReadFile(folder / "logs"), "in the way");
+  }
+  EXPECT_TRUE(fakes.desktop.messages.empty());
+  fs::remove(folder / "logs");
+  Start();
+  log.Write(0, "heard", true);
+  EXPECT_THAT(Lines(), ElementsAre(Front() + "heard"));
+}
+
 TEST_F(TraceLogTest, KeepsLinesForABacktrace) {
   Start();
   TraceBacktrace& backtrace = GetTraceBacktrace();
