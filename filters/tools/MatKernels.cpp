@@ -9,7 +9,7 @@
 namespace kernels {
 namespace {
 
-// Shares and products are rounded to single precision, their sum is not.
+// Shares, products and their sum are of single precision.
 ByteTable BuildGlazeTable(std::uint8_t colour, int percent) {
   const auto kept = static_cast<float>(percent / 100.0);
   const float laid = 1.0f - kept;
@@ -17,7 +17,7 @@ ByteTable BuildGlazeTable(std::uint8_t colour, int percent) {
   ByteTable table;
   for (int c = 0; c < 256; ++c) {
     const float shown = static_cast<float>(c) * kept;
-    table[static_cast<std::size_t>(c)] = base::TruncateToByte(double{shown} + double{added});
+    table[static_cast<std::size_t>(c)] = base::TruncateToByte(shown + added);
   }
   return table;
 }
