@@ -88,8 +88,8 @@ template <class Wide>
 template <class Wide>
 [[gnu::always_inline]] inline typename Wide::Doubles Divide(typename Wide::Doubles value,
                                                             double divisor, double reciprocal) {
-  const auto near = value * reciprocal;
-  return Wide::MultiplyAdd(Wide::MultiplyAdd(near, -divisor, value), reciprocal, near);
+  const auto estimate = value * reciprocal;
+  return Wide::MultiplyAdd(Wide::MultiplyAdd(estimate, -divisor, value), reciprocal, estimate);
 }
 
 template <class Wide>

@@ -22,13 +22,13 @@ class Arc {
   // Where it crosses the diagonal.
   double Middle() const { return radius - std::sqrt(radius * radius * 0.5); }
 
-  // The area behind the arc with `first` <= t <= `last` and `near` <= other axis <= `far`. The arc
+  // The area behind the arc with `first` <= t <= `last` and `low` <= other axis <= `high`. The arc
   // is at most as steep as the diagonal there.
-  double AreaBehind(double first, double last, double near, double far) const {
-    if (first >= last || near >= far) return 0;
-    const double enters = std::clamp(At(far), first, last);
-    const double leaves = std::clamp(At(near), enters, last);
-    return far * (leaves - enters) - Integral(enters, leaves) + (far - near) * (last - leaves);
+  double AreaBehind(double first, double last, double low, double high) const {
+    if (first >= last || low >= high) return 0;
+    const double enters = std::clamp(At(high), first, last);
+    const double leaves = std::clamp(At(low), enters, last);
+    return high * (leaves - enters) - Integral(enters, leaves) + (high - low) * (last - leaves);
   }
 
  private:

@@ -29,13 +29,13 @@ struct Sides {
 };
 
 Sides SidesOf(const ShadowForm& form, std::int64_t offset, std::int64_t spread) {
-  std::int64_t far = std::abs(offset) + spread;
-  std::int64_t near = std::max<std::int64_t>(spread - std::abs(offset), 0);
+  std::int64_t farSide = std::abs(offset) + spread;
+  std::int64_t nearSide = std::max<std::int64_t>(spread - std::abs(offset), 0);
   std::int64_t least = form.intensity != 0 ? 1 : 0;
   if (form.size != 0 && form.isInner) least = std::max(least, spread);
-  far = std::max(far, least);
-  near = std::max(near, least);
-  const Sides sides = {base::LimitToInt32(far), base::LimitToInt32(near)};
+  farSide = std::max(farSide, least);
+  nearSide = std::max(nearSide, least);
+  const Sides sides = {base::LimitToInt32(farSide), base::LimitToInt32(nearSide)};
   return offset < 0 ? sides : Sides{sides.high, sides.low};
 }
 
