@@ -217,6 +217,14 @@ class ParameterFilter : public Shape {
     return pending;
   }
 
+  // For a Commit that changes what is pending, too. Gives the result.
+  template <class Change>
+  Parameters ChangePending(Change change) {
+    const std::lock_guard lock(pendingLock);
+    change(pending);
+    return pending;
+  }
+
   Parameters pending;  // in ReadText only; elsewhere Pending()
   Parameters active = Parameters::ActiveStart();
 

@@ -151,7 +151,6 @@ HRESULT CPdibFilter::AttachDestination(IUnknown* newDestination) {
   });
 }
 
-// A filter linked to itself would pull itself without end.
 bool CPdibFilter::IsThis(IUnknown* other) {
   return ComPtr<IUnknown>::Query(other) == static_cast<IAnimFilter*>(this);
 }

@@ -101,6 +101,8 @@ class FXBOX_API CPdibFilter
   // passes the changed size on.
   HRESULT PassTargetSize(int width, int height, int passedWidth, int passedHeight);
 
+  // A filter linked to itself would pull itself without end.
+  bool IsThis(IUnknown* other);
   bool Changed() const { return selfChanged || sourceChanged; }
   void ClearChanges();
   // Reads the `Vis` item and prints it when the filter is hidden. For the classes that have it.
@@ -129,7 +131,6 @@ class FXBOX_API CPdibFilter
   std::int32_t order = 5000;
 
  private:
-  bool IsThis(IUnknown* other);
   void PassInfoOn();
 
   std::map<KvString, KvString> namedValues;

@@ -34,8 +34,13 @@
 #include "filters/frames/PasspartoutFilter.h"
 #include "filters/frames/RauchglasFilter.h"
 #include "filters/frames/SchattenFilter.h"
+#include "filters/geometry/CropFilter.h"
 #include "filters/geometry/DrehFilter.h"
 #include "filters/geometry/OffsetFilter.h"
+#include "filters/geometry/PrintCropFilter.h"
+#include "filters/geometry/PrintPadFilter.h"
+#include "filters/geometry/PrintScaleFilter.h"
+#include "filters/geometry/RotCropFilter.h"
 #include "filters/geometry/Scale100Filter.h"
 #include "filters/geometry/ScaleFilter.h"
 
@@ -73,20 +78,21 @@ constexpr FilterClass Row(int sortKey, const char* className, const char* progId
 constexpr FilterClass kClasses[] = {
     Row(0, "CRotCropFilter", "ZNFilter.RotCrop.1", Guid("{4D2DE5D2-BA86-471B-9230-BAD74EE58516}"),
         200, "icons4_bildlage", "IDS_ROTCROP_NAME", nullptr, nullptr, "Turn, move and crop in one",
-        kNotBuilt),
+        kBuilt<CRotCropFilter>),
     Row(1, "CPrintCropFilter", "ZNFilter.PrintCrop.1",
         Guid("{DC7296D3-71B2-4DFC-988A-F017ECFDE573}"), 9500, "icons4_crop", "PrintCrop", nullptr,
-        nullptr, "Crop for printing", kNotBuilt),
+        nullptr, "Crop for printing", kBuilt<CPrintCropFilter>),
     Row(2, "CPrintScaleFilter", "ZNFilter.PrintScale.1",
         Guid("{B1BA1C46-7AA4-4459-9281-3BB34E281802}"), 9500, "icons_scale", "PrintScale", nullptr,
-        nullptr, "Scale and turn for printing", kNotBuilt),
+        nullptr, "Scale and turn for printing", kBuilt<CPrintScaleFilter>),
     Row(3, "CPrintPadFilter", "ZNFilter.PrintPad.1", Guid("{CE586604-A175-44F7-8DAC-4B3108110081}"),
-        5000, "icons_passpartout", "PrintPad", nullptr, nullptr, "Pad to a paper ratio", kNotBuilt),
+        5000, "icons_passpartout", "PrintPad", nullptr, nullptr, "Pad to a paper ratio",
+        kBuilt<CPrintPadFilter>),
     Row(4, "CDrehFilter", "ZNFilter.Rotate.1", Guid("{2D385093-52B2-4199-B632-15D9C4739D6F}"), 5000,
         "icons4_rotate", "IDS_DREH_NAME", "HLP_DREH", "Angle=0.000,MirrorOn=0", "Rotate and mirror",
         kBuilt<CDrehFilter>),
     Row(5, "CCropFilter", "ZNFilter.Crop.1", Guid("{2D7EC5FC-A8A1-4466-814D-90A4702A3D8C}"), 200,
-        "icons4_crop", "IDS_CROP_NAME", nullptr, nullptr, "Crop", kNotBuilt),
+        "icons4_crop", "IDS_CROP_NAME", nullptr, nullptr, "Crop", kBuilt<CCropFilter>),
     Row(6, "CScaleFilter", "ZNFilter.Scale.1", Guid("{500A3A0A-7073-4CB4-8493-D3603D40B9A5}"), 500,
         "icons4_scale", "IDS_SCALE_NAME", "HLP_SCALE",
         "MaximumHorizontalSize=100,MaximumVerticalSize=100,KeepProportions=1,AllowEnlarge=0",

@@ -45,17 +45,18 @@ class Quotient {
 struct Pattern {
   const ReductionWindow* window;  // one of them
   std::size_t weights;            // where its weights lie in a row of weights
-  // What the weights sum to, under the present output row and in the present batch of source rows.
-  // Taps outside the source are counted in `all` and `batch`, for pictures with a mask alone.
-  std::uint64_t inside = 0, all = 0, batch = 0;
+  // What the weights sum to, under the present output row and in the present batch of source rows,
+  // taps outside the source included. Known for pictures with a mask alone.
+  std::uint64_t all = 0, batch = 0;
   int lostBits = 0;  // of the sums of each batch
 };
 
-// Sums of a pixel. That of the mask counts taps outside the source as 255.
+// Sums of a pixel.
 struct Totals {
   std::uint64_t channel[3];
-  std::uint64_t colourWeight;
-  std::uint64_t mask;
+  std::uint64_t weight;   // of the taps whose colours count
+  std::uint64_t opacity;  // (255 - mask) x weight
+  std::uint64_t mask;     // mask x weight, taps outside the source counting as 255
 };
 
 class Reducer {
@@ -68,28 +69,19 @@ class Reducer {
         yAxis_(source.height, result.height, how.offsetY) {
     FindPatterns();
     CutRuns();
-    colours_.resize(opaque_ ? Size(to_.width) : 0);
-    masked_.resize(opaque_ ? 0 : Size(to_.width));
+    sums_.resize(Size(to_.width));
+    opacities_.resize(opaque_ ? 0 : Size(to_.width));
   }
 
   void ReduceRow(int y) {
     const ReductionWindow& window = yAxis_.Windows()[Size(y)];
     const bool large = std::int64_t{xAxis_.WidestWindow()} * window.count >= kLargeWindow;
     for (Pattern& pattern : patterns_) {
-      pattern.inside = pattern.all = 0;
+      pattern.all = 0;
       pattern.lostBits =
           std::int64_t{pattern.window->count} * window.count >= kLargeWindow ? kLostBits : 0;
     }
-    if (opaque_ && !large) {
-      Sum(WeighBatch(window, 0, window.count), runs_.front());
-      return FinishOpaque(colours_, to_.colour[y], to_.mask[y]);
-    }
-    totals_.assign(Size(to_.width), {});
-    // Where no bits are lost, all rows are one batch.
-    const int batch = large ? 1 : window.count;
-    for (int t = 0; t < window.count; t += batch) AddBatch(WeighBatch(window, t, t + batch));
-    opaque_ ? FinishOpaque(totals_, to_.colour[y], to_.mask[y])
-            : FinishMasked(to_.colour[y], to_.mask[y]);
+    large ? ReduceByRows(window, y) : ReduceAtOnce(window, y);
   }
 
  private:
@@ -158,7 +150,6 @@ class Reducer {
       std::uint16_t* const to = weights + pattern.weights;
       std::uint64_t sum = 0;
       for (int t = 0; t < pattern.window->Inside(); ++t) sum += to[t] = table[indices[t]];
-      pattern.inside += sum;
       pattern.all += sum;
       pattern.batch += sum;
     }
@@ -182,30 +173,58 @@ class Reducer {
     }
   }
 
-  // --- sums
+  // --- where no bits are lost
 
   void Sum(const ReductionRows& rows, const std::vector<ReductionRun>& runs) {
     const ReductionKernels& kernels = ActiveReductionKernels();
     if (opaque_) {
-      kernels.sumColours(runs.data(), to_.width, from_.width, rows, colours_.data());
+      kernels.sumColours(runs.data(), to_.width, from_.width, rows, sums_.data());
     } else {
-      kernels.sumMasked(runs.data(), to_.width, from_.width, rows, masked_.data());
+      kernels.sumMasked(runs.data(), to_.width, from_.width, rows, sums_.data(), opacities_.data());
     }
   }
 
-  void AddBatch(const ReductionRows& rows) {
+  void ReduceAtOnce(const ReductionWindow& window, int y) {
+    Sum(WeighBatch(window, 0, window.count), runs_.front());
+    ActiveReductionKernels().divide(to_.colour[y], sums_.data(), to_.width);
+    std::uint8_t* const mask = to_.mask[y];
+    if (opaque_) {
+      std::memset(mask, base::kOpaque, sums_.size());
+      return;
+    }
+    quotients_.clear();
+    for (const Pattern& pattern : patterns_) quotients_.emplace_back(pattern.all);
+    for (std::size_t i = 0; i < sums_.size(); ++i) {
+      const std::size_t pattern = patternOf_[i];
+      mask[i] = quotients_[pattern](255 * patterns_[pattern].all - opacities_[i]);
+    }
+  }
+
+  // --- where they are
+
+  void ReduceByRows(const ReductionWindow& window, int y) {
+    totals_.assign(Size(to_.width), {});
+    for (int t = 0; t < window.count; ++t) AddRow(WeighBatch(window, t, t + 1));
+    std::uint8_t* const colour = to_.colour[y];
+    for (std::size_t i = 0; i < totals_.size(); ++i) {
+      const Totals& total = totals_[i];
+      const Pattern& pattern = patterns_[patternOf_[i]];
+      const Quotient quotient(total.weight >> pattern.lostBits);
+      for (std::size_t c = 0; c < 3; ++c) colour[3 * i + c] = quotient(total.channel[c]);
+      to_.mask[y][i] =
+          opaque_ ? base::kOpaque : Quotient(pattern.all >> pattern.lostBits)(total.mask);
+    }
+  }
+
+  void AddRow(const ReductionRows& rows) {
     batch_.assign(Size(to_.width), {});
     for (const std::vector<ReductionRun>& runs : runs_) {
       if (rows.count == 0) break;
       Sum(rows, runs);
       for (std::size_t i = 0; i < batch_.size(); ++i) {
-        Totals& batch = batch_[i];
-        for (int c = 0; c < 3; ++c) {
-          batch.channel[c] += opaque_ ? colours_[i].channel[c] : masked_[i].channel[c];
-        }
-        if (opaque_) continue;
-        batch.colourWeight += masked_[i].colourWeight;
-        batch.mask += masked_[i].opacity;
+        for (int c = 0; c < 3; ++c) batch_[i].channel[c] += sums_[i].channel[c];
+        batch_[i].weight += sums_[i].weight;
+        if (!opaque_) batch_[i].opacity += opacities_[i];
       }
     }
     for (std::size_t i = 0; i < batch_.size(); ++i) {
@@ -213,34 +232,8 @@ class Reducer {
       for (int c = 0; c < 3; ++c) {
         totals_[i].channel[c] += batch_[i].channel[c] >> pattern.lostBits;
       }
-      totals_[i].colourWeight += batch_[i].colourWeight;
-      totals_[i].mask += (255 * pattern.batch - batch_[i].mask) >> pattern.lostBits;
-    }
-  }
-
-  // --- results
-
-  template <class Sums>
-  void FinishOpaque(const std::vector<Sums>& sums, std::uint8_t* colour, std::uint8_t* mask) {
-    quotients_.clear();
-    for (const Pattern& pattern : patterns_) {
-      quotients_.emplace_back(pattern.inside >> pattern.lostBits);
-    }
-    for (std::size_t i = 0; i < sums.size(); ++i) {
-      const Quotient& quotient = quotients_[patternOf_[i]];
-      for (std::size_t c = 0; c < 3; ++c) colour[3 * i + c] = quotient(sums[i].channel[c]);
-    }
-    std::memset(mask, base::kOpaque, sums.size());
-  }
-
-  void FinishMasked(std::uint8_t* colour, std::uint8_t* mask) const {
-    for (std::size_t i = 0; i < totals_.size(); ++i) {
-      const Totals& total = totals_[i];
-      const Pattern& pattern = patterns_[patternOf_[i]];
-      const Quotient quotient(total.colourWeight >> pattern.lostBits);
-      for (std::size_t c = 0; c < 3; ++c) colour[3 * i + c] = quotient(total.channel[c]);
-      const std::uint64_t all = pattern.all >> pattern.lostBits;
-      mask[i] = all == 0 ? base::kNothing : Quotient(all)(total.mask);
+      totals_[i].weight += batch_[i].weight;
+      totals_[i].mask += (255 * pattern.batch - batch_[i].opacity) >> pattern.lostBits;
     }
   }
 
@@ -256,8 +249,8 @@ class Reducer {
   std::vector<std::vector<ReductionRun>> runs_;
 
   std::vector<std::uint16_t> weights_;
-  std::vector<ColourSums> colours_;
-  std::vector<MaskedSums> masked_;
+  std::vector<ColourSums> sums_;
+  std::vector<std::uint32_t> opacities_;
   std::vector<Totals> batch_, totals_;
   std::vector<Quotient> quotients_;
 };

@@ -7,47 +7,60 @@
 namespace kernels {
 namespace {
 
+inline const std::uint16_t* WeightsOf(const ReductionRows& rows, const ReductionRun& run, int y) {
+  return rows.weights + static_cast<std::size_t>(y) * rows.weightStride + run.weights;
+}
+
+// Adds the taps of a run. `mask` is null in opaque pictures.
+inline void AddTaps(const std::uint8_t* pixel, const std::uint8_t* mask,
+                    const std::uint16_t* weights, int taps, ColourSums& sum) {
+  for (int t = 0; t < taps; ++t, pixel += 3) {
+    const std::uint32_t weight = mask && mask[t] == 255 ? 0 : weights[t];
+    sum.channel[0] += pixel[0] * weight;
+    sum.channel[1] += pixel[1] * weight;
+    sum.channel[2] += pixel[2] * weight;
+    sum.weight += weight;
+  }
+}
+
 inline void SumColoursLoop(const ReductionRun* runs, int count, int, const ReductionRows& rows,
                            ColourSums* sums) {
   for (int i = 0; i < count; ++i) {
     const ReductionRun& run = runs[i];
+    const std::ptrdiff_t first = run.first;
     ColourSums sum = {};
     for (int y = 0; y < rows.count; ++y) {
-      const std::uint8_t* pixel = rows.colour[y] + 3 * static_cast<std::ptrdiff_t>(run.first);
-      const std::uint16_t* const weights =
-          rows.weights + static_cast<std::size_t>(y) * rows.weightStride + run.weights;
-      for (int t = 0; t < run.taps; ++t, pixel += 3) {
-        const std::uint32_t weight = weights[t];
-        sum.channel[0] += pixel[0] * weight;
-        sum.channel[1] += pixel[1] * weight;
-        sum.channel[2] += pixel[2] * weight;
-      }
+      AddTaps(rows.colour[y] + 3 * first, nullptr, WeightsOf(rows, run, y), run.taps, sum);
     }
     sums[i] = sum;
   }
 }
 
 inline void SumMaskedLoop(const ReductionRun* runs, int count, int, const ReductionRows& rows,
-                          MaskedSums* sums) {
+                          ColourSums* sums, std::uint32_t* opacities) {
   for (int i = 0; i < count; ++i) {
     const ReductionRun& run = runs[i];
-    MaskedSums sum = {};
+    const std::ptrdiff_t first = run.first;
+    ColourSums sum = {};
+    std::uint32_t opacity = 0;
     for (int y = 0; y < rows.count; ++y) {
-      const std::uint8_t* pixel = rows.colour[y] + 3 * static_cast<std::ptrdiff_t>(run.first);
-      const std::uint8_t* const mask = rows.mask[y] + run.first;
-      const std::uint16_t* const weights =
-          rows.weights + static_cast<std::size_t>(y) * rows.weightStride + run.weights;
-      for (int t = 0; t < run.taps; ++t, pixel += 3) {
-        const std::uint32_t weight = weights[t];
-        sum.opacity += (255u - mask[t]) * weight;
-        const std::uint32_t colourWeight = mask[t] == 255 ? 0 : weight;
-        sum.colourWeight += colourWeight;
-        sum.channel[0] += pixel[0] * colourWeight;
-        sum.channel[1] += pixel[1] * colourWeight;
-        sum.channel[2] += pixel[2] * colourWeight;
-      }
+      const std::uint8_t* const mask = rows.mask[y] + first;
+      const std::uint16_t* const weights = WeightsOf(rows, run, y);
+      AddTaps(rows.colour[y] + 3 * first, mask, weights, run.taps, sum);
+      for (int t = 0; t < run.taps; ++t) opacity += (255u - mask[t]) * weights[t];
     }
     sums[i] = sum;
+    opacities[i] = opacity;
+  }
+}
+
+inline void DivideLoop(std::uint8_t* colour, const ColourSums* sums, int count) {
+  for (int i = 0; i < count; ++i, colour += 3) {
+    const std::uint32_t weight = sums[i].weight;
+    for (int c = 0; c < 3; ++c) {
+      const std::uint32_t quotient = weight == 0 ? 0 : (sums[i].channel[c] + weight / 2) / weight;
+      colour[c] = static_cast<std::uint8_t>(quotient);
+    }
   }
 }
 

@@ -5,8 +5,8 @@
 namespace kernels {
 
 const ReductionKernels& ReductionKernelsFor(SimdLevel level) {
-  static constexpr ReductionKernels kPlain = {SumColoursLoop, SumMaskedLoop, SharpenLoop,
-                                              SharpenMaskedLoop};
+  static constexpr ReductionKernels kPlain = {SumColoursLoop, SumMaskedLoop, DivideLoop,
+                                              SharpenLoop, SharpenMaskedLoop};
 #if defined(__x86_64__)
   if (level == SimdLevel::Avx512) return Avx512ReductionKernels();
   if (level == SimdLevel::Avx2) return Avx2ReductionKernels();

@@ -29,16 +29,11 @@ struct ReductionRows {
   std::size_t weightStride;      // from one row's weights to the next row's
 };
 
-// Of an opaque picture: byte x weight by channel.
+// Sums of byte x weight by channel, and of the weights, over the taps whose colours count: those
+// whose mask is not 255.
 struct ColourSums {
   std::uint32_t channel[3];
-};
-
-// Of a picture with a mask. Colours count where the mask is not 255.
-struct MaskedSums {
-  std::uint32_t channel[3];
-  std::uint32_t colourWeight;  // of the taps whose colours count
-  std::uint32_t opacity;       // (255 - mask) x weight over all taps
+  std::uint32_t weight;
 };
 
 // How a reduced picture is sharpened: weights of a byte and of its four neighbours, in 65536ths.
@@ -55,11 +50,15 @@ struct SharpenRows {
 
 // Functions with the same results at every level, byte for byte. No entry is null.
 struct ReductionKernels {
-  // One sum for each of `count` runs. The rows are `width` pixels long.
+  // One sum for each of `count` runs. The rows are `width` pixels long. In at most 128 rows there
+  // are at most kMostTaps taps under each run.
   void (*sumColours)(const ReductionRun* runs, int count, int width, const ReductionRows& rows,
                      ColourSums* sums);
+  // The same for a picture with a mask. Opacities are (255 - mask) x weight over all taps.
   void (*sumMasked)(const ReductionRun* runs, int count, int width, const ReductionRows& rows,
-                    MaskedSums* sums);
+                    ColourSums* sums, std::uint32_t* opacities);
+  // Each channel of `count` pixels: (sum + weight / 2) / weight, and 0 where there is no weight.
+  void (*divide)(std::uint8_t* colour, const ColourSums* sums, int count);
   // `bytes` bytes of a row, three a pixel. Neighbours whose mask is 255 are replaced by the byte
   // itself, and bytes whose own mask is 255 stay.
   void (*sharpen)(std::uint8_t* to, int bytes, const SharpenRows& rows, SharpenWeights weights);

@@ -54,5 +54,51 @@ TEST_F(PipelineTest, EndsFreeTheirSource) {
   }
 }
 
+// Sizes and full-resolution sizes through several filters that change them, without any row.
+TEST_F(PipelineTest, SizesTravelAlongChains) {
+  const std::string half = "ZNFilter.Scale100.1(HorizontalProz=050,VerticalProz=050)";
+  const std::string box =
+      "ZNFilter.Scale.1(MaximumHorizontalSize=300,MaximumVerticalSize=200,KeepProportions=2)";
+  const std::string crop = "ZNFilter.Crop.1(LeftMargin=0.25,RightMargin=0.75,FixRatioOn=0)";
+  const struct {
+    std::string text;
+    Size from, target, to;
+  } cases[] = {
+      {half, {601, 401}, {601, 401}, {300, 200}},
+      {box, {400, 600}, {400, 600}, {200, 300}},
+      {box, {90, 60}, {90, 60}, {90, 60}},
+      {box, {90, 60}, {900, 600}, {300, 200}},  // a reduction may grow again
+      {crop + box, {600, 400}, {600, 400}, {200, 267}},
+      {crop + box, {60, 40}, {600, 400}, {200, 267}},
+      {half + crop + box, {600, 400}, {600, 400}, {150, 200}},
+      {"ZNFilter.Crop.1(FixRatio=1.0)", {600, 400}, {600, 400}, {400, 400}},
+      {"ZNFilter.Crop.1(LeftMargin=0.9,RightMargin=0.1,FixRatioOn=0)", {60, 4}, {60, 4}, {1, 4}},
+      {crop + "ZNFilter.PrintPad.1(ForceRatio=1)", {600, 400}, {600, 400}, {300, 450}},
+      {"ZNFilter.PrintScale.1(PrintWidth=400,PrintHeight=300,PrintTurn=1)",
+       {600, 400},
+       {600, 400},
+       {267, 400}},
+      {"ZNFilter.RotCrop.1(Angle=1.5707963,RightMargin=0.5,FixRatioOn=0)",
+       {600, 400},
+       {600, 400},
+       {200, 600}},
+  };
+  for (const auto& c : cases) {
+    Pipeline pipeline(*creator.Get(), MakeBlankSource(c.from, c.target));
+    pipeline.SetText({c.text});
+    const Size size = pipeline.Settle();
+    EXPECT_EQ(std::pair(size.width, size.height), std::pair(c.to.width, c.to.height)) << c.text;
+  }
+}
+
+// No one takes memory for what can never be.
+TEST_F(PipelineTest, APictureThatIsTooLargeIsRefusedByThePull) {
+  Pipeline pipeline(*creator.Get(), MakeBlankSource({4, 3}, {4, 3}));
+  pipeline.SetText({"ZNFilter.Scale100.1(HorizontalProz=2000000000,VerticalProz=2000000000)"});
+  EXPECT_GT(pipeline.Settle().width, 1 << 26);
+  MemoryPicture picture("part", 4, 3, true, true);
+  EXPECT_FALSE(pipeline.Pull({0, 0, 4, 3}, 0, picture));
+}
+
 }  // namespace
 }  // namespace program
