@@ -326,7 +326,7 @@ test_log() {
   run 0 --version
   run 0 log -n 2
   [ "$(wc -l <stdout)" -eq 2 ] || fail 'not two lines'
-  grep -q 'Starting Program/DLL ".*fxbox' stdout || fail 'no start line'
+  grep -qi 'Starting Program/DLL ".*fxbox' stdout || fail 'no start line'
   run 1 log --program nobody
   error_starts 'fxbox: nobody: it has no log in '
   run 2 log -n -1
