@@ -99,6 +99,8 @@ constexpr Setting kSettings[] = {
     {"ZNFilter.FindEdges.1", "EdgeEnhance=050", Planes::Colour, "mask"},
     {"ZNFilter.Emboss.1", "EmbossStrength=050", Planes::Colour, "opaque", true},
     {"ZNFilter.Emboss.1", "EmbossStrength=050", Planes::Colour, "mask"},
+    {"ZNFilter.Crop.1", "", Planes::Both, "whole"},
+    {"ZNFilter.Crop.1", "LeftMargin=0.1,RightMargin=0.9,FixRatioOn=0", Planes::Both, "part"},
     {"ZNFilter.Rotate.1", "Angle=90", Planes::Both, "quarter"},
     {"ZNFilter.Rotate.1", "Angle=180", Planes::Both, "half"},
     {"ZNFilter.Rotate.1", "Angle=7.5", Planes::Both, "opaque", true},

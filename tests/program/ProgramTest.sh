@@ -138,6 +138,18 @@ test_bands_and_rectangle() {
   run 2 apply -c '' --rect 0,0,0,1 -o none.ppm in.ppm
   error_is 'fxbox: --rect: the rectangle "0,0,0,1" is empty'
   is_missing none.ppm
+  # A part is the same part of the whole result where filters have moved and scaled the picture.
+  enlarge='ZNFilter.Scale100.1(HorizontalProz=900,VerticalProz=900)'
+  crop='ZNFilter.Crop.1(LeftMargin=0.25,RightMargin=0.75,BottomMargin=0.3,FixRatioOn=0)'
+  reduce='ZNFilter.Scale.1(MaximumHorizontalSize=9,MaximumVerticalSize=9)'
+  sepia='ZNFilter.Sepia.1(Sepia=050)'
+  run 0 apply -c "$enlarge" -o large.ppm in.ppm
+  for chain in "$sepia$crop" "$enlarge$crop" "$crop$reduce$sepia" "$reduce$crop"; do
+    run 0 apply -c "$chain" -o whole.ppm large.ppm
+    run 0 apply -c '' --rect 1,2,3,2 -o want.ppm whole.ppm
+    run 0 apply -c "$chain" --rect 1,2,3,2 --bands 1 -o part.ppm large.ppm
+    cmp -s want.ppm part.ppm || fail "$chain gives another rectangle"
+  done
 }
 
 test_fit_and_size() {

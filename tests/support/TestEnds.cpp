@@ -84,6 +84,17 @@ HRESULT TestDestination::SetPictureSize(int w, int h) {
   return Record("SetPictureSize", w, h);
 }
 
+HRESULT TestDestination::SetTargetSize(int w, int h) {
+  targetWidth = w;
+  targetHeight = h;
+  return Record("SetTargetSize", w, h);
+}
+
+HRESULT TestDestination::SetZoom(double newZoom) {
+  zoom = newZoom;
+  return Record("SetZoom", newZoom);
+}
+
 HRESULT TestDestination::QuerySize(int* w, int* h, double aspect) {
   askedAspect = aspect;
   *w = wantedWidth;

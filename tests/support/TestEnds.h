@@ -66,11 +66,9 @@ class TestDestination final : public platform::ComObject<TestDestination, IAnimF
   HRESULT STDMETHODCALLTYPE SetPictureSize(int w, int h) override;
   HRESULT STDMETHODCALLTYPE SetOffset(int x, int y) override { return Record("SetOffset", x, y); }
   HRESULT STDMETHODCALLTYPE SetExtent(int w, int h) override { return Record("SetExtent", w, h); }
-  HRESULT STDMETHODCALLTYPE SetTargetSize(int w, int h) override {
-    return Record("SetTargetSize", w, h);
-  }
+  HRESULT STDMETHODCALLTYPE SetTargetSize(int w, int h) override;
   HRESULT STDMETHODCALLTYPE QuerySize(int* w, int* h, double aspect) override;
-  HRESULT STDMETHODCALLTYPE SetZoom(double zoom) override { return Record("SetZoom", zoom); }
+  HRESULT STDMETHODCALLTYPE SetZoom(double newZoom) override;
   HRESULT STDMETHODCALLTYPE SetMark(int a, int b) override { return Record("SetMark", a, b); }
   HRESULT STDMETHODCALLTYPE GetMark(int*, int*) override { return S_OK; }
   HRESULT STDMETHODCALLTYPE Lock() override;
@@ -93,6 +91,8 @@ class TestDestination final : public platform::ComObject<TestDestination, IAnimF
   std::function<void()> onUnlock;
 
   int width = 0, height = 0;  // the last SetPictureSize
+  int targetWidth = 0, targetHeight = 0;
+  double zoom = 0;
   int wantedWidth = -1, wantedHeight = -1;
   double askedAspect = 0;
   platform::ComPtr<IAnimFilterDestCallsThis> source;
