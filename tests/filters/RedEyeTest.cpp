@@ -103,15 +103,15 @@ TEST(RedEye, AnyClickIsTaken) {
   for (int i = 0; i < 160000; ++i) {
     if (i / 400 % 2 == 0 || i % 400 % 2 == 0) comb.Colour(i % 400, i / 400)[2] = 255;
   }
-  Picture far = comb;
-  Remove(far, {0.5, 0.5, 0, 0}, 10.0);
-  EXPECT_NE(Difference(comb, far), "");
-  Picture near = comb;
-  Remove(near, {0.25, 0.25, 0, 0});
+  Picture fromAfar = comb;
+  Remove(fromAfar, {0.5, 0.5, 0, 0}, 10.0);
+  EXPECT_NE(Difference(comb, fromAfar), "");
+  Picture fromNearby = comb;
+  Remove(fromNearby, {0.25, 0.25, 0, 0});
   for (int i = 0; i < 160000; ++i) {
     const int x = i % 400, y = i / 400;
     if (std::abs(x - 100) > 40 || std::abs(y - 100) > 40) {
-      ASSERT_EQ(near.Colour(x, y)[2], comb.Colour(x, y)[2]) << x << " " << y;
+      ASSERT_EQ(fromNearby.Colour(x, y)[2], comb.Colour(x, y)[2]) << x << " " << y;
     }
   }
 }
