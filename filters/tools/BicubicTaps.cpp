@@ -20,7 +20,11 @@ BicubicWeights WeightsOf(int phase) {
   for (int t = 0; t < 4; ++t) {
     weights.weight[t] = static_cast<std::int32_t>(CatmullRom(t - 0.5 - fraction) * 4096);
     weights.sum += weights.weight[t];
+    for (int copy = 0; copy < 4; ++copy) {
+      weights.pairs[t / 2 * 8 + 2 * copy + t % 2] = static_cast<std::int16_t>(weights.weight[t]);
+    }
   }
+  weights.reciprocal = 1.0f / static_cast<float>(weights.sum);
   return weights;
 }
 

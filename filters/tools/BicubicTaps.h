@@ -13,9 +13,12 @@ inline constexpr int kBicubicPhases = 51;
 
 // Weights of four neighbouring samples, in 4096ths and truncated: their sum is not always 4096, but
 // 4090 to 4352.
-struct BicubicWeights {
+struct alignas(64) BicubicWeights {
+  // Weights 0 and 1 four times, then 2 and 3: what vectors of 16-bit numbers are multiplied by.
+  std::int16_t pairs[16];
   std::int32_t weight[4];
   std::int32_t sum;
+  float reciprocal;  // of the sum
 };
 // One a phase.
 FXBOX_API const BicubicWeights* BicubicPhases();
