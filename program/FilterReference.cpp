@@ -24,8 +24,9 @@ std::string FilledIn(std::string text) {
 }
 
 std::string NumberText(double number) {
-  std::array<char, 32> text;
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+  std::array<char, 400> text;
+  const auto end =
+      std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed).ptr;
   return {text.data(), end};
 }
 
