@@ -1,4 +1,5 @@
-// The two ways in which a number becomes a byte (cut or clamped), and conversions that never overflow.
+// The two ways in which a number becomes a byte (cut or clamped), and conversions that never
+// overflow.
 #pragma once
 
 #include <cmath>
@@ -8,7 +9,9 @@
 namespace base {
 
 // The low eight bits.
-constexpr std::uint8_t LowByte(std::int64_t value) { return static_cast<std::uint8_t>(value & 255); }
+constexpr std::uint8_t LowByte(std::int64_t value) {
+  return static_cast<std::uint8_t>(value & 255);
+}
 
 // Limited to 0..255.
 constexpr std::uint8_t ClampByte(std::int64_t value) {
@@ -27,8 +30,8 @@ constexpr std::int32_t LimitToInt32(std::int64_t value) {
   return static_cast<std::int32_t>(value < kLeast ? kLeast : value > kGreatest ? kGreatest : value);
 }
 
-// Truncates toward zero. What does not fit 32 bits wraps; what does not fit 64 bits gives the nearest
-// end of the 32-bit range, and no number gives 0.
+// Truncates toward zero. What does not fit 32 bits wraps; what does not fit 64 bits gives the
+// nearest end of the 32-bit range, and no number gives 0.
 inline std::int32_t TruncateToInt32(double value) {
   constexpr double kLimit = 9223372036854775808.0;
   if (value > -kLimit && value < kLimit) return WrapToInt32(static_cast<std::int64_t>(value));
@@ -52,9 +55,13 @@ inline std::int32_t RoundToInt32(double value) {
 }
 
 // Truncates toward zero and keeps the low eight bits.
-inline std::uint8_t TruncateToByte(double value) { return LowByte(TruncateToInt32(value)); }
+inline std::uint8_t TruncateToByte(double value) {
+  return LowByte(TruncateToInt32(value));
+}
 
 // Truncates toward zero and limits to 0..255.
-inline std::uint8_t TruncateAndClampByte(double value) { return ClampByte(TruncateToInt32(value)); }
+inline std::uint8_t TruncateAndClampByte(double value) {
+  return ClampByte(TruncateToInt32(value));
+}
 
 }  // namespace base

@@ -7,8 +7,8 @@
 
 namespace base {
 
-// A colour row holds 3 bytes a pixel in the order blue, green, red; a mask row 1 byte a pixel, 0 fully
-// opaque, 255 nothing there. Row 0 is the bottom row of the picture.
+// A colour row holds 3 bytes a pixel in the order blue, green, red; a mask row 1 byte a pixel, 0
+// fully opaque, 255 nothing there. Row 0 is the bottom row of the picture.
 inline constexpr int kBytesPerPixel = 3;
 inline constexpr int kBlue = 0;
 inline constexpr int kGreen = 1;

@@ -12,8 +12,8 @@ namespace platform {
 
 // Derive as `class CThing : public ComObject<CThing, IFirst, ISecond>`. The object starts with one
 // reference, which belongs to its maker, and deletes itself with the last. IUnknown is the first
-// interface, so that a host that asks for IUnknown alone holds a usable table. The class declares no
-// virtual function of its own: the first slots behind the interface belong to the derived class.
+// interface, so that a host that asks for IUnknown alone holds a usable table. The class declares
+// no virtual function of its own: the first slots behind the interface belong to the derived class.
 template <class Derived, class First, class... Others>
 class ComObject : public First, public Others... {
  public:

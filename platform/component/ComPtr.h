@@ -10,8 +10,8 @@
 
 namespace platform {
 
-// Holds one reference and gives it back in the destructor. Not thread-safe itself; the object that it
-// points to counts safely.
+// Holds one reference and gives it back in the destructor. Not thread-safe itself; the object that
+// it points to counts safely.
 template <class Interface>
 class ComPtr {
  public:

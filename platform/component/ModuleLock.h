@@ -5,8 +5,8 @@
 
 namespace platform {
 
-// While one lives, the module says that it cannot be unloaded. Every component object holds one, and
-// LockServer makes and ends one by hand. Thread-safe.
+// While one lives, the module says that it cannot be unloaded. Every component object holds one,
+// and LockServer makes and ends one by hand. Thread-safe.
 class FXBOX_API ModuleLock {
  public:
   ModuleLock() { Add(); }

@@ -13,15 +13,16 @@ namespace platform {
 // One class of a module in the process.
 struct InProcessClass {
   CLSID classId;
-  std::string progId;                  // versioned; empty when the class has none
+  std::string progId;                    // versioned; empty when the class has none
   std::string versionIndependentProgId;  // empty when the class has none
-  std::vector<CATID> categories;       // those that the class implements
+  std::vector<CATID> categories;         // those that the class implements
 };
 
 using GetClassObjectFunction = HRESULT (*)(REFCLSID classId, REFIID iid, void** result);
 
-// Makes the classes known to CoCreateInstance, the ProgID functions and the category manager, in this
-// order and ahead of registered ones. A class id that is known already is not taken again. Thread-safe.
+// Makes the classes known to CoCreateInstance, the ProgID functions and the category manager, in
+// this order and ahead of registered ones. A class id that is known already is not taken again.
+// Thread-safe.
 FXBOX_API void AnnounceClasses(GetClassObjectFunction getClassObject,
                                std::vector<InProcessClass> classes);
 // Forgets the classes that came with this function.

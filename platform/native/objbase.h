@@ -1,8 +1,8 @@
 // Stand-in for the system header of the same name: the component runtime. Classes are found among
-// those of the modules that announced themselves (see platform/linux/ComponentRuntime.h) and, behind
-// them, among the registered ones: the key CLSID\{id}\InProcServer32 below HKEY_CLASSES_ROOT of the
-// registry service names a shared object that exports DllGetClassObject. All functions may be called
-// from any thread.
+// those of the modules that announced themselves (see platform/linux/ComponentRuntime.h) and,
+// behind them, among the registered ones: the key CLSID\{id}\InProcServer32 below HKEY_CLASSES_ROOT
+// of the registry service names a shared object that exports DllGetClassObject. All functions may
+// be called from any thread.
 #pragma once
 
 #include <unknwn.h>
@@ -20,8 +20,8 @@ FXBOX_API void CoUninitialize();
 FXBOX_API HRESULT OleInitialize(void* reserved);
 FXBOX_API void OleUninitialize();
 
-// REGDB_E_CLASSNOTREG for an unknown class, CO_E_DLLNOTFOUND or CO_E_ERRORINDLL for a module that does
-// not load or lacks the exported function. *result is null on failure.
+// REGDB_E_CLASSNOTREG for an unknown class, CO_E_DLLNOTFOUND or CO_E_ERRORINDLL for a module that
+// does not load or lacks the exported function. *result is null on failure.
 FXBOX_API HRESULT CoGetClassObject(REFCLSID classId, DWORD context, void* reserved, REFIID iid,
                                    void** result);
 FXBOX_API HRESULT CoCreateInstance(REFCLSID classId, IUnknown* outer, DWORD context, REFIID iid,

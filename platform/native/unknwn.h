@@ -3,8 +3,8 @@
 
 #include <wtypes.h>
 
-// The order of the operations is that of the system's table, so that a host that builds the tables by
-// hand finds the same slots.
+// The order of the operations is that of the system's table, so that a host that builds the tables
+// by hand finds the same slots.
 struct IUnknown {
   virtual HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) = 0;
   virtual ULONG STDMETHODCALLTYPE AddRef() = 0;

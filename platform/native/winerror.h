@@ -6,8 +6,12 @@
 using HRESULT = std::int32_t;
 using SCODE = std::int32_t;
 
-constexpr bool SUCCEEDED(HRESULT status) { return status >= 0; }
-constexpr bool FAILED(HRESULT status) { return status < 0; }
+constexpr bool SUCCEEDED(HRESULT status) {
+  return status >= 0;
+}
+constexpr bool FAILED(HRESULT status) {
+  return status < 0;
+}
 
 inline constexpr HRESULT S_OK = 0;
 inline constexpr HRESULT S_FALSE = 1;
