@@ -5,7 +5,9 @@
 // be called from any thread.
 #pragma once
 
+#include <objidl.h>
 #include <unknwn.h>
+#include <winbase.h>
 
 #include "base/Export.h"
 
@@ -39,4 +41,31 @@ FXBOX_API int StringFromGUID2(REFGUID id, LPOLESTR text, int size);
 
 FXBOX_API void* CoTaskMemAlloc(std::size_t size);
 FXBOX_API void CoTaskMemFree(void* block);
+
+// Compound files. Versions 3 and 4 are read, version 3 is written; times are neither kept nor
+// written. Flags and codes are those of the system. A path is a wide text, or the bytes of a file
+// name widened one by one; "\\" separates like "/". A root is opened exclusively
+// (STGM_SHARE_EXCLUSIVE), or for reading with STGM_SHARE_DENY_WRITE or STGM_PRIORITY; elements
+// always exclusively. Whoever opens a file that another has gets STG_E_SHAREVIOLATION or
+// STG_E_LOCKVIOLATION, in this process as from another one.
+//
+// What was written is on the disk after Commit of the root, after the release of a stream that was
+// written to, and after the release of the root; until then, and after any end of the process, the
+// file holds what it held before. A file with a fault is read as far as it is whole and cannot be
+// written to (STG_E_DOCFILECORRUPT).
+//
+// A storage and all that was opened from it belong to one thread at a time. The root keeps the
+// bytes below it until the last of its elements is released.
+FXBOX_API HRESULT StgCreateDocfile(const OLECHAR* path, DWORD mode, DWORD reserved,
+                                   IStorage** result);
+FXBOX_API HRESULT StgOpenStorage(const OLECHAR* path, IStorage* priority, DWORD mode, SNB exclude,
+                                 DWORD reserved, IStorage** result);
+FXBOX_API HRESULT StgIsStorageFile(const OLECHAR* path);
+
+// The same over bytes of the caller's, which are held while the storage is open.
+FXBOX_API HRESULT StgCreateDocfileOnILockBytes(ILockBytes* bytes, DWORD mode, DWORD reserved,
+                                               IStorage** result);
+FXBOX_API HRESULT StgOpenStorageOnILockBytes(ILockBytes* bytes, IStorage* priority, DWORD mode,
+                                             SNB exclude, DWORD reserved, IStorage** result);
+FXBOX_API HRESULT StgIsStorageILockBytes(ILockBytes* bytes);
 }

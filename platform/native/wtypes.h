@@ -5,6 +5,7 @@
 #include <guiddef.h>
 #include <winerror.h>
 
+#include <cstddef>
 #include <cstdint>
 
 using BYTE = std::uint8_t;
@@ -15,7 +16,9 @@ using ULONG = std::uint32_t;
 using INT = int;
 using UINT = unsigned int;
 using BOOL = int;
+using LONGLONG = std::int64_t;
 using ULONGLONG = std::uint64_t;
+using SIZE_T = std::size_t;
 using LCID = std::uint32_t;
 using WCHAR = char16_t;
 using OLECHAR = WCHAR;
@@ -24,6 +27,28 @@ using LPCOLESTR = const OLECHAR*;
 using LPVOID = void*;
 using HMODULE = void*;
 using HINSTANCE = HMODULE;
+using HGLOBAL = void*;
+
+union LARGE_INTEGER {
+  struct {
+    DWORD LowPart;
+    LONG HighPart;
+  } u;
+  LONGLONG QuadPart;
+};
+union ULARGE_INTEGER {
+  struct {
+    DWORD LowPart;
+    DWORD HighPart;
+  } u;
+  ULONGLONG QuadPart;
+};
+
+// 100-nanosecond steps since 1601.
+struct FILETIME {
+  DWORD dwLowDateTime;
+  DWORD dwHighDateTime;
+};
 
 #ifndef TRUE
 #define TRUE 1
