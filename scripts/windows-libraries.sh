@@ -1,8 +1,9 @@
 #!/bin/bash
-# Builds the picture libraries for Windows, once, into the user's cache; --where tells the folder.
+# Builds the picture and text libraries for Windows, once, into the user's cache; --where tells the folder.
 #
-# They are Debian's own sources of libjpeg-turbo, libpng and libtiff, with Debian's patches, of the
-# versions that are installed for this system, so that a file decodes to the same bytes on both.
+# They are Debian's own sources of libjpeg-turbo, libpng, libtiff, FreeType, HarfBuzz and FriBidi, with
+# Debian's patches, of the versions that are installed for this system, so that a file decodes, and a
+# text is drawn, to the same bytes on both.
 # zlib comes from its cross package. TIFF files compressed with LZMA, Zstandard, WebP, JBIG or LERC
 # are the one difference: Debian has no cross packages of those libraries, so Windows reads none.
 set -euo pipefail
@@ -12,8 +13,9 @@ toolchain="$project/cmake/windows-toolchain.cmake"
 crossRoot=/usr/x86_64-w64-mingw32
 
 sourcePackages() {
-  dpkg-query -W -f '${source:Package}=${source:Version}\n' libjpeg62-turbo-dev libpng-dev libtiff-dev 2>/dev/null ||
-    die "the native picture libraries are missing: run scripts/setup.sh windows"
+  dpkg-query -W -f '${source:Package}=${source:Version}\n' libjpeg62-turbo-dev libpng-dev libtiff-dev \
+    libfreetype-dev libharfbuzz-dev libfribidi-dev 2>/dev/null ||
+    die "the native picture and text libraries are missing: run scripts/setup.sh windows"
 }
 
 crossPackages() {
@@ -84,11 +86,50 @@ build() {
   }
 }
 
+# run PACKAGE COMMAND...: a step of a package that is built without its own build system.
+run() {
+  local package="$1"
+  shift
+  "$@" >"$work/$package.log" 2>&1 || {
+    tail -40 "$work/$package.log" >&2
+    die "$package could not be built"
+  }
+}
+
+# HarfBuzz is one file to the compiler. It gets neither GLib nor ICU: its own Unicode tables serve.
+buildHarfbuzz() {
+  say "  building harfbuzz"
+  run harfbuzz x86_64-w64-mingw32-g++-posix -O2 -DNDEBUG -std=c++11 -fno-exceptions -fno-rtti \
+    -ffp-contract=off -DHAVE_FREETYPE=1 "-I$work/harfbuzz/src" "-I$prefix/include/freetype2" \
+    -c "$work/harfbuzz/src/harfbuzz.cc" -o "$work/harfbuzz.o"
+  x86_64-w64-mingw32-ar rcs "$prefix/lib/libharfbuzz.a" "$work/harfbuzz.o"
+  mkdir -p "$prefix/include/harfbuzz"
+  cp "$work"/harfbuzz/src/hb*.h "$prefix/include/harfbuzz/"
+}
+
+# FriBidi's archive holds the tables that its own build would generate.
+buildFribidi() {
+  say "  building fribidi"
+  local lib="$work/fribidi/lib" name
+  sed -e 's/@PACKAGE@/fribidi/; s/@PACKAGE_NAME@/GNU FriBidi/; s/@FRIBIDI_VERSION@/0/; s/@PACKAGE_BUGREPORT@//' \
+    -e 's/@FRIBIDI_[A-Z]*_VERSION@/0/; s/@SIZEOF_INT@/4/; s/@FRIBIDI_MSVC_BUILD_PLACEHOLDER@//' \
+    "$lib/fribidi-config.h.in" >"$lib/fribidi-config.h"
+  for name in fribidi fribidi-arabic fribidi-bidi fribidi-bidi-types fribidi-brackets fribidi-joining \
+    fribidi-joining-types fribidi-mirroring fribidi-run fribidi-shape fribidi-deprecated; do
+    run fribidi x86_64-w64-mingw32-gcc-posix -O2 -DNDEBUG -DSTDC_HEADERS=1 -DHAVE_STRINGIZE=1 \
+      -DHAVE_STRING_H=1 -DHAVE_STDLIB_H=1 "-I$lib" \
+      -c "$lib/$name.c" -o "$work/$name.o"
+  done
+  x86_64-w64-mingw32-ar rcs "$prefix/lib/libfribidi.a" "$work"/fribidi*.o
+  mkdir -p "$prefix/include/fribidi"
+  cp "$lib"/fribidi*.h "$prefix/include/fribidi/"
+}
+
 buildAll() {
   prefix="$1"
   work="$(mktemp -d)"
   trap 'rm -rf "$work"' EXIT
-  say "Building the picture libraries for Windows, once (about a minute)"
+  say "Building the picture and text libraries for Windows, once (about two minutes)"
   prepareSourceLists
   local package
   for package in $(sourcePackages); do
@@ -107,10 +148,15 @@ buildAll() {
   build tiff -Dzlib=ON -Djpeg=ON -Dlzma=OFF -Dzstd=OFF -Dwebp=OFF -Djbig=OFF -Dlerc=OFF \
     -Dlibdeflate=OFF -Dcxx=OFF -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF
 
+  # Without the libraries that only serve compressed font files and bitmaps in fonts.
+  build freetype -DFT_DISABLE_{ZLIB,BZIP2,PNG,HARFBUZZ,BROTLI}=ON
+  buildHarfbuzz
+  buildFribidi
+
   # Package files written by the builds name the folder's passing name; CMake's own modules serve.
   rm -rf "${prefix:?}"/lib/{pkgconfig,cmake,libpng} "${prefix:?}"/{bin,share,man}
   local library
-  for library in libz libjpeg libpng libtiff; do
+  for library in libz libjpeg libpng libtiff libfreetype libharfbuzz libfribidi; do
     [ -f "$prefix/lib/$library.a" ] || die "the build left no $library.a"
   done
   local codec
