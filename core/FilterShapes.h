@@ -179,12 +179,17 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
 };
 
 // Adds the parameters to a shape: `Parameters` is the struct that core/ParameterText.h describes.
-// SetParameter touches pending alone, from any thread; Commit is the only writer of active.
+// SetParameter touches pending alone, from any thread; Commit is the only writer of active. A
+// struct with texts is committed by `CommitParameters` alone and read by `Active()`: its active
+// texts may be asked for on another thread meanwhile.
 template <class Shape, class Parameters>
 class ParameterFilter : public Shape {
  public:
-  bool IsDirty() override { return ParametersDiffer(Pending(), active); }
-  void Commit() override { active = Pending(); }
+  bool IsDirty() override {
+    const std::lock_guard lock(pendingLock);
+    return ParametersDiffer(pending, active);
+  }
+  void Commit() override { CommitParameters(); }
 
   HRESULT STDMETHODCALLTYPE SetParameter(const char* text, int) override {
     return platform::Guard([&] {
@@ -197,7 +202,7 @@ class ParameterFilter : public Shape {
     return Print(Pending(), buffer, size);
   }
   HRESULT STDMETHODCALLTYPE GetActiveParameter(char* buffer, int size) override {
-    return Print(active, buffer, size);
+    return Print(Active(), buffer, size);
   }
 
   static std::vector<ParameterDescription> Describe() { return DescribeParameters<Parameters>(); }
@@ -215,6 +220,17 @@ class ParameterFilter : public Shape {
   Parameters Pending() const {
     const std::lock_guard lock(pendingLock);
     return pending;
+  }
+
+  Parameters Active() const {
+    const std::lock_guard lock(pendingLock);
+    return active;
+  }
+
+  // Makes the pending parameters active and gives them.
+  Parameters CommitParameters() {
+    const std::lock_guard lock(pendingLock);
+    return active = pending;
   }
 
   // For a Commit that changes what is pending, too. Gives the result.

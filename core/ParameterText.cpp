@@ -4,8 +4,12 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <optional>
+#include <utility>
 
 #include "base/Arithmetic.h"
+#include "base/NumberScan.h"
+#include "base/PercentText.h"
 #include "core/ParameterReaders.h"
 
 namespace {
@@ -30,15 +34,32 @@ void AppendFormatted(std::string& text, const char* format, Number number) {
   if (length > 0) text.append(piece, std::min<std::size_t>(static_cast<std::size_t>(length), 511));
 }
 
-// Records are searched for the key with its "=".
-std::string KeyOfRecord(const ParameterDescription& row) {
+std::string KeyWithEquals(const ParameterDescription& row) {
   return std::string(row.key).append("=");
+}
+
+// What stands behind the key and its "=", up to the next comma.
+std::optional<std::string_view> ValueBehindEquals(const char* text,
+                                                  const ParameterDescription& row) {
+  const std::string key = KeyWithEquals(row);
+  const char* const found = text ? std::strstr(text, key.c_str()) : nullptr;
+  if (!found) return std::nullopt;
+  const std::string_view rest = found + key.size();
+  return rest.substr(0, rest.find(','));
+}
+
+bool FindNumber(const char* text, const ParameterDescription& row, int& number) {
+  bool changed = false;
+  if (!row.hasEquals) return ReadParamInt(text, row.key, number, changed);
+  const auto value = ValueBehindEquals(text, row);
+  const auto scanned = value ? base::ScanInt(*value) : std::nullopt;
+  number = scanned.value_or(number);
+  return scanned.has_value();
 }
 
 // The number of the text that a field shall hold; false leaves the field alone.
 bool ReadNumber(const char* text, const ParameterDescription& row, int& number) {
-  bool changed = false;
-  if (!ReadParamInt(text, row.key, number, changed)) {
+  if (!FindNumber(text, row, number)) {
     if (row.absent == AbsentKey::KeepsField) return false;
     number = 0;
   }
@@ -49,7 +70,7 @@ bool ReadNumber(const char* text, const ParameterDescription& row, int& number) 
 template <class Field>
 bool Store(Field& field, Field value) {
   if (field == value) return false;
-  field = value;
+  field = std::move(value);
   return true;
 }
 
@@ -79,13 +100,17 @@ bool ReadParameterField(const char* text, const ParameterDescription& row, Param
             return changed;
           },
           [&](std::uint32_t* field) {
-            return Store(*field, ParamHex(text, *field, KeyOfRecord(row).c_str()));
+            return Store(*field, ParamHex(text, *field, KeyWithEquals(row).c_str()));
+          },
+          [&](std::string* field) {
+            const auto value = ValueBehindEquals(text, row);
+            return value && Store(*field, base::PercentDecode(*value));
           }},
       target);
 }
 
 void ReadRecordField(char* text, const ParameterDescription& row, ParameterField target) {
-  const std::string key = KeyOfRecord(row);
+  const std::string key = KeyWithEquals(row);
   const auto readInteger = [&](auto* field) {
     const std::int32_t number = ParamLong(text, *field, key.c_str());
     *field = static_cast<std::remove_pointer_t<decltype(field)>>(ForcedIntoRange(number, row));
@@ -99,7 +124,8 @@ void ReadRecordField(char* text, const ParameterDescription& row, ParameterField
                         },
                         [&](std::uint32_t* field) {
                           *field = ForcedIntoRange(ParamHex(text, *field, key.c_str()), row);
-                        }},
+                        },
+                        [&](std::string* field) { ReadParameterField(text, row, field); }},
              target);
 }
 
@@ -111,6 +137,9 @@ void PrintParameterField(std::string& text, const ParameterDescription& row,
   std::visit(Overloaded{[&](const std::int32_t* field) { print(*field); },
                         [&](const std::uint8_t* field) { print(*field); },
                         [&](const bool* field) { print(*field ? 1 : 0); },
+                        [&](const std::string* field) {
+                          text.append(row.printed).append(base::PercentEncode(*field));
+                        },
                         [&](const auto* field) { AppendFormatted(text, row.printed, *field); }},
              source);
 }

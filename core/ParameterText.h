@@ -27,7 +27,9 @@
 // What a reader does with a key that is absent or has no readable number behind it.
 enum class AbsentKey { KeepsField, CountsAsZero };
 
-enum class ParameterKind { Integer, Byte, Flag, Double, Hexadecimal };
+// A text is percent-encoded (base/PercentText.h) where it is printed and holds the decoded bytes in
+// its field. Its value ends at the next comma or at the end of the text.
+enum class ParameterKind { Integer, Byte, Flag, Double, Hexadecimal, Text };
 
 // Whether the range of a row holds for the dialogs alone or is forced upon what ReadRecord reads.
 enum class ParameterRange { Offered, Forced };
@@ -35,23 +37,25 @@ enum class ParameterRange { Offered, Forced };
 // A row without the struct that it belongs to.
 struct ParameterDescription {
   const char* key = nullptr;      // found by substring search: "Green"
-  const char* printed = nullptr;  // the piece of the text: " , Green=%.3d"
+  const char* printed = nullptr;  // the piece of the text: " , Green=%.3d"; of a text ",Font="
   ParameterKind kind = ParameterKind::Integer;
-  double least = 0;  // the range, both ends included
+  double least = 0;  // the range, both ends included; a text has none
   double greatest = 100;
   const char* gloss = "";
   AbsentKey absent = AbsentKey::KeepsField;
   ParameterRange range = ParameterRange::Offered;
   bool isCompared = true;   // a difference here makes the filter dirty
+  bool hasEquals = false;   // found with its "=", as texts always are
   bool isNumbered = false;  // the key ends in 1 and stands for those of all numbers
   // For a field that stores something else than the number of the text.
   int (*stored)(int text) = nullptr;
   int (*shown)(int field) = nullptr;
 };
 
-using ParameterField = std::variant<std::int32_t*, std::uint8_t*, bool*, double*, std::uint32_t*>;
+using ParameterField =
+    std::variant<std::int32_t*, std::uint8_t*, bool*, double*, std::uint32_t*, std::string*>;
 using ConstParameterField = std::variant<const std::int32_t*, const std::uint8_t*, const bool*,
-                                         const double*, const std::uint32_t*>;
+                                         const double*, const std::uint32_t*, const std::string*>;
 
 // The work on one field, without the struct's type. Reading gives true when the field changed.
 FXBOX_API bool ReadParameterField(const char* text, const ParameterDescription& row,
@@ -76,9 +80,9 @@ struct ParameterRow : ParameterDescription {
     const std::int32_t& (*of)(const Parameters&, int number);
     int number;
   };
-  using Member =
-      std::variant<std::int32_t Parameters::*, std::uint8_t Parameters::*, bool Parameters::*,
-                   double Parameters::*, std::uint32_t Parameters::*, Numbered>;
+  using Member = std::variant<std::int32_t Parameters::*, std::uint8_t Parameters::*,
+                              bool Parameters::*, double Parameters::*, std::uint32_t Parameters::*,
+                              std::string Parameters::*, Numbered>;
   // Says which values have this piece of text at all.
   using Condition = bool (*)(const Parameters&);
 
@@ -92,6 +96,7 @@ struct ParameterRow : ParameterDescription {
            : std::is_same_v<Field, double>        ? ParameterKind::Double
            : std::is_same_v<Field, std::uint8_t>  ? ParameterKind::Byte
            : std::is_same_v<Field, std::uint32_t> ? ParameterKind::Hexadecimal
+           : std::is_same_v<Field, std::string>   ? ParameterKind::Text
                                                   : ParameterKind::Integer;
   }
 

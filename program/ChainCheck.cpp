@@ -63,6 +63,7 @@ bool IsNumber(std::string_view text, NumberForm form) {
 using KnownKeys = std::map<std::string, NumberForm, std::less<>>;
 
 NumberForm FormOf(const ParameterDescription& row) {
+  if (row.kind == ParameterKind::Text) return NumberForm::AnyText;
   const char* const format = row.printed ? std::strchr(row.printed, '%') : nullptr;
   if (format && std::strpbrk(format, "xX")) return NumberForm::Hexadecimal;
   return row.kind == ParameterKind::Double ? NumberForm::Fraction : NumberForm::Whole;

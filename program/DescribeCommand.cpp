@@ -31,8 +31,8 @@ const FilterEntry& Find(const std::vector<FilterEntry>& filters, const std::stri
 Json JsonOf(const KeyFacts& key) {
   Json json{{"key", key.key}, {"kind", key.kind}};
   json["default"] = key.defaultValue ? Json(*key.defaultValue) : Json(nullptr);
-  json["least"] = key.least;
-  json["greatest"] = key.greatest;
+  json["least"] = HasRange(key) ? Json(key.least) : Json(nullptr);
+  json["greatest"] = HasRange(key) ? Json(key.greatest) : Json(nullptr);
   json["gloss"] = key.gloss;
   return json;
 }

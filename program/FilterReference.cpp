@@ -31,10 +31,12 @@ std::string NumberText(double number) {
 }
 
 constexpr char kHexadecimal[] = "hexadecimal";
+constexpr char kText[] = "text";
 
 const char* KindName(const ParameterDescription& row) {
   if (row.kind == ParameterKind::Flag) return "0 or 1";
   if (row.kind == ParameterKind::Hexadecimal) return kHexadecimal;
+  if (row.kind == ParameterKind::Text) return kText;
   return row.kind == ParameterKind::Double ? "number" : "whole number";
 }
 
@@ -160,7 +162,12 @@ FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
   return facts;
 }
 
+bool HasRange(const KeyFacts& key) {
+  return key.kind != kText;
+}
+
 std::string RangeText(const KeyFacts& key) {
+  if (!HasRange(key)) return {};
   if (key.kind == kHexadecimal) {
     std::array<char, 32> text;
     std::snprintf(text.data(), text.size(), "%.6x to %.6x", static_cast<unsigned>(key.least),

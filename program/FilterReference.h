@@ -13,9 +13,9 @@ namespace program {
 // All texts in UTF-8.
 struct KeyFacts {
   std::string key;
-  std::string kind;                         // "whole number", "number", "0 or 1", "hexadecimal"
+  std::string kind;  // "whole number", "number", "0 or 1", "hexadecimal", "text"
   std::optional<std::string> defaultValue;  // as a new filter prints it
-  double least = 0;  // the range that dialogs offer; the library takes any number
+  double least = 0;                         // the range that dialogs offer; a text has none
   double greatest = 0;
   std::string gloss;
   bool isNumbered = false;  // the key of the first of several things that the front key counts
@@ -35,7 +35,9 @@ struct FilterFacts {
 
 FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator);
 
-// "0 to 100".
+// A text has none.
+bool HasRange(const KeyFacts& key);
+// "0 to 100", empty without a range.
 std::string RangeText(const KeyFacts& key);
 
 // docs/filters.md and docs/glossary.md, of this library's own classes.
