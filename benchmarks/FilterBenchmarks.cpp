@@ -19,7 +19,7 @@
 #include "component/Fxbox4.h"
 #include "core/AnimChain.h"
 #include "core/FilterClass.h"
-#include "filters/tools/Simd.h"
+#include "filters/pixels/simd/Simd.h"
 
 namespace {
 

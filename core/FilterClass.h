@@ -19,22 +19,28 @@ enum class ClassState {
 
 // All texts live as long as the library; a text that the class does not have is null.
 struct FilterClass {
-  int sortKey;            // GetKind, and the order of lists
-  const char* className;  // "CSepiaFilter"
-  const char* progId;     // versioned
-  CLSID classId;
-  int order;  // GetOrder
-  const char* iconName;
-  const char* nameKey;  // key of the display name in the host's string table
-  const char* helpKey;
-  const char* defaultText;  // what a new dialog shows
-  const char* gloss;        // what it does, in a few English words
-  ClassState state;
+  int sortKey = 0;                  // GetKind, and the order of lists
+  const char* className = nullptr;  // "CSepiaFilter"
+  const char* progId = nullptr;     // versioned
+  CLSID classId = {};
+  int order = 0;  // GetOrder
+  const char* iconName = nullptr;
+  const char* nameKey = nullptr;  // key of the display name in the host's string table
+  const char* helpKey = nullptr;
+  const char* defaultText = nullptr;  // what a new dialog shows
+  const char* gloss = nullptr;        // what it does, in a few English words
+  ClassState state = ClassState::Built;
   // A new filter with one reference, which is the caller's.
-  CPdibFilter* (*make)(const FilterClass& row);
+  CPdibFilter* (*make)(const FilterClass& row) = nullptr;
   // The keys of the parameter text; empty for classes that are not built.
-  std::vector<ParameterDescription> (*describe)();
+  std::vector<ParameterDescription> (*describe)() = nullptr;
 };
+
+// What the row of a class whose constructor takes its row makes.
+template <class Filter>
+CPdibFilter* MakeFilter(const FilterClass& row) {
+  return new Filter(row);
+}
 
 // The description and the ending that all filter classes share.
 inline constexpr char kFilterDescription[] = "Ostvale Works - Veltrane Picture Filter";

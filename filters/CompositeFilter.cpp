@@ -1,31 +1,17 @@
 #include "filters/CompositeFilter.h"
 
 #include <algorithm>
-#include <cstring>
 
-#include "filters/FilterClasses.h"
 #include "platform/component/Guard.h"
 
 using platform::ComPtr;
 using platform::Guard;
 
-namespace {
-
-const FilterClass& ClassNamed(const char* progId) {
-  const FilterClassTable classes = FilterClasses();
-  return *std::find_if(classes.begin(), classes.end(), [progId](const FilterClass& row) {
-    return std::strcmp(row.progId, progId) == 0;
-  });
-}
-
-}  // namespace
-
 CompositeFilter::CompositeFilter(const FilterClass& row,
-                                 std::initializer_list<const char*> partNames)
+                                 std::initializer_list<const FilterClass*> partRows)
     : CPdibFilter(row) {
-  for (const char* partName : partNames) {
-    const FilterClass& partRow = ClassNamed(partName);
-    auto part = ComPtr<CPdibFilter>::Attach(partRow.make(partRow));
+  for (const FilterClass* partRow : partRows) {
+    auto part = ComPtr<CPdibFilter>::Attach(partRow->make(*partRow));
     if (!parts.empty()) Last().SetDestination(static_cast<IAnimFilter*>(part.Get()));
     parts.push_back(std::move(part));
   }

@@ -52,8 +52,8 @@ class CompositeFilter : public CPdibFilter {
   HRESULT STDMETHODCALLTYPE SendToSource(std::intptr_t message) override;
 
  protected:
-  // ProgIDs of the parts, which are classes of this module.
-  CompositeFilter(const FilterClass& row, std::initializer_list<const char*> partNames);
+  // The classes of the parts, from the source's side on.
+  CompositeFilter(const FilterClass& row, std::initializer_list<const FilterClass*> partRows);
 
   CPdibFilter& Part(std::size_t index) const { return *parts[index].Get(); }
   static void GiveText(CPdibFilter& part, const std::string& text);

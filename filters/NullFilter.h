@@ -3,6 +3,8 @@
 
 #include "core/PdibFilter.h"
 
+extern const FilterClass kNullClass;
+
 class CNullFilter final : public CPdibFilter {
  public:
   explicit CNullFilter(const FilterClass& row) : CPdibFilter(row) {}

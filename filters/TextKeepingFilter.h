@@ -5,6 +5,9 @@
 
 #include "core/PdibFilter.h"
 
+extern const FilterClass kColCorExClass, kWaterSignClass, kRgbMixerClass, kSoftFrameClass,
+    kTextClass;
+
 // Keeps the text that it is given, whole, hands it out again, and passes rows through.
 class CTextKeepingFilter final : public CPdibFilter {
  public:

@@ -29,17 +29,17 @@ constexpr const char* kCurveNames[GradCurvesParameters::kCurves] = {"luminance",
                                                                     "blue"};
 
 // Whether the filter draws a curve through these nodes, or leaves the levels as they are.
-bool IsDrawn(const GradCurvesParameters& curves, std::span<const kernels::CurveNode> nodes) {
-  kernels::ByteTable ignored;
-  return curves.linear ? kernels::BuildLineTable(nodes, ignored)
-                       : kernels::BuildSplineTable(nodes, ignored);
+bool IsDrawn(const GradCurvesParameters& curves, std::span<const editing::CurveNode> nodes) {
+  base::ByteTable ignored;
+  return curves.linear ? editing::BuildLineTable(nodes, ignored)
+                       : editing::BuildSplineTable(nodes, ignored);
 }
 
 void PrintCurve(const GradCurvesParameters& curves, int k) {
   const auto count = static_cast<std::size_t>(curves.curves[k].count);
   const std::span nodes(curves.curves[k].nodes, count);
   std::cout << "  " << kCurveNames[k] << ":";
-  for (const kernels::CurveNode& node : nodes) std::cout << " (" << node.x << ", " << node.y << ")";
+  for (const editing::CurveNode& node : nodes) std::cout << " (" << node.x << ", " << node.y << ")";
   if (!IsDrawn(curves, nodes)) std::cout << ", without effect: nodes lie above each other";
   std::cout << '\n';
 }

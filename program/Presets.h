@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "filters/colour/GradationPreset.h"
+#include "editing/GradationPreset.h"
 
 namespace program {
 

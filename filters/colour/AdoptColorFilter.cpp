@@ -4,8 +4,9 @@
 #include <cstring>
 #include <new>
 
+#include "base/Guid.h"
 #include "core/ParameterReaders.h"
-#include "filters/tools/PointKernels.h"
+#include "filters/pixels/PointKernels.h"
 
 namespace {
 
@@ -17,6 +18,20 @@ std::string PrintMap(double a, double b) {
 }
 
 }  // namespace
+
+const FilterClass kAdoptColorClass = {
+    .sortKey = 31,
+    .className = "CAdoptColorFilter",
+    .progId = "ZNFilter.AdoptColor.1",
+    .classId = base::Guid("{C00536EA-BAF9-45B4-A5A8-C2A49AF92AF5}"),
+    .order = 5000,
+    .iconName = "icons4_adoptcolor",
+    .nameKey = "IDS_ADOPTCOLOR_NAME",
+    .helpKey = "HLP_COLORIZE",
+    .defaultText = "ColorRed=000,ColorGreen=000,ColorBlue=000,Intensity=100",
+    .gloss = "Adopt a colour",
+    .make = MakeFilter<CAdoptColorFilter>,
+    .describe = CAdoptColorFilter::Describe};
 
 std::span<const ParameterRow<AdoptColorParameters>> AdoptColorParameters::Rows() {
   using P = AdoptColorParameters;

@@ -7,7 +7,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/tools/LightnessKernels.h"
+#include "filters/colour/LightnessKernels.h"
 
 struct AdoptColorParameters {
   std::int32_t intensity = 100;  // percent
@@ -17,6 +17,8 @@ struct AdoptColorParameters {
   static constexpr int kLeastBuffer = 201;
   static std::span<const ParameterRow<AdoptColorParameters>> Rows();
 };
+
+extern const FilterClass kAdoptColorClass;
 
 // A text with `ExBlit` carries the lightness map that another object has measured, on a preview
 // say, and saves the measurement. Such items have no pending copy: they take effect at once.

@@ -13,6 +13,8 @@ struct BlackWhiteParameters {
   static std::span<const ParameterRow<BlackWhiteParameters>> Rows();
 };
 
+extern const FilterClass kBlackWhiteClass;
+
 class CBlackWhiteFilter final : public ParameterFilter<RowFilter, BlackWhiteParameters> {
  public:
   explicit CBlackWhiteFilter(const FilterClass& row) : ParameterFilter(row, {}) {}

@@ -4,7 +4,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/tools/PointKernels.h"
+#include "filters/pixels/PointKernels.h"
 
 struct ColorParameters {
   std::int32_t red = 0, green = 0, blue = 0;  // percent of the full level
@@ -13,6 +13,8 @@ struct ColorParameters {
   static constexpr int kLeastBuffer = 31;
   static std::span<const ParameterRow<ColorParameters>> Rows();
 };
+
+extern const FilterClass kColorClass;
 
 class CColorFilter final : public ParameterFilter<RowFilter, ColorParameters> {
  public:

@@ -2,6 +2,24 @@
 
 #include <new>
 
+#include "base/Guid.h"
+
+const FilterClass kDuoColorClass = {
+    .sortKey = 32,
+    .className = "CDuoColorFilter",
+    .progId = "ZNFilter.DuoColor.1",
+    .classId = base::Guid("{B75F3914-C313-43E9-98F7-FFFDB8306058}"),
+    .order = 5000,
+    .iconName = "icons4_bicolor",
+    .nameKey = "IDS_DUOCOLOR_NAME",
+    .helpKey = "HLP_DUOCOLORIZE",
+    .defaultText =
+        "ColorRed=000,ColorGreen=000,ColorBlue=000,Red2=255,Green2=255,Blue2=255,"
+        "Intensity=100",
+    .gloss = "Two-tone picture",
+    .make = MakeFilter<CDuoColorFilter>,
+    .describe = CDuoColorFilter::Describe};
+
 std::span<const ParameterRow<DuoColorParameters>> DuoColorParameters::Rows() {
   using P = DuoColorParameters;
   static constexpr ParameterRow<P> kRows[] = {

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/tools/LightnessKernels.h"
+#include "filters/colour/LightnessKernels.h"
 
 struct DuoColorParameters {
   std::int32_t intensity = 100;  // percent
@@ -16,6 +16,8 @@ struct DuoColorParameters {
   static constexpr int kLeastBuffer = 201;
   static std::span<const ParameterRow<DuoColorParameters>> Rows();
 };
+
+extern const FilterClass kDuoColorClass;
 
 class CDuoColorFilter final : public ParameterFilter<RowFilter, DuoColorParameters> {
  public:

@@ -1,5 +1,21 @@
 #include "filters/colour/FarbEqualizerFilter.h"
 
+#include "base/Guid.h"
+
+const FilterClass kFarbEqualizerClass = {
+    .sortKey = 16,
+    .className = "CFarbEqualizerFilter",
+    .progId = "ZNFilter.ColorTuning.1",
+    .classId = base::Guid("{BB74284D-315E-41D8-9876-315240B8F996}"),
+    .order = 5000,
+    .iconName = "icons4_colorequalizer",
+    .nameKey = "IDS_FARBEQUALIZER_NAME",
+    .helpKey = "HLP_FARBEQUALIZER",
+    .defaultText = "SatR=000,SatY=000,SatG=000,SatC=000,SatB=000,SatM=000",
+    .gloss = "Colour equaliser by hue",
+    .make = MakeFilter<CFarbEqualizerFilter>,
+    .describe = CFarbEqualizerFilter::Describe};
+
 std::span<const ParameterRow<FarbEqualizerParameters>> FarbEqualizerParameters::Rows() {
   using P = FarbEqualizerParameters;
   constexpr auto Percent = [](const char* gloss) {

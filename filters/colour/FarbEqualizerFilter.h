@@ -4,7 +4,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/tools/HueSectors.h"
+#include "filters/colour/HueSectors.h"
 
 struct FarbEqualizerParameters {
   std::int32_t satR = 0, satY = 0, satG = 0, satC = 0, satB = 0, satM = 0;  // percent
@@ -13,6 +13,8 @@ struct FarbEqualizerParameters {
   static constexpr int kLeastBuffer = 101;
   static std::span<const ParameterRow<FarbEqualizerParameters>> Rows();
 };
+
+extern const FilterClass kFarbEqualizerClass;
 
 class CFarbEqualizerFilter final : public ParameterFilter<RowFilter, FarbEqualizerParameters> {
  public:

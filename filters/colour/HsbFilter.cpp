@@ -1,5 +1,7 @@
 #include "filters/colour/HsbFilter.h"
 
+#include "base/Guid.h"
+
 namespace {
 
 constexpr ParameterDescription Turn(const char* gloss) {
@@ -11,6 +13,22 @@ constexpr ParameterDescription Percent(const char* gloss) {
 }
 
 }  // namespace
+
+const FilterClass kHsbClass = {
+    .sortKey = 15,
+    .className = "CHsbFilter",
+    .progId = "ZNFilter.HSB.1",
+    .classId = base::Guid("{3DA0FB0A-DE04-4D5E-9481-238D9204C31F}"),
+    .order = 5000,
+    .iconName = "icons4_hsb",
+    .nameKey = "IDS_HSB_NAME",
+    .helpKey = "HLP_HSB",
+    .defaultText =
+        "Hue=0,Sat=0,Bright=0,HueR=0,SatR=0,BrightR=0,HueY=0,SatY=0,BrightY=0,HueG=0,SatG=0,"
+        "BrightG=0,HueC=0,SatC=0,BrightC=0,HueB=0,SatB=0,BrightB=0,HueM=0,SatM=0,BrightM=0",
+    .gloss = "Hue, saturation, brightness",
+    .make = MakeFilter<CHsbFilter>,
+    .describe = CHsbFilter::Describe};
 
 std::span<const ParameterRow<HsbParameters>> HsbParameters::Rows() {
   using P = HsbParameters;

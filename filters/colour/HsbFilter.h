@@ -4,7 +4,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/tools/HueSectors.h"
+#include "filters/colour/HueSectors.h"
 
 struct HsbParameters {
   // Degrees, percent, percent; for all colours, then for the sectors.
@@ -20,6 +20,8 @@ struct HsbParameters {
   static constexpr int kLeastBuffer = 246;
   static std::span<const ParameterRow<HsbParameters>> Rows();
 };
+
+extern const FilterClass kHsbClass;
 
 class CHsbFilter final : public ParameterFilter<RowFilter, HsbParameters> {
  public:

@@ -2,8 +2,22 @@
 
 #include <algorithm>
 
+#include "base/Guid.h"
 #include "filters/colour/MaskColourParameters.h"
-#include "filters/tools/PointKernelTable.h"
+#include "filters/pixels/PointKernelTable.h"
+
+const FilterClass kImgBgClass = {.sortKey = 42,
+                                 .className = "CImgBgFilter",
+                                 .progId = "ZNFilter.ImgBg.1",
+                                 .classId = base::Guid("{704D1FB5-8883-4CB4-8422-281EA17DC77B}"),
+                                 .order = 5000,
+                                 .iconName = "icons4_colorfiller",
+                                 .nameKey = "IDS_IMGBG_NAME",
+                                 .helpKey = "HLP_IMGBG",
+                                 .defaultText = "Red=180,Green=180,Blue=180,Transparency=000",
+                                 .gloss = "Background colour",
+                                 .make = MakeFilter<CImgBgFilter>,
+                                 .describe = CImgBgFilter::Describe};
 
 std::span<const ParameterRow<ImgBgParameters>> ImgBgParameters::Rows() {
   return kMaskColourRows<ImgBgParameters>;

@@ -14,6 +14,8 @@ struct ImgBgParameters {
   static std::span<const ParameterRow<ImgBgParameters>> Rows();
 };
 
+extern const FilterClass kImgBgClass;
+
 class CImgBgFilter final : public ParameterFilter<WholePictureFilter, ImgBgParameters> {
  public:
   explicit CImgBgFilter(const FilterClass& row)

@@ -4,7 +4,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/tools/PointKernels.h"
+#include "filters/pixels/PointKernels.h"
 
 struct InvertParameters {
   std::int32_t amount = 0;  // percent
@@ -13,6 +13,8 @@ struct InvertParameters {
   static constexpr int kLeastBuffer = 31;
   static std::span<const ParameterRow<InvertParameters>> Rows();
 };
+
+extern const FilterClass kInvertClass;
 
 class CInvertFilter final : public ParameterFilter<RowFilter, InvertParameters> {
  public:

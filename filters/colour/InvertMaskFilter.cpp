@@ -1,7 +1,22 @@
 #include "filters/colour/InvertMaskFilter.h"
 
+#include "base/Guid.h"
 #include "filters/colour/MaskColourParameters.h"
-#include "filters/tools/PointKernelTable.h"
+#include "filters/pixels/PointKernelTable.h"
+
+const FilterClass kInvertMaskClass = {
+    .sortKey = 43,
+    .className = "CInvertMaskFilter",
+    .progId = "ZNFilter.InvertMask.1",
+    .classId = base::Guid("{C4752771-A6F5-4D43-B16E-FE0C45AF91CB}"),
+    .order = 5000,
+    .iconName = "icons4_invmask",
+    .nameKey = "IDS_INVERTMASK_NAME",
+    .helpKey = "HLP_INVERTMASK",
+    .defaultText = "Red=255,Green=255,Blue=255,Transparency=000",
+    .gloss = "Invert the mask",
+    .make = MakeFilter<CInvertMaskFilter>,
+    .describe = CInvertMaskFilter::Describe};
 
 std::span<const ParameterRow<InvertMaskParameters>> InvertMaskParameters::Rows() {
   return kMaskColourRows<InvertMaskParameters>;

@@ -14,6 +14,8 @@ struct InvertMaskParameters {
   static std::span<const ParameterRow<InvertMaskParameters>> Rows();
 };
 
+extern const FilterClass kInvertMaskClass;
+
 class CInvertMaskFilter final : public ParameterFilter<WholePictureFilter, InvertMaskParameters> {
  public:
   explicit CInvertMaskFilter(const FilterClass& row)

@@ -14,6 +14,8 @@ struct SepiaParameters {
   static std::span<const ParameterRow<SepiaParameters>> Rows();
 };
 
+extern const FilterClass kSepiaClass;
+
 class CSepiaFilter final : public ParameterFilter<RowFilter, SepiaParameters> {
  public:
   explicit CSepiaFilter(const FilterClass& row) : ParameterFilter(row, {}) {}

@@ -4,7 +4,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/tools/PointKernels.h"
+#include "filters/pixels/PointKernels.h"
 
 struct TransParameters {
   std::uint8_t keep =
@@ -14,6 +14,8 @@ struct TransParameters {
   static constexpr int kLeastBuffer = 31;
   static std::span<const ParameterRow<TransParameters>> Rows();
 };
+
+extern const FilterClass kTransClass;
 
 class CTransFilter final : public ParameterFilter<RowFilter, TransParameters> {
  public:

@@ -1,6 +1,21 @@
 #include "filters/detail/BlurGaussFilter.h"
 
-#include "filters/detail/GaussRectangle.h"
+#include "base/Guid.h"
+#include "filters/detail/GaussRectangleFilter.h"
+
+const FilterClass kBlurGaussClass = {
+    .sortKey = 26,
+    .className = "CBlurGaussFilter",
+    .progId = "ZNFilter.BlurGauss.1",
+    .classId = base::Guid("{54E70E91-1B05-4ABA-9B96-56750B77D806}"),
+    .order = 5000,
+    .iconName = "icons4_gweichz",
+    .nameKey = "IDS_BLURGAUSS_NAME",
+    .helpKey = "HLP_BLURGAUSS",
+    .defaultText = "Percent=100,Radius=2.7",
+    .gloss = "Gaussian blur",
+    .make = MakeFilter<CBlurGaussFilter>,
+    .describe = CBlurGaussFilter::Describe};
 
 std::span<const ParameterRow<BlurGaussParameters>> BlurGaussParameters::Rows() {
   using P = BlurGaussParameters;

@@ -14,6 +14,8 @@ struct BlurGaussParameters {
   static std::span<const ParameterRow<BlurGaussParameters>> Rows();
 };
 
+extern const FilterClass kBlurGaussClass;
+
 class CBlurGaussFilter final : public ParameterFilter<RectangleFilter, BlurGaussParameters> {
  public:
   explicit CBlurGaussFilter(const FilterClass& row)

@@ -1,6 +1,20 @@
 #include "filters/detail/BlurSelFilter.h"
 
-#include "filters/detail/GaussRectangle.h"
+#include "base/Guid.h"
+#include "filters/detail/GaussRectangleFilter.h"
+
+const FilterClass kBlurSelClass = {.sortKey = 27,
+                                   .className = "CBlurSelFilter",
+                                   .progId = "ZNFilter.BlurSel.1",
+                                   .classId = base::Guid("{BB46594D-32AF-41F6-95BF-1D41A89F8550}"),
+                                   .order = 5000,
+                                   .iconName = "icons4_selweichz",
+                                   .nameKey = "IDS_BLURSEL_NAME",
+                                   .helpKey = "HLP_BLURSEL",
+                                   .defaultText = "Percent=100,Threshold=1.0,Radius=2.7",
+                                   .gloss = "Selective blur",
+                                   .make = MakeFilter<CBlurSelFilter>,
+                                   .describe = CBlurSelFilter::Describe};
 
 std::span<const ParameterRow<BlurSelParameters>> BlurSelParameters::Rows() {
   using P = BlurSelParameters;

@@ -15,6 +15,8 @@ struct BlurSelParameters {
   static std::span<const ParameterRow<BlurSelParameters>> Rows();
 };
 
+extern const FilterClass kBlurSelClass;
+
 class CBlurSelFilter final : public ParameterFilter<RectangleFilter, BlurSelParameters> {
  public:
   explicit CBlurSelFilter(const FilterClass& row)

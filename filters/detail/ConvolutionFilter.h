@@ -6,7 +6,7 @@
 
 #include "core/FilterShapes.h"
 #include "core/ParameterReaders.h"
-#include "filters/tools/Convolution.h"
+#include "filters/pixels/Convolution.h"
 
 // Convolves the whole picture once a change. What lies outside the picture or is masked out counts
 // as if it had the colour of the pixel beside it.

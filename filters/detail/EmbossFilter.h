@@ -13,6 +13,8 @@ struct EmbossParameters {
   static std::span<const ParameterRow<EmbossParameters>> Rows();
 };
 
+extern const FilterClass kEmbossClass;
+
 class CEmbossFilter final : public ParameterFilter<ConvolutionFilter, EmbossParameters> {
  public:
   explicit CEmbossFilter(const FilterClass& row) : ParameterFilter(row, kernels::kEmbossTable) {}

@@ -13,6 +13,8 @@ struct FindEdgesParameters {
   static std::span<const ParameterRow<FindEdgesParameters>> Rows();
 };
 
+extern const FilterClass kFindEdgesClass;
+
 class CFindEdgesFilter final : public ParameterFilter<ConvolutionFilter, FindEdgesParameters> {
  public:
   explicit CFindEdgesFilter(const FilterClass& row)

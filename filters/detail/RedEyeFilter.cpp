@@ -1,70 +1,18 @@
 #include "filters/detail/RedEyeFilter.h"
 
-#include <algorithm>
 #include <cstring>
 #include <string>
 
+#include "base/Guid.h"
 #include "base/Rows.h"
+#include "filters/detail/RedEye.h"
 
 namespace {
-
-using kernels::RedEyeClick;
-
-constexpr ParameterDescription Forced(double least, double greatest, const char* gloss) {
-  return {.least = least,
-          .greatest = greatest,
-          .gloss = gloss,
-          .range = ParameterRange::Forced,
-          .isNumbered = true};
-}
-
-// Of the first click.
-constexpr ParameterRow<RedEyeClick> kClickRows[] = {
-    {"X1", ", X1=%.4lf", &RedEyeClick::x,
-     Forced(0, 1, "click 1, as a fraction of the width; X2 and so on likewise")},
-    {"Y1", ", Y1=%.4lf", &RedEyeClick::y,
-     Forced(0, 1, "the same of the height, from the bottom up")},
-    {"E1", ", E1=%d", &RedEyeClick::darkness, Forced(-50, 50, "less or more darkness in that eye")},
-    {"F1", ", F1=%d", &RedEyeClick::correction,
-     Forced(-50, 50, "more or fewer pixels that belong to that eye")}};
-
-// The rows of a click, with its number, from 1.
-template <class Work>
-void ForRows(int number, RedEyeClick& click, Work work) {
-  const auto numbered = [number](std::string text) {
-    return text.replace(text.find('1'), 1, std::to_string(number));
-  };
-  for (const auto& first : kClickRows) {
-    const std::string key = numbered(first.key);
-    const std::string printed = numbered(first.printed);
-    ParameterDescription row = first;
-    row.key = key.c_str();
-    row.printed = printed.c_str();
-    work(row, first.In(click));
-  }
-}
-
-template <class Parameters, class Work>
-void ForClicks(Parameters& parameters, Work work) {
-  for (int i = 0; i < parameters.count; ++i) {
-    work(i + 1, parameters.clicks[static_cast<std::size_t>(i)]);
-  }
-}
-
-std::string TextOf(const RedEyeParameters& parameters) {
-  std::string text = PrintParameters(parameters);
-  ForClicks(parameters, [&text](int number, RedEyeClick click) {
-    ForRows(number, click, [&text](const ParameterDescription& row, ParameterField field) {
-      std::visit([&](auto* value) { PrintParameterField(text, row, value); }, field);
-    });
-  });
-  return text;
-}
 
 HRESULT Give(const RedEyeParameters& parameters, char* buffer, int size) {
   return platform::Guard([&]() -> HRESULT {
     if (size < RedEyeParameters::kLeastBuffer) return S_OK;
-    std::string text = TextOf(parameters);
+    std::string text = PrintClicks(parameters);
     const auto room = static_cast<std::size_t>(size) - 1;
     const bool isWhole = text.size() <= room;
     if (!isWhole) text.resize(room);
@@ -75,20 +23,14 @@ HRESULT Give(const RedEyeParameters& parameters, char* buffer, int size) {
 
 }  // namespace
 
-std::span<const ParameterRow<RedEyeParameters>> RedEyeParameters::Rows() {
-  static constexpr ParameterRow<RedEyeParameters> kRows[] = {
-      {"N",
-       "N=%d",
-       &RedEyeParameters::count,
-       {.greatest = kMostClicks, .gloss = "number of clicks", .range = ParameterRange::Forced}}};
-  return kRows;
-}
-
-std::vector<ParameterDescription> CRedEyeFilter::Describe() {
-  auto rows = DescribeParameters<RedEyeParameters>();
-  rows.insert(rows.end(), std::begin(kClickRows), std::end(kClickRows));
-  return rows;
-}
+const FilterClass kRedEyeClass = {.sortKey = 34,
+                                  .className = "CRedEyeFilter",
+                                  .progId = "ZNFilter.RedEye.1",
+                                  .classId = base::Guid("{AF0C7F9D-15D2-4DF4-A5EB-F491CE0177B0}"),
+                                  .order = 5000,
+                                  .gloss = "Remove red eyes",
+                                  .make = MakeFilter<CRedEyeFilter>,
+                                  .describe = CRedEyeFilter::Describe};
 
 HRESULT CRedEyeFilter::GetParameter(char* buffer, int size) {
   return Give(Pending(), buffer, size);
@@ -96,16 +38,6 @@ HRESULT CRedEyeFilter::GetParameter(char* buffer, int size) {
 
 HRESULT CRedEyeFilter::GetActiveParameter(char* buffer, int size) {
   return Give(active, buffer, size);
-}
-
-void CRedEyeFilter::ReadText(const char* text) {
-  pending = ReadRecord<RedEyeParameters>(text);
-  std::string repaired = text;
-  ForClicks(pending, [&repaired](int number, RedEyeClick& click) {
-    ForRows(number, click, [&repaired](const ParameterDescription& row, ParameterField field) {
-      ReadRecordField(repaired.data(), row, field);
-    });
-  });
 }
 
 // The caller's rows hold what the source gave for the request, and the mask stays so. The eyes are

@@ -13,6 +13,8 @@ struct ScharfParameters {
   static std::span<const ParameterRow<ScharfParameters>> Rows();
 };
 
+extern const FilterClass kScharfClass;
+
 class CScharfFilter final : public VersionedConvolutionFilter<ScharfParameters> {
  public:
   explicit CScharfFilter(const FilterClass& row)

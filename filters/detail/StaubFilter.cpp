@@ -3,8 +3,22 @@
 #include <algorithm>
 #include <cstring>
 
+#include "base/Guid.h"
 #include "base/Rows.h"
-#include "filters/tools/DustKernels.h"
+#include "filters/detail/DustKernels.h"
+
+const FilterClass kStaubClass = {.sortKey = 22,
+                                 .className = "CStaubFilter",
+                                 .progId = "ZNFilter.Staub.1",
+                                 .classId = base::Guid("{DB76702F-FA2B-44DF-B13C-15E488DBF492}"),
+                                 .order = 5000,
+                                 .iconName = "icons4_staub",
+                                 .nameKey = "IDS_STAUB_NAME",
+                                 .helpKey = "HLP_STAUB",
+                                 .defaultText = "MaxRgnSize=005,GrayTolerance=045",
+                                 .gloss = "Remove dust",
+                                 .make = MakeFilter<CStaubFilter>,
+                                 .describe = CStaubFilter::Describe};
 
 std::span<const ParameterRow<StaubParameters>> StaubParameters::Rows() {
   using P = StaubParameters;

@@ -14,6 +14,8 @@ struct StaubParameters {
   static std::span<const ParameterRow<StaubParameters>> Rows();
 };
 
+extern const FilterClass kStaubClass;
+
 // Has a pull of its own: it sees the request alone and keeps its result. A later request that is no
 // larger gets the rows that are kept, whatever its place in the picture, until something changes.
 // Hosts ask for the whole picture.

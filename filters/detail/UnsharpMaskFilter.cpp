@@ -1,6 +1,21 @@
 #include "filters/detail/UnsharpMaskFilter.h"
 
-#include "filters/detail/GaussRectangle.h"
+#include "base/Guid.h"
+#include "filters/detail/GaussRectangleFilter.h"
+
+const FilterClass kUnsharpMaskClass = {
+    .sortKey = 23,
+    .className = "CUnsharpMaskFilter",
+    .progId = "ZNFilter.UnsharpMask.1",
+    .classId = base::Guid("{66A01ADC-9547-4B85-92A8-22756D1E14DC}"),
+    .order = 5000,
+    .iconName = "icons4_unscharfmaskieren",
+    .nameKey = "IDS_UNSHARPMASK_NAME",
+    .helpKey = "HLP_UNSHARPMASK",
+    .defaultText = "Percent=120,Radius=2.7,Threshold=0,LuminanceOnly=1,On=1",
+    .gloss = "Unsharp mask",
+    .make = MakeFilter<CUnsharpMaskFilter>,
+    .describe = CUnsharpMaskFilter::Describe};
 
 // The key `On` is found inside `OnLuminanceOnly` first, where no number follows: a text that holds
 // both leaves `on` as it was.

@@ -17,6 +17,8 @@ struct UnsharpMaskParameters {
   static std::span<const ParameterRow<UnsharpMaskParameters>> Rows();
 };
 
+extern const FilterClass kUnsharpMaskClass;
+
 class CUnsharpMaskFilter final : public ParameterFilter<RectangleFilter, UnsharpMaskParameters> {
  public:
   explicit CUnsharpMaskFilter(const FilterClass& row)

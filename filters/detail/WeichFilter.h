@@ -13,6 +13,8 @@ struct WeichParameters {
   static std::span<const ParameterRow<WeichParameters>> Rows();
 };
 
+extern const FilterClass kWeichClass;
+
 class CWeichFilter final : public VersionedConvolutionFilter<WeichParameters> {
  public:
   explicit CWeichFilter(const FilterClass& row)

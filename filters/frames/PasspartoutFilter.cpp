@@ -4,8 +4,9 @@
 #include <cstring>
 
 #include "base/Arithmetic.h"
-#include "filters/tools/PointKernelTable.h"
-#include "filters/tools/RoundCorners.h"
+#include "base/Guid.h"
+#include "filters/frames/RoundCorners.h"
+#include "filters/pixels/PointKernelTable.h"
 
 namespace {
 
@@ -48,6 +49,23 @@ int TargetWithMat(bool bordersizeOn, int target, int border, int total) {
 }
 
 }  // namespace
+
+const FilterClass kPasspartoutClass = {
+    .sortKey = 36,
+    .className = "CPasspartoutFilter",
+    .progId = "ZNFilter.Passpartout.1",
+    .classId = base::Guid("{7531CA1E-E540-4164-AC45-CB7321AECA1B}"),
+    .order = 5000,
+    .iconName = "icons4_passpartout",
+    .nameKey = "IDS_PASS_NAME",
+    .helpKey = "HLP_PASSPARTOUT",
+    .defaultText =
+        "BordersizeOn=1,Borderhori=001,Borderverti=001,TotalHori=150,TotalVerti=150,"
+        "Radius=005,Red=000,Green=000,Blue=105,Transparency=000,Poscorhori=000,"
+        "Poscorverti=000",
+    .gloss = "Passepartout frame",
+    .make = MakeFilter<CPasspartoutFilter>,
+    .describe = CPasspartoutFilter::Describe};
 
 std::span<const ParameterRow<P>> PasspartoutParameters::Rows() {
   return kMatRows<P>;

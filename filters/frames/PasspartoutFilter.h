@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "core/FilterShapes.h"
+#include "filters/frames/MatKernels.h"
+#include "filters/frames/MatLayout.h"
 #include "filters/frames/MatParameters.h"
-#include "filters/tools/MatKernels.h"
-#include "filters/tools/MatLayout.h"
 
 // Widths, sizes, shifts and the radius are pixels: of the unscaled picture when pending, of the
 // picture at hand when active.
@@ -40,6 +40,8 @@ struct PasspartoutParameters {
       .transparency = "of the mat"};
   static std::span<const ParameterRow<PasspartoutParameters>> Rows();
 };
+
+extern const FilterClass kPasspartoutClass;
 
 // The result is finished row by row as it is asked for, while the row is in the cache.
 class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, PasspartoutParameters> {

@@ -3,9 +3,26 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "filters/tools/Convolution.h"
-#include "filters/tools/MatKernels.h"
-#include "filters/tools/PaneLayout.h"
+#include "base/Guid.h"
+#include "filters/frames/MatKernels.h"
+#include "filters/frames/PaneLayout.h"
+#include "filters/pixels/Convolution.h"
+
+const FilterClass kRauchglasClass = {
+    .sortKey = 44,
+    .className = "CRauchglasFilter",
+    .progId = "ZNFilter.Rauchglas.1",
+    .classId = base::Guid("{CFA47EFF-D897-45C0-8ECA-0B2EB602082C}"),
+    .order = 5000,
+    .iconName = "icons4_smokedglass",
+    .nameKey = "IDS_SMOKY_NAME",
+    .helpKey = "HLP_SMOKEDGLASS",
+    .defaultText =
+        "BordersizeOn=1,Borderhori=75,Borderverti=75,TotalHori=150,TotalVerti=150,Radius=5,"
+        "Red=180,Green=180,Blue=180,Transparency=000,Poscorhori=000,Poscorverti=000",
+    .gloss = "Smoked glass",
+    .make = MakeFilter<CRauchglasFilter>,
+    .describe = CRauchglasFilter::Describe};
 
 std::span<const ParameterRow<RauchglasParameters>> RauchglasParameters::Rows() {
   return kMatRows<RauchglasParameters>;

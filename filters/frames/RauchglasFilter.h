@@ -37,6 +37,8 @@ struct RauchglasParameters {
   static std::span<const ParameterRow<RauchglasParameters>> Rows();
 };
 
+extern const FilterClass kRauchglasClass;
+
 // The pane depends on what is asked for, not on the picture: a pull in bands has one in each.
 class CRauchglasFilter final : public ParameterFilter<RectangleFilter, RauchglasParameters> {
  public:

@@ -4,9 +4,10 @@
 #include <utility>
 
 #include "base/Arithmetic.h"
+#include "base/Guid.h"
 #include "core/ParameterReaders.h"
-#include "filters/tools/FrameKernels.h"
-#include "filters/tools/MatKernels.h"
+#include "filters/frames/FrameKernels.h"
+#include "filters/frames/MatKernels.h"
 
 namespace {
 
@@ -37,6 +38,22 @@ int WithMargins(int size, int low, int high) {
 }
 
 }  // namespace
+
+const FilterClass kSchattenClass = {
+    .sortKey = 29,
+    .className = "CSchattenFilter",
+    .progId = "ZNFilter.Shadow.1",
+    .classId = base::Guid("{55B419CE-31CA-4556-BA8B-A538FA37BEAF}"),
+    .order = 9500,
+    .iconName = "icons4_light_fx",
+    .nameKey = "IDS_SCHATTEN_NAME",
+    .helpKey = "HLP_SCHATTEN",
+    .defaultText =
+        "LightDirection=1350,LightIntensity=0,InnerOn=0,ShadowDensity=0,ShadowBlur=20,Size=0,"
+        "ShadowDistance=3,ShadowRed=0,ShadowGreen=0,ShadowBlue=0",
+    .gloss = "Shadow and light",
+    .make = MakeFilter<CSchattenFilter>,
+    .describe = CSchattenFilter::Describe};
 
 std::span<const ParameterRow<P>> SchattenParameters::Rows() {
   static constexpr ParameterRow<P> kRows[] = {

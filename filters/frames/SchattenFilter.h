@@ -4,7 +4,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/tools/ShadowLayout.h"
+#include "filters/frames/ShadowLayout.h"
 
 // Blur, size and distance are pixels: of the unscaled picture when pending, of the picture at hand
 // when active.
@@ -22,6 +22,8 @@ struct SchattenParameters {
   static constexpr int kLeastBuffer = 201;
   static std::span<const ParameterRow<SchattenParameters>> Rows();
 };
+
+extern const FilterClass kSchattenClass;
 
 // Each computing pull reads the source two to four times: for the picture, and for the mask that
 // relief, shadow and glow are made of.

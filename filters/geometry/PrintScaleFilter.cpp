@@ -1,6 +1,8 @@
 #include "filters/geometry/PrintScaleFilter.h"
 
-#include "filters/geometry/ScaleFilter.h"
+#include "base/Guid.h"
+#include "filters/geometry/rotation/DrehFilter.h"
+#include "filters/geometry/size/ScaleFilter.h"
 
 namespace {
 
@@ -14,8 +16,20 @@ std::int32_t TurnOf(double angle) {
 
 }  // namespace
 
+const FilterClass kPrintScaleClass = {
+    .sortKey = 2,
+    .className = "CPrintScaleFilter",
+    .progId = "ZNFilter.PrintScale.1",
+    .classId = base::Guid("{B1BA1C46-7AA4-4459-9281-3BB34E281802}"),
+    .order = 9500,
+    .iconName = "icons_scale",
+    .nameKey = "PrintScale",
+    .gloss = "Scale and turn for printing",
+    .make = MakeFilter<CPrintScaleFilter>,
+    .describe = CPrintScaleFilter::Describe};
+
 CPrintScaleFilter::CPrintScaleFilter(const FilterClass& row)
-    : ParameterFilter(row, {"ZNFilter.Rotate.1", "ZNFilter.Scale.1"}) {}
+    : ParameterFilter(row, {&kDrehClass, &kScaleClass}) {}
 
 void CPrintScaleFilter::ReadText(const char* text) {
   static_cast<PrintScaleRecord&>(pending) = ReadRecord<PrintScaleRecord>(text);

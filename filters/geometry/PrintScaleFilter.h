@@ -9,6 +9,8 @@ struct PrintScaleParameters : PrintScaleRecord {
   static constexpr int kLeastBuffer = 50;
 };
 
+extern const FilterClass kPrintScaleClass;
+
 // A rotation and a scale filter. What is active is what they say of themselves, so that a box that
 // has turned with the picture shows.
 class CPrintScaleFilter final : public ParameterFilter<CompositeFilter, PrintScaleParameters> {

@@ -2,6 +2,11 @@
 
 #include <numbers>
 
+#include "base/Guid.h"
+#include "filters/geometry/rotation/DrehFilter.h"
+#include "filters/geometry/rotation/OffsetFilter.h"
+#include "filters/geometry/size/CropFilter.h"
+
 namespace {
 
 constexpr std::size_t kRotation = 0;
@@ -10,8 +15,19 @@ constexpr std::size_t kCrop = 2;
 
 }  // namespace
 
+const FilterClass kRotCropClass = {.sortKey = 0,
+                                   .className = "CRotCropFilter",
+                                   .progId = "ZNFilter.RotCrop.1",
+                                   .classId = base::Guid("{4D2DE5D2-BA86-471B-9230-BAD74EE58516}"),
+                                   .order = 200,
+                                   .iconName = "icons4_bildlage",
+                                   .nameKey = "IDS_ROTCROP_NAME",
+                                   .gloss = "Turn, move and crop in one",
+                                   .make = MakeFilter<CRotCropFilter>,
+                                   .describe = CRotCropFilter::Describe};
+
 CRotCropFilter::CRotCropFilter(const FilterClass& row)
-    : ParameterFilter(row, {"ZNFilter.Rotate.1", "ZNFilter.Offset.1", "ZNFilter.Crop.1"}) {
+    : ParameterFilter(row, {&kDrehClass, &kOffsetClass, &kCropClass}) {
   GiveText(Part(kOffset), "OffsetX=001, OffsetY=003");
 }
 

@@ -10,6 +10,8 @@ struct RotCropParameters : RotCropRecord {
   static constexpr int kLeastBuffer = 0;
 };
 
+extern const FilterClass kRotCropClass;
+
 // A rotation, an offset filter that takes back the margin of the rotation, and a crop.
 class CRotCropFilter final : public ParameterFilter<CompositeFilter, RotCropParameters> {
  public:

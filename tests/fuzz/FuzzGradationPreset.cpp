@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "filters/colour/GradationPreset.h"
+#include "editing/GradationPreset.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(bytes), size);
@@ -25,9 +25,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   if (!(curves == preset->curves)) std::abort();
   for (const GradCurvesParameters::Curve& curve : curves.curves) {
     const std::span nodes(curve.nodes, static_cast<std::size_t>(curve.count));
-    kernels::ByteTable table = kernels::IdentityTable();
-    kernels::BuildSplineTable(nodes, table);
-    kernels::BuildLineTable(nodes, table);
+    kernels::ByteTable table = editing::IdentityTable();
+    editing::BuildSplineTable(nodes, table);
+    editing::BuildLineTable(nodes, table);
   }
   return 0;
 }

@@ -4,35 +4,44 @@
 cmake_minimum_required(VERSION 3.24)
 
 # Folder, and the folders that it may include besides itself. A longer folder comes before the one that
-# holds it, and stands for itself alone. Single files with rights of their own come first of all.
+# holds it, and stands for itself alone. Files with rights of their own come before their folder.
 set(rules
-  "core/FilterBox[.]|core storage settings picture platform base"
   "base/|"
   "platform/|base"
   "settings/|platform base"
   "picture/|platform base"
-  "storage/|settings platform base"
   "imageio/|platform base"
   "core/|settings picture platform base"
-  "filters/tools/|picture base"
-  "filters/colour/|filters/tools core settings picture platform base"
-  "filters/detail/|filters/tools core settings picture platform base"
-  "filters/geometry/|filters/tools core settings picture platform base"
-  "filters/frames/|filters/tools core settings picture platform base"
-  "filters/|core settings picture platform base"
-  "dialogs/|core settings picture platform base"
+  "editing/|core settings picture platform base"
+  "filters/pixels/simd/|base"
+  "filters/pixels/|filters/pixels/simd base")
+
+# A family holds filters and their parameters, which know the pipeline, and kernels, which know rows and
+# numbers alone. No family includes another.
+set(pipeline "filters editing core settings picture platform base")
+set(pixels "filters/pixels filters/pixels/simd")
+foreach(family colour/tone colour detail frames geometry/size geometry/rotation)
+  foreach(kind Filter Parameters)
+    list(APPEND rules "filters/${family}/[A-Za-z0-9]*${kind}[.]|${pixels} ${pipeline}")
+  endforeach()
+  list(APPEND rules "filters/${family}/|${pixels} editing base")
+endforeach()
+list(APPEND rules
+  "filters/geometry/|filters/geometry/size filters/geometry/rotation ${pixels} ${pipeline}"
+  "filters/FilterClasses[.]|ANY"
+  "filters/|editing core settings picture platform base"
   "component/|ANY"
   "program/|ANY"
   "benchmarks/|ANY"
   "tests/|ANY")
 
-# Filters that lie beside the families are shared by them; the list of all classes is not.
-set(shared_by_families "filters/[A-Za-z]+[.]h")
-set(shared_by_nobody "filters/FilterClasses[.]h")
+# The list of all classes is no matter of the filters in it.
+set(filters "^filters/")
+set(list_of_classes "^filters/FilterClasses[.]h")
 
 # Who may ask which system it is, and who may include the parts of one system.
 set(system_words "_WIN32|_WIN64|__linux__|__MINGW32__|__unix__")
-set(may_ask "^(platform|component|dialogs|tests)/")
+set(may_ask "^(platform|component|tests)/")
 set(may_include_systems "^(platform|component|tests)/")
 set(may_include_fakes "^(platform/fake|tests|benchmarks)/")
 
@@ -52,37 +61,38 @@ function(find_rule file out)
   set(${out} "" PARENT_SCOPE)
 endfunction()
 
-# Whether the rule of one folder lets it include the file.
-function(is_allowed rule included out)
-  set(${out} TRUE PARENT_SCOPE)
-  string(REGEX REPLACE "[|].*" "" own "${rule}")
-  string(REGEX REPLACE ".*[|]" "" others "${rule}")
-  find_rule("${included}" target)
-  string(REGEX REPLACE "[|].*" "" target "${target}")
-  if(target STREQUAL own OR others STREQUAL "ANY")
-    return()
-  endif()
-  string(REPLACE " " ";" others "${others}")
-  string(REGEX REPLACE "/$" "" target "${target}")
-  if(target IN_LIST others)
-    return()
-  endif()
-  # A file with rights of its own belongs to its folder.
-  if(target MATCHES "[[]" AND own STREQUAL "core/")
-    return()
-  endif()
-  if(own MATCHES "^filters/[a-z]+/" AND NOT own STREQUAL "filters/tools/" AND
-     included MATCHES "^${shared_by_families}$" AND NOT included MATCHES "^${shared_by_nobody}$")
-    return()
-  endif()
-  if(own STREQUAL "filters/" AND included MATCHES "^filters/")
-    return()
-  endif()
-  set(${out} FALSE PARENT_SCOPE)
+# The folder that a file belongs to: that of the first rule for a whole folder.
+function(find_room file out)
+  set(whole_folders ${rules})
+  list(FILTER whole_folders EXCLUDE REGEX "[[]")
+  foreach(rule IN LISTS whole_folders)
+    string(REGEX REPLACE "/[|].*" "" folder "${rule}")
+    if(file MATCHES "^${folder}/")
+      set(${out} "${folder}" PARENT_SCOPE)
+      return()
+    endif()
+  endforeach()
+  set(${out} "" PARENT_SCOPE)
 endfunction()
 
-set(top_folders base platform settings picture storage imageio core filters dialogs component program
-  benchmarks tests)
+# Whether the rule of a file lets it include another one.
+function(is_allowed file rule included out)
+  find_room("${file}" own)
+  find_room("${included}" target)
+  string(REGEX REPLACE ".*[|]" "" others "${rule}")
+  string(REPLACE " " ";" others "${others}")
+  set(${out} FALSE PARENT_SCOPE)
+  if(target STREQUAL own OR others STREQUAL "ANY" OR target IN_LIST others)
+    set(${out} TRUE PARENT_SCOPE)
+  endif()
+  if(file MATCHES "${filters}" AND included MATCHES "${list_of_classes}" AND
+     NOT file MATCHES "^filters/FilterClasses[.]")
+    set(${out} FALSE PARENT_SCOPE)
+  endif()
+endfunction()
+
+set(top_folders base platform settings picture imageio core editing filters component program benchmarks
+  tests)
 set(count 0)
 foreach(top IN LISTS top_folders)
   file(GLOB_RECURSE files RELATIVE ${TREE} ${TREE}/${top}/*.h ${TREE}/${top}/*.cpp ${TREE}/${top}/*.c)
@@ -98,7 +108,7 @@ foreach(top IN LISTS top_folders)
           complain("includes \"${included}\", which is not written from the root")
           continue()
         endif()
-        is_allowed("${rule}" "${included}" allowed)
+        is_allowed("${file}" "${rule}" "${included}" allowed)
         if(NOT allowed)
           complain("may not include \"${included}\"")
         endif()

@@ -1,0 +1,46 @@
+#include "filters/colour/tone/YiqKernels.h"
+
+#include <cstddef>
+
+#include "base/Rows.h"
+#include "filters/colour/tone/YiqArithmetic.h"
+#include "filters/pixels/simd/WideDoubles.h"
+
+namespace kernels {
+namespace {
+
+using base::kBlue;
+using base::kGreen;
+using base::kRed;
+
+}  // namespace
+
+void MapLuminance(std::uint8_t* colour, int width, const ByteTable& table) {
+  for (int x = 0; x < width; ++x, colour += base::kBytesPerPixel) {
+    const int index = LuminanceIndex(colour[kRed], colour[kGreen], colour[kBlue]);
+    const Rgb<OneDouble> rgb = {static_cast<double>(colour[kRed]),
+                                static_cast<double>(colour[kGreen]),
+                                static_cast<double>(colour[kBlue])};
+    const Rgb<OneDouble> mapped = WithLuminance(rgb, table[static_cast<std::size_t>(index)]);
+    colour[kRed] = static_cast<std::uint8_t>(mapped.red);
+    colour[kGreen] = static_cast<std::uint8_t>(mapped.green);
+    colour[kBlue] = static_cast<std::uint8_t>(mapped.blue);
+  }
+}
+
+YiqKernel YiqKernelFor(SimdLevel level) {
+#if defined(__x86_64__)
+  if (level == SimdLevel::Avx512) return Avx512YiqKernel();
+  if (level == SimdLevel::Avx2) return Avx2YiqKernel();
+#else
+  static_cast<void>(level);
+#endif
+  return MapLuminance;
+}
+
+YiqKernel ActiveYiqKernel() {
+  static const YiqKernel kernel = YiqKernelFor(ActiveSimdLevel());
+  return kernel;
+}
+
+}  // namespace kernels

@@ -1,0 +1,66 @@
+// The row arithmetic of the Gaussian filters, chosen by vector unit.
+//
+// A blurred value is always its centre plus the weighted mean of the neighbours' deviations from
+// it, c + sum(w * ((a + b) - 2c)), the pairs from near to far: a flat area and an even slope stay
+// exactly as they are at every kernel. The sums are the same in each lane and in this order on
+// every vector unit, so that the bytes are equal.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "filters/detail/FloatImage.h"
+#include "filters/pixels/simd/Simd.h"
+
+namespace kernels {
+
+// What the steps work with.
+struct GaussNumbers {
+  const float* weights;  // for each distance 0..radius
+  int radius;
+  float threshold;  // sharpening: least deviation that counts; selective: greatest
+  float amount;     // sharpening: share of the deviation that is added
+};
+
+// The most pixels that are finished at once.
+inline constexpr int kMostFinishedPixels = 8 * static_cast<int>(kRowBlock);
+
+// How a filter does its work on the rows of an Image. Counts are numbers and reach the next whole
+// block (FloatImage.h); pixels are exact. No two rows overlap.
+template <class Image>
+struct GaussSteps {
+  using Real = typename Image::Real;
+
+  // The numbers of a colour row.
+  void (*load)(const std::uint8_t* colour, Real* numbers, int pixels);
+  // Along a row: `line` has radius * channels numbers ahead of it and behind its last block.
+  void (*blurLine)(const Real* line, const GaussNumbers& numbers, Real* blurred, std::size_t count);
+  // Across the rows rows[-radius]..rows[radius], from the number `first` of each on: how far the
+  // result lies from rows[0].
+  void (*deviateRows)(const Real* const* rows, std::size_t first, const GaussNumbers& numbers,
+                      Real* deviations, std::size_t count);
+  // Writes the pixels from the blurred line and the deviations, both at the first pixel. Truncated
+  // and limited to 0..255.
+  void (*finish)(std::uint8_t* colour, const Real* line, const Real* deviations,
+                 const GaussNumbers& numbers, int pixels);
+};
+
+struct GaussKernelTable {
+  GaussSteps<FloatImage> blur;
+  // What the blur takes away is added: on all channels, or on the largest one, which the others
+  // follow in proportion.
+  GaussSteps<FloatImage> sharpen;
+  GaussSteps<FloatPlane> sharpenBrightness;
+  // Neighbours that differ too much are left out. In double precision: a neighbour more or less
+  // changes a pixel by several levels.
+  GaussSteps<DoubleImage> selectiveBlur;
+};
+
+// The kernels of a level, which the processor must be able to run.
+const GaussKernelTable& GaussKernelsFor(SimdLevel level);
+
+// The tables of the sibling files; only GaussKernelsFor asks for them.
+const GaussKernelTable& Avx2GaussKernels();
+const GaussKernelTable& Avx512GaussKernels();
+
+}  // namespace kernels

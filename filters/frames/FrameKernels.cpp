@@ -1,0 +1,70 @@
+#include "filters/frames/FrameKernels.h"
+
+#include <algorithm>
+
+#include "base/Arithmetic.h"
+#include "base/Rows.h"
+#include "filters/frames/FrameKernelLoops.h"
+
+namespace kernels {
+
+using base::kBytesPerPixel;
+
+void ComposeRow(std::uint8_t* colour, std::uint8_t* mask, const std::uint8_t* overColour,
+                const std::uint8_t* overMask, int width) {
+  for (int x = 0; x < width; ++x, colour += kBytesPerPixel, overColour += kBytesPerPixel) {
+    const int s = overMask[x];
+    const int t = mask[x];
+    const int laid = (255 - s) * 255;
+    const int kept = (255 - t) * s;
+    if (laid + kept == 0) continue;
+    for (int channel = 0; channel < kBytesPerPixel; ++channel) {
+      colour[channel] = static_cast<std::uint8_t>(
+          (overColour[channel] * laid + colour[channel] * kept) / (laid + kept));
+    }
+    mask[x] = static_cast<std::uint8_t>(s * t / 255);
+  }
+}
+
+void AddRelief(std::uint8_t* colour, const std::uint8_t* relief, int width, bool isInner) {
+  for (int x = 0; x < width; ++x, colour += kBytesPerPixel) {
+    const int added = isInner ? 128 - relief[x] : relief[x] - 128;
+    for (int channel = 0; channel < kBytesPerPixel; ++channel) {
+      colour[channel] = base::ClampByte(colour[channel] + added);
+    }
+  }
+}
+
+void KeepInside(std::uint8_t* mask, const std::uint8_t* pictureMask, int width) {
+  for (int x = 0; x < width; ++x) {
+    mask[x] = static_cast<std::uint8_t>(255 - (255 - pictureMask[x]) * mask[x] / 255);
+  }
+}
+
+ByteTable BuildAttenuationTable(int density, int percent) {
+  const std::int64_t share = std::int64_t{density} * std::clamp(percent, 50, 100) * 255 / 10000;
+  ByteTable table;
+  for (int m = 0; m < 256; ++m) {
+    table[static_cast<std::size_t>(m)] = base::LowByte(255 - (255 - m) * share / 255);
+  }
+  return table;
+}
+
+const FrameKernels& FrameKernelsFor(SimdLevel level) {
+  static constexpr FrameKernels kPlain = {ComposeRow, AddRelief, SmoothLoop,  ReliefLoop,
+                                          GrowLoop,   BlurLoop,  FractionLoop};
+#if defined(__x86_64__)
+  if (level == SimdLevel::Avx512) return Avx512FrameKernels();
+  if (level == SimdLevel::Avx2) return Avx2FrameKernels();
+#else
+  static_cast<void>(level);
+#endif
+  return kPlain;
+}
+
+const FrameKernels& ActiveFrameKernels() {
+  static const FrameKernels& kernels = FrameKernelsFor(ActiveSimdLevel());
+  return kernels;
+}
+
+}  // namespace kernels

@@ -1,0 +1,147 @@
+#include "filters/frames/MaskFilters.h"
+
+#include <algorithm>
+#include <cstring>
+#include <vector>
+
+#include "base/Arithmetic.h"
+#include "filters/frames/FrameKernels.h"
+
+namespace kernels {
+namespace {
+
+enum class Margin { One, Shrinking };  // Shrinking: from the number of passes down to 1
+
+// One byte of the first column at x: its left terms come from columns 0 and 1.
+using FirstColumnFunction = std::uint8_t (*)(const MaskRows3& rows, int x);
+
+// Rows here are whole ones, from column 0.
+struct Pass {
+  MaskRowFunction row;
+  FirstColumnFunction first = nullptr;
+  MaskWeights weights = {};
+};
+
+std::uint8_t FirstGrown(const MaskRows3& rows, int x) {
+  const auto column = [&rows](int at) { return std::min(rows.previous[at], rows.next[at]); };
+  return std::min({column(0), column(1), column(x + 1), rows.centre[x], rows.centre[x + 1]});
+}
+
+std::uint8_t FirstBlurred(const MaskRows3& rows, int x) {
+  const auto column = [&rows](int at) {
+    return rows.previous[at] + rows.centre[at] + rows.next[at];
+  };
+  return static_cast<std::uint8_t>(((column(0) + column(1) + column(x + 1)) * 4 + rows.centre[x]) /
+                                   37);
+}
+
+// Passes that follow each other at a distance of one row. When a pass comes to a row, the pass
+// before it has just left the next one, and the pass after it has not yet reached the previous one,
+// of which the old bytes are kept aside.
+class PassGroup {
+ public:
+  // `firstMargin` is that of the first pass; `narrows` is what each margin is less than the one
+  // before.
+  PassGroup(const MaskPlane& worked, const Pass& done, int passes, int firstMargin, int narrows)
+      : plane(worked),
+        pass(done),
+        count(passes),
+        margin(firstMargin),
+        step(narrows),
+        kept(2 * static_cast<std::size_t>(passes) * static_cast<std::size_t>(worked.width)) {}
+
+  bool Run(const std::atomic<bool>& abort) {
+    for (int front = 1; front < plane.height + count; ++front) {
+      if (abort) return false;
+      for (int i = 0; i < count; ++i) DoRow(i, front - i);
+    }
+    return true;
+  }
+
+  // Whether the first pass has changed anything.
+  bool HasChanged() const { return changed; }
+
+ private:
+  std::uint8_t* Kept(int i, int y) {
+    const std::size_t number = 2 * static_cast<std::size_t>(i) + static_cast<std::size_t>(y & 1);
+    return kept.data() + number * static_cast<std::size_t>(plane.width);
+  }
+
+  void DoRow(int i, int y) {
+    const int edge = margin - i * step;
+    if (y < edge || y > plane.height - edge - 1) return;
+    std::uint8_t* const row = plane.rows[y];
+    const auto bytes = static_cast<std::size_t>(plane.width);
+    std::uint8_t* const centre = Kept(i, y);
+    std::memcpy(centre, row, bytes);
+    const MaskRows3 rows = {y == edge ? plane.rows[y - 1] : Kept(i, y - 1), centre,
+                            plane.rows[y + 1]};
+    pass.row(row + edge, {rows.previous + edge, rows.centre + edge, rows.next + edge},
+             plane.width - 2 * edge, pass.weights);
+    if (pass.first && edge > 1) row[edge] = pass.first(rows, edge);
+    if (i == 0 && !changed) changed = std::memcmp(centre, row, bytes) != 0;
+  }
+
+  const MaskPlane& plane;
+  const Pass& pass;
+  const int count, margin, step;
+  std::vector<std::uint8_t> kept;  // two rows a pass
+  bool changed = false;
+};
+
+bool RunPasses(const MaskPlane& plane, const Pass& pass, int passes, Margin margin,
+               const std::atomic<bool>& abort) {
+  // Rows of a group and what is kept of them, to stay in the second cache.
+  constexpr int kGroupBytes = 512 * 1024;
+  // Margins that leave nothing between them are passes that do nothing.
+  const int most = (std::min(plane.width, plane.height) - 1) / 2;
+  int left = margin == Margin::Shrinking ? std::min(passes, most) : most < 1 ? 0 : passes;
+  const int narrows = margin == Margin::Shrinking ? 1 : 0;
+  while (left > 0) {
+    const int together = std::clamp(kGroupBytes / (3 * plane.width), 1, left);
+    PassGroup group(plane, pass, together, narrows ? left : 1, narrows);
+    if (!group.Run(abort)) return false;
+    if (narrows == 0 && !group.HasChanged()) return true;
+    left -= together;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool SmoothMask(const MaskPlane& plane, int passes, const std::atomic<bool>& abort) {
+  return RunPasses(plane, {ActiveFrameKernels().smooth}, passes, Margin::One, abort);
+}
+
+bool EmbossMask(const MaskPlane& plane, const ReliefKernel& kernel,
+                const std::atomic<bool>& abort) {
+  Pass pass = {ActiveFrameKernels().relief};
+  for (int i = 0; i < 9; ++i) {
+    pass.weights.relief[i] = base::TruncateToInt32(kernel.weight[i] * 4096);
+  }
+  return RunPasses(plane, pass, 1, Margin::One, abort);
+}
+
+bool GrowShape(const MaskPlane& plane, int passes, const std::atomic<bool>& abort) {
+  return RunPasses(plane, {ActiveFrameKernels().grow, FirstGrown}, passes, Margin::Shrinking,
+                   abort);
+}
+
+bool BlurMask(const MaskPlane& plane, int passes, const std::atomic<bool>& abort) {
+  return RunPasses(plane, {ActiveFrameKernels().blur, FirstBlurred}, passes, Margin::Shrinking,
+                   abort);
+}
+
+bool FractionBlur(const MaskPlane& plane, int fifths, const std::atomic<bool>& abort) {
+  struct Weights {
+    std::int32_t centre, around;
+  };
+  constexpr Weights kWeights[] = {{216801, 5668}, {171457, 11336}, {126113, 17004}, {80769, 22672}};
+  if (fifths < 1 || fifths > 4) return true;
+  Pass pass = {ActiveFrameKernels().fraction};
+  pass.weights.centre = kWeights[fifths - 1].centre;
+  pass.weights.around = kWeights[fifths - 1].around;
+  return RunPasses(plane, pass, 1, Margin::One, abort);
+}
+
+}  // namespace kernels

@@ -1,0 +1,37 @@
+// Rotation ("drehen"): turns a picture by any angle, mirrored before if so wished.
+#pragma once
+
+#include <memory>
+
+#include "core/FilterShapes.h"
+#include "filters/FilterStatics.h"
+#include "filters/geometry/rotation/QuarterTurn.h"
+#include "filters/geometry/rotation/RotationGeometry.h"
+
+extern const FilterClass kDrehClass;
+
+// Quarter turns move pixels. Other angles are quarter turns and three shears; the result is larger
+// by a margin with nothing in it.
+class CDrehFilter final : public ParameterFilter<WholePictureFilter, RotationRecord> {
+ public:
+  explicit CDrehFilter(const FilterClass& row);
+
+  void Commit() override;
+  // Keeps the pair, and passes it to nobody.
+  HRESULT STDMETHODCALLTYPE SetMark(int a, int b) override;
+  HRESULT STDMETHODCALLTYPE GetMark(int* a, int* b) override;
+  HRESULT STDMETHODCALLTYPE QuerySize(int* width, int* height, double aspect) override;
+
+ private:
+  void ReadText(const char* text) override;
+  bool PassesThrough() override { return active.angle == 0.0 && !active.mirrorOn; }
+  void DropPictures() override;
+  bool Rebuild() override;
+  bool Turn(const kernels::QuarterTurn& turned);
+  bool Shear(const kernels::QuarterTurn& turned, const kernels::RotationGeometry& turn);
+  bool EnsureIntermediate(std::int64_t width, std::int64_t height);
+
+  // Kept between computations of the same size.
+  std::unique_ptr<kernels::Quad[]> intermediate;
+  std::int64_t intermediateWidth = 0, intermediateHeight = 0;
+};

@@ -1,0 +1,51 @@
+// Quarter turns of a picture, with or without a mirror.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "filters/geometry/rotation/Quads.h"
+#include "filters/geometry/rotation/ShearKernels.h"
+#include "filters/pixels/PictureRows.h"
+
+namespace kernels {
+
+// Neighbouring rows.
+struct Band {
+  int y, height;
+};
+
+// A picture after 0 to 3 quarter turns counter-clockwise, mirrored left to right before them if so
+// wished. Rows that become columns are read in tiles, while they are near.
+class QuarterTurn {
+ public:
+  QuarterTurn(const PictureRows& turned, int quarterTurns, bool mirror,
+              const ShearKernelTable& table = ActiveShearKernels());
+
+  int Width() const { return isTransposed ? picture.height : picture.width; }
+  int Height() const { return isTransposed ? picture.width : picture.height; }
+
+  // The rows come in bands, numbered in the order that is the quickest.
+  int Bands() const { return (Height() + kTile - 1) / kTile; }
+  Band BandAt(int number) const;
+  // The distance of the rows of `quads` is given in quads. The planes' arrays hold all rows.
+  void ReadBand(const Band& band, Quad* quads, std::ptrdiff_t stride) const;
+  void ReadBand(const Band& band, std::uint8_t* const* colour, std::uint8_t* const* mask) const;
+
+ private:
+  static constexpr int kTile = 64;
+
+  void ReadUpright(int x, int y, int width, Quad* quads) const;
+  // A tile that lies in the turned picture.
+  void ReadTransposed(int x, int y, int width, int height, Quad* quads,
+                      std::ptrdiff_t stride) const;
+  void SplitTile(const Quad* tile, int x, int y, int width, int height, std::uint8_t* const* colour,
+                 std::uint8_t* const* mask) const;
+
+  const PictureRows picture;
+  const ShearKernelTable& kernels;
+  const bool isTransposed;
+  const bool isBackwardsX, isBackwardsY;  // after the transposition
+};
+
+}  // namespace kernels

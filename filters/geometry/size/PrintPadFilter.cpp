@@ -1,0 +1,98 @@
+#include "filters/geometry/size/PrintPadFilter.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "base/Arithmetic.h"
+#include "base/Guid.h"
+#include "filters/pixels/PointKernelTable.h"
+
+namespace {
+
+// What does not fit is too large for any picture, and refused when one is made.
+int Truncated(double length) {
+  constexpr double kLargest = std::numeric_limits<int>::max();
+  return base::TruncateToInt32(std::min(length, kLargest));
+}
+
+kernels::Colour ColourOf(std::uint32_t rgb) {
+  return {base::LowByte(rgb), base::LowByte(rgb >> 8), base::LowByte(rgb >> 16)};
+}
+
+// The part of an axis that picture and paper share, and where it lies in both.
+struct Overlap {
+  int source, paper, length;
+
+  Overlap(int pictureLength, int paperLength, int shift)
+      : source(std::max(0, -shift)),
+        paper(source + shift),
+        length(std::min(pictureLength - source, paperLength - paper)) {}
+};
+
+}  // namespace
+
+const FilterClass kPrintPadClass = {.sortKey = 3,
+                                    .className = "CPrintPadFilter",
+                                    .progId = "ZNFilter.PrintPad.1",
+                                    .classId = base::Guid("{CE586604-A175-44F7-8DAC-4B3108110081}"),
+                                    .order = 5000,
+                                    .iconName = "icons_passpartout",
+                                    .nameKey = "PrintPad",
+                                    .gloss = "Pad to a paper ratio",
+                                    .make = MakeFilter<CPrintPadFilter>,
+                                    .describe = CPrintPadFilter::Describe};
+
+void CPrintPadFilter::ReadText(const char* text) {
+  static_cast<PadRecord&>(pending) = ReadRecord<PadRecord>(text);
+}
+
+void CPrintPadFilter::Commit() {
+  ParameterFilter::Commit();
+  const double w = input.width;
+  const double h = input.height;
+  if (!active.forceRatio || w < 1 || h < 1) return;
+  if (w != h) active.landscape = h < w;
+  const auto [smaller, larger] = std::minmax(active.aspectRatioX, active.aspectRatioY);
+  const bool isWide = active.landscape != active.toggle;
+  const double ratio =
+      isWide ? static_cast<double>(larger) / smaller : static_cast<double>(smaller) / larger;
+  if (w / h <= ratio) {
+    output.width = Truncated(ratio * h);
+  } else {
+    output.height = Truncated(w / ratio);
+  }
+  output.extentWidth = output.width;
+  output.extentHeight = output.height;
+  output.offsetX = output.offsetY = 0;
+}
+
+HRESULT CPrintPadFilter::QuerySize(int* width, int* height, double) {
+  if (!width || !height) return E_POINTER;
+  *width = output.width;
+  *height = output.height;
+  return S_OK;
+}
+
+// Asking the source for its information walks the chain a second time, as changes of the first walk
+// may have moved sizes. What the source answers to the pull is not looked at.
+bool CPrintPadFilter::Rebuild() {
+  int w = 0;
+  int h = 0;
+  int offset[2];
+  int extent[2];
+  source->GetInfo(&w, &h, &offset[0], &offset[1], &extent[0], &extent[1]);
+  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
+  outputPicture->Clear();
+  const Overlap x(pulled.width, result.width, (result.width - pulled.width) / 2);
+  const Overlap y(pulled.height, result.height,
+                  active.bottomAlign ? 0 : (result.height - pulled.height) / 2);
+  source->ReadRows(x.paper, y.paper, x.source, y.source, x.length, y.length,
+                   outputPicture->ColourRows(), outputPicture->MaskRows());
+  const kernels::Colour pad = ColourOf(active.padColor);
+  for (int row = 0; row < result.height; ++row) {
+    if (abort) return false;
+    kernels::ActivePointKernels().putBackground(
+        outputPicture->ColourRows()[row], outputPicture->MaskRows()[row], result.width, pad, 0);
+  }
+  return true;
+}

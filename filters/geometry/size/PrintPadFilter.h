@@ -1,0 +1,28 @@
+// Pad for printing: puts the picture on a colour, on paper of a ratio.
+#pragma once
+
+#include "core/FilterShapes.h"
+#include "filters/FilterStatics.h"
+
+struct PadParameters : PadRecord {
+  static PadParameters ActiveStart() { return {}; }
+  static constexpr int kLeastBuffer = 0;
+};
+
+extern const FilterClass kPrintPadClass;
+
+// An abort while the picture is put together ends the pull with 0, though no rows were given out.
+class CPrintPadFilter final : public ParameterFilter<WholePictureFilter, PadParameters> {
+ public:
+  explicit CPrintPadFilter(const FilterClass& row)
+      : ParameterFilter(row, {.abortMarksChange = true, .abortAnswersDone = true}) {}
+
+  // The active paper turns to the picture's shape and stays turned.
+  void Commit() override;
+  // The size of the paper, whatever the aspect.
+  HRESULT STDMETHODCALLTYPE QuerySize(int* width, int* height, double aspect) override;
+
+ private:
+  void ReadText(const char* text) override;
+  bool Rebuild() override;
+};

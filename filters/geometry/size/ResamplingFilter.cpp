@@ -1,0 +1,44 @@
+#include "filters/geometry/size/ResamplingFilter.h"
+
+#include <limits>
+
+#include "filters/pixels/resampling/ReductionWindows.h"
+
+namespace {
+
+// What does not fit is too large for any picture, and refused when one is made.
+int SideOf(double length) {
+  constexpr int kLargest = std::numeric_limits<int>::max();
+  if (!(length >= 1)) return 1;
+  return length < kLargest ? static_cast<int>(length) : kLargest;
+}
+
+}  // namespace
+
+void ResamplingFilter::SetOutput(Ratios newRatios, double width, double height) {
+  if (input.width < 1 || input.height < 1) return;
+  scaledBy = newRatios;
+  output.width = output.extentWidth = SideOf(width);
+  output.height = output.extentHeight = SideOf(height);
+  output.offsetX = kernels::OutputStart(input.width, output.width, input.offsetX);
+  output.offsetY = kernels::OutputStart(input.height, output.height, input.offsetY);
+}
+
+// A result that is too large is refused before the input takes memory. What the source answers is
+// not looked at: an abort ends the computation, and anything else is scaled as it came.
+bool ResamplingFilter::Rebuild() {
+  const Ratios now = scaledBy;
+  if (pulled.width < 1 || pulled.height < 1 || !EnsurePictures(0, 0, result.width, result.height) ||
+      !EnsurePictures(pulled.width, pulled.height, 0, 0)) {
+    inputPicture.reset();
+    return false;
+  }
+  PullInput(*inputPicture);
+  const bool done = kernels::Resample(
+      {inputPicture->ColourRows(), inputPicture->MaskRows(), pulled.width, pulled.height},
+      {outputPicture->ColourRows(), outputPicture->MaskRows(), result.width, result.height},
+      {now.x, now.y, pulled.offsetX, pulled.offsetY}, abort);
+  inputPicture.reset();
+  if (!done) outputPicture->Clear();
+  return done;
+}

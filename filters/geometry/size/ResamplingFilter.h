@@ -1,0 +1,23 @@
+// What the two scale filters share: the size of the result, and the picture that is resampled once
+// a change.
+#pragma once
+
+#include "core/FilterShapes.h"
+#include "filters/pixels/resampling/Resampling.h"
+
+class ResamplingFilter : public WholePictureFilter {
+ protected:
+  ResamplingFilter(const FilterClass& row, Policy rules) : WholePictureFilter(row, rules) {}
+
+  struct Ratios {
+    double x, y;  // output over input, before the size is rounded
+  };
+  // For Commit: sets `output` to this size, of which a side below 1 becomes 1. A picture without
+  // pixels stays as it is.
+  void SetOutput(Ratios newRatios, double width, double height);
+
+  bool Rebuild() override;
+
+ private:
+  Ratios scaledBy = {1, 1};
+};

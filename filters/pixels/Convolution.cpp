@@ -1,0 +1,156 @@
+#include "filters/pixels/Convolution.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <numeric>
+#include <vector>
+
+#include "base/Rows.h"
+#include "filters/pixels/ConvolutionRow.h"
+
+namespace kernels {
+namespace {
+
+constexpr int kCentre = 4;
+
+std::uint8_t Convolved(const Kernel3x3& kernel, int centre, int sum) {
+  const double value = centre + kernel.share * sum + kConvolutionAllowance;
+  return static_cast<std::uint8_t>(value > 0 ? (value < 255 ? value : 255) : 0);
+}
+
+void ConvolveRow(const Kernel3x3& kernel, const ConvolutionRows& rows, std::uint8_t* result,
+                 int width) {
+  for (int at = 0; at < width * base::kBytesPerPixel; ++at) {
+    const int centre = rows.colour[1][at];
+    int sum = 0;
+    for (int i = 0; i < 9; ++i) {
+      const int neighbour = at + (i % 3 - 1) * base::kBytesPerPixel;
+      const bool nothing = rows.nothing[i / 3][neighbour] != 0;
+      sum += kernel.change[i] * (nothing ? centre : rows.colour[i / 3][neighbour]);
+    }
+    result[at] = Convolved(kernel, centre, sum);
+  }
+}
+
+// A copy of one row of the area, with the pixel on either side of it.
+class FramedRow {
+ public:
+  explicit FramedRow(int areaWidth)
+      : width(areaWidth),
+        colour(base::ColourBytes(areaWidth + 2) + kConvolutionPadding),
+        nothing(colour.size()) {}
+
+  // Row y of the picture, from column x on. A row outside the picture does not count.
+  void Load(const PictureRows& picture, int x, int y) {
+    if (y < 0 || y >= picture.height) {
+      SetNothing(-1, width + 1, base::kNothing);
+      anyNothing = true;
+      return;
+    }
+    const int first = std::max(x - 1, 0);
+    const int end = std::min(x + width + 1, picture.width);
+    std::memcpy(Colour() + base::ColourOffset(first - x),
+                picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + first),
+                base::ColourBytes(end - first));
+    if (anyNothing) SetNothing(-1, width + 1, 0);
+    SetNothing(-1, 0, x > 0 ? base::kOpaque : base::kNothing);
+    SetNothing(width, width + 1, x + width < picture.width ? base::kOpaque : base::kNothing);
+    anyNothing = picture.maskRows &&
+                 LoadMask(picture.maskRows[picture.y + y] + picture.x + first, first - x, end - x);
+  }
+
+  const std::uint8_t* Colour() const { return colour.data() + base::kBytesPerPixel; }
+  const std::uint8_t* Nothing() const { return nothing.data() + base::kBytesPerPixel; }
+  bool AnyNothing() const { return anyNothing; }
+
+ private:
+  std::uint8_t* Colour() { return colour.data() + base::kBytesPerPixel; }
+
+  void SetNothing(int first, int end, std::uint8_t value) {
+    std::memset(nothing.data() + base::ColourOffset(first + 1), value,
+                base::ColourBytes(end - first));
+  }
+
+  // False when every pixel counts.
+  bool LoadMask(const std::uint8_t* mask, int first, int end) {
+    if (!std::memchr(mask, base::kNothing, static_cast<std::size_t>(end - first))) return false;
+    std::uint8_t* to = nothing.data() + base::ColourOffset(first + 1);
+    for (int i = 0; i < end - first; ++i) {
+      to[3 * i] = to[3 * i + 1] = to[3 * i + 2] = mask[i] == base::kNothing ? 255 : 0;
+    }
+    return true;
+  }
+
+  int width;
+  std::vector<std::uint8_t> colour, nothing;
+  bool anyNothing = false;
+};
+
+ConvolutionRows Around(const FramedRow& below, const FramedRow& row, const FramedRow& above) {
+  return {{below.Colour(), row.Colour(), above.Colour()},
+          {below.Nothing(), row.Nothing(), above.Nothing()},
+          below.AnyNothing() || row.AnyNothing() || above.AnyNothing()};
+}
+
+}  // namespace
+
+Kernel3x3 BlendKernel(const KernelTable& table, double strength) {
+  Kernel3x3 kernel = {};
+  int common = 100 * table.divisor;
+  int positive = 0;
+  int negative = 0;
+  for (int i = 0; i < 9; ++i) {
+    const int change = table.weight[i] - (i == kCentre ? table.divisor : 0);
+    common = std::gcd(common, std::abs(change));
+    kernel.change[i] = static_cast<std::int8_t>(change);
+  }
+  for (std::int8_t& change : kernel.change) {
+    change = static_cast<std::int8_t>(change / common);
+    (change > 0 ? positive : negative) += std::abs(change);
+  }
+  kernel.per = 100 * table.divisor / common;
+  kernel.share = strength / kernel.per;
+  const bool whole = strength >= 0 && strength <= 255 && strength == std::floor(strength);
+  // Sums are raised by a multiple of `per` until they are not negative, and must then stay below
+  // 2^13; ConvolutionBlocks.h tells why.
+  const int greatest = 255 * (positive + negative) + kernel.per;
+  const bool narrow = greatest < (1 << 13) && kernel.per >= 100;
+  kernel.steps = whole && narrow ? static_cast<int>(strength) : -1;
+  return kernel;
+}
+
+ConvolveRowFunction ConvolveRowFor(SimdLevel level) {
+#if defined(__x86_64__)
+  if (level == SimdLevel::Avx512) return ConvolveRowAvx512;
+  if (level == SimdLevel::Avx2) return ConvolveRowAvx2;
+#else
+  static_cast<void>(level);
+#endif
+  return ConvolveRow;
+}
+
+bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
+                 const std::atomic<bool>& abort) {
+  if (area.width < 1 || area.height < 1) return true;
+  const ConvolveRowFunction convolveRow = ConvolveRowFor(ActiveSimdLevel());
+  std::array<FramedRow, 3> rows = {FramedRow(area.width), FramedRow(area.width),
+                                   FramedRow(area.width)};
+  const auto row = [&rows](int y) -> FramedRow& {
+    return rows[static_cast<std::size_t>((y + 3) % 3)];
+  };
+  row(area.y - 1).Load(picture, area.x, area.y - 1);
+  row(area.y).Load(picture, area.x, area.y);
+  for (int y = area.y; y < area.y + area.height; ++y) {
+    if (abort) return false;
+    row(y + 1).Load(picture, area.x, y + 1);
+    convolveRow(kernel, Around(row(y - 1), row(y), row(y + 1)),
+                picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + area.x),
+                area.width);
+  }
+  return true;
+}
+
+}  // namespace kernels

@@ -1,0 +1,64 @@
+#include "filters/pixels/HlsKernels.h"
+
+#include "base/Rows.h"
+#include "filters/pixels/ColourConversion.h"
+#include "filters/pixels/HlsChanges.h"
+#include "filters/pixels/simd/WideDoubles.h"
+
+namespace kernels {
+namespace {
+
+using base::kBlue;
+using base::kGreen;
+using base::kRed;
+
+struct Single : OneDouble {
+  static double LookUp(const double* table, double hue) { return table[static_cast<int>(hue)]; }
+  static HueChangeOf<Single> LookUp(const HueChange* table, double hue) {
+    const HueChange& change = table[static_cast<int>(hue)];
+    return {change.shift, change.saturation, change.lightness};
+  }
+};
+
+template <class Change>
+void ChangeRow(std::uint8_t* colour, int width, const Change& change) {
+  for (int x = 0; x < width; ++x, colour += base::kBytesPerPixel) {
+    Hls<Single> hls;
+    RgbToHls(colour[kRed], colour[kGreen], colour[kBlue], hls.hue, hls.lightness, hls.saturation);
+    if (Change::kKeepsGrey && hls.saturation == 0.0) continue;
+    change(hls);
+    HlsToRgb(hls.hue, hls.lightness, hls.saturation, colour[kRed], colour[kGreen], colour[kBlue]);
+  }
+}
+
+}  // namespace
+
+void Saturate(std::uint8_t* colour, int width, double factor) {
+  ChangeRow(colour, width, Saturation{factor});
+}
+
+void SaturateByHue(std::uint8_t* colour, int width, const HueFactors& factors) {
+  ChangeRow(colour, width, SaturationByHue{factors});
+}
+
+void ChangeByHue(std::uint8_t* colour, int width, const HueChanges& changes) {
+  ChangeRow(colour, width, ChangeAll{changes});
+}
+
+const HlsKernelTable& HlsKernelsFor(SimdLevel level) {
+  static constexpr HlsKernelTable kPlain = {Saturate, SaturateByHue, ChangeByHue};
+#if defined(__x86_64__)
+  if (level == SimdLevel::Avx512) return Avx512HlsKernels();
+  if (level == SimdLevel::Avx2) return Avx2HlsKernels();
+#else
+  static_cast<void>(level);
+#endif
+  return kPlain;
+}
+
+const HlsKernelTable& ActiveHlsKernels() {
+  static const HlsKernelTable& kernels = HlsKernelsFor(ActiveSimdLevel());
+  return kernels;
+}
+
+}  // namespace kernels

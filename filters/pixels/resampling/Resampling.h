@@ -1,0 +1,34 @@
+// Scales whole pictures: reduction by weighted windows, enlargement by a bicubic filter.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+namespace kernels {
+
+// A picture by its rows, which are 3 bytes a pixel of colour and 1 of mask.
+struct Raster {
+  std::uint8_t* const* colour;
+  std::uint8_t* const* mask;
+  int width, height;  // above 0
+};
+
+// How a picture is scaled. The ratios are those before the output's size was rounded, and choose
+// the way: enlargement for both axes where one of them is above 1.
+struct Resampling {
+  double ratioX = 1, ratioY = 1;
+  int offsetX = 0, offsetY = 0;  // of the picture's origin, in source pixels
+};
+
+// Fills `to` from `from`, whose mask is searched once: an opaque picture takes a shorter way.
+// False when `abort` was seen, which is looked at before each row, or when the source is too narrow
+// to be enlarged; `to` then holds anything. Throws std::bad_alloc.
+bool Resample(const Raster& from, const Raster& to, const Resampling& how,
+              const std::atomic<bool>& abort);
+
+// The two ways, for Resample.
+bool Reduce(const Raster& from, const Raster& to, const Resampling& how, bool opaque,
+            const std::atomic<bool>& abort);
+bool Enlarge(const Raster& from, const Raster& to, bool opaque, const std::atomic<bool>& abort);
+
+}  // namespace kernels

@@ -1,0 +1,140 @@
+#include "editing/CurveTables.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <random>
+#include <vector>
+
+#include "filters/colour/tone/YiqKernels.h"
+#include "tests/filters/pixels/KernelRows.h"
+
+namespace {
+
+using editing::CurveNode;
+using kernels::ByteTable;
+using Nodes = std::vector<CurveNode>;
+
+ByteTable Marked() {
+  ByteTable table;
+  table.fill(99);
+  return table;
+}
+
+// By hand: M of the middle node at (128, 192) is 3 x (63 / 127 - 192 / 128) / 255, the quarter
+// points of its intervals follow.
+TEST(CurveTables, SplineAndLinesByHand) {
+  const Nodes bent = {{0, 0}, {128, 192}, {255, 255}};
+  ByteTable spline = Marked();
+  ByteTable lines = Marked();
+  ASSERT_TRUE(editing::BuildSplineTable(bent, spline));
+  ASSERT_TRUE(editing::BuildLineTable(bent, lines));
+  const struct {
+    std::size_t at;
+    int spline, line;
+  } kCases[] = {{0, 0, 0},       {32, 56, 48},    {64, 108, 96},
+                {128, 192, 192}, {192, 236, 224}, {255, 255, 255}};
+  for (const auto& c : kCases) {
+    EXPECT_EQ(spline[c.at], c.spline) << c.at;
+    EXPECT_EQ(lines[c.at], c.line) << c.at;
+  }
+}
+
+TEST(CurveTables, EndsFlatsAndIdentity) {
+  for (const auto build : {editing::BuildSplineTable, editing::BuildLineTable}) {
+    ByteTable table = Marked();
+    ASSERT_TRUE(build(Nodes{{0, 0}, {255, 255}}, table));
+    EXPECT_EQ(table, editing::IdentityTable());
+    ASSERT_TRUE(build(Nodes{{0, 100}, {255, 100}}, table));
+    EXPECT_EQ(std::count(table.begin(), table.end(), 100), 256);
+    ASSERT_TRUE(build(Nodes{{50, 10}, {200, 160}}, table));
+    EXPECT_EQ(table[0], 10);
+    EXPECT_EQ(table[50], 10);
+    EXPECT_EQ(table[51], 11);
+    EXPECT_EQ(table[200], 160);
+    EXPECT_EQ(table[255], 160);
+    // Between nodes that run backwards nothing is drawn, and both ends meet: at the last node a
+    // line has reached it, a spline has not.
+    ASSERT_TRUE(build(Nodes{{200, 10}, {100, 70}}, table));
+    EXPECT_EQ(table[99], 10);
+    EXPECT_EQ(table[100], build == editing::BuildLineTable ? 70 : 10);
+    EXPECT_EQ(table[101], 70);
+  }
+  // What overshoots is cut.
+  ByteTable table = Marked();
+  ASSERT_TRUE(editing::BuildSplineTable(Nodes{{0, 0}, {100, 250}, {130, 255}, {255, 255}}, table));
+  EXPECT_EQ(table[120], 255);
+  EXPECT_TRUE(std::is_sorted(table.begin(), table.begin() + 100));
+}
+
+TEST(CurveTables, NodesOfOneX) {
+  const Nodes step = {{0, 10}, {128, 60}, {128, 200}, {255, 220}};
+  ByteTable table = Marked();
+  EXPECT_FALSE(editing::BuildSplineTable(step, table));
+  // Backwards by as much as forwards: the sum of two widths is 0.
+  EXPECT_FALSE(editing::BuildSplineTable(Nodes{{0, 0}, {50, 9}, {0, 20}, {255, 255}}, table));
+  EXPECT_FALSE(editing::BuildSplineTable(Nodes{{0, 0}}, table));
+  EXPECT_FALSE(editing::BuildLineTable(Nodes{{0, 0}}, table));
+  EXPECT_FALSE(editing::BuildSplineTable(Nodes(17), table));
+  EXPECT_EQ(table, Marked());
+  ASSERT_TRUE(editing::BuildLineTable(step, table));
+  EXPECT_EQ(table[127], 60);
+  EXPECT_EQ(table[128], 200);
+  EXPECT_EQ(table[129], 200);
+}
+
+// Any nodes: the sanitizer build sees to the rest.
+TEST(CurveTables, AnyNodesAreSafe) {
+  std::mt19937 random(4);
+  for (int round = 0; round < 3000; ++round) {
+    Nodes nodes(random() % 18);
+    for (CurveNode& node : nodes) {
+      const auto value = [&]() -> std::int32_t {
+        return random() % 16 ? static_cast<int>(random() % 256) : random() % 2 ? INT_MAX : INT_MIN;
+      };
+      node = {value(), value()};
+    }
+    ByteTable table = Marked();
+    editing::BuildSplineTable(nodes, table);
+    editing::BuildLineTable(nodes, table);
+  }
+}
+
+// Luminance 100 and both differences of (200, 60, 40), of which the luminance is 99.
+TEST(YiqKernels, ByHand) {
+  testing_support::Row row = {40, 60, 200, 10, 10, 10, 0, 0, 255};
+  ByteTable table = {};
+  table[99] = 100;
+  table[10] = 250;
+  table[76] = 255;
+  kernels::MapLuminance(row.data(), 3, table);
+  EXPECT_EQ(row, (testing_support::Row{40, 60, 200, 250, 250, 250, 178, 178, 255}));
+}
+
+TEST(YiqKernels, LevelsAreEqual) {
+  ByteTable table;
+  for (std::size_t i = 0; i < 256; ++i) table[i] = static_cast<std::uint8_t>(i * i / 255);
+  testing_support::Row colours;
+  for (int i = 0; i < 1 << 24; i += 61) {
+    for (const int shift : {0, 8, 16}) colours.push_back(static_cast<std::uint8_t>(i >> shift));
+  }
+  const kernels::YiqKernel plain = kernels::MapLuminance;
+  for (const kernels::SimdLevel level : kernels::kSimdLevels) {
+    if (level == kernels::SimdLevel::Plain || level > kernels::ProcessorSimdLevel()) continue;
+    const kernels::YiqKernel own = kernels::YiqKernelFor(level);
+    EXPECT_NE(own, plain);
+    const auto expectSame = [&](const testing_support::Row& row, int start, int width) {
+      testing_support::ExpectSameRow(plain, own, row, [&](auto kernel, std::uint8_t* at) {
+        kernel(at + start, width, table);
+      });
+    };
+    expectSame(colours, 0, static_cast<int>(colours.size() / 3));
+    for (int width = -1; width <= 140; ++width) {
+      expectSame(testing_support::RandomRow(static_cast<std::size_t>(3 * width + 300), 1), 100,
+                 width);
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,175 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+#include "core/PdibFilterCreator.h"
+#include "filters/FilterClasses.h"
+#include "platform/fake/FakeServices.h"
+#include "tests/filters/ClassOf.h"
+#include "tests/filters/colour/PointModel.h"
+#include "tests/support/TestFilters.h"
+
+namespace testing_support {
+namespace {
+
+using platform::ComPtr;
+
+// One number as it may come: a percentage, a byte, beyond either, and the ends of 32 bits.
+int RandomNumber(std::mt19937& random) {
+  const int ends[] = {-1, 0, 1, 50, 99, 100, 101, 255, 256, -100, 2147483647, -2147483647 - 1};
+  if (random() % 5 == 0) return ends[random() % std::size(ends)];
+  const int range = random() % 3 == 0 ? 1000 : 101;
+  return static_cast<int>(random()) % range;
+}
+
+// Some of the class's keys, in any order.
+std::string RandomParameters(const FilterClass& row, std::mt19937& random) {
+  std::vector<ParameterDescription> keys = row.describe();
+  std::shuffle(keys.begin(), keys.end(), random);
+  std::string text;
+  for (const ParameterDescription& key : keys) {
+    if (random() % 6 == 0) continue;
+    if (!text.empty()) text += ",";
+    text.append(key.key).append("=").append(std::to_string(RandomNumber(random)));
+  }
+  return text;
+}
+
+TEST(PointFilters, EqualTheirModel) {
+  std::vector<ModelStep> steps = {
+      {"ZNFilter.Sepia.1", "Sepia=257"},
+      {"ZNFilter.Invert.1", "Inversity=-200"},
+      {"ZNFilter.Transparency.1", "Transparency=100"},
+      {"ZNFilter.RGBColor.1", "Red=007, Green=2147483647, Blue=-2147483648"},
+      {"ZNFilter.DuoColor.1", "Intensity=-150, ColorRed=255, Green2=0"},
+      {"ZNFilter.AdoptColor.1", "Intensity=000, ColorRed=200"},
+      {"ZNFilter.AdoptColor.1", "Intensity=045, ColorRed=255, ColorGreen=250, ColorBlue=255"},
+      {"ZNFilter.AdoptColor.1", "Intensity=100, ColorRed=010, ColorGreen=000, ColorBlue=020"},
+      {"ZNFilter.InvertMask.1", "Blue=001, Green=002, Red=003, Transparency=100"},
+      {"ZNFilter.ImgBg.1", "Transparency=100"},
+      {"ZNFilter.ImgBg.1", "Transparency=099"}};
+  std::mt19937 random(31);
+  for (const FilterClass& row : FilterClasses()) {
+    if (!HasModel(row.progId)) continue;
+    steps.push_back({row.progId, ""});
+    for (int i = 0; i < 8; ++i) steps.push_back({row.progId, RandomParameters(row, random)});
+  }
+  for (const ModelStep& step : steps) {
+    for (const NamedPicture& test : TestPictures()) {
+      Rig rig(test.picture, ClassOf(step.progId));
+      rig.Filter().SetParameter(step.parameters.c_str(), 1);
+      ASSERT_EQ(Difference(ApplyModel(step, test.picture), rig.PullWhole()), "")
+          << test.name << ": " << step.progId << "(" << step.parameters << ")";
+    }
+  }
+}
+
+// Where the shown part reaches beyond the picture, the background fills it.
+TEST(PointFilters, BackgroundCoversTheExtent) {
+  const Picture inner = Noise(13, 9, Masks::Noise, 2);
+  for (const auto& [width, height] : {std::pair(20, 15), {20, 5}, {4, 15}, {13, 9}}) {
+    const ModelStep step{"ZNFilter.ImgBg.1", "Blue=010,Green=200,Red=030,Transparency=020"};
+    Rig rig(inner, ClassOf(step.progId));
+    rig.source->extentWidth = width;
+    rig.source->extentHeight = height;
+    rig.source->offsetX = 4;
+    rig.Filter().SetParameter(step.parameters.c_str(), 1);
+    Picture outer(std::max(13, width), std::max(9, height));
+    for (int y = 0; y < 9; ++y) {
+      for (int x = 0; x < 13; ++x) {
+        std::copy_n(inner.Colour(x, y), 3, outer.Colour(x, y));
+        outer.Mask(x, y) = inner.Mask(x, y);
+      }
+    }
+    EXPECT_EQ(Difference(ApplyModel(step, outer), rig.PullWhole()), "");
+    EXPECT_EQ(rig.destination->calls.back(), "SetOffset 0 0");
+  }
+}
+
+// What one object measured colours the same way in another, without a measurement.
+TEST(PointFilters, AdoptColourRepeatsAMeasurement) {
+  const Picture preview = Noise(30, 20, Masks::Noise, 11);
+  const Picture other = Gradient(9, 8, Masks::Opaque);
+  const auto& row = ClassOf("ZNFilter.AdoptColor.1");
+  const std::string text = "Intensity=100, ColorRed=200, ColorGreen=120, ColorBlue=040";
+  Rig first(preview, row);
+  first.Filter().SetParameter(text.c_str(), 1);
+  first.PullWhole();
+  EXPECT_EQ(ActiveText(first.Filter()), text);
+  first.Filter().SetParameter("ExParam=1", 1);
+  const std::string measured = ActiveText(first.Filter());
+  EXPECT_THAT(measured, testing::StartsWith("ExBlit=1, " + text + ", LightA="));
+  EXPECT_EQ(PendingText(first.Filter()), text);
+
+  Rig second(other, row);
+  second.Filter().SetParameter((measured + ",ExParam=1").c_str(), 1);
+  second.PullWhole();
+  EXPECT_EQ(ActiveText(second.Filter()), measured);
+  // The same pixels come out alike in both pictures.
+  Rig again(preview, row);
+  again.Filter().SetParameter(measured.c_str(), 1);
+  const Picture expected = first.PullWhole();
+  const Picture got = again.PullWhole();
+  int worst = 0;
+  for (std::size_t i = 0; i < got.colour.size(); ++i) {
+    worst = std::max(worst, std::abs(got.colour[i] - expected.colour[i]));
+  }
+  // The text holds six digits of the map.
+  EXPECT_LE(worst, 1);
+}
+
+// Chains through chain text and creator, against the model on whole pictures, in one pull and in
+// bands.
+TEST(PointFilters, ChainsEqualTheirModel) {
+  platform::FakeServices fakes;
+  const platform::ScopedServices scope(fakes.services);
+  const auto creator = ComPtr<CPdibFilterCreator>::Attach(new CPdibFilterCreator(FilterClasses()));
+  std::vector<const FilterClass*> built;
+  for (const FilterClass& row : FilterClasses()) {
+    if (HasModel(row.progId)) built.push_back(&row);
+  }
+  std::mt19937 random(77);
+  for (int round = 0; round < 150; ++round) {
+    std::vector<const FilterClass*> classes = built;
+    std::shuffle(classes.begin(), classes.end(), random);
+    classes.resize(1 + random() % 5);
+    std::vector<ModelStep> steps;
+    std::string text;
+    for (const FilterClass* row : classes) {
+      steps.push_back({row->progId, RandomParameters(*row, random)});
+      text += steps.back().progId + "(" + steps.back().parameters + ")";
+    }
+    const auto& test = TestPictures()[random() % TestPictures().size()];
+    SCOPED_TRACE(std::string(test.name) + ": " + text);
+
+    ComPtr<IAnimFilterChain> chain;
+    ASSERT_EQ(creator->CreateChain(IAnimFilterChain::kIid, chain.PutVoid()), S_OK);
+    const auto source = ComPtr<TestSource>::Attach(new TestSource(test.picture));
+    const auto destination = ComPtr<TestDestination>::Attach(new TestDestination);
+    chain->SetSource(source.Get());
+    chain->SetDestination(destination.Get());
+    ASSERT_EQ(chain->SetChainText(text.c_str(), "(", ")", creator.Get()), S_OK);
+    bool changed = false;
+    int revision = -1;
+    destination->source->Prepare(&changed, &revision, true);
+    const Picture expected = ApplyModel(steps, test.picture);
+    const int height = expected.height;
+    for (const int band : {height, 1, 1 + static_cast<int>(random() % 9)}) {
+      GuardedRows rows(expected.width, height);
+      for (int y = 0; y < height; y += band) {
+        ASSERT_EQ(
+            destination->source->ReadRows(0, y, 0, y, expected.width, std::min(band, height - y),
+                                          rows.ColourRows(), rows.MaskRows()),
+            S_OK);
+      }
+      ASSERT_EQ(Difference(expected, rows.Whole()), "") << "bands of " << band;
+      ASSERT_EQ(rows.WrittenOutside(0, 0, expected.width, height), "");
+    }
+    chain.Reset();
+    source->AttachDestination(nullptr);
+    destination->AttachSource(nullptr);
+  }
+}
+
+}  // namespace
+}  // namespace testing_support

@@ -1,0 +1,95 @@
+// The Gaussian methods on rows: every vector unit gives the same bytes, and what must stay stays.
+// Their results and the rows' surroundings are tested with the filters.
+#include "filters/detail/GaussBands.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/filters/pixels/KernelRows.h"
+
+namespace {
+
+using kernels::GaussKernelsFor;
+using kernels::GaussMethod;
+using kernels::SimdLevel;
+using testing_support::RandomRow;
+using testing_support::Row;
+
+constexpr GaussMethod kMethods[] = {GaussMethod::Blur, GaussMethod::Sharpen,
+                                    GaussMethod::SharpenBrightness, GaussMethod::SelectiveBlur};
+
+struct Work {
+  GaussMethod method;
+  int radius;
+  float amount = 1.2f;
+  SimdLevel level = kernels::ActiveSimdLevel();
+
+  Row operator()(Row picture, int width) const {
+    kernels::GaussChange change = {method, kernels::MakeGaussTaps(radius, radius * 0.6), 7, amount};
+    if (method != GaussMethod::SelectiveBlur) kernels::NormalizeGaussTaps(change.taps);
+    std::vector<std::uint8_t*> rows;
+    for (std::size_t at = 0; at < picture.size(); at += static_cast<std::size_t>(3 * width)) {
+      rows.push_back(&picture[at]);
+    }
+    const std::atomic<bool> abort{false};
+    EXPECT_TRUE(kernels::ChangeByGauss(rows.data(), width, static_cast<int>(rows.size()), change,
+                                       level, abort));
+    return picture;
+  }
+};
+
+// Turned by half a turn.
+Row Turned(Row picture) {
+  std::reverse(picture.begin(), picture.end());
+  for (std::size_t i = 0; i < picture.size(); i += 3) std::swap(picture[i], picture[i + 2]);
+  return picture;
+}
+
+// Also bands and strips of columns, which end at other pixels in a turned picture.
+TEST(GaussBands, EveryVectorUnitGivesTheSameBytes) {
+  const auto plainLoop = GaussKernelsFor(SimdLevel::Plain).blur.blurLine;
+  for (const auto& [width, height, radius] : {std::tuple(1, 1, 1),
+                                              {1, 50, 3},
+                                              {50, 1, 3},
+                                              {16, 17, 1},
+                                              {33, 40, 7},
+                                              {130, 70, 30},
+                                              {31, 9, 200},
+                                              {20000, 3, 60},
+                                              {9000, 1, 8500}}) {
+    const Row picture = RandomRow(static_cast<std::size_t>(3 * width * height), 7);
+    for (const GaussMethod method : kMethods) {
+      if (radius > 1000 && method != GaussMethod::SharpenBrightness) continue;
+      const Row plain = Work{method, radius, 1.2f, SimdLevel::Plain}(picture, width);
+      for (const SimdLevel level : kernels::kSimdLevels) {
+        if (level > kernels::ProcessorSimdLevel()) continue;
+        const Work work = {method, radius, 1.2f, level};
+        ASSERT_TRUE(Turned(work(Turned(picture), width)) == plain)
+            << SimdLevelName(level) << ' ' << width << 'x' << height;
+        EXPECT_EQ(GaussKernelsFor(level).blur.blurLine == plainLoop, level == SimdLevel::Plain);
+      }
+    }
+  }
+}
+
+TEST(GaussBands, FlatAreasAndEvenSlopesStay) {
+  Row row(3 * 40);
+  for (const GaussMethod method : kMethods) {
+    for (const int radius : {1, 2, 5, 19, 120, 1000}) {
+      for (const float amount : {-3.0f, 1.2f, 2e7f}) {
+        for (int level = 0; level < 256; ++level) {
+          for (std::size_t i = 0; i < row.size(); ++i) {
+            row[i] = static_cast<std::uint8_t>(level * (1 + i % 3));
+          }
+          ASSERT_TRUE((Work{method, radius, amount}(row, 40)) == row) << level << ' ' << radius;
+        }
+      }
+    }
+    for (std::size_t i = 0; i < row.size(); ++i) row[i] = static_cast<std::uint8_t>(20 + i / 3 * 5);
+    const Row found = Work{method, 9, 2e7f}(row, 40);
+    EXPECT_TRUE(std::equal(row.begin() + 30, row.end() - 30, found.begin() + 30));
+  }
+}
+
+}  // namespace

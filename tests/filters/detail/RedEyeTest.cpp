@@ -1,0 +1,148 @@
+// Eyes of every kind, worked by hand on a square of one colour, and clicks from outside.
+#include "filters/detail/RedEye.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "tests/filters/ClassOf.h"
+#include "tests/support/TestFilters.h"
+
+namespace {
+
+using testing_support::Picture;
+
+constexpr std::atomic<bool> kGoesOn{false};
+
+void Remove(Picture& picture, const editing::RedEyeClick& click, double zoom = 1.0) {
+  std::vector<BYTE*> rows;
+  for (int y = 0; y < picture.height; ++y) rows.push_back(picture.Colour(0, y));
+  kernels::RemoveRedEye({rows.data(), nullptr, 0, 0, picture.width, picture.height}, zoom, click,
+                        kGoesOn);
+}
+
+// A square of 6 x 6 on dark grey, from pixel (30, 40) on.
+Picture Square(BYTE blue, BYTE green, BYTE red, BYTE background = 60) {
+  Picture picture = testing_support::Uniform(90, 80, background, background, background);
+  for (int i = 0; i < 36; ++i) {
+    BYTE* const pixel = picture.Colour(30 + i % 6, 40 + i / 6);
+    pixel[0] = blue, pixel[1] = green, pixel[2] = red;
+  }
+  return picture;
+}
+
+struct EyeCase {
+  const char* name;
+  BYTE blue, green, red;
+  kernels::EyeKind kind;
+  int darkness, correction;
+  // Of a square of `side` pixels around the same middle: its inner pixels, its sides, its corners.
+  int side, inner, sides, corner;
+};
+const EyeCase kEyes[] = {
+    {"red", 30, 30, 200, kernels::EyeKind::Red, 0, 0, 6, 49, 54, 57},
+    {"red, darker", 30, 30, 200, kernels::EyeKind::Red, 20, 50, 6, 1, 30, 45},
+    {"red, lighter", 30, 30, 200, kernels::EyeKind::Red, -50, -50, 6, 86, 73, 66},
+    {"as much red as green", 0, 90, 90, kernels::EyeKind::Red, 0, 0, 6, 29, 44, 52},
+    {"green", 40, 180, 60, kernels::EyeKind::Green, 0, 0, 6, 56, 56, 56},
+    {"green, out of reach of the threshold", 90, 180, 90, kernels::EyeKind::Green, 0, 50, 6, -1, 0,
+     0},
+    {"blue", 200, 90, 60, kernels::EyeKind::Blue, 0, 0, 6, 78, 78, 78},
+    {"cat", 220, 240, 120, kernels::EyeKind::Cat, 0, 0, 8, 110, 85, 72},
+    {"white", 250, 240, 245, kernels::EyeKind::White, 0, 0, 8, 230, 230, 230},
+    {"white with red the largest", 230, 230, 254, kernels::EyeKind::White, 50, 0, 8, 0, 0, 0},
+    {"not quite white", 230, 230, 255, kernels::EyeKind::Red, 0, 0, 6, 229, 144, 102},
+};
+
+TEST(RedEye, KindsByHand) {
+  for (const EyeCase& c : kEyes) {
+    SCOPED_TRACE(c.name);
+    Picture picture = Square(c.blue, c.green, c.red);
+    EXPECT_EQ(kernels::EyeKindOf(picture.Colour(32, 42)), c.kind);
+    Picture expected = picture;
+    const int first = (6 - c.side) / 2;
+    const int last = first + c.side - 1;
+    for (int y = first; y <= last && c.inner >= 0; ++y) {
+      for (int x = first; x <= last; ++x) {
+        const int ends = (x == first || x == last) + (y == first || y == last);
+        const int grey = ends == 0 ? c.inner : ends == 1 ? c.sides : c.corner;
+        std::fill_n(expected.Colour(30 + x, 40 + y), 3, static_cast<BYTE>(grey));
+      }
+    }
+    Remove(picture, {32.5 / 90, 42.5 / 80, c.darkness, c.correction});
+    EXPECT_EQ(Difference(expected, picture), "");
+  }
+}
+
+// A red eye spreads over what is still red beside it, by one pixel.
+TEST(RedEye, SpreadsWhereItIsRed) {
+  Picture picture = Square(30, 30, 200);
+  picture.Colour(29, 42)[2] = 64;
+  picture.Colour(36, 43)[2] = 61;
+  Remove(picture, {0.36, 0.53, 0, 0});
+  EXPECT_EQ(picture.Colour(29, 42)[2], 58) << "set by the row, softened by it and by its column";
+  EXPECT_EQ(picture.Colour(36, 43)[2], 58);
+  EXPECT_EQ(picture.Colour(29, 43)[2], 60);
+}
+
+// Whatever is clicked at whatever zoom: only a window around it changes, and it ends.
+TEST(RedEye, AnyClickIsTaken) {
+  for (const auto& [name, given] : testing_support::TestPictures()) {
+    for (const double zoom : {1.0, 0.0, -3.0, 0.01, 1e300, HUGE_VAL, std::nan("")}) {
+      for (const double place : {0.0, 0.5, 1.0, -7.0, 1e300, std::nan("")}) {
+        Picture picture = given;
+        Remove(picture, {place, 1.0 - place, 50, -50}, zoom);
+        EXPECT_EQ(picture.mask, given.mask) << name;
+      }
+    }
+  }
+  // More segments than there is room for: every second pixel of every second row is an island.
+  Picture comb = testing_support::Uniform(400, 400, 0, 0, 0);
+  for (int i = 0; i < 160000; ++i) {
+    if (i / 400 % 2 == 0 || i % 400 % 2 == 0) comb.Colour(i % 400, i / 400)[2] = 255;
+  }
+  Picture fromAfar = comb;
+  Remove(fromAfar, {0.5, 0.5, 0, 0}, 10.0);
+  EXPECT_NE(Difference(comb, fromAfar), "");
+  Picture fromNearby = comb;
+  Remove(fromNearby, {0.25, 0.25, 0, 0});
+  for (int i = 0; i < 160000; ++i) {
+    const int x = i % 400, y = i / 400;
+    if (std::abs(x - 100) > 40 || std::abs(y - 100) > 40) {
+      ASSERT_EQ(fromNearby.Colour(x, y)[2], comb.Colour(x, y)[2]) << x << " " << y;
+    }
+  }
+}
+
+TEST(RedEye, Texts) {
+  const auto filter = testing_support::Make(testing_support::ClassOf("ZNFilter.RedEye.1"));
+  const struct {
+    const char* given;
+    const char* text;
+  } kCases[] = {{"", "N=0"},
+                {"N=-3, X1=0.2", "N=0"},
+                {"N=1", "N=1, X1=0.5000, Y1=0.5000, E1=0, F1=0"},
+                {"N=2, X1=1.5, Y1=-1, E1=99, F1=-99, X2=0,25, E2=-7",
+                 "N=2, X1=1.0000, Y1=0.0000, E1=50, F1=-50, X2=0.2500, Y2=0.5000, E2=-7, F2=0"}};
+  for (const auto& c : kCases) {
+    filter->SetParameter(c.given, 1);
+    EXPECT_EQ(testing_support::PendingText(*filter.Get()), c.text);
+    EXPECT_FALSE(filter->IsDirty());
+  }
+  EXPECT_EQ(testing_support::ActiveText(*filter.Get()), "N=0");
+  filter->Commit();
+  EXPECT_EQ(testing_support::ActiveText(*filter.Get()), kCases[3].text);
+  EXPECT_EQ(testing_support::PendingText(*filter.Get(), 500), "");
+  // More clicks than there can be; a text that is too long is cut, and that is a failure.
+  filter->SetParameter("N=1000000", 1);
+  std::string whole(9000, '*');
+  EXPECT_EQ(filter->GetParameter(whole.data(), 9000), S_OK);
+  EXPECT_NE(whole.find(", F128=0"), std::string::npos);
+  std::string cut(600, '*');
+  EXPECT_EQ(filter->GetParameter(cut.data(), 501), E_FAIL);
+  EXPECT_EQ(cut, whole.substr(0, 500) + '\0' + std::string(99, '*'));
+}
+
+}  // namespace

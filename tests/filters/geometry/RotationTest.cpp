@@ -1,0 +1,143 @@
+// Offset and rotation: sizes and places along the chain, and the pixels against a naive model.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <random>
+
+#include "tests/filters/ClassOf.h"
+#include "tests/filters/geometry/RotationModel.h"
+#include "tests/support/TestFilters.h"
+
+namespace testing_support {
+namespace {
+
+class RotationRig : public Rig {
+ public:
+  RotationRig(Picture picture, const std::string& text, const char* progId = "ZNFilter.Rotate.1")
+      : Rig(std::move(picture), ClassOf(progId)) {
+    Filter().SetParameter(text.c_str(), 0);
+  }
+  // Width, height, extents and offsets.
+  std::vector<int> Info() {
+    std::vector<int> info(6);
+    Tail().GetInfo(&info[0], &info[1], &info[4], &info[5], &info[2], &info[3]);
+    return info;
+  }
+};
+
+TEST(Offset, MovesTheFrameAgainAtEachCommit) {
+  RotationRig rig(Noise(5, 4, Masks::Noise, 1), "OffsetX=3, OffsetY=-2", "ZNFilter.Offset.1");
+  rig.source->offsetX = 10;
+  EXPECT_EQ(Difference(rig.source->picture, rig.PullWhole()), "");
+  EXPECT_EQ(rig.Info(), (std::vector{5, 4, 5, 4, 7, 2}));
+  rig.Filter().Commit();
+  EXPECT_EQ(rig.Info(), (std::vector{5, 4, 5, 4, 4, 4}));
+  rig.source->offsetX = INT_MIN;  // renewed, and wraps
+  rig.source->revision++;
+  EXPECT_EQ(rig.Info(), (std::vector{5, 4, 5, 4, INT_MAX - 2, 2}));
+}
+
+TEST(Rotation, SizesAndPlaces) {
+  const struct {
+    int width, height;
+    const char* text;
+    std::vector<int> placed;  // with AlignLeftBottom=0: width, height, extents, offsets
+    int alignedX, alignedY;   // the offsets with 1
+  } kCases[] = {{60, 40, "Angle=0", {60, 40, 60, 40, 5, 6}, 5, 6},
+                {60, 40, "Angle=360", {60, 40, 60, 40, 5, 6}, 5, 6},
+                {60, 40, "Angle=90", {40, 60, 40, 60, -5, 16}, 5, 6},
+                {60, 40, "Angle=90.004", {40, 60, 40, 60, -5, 16}, 5, 6},
+                {60, 40, "Angle=90,CenterX=10", {40, 60, 40, 60, -15, 26}, 5, 6},
+                {61, 40, "Angle=-90", {40, 61, 40, 61, -5, 17}, 5, 6},
+                {60, 40, "Angle=7.5", {67, 54, 65, 48, 8, 13}, 6, 9},
+                {60, 40, "Angle=7.5,CenterX=12,CenterY=-7", {67, 54, 65, 48, 8, 14}, 6, 9},
+                {60, 40, "Angle=45", {73, 77, 71, 71, 11, 24}, 6, 9},
+                {60, 40, "Angle=45.01", {73, 77, 71, 71, 11, 24}, 6, 9},
+                {60, 40, "Angle=180,CenterX=40000", {60, 40, 60, 40, -14459, 6}, 5, 6},  // 16 bits
+                {1, 1, "Angle=30", {4, 8, 2, 2, 6, 9}, 6, 9},
+                {2, 1, "Angle=-12.5", {5, 8, 3, 2, 6, 9}, 6, 9},
+                {60, 40, "Angle=1e307", {60, 40, 60, 40, 5, 6}, 5, 6},
+                {60, 40, "Angle=1e999", {60, 40, 60, 40, 5, 6}, 5, 6}};
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.text);
+    RotationRig rig(Noise(c.width, c.height, Masks::Opaque, 1), c.text);
+    rig.source->offsetX = 5;
+    rig.source->offsetY = 6;
+    auto aligned = c.placed;
+    aligned[4] = c.alignedX;
+    aligned[5] = c.alignedY;
+    EXPECT_EQ(rig.Info(), aligned);
+    rig.Filter().SetParameter("AlignLeftBottom=0", 0);
+    EXPECT_EQ(rig.Info(), c.placed);
+  }
+}
+
+TEST(Rotation, PixelsAreThoseOfTheModel) {
+  std::mt19937 random(4);
+  for (int round = 0; round < 60; ++round) {
+    const int w = static_cast<int>(1 + random() % 90);
+    const int h = static_cast<int>(1 + random() % 90);
+    const double angle =
+        round < 16 ? round * 22.5 - 90 : (static_cast<int>(random() % 80000) - 40000) / 100.0;
+    const int x = round % 3 ? 0 : static_cast<int>(random() % 40) - 20;
+    const Picture given = Noise(w, h, static_cast<Masks>(round % 5), static_cast<unsigned>(round));
+    const auto turn = kernels::ComputeRotation(angle, x, 3 - x, w, h);
+    for (const bool mirror : {false, true}) {
+      if (angle == 0 && !mirror) continue;
+      const std::string text = "Angle=" + std::to_string(angle) + ",CenterX=" + std::to_string(x) +
+                               ",CenterY=" + std::to_string(3 - x) +
+                               ",MirrorOn=" + std::to_string(mirror);
+      RotationRig rig(given, text);
+      ASSERT_EQ(Difference(TurnByModel(given, turn, mirror), rig.PullWhole()), "")
+          << text << " of " << w << " by " << h;
+    }
+  }
+}
+
+TEST(Rotation, SourceAnswersAndMarks) {
+  const Picture given = Noise(20, 10, Masks::Opaque, 1);
+  // A failed source is turned all the same, and turned again at the next pull; nothing is turned at
+  // angle 0, and nothing but the rows looked at.
+  for (const auto& [text, answer] : {std::pair("Angle=90", 1), {"Angle=0", 0}}) {
+    RotationRig rig(given, text);
+    rig.Prepare();
+    GuardedRows rows(rig.destination->width, rig.destination->height);
+    rig.source->results = {E_FAIL};
+    EXPECT_EQ(rig.Pull(rows, {0, 0, 0, 0, rows.Width(), rows.Height()}), answer);
+    EXPECT_EQ(Difference(rows.Whole(), rig.PullWhole()), "");
+    EXPECT_EQ(rig.source->requests.size(), 2u);
+  }
+  RotationRig rig(given, "Angle=90");
+  rig.Prepare();
+  rig.destination->TakeCalls();
+  rig.destination->wantedWidth = 50;
+  rig.destination->wantedHeight = 201;
+  int w = 0, h = 0;
+  rig.Filter().QuerySize(&w, &h, 4.0);
+  EXPECT_EQ(rig.destination->askedAspect, 1.0);
+  EXPECT_EQ(std::pair(w, h), std::pair(100, 100));
+  rig.Filter().SetMark(3, 4);
+  EXPECT_TRUE(rig.destination->TakeCalls().empty());
+  rig.Filter().GetMark(&w, &h);
+  EXPECT_EQ(std::pair(w, h), std::pair(0, 0));
+  rig.Filter().SetTargetSize(7, 8);
+  EXPECT_EQ(rig.destination->TakeCalls(), std::vector<std::string>{"SetTargetSize 7 8"});
+}
+
+// The source need not be asked for a picture that cannot be.
+TEST(Rotation, RefusesWhatIsTooLarge) {
+  RotationRig rig(Noise(2, 2, Masks::Opaque, 1), "Angle=30");
+  rig.Prepare();
+  rig.source->AttachDestination(nullptr);
+  GuardedRows rows(1, 1);
+  for (const auto& [w, h] :
+       {std::pair(INT_MAX, INT_MAX), {INT_MAX, 1}, {1, 60000}, {30000, 17000}}) {
+    rig.Filter().SetPictureSize(w, h);
+    rig.Prepare();
+    EXPECT_NE(rig.Pull(rows, {0, 0, 0, 0, 1, 1}), S_OK);
+  }
+  EXPECT_TRUE(rig.source->requests.empty());
+}
+
+}  // namespace
+}  // namespace testing_support
