@@ -30,6 +30,8 @@ list(APPEND rules
   "filters/geometry/|filters/geometry/size filters/geometry/rotation ${pixels} ${pipeline}"
   "filters/FilterClasses[.]|ANY"
   "filters/|editing core settings picture platform base"
+  "toolkit/|editing settings picture platform base"
+  "dialogs/|toolkit editing core settings picture platform base"
   "component/|ANY"
   "program/|ANY"
   "benchmarks/|ANY"
@@ -41,9 +43,9 @@ set(list_of_classes "^filters/FilterClasses[.]h")
 
 # Who may ask which system it is, and who may include the parts of one system.
 set(system_words "_WIN32|_WIN64|__linux__|__MINGW32__|__unix__")
-set(may_ask "^(platform|component|tests)/")
+set(may_ask "^(platform|component|toolkit/(windows|gtk)|tests)/")
 set(may_include_systems "^(platform|component|tests)/")
-set(may_include_fakes "^(platform/fake|tests|benchmarks)/")
+set(may_include_fakes "^(platform/fake|toolkit/fake|tests|benchmarks)/")
 
 set(wrong "")
 macro(complain text)
@@ -91,8 +93,8 @@ function(is_allowed file rule included out)
   endif()
 endfunction()
 
-set(top_folders base platform settings picture imageio core editing filters component program benchmarks
-  tests)
+set(top_folders base platform settings picture imageio core editing filters toolkit dialogs component
+  program benchmarks tests)
 set(count 0)
 foreach(top IN LISTS top_folders)
   file(GLOB_RECURSE files RELATIVE ${TREE} ${TREE}/${top}/*.h ${TREE}/${top}/*.cpp ${TREE}/${top}/*.c)
@@ -115,7 +117,10 @@ foreach(top IN LISTS top_folders)
         if(included MATCHES "^platform/(linux|windows)/" AND NOT file MATCHES "${may_include_systems}")
           complain("may not include \"${included}\", which is there on one system alone")
         endif()
-        if(included MATCHES "^platform/fake/" AND NOT file MATCHES "${may_include_fakes}")
+        if(included MATCHES "^toolkit/(gtk|windows)/" AND NOT file MATCHES "^toolkit/(gtk|windows)/")
+          complain("may not include \"${included}\", which is there on one system alone")
+        endif()
+        if(included MATCHES "^(platform|toolkit)/fake/" AND NOT file MATCHES "${may_include_fakes}")
           complain("may not include \"${included}\", which is for tests")
         endif()
       elseif(line MATCHES "(^|[^A-Za-z0-9_])(${system_words})($|[^A-Za-z0-9_])" AND

@@ -1,0 +1,399 @@
+#include "toolkit/fake/FakeBackend.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+namespace toolkit {
+namespace {
+
+constexpr int kLetterWidth = 7;
+constexpr int kLineHeight = 16;
+
+std::string ShownText(const std::string& text) {
+  std::string shown;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '&' && i + 1 < text.size()) ++i;
+    shown += text[i];
+  }
+  return shown;
+}
+
+int LetterCount(const std::string& utf8) {
+  return static_cast<int>(
+      std::count_if(utf8.begin(), utf8.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+template <class... Arguments>
+std::string Line(const char* format, Arguments... arguments) {
+  char text[200];
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#pragma GCC diagnostic ignored "-Wformat-security"
+  std::snprintf(text, sizeof text, format, arguments...);
+#pragma GCC diagnostic pop
+  return text;
+}
+
+std::string PlaceText(const Rect& place) {
+  return Line("%d,%d %dx%d", place.x, place.y, place.width, place.height);
+}
+
+std::string ColourText(Colour colour) {
+  return Line("%d,%d,%d", colour.red, colour.green, colour.blue);
+}
+
+}  // namespace
+
+// --- RecordingPainter
+
+int RecordingPainter::Count(const std::string& beginning) const {
+  return static_cast<int>(std::count_if(calls.begin(), calls.end(), [&](const std::string& call) {
+    return call.starts_with(beginning);
+  }));
+}
+
+void RecordingPainter::FillRect(const Rect& place, Colour colour) {
+  calls.push_back("FillRect " + PlaceText(place) + " " + ColourText(colour));
+}
+
+void RecordingPainter::DrawLines(std::span<const Spot> corners, Colour colour, double) {
+  std::string line = "DrawLines " + ColourText(colour);
+  for (const Spot& corner : corners) line += Line(" %.1f,%.1f", corner.x, corner.y);
+  calls.push_back(line);
+}
+
+void RecordingPainter::FillShape(std::span<const Spot> corners, Colour colour) {
+  calls.push_back(Line("FillShape %d ", static_cast<int>(corners.size())) + ColourText(colour));
+}
+
+void RecordingPainter::DrawCircle(Spot centre, double radius, Colour colour, double) {
+  calls.push_back(Line("DrawCircle %.1f,%.1f %.1f ", centre.x, centre.y, radius) +
+                  ColourText(colour));
+}
+
+void RecordingPainter::FillCircle(Spot centre, double radius, Colour colour) {
+  calls.push_back(Line("FillCircle %.1f,%.1f %.1f ", centre.x, centre.y, radius) +
+                  ColourText(colour));
+}
+
+void RecordingPainter::WriteText(Point place, const std::string& text, Colour) {
+  calls.push_back(Line("WriteText %d,%d ", place.x, place.y) + text);
+}
+
+void RecordingPainter::DrawPicture(const Rect& place, const PictureRows& picture) {
+  calls.push_back("DrawPicture " + PlaceText(place) +
+                  Line(" of %dx%d", picture.width, picture.height));
+}
+
+void RecordingPainter::Shade(const Rect& place, double) {
+  calls.push_back("Shade " + PlaceText(place));
+}
+
+// --- FakeWindow
+
+FakeWindow::FakeWindow(FakeBackend& ofBackend, const WindowSpec& windowSpec,
+                       WindowEvents& windowEvents)
+    : spec(windowSpec),
+      title(windowSpec.title),
+      isOnTop(windowSpec.isOnTop),
+      backend(ofBackend),
+      events(windowEvents) {
+  backend.windows.push_back(this);
+}
+
+FakeWindow::~FakeWindow() {
+  std::replace(backend.windows.begin(), backend.windows.end(), this,
+               static_cast<FakeWindow*>(nullptr));
+  backend.liveControls -= ControlCount();
+}
+
+FakeControl* FakeWindow::Find(ControlId control) {
+  const bool exists = control >= 1 && control <= ControlCount();
+  return exists ? &controls[static_cast<std::size_t>(control) - 1] : nullptr;
+}
+
+FakeControl* FakeWindow::Usable(ControlId control) {
+  FakeControl* found = Find(control);
+  return found && found->isEnabled && found->isVisible ? found : nullptr;
+}
+
+const FakeControl& FakeWindow::At(ControlId control) const {
+  return controls.at(static_cast<std::size_t>(control) - 1);
+}
+
+ControlId FakeWindow::ByName(const std::string& name, ControlKind kind) const {
+  ControlId hidden = 0;
+  for (ControlId id = 1; id <= ControlCount(); ++id) {
+    const FakeControl& control = At(id);
+    if (control.spec.kind != kind) continue;
+    if (control.spec.name != name && ShownText(control.spec.text) != name) continue;
+    if (control.isVisible) return id;
+    if (!hidden) hidden = id;
+  }
+  return hidden;
+}
+
+bool FakeWindow::Slide(ControlId slider, int place) {
+  FakeControl* control = Usable(slider);
+  if (!control || place < control->least || place > control->greatest) return false;
+  focused = slider;
+  control->value = place;
+  events.OnValue(slider, place);
+  return true;
+}
+
+void FakeWindow::ClickRadio(ControlId control) {
+  ControlId first = control;
+  while (first > 1 && !At(first).spec.opensGroup) --first;
+  for (ControlId id = first; id <= ControlCount(); ++id) {
+    const ControlSpec& other = At(id).spec;
+    if (other.kind != ControlKind::RadioButton || (other.opensGroup && id != first)) break;
+    Find(id)->value = id == control;
+  }
+}
+
+bool FakeWindow::Click(ControlId id) {
+  FakeControl* control = Usable(id);
+  if (!control) return false;
+  const ControlKind kind = control->spec.kind;
+  focused = id;
+  if (kind == ControlKind::CheckBox || kind == ControlKind::ToggleButton) {
+    control->value = !control->value;
+  } else if (kind == ControlKind::RadioButton) {
+    ClickRadio(id);
+  } else if (kind != ControlKind::Button && kind != ControlKind::ColourButton) {
+    return false;
+  }
+  events.OnValue(id, control->value);
+  return true;
+}
+
+bool FakeWindow::Choose(ControlId list, int index) {
+  FakeControl* control = Usable(list);
+  if (!control || index < 0 || static_cast<std::size_t>(index) >= control->items.size())
+    return false;
+  focused = list;
+  control->value = index;
+  events.OnValue(list, index);
+  return true;
+}
+
+bool FakeWindow::Type(ControlId edit, const std::string& text) {
+  FakeControl* control = Usable(edit);
+  if (!control || control->spec.kind != ControlKind::Edit) return false;
+  Focus(edit);
+  control->text = text;
+  events.OnText(edit, text);
+  return true;
+}
+
+bool FakeWindow::Press(Key key, char32_t character) {
+  return events.OnKey(focused, {key, character});
+}
+
+bool FakeWindow::Wheel(ControlId control, double notches) {
+  return Usable(control) && events.OnWheel(control, notches, focused == control);
+}
+
+bool FakeWindow::Mouse(ControlId canvas, MouseAction action, Point place, int button) {
+  if (!Usable(canvas)) return false;
+  events.OnMouse(canvas, {action, place, button});
+  return true;
+}
+
+bool FakeWindow::BeginDrag(ControlId control) {
+  const FakeControl* found = Usable(control);
+  if (!found || !found->spec.canDrag) return false;
+  events.OnDragBegin(control);
+  return true;
+}
+
+bool FakeWindow::ContextMenu(ControlId control, Point place) {
+  if (!Usable(control)) return false;
+  events.OnContextMenu(control, place);
+  return true;
+}
+
+RecordingPainter FakeWindow::Paint(ControlId canvas) {
+  const Rect& place = At(canvas).place;
+  RecordingPainter painter({place.width, place.height});
+  events.OnPaint(canvas, painter);
+  return painter;
+}
+
+ControlId FakeWindow::Add(const ControlSpec& control) {
+  FakeControl added;
+  added.spec = control;
+  added.text = control.text;
+  controls.push_back(added);
+  ++backend.liveControls;
+  return ControlCount();
+}
+
+void FakeWindow::Place(ControlId control, const Rect& place) {
+  if (FakeControl* found = Find(control)) found->place = place;
+}
+
+void FakeWindow::SetText(ControlId control, const std::string& text) {
+  FakeControl* found = Find(control);
+  if (!found) return;
+  found->text = text;
+  if (backend.echoes && found->spec.kind == ControlKind::Edit) events.OnText(control, text);
+}
+
+void FakeWindow::SetRange(ControlId slider, int least, int greatest) {
+  FakeControl* found = Find(slider);
+  if (!found) return;
+  found->least = least;
+  found->greatest = greatest;
+}
+
+void FakeWindow::SetValue(ControlId control, int value) {
+  FakeControl* found = Find(control);
+  if (!found) return;
+  found->value = value;
+  if (backend.echoes) events.OnValue(control, value);
+}
+
+void FakeWindow::SetItems(ControlId control, const std::vector<std::string>& items) {
+  if (FakeControl* found = Find(control)) found->items = items;
+}
+
+void FakeWindow::SetColour(ControlId control, Colour colour) {
+  if (FakeControl* found = Find(control)) found->colour = colour;
+}
+
+void FakeWindow::SetEnabled(ControlId control, bool enabled) {
+  if (FakeControl* found = Find(control)) found->isEnabled = enabled;
+}
+
+void FakeWindow::SetVisible(ControlId control, bool visible) {
+  if (FakeControl* found = Find(control)) found->isVisible = visible;
+}
+
+void FakeWindow::SetValueText(ControlId control, const std::string& text) {
+  if (FakeControl* found = Find(control)) found->valueText = text;
+}
+
+void FakeWindow::SetBubble(ControlId control, const std::string& text) {
+  if (FakeControl* found = Find(control)) found->bubble = text;
+}
+
+void FakeWindow::Focus(ControlId control) {
+  if (focused == control) return;
+  const ControlId before = std::exchange(focused, control);
+  if (before) events.OnFocus(before, false);
+  if (control) events.OnFocus(control, true);
+}
+
+void FakeWindow::Redraw(ControlId canvas) {
+  if (FakeControl* found = Find(canvas)) ++found->redraws;
+}
+
+void FakeWindow::Show(bool activate) {
+  isVisible = true;
+  if (activate) ++activations;
+}
+
+int FakeWindow::RunMenu(Point, const std::vector<MenuEntry>& entries) {
+  return backend.onMenu ? backend.onMenu(entries) : 0;
+}
+
+std::optional<Colour> FakeWindow::AskColour(const std::string&, Colour start,
+                                            const std::function<void(Colour)>& onTry) {
+  return backend.onColour ? backend.onColour(start, onTry) : std::nullopt;
+}
+
+std::optional<std::filesystem::path> FakeWindow::AskFile(const std::string&, bool toSave,
+                                                         const std::filesystem::path&,
+                                                         const std::vector<std::string>&) {
+  return backend.onFile ? backend.onFile(toSave) : std::nullopt;
+}
+
+DragEnd FakeWindow::Drag(IDataObject* object, IDropSource* source, std::uint32_t allowed,
+                         std::uint32_t& effect) {
+  effect = 0;
+  return backend.onDrag ? backend.onDrag(object, source, allowed, effect) : DragEnd::Cancelled;
+}
+
+// --- FakeBackend
+
+FakeWindow* FakeBackend::Window(std::size_t index) const {
+  return index < windows.size() ? windows[index] : nullptr;
+}
+
+FakeWindow* FakeBackend::LastWindow() const {
+  const auto found = std::find_if(windows.rbegin(), windows.rend(),
+                                  [](const FakeWindow* window) { return window != nullptr; });
+  return found == windows.rend() ? nullptr : *found;
+}
+
+std::unique_ptr<NativeWindow> FakeBackend::NewWindow(const WindowSpec& spec, WindowEvents& events) {
+  if (refusesWindows) return nullptr;
+  return std::make_unique<FakeWindow>(*this, spec, events);
+}
+
+Size FakeBackend::PreferredSize(ControlKind kind, const std::string& text) {
+  const int width = LetterCount(ShownText(text)) * kLetterWidth;
+  Size size = {width, kLineHeight};
+  switch (kind) {
+    case ControlKind::Static:
+    case ControlKind::Heading:
+      break;
+    case ControlKind::CheckBox:
+    case ControlKind::RadioButton:
+      size = {width + 22, kLineHeight + 4};
+      break;
+    case ControlKind::Slider:
+      size = {160, 24};
+      break;
+    case ControlKind::Canvas:
+      size = {32, 32};
+      break;
+    case ControlKind::ColourButton:
+      size = {48, 26};
+      break;
+    default:
+      size = {width + 24, kLineHeight + 10};
+  }
+  return {Scaled(size.width), Scaled(size.height)};
+}
+
+Look FakeBackend::CurrentLook() {
+  if (isDark) {
+    return {true, {53, 53, 53}, {238, 238, 238}, {45, 45, 45}, {90, 90, 90}, {21, 83, 158}};
+  }
+  return {false, {246, 245, 244}, {46, 52, 54}, {255, 255, 255}, {205, 199, 194}, {53, 132, 228}};
+}
+
+bool FakeBackend::Pump(bool wait) {
+  if (tasks.empty()) return !wait;
+  while (!tasks.empty()) {
+    const auto task = std::move(tasks.front());
+    tasks.pop_front();
+    task();
+    if (wait) break;
+  }
+  return true;
+}
+
+void FakeBackend::Post(std::function<void()> task) {
+  tasks.push_back(std::move(task));
+}
+
+bool FakeBackend::SetClipboard(IDataObject*) {
+  return false;
+}
+
+IDataObject* FakeBackend::Clipboard() {
+  return nullptr;
+}
+
+BackendCounts FakeBackend::Counts() {
+  const auto live = std::count_if(windows.begin(), windows.end(),
+                                  [](const FakeWindow* window) { return window != nullptr; });
+  return {static_cast<int>(live), liveControls, 0, 0};
+}
+
+}  // namespace toolkit
