@@ -10,7 +10,7 @@ namespace {
 const Services& SystemServices() {
   static const Services services = {&SystemRegistry(), &SystemProfiles(), &SystemFiles(),
                                     &SystemMutexes(),  &SystemProcess(),  &SystemDesktop(),
-                                    &SystemTerminal(), &SystemModules()};
+                                    &SystemTerminal(), &SystemModules(),  &SystemFonts()};
   return services;
 }
 

@@ -218,6 +218,33 @@ class Process {
   ~Process() = default;
 };
 
+// One face of a font file that the system offers.
+struct FontFace {
+  std::string family;  // UTF-8
+  std::string style;   // "Bold Oblique", as the font calls it
+  int weight = 400;    // 100 thin, 400 regular, 700 bold, 900 black
+  int width = 5;       // 1 ultra-condensed, 5 normal, 9 ultra-expanded
+  bool slanted = false;
+  std::filesystem::path file;
+  int index = 0;  // of the face within the file
+
+  bool operator==(const FontFace&) const = default;
+};
+
+// The outline fonts of the system. Any thread.
+class Fonts {
+ public:
+  // Ordered by family, style, file and index. A face stands here once for each name of its family.
+  // Read once and kept: what is installed later is seen by the next process. Lives as long as the
+  // service.
+  virtual const std::vector<FontFace>& Faces() = 0;
+  // The family that stands for none in particular; empty when the system has no font.
+  virtual const std::string& DefaultFamily() = 0;
+
+ protected:
+  ~Fonts() = default;
+};
+
 struct Services {
   Registry* registry;
   Profiles* profiles;
@@ -227,6 +254,7 @@ struct Services {
   Desktop* desktop;
   Terminal* terminal;
   Modules* modules;
+  Fonts* fonts;
 };
 
 // The services in force: the system's, until a test puts others in their place.

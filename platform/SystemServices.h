@@ -14,5 +14,6 @@ Process& SystemProcess();
 Desktop& SystemDesktop();
 Terminal& SystemTerminal();
 Modules& SystemModules();
+Fonts& SystemFonts();
 
 }  // namespace platform

@@ -208,7 +208,7 @@ std::optional<std::string> FakeModules::Call(const std::filesystem::path& module
 }
 
 FakeServices::FakeServices()
-    : services{&registry, &SystemProfiles(), &SystemFiles(), &SystemMutexes(),
-               &process,  &desktop,          &terminal,      &modules} {}
+    : services{&registry, &SystemProfiles(), &SystemFiles(), &SystemMutexes(), &process, &desktop,
+               &terminal, &modules,          &fonts} {}
 
 }  // namespace platform

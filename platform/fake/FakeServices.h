@@ -171,6 +171,16 @@ class FakeModules final : public Modules {
   std::vector<std::pair<std::filesystem::path, std::string>> calls;
 };
 
+// The fonts that a test names, and no others.
+class FakeFonts final : public Fonts {
+ public:
+  const std::vector<FontFace>& Faces() override { return faces; }
+  const std::string& DefaultFamily() override { return defaultFamily; }
+
+  std::vector<FontFace> faces;
+  std::string defaultFamily;
+};
+
 // All of them together, with the system's files, profiles and mutexes. `ScopedServices
 // scope(fakes.services);`
 struct FakeServices {
@@ -183,6 +193,7 @@ struct FakeServices {
   RecordingDesktop desktop;
   FakeTerminal terminal;
   FakeModules modules;
+  FakeFonts fonts;
   // Any of these may be pointed at a failing service.
   Services services;
 };
