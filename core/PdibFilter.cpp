@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "base/Arithmetic.h"
+#include "core/AnimDialog.h"
 #include "core/FilterIcon.h"
 #include "core/ParameterReaders.h"
 #include "platform/component/Guard.h"
@@ -155,10 +156,14 @@ bool CPdibFilter::IsThis(IUnknown* other) {
   return ComPtr<IUnknown>::Query(other) == static_cast<IAnimFilter*>(this);
 }
 
-HRESULT CPdibFilter::CreateDialog(REFIID, void** result) {
+HRESULT CPdibFilter::CreateDialog(REFIID iid, void** result) {
   if (!result) return E_POINTER;
   *result = nullptr;
-  return E_NOINTERFACE;
+  return Guard([&] {
+    const core::DialogMaker make = core::CurrentDialogMaker();
+    const auto dialog = ComPtr<IUnknown>::Attach(make ? make(classRow.progId) : nullptr);
+    return dialog ? dialog->QueryInterface(iid, result) : E_NOINTERFACE;
+  });
 }
 
 HRESULT CPdibFilter::SetClassId(REFCLSID newClassId) {

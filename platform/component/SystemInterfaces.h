@@ -3,6 +3,8 @@
 
 #include <comcat.h>
 #include <objidl.h>
+#include <ocidl.h>
+#include <oleidl.h>
 
 #include "platform/component/InterfaceId.h"
 
@@ -43,6 +45,34 @@ inline const IID& IidOf<IStorage>() {
 template <>
 inline const IID& IidOf<IEnumSTATSTG>() {
   return IID_IEnumSTATSTG;
+}
+template <>
+inline const IID& IidOf<IDataObject>() {
+  return IID_IDataObject;
+}
+template <>
+inline const IID& IidOf<IEnumFORMATETC>() {
+  return IID_IEnumFORMATETC;
+}
+template <>
+inline const IID& IidOf<IDropSource>() {
+  return IID_IDropSource;
+}
+template <>
+inline const IID& IidOf<IConnectionPointContainer>() {
+  return IID_IConnectionPointContainer;
+}
+template <>
+inline const IID& IidOf<IConnectionPoint>() {
+  return IID_IConnectionPoint;
+}
+template <>
+inline const IID& IidOf<IEnumConnectionPoints>() {
+  return IID_IEnumConnectionPoints;
+}
+template <>
+inline const IID& IidOf<IEnumConnections>() {
+  return IID_IEnumConnections;
 }
 
 }  // namespace platform

@@ -1,0 +1,92 @@
+// The clipboard formats of chains, filters and their parameters.
+#pragma once
+
+#include <ole2.h>
+
+#include <optional>
+#include <string>
+
+#include "base/Export.h"
+#include "base/KvString.h"
+
+struct IAnimFilterChain;
+
+// All formats hold one text in global memory. A text of the plain kind has one of the four ProgIDs
+// of size, offset and shadow filters; what is "fit for IA" has none of them.
+enum class TransferFormat {
+  FilterChain,
+  FilterChainFitForIA,
+  Filter,
+  FilterFitForIA,
+  ScaleFilter,
+  FilterNotForTrash,
+  FilterNotForTrashFitForIA,
+  FilterParameter,
+  FilterDialog,
+  FilterDialogFitForIA,
+  MergeChains
+};
+
+// Whether a chain text or ProgID holds none of the four ProgIDs. Null holds none.
+FXBOX_API bool IsFitForIA(const char* text);
+
+// The name under which the format is registered, "KVVeltraneAnimFilterChain".
+FXBOX_API const char* TransferFormatName(TransferFormat format);
+// As the system numbers it: content, all of it, global memory.
+FXBOX_API FORMATETC TransferFormatRecord(TransferFormat format);
+
+// Adds a format with its text; a null object or text does nothing.
+FXBOX_API void AddTransferText(IDataObject* object, TransferFormat format, const char* text);
+FXBOX_API bool HoldsTransferText(IDataObject* object, TransferFormat format);
+// Nothing where the object does not hold it.
+FXBOX_API std::optional<std::string> ReadTransferText(IDataObject* object, TransferFormat format);
+
+inline void AddFilterChain(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::FilterChain, text);
+}
+inline void AddFilterChainFitForIA(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::FilterChainFitForIA, text);
+}
+inline void AddFilter(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::Filter, text);
+}
+inline void AddFilterFitForIA(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::FilterFitForIA, text);
+}
+inline void AddScaleFilter(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::ScaleFilter, text);
+}
+inline void AddFilterNotForTrash(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::FilterNotForTrash, text);
+}
+inline void AddFilterNotForTrashFitForIA(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::FilterNotForTrashFitForIA, text);
+}
+inline void AddFilterParameter(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::FilterParameter, text);
+}
+inline void AddFilterDialog(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::FilterDialog, text);
+}
+inline void AddFilterDialogFitForIA(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::FilterDialogFitForIA, text);
+}
+inline void AddMergeChains(IDataObject* object, const char* text) {
+  AddTransferText(object, TransferFormat::MergeChains, text);
+}
+
+// Whether the object holds one of the formats of a group, and its text: that of the first format of
+// the group that is there.
+FXBOX_API bool HoldsAnyFilterChain(IDataObject* object);   // both chains and the one to merge
+FXBOX_API bool HoldsAnyFilter(IDataObject* object);        // the five of one filter
+FXBOX_API bool HoldsAnyFilterDialog(IDataObject* object);  // both dialogs
+FXBOX_API bool HoldsFilterParameter(IDataObject* object);
+FXBOX_API std::optional<std::string> ReadAnyFilterChain(IDataObject* object);
+FXBOX_API std::optional<std::string> ReadAnyFilter(IDataObject* object);
+FXBOX_API std::optional<std::string> ReadAnyFilterDialog(IDataObject* object);
+FXBOX_API std::optional<std::string> ReadFilterParameter(IDataObject* object);
+
+// A chain's text, of up to 64,000 bytes; empty, and a line in the log, when it is longer or the
+// chain has none to give.
+FXBOX_API void SaveChainAsText(IAnimFilterChain* chain, KvString& text, const char* open,
+                               const char* close);
