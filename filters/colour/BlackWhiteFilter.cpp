@@ -27,5 +27,5 @@ std::span<const ParameterRow<BlackWhiteParameters>> BlackWhiteParameters::Rows()
 }
 
 void CBlackWhiteFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActivePointKernels().blackWhite(colour, width, active.amount);
+  kernels::Choose<kernels::PointKernelTable>().blackWhite(colour, width, active.amount);
 }

@@ -31,7 +31,7 @@ std::span<const ParameterRow<ColorParameters>> ColorParameters::Rows() {
 }
 
 void CColorFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActivePointKernels().shiftColours(
+  kernels::Choose<kernels::PointKernelTable>().shiftColours(
       colour, width,
       {kernels::ColourOffset(active.blue), kernels::ColourOffset(active.green),
        kernels::ColourOffset(active.red)});

@@ -38,5 +38,5 @@ void CFarbEqualizerFilter::Commit() {
 }
 
 void CFarbEqualizerFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActiveHlsKernels().saturateByHue(colour, width, factors);
+  kernels::Choose<kernels::HlsKernelTable>().saturateByHue(colour, width, factors);
 }

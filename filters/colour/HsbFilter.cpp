@@ -78,5 +78,5 @@ void CHsbFilter::Commit() {
 }
 
 void CHsbFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActiveHlsKernels().changeByHue(colour, width, changes);
+  kernels::Choose<kernels::HlsKernelTable>().changeByHue(colour, width, changes);
 }

@@ -38,7 +38,7 @@ bool CImgBgFilter::Rebuild() {
   PullInput(*inputPicture);
   for (int y = 0; y < result.height; ++y) {
     if (abort) return false;
-    kernels::ActivePointKernels().putBackground(
+    kernels::Choose<kernels::PointKernelTable>().putBackground(
         inputPicture->ColourRows()[y], inputPicture->MaskRows()[y], result.width,
         {active.blue, active.green, active.red}, active.transparency);
   }

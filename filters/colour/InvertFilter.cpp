@@ -30,5 +30,6 @@ void CInvertFilter::Commit() {
 }
 
 void CInvertFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActivePointKernels().invert(colour, base::ColourBytes(width), active.amount, table);
+  kernels::Choose<kernels::PointKernelTable>().invert(colour, base::ColourBytes(width),
+                                                      active.amount, table);
 }

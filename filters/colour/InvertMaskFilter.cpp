@@ -34,7 +34,7 @@ bool CInvertMaskFilter::Rebuild() {
 }
 
 void CInvertMaskFilter::ChangeRow(BYTE* colour, BYTE* mask, int width) const {
-  kernels::ActivePointKernels().invertMask(
+  kernels::Choose<kernels::PointKernelTable>().invertMask(
       colour, mask, width, {active.blue, active.green, active.red}, active.transparency);
 }
 

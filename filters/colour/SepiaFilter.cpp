@@ -24,5 +24,5 @@ std::span<const ParameterRow<SepiaParameters>> SepiaParameters::Rows() {
 }
 
 void CSepiaFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActivePointKernels().sepia(colour, width, active.keep);
+  kernels::Choose<kernels::PointKernelTable>().sepia(colour, width, active.keep);
 }

@@ -30,5 +30,6 @@ void CTransFilter::Commit() {
 }
 
 void CTransFilter::ChangeRow(BYTE*, BYTE* mask, int width) {
-  kernels::ActivePointKernels().fade(mask, static_cast<std::size_t>(width), active.keep, table);
+  kernels::Choose<kernels::PointKernelTable>().fade(mask, static_cast<std::size_t>(width),
+                                                    active.keep, table);
 }

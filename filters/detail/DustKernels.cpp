@@ -108,14 +108,8 @@ class DustWalk {
 
 }  // namespace
 
-const DustKernelTable& DustKernelsFor(SimdLevel level) {
+const DustKernelTable& DustKernelTable::Plain() {
   static constexpr DustKernelTable kPlain = {AddChannelsLoop, FindDust};
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512DustKernels();
-  if (level == SimdLevel::Avx2) return Avx2DustKernels();
-#else
-  static_cast<void>(level);
-#endif
   return kPlain;
 }
 
@@ -125,7 +119,7 @@ bool RemoveDust(const PictureRows& picture, int tolerance, int greatestRegion,
   // No sums are further apart than 765, and no window has more than 121 pixels.
   const DustLimits limits = {std::clamp(tolerance, 0, 766),
                              std::clamp(greatestRegion, -1, kDustRows * kDustRows)};
-  DustWalk walk(picture, DustKernelsFor(ActiveSimdLevel()), limits);
+  DustWalk walk(picture, Choose<DustKernelTable>(), limits);
   for (int y = 0; y < picture.height; ++y) {
     if (abort) return false;
     walk.CleanRow(y);

@@ -42,13 +42,11 @@ struct DustKernelTable {
   // each at the first pixel, with kNoSum in 5 places ahead of it and behind the last.
   void (*findDust)(const std::uint16_t* const* sums, int width, const DustLimits& limits,
                    std::uint8_t* isDust);
+
+  // For Choose.
+  static const DustKernelTable& Plain();
+  static const DustKernelTable& Avx2();
+  static const DustKernelTable& Avx512();
 };
-
-// The kernels of a level, which the processor must be able to run.
-const DustKernelTable& DustKernelsFor(SimdLevel level);
-
-// The tables of the sibling files; only DustKernelsFor asks for them.
-const DustKernelTable& Avx2DustKernels();
-const DustKernelTable& Avx512DustKernels();
 
 }  // namespace kernels

@@ -31,8 +31,8 @@ struct Avx2 {
 
 }  // namespace
 
-const DustKernelTable& Avx2DustKernels() {
-  static constexpr DustKernelTable kTable = {AddChannelsLoop, FindDustInBlocks<Avx2>};
+const DustKernelTable& DustKernelTable::Avx2() {
+  static constexpr DustKernelTable kTable = {AddChannelsLoop, FindDustInBlocks<kernels::Avx2>};
   return kTable;
 }
 

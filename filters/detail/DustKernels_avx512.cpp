@@ -29,8 +29,8 @@ struct Avx512 {
 
 }  // namespace
 
-const DustKernelTable& Avx512DustKernels() {
-  static constexpr DustKernelTable kTable = {AddChannelsLoop, FindDustInBlocks<Avx512>};
+const DustKernelTable& DustKernelTable::Avx512() {
+  static constexpr DustKernelTable kTable = {AddChannelsLoop, FindDustInBlocks<kernels::Avx512>};
   return kTable;
 }
 

@@ -1,7 +1,6 @@
 // The search for dust in blocks of pixels, for any vector unit, and the sums that it compares.
 //
-// Everything has internal linkage and calls no inline function of another header: each file that
-// includes this compiles it for its own processors.
+// Each file that includes this compiles it for its own processors.
 #pragma once
 
 #include <cstddef>

@@ -175,7 +175,7 @@ class GaussPass {
 bool ChangeByGauss(std::uint8_t* const* rows, int width, int height, const GaussChange& change,
                    SimdLevel level, const std::atomic<bool>& abort) {
   if (width < 1 || height < 1) return true;
-  const GaussKernelTable& kernels = GaussKernelsFor(level);
+  const GaussKernelTable& kernels = Choose<GaussKernelTable>(level);
   const auto run = [&](const auto& steps) {
     return GaussPass(rows, width, height, change, steps, abort).Run();
   };

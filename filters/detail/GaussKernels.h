@@ -54,13 +54,11 @@ struct GaussKernelTable {
   // Neighbours that differ too much are left out. In double precision: a neighbour more or less
   // changes a pixel by several levels.
   GaussSteps<DoubleImage> selectiveBlur;
+
+  // For Choose.
+  static const GaussKernelTable& Plain();
+  static const GaussKernelTable& Avx2();
+  static const GaussKernelTable& Avx512();
 };
-
-// The kernels of a level, which the processor must be able to run.
-const GaussKernelTable& GaussKernelsFor(SimdLevel level);
-
-// The tables of the sibling files; only GaussKernelsFor asks for them.
-const GaussKernelTable& Avx2GaussKernels();
-const GaussKernelTable& Avx512GaussKernels();
 
 }  // namespace kernels

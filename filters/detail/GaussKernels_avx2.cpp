@@ -3,7 +3,7 @@
 
 namespace kernels {
 
-const GaussKernelTable& Avx2GaussKernels() {
+const GaussKernelTable& GaussKernelTable::Avx2() {
   return kGaussKernels;
 }
 

@@ -3,7 +3,7 @@
 
 namespace kernels {
 
-const GaussKernelTable& Avx512GaussKernels() {
+const GaussKernelTable& GaussKernelTable::Avx512() {
   return kGaussKernels;
 }
 

@@ -50,21 +50,10 @@ ByteTable BuildAttenuationTable(int density, int percent) {
   return table;
 }
 
-const FrameKernels& FrameKernelsFor(SimdLevel level) {
+const FrameKernels& FrameKernels::Plain() {
   static constexpr FrameKernels kPlain = {ComposeRow, AddRelief, SmoothLoop,  ReliefLoop,
                                           GrowLoop,   BlurLoop,  FractionLoop};
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512FrameKernels();
-  if (level == SimdLevel::Avx2) return Avx2FrameKernels();
-#else
-  static_cast<void>(level);
-#endif
   return kPlain;
-}
-
-const FrameKernels& ActiveFrameKernels() {
-  static const FrameKernels& kernels = FrameKernelsFor(ActiveSimdLevel());
-  return kernels;
 }
 
 }  // namespace kernels

@@ -52,16 +52,11 @@ struct FrameKernels {
   MaskRowFunction grow;  // the least of all neighbours and the centre, but for the one at the left
   MaskRowFunction blur;  // four times all nine and the centre, over 37
   MaskRowFunction fraction;  // the weights given
+
+  // For Choose.
+  static const FrameKernels& Plain();
+  static const FrameKernels& Avx2();
+  static const FrameKernels& Avx512();
 };
-
-// The kernels of a level, which the processor must be able to run.
-const FrameKernels& FrameKernelsFor(SimdLevel level);
-
-// The kernels of ActiveSimdLevel().
-const FrameKernels& ActiveFrameKernels();
-
-// The tables of the sibling files; only FrameKernelsFor asks for them.
-const FrameKernels& Avx2FrameKernels();
-const FrameKernels& Avx512FrameKernels();
 
 }  // namespace kernels

@@ -3,7 +3,7 @@
 
 namespace kernels {
 
-const FrameKernels& Avx2FrameKernels() {
+const FrameKernels& FrameKernels::Avx2() {
   return kWideFrameKernels;
 }
 

@@ -3,7 +3,7 @@
 
 namespace kernels {
 
-const FrameKernels& Avx512FrameKernels() {
+const FrameKernels& FrameKernels::Avx512() {
   return kWideFrameKernels;
 }
 

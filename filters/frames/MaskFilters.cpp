@@ -110,12 +110,12 @@ bool RunPasses(const MaskPlane& plane, const Pass& pass, int passes, Margin marg
 }  // namespace
 
 bool SmoothMask(const MaskPlane& plane, int passes, const std::atomic<bool>& abort) {
-  return RunPasses(plane, {ActiveFrameKernels().smooth}, passes, Margin::One, abort);
+  return RunPasses(plane, {Choose<FrameKernels>().smooth}, passes, Margin::One, abort);
 }
 
 bool EmbossMask(const MaskPlane& plane, const ReliefKernel& kernel,
                 const std::atomic<bool>& abort) {
-  Pass pass = {ActiveFrameKernels().relief};
+  Pass pass = {Choose<FrameKernels>().relief};
   for (int i = 0; i < 9; ++i) {
     pass.weights.relief[i] = base::TruncateToInt32(kernel.weight[i] * 4096);
   }
@@ -123,12 +123,12 @@ bool EmbossMask(const MaskPlane& plane, const ReliefKernel& kernel,
 }
 
 bool GrowShape(const MaskPlane& plane, int passes, const std::atomic<bool>& abort) {
-  return RunPasses(plane, {ActiveFrameKernels().grow, FirstGrown}, passes, Margin::Shrinking,
+  return RunPasses(plane, {Choose<FrameKernels>().grow, FirstGrown}, passes, Margin::Shrinking,
                    abort);
 }
 
 bool BlurMask(const MaskPlane& plane, int passes, const std::atomic<bool>& abort) {
-  return RunPasses(plane, {ActiveFrameKernels().blur, FirstBlurred}, passes, Margin::Shrinking,
+  return RunPasses(plane, {Choose<FrameKernels>().blur, FirstBlurred}, passes, Margin::Shrinking,
                    abort);
 }
 
@@ -138,7 +138,7 @@ bool FractionBlur(const MaskPlane& plane, int fifths, const std::atomic<bool>& a
   };
   constexpr Weights kWeights[] = {{216801, 5668}, {171457, 11336}, {126113, 17004}, {80769, 22672}};
   if (fifths < 1 || fifths > 4) return true;
-  Pass pass = {ActiveFrameKernels().fraction};
+  Pass pass = {Choose<FrameKernels>().fraction};
   pass.weights.centre = kWeights[fifths - 1].centre;
   pass.weights.around = kWeights[fifths - 1].around;
   return RunPasses(plane, pass, 1, Margin::One, abort);

@@ -190,7 +190,7 @@ void CPasspartoutFilter::PaintPart(Paint paint, int y, int from, int to) {
   BYTE* const mask = inputPicture->MaskRows()[y] + from;
   const int width = to - from;
   if (paint == Paint::Glaze) {
-    kernels::ActiveByteTableKernels().mapChannels(colour, colour, width, glaze);
+    kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, width, glaze);
     std::memset(mask, base::kOpaque, static_cast<std::size_t>(width));
   } else {
     kernels::FillColour(colour, width, {painted.blue, painted.green, painted.red});
@@ -220,7 +220,7 @@ void CPasspartoutFilter::PaintBetween(int y) {
   const Paint paint = PaintAlong(painted.borderhori);
   PaintPart(paint, y, 0, layout.x.first);
   PaintPart(paint, y, layout.x.last + 1, result.width);
-  kernels::ActivePointKernels().putBackground(
+  kernels::Choose<kernels::PointKernelTable>().putBackground(
       inputPicture->ColourRows()[y] + base::ColourOffset(layout.x.first),
       inputPicture->MaskRows()[y] + layout.x.first, layout.x.last - layout.x.first + 1,
       {painted.blue, painted.green, painted.red}, painted.transparency);

@@ -68,6 +68,6 @@ bool CRauchglasFilter::Tint(const PullRectangle& pane) const {
   const kernels::ChannelTables tables =
       kernels::BuildTintTables({active.blue, active.green, active.red}, active.transparency);
   return pane.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
-    kernels::ActiveByteTableKernels().mapChannels(colour, colour, pane.width, tables);
+    kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, pane.width, tables);
   });
 }

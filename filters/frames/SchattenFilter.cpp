@@ -154,7 +154,7 @@ bool CSchattenFilter::AddRelief() {
     return false;
   }
   return ForRows(layout.top, pulled.height, [&](int y) {
-    kernels::ActiveFrameKernels().addRelief(
+    kernels::Choose<kernels::FrameKernels>().addRelief(
         outputPicture->ColourRows()[y] + base::ColourOffset(layout.left),
         inputPicture->MaskRows()[y] + layout.left, pulled.width, drawn.innerOn);
   });
@@ -186,10 +186,10 @@ bool CSchattenFilter::LayOverShadow(int attenuation) {
     BYTE* const mask = inputPicture->MaskRows()[y];
     kernels::FillColour(colour, result.width,
                         {drawn.shadowBlue, drawn.shadowGreen, drawn.shadowRed});
-    kernels::ActiveByteTableKernels().mapBytes(mask, mask, static_cast<std::size_t>(result.width),
-                                               table);
-    kernels::ActiveFrameKernels().compose(colour, mask, outputPicture->ColourRows()[y],
-                                          outputPicture->MaskRows()[y], result.width);
+    kernels::Choose<kernels::ByteTableKernels>().mapBytes(
+        mask, mask, static_cast<std::size_t>(result.width), table);
+    kernels::Choose<kernels::FrameKernels>().compose(colour, mask, outputPicture->ColourRows()[y],
+                                                     outputPicture->MaskRows()[y], result.width);
   });
   std::swap(inputPicture, outputPicture);
   return complete;
@@ -209,9 +209,9 @@ bool CSchattenFilter::CastInnerShadow() {
     kernels::FillColour(colour, pulled.width,
                         {drawn.shadowBlue, drawn.shadowGreen, drawn.shadowRed});
     kernels::KeepInside(mask, toMask, pulled.width);
-    kernels::ActiveByteTableKernels().mapBytes(mask, mask, static_cast<std::size_t>(pulled.width),
-                                               table);
-    kernels::ActiveFrameKernels().compose(
+    kernels::Choose<kernels::ByteTableKernels>().mapBytes(
+        mask, mask, static_cast<std::size_t>(pulled.width), table);
+    kernels::Choose<kernels::FrameKernels>().compose(
         outputPicture->ColourRows()[y] + base::ColourOffset(layout.left), toMask, colour, mask,
         pulled.width);
   });

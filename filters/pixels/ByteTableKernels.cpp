@@ -16,20 +16,9 @@ void MapChannels(std::uint8_t* to, const std::uint8_t* from, int width,
   }
 }
 
-const ByteTableKernels& ByteTableKernelsFor(SimdLevel level) {
+const ByteTableKernels& ByteTableKernels::Plain() {
   static constexpr ByteTableKernels kPlain = {MapBytes, MapChannels};
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512ByteTableKernels();
-  if (level == SimdLevel::Avx2) return Avx2ByteTableKernels();
-#else
-  static_cast<void>(level);
-#endif
   return kPlain;
-}
-
-const ByteTableKernels& ActiveByteTableKernels() {
-  static const ByteTableKernels& kernels = ByteTableKernelsFor(ActiveSimdLevel());
-  return kernels;
 }
 
 }  // namespace kernels

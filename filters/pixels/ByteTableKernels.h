@@ -32,16 +32,11 @@ struct ByteTableKernels {
                    const ByteTable& table);
   void (*mapChannels)(std::uint8_t* to, const std::uint8_t* from, int width,
                       const ChannelTables& tables);
+
+  // For Choose.
+  static const ByteTableKernels& Plain();
+  static const ByteTableKernels& Avx2();
+  static const ByteTableKernels& Avx512();
 };
-
-// The kernels of a level, which the processor must be able to run.
-const ByteTableKernels& ByteTableKernelsFor(SimdLevel level);
-
-// The kernels of ActiveSimdLevel().
-const ByteTableKernels& ActiveByteTableKernels();
-
-// The tables of the sibling files; only ByteTableKernelsFor and their neighbours ask for them.
-const ByteTableKernels& Avx2ByteTableKernels();
-const ByteTableKernels& Avx512ByteTableKernels();
 
 }  // namespace kernels

@@ -1,7 +1,4 @@
 // Byte tables for AVX2.
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include "filters/pixels/ByteTableKernels.h"
 
 #include "filters/pixels/ByteLookup_avx2.h"
@@ -31,7 +28,7 @@ void MapChannelsAvx2(std::uint8_t* to, const std::uint8_t* from, int width,
 
 }  // namespace
 
-const ByteTableKernels& Avx2ByteTableKernels() {
+const ByteTableKernels& ByteTableKernels::Avx2() {
   static constexpr ByteTableKernels kKernels = {MapBytesAvx2, MapChannelsAvx2};
   return kKernels;
 }

@@ -1,7 +1,4 @@
 // Byte tables for AVX-512 with byte permutes (VBMI).
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include "filters/pixels/ByteTableKernels.h"
 
 #include "filters/pixels/ByteLookup_avx512.h"
@@ -59,7 +56,7 @@ void MapChannelsAvx512(std::uint8_t* to, const std::uint8_t* from, int width,
 
 }  // namespace
 
-const ByteTableKernels& Avx512ByteTableKernels() {
+const ByteTableKernels& ByteTableKernels::Avx512() {
   static constexpr ByteTableKernels kKernels = {MapBytesAvx512, MapChannelsAvx512};
   return kKernels;
 }

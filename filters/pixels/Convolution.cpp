@@ -122,20 +122,15 @@ Kernel3x3 BlendKernel(const KernelTable& table, double strength) {
   return kernel;
 }
 
-ConvolveRowFunction ConvolveRowFor(SimdLevel level) {
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return ConvolveRowAvx512;
-  if (level == SimdLevel::Avx2) return ConvolveRowAvx2;
-#else
-  static_cast<void>(level);
-#endif
-  return ConvolveRow;
+const ConvolutionKernels& ConvolutionKernels::Plain() {
+  static constexpr ConvolutionKernels kPlain = {ConvolveRow};
+  return kPlain;
 }
 
 bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
                  const std::atomic<bool>& abort) {
   if (area.width < 1 || area.height < 1) return true;
-  const ConvolveRowFunction convolveRow = ConvolveRowFor(ActiveSimdLevel());
+  const auto convolveRow = Choose<ConvolutionKernels>().convolveRow;
   std::array<FramedRow, 3> rows = {FramedRow(area.width), FramedRow(area.width),
                                    FramedRow(area.width)};
   const auto row = [&rows](int y) -> FramedRow& {

@@ -1,7 +1,6 @@
 // The 3 x 3 convolution in blocks of bytes, for any vector unit.
 //
 // Included by the sibling files, each of which brings a `Unit`: the operations on its vectors.
-// Everything has internal linkage and calls no inline function of another header.
 #pragma once
 
 #include <cstddef>

@@ -21,20 +21,18 @@ struct ConvolutionRows {
   bool anyNothing;  // false: at most the first and the last pixel have such neighbours
 };
 
-// Writes `width` pixels to `result`, at least one, which overlaps none of the rows.
-using ConvolveRowFunction = void (*)(const Kernel3x3& kernel, const ConvolutionRows& rows,
-                                     std::uint8_t* result, int width);
+struct ConvolutionKernels {
+  // Writes `width` pixels to `result`, at least one, which overlaps none of the rows.
+  void (*convolveRow)(const Kernel3x3& kernel, const ConvolutionRows& rows, std::uint8_t* result,
+                      int width);
+
+  // For Choose.
+  static const ConvolutionKernels& Plain();
+  static const ConvolutionKernels& Avx2();
+  static const ConvolutionKernels& Avx512();
+};
 
 // What is added before a value is truncated.
 inline constexpr double kConvolutionAllowance = 1.0 / (1 << 20);
-
-// The function of a level, which the processor must be able to run.
-ConvolveRowFunction ConvolveRowFor(SimdLevel level);
-
-// Of the sibling files; only ConvolveRowFor asks for them.
-void ConvolveRowAvx2(const Kernel3x3& kernel, const ConvolutionRows& rows, std::uint8_t* result,
-                     int width);
-void ConvolveRowAvx512(const Kernel3x3& kernel, const ConvolutionRows& rows, std::uint8_t* result,
-                       int width);
 
 }  // namespace kernels

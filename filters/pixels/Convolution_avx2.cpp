@@ -72,9 +72,9 @@ struct Avx2 {
 
 }  // namespace
 
-void ConvolveRowAvx2(const Kernel3x3& kernel, const ConvolutionRows& rows, std::uint8_t* result,
-                     int width) {
-  ConvolveBlocks<Avx2>(kernel, rows, result, width);
+const ConvolutionKernels& ConvolutionKernels::Avx2() {
+  static constexpr ConvolutionKernels kTable = {ConvolveBlocks<kernels::Avx2>};
+  return kTable;
 }
 
 }  // namespace kernels

@@ -77,9 +77,9 @@ struct Avx512 {
 
 }  // namespace
 
-void ConvolveRowAvx512(const Kernel3x3& kernel, const ConvolutionRows& rows, std::uint8_t* result,
-                       int width) {
-  ConvolveBlocks<Avx512>(kernel, rows, result, width);
+const ConvolutionKernels& ConvolutionKernels::Avx512() {
+  static constexpr ConvolutionKernels kTable = {ConvolveBlocks<kernels::Avx512>};
+  return kTable;
 }
 
 }  // namespace kernels

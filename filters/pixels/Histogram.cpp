@@ -24,7 +24,7 @@ void LevelCounter::AddLuminance(const std::uint8_t* colour, int width) {
   std::uint8_t levels[kPart];
   for (; width > 0; width -= kPart, colour += base::ColourOffset(kPart)) {
     const int part = std::min(kPart, width);
-    ActiveLuminanceKernels().luminance(levels, colour, part);
+    Choose<LuminanceKernelTable>().luminance(levels, colour, part);
     Add(levels, part);
   }
 }

@@ -45,20 +45,9 @@ void ChangeByHue(std::uint8_t* colour, int width, const HueChanges& changes) {
   ChangeRow(colour, width, ChangeAll{changes});
 }
 
-const HlsKernelTable& HlsKernelsFor(SimdLevel level) {
+const HlsKernelTable& HlsKernelTable::Plain() {
   static constexpr HlsKernelTable kPlain = {Saturate, SaturateByHue, ChangeByHue};
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512HlsKernels();
-  if (level == SimdLevel::Avx2) return Avx2HlsKernels();
-#else
-  static_cast<void>(level);
-#endif
   return kPlain;
-}
-
-const HlsKernelTable& ActiveHlsKernels() {
-  static const HlsKernelTable& kernels = HlsKernelsFor(ActiveSimdLevel());
-  return kernels;
 }
 
 }  // namespace kernels

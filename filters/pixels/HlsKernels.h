@@ -45,16 +45,11 @@ struct HlsKernelTable {
   void (*saturate)(std::uint8_t* colour, int width, double factor);
   void (*saturateByHue)(std::uint8_t* colour, int width, const HueFactors& factors);
   void (*changeByHue)(std::uint8_t* colour, int width, const HueChanges& changes);
+
+  // For Choose.
+  static const HlsKernelTable& Plain();
+  static const HlsKernelTable& Avx2();
+  static const HlsKernelTable& Avx512();
 };
-
-// The kernels of a level, which the processor must be able to run.
-const HlsKernelTable& HlsKernelsFor(SimdLevel level);
-
-// The kernels of ActiveSimdLevel().
-const HlsKernelTable& ActiveHlsKernels();
-
-// The tables of the sibling files; only HlsKernelsFor asks for them.
-const HlsKernelTable& Avx2HlsKernels();
-const HlsKernelTable& Avx512HlsKernels();
 
 }  // namespace kernels

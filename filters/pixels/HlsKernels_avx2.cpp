@@ -1,7 +1,4 @@
 // HLS kernels for AVX2: four pixels at a time.
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include <immintrin.h>
 
 #include "filters/pixels/HlsKernelLoops.h"
@@ -48,7 +45,7 @@ struct Four : FourDoubles {
 
 }  // namespace
 
-const HlsKernelTable& Avx2HlsKernels() {
+const HlsKernelTable& HlsKernelTable::Avx2() {
   return kHlsLoops<Four>;
 }
 

@@ -1,7 +1,4 @@
 // HLS kernels for AVX-512 with byte permutes (VBMI): eight pixels at a time.
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include <immintrin.h>
 
 #include "filters/pixels/HlsKernelLoops.h"
@@ -52,7 +49,7 @@ struct Eight : EightDoubles {
 
 }  // namespace
 
-const HlsKernelTable& Avx512HlsKernels() {
+const HlsKernelTable& HlsKernelTable::Avx512() {
   return kHlsLoops<Eight>;
 }
 

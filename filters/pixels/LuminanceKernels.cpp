@@ -85,21 +85,10 @@ void MoveFromGrey(std::uint8_t* colour, int width, const GreyMoves& moves) {
   }
 }
 
-const LuminanceKernelTable& LuminanceKernelsFor(SimdLevel level) {
+const LuminanceKernelTable& LuminanceKernelTable::Plain() {
   static constexpr LuminanceKernelTable kPlain = {Luminance, ReplaceLuminance, ScaleByLuminance,
                                                   MoveFromGrey};
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512LuminanceKernels();
-  if (level == SimdLevel::Avx2) return Avx2LuminanceKernels();
-#else
-  static_cast<void>(level);
-#endif
   return kPlain;
-}
-
-const LuminanceKernelTable& ActiveLuminanceKernels() {
-  static const LuminanceKernelTable& kernels = LuminanceKernelsFor(ActiveSimdLevel());
-  return kernels;
 }
 
 }  // namespace kernels

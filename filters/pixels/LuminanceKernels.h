@@ -50,16 +50,11 @@ struct LuminanceKernelTable {
   void (*replaceLuminance)(std::uint8_t* colour, int width, const ByteTable& table);
   void (*scaleByLuminance)(std::uint8_t* colour, int width, const LuminanceFactors& factors);
   void (*moveFromGrey)(std::uint8_t* colour, int width, const GreyMoves& moves);
+
+  // For Choose.
+  static const LuminanceKernelTable& Plain();
+  static const LuminanceKernelTable& Avx2();
+  static const LuminanceKernelTable& Avx512();
 };
-
-// The kernels of a level, which the processor must be able to run.
-const LuminanceKernelTable& LuminanceKernelsFor(SimdLevel level);
-
-// The kernels of ActiveSimdLevel().
-const LuminanceKernelTable& ActiveLuminanceKernels();
-
-// The tables of the sibling files; only LuminanceKernelsFor asks for them.
-const LuminanceKernelTable& Avx2LuminanceKernels();
-const LuminanceKernelTable& Avx512LuminanceKernels();
 
 }  // namespace kernels

@@ -31,7 +31,7 @@ namespace {
 
 }  // namespace
 
-const LuminanceKernelTable& Avx2LuminanceKernels() {
+const LuminanceKernelTable& LuminanceKernelTable::Avx2() {
   return kLuminanceLoops;
 }
 

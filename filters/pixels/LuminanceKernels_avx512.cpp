@@ -49,7 +49,7 @@ constexpr Permutation kInOrder = [] {
 
 }  // namespace
 
-const LuminanceKernelTable& Avx512LuminanceKernels() {
+const LuminanceKernelTable& LuminanceKernelTable::Avx512() {
   return kLuminanceLoops;
 }
 

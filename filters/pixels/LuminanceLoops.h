@@ -2,8 +2,7 @@
 // of its own, compiled for the processors of that file.
 //
 // Such a file brings PixelBlocks and ByteLookup of its vector unit, and Scaled. A block is
-// taken apart into channels; the loops over them are the compiler's to widen. All have internal
-// linkage and call no inline function of another header. Every number comes out as
+// taken apart into channels; the loops over them are the compiler's to widen. Every number comes out as
 // LuminanceKernels.cpp makes it, with the same operations in the same order.
 #pragma once
 

@@ -12,21 +12,10 @@ void InvertPlain(std::uint8_t* bytes, std::size_t count, int percent, const Byte
 
 }  // namespace
 
-const PointKernelTable& PointKernelsFor(SimdLevel level) {
+const PointKernelTable& PointKernelTable::Plain() {
   static constexpr PointKernelTable kPlain = {
       Sepia, BlackWhite, ShiftColours, InvertPlain, FadeLoop, InvertMaskLoop, PutBackgroundLoop};
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512PointKernels();
-  if (level == SimdLevel::Avx2) return Avx2PointKernels();
-#else
-  static_cast<void>(level);
-#endif
   return kPlain;
-}
-
-const PointKernelTable& ActivePointKernels() {
-  static const PointKernelTable& kernels = PointKernelsFor(ActiveSimdLevel());
-  return kernels;
 }
 
 }  // namespace kernels

@@ -20,16 +20,11 @@ struct PointKernelTable {
   void (*invertMask)(std::uint8_t* colour, std::uint8_t* mask, int width, Colour fill, int percent);
   void (*putBackground)(std::uint8_t* colour, std::uint8_t* mask, int width, Colour background,
                         int percent);
+
+  // For Choose.
+  static const PointKernelTable& Plain();
+  static const PointKernelTable& Avx2();
+  static const PointKernelTable& Avx512();
 };
-
-// The kernels of a level, which the processor must be able to run. No entry is null.
-const PointKernelTable& PointKernelsFor(SimdLevel level);
-
-// The kernels of ActiveSimdLevel().
-const PointKernelTable& ActivePointKernels();
-
-// The tables of the sibling files; only PointKernelsFor asks for them.
-const PointKernelTable& Avx2PointKernels();
-const PointKernelTable& Avx512PointKernels();
 
 }  // namespace kernels

@@ -1,7 +1,4 @@
 // Point kernels for AVX2.
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include <immintrin.h>
 
 #include "filters/pixels/PointKernelLoops.h"
@@ -210,14 +207,14 @@ void PutBackgroundAvx2(std::uint8_t* colour, std::uint8_t* mask, int width, Colo
 
 void InvertAvx2(std::uint8_t* bytes, std::size_t count, int percent, const ByteTable& table) {
   if (percent < 0 || percent > 100) {
-    return Avx2ByteTableKernels().mapBytes(bytes, bytes, count, table);
+    return ByteTableKernels::Avx2().mapBytes(bytes, bytes, count, table);
   };
   InvertLoop(bytes, count, percent);
 }
 
 }  // namespace
 
-const PointKernelTable& Avx2PointKernels() {
+const PointKernelTable& PointKernelTable::Avx2() {
   static constexpr PointKernelTable kTable = {SepiaAvx2,        BlackWhiteAvx2, ShiftColoursAvx2,
                                               InvertAvx2,       FadeLoop,       InvertMaskLoop,
                                               PutBackgroundAvx2};

@@ -1,7 +1,4 @@
 // Point kernels for AVX-512 with byte permutes (VBMI).
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include <immintrin.h>
 
 #include "filters/pixels/PointKernelLoops.h"
@@ -271,16 +268,16 @@ void PutBackgroundAvx512(std::uint8_t* colour, std::uint8_t* mask, int width, Co
 }
 
 void InvertAvx512(std::uint8_t* bytes, std::size_t count, int, const ByteTable& table) {
-  Avx512ByteTableKernels().mapBytes(bytes, bytes, count, table);
+  ByteTableKernels::Avx512().mapBytes(bytes, bytes, count, table);
 }
 
 void FadeAvx512(std::uint8_t* mask, std::size_t count, std::uint8_t, const ByteTable& table) {
-  Avx512ByteTableKernels().mapBytes(mask, mask, count, table);
+  ByteTableKernels::Avx512().mapBytes(mask, mask, count, table);
 }
 
 }  // namespace
 
-const PointKernelTable& Avx512PointKernels() {
+const PointKernelTable& PointKernelTable::Avx512() {
   static constexpr PointKernelTable kTable = {
       SepiaAvx512, BlackWhiteAvx512, ShiftColoursAvx512, InvertAvx512,
       FadeAvx512,  InvertMaskLoop,   PutBackgroundAvx512};

@@ -35,5 +35,5 @@ void CExposure2Filter::Commit() {
 }
 
 void CExposure2Filter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActiveLuminanceKernels().moveFromGrey(colour, width, moves);
+  kernels::Choose<kernels::LuminanceKernelTable>().moveFromGrey(colour, width, moves);
 }

@@ -42,10 +42,11 @@ void CExposureFilter::Commit() {
 }
 
 void CExposureFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  const auto map = kernels::ActiveByteTableKernels().mapBytes;
+  const auto map = kernels::Choose<kernels::ByteTableKernels>().mapBytes;
   const std::size_t bytes = base::ColourBytes(width);
   if (saturation == 0) return map(colour, colour, bytes, both);
   map(colour, colour, bytes, before);
-  kernels::ActiveHlsKernels().saturate(colour, width, kernels::SaturationFactor(saturation));
+  kernels::Choose<kernels::HlsKernelTable>().saturate(colour, width,
+                                                      kernels::SaturationFactor(saturation));
   map(colour, colour, bytes, after);
 }

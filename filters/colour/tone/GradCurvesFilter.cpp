@@ -80,7 +80,7 @@ bool CGradCurvesFilter::ChangeRectangle(const PullRectangle& rectangle) {
   const int width = rectangle.width;
   return rectangle.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
     if (!colour) return;
-    if (keepsColours) kernels::ActiveYiqKernel()(colour, width, luminance);
-    kernels::ActiveByteTableKernels().mapChannels(colour, colour, width, channels);
+    if (keepsColours) kernels::Choose<kernels::YiqKernels>().mapLuminance(colour, width, luminance);
+    kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, width, channels);
   });
 }

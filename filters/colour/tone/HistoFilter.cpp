@@ -36,6 +36,7 @@ bool CHistoFilter::ChangeRectangle(const PullRectangle& r) {
   const kernels::LuminanceFactors factors =
       kernels::EqualisingFactors(counter.Total(), active.intensity);
   return r.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
-    if (colour) kernels::ActiveLuminanceKernels().scaleByLuminance(colour, r.width, factors);
+    if (colour)
+      kernels::Choose<kernels::LuminanceKernelTable>().scaleByLuminance(colour, r.width, factors);
   });
 }

@@ -41,7 +41,9 @@ void CHundKFilter::Commit() {
 }
 
 void CHundKFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActiveByteTableKernels().mapBytes(colour, colour, base::ColourBytes(width), table);
+  kernels::Choose<kernels::ByteTableKernels>().mapBytes(colour, colour, base::ColourBytes(width),
+                                                        table);
   if (active.saturation == 0) return;
-  kernels::ActiveHlsKernels().saturate(colour, width, kernels::SaturationFactor(active.saturation));
+  kernels::Choose<kernels::HlsKernelTable>().saturate(colour, width,
+                                                      kernels::SaturationFactor(active.saturation));
 }

@@ -44,8 +44,8 @@ void COptimizeFilter::Commit() {
 }
 
 void COptimizeFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActiveLuminanceKernels().replaceLuminance(colour, width, table);
+  kernels::Choose<kernels::LuminanceKernelTable>().replaceLuminance(colour, width, table);
   if (active.saturation == 0) return;
-  kernels::ActiveHlsKernels().saturate(colour, width,
-                                       kernels::SaturationFactor(active.saturation * 0.8));
+  kernels::Choose<kernels::HlsKernelTable>().saturate(
+      colour, width, kernels::SaturationFactor(active.saturation * 0.8));
 }

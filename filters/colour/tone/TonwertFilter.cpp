@@ -154,7 +154,7 @@ int CTonwertFilter::Midtone(const PullRectangle& request) {
 
 void CTonwertFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                              int width) {
-  const kernels::ByteTableKernels& k = kernels::ActiveByteTableKernels();
+  const kernels::ByteTableKernels& k = kernels::Choose<kernels::ByteTableKernels>();
   if (toMask) std::memcpy(toMask, mask, static_cast<std::size_t>(width));
   if (!toColour) return;
   if (channelsApart) {

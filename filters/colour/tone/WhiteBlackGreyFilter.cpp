@@ -98,6 +98,7 @@ bool CWhiteBlackGreyFilter::ChangeRectangle(const PullRectangle& r) {
                                          MixWithLevels(grey.green, now.opacity),
                                          MixWithLevels(grey.red, now.opacity)};
   return r.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
-    if (colour) kernels::ActiveByteTableKernels().mapChannels(colour, colour, r.width, tables);
+    if (colour)
+      kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, r.width, tables);
   });
 }

@@ -28,19 +28,9 @@ void MapLuminance(std::uint8_t* colour, int width, const ByteTable& table) {
   }
 }
 
-YiqKernel YiqKernelFor(SimdLevel level) {
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512YiqKernel();
-  if (level == SimdLevel::Avx2) return Avx2YiqKernel();
-#else
-  static_cast<void>(level);
-#endif
-  return MapLuminance;
-}
-
-YiqKernel ActiveYiqKernel() {
-  static const YiqKernel kernel = YiqKernelFor(ActiveSimdLevel());
-  return kernel;
+const YiqKernels& YiqKernels::Plain() {
+  static constexpr YiqKernels kPlain = {MapLuminance};
+  return kPlain;
 }
 
 }  // namespace kernels

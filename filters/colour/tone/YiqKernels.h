@@ -18,16 +18,13 @@ namespace kernels {
 void MapLuminance(std::uint8_t* colour, int width, const ByteTable& table);
 
 // The same function, byte for byte, at the speed of a vector unit.
-using YiqKernel = void (*)(std::uint8_t* colour, int width, const ByteTable& table);
+struct YiqKernels {
+  void (*mapLuminance)(std::uint8_t* colour, int width, const ByteTable& table);
 
-// The kernel of a level, which the processor must be able to run.
-YiqKernel YiqKernelFor(SimdLevel level);
-
-// The kernel of ActiveSimdLevel().
-YiqKernel ActiveYiqKernel();
-
-// The kernels of the sibling files; only YiqKernelFor asks for them.
-YiqKernel Avx2YiqKernel();
-YiqKernel Avx512YiqKernel();
+  // For Choose.
+  static const YiqKernels& Plain();
+  static const YiqKernels& Avx2();
+  static const YiqKernels& Avx512();
+};
 
 }  // namespace kernels

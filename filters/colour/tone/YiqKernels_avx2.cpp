@@ -1,7 +1,4 @@
 // YIQ kernels for AVX2: four pixels at a time.
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include "filters/colour/tone/YiqKernelLoops.h"
 #include "filters/colour/tone/YiqKernels.h"
 #include "filters/pixels/simd/WideDoubles_avx2.h"
@@ -11,14 +8,15 @@ namespace {
 
 struct Four : FourDoubles {
   static void MapBytes(Plane<Four>& plane, const ByteTable& table) {
-    Avx2ByteTableKernels().mapBytes(plane.bytes, plane.bytes, sizeof plane.bytes, table);
+    ByteTableKernels::Avx2().mapBytes(plane.bytes, plane.bytes, sizeof plane.bytes, table);
   }
 };
 
 }  // namespace
 
-YiqKernel Avx2YiqKernel() {
-  return MapLuminanceLoop<Four>;
+const YiqKernels& YiqKernels::Avx2() {
+  static constexpr YiqKernels kTable = {MapLuminanceLoop<Four>};
+  return kTable;
 }
 
 }  // namespace kernels

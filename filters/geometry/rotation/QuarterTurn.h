@@ -20,7 +20,7 @@ struct Band {
 class QuarterTurn {
  public:
   QuarterTurn(const PictureRows& turned, int quarterTurns, bool mirror,
-              const ShearKernelTable& table = ActiveShearKernels());
+              const ShearKernelTable& table = Choose<ShearKernelTable>());
 
   int Width() const { return isTransposed ? picture.height : picture.width; }
   int Height() const { return isTransposed ? picture.width : picture.height; }

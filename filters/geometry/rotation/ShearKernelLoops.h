@@ -1,7 +1,5 @@
 // The blends of a shear, once for every width of vectors: each file that includes this has a copy
 // of its own, compiled for the processors of that file.
-//
-// All have internal linkage and call no inline function of another header.
 #pragma once
 
 #include <cstddef>

@@ -48,21 +48,10 @@ void TransposeQuads(const Quad* from, std::ptrdiff_t fromStride, Quad* to, std::
   }
 }
 
-const ShearKernelTable& ShearKernelsFor(SimdLevel level) {
+const ShearKernelTable& ShearKernelTable::Plain() {
   static constexpr ShearKernelTable kPlain = {JoinQuads, SplitQuads, TransposeQuads, BlendSame,
                                               BlendEach};
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512ShearKernels();
-  if (level == SimdLevel::Avx2) return Avx2ShearKernels();
-#else
-  static_cast<void>(level);
-#endif
   return kPlain;
-}
-
-const ShearKernelTable& ActiveShearKernels() {
-  static const ShearKernelTable& kernels = ShearKernelsFor(ActiveSimdLevel());
-  return kernels;
 }
 
 }  // namespace kernels

@@ -37,6 +37,11 @@ struct ShearKernelTable {
   void (*blend)(const Quad* previous, const Quad* current, Quad* result, int count, PixelPart part);
   void (*blendEach)(const Quad* previous, const Quad* current, Quad* result, int count,
                     PixelParts parts);
+
+  // For Choose.
+  static const ShearKernelTable& Plain();
+  static const ShearKernelTable& Avx2();
+  static const ShearKernelTable& Avx512();
 };
 
 // The plain forms of the first three.
@@ -44,13 +49,5 @@ void JoinQuads(const std::uint8_t* colour, const std::uint8_t* mask, Quad* quads
 void SplitQuads(const Quad* quads, std::uint8_t* colour, std::uint8_t* mask, int count);
 void TransposeQuads(const Quad* from, std::ptrdiff_t fromStride, Quad* to, std::ptrdiff_t toStride,
                     int width, int height);
-
-// The kernels of a level, which the processor must be able to run: byte for byte the same results.
-const ShearKernelTable& ShearKernelsFor(SimdLevel level);
-const ShearKernelTable& ActiveShearKernels();
-
-// The tables of the sibling files; only ShearKernelsFor asks for them.
-const ShearKernelTable& Avx2ShearKernels();
-const ShearKernelTable& Avx512ShearKernels();
 
 }  // namespace kernels

@@ -101,7 +101,7 @@ void TransposeAvx2(const Quad* from, std::ptrdiff_t fromStride, Quad* to, std::p
 
 }  // namespace
 
-const ShearKernelTable& Avx2ShearKernels() {
+const ShearKernelTable& ShearKernelTable::Avx2() {
   static constexpr ShearKernelTable kTable = {JoinAvx2, SplitAvx2, TransposeAvx2, BlendSame,
                                               BlendEach};
   return kTable;

@@ -79,10 +79,10 @@ void SplitAvx512(const Quad* quads, std::uint8_t* colour, std::uint8_t* mask, in
 
 }  // namespace
 
-const ShearKernelTable& Avx512ShearKernels() {
+const ShearKernelTable& ShearKernelTable::Avx512() {
   // A wider transposition gains nothing over the eight quads of AVX2.
-  static const ShearKernelTable kTable = {JoinAvx512, SplitAvx512, Avx2ShearKernels().transpose,
-                                          BlendSame, BlendEach};
+  static const ShearKernelTable kTable = {JoinAvx512, SplitAvx512,
+                                          ShearKernelTable::Avx2().transpose, BlendSame, BlendEach};
   return kTable;
 }
 

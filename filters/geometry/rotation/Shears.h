@@ -87,7 +87,7 @@ class ColumnShear {
 class Shears {
  public:
   Shears(const RotationGeometry& turn, const QuadPicture& room,
-         const ShearKernelTable& table = ActiveShearKernels());
+         const ShearKernelTable& table = Choose<ShearKernelTable>());
 
   void TakeBand(const QuarterTurn& turned, const Band& band);
   // A row of the result, of turn.width pixels, once all bands are taken; best in ascending order.

@@ -91,7 +91,7 @@ bool CPrintPadFilter::Rebuild() {
   const kernels::Colour pad = ColourOf(active.padColor);
   for (int row = 0; row < result.height; ++row) {
     if (abort) return false;
-    kernels::ActivePointKernels().putBackground(
+    kernels::Choose<kernels::PointKernelTable>().putBackground(
         outputPicture->ColourRows()[row], outputPicture->MaskRows()[row], result.width, pad, 0);
   }
   return true;

@@ -1,6 +1,5 @@
 // Loops of the bicubic enlargement: every file that includes this has a copy of its own, compiled
-// for the processors of that file. All have internal linkage and call no inline function of another
-// header.
+// for the processors of that file.
 #pragma once
 
 #include "filters/pixels/resampling/BicubicKernels.h"

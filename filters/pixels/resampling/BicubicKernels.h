@@ -35,15 +35,11 @@ struct BicubicKernels {
   void (*blendMasked)(std::uint8_t* colour, std::uint8_t* mask,
                       const WeighedPixel* const (&rows)[4], int width,
                       const BicubicWeights& weights);
+
+  // For Choose.
+  static const BicubicKernels& Plain();
+  static const BicubicKernels& Avx2();
+  static const BicubicKernels& Avx512();
 };
-
-// The kernels of a level, which the processor must be able to run.
-const BicubicKernels& BicubicKernelsFor(SimdLevel level);
-// The kernels of ActiveSimdLevel().
-const BicubicKernels& ActiveBicubicKernels();
-
-// The tables of the sibling files; only BicubicKernelsFor asks for them.
-const BicubicKernels& Avx2BicubicKernels();
-const BicubicKernels& Avx512BicubicKernels();
 
 }  // namespace kernels

@@ -1,7 +1,4 @@
 // Bicubic kernels for AVX2.
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include <immintrin.h>
 
 #include "filters/pixels/resampling/BicubicKernelLoops.h"
@@ -228,7 +225,7 @@ void BlendMasked(std::uint8_t* colour, std::uint8_t* mask, const WeighedPixel* c
 
 }  // namespace
 
-const BicubicKernels& Avx2BicubicKernels() {
+const BicubicKernels& BicubicKernels::Avx2() {
   static constexpr BicubicKernels kTable = {Stretch, Blend, WeighLoop, StretchMasked, BlendMasked};
   return kTable;
 }

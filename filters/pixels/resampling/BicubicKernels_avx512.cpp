@@ -1,7 +1,4 @@
 // Bicubic kernels for AVX-512 with byte permutes and byte products (VBMI, VNNI).
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include <immintrin.h>
 
 #include "filters/pixels/resampling/BicubicKernelLoops.h"
@@ -295,7 +292,7 @@ void BlendMasked(std::uint8_t* colour, std::uint8_t* mask, const WeighedPixel* c
 
 }  // namespace
 
-const BicubicKernels& Avx512BicubicKernels() {
+const BicubicKernels& BicubicKernels::Avx512() {
   static constexpr BicubicKernels kTable = {Stretch, Blend, WeighLoop, StretchMasked, BlendMasked};
   return kTable;
 }

@@ -26,14 +26,14 @@ struct OpaqueWay {
     std::memcpy(to->data(), from.colour[y], base::ColourBytes(from.width));
   }
   static void Stretch(Pixel* to, const Pixel* from, const std::vector<BicubicTap>& taps) {
-    ActiveBicubicKernels().stretch(to->data(), from->data(), taps.data(),
-                                   static_cast<int>(taps.size()));
+    Choose<BicubicKernels>().stretch(to->data(), from->data(), taps.data(),
+                                     static_cast<int>(taps.size()));
   }
   static void Blend(const Raster& to, int y, const Pixel* const (&rows)[4],
                     const BicubicWeights& weights) {
     const std::uint8_t* const bytes[4] = {rows[0]->data(), rows[1]->data(), rows[2]->data(),
                                           rows[3]->data()};
-    ActiveBicubicKernels().blend(to.colour[y], bytes, base::ColourBytes(to.width), weights);
+    Choose<BicubicKernels>().blend(to.colour[y], bytes, base::ColourBytes(to.width), weights);
     std::memset(to.mask[y], base::kOpaque, Size(to.width));
   }
 };
@@ -42,14 +42,14 @@ struct MaskedWay {
   using Pixel = WeighedPixel;
 
   static void Read(Pixel* to, const Raster& from, int y) {
-    ActiveBicubicKernels().weigh(to, from.colour[y], from.mask[y], from.width);
+    Choose<BicubicKernels>().weigh(to, from.colour[y], from.mask[y], from.width);
   }
   static void Stretch(Pixel* to, const Pixel* from, const std::vector<BicubicTap>& taps) {
-    ActiveBicubicKernels().stretchMasked(to, from, taps.data(), static_cast<int>(taps.size()));
+    Choose<BicubicKernels>().stretchMasked(to, from, taps.data(), static_cast<int>(taps.size()));
   }
   static void Blend(const Raster& to, int y, const Pixel* const (&rows)[4],
                     const BicubicWeights& weights) {
-    ActiveBicubicKernels().blendMasked(to.colour[y], to.mask[y], rows, to.width, weights);
+    Choose<BicubicKernels>().blendMasked(to.colour[y], to.mask[y], rows, to.width, weights);
   }
 };
 

@@ -176,7 +176,7 @@ class Reducer {
   // --- where no bits are lost
 
   void Sum(const ReductionRows& rows, const std::vector<ReductionRun>& runs) {
-    const ReductionKernels& kernels = ActiveReductionKernels();
+    const ReductionKernels& kernels = Choose<ReductionKernels>();
     if (opaque_) {
       kernels.sumColours(runs.data(), to_.width, from_.width, rows, sums_.data());
     } else {
@@ -186,7 +186,7 @@ class Reducer {
 
   void ReduceAtOnce(const ReductionWindow& window, int y) {
     Sum(WeighBatch(window, 0, window.count), runs_.front());
-    ActiveReductionKernels().divide(to_.colour[y], sums_.data(), to_.width);
+    Choose<ReductionKernels>().divide(to_.colour[y], sums_.data(), to_.width);
     std::uint8_t* const mask = to_.mask[y];
     if (opaque_) {
       std::memset(mask, base::kOpaque, sums_.size());
@@ -322,7 +322,7 @@ void Sharpen(const Raster& picture, const Resampling& how, bool opaque) {
   const double share = (2.0 - how.ratioX - how.ratioY) * 0.125;
   const SharpenWeights weights = {static_cast<std::int64_t>(65536 * (1 + 4 * share)),
                                   static_cast<std::int64_t>(-65536 * share)};
-  const ReductionKernels& kernels = ActiveReductionKernels();
+  const ReductionKernels& kernels = Choose<ReductionKernels>();
   const auto sharpen = opaque ? kernels.sharpen : kernels.sharpenMasked;
   SharpenLines lines(picture, opaque);
   for (int y = 0; y < picture.height; ++y) {

@@ -1,5 +1,5 @@
 // Loops of the reduction: every file that includes this has a copy of its own, compiled for the
-// processors of that file. All have internal linkage and call no inline function of another header.
+// processors of that file.
 #pragma once
 
 #include "filters/pixels/resampling/ReductionKernels.h"

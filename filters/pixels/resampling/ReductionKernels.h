@@ -63,15 +63,11 @@ struct ReductionKernels {
   void (*sharpen)(std::uint8_t* to, int bytes, const SharpenRows& rows, SharpenWeights weights);
   void (*sharpenMasked)(std::uint8_t* to, int bytes, const SharpenRows& rows,
                         SharpenWeights weights);
+
+  // For Choose.
+  static const ReductionKernels& Plain();
+  static const ReductionKernels& Avx2();
+  static const ReductionKernels& Avx512();
 };
-
-// The kernels of a level, which the processor must be able to run.
-const ReductionKernels& ReductionKernelsFor(SimdLevel level);
-// The kernels of ActiveSimdLevel().
-const ReductionKernels& ActiveReductionKernels();
-
-// The tables of the sibling files; only ReductionKernelsFor asks for them.
-const ReductionKernels& Avx2ReductionKernels();
-const ReductionKernels& Avx512ReductionKernels();
 
 }  // namespace kernels

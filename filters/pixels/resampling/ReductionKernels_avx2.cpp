@@ -1,7 +1,4 @@
 // Reduction kernels for AVX2.
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include <immintrin.h>
 
 #include "filters/pixels/resampling/ReductionKernelLoops.h"
@@ -174,7 +171,7 @@ void DivideAvx2(std::uint8_t* colour, const ColourSums* sums, int count) {
 
 }  // namespace
 
-const ReductionKernels& Avx2ReductionKernels() {
+const ReductionKernels& ReductionKernels::Avx2() {
   static constexpr ReductionKernels kTable = {SumColoursAvx2, SumMaskedAvx2, DivideAvx2,
                                               SharpenLoop, SharpenMaskedLoop};
   return kTable;

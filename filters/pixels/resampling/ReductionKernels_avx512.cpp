@@ -1,7 +1,4 @@
 // Reduction kernels for AVX-512 with byte permutes and byte products (VBMI, VNNI).
-//
-// Calls no inline function of another header: one that the linker shares between files would carry
-// wide instructions to processors that lack them.
 #include <immintrin.h>
 
 #include "filters/pixels/resampling/ReductionKernelLoops.h"
@@ -254,7 +251,7 @@ void DivideAvx512(std::uint8_t* colour, const ColourSums* sums, int count) {
 
 }  // namespace
 
-const ReductionKernels& Avx512ReductionKernels() {
+const ReductionKernels& ReductionKernels::Avx512() {
   static constexpr ReductionKernels kTable = {SumColoursAvx512, SumMaskedAvx512, DivideAvx512,
                                               SharpenLoop, SharpenMaskedLoop};
   return kTable;

@@ -119,10 +119,10 @@ TEST(YiqKernels, LevelsAreEqual) {
   for (int i = 0; i < 1 << 24; i += 61) {
     for (const int shift : {0, 8, 16}) colours.push_back(static_cast<std::uint8_t>(i >> shift));
   }
-  const kernels::YiqKernel plain = kernels::MapLuminance;
+  const auto plain = &kernels::MapLuminance;
   for (const kernels::SimdLevel level : kernels::kSimdLevels) {
     if (level == kernels::SimdLevel::Plain || level > kernels::ProcessorSimdLevel()) continue;
-    const kernels::YiqKernel own = kernels::YiqKernelFor(level);
+    const auto own = kernels::Choose<kernels::YiqKernels>(level).mapLuminance;
     EXPECT_NE(own, plain);
     const auto expectSame = [&](const testing_support::Row& row, int start, int width) {
       testing_support::ExpectSameRow(plain, own, row, [&](auto kernel, std::uint8_t* at) {

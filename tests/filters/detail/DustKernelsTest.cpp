@@ -38,10 +38,10 @@ void ExpectSame(const DustKernelTable& plain, const DustKernelTable& fast, int w
 }
 
 TEST(DustKernels, FastEqualPlain) {
-  const DustKernelTable& plain = kernels::DustKernelsFor(SimdLevel::Plain);
+  const DustKernelTable& plain = kernels::Choose<kernels::DustKernelTable>(SimdLevel::Plain);
   for (const SimdLevel level : {SimdLevel::Avx2, SimdLevel::Avx512}) {
     if (level > kernels::ProcessorSimdLevel()) continue;
-    const DustKernelTable& fast = kernels::DustKernelsFor(level);
+    const DustKernelTable& fast = kernels::Choose<kernels::DustKernelTable>(level);
     ASSERT_NE(plain.findDust, fast.findDust);
     for (int width = 1; width <= 140; ++width) {
       for (const kernels::DustLimits& limits : {kernels::DustLimits{45, 5},

@@ -10,7 +10,8 @@
 
 namespace {
 
-using kernels::GaussKernelsFor;
+using kernels::Choose;
+using kernels::GaussKernelTable;
 using kernels::GaussMethod;
 using kernels::SimdLevel;
 using testing_support::RandomRow;
@@ -48,7 +49,7 @@ Row Turned(Row picture) {
 
 // Also bands and strips of columns, which end at other pixels in a turned picture.
 TEST(GaussBands, EveryVectorUnitGivesTheSameBytes) {
-  const auto plainLoop = GaussKernelsFor(SimdLevel::Plain).blur.blurLine;
+  const auto plainLoop = Choose<GaussKernelTable>(SimdLevel::Plain).blur.blurLine;
   for (const auto& [width, height, radius] : {std::tuple(1, 1, 1),
                                               {1, 50, 3},
                                               {50, 1, 3},
@@ -67,7 +68,8 @@ TEST(GaussBands, EveryVectorUnitGivesTheSameBytes) {
         const Work work = {method, radius, 1.2f, level};
         ASSERT_TRUE(Turned(work(Turned(picture), width)) == plain)
             << SimdLevelName(level) << ' ' << width << 'x' << height;
-        EXPECT_EQ(GaussKernelsFor(level).blur.blurLine == plainLoop, level == SimdLevel::Plain);
+        EXPECT_EQ(Choose<GaussKernelTable>(level).blur.blurLine == plainLoop,
+                  level == SimdLevel::Plain);
       }
     }
   }

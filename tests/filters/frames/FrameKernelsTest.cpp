@@ -28,8 +28,8 @@ class FrameKernelLevels : public testing::TestWithParam<SimdLevel> {
   }
   template <class Run>
   void ExpectSame(const Row& row, Run run) const {
-    ExpectSameRow(kernels::FrameKernelsFor(SimdLevel::Plain), kernels::FrameKernelsFor(GetParam()),
-                  row, run);
+    ExpectSameRow(kernels::Choose<kernels::FrameKernels>(SimdLevel::Plain),
+                  kernels::Choose<kernels::FrameKernels>(GetParam()), row, run);
   }
 };
 
@@ -40,9 +40,10 @@ INSTANTIATE_TEST_SUITE_P(Levels, FrameKernelLevels,
 TEST_P(FrameKernelLevels, HasKernelsOfItsOwn) {
   for (const SimdLevel level : kernels::kSimdLevels) {
     if (level == GetParam()) continue;
-    EXPECT_NE(kernels::FrameKernelsFor(GetParam()).compose,
-              kernels::FrameKernelsFor(level).compose);
-    EXPECT_NE(kernels::FrameKernelsFor(GetParam()).blur, kernels::FrameKernelsFor(level).blur);
+    EXPECT_NE(kernels::Choose<kernels::FrameKernels>(GetParam()).compose,
+              kernels::Choose<kernels::FrameKernels>(level).compose);
+    EXPECT_NE(kernels::Choose<kernels::FrameKernels>(GetParam()).blur,
+              kernels::Choose<kernels::FrameKernels>(level).blur);
   }
 }
 

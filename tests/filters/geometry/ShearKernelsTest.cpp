@@ -36,11 +36,13 @@ class ShearKernelLevels : public testing::TestWithParam<SimdLevel> {
   template <class Run>
   void ExpectSame(unsigned seed, Run run) {
     const auto row = RandomRow(12000, seed);
-    testing_support::ExpectSameRow(
-        kPlain, kernels::ShearKernelsFor(GetParam()), row, [&](auto& table, std::uint8_t* bytes) {
-          const auto quads = [&](int at) { return reinterpret_cast<Quad*>(bytes + at); };
-          run(table, bytes, quads(0), quads(4000), quads(8000));
-        });
+    testing_support::ExpectSameRow(kPlain, kernels::Choose<kernels::ShearKernelTable>(GetParam()),
+                                   row, [&](auto& table, std::uint8_t* bytes) {
+                                     const auto quads = [&](int at) {
+                                       return reinterpret_cast<Quad*>(bytes + at);
+                                     };
+                                     run(table, bytes, quads(0), quads(4000), quads(8000));
+                                   });
   }
 };
 
@@ -90,8 +92,8 @@ TEST_P(ShearKernelLevels, BlendsAnyMasks) {
 TEST_P(ShearKernelLevels, HasKernelsOfItsOwn) {
   for (const SimdLevel level : kernels::kSimdLevels) {
     if (level == GetParam()) continue;
-    const ShearKernelTable& own = kernels::ShearKernelsFor(GetParam());
-    const ShearKernelTable& other = kernels::ShearKernelsFor(level);
+    const ShearKernelTable& own = kernels::Choose<kernels::ShearKernelTable>(GetParam());
+    const ShearKernelTable& other = kernels::Choose<kernels::ShearKernelTable>(level);
     EXPECT_NE(own.join, other.join);
     EXPECT_NE(own.split, other.split);
     EXPECT_NE(own.blend, other.blend);

@@ -32,7 +32,7 @@ TEST(ByteTableKernels, GiveEachByteItsEntry) {
   for (const SimdLevel level : kernels::kSimdLevels) {
     if (level > kernels::ProcessorSimdLevel()) continue;
     SCOPED_TRACE(kernels::SimdLevelName(level));
-    const kernels::ByteTableKernels& k = kernels::ByteTableKernelsFor(level);
+    const kernels::ByteTableKernels& k = kernels::Choose<kernels::ByteTableKernels>(level);
     EXPECT_FALSE(before && before->mapBytes == k.mapBytes);
     EXPECT_FALSE(before && before->mapChannels == k.mapChannels);
     before = &k;

@@ -45,7 +45,8 @@ struct Rows {
 
   Row Run(const kernels::Kernel3x3& kernel, SimdLevel level) const {
     Row result(Bytes() + 2 * kGuard, 77);
-    kernels::ConvolveRowFor(level)(kernel, view, result.data() + kGuard, width);
+    kernels::Choose<kernels::ConvolutionKernels>(level).convolveRow(kernel, view,
+                                                                    result.data() + kGuard, width);
     return result;
   }
 

@@ -17,7 +17,7 @@ using testing_support::Row;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 const HlsKernelTable& Plain() {
-  return kernels::HlsKernelsFor(SimdLevel::Plain);
+  return kernels::Choose<kernels::HlsKernelTable>(SimdLevel::Plain);
 }
 
 kernels::HueFactors SomeFactors() {
@@ -68,7 +68,8 @@ class HlsKernelLevels : public testing::TestWithParam<SimdLevel> {
   }
   template <class Run>
   void ExpectSame(const Row& row, Run run) {
-    testing_support::ExpectSameRow(Plain(), kernels::HlsKernelsFor(GetParam()), row, run);
+    testing_support::ExpectSameRow(Plain(), kernels::Choose<kernels::HlsKernelTable>(GetParam()),
+                                   row, run);
   }
 };
 
@@ -79,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(Levels, HlsKernelLevels,
 // Every width around the size of a vector, at every alignment; the row before and behind is a
 // guard.
 TEST_P(HlsKernelLevels, KeepInsideTheRow) {
-  const HlsKernelTable& own = kernels::HlsKernelsFor(GetParam());
+  const HlsKernelTable& own = kernels::Choose<kernels::HlsKernelTable>(GetParam());
   EXPECT_NE(own.saturate, Plain().saturate);
   EXPECT_NE(own.saturateByHue, Plain().saturateByHue);
   EXPECT_NE(own.changeByHue, Plain().changeByHue);

@@ -47,7 +47,7 @@ TEST(LuminanceKernels, AllLevelsGiveTheSameBytes) {
     const std::vector<Row> expected = run(kPlain);
     for (const SimdLevel level : kernels::kSimdLevels) {
       if (level > kernels::ProcessorSimdLevel()) continue;
-      const LuminanceKernelTable& k = kernels::LuminanceKernelsFor(level);
+      const LuminanceKernelTable& k = kernels::Choose<kernels::LuminanceKernelTable>(level);
       ASSERT_EQ(level == SimdLevel::Plain, k.luminance == kernels::Luminance);
       ASSERT_EQ(run(k), expected) << kernels::SimdLevelName(level) << ", width " << width;
     }

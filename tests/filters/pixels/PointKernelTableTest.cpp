@@ -40,7 +40,8 @@ class PointKernelLevels : public testing::TestWithParam<SimdLevel> {
   // Runs the same on the same row with the readable kernels and with the level's.
   template <class Run>
   void ExpectSame(const Row& row, Run run) {
-    testing_support::ExpectSameRow(kReference, kernels::PointKernelsFor(GetParam()), row, run);
+    testing_support::ExpectSameRow(
+        kReference, kernels::Choose<kernels::PointKernelTable>(GetParam()), row, run);
   }
 };
 
@@ -48,10 +49,10 @@ INSTANTIATE_TEST_SUITE_P(Levels, PointKernelLevels, testing::ValuesIn(kernels::k
                          [](const auto& level) { return kernels::SimdLevelName(level.param); });
 
 TEST_P(PointKernelLevels, HasKernelsOfItsOwn) {
-  const PointKernelTable& own = kernels::PointKernelsFor(GetParam());
+  const PointKernelTable& own = kernels::Choose<kernels::PointKernelTable>(GetParam());
   for (const SimdLevel level : kernels::kSimdLevels) {
     if (level == GetParam()) continue;
-    const PointKernelTable& other = kernels::PointKernelsFor(level);
+    const PointKernelTable& other = kernels::Choose<kernels::PointKernelTable>(level);
     EXPECT_NE(own.sepia, other.sepia);
     EXPECT_NE(own.blackWhite, other.blackWhite);
     EXPECT_NE(own.shiftColours, other.shiftColours);
@@ -225,7 +226,8 @@ TEST(SimdLevels, EnvironmentOnlyLimits) {
 
   const SimdLevel active = LimitSimdLevel(kernels::ProcessorSimdLevel(), std::getenv("FXBOX_SIMD"));
   EXPECT_EQ(kernels::ActiveSimdLevel(), active);
-  EXPECT_EQ(&kernels::ActivePointKernels(), &kernels::PointKernelsFor(active));
+  EXPECT_EQ(&kernels::Choose<kernels::PointKernelTable>(),
+            &kernels::Choose<kernels::PointKernelTable>(active));
 }
 
 // The plain shift in bytes against the sum in integers.

@@ -29,8 +29,8 @@ INSTANTIATE_TEST_SUITE_P(Levels, ResamplingLevels, testing::ValuesIn(kernels::kS
 
 // Runs of every width, up to the row's last pixel and with as many rows as sums allow.
 TEST_P(ResamplingLevels, SumWindows) {
-  const auto& plain = kernels::ReductionKernelsFor(SimdLevel::Plain);
-  const auto& fast = kernels::ReductionKernelsFor(GetParam());
+  const auto& plain = kernels::Choose<kernels::ReductionKernels>(SimdLevel::Plain);
+  const auto& fast = kernels::Choose<kernels::ReductionKernels>(GetParam());
   std::mt19937 random(1);
   for (int taps = 0; taps <= kernels::kMostTaps; taps += taps < 40 ? 1 : 27) {
     const int rowCount = taps < 2 ? 128 : kernels::kMostTaps / taps;
@@ -89,7 +89,7 @@ TEST_P(ResamplingLevels, Divide) {
   Row divided[2];
   for (int i = 0; i < 2; ++i) {
     divided[i].assign(sums.size() * 3 + 8, 77);
-    kernels::ReductionKernelsFor(i ? GetParam() : SimdLevel::Plain)
+    kernels::Choose<kernels::ReductionKernels>(i ? GetParam() : SimdLevel::Plain)
         .divide(divided[i].data(), sums.data(), static_cast<int>(sums.size()));
   }
   EXPECT_EQ(divided[0], divided[1]);
@@ -108,8 +108,8 @@ TEST_P(ResamplingLevels, SharpenAndStretch) {
     std::vector<Row> found[2];
     for (int i = 0; i < 2; ++i) {
       const SimdLevel level = i ? GetParam() : SimdLevel::Plain;
-      const auto& reduction = kernels::ReductionKernelsFor(level);
-      const auto& bicubic = kernels::BicubicKernelsFor(level);
+      const auto& reduction = kernels::Choose<kernels::ReductionKernels>(level);
+      const auto& bicubic = kernels::Choose<kernels::BicubicKernels>(level);
       const kernels::SharpenRows rows = {at(row, 0),   at(row, 1),   at(row, 2),
                                          at(masks, 0), at(masks, 1), at(masks, 2)};
       found[i].assign(7, Row(4 * bytes + 32, 77));
