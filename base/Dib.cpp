@@ -39,6 +39,7 @@ void BuildDib(BYTE* at, int bits, int width, int height) {
   header.biHeight = height;
   header.biPlanes = 1;
   header.biBitCount = static_cast<std::uint16_t>(bits);
+  header.biSizeImage = static_cast<std::uint32_t>(DibStride(bits, width) * height);
   header.biClrUsed = ColoursOf(bits);
   std::memcpy(at, &header, sizeof header);
   for (std::uint32_t i = 0; i < header.biClrUsed; ++i) {

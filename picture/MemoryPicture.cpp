@@ -1,5 +1,6 @@
 #include "picture/MemoryPicture.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -15,6 +16,8 @@ constexpr std::size_t kValuesAt = 12;
 constexpr std::size_t kImageSizeAt = 28;
 constexpr std::size_t kImageAt = 32;
 constexpr std::size_t kFixedBytes = 36;
+constexpr std::size_t kSizeFieldBytes = 4;
+constexpr std::size_t kLargestBlock = std::numeric_limits<std::int32_t>::max();
 
 std::uint32_t ReadField(const BYTE* at) {
   std::uint32_t value;
@@ -58,52 +61,88 @@ std::unique_ptr<BYTE* []> RowTable(BYTE* dib) {
 
 }  // namespace
 
+MemoryPicture::Content MemoryPicture::BlankContent(int newWidth, int newHeight, bool wantImage,
+                                                   bool wantMask) {
+  Content content;
+  content.width = newWidth < 1 ? 1 : newWidth;
+  content.height = newHeight < 1 ? 1 : newHeight;
+  const auto imageBytes =
+      wantImage ? base::DibBytes(base::kColourBits, content.width, content.height) : 0;
+  const auto maskBytes =
+      wantMask ? base::DibBytes(base::kMaskBits, content.width, content.height) : 0;
+  if (!imageBytes || !maskBytes) return content;
+  content.imageBytes = *imageBytes;
+  content.maskBytes = *maskBytes;
+  content.statedBytes = *imageBytes + *maskBytes + kFixedBytes;
+  content.values[2] = content.values[3] = content.width;
+  content.isPossible = true;
+  return content;
+}
+
+MemoryPicture::Content MemoryPicture::ContentOf(const BYTE* imageDib, const BYTE* maskDib,
+                                                const int (&newValues)[4]) {
+  Content content;
+  const auto imageBytes = BytesOf(imageDib);
+  const auto maskBytes = BytesOf(maskDib);
+  if (!imageBytes || !maskBytes) return content;
+  content.image = imageDib;
+  content.mask = maskDib;
+  content.imageBytes = *imageBytes;
+  content.maskBytes = *maskBytes;
+  // The stated size takes the width for the height as well; readers know it so.
+  content.statedBytes =
+      BytesOf(imageDib, true).value_or(0) + BytesOf(maskDib, true).value_or(0) + kFixedBytes;
+  std::copy_n(newValues, 4, content.values);
+  content.isPossible = true;
+  return content;
+}
+
+std::size_t MemoryPicture::Content::Bytes() const {
+  const std::size_t total = imageBytes + maskBytes + kFixedBytes;
+  return isPossible && total <= kLargestBlock ? total : 0;
+}
+
+void MemoryPicture::Content::WriteTo(BYTE* newBlock) const {
+  WriteField(newBlock + kTotalAt, statedBytes);
+  std::memcpy(newBlock + kValuesAt, values, sizeof values);
+  WriteField(newBlock + kImageSizeAt, imageBytes);
+  WriteField(newBlock + kImageAt + imageBytes, maskBytes);
+  BYTE* const imageAt = newBlock + kImageAt;
+  BYTE* const maskAt = newBlock + kFixedBytes + imageBytes;
+  if (image) {
+    std::memcpy(imageAt, image, imageBytes);
+  } else if (imageBytes != 0) {
+    base::BuildDib(imageAt, base::kColourBits, width, height);
+  }
+  if (mask) {
+    std::memcpy(maskAt, mask, maskBytes);
+  } else if (maskBytes != 0) {
+    base::BuildDib(maskAt, base::kMaskBits, width, height);
+  }
+}
+
 MemoryPicture::MemoryPicture(const char*, int newWidth, int newHeight, bool wantImage,
                              bool wantMask) {
-  const int w = newWidth < 1 ? 1 : newWidth;
-  const int h = newHeight < 1 ? 1 : newHeight;
-  const auto imageBytes = wantImage ? base::DibBytes(base::kColourBits, w, h) : 0;
-  const auto maskBytes = wantMask ? base::DibBytes(base::kMaskBits, w, h) : 0;
-  if (!imageBytes || !maskBytes) return;
-  if (!Allocate(*imageBytes, *maskBytes, *imageBytes + *maskBytes + kFixedBytes, {0, 0, w, w})) {
-    return;
-  }
-  if (wantImage) base::BuildDib(block + kImageAt, base::kColourBits, w, h);
-  if (wantMask) base::BuildDib(block + kFixedBytes + *imageBytes, base::kMaskBits, w, h);
-  Attach(block);
+  Build(BlankContent(newWidth, newHeight, wantImage, wantMask));
 }
 
 MemoryPicture::MemoryPicture(const char*, const BYTE* imageDib, const BYTE* maskDib, int value3,
                              int value4, int value1, int value2) {
-  const auto imageBytes = BytesOf(imageDib);
-  const auto maskBytes = BytesOf(maskDib);
-  if (!imageBytes || !maskBytes) return;
-  // The stated size takes the width for the height as well; readers know it so.
-  const std::size_t stated =
-      BytesOf(imageDib, true).value_or(0) + BytesOf(maskDib, true).value_or(0) + kFixedBytes;
-  if (!Allocate(*imageBytes, *maskBytes, stated, {value1, value2, value3, value4})) return;
-  if (imageDib) std::memcpy(block + kImageAt, imageDib, *imageBytes);
-  if (maskDib) std::memcpy(block + kFixedBytes + *imageBytes, maskDib, *maskBytes);
-  Attach(block);
+  Build(ContentOf(imageDib, maskDib, {value1, value2, value3, value4}));
 }
 
 MemoryPicture::~MemoryPicture() {
   if (!shared) std::free(block);
 }
 
-bool MemoryPicture::Allocate(std::size_t imageBytes, std::size_t maskBytes, std::size_t statedBytes,
-                             const int (&newValues)[4]) {
-  const std::size_t total = imageBytes + maskBytes + kFixedBytes;
-  if (total > std::numeric_limits<std::int32_t>::max()) return false;
+void MemoryPicture::Build(const Content& content) {
+  const std::size_t bytes = content.Bytes();
   // The system's zeros cost nothing until they are overwritten.
-  block = static_cast<BYTE*>(std::calloc(1, total));
-  if (!block) return false;
-  platform::AnnounceWholeUse(block, total);
-  WriteField(block + kTotalAt, statedBytes);
-  std::memcpy(block + kValuesAt, newValues, sizeof newValues);
-  WriteField(block + kImageSizeAt, imageBytes);
-  WriteField(block + kImageAt + imageBytes, maskBytes);
-  return true;
+  block = bytes != 0 ? static_cast<BYTE*>(std::calloc(1, bytes)) : nullptr;
+  if (!block) return;
+  platform::AnnounceWholeUse(block, bytes);
+  content.WriteTo(block);
+  Attach(block);
 }
 
 void MemoryPicture::Attach(BYTE* newBlock) {
@@ -128,6 +167,25 @@ void MemoryPicture::Attach(BYTE* newBlock) {
     maskRows = RowTable(mask);
     if (!maskRows) width = height = 0;
   }
+}
+
+bool MemoryPicture::IsBlank(const BYTE* picture, std::size_t bytes) {
+  return bytes < kFixedBytes || ReadField(picture + kTotalAt) == 0;
+}
+
+std::size_t MemoryPicture::PictureBytes(const BYTE* picture, std::size_t bytes) {
+  std::size_t used = kImageAt;
+  if (!picture || bytes < kFixedBytes) return 0;
+  for (int plane = 0; plane < 2; ++plane) {
+    const BYTE* const dib = picture + used;
+    const std::size_t stated = ReadField(dib - kSizeFieldBytes);
+    if (stated > bytes - used || (stated != 0 && stated < base::kDibHeaderBytes)) return 0;
+    if (stated != 0 && BytesOf(dib) != stated) return 0;
+    used += stated;
+    // The size of the mask follows the image.
+    if (plane == 0 && (used += kSizeFieldBytes) > bytes) return 0;
+  }
+  return used;
 }
 
 void MemoryPicture::Clear() {

@@ -8,6 +8,7 @@
 
 #include "base/Dib.h"
 #include "base/Export.h"
+#include "base/KvInterfaces.h"
 
 // The block, all fields 32-bit little-endian, at any address that is a multiple of 4:
 //
@@ -32,6 +33,9 @@ class FXBOX_API MemoryPicture {
   // Copies packed bitmaps, either of which may be null.
   MemoryPicture(const char* name, const BYTE* image, const BYTE* mask, int value3, int value4,
                 int value1, int value2);
+  // Reads what Serialize wrote. Not valid when the stream holds something else, ends early, or its
+  // sizes contradict each other. What lies behind the picture may be read as well, up to 100 bytes.
+  explicit MemoryPicture(IKvRead* stream);
   virtual ~MemoryPicture();
   MemoryPicture(const MemoryPicture&) = delete;
   MemoryPicture& operator=(const MemoryPicture&) = delete;
@@ -39,6 +43,9 @@ class FXBOX_API MemoryPicture {
   bool IsValid() const { return block && width != 0 && height != 0; }
   // Image bits to 0, mask bits to 255.
   void Clear();
+  // Writes the block: 0 and its size as they are, everything from 8 on compressed. False without a
+  // block and when compressing failed; whether the stream took everything, its owner knows.
+  bool Serialize(IKvWrite* stream) const;
 
   int Width() const { return width; }
   int Height() const { return height; }
@@ -53,6 +60,31 @@ class FXBOX_API MemoryPicture {
 
  protected:
   MemoryPicture() = default;
+
+  // What is to be written into a fresh block.
+  struct Content {
+    int width = 1, height = 1;  // of a blank picture
+    const BYTE* image = nullptr;
+    const BYTE* mask = nullptr;   // to be copied; null: blank
+    std::size_t imageBytes = 0;   // 0: without image
+    std::size_t maskBytes = 0;    // 0: without mask
+    std::size_t statedBytes = 0;  // what the block says of its size
+    int values[4] = {};           // 1 to 4
+    bool isPossible = false;
+
+    // Of the block; 0 when there can be none.
+    std::size_t Bytes() const;
+    // Into zeros.
+    void WriteTo(BYTE* newBlock) const;
+  };
+  static Content BlankContent(int width, int height, bool wantImage, bool wantMask);
+  static Content ContentOf(const BYTE* image, const BYTE* mask, const int (&values)[4]);
+
+  // Whether a block says that nobody ever made a picture in it.
+  static bool IsBlank(const BYTE* block, std::size_t bytes);
+  // The bytes of the picture at the beginning of a block of this size; 0 when it holds none, or one
+  // that would reach beyond its end.
+  static std::size_t PictureBytes(const BYTE* block, std::size_t bytes);
   // Makes pointers and row tables from a block that holds a picture.
   void Attach(BYTE* newBlock);
 
@@ -67,7 +99,6 @@ class FXBOX_API MemoryPicture {
   BYTE* mask = nullptr;
 
  private:
-  // Allocates and writes the head; false when the sizes do not fit a block.
-  bool Allocate(std::size_t imageBytes, std::size_t maskBytes, std::size_t statedBytes,
-                const int (&newValues)[4]);
+  // A block of the picture's own.
+  void Build(const Content& content);
 };

@@ -8,9 +8,10 @@ namespace platform {
 namespace {
 
 const Services& SystemServices() {
-  static const Services services = {&SystemRegistry(), &SystemProfiles(), &SystemFiles(),
-                                    &SystemMutexes(),  &SystemProcess(),  &SystemDesktop(),
-                                    &SystemTerminal(), &SystemModules(),  &SystemFonts()};
+  static const Services services = {&SystemRegistry(),    &SystemProfiles(), &SystemFiles(),
+                                    &SystemMutexes(),     &SystemProcess(),  &SystemDesktop(),
+                                    &SystemTerminal(),    &SystemModules(),  &SystemFonts(),
+                                    &SystemSharedMemory()};
   return services;
 }
 

@@ -176,6 +176,8 @@ class NamedMutex {
     TimedOut,
     Failed
   };
+  // As good as for ever: seven weeks. Who still has to wait then waits again.
+  static constexpr std::chrono::milliseconds kNoLimit{0xFFFFFFFF};
 
   virtual ~NamedMutex() = default;
   virtual Wait WaitFor(std::chrono::milliseconds limit) = 0;
@@ -189,6 +191,26 @@ class Mutexes {
 
  protected:
   ~Mutexes() = default;
+};
+
+// One process's view of a block that the processes of a user share; it ends with the object.
+class SharedBlock {
+ public:
+  virtual ~SharedBlock() = default;
+  virtual void* Memory() = 0;
+  // Of the whole block, whoever made it: what was stated then, on some systems rounded up.
+  virtual std::size_t Size() = 0;
+};
+
+class SharedMemory {
+ public:
+  // A view of the block of this name. When nobody has the block it is made of that many zeros; one
+  // that is there keeps its size. It goes with its last view in any process, however that process
+  // ends. Null when that fails, also for 0 bytes.
+  virtual std::unique_ptr<SharedBlock> Map(const std::string& name, std::size_t bytes) = 0;
+
+ protected:
+  ~SharedMemory() = default;
 };
 
 struct LocalTime {
@@ -255,6 +277,7 @@ struct Services {
   Terminal* terminal;
   Modules* modules;
   Fonts* fonts;
+  SharedMemory* sharedMemory;
 };
 
 // The services in force: the system's, until a test puts others in their place.

@@ -15,5 +15,6 @@ Desktop& SystemDesktop();
 Terminal& SystemTerminal();
 Modules& SystemModules();
 Fonts& SystemFonts();
+SharedMemory& SystemSharedMemory();
 
 }  // namespace platform

@@ -207,8 +207,13 @@ std::optional<std::string> FakeModules::Call(const std::filesystem::path& module
   return std::nullopt;
 }
 
+std::unique_ptr<SharedBlock> FailingSharedMemory::Map(const std::string& name, std::size_t bytes) {
+  return failing.IsNow() ? nullptr : inner.Map(name, bytes);
+}
+
 FakeServices::FakeServices()
-    : services{&registry, &SystemProfiles(), &SystemFiles(), &SystemMutexes(), &process, &desktop,
-               &terminal, &modules,          &fonts} {}
+    : services{
+          &registry, &SystemProfiles(), &SystemFiles(), &SystemMutexes(), &process,
+          &desktop,  &terminal,         &modules,       &fonts,           &SystemSharedMemory()} {}
 
 }  // namespace platform

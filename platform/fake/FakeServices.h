@@ -181,8 +181,21 @@ class FakeFonts final : public Fonts {
   std::string defaultFamily;
 };
 
-// All of them together, with the system's files, profiles and mutexes. `ScopedServices
-// scope(fakes.services);`
+// Passes every call on but the failing one, which maps nothing.
+class FailingSharedMemory final : public SharedMemory {
+ public:
+  FailingSharedMemory(SharedMemory& memory, int failAt) : inner(memory), failing(failAt) {}
+  int CallCount() const { return failing.Count(); }
+
+  std::unique_ptr<SharedBlock> Map(const std::string& name, std::size_t bytes) override;
+
+ private:
+  SharedMemory& inner;
+  FailingCall failing;
+};
+
+// All of them together, with the system's files, profiles, mutexes and shared memory.
+// `ScopedServices scope(fakes.services);`
 struct FakeServices {
   FakeServices();
   FakeServices(const FakeServices&) = delete;

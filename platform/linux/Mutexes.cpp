@@ -1,23 +1,17 @@
-// Named mutexes: robust ones of the thread library, each in a small piece of shared memory.
-//
-//   /dev/shm/fxbox4-UID-NAME
+// Named mutexes: robust ones of the thread library, each in a small shared object.
 //
 // The thread library tells a waiter that the owner before died, be it a thread or a whole process,
-// and a forked child owns nothing, which locks on files could not tell. Everyone who has the mutex
-// open holds a shared lock on the piece: who gets it exclusively is alone, and makes the mutex anew
-// when he comes and deletes its name when he goes, so that nothing of an earlier run is left.
-#include <fcntl.h>
+// and a forked child owns nothing, which locks on files could not tell.
 #include <pthread.h>
-#include <sys/file.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <atomic>
 
 #include "platform/SystemServices.h"
-#include "platform/linux/Descriptor.h"
+#include "platform/linux/SharedObject.h"
 
 namespace platform {
 namespace {
@@ -33,22 +27,6 @@ struct SharedPiece {
 };
 constexpr std::uint32_t kReady = 0x6D757430 + sizeof(SharedPiece);
 
-// The name of the piece: slashes and dots would lead elsewhere, and all lie in one folder.
-std::string PieceName(const std::string& name) {
-  constexpr std::size_t kLongest = 200;
-  std::string piece = "/fxbox4-" + std::to_string(geteuid()) + "-";
-  for (const char c : name.substr(0, kLongest)) piece += c == '/' || c == '\0' ? '_' : c;
-  return piece;
-}
-
-// Locks a file; with `wait` until it is had.
-bool Lock(const Descriptor& file, int kind, bool wait) {
-  while (flock(file.Get(), kind | (wait ? 0 : LOCK_NB)) != 0) {
-    if (errno != EINTR) return false;
-  }
-  return true;
-}
-
 bool MakeMutex(pthread_mutex_t& mutex) {
   pthread_mutexattr_t attributes;
   if (pthread_mutexattr_init(&attributes) != 0) return false;
@@ -59,48 +37,26 @@ bool MakeMutex(pthread_mutex_t& mutex) {
   return made;
 }
 
-// The piece in this process's memory; null when it cannot be had.
-SharedPiece* Map(const Descriptor& file) {
-  void* const memory =
-      mmap(nullptr, sizeof(SharedPiece), PROT_READ | PROT_WRITE, MAP_SHARED, file.Get(), 0);
-  return memory == MAP_FAILED ? nullptr : static_cast<SharedPiece*>(memory);
-}
-
-bool IsComplete(const Descriptor& file) {
-  struct stat status = {};
-  return fstat(file.Get(), &status) == 0 && status.st_size == sizeof(SharedPiece) &&
-         status.st_uid == geteuid();
-}
-
 // Makes the mutex of a piece that nobody else has open.
-bool MakePiece(const Descriptor& file) {
-  if (ftruncate(file.Get(), 0) != 0 || ftruncate(file.Get(), sizeof(SharedPiece)) != 0) {
-    return false;
-  }
-  SharedPiece* const piece = Map(file);
+bool MakePiece(const SharedObject& object, std::size_t bytes) {
+  if (!object.Resize(bytes)) return false;
+  auto* const piece = static_cast<SharedPiece*>(object.Map(bytes));
   if (!piece) return false;
   const bool made = MakeMutex(piece->next) && MakeMutex(piece->mutex);
   if (made) piece->ready = kReady;
-  munmap(piece, sizeof(SharedPiece));
+  munmap(piece, bytes);
   return made;
-}
-
-bool HasName(const Descriptor& file) {
-  struct stat status = {};
-  return fstat(file.Get(), &status) == 0 && status.st_nlink > 0;
 }
 
 class RobustMutex final : public NamedMutex {
  public:
-  RobustMutex(std::string named, Descriptor opened, SharedPiece* mapped)
-      : name(std::move(named)), file(std::move(opened)), piece(mapped), owner(getpid()) {}
+  RobustMutex(SharedObject opened, SharedPiece* mapped)
+      : object(std::move(opened)), piece(mapped) {}
 
+  // What dead processes left behind goes with the mutex, which they shared as well.
   ~RobustMutex() override {
     munmap(piece, sizeof(SharedPiece));
-    // A forked child shares its parent's lock and must leave it alone.
-    if (getpid() == owner && Lock(file, LOCK_EX, false) && HasName(file)) {
-      shm_unlink(name.c_str());
-    }
+    RemoveSharedLeftovers();
   }
 
   Wait WaitFor(std::chrono::milliseconds limit) override {
@@ -162,29 +118,22 @@ class RobustMutex final : public NamedMutex {
     return result;
   }
 
-  const std::string name;
-  const Descriptor file;
+  const SharedObject object;
   SharedPiece* const piece;
-  const pid_t owner;
 };
 
 class MutexService final : public Mutexes {
  public:
   std::unique_ptr<NamedMutex> Open(const std::string& name) override {
-    constexpr int kMostTries = 100;
-    const std::string pieceName = PieceName(name);
-    for (int i = 0; i < kMostTries; ++i) {
-      Descriptor file(shm_open(pieceName.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-      if (!file) return nullptr;
-      if (Lock(file, LOCK_EX, false) && !MakePiece(file)) return nullptr;
-      if (!Lock(file, LOCK_SH, true)) return nullptr;
-      // Between its opening and the lock the last other one may have deleted it, or died over it.
-      if (!HasName(file)) continue;
-      if (!IsComplete(file)) continue;
-      SharedPiece* const piece = Map(file);
+    RemoveSharedLeftovers();
+    for (int i = 0; i < kMostTriesToShare; ++i) {
+      auto object = SharedObject::Open("mutex", name, sizeof(SharedPiece), MakePiece);
+      if (!object) return nullptr;
+      if (object->Size() != sizeof(SharedPiece)) continue;
+      auto* const piece = static_cast<SharedPiece*>(object->Map(sizeof(SharedPiece)));
       if (!piece) return nullptr;
       if (piece->ready == kReady) {
-        return std::make_unique<RobustMutex>(pieceName, std::move(file), piece);
+        return std::make_unique<RobustMutex>(std::move(*object), piece);
       }
       munmap(piece, sizeof(SharedPiece));
     }

@@ -42,11 +42,11 @@ TEST(MemoryPicture, BlankPictureToTheByte) {
   constexpr int kImage = 40 + 12 * 2;
   constexpr int kMask = 40 + 4 * 2;
   for (const int field : {0, 36 + kImage + kMask, 0, 0, 0, 3, 3, kImage}) Put32(expected, field);
-  for (const int field : {40, 3, 2, 1 | 24 << 16, 0, 0, 0, 0, 0, 0}) Put32(expected, field);
+  for (const int field : {40, 3, 2, 1 | 24 << 16, 0, 24, 0, 0, 0, 0}) Put32(expected, field);
   expected.insert(expected.end(), 24, 0);
   Put32(expected, kMask);
   for (const std::int64_t field :
-       {40LL, 3LL, 2LL, 1LL | 0xFFF8LL << 16, 0LL, 0LL, 0LL, 0LL, 0LL, 0LL}) {
+       {40LL, 3LL, 2LL, 1LL | 0xFFF8LL << 16, 0LL, 8LL, 0LL, 0LL, 0LL, 0LL}) {
     Put32(expected, field);
   }
   expected.insert(expected.end(), 8, 255);
