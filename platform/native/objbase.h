@@ -42,20 +42,24 @@ FXBOX_API int StringFromGUID2(REFGUID id, LPOLESTR text, int size);
 FXBOX_API void* CoTaskMemAlloc(std::size_t size);
 FXBOX_API void CoTaskMemFree(void* block);
 
-// Compound files. Versions 3 and 4 are read, version 3 is written; times are neither kept nor
-// written. Flags and codes are those of the system. A path is a wide text, or the bytes of a file
-// name widened one by one; "\\" separates like "/". A root is opened exclusively
-// (STGM_SHARE_EXCLUSIVE), or for reading with STGM_SHARE_DENY_WRITE or STGM_PRIORITY; elements
-// always exclusively. Whoever opens a file that another has gets STG_E_SHAREVIOLATION or
-// STG_E_LOCKVIOLATION, in this process as from another one.
+// Compound files. Versions 3 and 4 are read, new files have version 3; no times are written. Flags
+// and codes are the system's, without transactions. A path is a wide text, or the bytes of a file
+// name widened one by one; a backslash separates like a slash. A root is opened exclusively, or for
+// reading with STGM_SHARE_DENY_WRITE or STGM_PRIORITY; elements always exclusively. Whoever opens a
+// file that another has gets STG_E_SHAREVIOLATION or STG_E_LOCKVIOLATION, in this process as from
+// another one; a lock ends with its process. A file of another kind, also an empty one, is
+// STG_E_FILEALREADYEXISTS and is never overwritten.
 //
-// What was written is on the disk after Commit of the root, after the release of a stream that was
-// written to, and after the release of the root; until then, and after any end of the process, the
-// file holds what it held before. A file with a fault is read as far as it is whole and cannot be
-// written to (STG_E_DOCFILECORRUPT).
+// What was written to a stream is on the disk after its last release, its Commit, or the Commit of
+// the root; until then, and however the process ends, the file holds what the stream held before. A
+// write that fails leaves the whole stream as it was. What was destroyed, renamed or made besides
+// goes to the disk with the next stream, and with the Commit or the release of a storage.
 //
-// A storage and all that was opened from it belong to one thread at a time. The root keeps the
-// bytes below it until the last of its elements is released.
+// A file with a fault is read as far as it is whole: a read that reaches the fault is short, one
+// behind it fails with STG_E_DOCFILECORRUPT and leaves zeros. Such a file cannot be written to.
+//
+// A storage and all that was opened from it belong to one thread at a time. The release of a
+// storage ends what was opened from it (STG_E_REVERTED); what was written counts.
 FXBOX_API HRESULT StgCreateDocfile(const OLECHAR* path, DWORD mode, DWORD reserved,
                                    IStorage** result);
 FXBOX_API HRESULT StgOpenStorage(const OLECHAR* path, IStorage* priority, DWORD mode, SNB exclude,
