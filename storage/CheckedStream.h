@@ -1,0 +1,23 @@
+// Streams that tell at their end whether everything was kept.
+#pragma once
+
+#include "base/KvInterfaces.h"
+
+// The base of the streams of this folder. Close does the same as Finish and destroys the object.
+class FXBOX_API CheckedStream : public IKvStream {
+ public:
+  // Ends the stream but for Close: nothing else is called behind it. False when what was written
+  // could not be kept; the element of a folder then has the content from before.
+  virtual bool Finish() = 0;
+
+ protected:
+  ~CheckedStream() = default;
+};
+
+// Closes any stream; true where a stream cannot tell.
+inline bool CloseChecked(IKvStream* stream) {
+  auto* checked = dynamic_cast<CheckedStream*>(stream);
+  const bool isKept = !checked || checked->Finish();
+  stream->Close();
+  return isKept;
+}
