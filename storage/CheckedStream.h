@@ -1,11 +1,15 @@
 // Streams that tell at their end whether everything was kept.
 #pragma once
 
+#include <objbase.h>
+
 #include "base/KvInterfaces.h"
 
 // The base of the streams of this folder. Close does the same as Finish and destroys the object.
 class FXBOX_API CheckedStream : public IKvStream {
  public:
+  // The element's statistics in a compound file; a file leaves `*out` alone.
+  virtual void GetStat(STATSTG* out) = 0;
   // Ends the stream but for Close: nothing else is called behind it. False when what was written
   // could not be kept; the element of a folder then has the content from before.
   virtual bool Finish() = 0;

@@ -9,8 +9,7 @@
 // A fault in a compressed stream; thrown as a value. Copies share the text.
 class FXBOX_API KvStreamException {
  public:
-  KvStreamException(std::int32_t errorCode, const char* message)
-      : code(errorCode), text(message) {}
+  KvStreamException(std::int32_t errorCode, const char* message) : code(errorCode), text(message) {}
   KvStreamException(const KvStreamException&) = default;
   KvStreamException& operator=(const KvStreamException&) = default;
   virtual ~KvStreamException();

@@ -42,8 +42,9 @@ fs::path FindOnDisk(const fs::path& path) {
   if (!path.has_filename() || fs::exists(path, error)) return path;
   const std::string wanted = LowerName(path);
   fs::path found;
-  for (fs::directory_iterator it(path.parent_path().empty() ? fs::path(".") : path.parent_path(),
-                                 error), end;
+  for (fs::directory_iterator
+           it(path.parent_path().empty() ? fs::path(".") : path.parent_path(), error),
+       end;
        !error && it != end; it.increment(error)) {
     if (LowerName(it->path()) != wanted) continue;
     if (found.empty() || it->path().filename() < found.filename()) found = it->path();
@@ -91,8 +92,8 @@ void KvFile::OpenWithRetry() {
   for (int tries = 1;; ++tries) {
     const int error = TryOpen();
     if (!error) return;
-    const bool mayPass = error == platform::kAccessDenied ||
-                         error == platform::kSharingViolation || error == platform::kLockViolation;
+    const bool mayPass = error == platform::kAccessDenied || error == platform::kSharingViolation ||
+                         error == platform::kLockViolation;
     const bool isMissing = error == platform::kFileNotFound || error == platform::kPathNotFound;
     if (!mayPass || tries == kTries) {
       TellOpenFailure(error);
@@ -110,8 +111,8 @@ void KvFile::TellOpenFailure(int error) const {
   if (isMissing) {
     log.Format(1, "Could not create or open File %s in Mode %x (#%d)",
                static_cast<const char*>(path), mode, error);
-    log.Format(1, "Openmode for File %s was Create(%x), Write(%x) ",
-               static_cast<const char*>(path), mode & OpenModeCreate, mode & OpenModeWrite);
+    log.Format(1, "Openmode for File %s was Create(%x), Write(%x) ", static_cast<const char*>(path),
+               mode & OpenModeCreate, mode & OpenModeWrite);
   }
   log.Format(1, "%s", static_cast<const char*>(KvFileException(error, path).Message()));
 }

@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <memory>
 
+#include "base/KvInterfaces.h"
 #include "base/KvString.h"
 #include "platform/RawFile.h"
-#include "base/KvInterfaces.h"
 
 // The path of a file or folder as it stands on the disk: exactly as given, else without regard to
 // case (the first in sorted order), else as given.

@@ -18,8 +18,8 @@ std::size_t Utf8Length(std::string_view text) {
   const std::size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
   if (length == 1) return 1;
   if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
-  const bool whole = std::all_of(text.begin() + 1, text.begin() + static_cast<long>(length),
-                                 IsContinuation);
+  const bool whole =
+      std::all_of(text.begin() + 1, text.begin() + static_cast<long>(length), IsContinuation);
   const auto second = static_cast<unsigned char>(text[1]);
   const bool tooLong = (lead == 0xE0 && second < 0xA0) || (lead == 0xF0 && second < 0x90);
   const bool noLetter = (lead == 0xED && second > 0x9F) || (lead == 0xF4 && second > 0x8F);
