@@ -11,6 +11,7 @@ set(rules
   "settings/|platform base"
   "picture/|platform base"
   "imageio/|platform base"
+  "storage/|imageio settings platform base"
   "core/|settings picture platform base"
   "editing/|core settings picture platform base"
   "filters/pixels/simd/|base"
@@ -93,7 +94,7 @@ function(is_allowed file rule included out)
   endif()
 endfunction()
 
-set(top_folders base platform settings picture imageio core editing filters toolkit dialogs component
+set(top_folders base platform settings picture imageio storage core editing filters toolkit dialogs component
   program benchmarks tests)
 set(count 0)
 foreach(top IN LISTS top_folders)
