@@ -1,0 +1,143 @@
+// A window with one control of each kind, for tests that click and type in it. Prints where each
+// control lies on the screen, then a line for each change, until it is closed or 60 s are over.
+//
+//   window-host [IMAGE]   IMAGE: a picture of the window, written as soon as it is shown
+#include <chrono>
+#include <cstdio>
+#include <thread>
+
+#include "toolkit/Painter.h"
+#include "toolkit/ZNDialog.h"
+
+namespace {
+
+using toolkit::Rect;
+
+// A place that tells what is done with the mouse in it.
+class Board final : public CZNCanvas {
+ public:
+  explicit Board(CZNDialog& dialog) : CZNCanvas(dialog, "Board") {}
+
+ private:
+  void HandleMouse(const toolkit::MouseEvent& event) override {
+    static const char* const kNames[] = {"press", "move", "release", "double", "leave"};
+    if (event.action == toolkit::MouseAction::Move && event.button == 0) return;
+    std::printf("board %s %d,%d button %d\n", kNames[static_cast<int>(event.action)], event.place.x,
+                event.place.y, event.button);
+  }
+  bool HandleKey(const toolkit::KeyEvent& event) override {
+    if (event.key != toolkit::Key::Character) return false;
+    std::printf("board key %c\n", static_cast<char>(event.character));
+    return true;
+  }
+  void HandlePaint(toolkit::Painter& painter) override {
+    const toolkit::Size area = painter.Area();
+    painter.FillRect({0, 0, area.width, area.height}, {255, 255, 255});
+    const toolkit::Spot line[] = {{0, area.height * 1.0}, {area.width * 1.0, 0}};
+    painter.DrawLines(line, {200, 30, 30}, 2);
+    painter.FillCircle({area.width / 2.0, area.height / 2.0}, 8, {30, 90, 200});
+    painter.WriteText({4, 4}, "Größe", {0, 0, 0});
+    std::uint8_t colour[2][6] = {{255, 0, 0, 0, 255, 0}, {0, 0, 255, 255, 255, 255}};
+    std::uint8_t mask[2][2] = {{0, 0}, {0, 255}};
+    const std::uint8_t* const colours[] = {colour[0], colour[1]};
+    const std::uint8_t* const masks[] = {mask[0], mask[1]};
+    painter.DrawPicture({area.width - 44, 4, 40, 40}, {2, 2, colours, masks});
+  }
+};
+
+class HostWindow final : public CZNDialog {
+ public:
+  bool isOpen = true;
+
+  void Tell() {
+    for (const auto& [name, control] : named) {
+      const Rect place = Native()->OnScreen(control->Id());
+      std::printf("place %s %d %d %d %d\n", name, place.x, place.y, place.width, place.height);
+    }
+    std::printf("ready\n");
+    std::fflush(stdout);
+  }
+
+ private:
+  void Build() override {
+    Make<CZNStatic>("&Strength").Place(Row(0));
+    slider = &Add("slider", Make<CZNSlider>("Strength", ValueRange{0, 100, 1, 0},
+                                            toolkit::SliderLook::FromZero));
+    slider->onChange = [this] { std::printf("slider %.0f\n", slider->Value()); };
+    Make<CZNStatic>("&Width").Place(Row(2));
+    field = &Add("field", Make<CZNNumberField>("Width", ValueRange{0, 500, 1, 0}));
+    field->onChange = [this] { std::printf("field %.0f\n", field->Value()); };
+    auto& check = Add("check", Make<CZNCheckBox>("&Keep proportions"));
+    check.onChange = [&check] { std::printf("check %d\n", check.IsChecked()); };
+    radios = std::make_unique<CZNRadioGroup>(*this, std::vector<std::string>{"&Left", "&Right"});
+    for (std::size_t i = 0; i < radios->Count(); ++i) Add("radio", radios->Button(i));
+    radios->onChange = [this] { std::printf("radio %d\n", radios->Chosen()); };
+    auto& combo = Add("combo", Make<CZNComboBox>("Kind", std::vector<std::string>{"One", "Two"}));
+    combo.onChange = [&combo] { std::printf("combo %d\n", combo.Chosen()); };
+    auto& list = Add("list", Make<CZNListBox>("Presets", std::vector<std::string>{"Red", "Blue"}),
+                     3);
+    list.onChange = [&list] { std::printf("list %d\n", list.Chosen()); };
+    auto& toggle = Add("toggle", Make<CZNButton>("Lo&ck", CZNButton::Kind::Toggle));
+    toggle.onPress = [&toggle] { std::printf("toggle %d\n", toggle.IsDown()); };
+    auto& button = Add("button", Make<CZNButton>("&Apply", CZNButton::Kind::Default));
+    button.onPress = [] { std::printf("button\n"); };
+    Add("board", Make<Board>(), 4);
+    slider->SetValue(50);
+    field->SetValue(20);
+    Native()->SetClientSize({System().Scaled(300), next});
+  }
+  void OnCancel() override {
+    isOpen = false;
+    std::printf("closed\n");
+  }
+
+  Rect Row(int row, int rows = 1) {
+    const int height = System().Scaled(34);
+    next = (row + rows) * height;
+    return {System().Scaled(8), row * height, System().Scaled(284), rows * height - 4};
+  }
+  template <class Control>
+  Control& Add(const char* name, Control& control, int rows = 1) {
+    const int height = System().Scaled(34);
+    control.Place(Row((next + height - 1) / height, rows));
+    named.emplace_back(name, &control);
+    return control;
+  }
+
+  std::vector<std::pair<const char*, CZNControl*>> named;
+  std::unique_ptr<CZNRadioGroup> radios;
+  CZNSlider* slider = nullptr;
+  CZNNumberField* field = nullptr;
+  int next = 0;
+};
+
+void PumpFor(toolkit::Backend& backend, std::chrono::milliseconds time) {
+  const auto end = std::chrono::steady_clock::now() + time;
+  while (std::chrono::steady_clock::now() < end && backend.Pump(false)) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  HostWindow window;
+  toolkit::WindowSpec spec;
+  spec.title = "Window host";
+  if (!window.CreateModeless(spec)) {
+    std::string reason;
+    toolkit::CurrentBackend(&reason);
+    std::fprintf(stderr, "no window: %s\n", reason.c_str());
+    return 2;
+  }
+  window.Show();
+  toolkit::Backend& backend = *toolkit::CurrentBackend();
+  PumpFor(backend, std::chrono::milliseconds(500));
+  if (count > 1 && !window.Native()->SaveImage(arguments[1])) return 1;
+  window.Tell();
+  for (int i = 0; window.isOpen && i < 600; ++i) {
+    PumpFor(backend, std::chrono::milliseconds(100));
+    std::fflush(stdout);
+  }
+  return window.isOpen ? 1 : 0;
+}

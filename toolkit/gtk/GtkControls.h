@@ -1,0 +1,75 @@
+// The controls of a window as widgets of GTK.
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "toolkit/Backend.h"
+
+namespace toolkit {
+
+// One control: its widget, which its parent owns, and what it tells the receiver of the window's
+// events. Nothing of the object may be looked at after an event was told: it may be gone.
+class GtkControl {
+ public:
+  virtual ~GtkControl();
+  GtkControl(const GtkControl&) = delete;
+  GtkControl& operator=(const GtkControl&) = delete;
+
+  GtkWidget* Widget() const { return widget; }
+  ControlKind Kind() const { return kind; }
+  ControlId Id() const { return id; }
+
+  virtual void SetText(const std::string&) {}
+  virtual void SetRange(int, int) {}
+  virtual void SetValue(int) {}
+  virtual void SetItems(const std::vector<std::string>&) {}
+  virtual void SetColour(Colour) {}
+  virtual void SetValueText(const std::string& text);
+  virtual void SelectAll() {}
+
+ protected:
+  GtkControl(ControlId controlId, const ControlSpec& spec, GtkWidget* newWidget,
+             WindowEvents& receiver);
+
+  // Connects a callback whose last argument is this control.
+  void Listen(gpointer object, const char* signal, GCallback callback);
+  // A change that is no event.
+  template <class Change>
+  void Quietly(Change change) {
+    isQuiet = true;
+    change();
+    isQuiet = false;
+  }
+  void TellValue(int value) {
+    if (!isQuiet) events.OnValue(id, value);
+  }
+
+  WindowEvents& events;
+  bool isQuiet = false;
+
+ private:
+  void ListenToFocus();
+  void ListenToKeys();
+  void ListenToWheel();
+  void ListenToDrag();
+  void ListenToMenuButton();
+
+  GtkWidget* widget;
+  ControlKind kind;
+  ControlId id;
+  std::vector<std::pair<GObject*, gulong>> listening;
+};
+
+// A new control of the kind that the spec names. `firstRadio` is the first button of the group that
+// a radio button belongs to, null for the first one itself.
+std::unique_ptr<GtkControl> MakeGtkControl(ControlId id, const ControlSpec& spec,
+                                           GtkControl* firstRadio, WindowEvents& events);
+
+// The key of an event of GTK. Tab and keys for mnemonics are none of ours: false.
+bool TakeKey(guint symbol, GdkModifierType state, KeyEvent& event);
+
+}  // namespace toolkit

@@ -1,0 +1,296 @@
+#include "toolkit/gtk/GtkNativeWindow.h"
+
+#include <cmath>
+
+#include "toolkit/gtk/GtkMenu.h"
+#include "toolkit/gtk/GtkTransfer.h"
+#include "toolkit/gtk/Pane.h"
+#include "toolkit/gtk/X11Screen.h"
+
+namespace toolkit {
+namespace {
+
+constexpr const char* kLookProperties[] = {"notify::gtk-theme-name",
+                                           "notify::gtk-application-prefer-dark-theme",
+                                           "notify::gtk-font-name", "notify::gtk-xft-dpi"};
+
+bool CanHaveMnemonic(ControlKind kind) {
+  return kind == ControlKind::Slider || kind == ControlKind::Edit ||
+         kind == ControlKind::ComboBox || kind == ControlKind::List ||
+         kind == ControlKind::ColourButton || kind == ControlKind::Canvas;
+}
+
+}  // namespace
+
+GtkNativeWindow::GtkNativeWindow(const WindowSpec& spec, WindowEvents& receiver,
+                                 BackendCounts& backendCounts)
+    : events(receiver),
+      counts(backendCounts),
+      window(GTK_WINDOW(gtk_window_new())),
+      box(gtk_box_new(GTK_ORIENTATION_VERTICAL, 0)),
+      pane(NewPane([this](Size size) { events.OnResized(size); })),
+      isTool(spec.isTool),
+      isOnTop(spec.isOnTop) {
+  ++counts.windows;
+  gtk_window_set_title(window, spec.title.c_str());
+  gtk_window_set_resizable(window, !isTool);
+  if (spec.owner) gtk_window_set_transient_for(window, static_cast<GtkWindow*>(spec.owner));
+  gtk_widget_set_vexpand(pane, TRUE);
+  gtk_widget_set_hexpand(pane, TRUE);
+  gtk_box_append(GTK_BOX(box), pane);
+  gtk_window_set_child(window, box);
+  ListenToWindow();
+  ListenToLook();
+}
+
+GtkNativeWindow::~GtkNativeWindow() {
+  for (const gulong handler : lookHandlers) {
+    g_signal_handler_disconnect(gtk_widget_get_settings(GTK_WIDGET(window)), handler);
+  }
+  counts.controls -= static_cast<int>(controls.size());
+  controls.clear();
+  gtk_window_destroy(window);
+  --counts.windows;
+}
+
+// The handlers on the window itself end with it.
+void GtkNativeWindow::ListenToWindow() {
+  g_signal_connect(window, "close-request", G_CALLBACK(&CloseAsked), this);
+  GtkEventController* const keys = gtk_event_controller_key_new();
+  g_signal_connect(keys, "key-pressed", G_CALLBACK(&KeyPressed), this);
+  gtk_widget_add_controller(GTK_WIDGET(window), keys);
+}
+
+void GtkNativeWindow::ListenToLook() {
+  const auto changed = +[](GObject*, GParamSpec*, gpointer data) {
+    static_cast<GtkNativeWindow*>(data)->events.OnLookChanged();
+  };
+  for (std::size_t i = 0; i < std::size(lookHandlers); ++i) {
+    lookHandlers[i] = g_signal_connect(gtk_widget_get_settings(GTK_WIDGET(window)),
+                                       kLookProperties[i], G_CALLBACK(changed), this);
+  }
+}
+
+gboolean GtkNativeWindow::CloseAsked(GtkWindow*, gpointer data) {
+  static_cast<GtkNativeWindow*>(data)->events.OnCloseRequest();
+  return TRUE;
+}
+
+// Controls that tell their keys themselves have told this one already.
+gboolean GtkNativeWindow::KeyPressed(GtkEventControllerKey*, guint symbol, guint,
+                                     GdkModifierType state, gpointer data) {
+  auto* const self = static_cast<GtkNativeWindow*>(data);
+  const GtkControl* const control = self->Find(self->Focused());
+  const bool hasTold =
+      control && (control->Kind() == ControlKind::Slider || control->Kind() == ControlKind::Edit ||
+                  control->Kind() == ControlKind::Canvas);
+  KeyEvent event;
+  return !hasTold && TakeKey(symbol, state, event) && self->events.OnKey(0, event);
+}
+
+GtkControl* GtkNativeWindow::Find(ControlId control) const {
+  const bool exists = control >= 1 && static_cast<std::size_t>(control) <= controls.size();
+  return exists ? controls[static_cast<std::size_t>(control) - 1].get() : nullptr;
+}
+
+ControlId GtkNativeWindow::Add(const ControlSpec& spec) {
+  const auto id = static_cast<ControlId>(controls.size()) + 1;
+  const bool isRadio = spec.kind == ControlKind::RadioButton;
+  if (!isRadio || spec.opensGroup) firstRadio = nullptr;
+  controls.push_back(MakeGtkControl(id, spec, firstRadio, events));
+  ++counts.controls;
+  GtkControl& added = *controls.back();
+  if (isRadio && !firstRadio) firstRadio = &added;
+  PutIntoPane(pane, added.Widget());
+  if (spec.isDefault) gtk_window_set_default_widget(window, added.Widget());
+  NameNext(added);
+  return id;
+}
+
+// The mnemonic of a label goes to the control behind it.
+void GtkNativeWindow::NameNext(const GtkControl& added) {
+  if (added.Kind() == ControlKind::Static) {
+    unnamedLabel = GTK_LABEL(added.Widget());
+    return;
+  }
+  if (unnamedLabel && CanHaveMnemonic(added.Kind())) {
+    gtk_label_set_mnemonic_widget(unnamedLabel, added.Widget());
+  }
+  unnamedLabel = nullptr;
+}
+
+void GtkNativeWindow::Place(ControlId control, const Rect& place) {
+  if (const GtkControl* found = Find(control)) PlaceInPane(pane, found->Widget(), place);
+}
+
+void GtkNativeWindow::SetText(ControlId control, const std::string& text) {
+  if (GtkControl* found = Find(control)) found->SetText(text);
+}
+
+void GtkNativeWindow::SetRange(ControlId slider, int least, int greatest) {
+  if (GtkControl* found = Find(slider)) found->SetRange(least, greatest);
+}
+
+void GtkNativeWindow::SetValue(ControlId control, int value) {
+  if (GtkControl* found = Find(control)) found->SetValue(value);
+}
+
+void GtkNativeWindow::SetItems(ControlId control, const std::vector<std::string>& items) {
+  if (GtkControl* found = Find(control)) found->SetItems(items);
+}
+
+void GtkNativeWindow::SetColour(ControlId colourButton, Colour colour) {
+  if (GtkControl* found = Find(colourButton)) found->SetColour(colour);
+}
+
+void GtkNativeWindow::SetEnabled(ControlId control, bool enabled) {
+  if (const GtkControl* found = Find(control)) gtk_widget_set_sensitive(found->Widget(), enabled);
+}
+
+void GtkNativeWindow::SetVisible(ControlId control, bool visible) {
+  if (const GtkControl* found = Find(control)) gtk_widget_set_visible(found->Widget(), visible);
+}
+
+void GtkNativeWindow::SetValueText(ControlId control, const std::string& text) {
+  if (GtkControl* found = Find(control)) found->SetValueText(text);
+}
+
+void GtkNativeWindow::SetBubble(ControlId control, const std::string& text) {
+  const GtkControl* const found = Find(control);
+  if (found) gtk_widget_set_tooltip_text(found->Widget(), text.empty() ? nullptr : text.c_str());
+}
+
+void GtkNativeWindow::Focus(ControlId control) {
+  if (const GtkControl* found = Find(control)) gtk_widget_grab_focus(found->Widget());
+}
+
+ControlId GtkNativeWindow::Focused() {
+  GtkWidget* const focus = gtk_window_get_focus(window);
+  for (const auto& control : controls) {
+    GtkWidget* const widget = control->Widget();
+    if (focus && (focus == widget || gtk_widget_is_ancestor(focus, widget))) return control->Id();
+  }
+  return 0;
+}
+
+void GtkNativeWindow::SelectAll(ControlId edit) {
+  if (GtkControl* found = Find(edit)) found->SelectAll();
+}
+
+void GtkNativeWindow::Redraw(ControlId canvas) {
+  if (const GtkControl* found = Find(canvas)) gtk_widget_queue_draw(found->Widget());
+}
+
+// --- the window
+
+void GtkNativeWindow::SetTitle(const std::string& title) {
+  gtk_window_set_title(window, title.c_str());
+}
+
+// A panel keeps this size; a main window starts with it and can be made smaller.
+void GtkNativeWindow::SetClientSize(Size size) {
+  if (isTool) {
+    SetPaneSize(pane, size);
+  } else {
+    gtk_window_set_default_size(window, size.width, size.height);
+  }
+}
+
+void GtkNativeWindow::SetMenuBar(const std::vector<MenuEntry>& entries) {
+  if (menuBar) gtk_box_remove(GTK_BOX(box), menuBar);
+  menuBar = entries.empty()
+                ? nullptr
+                : NewMenuBar(GTK_WIDGET(window), entries, [this](int id) { events.OnMenu(id); });
+  if (menuBar) gtk_box_prepend(GTK_BOX(box), menuBar);
+}
+
+void GtkNativeWindow::Show(bool activate) {
+  const bool wasHidden = !gtk_widget_get_visible(GTK_WIDGET(window));
+  if (activate) {
+    gtk_window_present(window);
+  } else {
+    gtk_widget_show(GTK_WIDGET(window));
+  }
+  if (wasHidden && isOnTop) SetAboveOthers(window, true);
+}
+
+void GtkNativeWindow::Hide() {
+  gtk_widget_hide(GTK_WIDGET(window));
+}
+
+bool GtkNativeWindow::IsVisible() {
+  return gtk_widget_get_visible(GTK_WIDGET(window));
+}
+
+void GtkNativeWindow::SetOnTop(bool onTop) {
+  isOnTop = onTop;
+  SetAboveOthers(window, onTop);
+}
+
+Point GtkNativeWindow::Position() {
+  return ClientOnScreen(window);
+}
+
+void GtkNativeWindow::Move(Point place) {
+  MoveOnScreen(window, place);
+}
+
+int GtkNativeWindow::RunMenu(Point place, const std::vector<MenuEntry>& entries) {
+  return RunPopupMenu(pane, place, entries);
+}
+
+std::optional<Colour> GtkNativeWindow::AskColour(const std::string& title, Colour start,
+                                                 const std::function<void(Colour)>& onTry) {
+  return RunColourDialog(window, title, start, onTry);
+}
+
+std::optional<std::filesystem::path> GtkNativeWindow::AskFile(
+    const std::string& title, bool toSave, const std::filesystem::path& start,
+    const std::vector<std::string>& patterns) {
+  return RunFileDialog(window, title, toSave, start, patterns);
+}
+
+DragEnd GtkNativeWindow::Drag(IDataObject* object, IDropSource*, std::uint32_t allowed,
+                              std::uint32_t& effect) {
+  return RunDrag(GTK_WIDGET(window), object, allowed, effect);
+}
+
+Rect GtkNativeWindow::OnScreen(ControlId control) {
+  const GtkControl* const found = Find(control);
+  graphene_rect_t bounds;
+  if (!found || !gtk_widget_compute_bounds(found->Widget(), GTK_WIDGET(window), &bounds)) return {};
+  double offsetX = 0, offsetY = 0;
+  gtk_native_get_surface_transform(GTK_NATIVE(window), &offsetX, &offsetY);
+  const int scale = gtk_widget_get_scale_factor(found->Widget());
+  const Point corner = ClientOnScreen(window);
+  const auto pixels = [scale](double units) {
+    return static_cast<int>(std::lround(units * scale));
+  };
+  return {corner.x + pixels(bounds.origin.x + offsetX),
+          corner.y + pixels(bounds.origin.y + offsetY), pixels(bounds.size.width),
+          pixels(bounds.size.height)};
+}
+
+bool GtkNativeWindow::SaveImage(const std::filesystem::path& file) {
+  auto* const widget = GTK_WIDGET(window);
+  GskRenderer* const renderer = gtk_native_get_renderer(GTK_NATIVE(window));
+  const int width = gtk_widget_get_width(widget), height = gtk_widget_get_height(widget);
+  if (!renderer || width < 1 || height < 1) return false;
+  const auto scale = static_cast<float>(gtk_widget_get_scale_factor(widget));
+  GtkSnapshot* const snapshot = gtk_snapshot_new();
+  gtk_snapshot_scale(snapshot, scale, scale);
+  GdkPaintable* const paintable = gtk_widget_paintable_new(widget);
+  gdk_paintable_snapshot(paintable, snapshot, width, height);
+  g_object_unref(paintable);
+  GskRenderNode* const node = gtk_snapshot_free_to_node(snapshot);
+  if (!node) return false;
+  const auto area = GRAPHENE_RECT_INIT(0, 0, static_cast<float>(width) * scale,
+                                       static_cast<float>(height) * scale);
+  GdkTexture* const texture = gsk_renderer_render_texture(renderer, node, &area);
+  const bool isSaved = gdk_texture_save_to_png(texture, file.c_str());
+  g_object_unref(texture);
+  gsk_render_node_unref(node);
+  return isSaved;
+}
+
+}  // namespace toolkit

@@ -1,0 +1,79 @@
+// A window of the toolkit as a window of GTK.
+#pragma once
+
+#include <gtk/gtk.h>
+
+#include <memory>
+#include <vector>
+
+#include "toolkit/gtk/GtkControls.h"
+
+namespace toolkit {
+
+class GtkNativeWindow final : public NativeWindow {
+ public:
+  // `counts` outlives the window.
+  GtkNativeWindow(const WindowSpec& spec, WindowEvents& receiver, BackendCounts& counts);
+  ~GtkNativeWindow() override;
+
+  ControlId Add(const ControlSpec& spec) override;
+  void Place(ControlId control, const Rect& place) override;
+  void SetText(ControlId control, const std::string& text) override;
+  void SetRange(ControlId slider, int least, int greatest) override;
+  void SetValue(ControlId control, int value) override;
+  void SetItems(ControlId control, const std::vector<std::string>& items) override;
+  void SetColour(ControlId colourButton, Colour colour) override;
+  void SetEnabled(ControlId control, bool enabled) override;
+  void SetVisible(ControlId control, bool visible) override;
+  void SetValueText(ControlId control, const std::string& text) override;
+  void SetBubble(ControlId control, const std::string& text) override;
+  void Focus(ControlId control) override;
+  ControlId Focused() override;
+  void SelectAll(ControlId edit) override;
+  void Redraw(ControlId canvas) override;
+
+  void SetTitle(const std::string& title) override;
+  void SetClientSize(Size size) override;
+  void SetMenuBar(const std::vector<MenuEntry>& entries) override;
+  void Show(bool activate) override;
+  void Hide() override;
+  bool IsVisible() override;
+  void SetOnTop(bool onTop) override;
+  Point Position() override;
+  void Move(Point place) override;
+  void* Handle() override { return window; }
+  int RunMenu(Point place, const std::vector<MenuEntry>& entries) override;
+  std::optional<Colour> AskColour(const std::string& title, Colour start,
+                                  const std::function<void(Colour)>& onTry) override;
+  std::optional<std::filesystem::path> AskFile(const std::string& title, bool toSave,
+                                               const std::filesystem::path& start,
+                                               const std::vector<std::string>& patterns) override;
+  DragEnd Drag(IDataObject* object, IDropSource* source, std::uint32_t allowed,
+               std::uint32_t& effect) override;
+  Rect OnScreen(ControlId control) override;
+  bool SaveImage(const std::filesystem::path& file) override;
+
+ private:
+  GtkControl* Find(ControlId control) const;
+  void ListenToWindow();
+  void ListenToLook();
+  void NameNext(const GtkControl& added);
+  static gboolean CloseAsked(GtkWindow*, gpointer data);
+  static gboolean KeyPressed(GtkEventControllerKey*, guint symbol, guint, GdkModifierType state,
+                             gpointer data);
+
+  WindowEvents& events;
+  BackendCounts& counts;
+  GtkWindow* window;
+  GtkWidget* box;
+  GtkWidget* menuBar = nullptr;
+  GtkWidget* pane;
+  bool isTool;
+  bool isOnTop;
+  std::vector<std::unique_ptr<GtkControl>> controls;
+  GtkControl* firstRadio = nullptr;  // of the group that is being made
+  GtkLabel* unnamedLabel = nullptr;  // whose mnemonic goes to the next control
+  gulong lookHandlers[4] = {};
+};
+
+}  // namespace toolkit
