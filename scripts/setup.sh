@@ -12,14 +12,15 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libgsf-1-dev
-  libfreetype-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev fonts-dejavu-core)
-tests=(clang libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile)
+  libfreetype-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev fonts-dejavu-core libgtk-4-dev)
+tests=(clang libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
+  xvfb xauth xdotool adwaita-icon-theme)
 # The picture and text libraries stand here too: their versions say which sources are built for
 # Windows, so that a file decodes, and a text is drawn, to the same bytes on both systems.
 windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   cmake ninja-build googletest libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpng-dev libtiff-dev
   libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
-  clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth)
+  clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xdotool)
 tools=(clang-format clang-tidy)
 
 isInstalled() {

@@ -31,7 +31,7 @@ list(APPEND rules
   "filters/geometry/|filters/geometry/size filters/geometry/rotation ${pixels} ${pipeline}"
   "filters/FilterClasses[.]|ANY"
   "filters/|editing core settings picture platform base"
-  "toolkit/|editing settings picture platform base"
+  "toolkit/|editing core settings picture platform base"
   "dialogs/|toolkit editing core settings picture platform base"
   "component/|ANY"
   "program/|ANY"

@@ -74,8 +74,8 @@ class HostWindow final : public CZNDialog {
     radios->onChange = [this] { std::printf("radio %d\n", radios->Chosen()); };
     auto& combo = Add("combo", Make<CZNComboBox>("Kind", std::vector<std::string>{"One", "Two"}));
     combo.onChange = [&combo] { std::printf("combo %d\n", combo.Chosen()); };
-    auto& list = Add("list", Make<CZNListBox>("Presets", std::vector<std::string>{"Red", "Blue"}),
-                     3);
+    auto& list =
+        Add("list", Make<CZNListBox>("Presets", std::vector<std::string>{"Red", "Blue"}), 3);
     list.onChange = [&list] { std::printf("list %d\n", list.Chosen()); };
     auto& toggle = Add("toggle", Make<CZNButton>("Lo&ck", CZNButton::Kind::Toggle));
     toggle.onPress = [&toggle] { std::printf("toggle %d\n", toggle.IsDown()); };
