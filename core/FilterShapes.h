@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <type_traits>
 
 #include "base/Rows.h"
 #include "core/PdibFilter.h"
@@ -23,15 +24,20 @@ struct PullRectangle {
   // The part of it that lies in a picture of this size; width and height are 0 where none does.
   FXBOX_API PullRectangle CutTo(int pictureWidth, int pictureHeight) const;
 
-  // Calls change(colour, mask) for each row from the last to the first, with an abort test before
-  // each. False when it stopped. A width below 1 has rows, but nothing in them to change.
+  // Calls change(colour, mask), or change(colour, mask, i), for each row from the last to the
+  // first, with an abort test before each. False when it stopped. A width below 1 has rows, but
+  // nothing in them to change.
   template <class Change>
   bool ChangeRows(const std::atomic<bool>& abort, Change change) const {
     for (int i = std::max(height, 0) - 1; i >= 0; --i) {
       if (abort) return false;
       if (width < 1) continue;
       if (i > 0) AnnounceColour(i - 1);
-      change(Colour(i), Mask(i));
+      if constexpr (std::is_invocable_v<Change&, BYTE*, BYTE*, int>) {
+        change(Colour(i), Mask(i), i);
+      } else {
+        change(Colour(i), Mask(i));
+      }
     }
     return true;
   }

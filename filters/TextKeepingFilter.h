@@ -5,8 +5,7 @@
 
 #include "core/PdibFilter.h"
 
-extern const FilterClass kColCorExClass, kWaterSignClass, kRgbMixerClass, kSoftFrameClass,
-    kTextClass;
+extern const FilterClass kWaterSignClass, kTextClass;
 
 // Keeps the text that it is given, whole, hands it out again, and passes rows through.
 class CTextKeepingFilter final : public CPdibFilter {

@@ -68,6 +68,19 @@ double FactorOf(int percent) {
   return percent < 1 ? (percent + 100) / 100.0 : 101.0 / (101 - percent);
 }
 
+// What makes an entry out of the numbers of the five sliders.
+template <class ValueOf>
+BalanceEntry EntryOf(const BalanceSettings& settings, const ValueOf& valueOf) {
+  const auto shift = [&](const BalanceSlider& slider) {
+    return static_cast<std::int16_t>(LimitPercent(valueOf(slider)) * 127 / 100);
+  };
+  const int lightness = LimitPercent(valueOf(settings.lightness));
+  const int saturation = LimitPercent(valueOf(settings.saturation));
+  return {shift(settings.blue), shift(settings.green),
+          shift(settings.red),  lightness != 0 || saturation != 0,
+          lightness / 100.0,    FactorOf(saturation)};
+}
+
 }  // namespace
 
 int SectorWeight(int sector, int hue) {
@@ -83,6 +96,16 @@ void BuildHueChanges(const HueSettings& settings, HueChanges& changes) {
         brightness / 100.0};
   }
   changes.greyLightness = settings.brightness / 100.0;
+}
+
+void BuildBalance(const BalanceSettings& settings, Balance& balance) {
+  for (std::size_t h = 0; h < kHues; ++h) {
+    balance.entries[h] = EntryOf(settings, [h](const BalanceSlider& slider) {
+      return Mixed(slider.everywhere, slider.bySector, h);
+    });
+  }
+  balance.entries[kGreyEntry] =
+      EntryOf(settings, [](const BalanceSlider& slider) { return slider.everywhere; });
 }
 
 void BuildSaturationFactors(const SectorValues& percentages, HueFactors& factors) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 
+#include "filters/colour/BalanceKernels.h"
 #include "filters/pixels/HlsKernels.h"
 
 namespace kernels {
@@ -26,5 +27,16 @@ void BuildHueChanges(const HueSettings& settings, HueChanges& changes);
 
 // Percentages of saturation by sector, together limited to -100..100.
 void BuildSaturationFactors(const SectorValues& percentages, HueFactors& factors);
+
+// Percentages of one slider, for all colours and by sector.
+struct BalanceSlider {
+  std::int32_t everywhere = 0;
+  SectorValues bySector = {};
+};
+struct BalanceSettings {
+  BalanceSlider red, green, blue, lightness, saturation;
+};
+// Each slider is limited to -100..100 where its sectors meet. Greys take what counts everywhere.
+void BuildBalance(const BalanceSettings& settings, Balance& balance);
 
 }  // namespace kernels

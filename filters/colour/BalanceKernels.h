@@ -1,0 +1,44 @@
+// Colour balance by hue, on plain rows.
+//
+// Rows and widths as in PointKernels.h.
+#pragma once
+
+#include <cstdint>
+
+#include "filters/pixels/HlsKernels.h"
+#include "filters/pixels/simd/Simd.h"
+
+namespace kernels {
+
+// What becomes of the pixels of a hue.
+struct BalanceEntry {
+  std::int16_t blue = 0, green = 0, red = 0;  // added, -127..127
+  bool recolours = false;                     // the two that follow count
+  double lightness = 0;                       // added
+  double saturation = 1;                      // factor, finite
+};
+
+// One entry for each whole degree of hue, as in HlsKernels.h, and one for greys.
+inline constexpr int kGreyEntry = kHues;
+struct Balance {
+  BalanceEntry entries[kHues + 1];
+};
+
+// Adds to the channels, limited to 0..255; then changes lightness and saturation of the colour that
+// comes out, by the entry of the hue that the pixel had.
+void BalanceColours(std::uint8_t* colour, int width, const Balance& balance);
+
+// The same function, byte for byte, at the speed of a vector unit.
+using BalanceKernel = void (*)(std::uint8_t* colour, int width, const Balance& balance);
+
+// The kernel of a level, which the processor must be able to run.
+BalanceKernel BalanceKernelFor(SimdLevel level);
+
+// The kernel of ActiveSimdLevel().
+BalanceKernel ActiveBalanceKernel();
+
+// Those of the sibling files; only BalanceKernelFor asks for them.
+BalanceKernel Avx2BalanceKernel();
+BalanceKernel Avx512BalanceKernel();
+
+}  // namespace kernels

@@ -1,0 +1,14 @@
+// Mixer kernel for AVX2.
+//
+// Calls no inline function of another header: one that the linker shares between files would carry
+// wide instructions to processors that lack them.
+#include "filters/colour/MixerKernelLoops.h"
+#include "filters/pixels/simd/WideDoubles_avx2.h"
+
+namespace kernels {
+
+MixerKernel Avx2MixerKernel() {
+  return MixLoop<FourDoubles>;
+}
+
+}  // namespace kernels

@@ -1,0 +1,38 @@
+// Masks weakened by shares, on plain rows.
+//
+// A share is what is left of the opacity, 0..1, truncated for each pixel. Rows and widths as in
+// PointKernels.h.
+#pragma once
+
+#include <cstdint>
+
+#include "filters/pixels/simd/Simd.h"
+
+namespace kernels {
+
+// With a share for each pixel.
+void FadeByShares(std::uint8_t* mask, const double* shares, int count);
+
+// Where two edges meet: how far outwards each pixel lies along the row and all of them across it,
+// 0..1. The further of the two counts, or the distance.
+void FadeByWays(std::uint8_t* mask, const double* ways, double across, int count);
+void FadeByDistance(std::uint8_t* mask, const double* ways, double across, int count);
+
+// The same functions, byte for byte, at the speed of a vector unit.
+struct EdgeFadeKernels {
+  decltype(&FadeByShares) byShares;
+  decltype(&FadeByWays) byWays;
+  decltype(&FadeByWays) byDistance;
+};
+
+// The kernels of a level, which the processor must be able to run.
+const EdgeFadeKernels& EdgeFadeKernelsFor(SimdLevel level);
+
+// The kernels of ActiveSimdLevel().
+const EdgeFadeKernels& ActiveEdgeFadeKernels();
+
+// The tables of the sibling files; only EdgeFadeKernelsFor asks for them.
+const EdgeFadeKernels& Avx2EdgeFadeKernels();
+const EdgeFadeKernels& Avx512EdgeFadeKernels();
+
+}  // namespace kernels
