@@ -186,8 +186,8 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
 
 // Adds the parameters to a shape: `Parameters` is the struct that core/ParameterText.h describes.
 // SetParameter touches pending alone, from any thread; Commit is the only writer of active. A
-// struct with texts is committed by `CommitParameters` alone and read by `Active()`: its active
-// texts may be asked for on another thread meanwhile.
+// struct with texts is committed by `CommitParameters` alone, which gives a copy to work with: the
+// active ones may be printed on another thread at any time.
 template <class Shape, class Parameters>
 class ParameterFilter : public Shape {
  public:
@@ -205,10 +205,17 @@ class ParameterFilter : public Shape {
     });
   }
   HRESULT STDMETHODCALLTYPE GetParameter(char* buffer, int size) override {
-    return Print(Pending(), buffer, size);
+    return platform::Guard([&] {
+      PrintText(Pending(), buffer, size);
+      return S_OK;
+    });
   }
   HRESULT STDMETHODCALLTYPE GetActiveParameter(char* buffer, int size) override {
-    return Print(Active(), buffer, size);
+    return platform::Guard([&] {
+      const std::lock_guard lock(pendingLock);
+      PrintText(active, buffer, size);
+      return S_OK;
+    });
   }
 
   static std::vector<ParameterDescription> Describe() { return DescribeParameters<Parameters>(); }
@@ -216,7 +223,7 @@ class ParameterFilter : public Shape {
  protected:
   using Shape::Shape;
 
-  // Under the lock of the pending parameters.
+  // Runs under the lock of the parameters. Printing does so where it is given `active`.
   virtual void ReadText(const char* text) { ReadParameters(text, pending); }
   virtual void PrintText(const Parameters& parameters, char* buffer, int size) {
     CopyParameterText(PrintParameters(parameters), Parameters::kLeastBuffer, buffer, size);
@@ -226,11 +233,6 @@ class ParameterFilter : public Shape {
   Parameters Pending() const {
     const std::lock_guard lock(pendingLock);
     return pending;
-  }
-
-  Parameters Active() const {
-    const std::lock_guard lock(pendingLock);
-    return active;
   }
 
   // Makes the pending parameters active and gives them.
@@ -251,12 +253,5 @@ class ParameterFilter : public Shape {
   Parameters active = Parameters::ActiveStart();
 
  private:
-  HRESULT Print(const Parameters& parameters, char* buffer, int size) {
-    return platform::Guard([&] {
-      PrintText(parameters, buffer, size);
-      return S_OK;
-    });
-  }
-
   mutable std::mutex pendingLock;
 };

@@ -42,19 +42,9 @@ void BalanceColours(std::uint8_t* colour, int width, const Balance& balance) {
   }
 }
 
-BalanceKernel BalanceKernelFor(SimdLevel level) {
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512BalanceKernel();
-  if (level == SimdLevel::Avx2) return Avx2BalanceKernel();
-#else
-  static_cast<void>(level);
-#endif
-  return BalanceColours;
-}
-
-BalanceKernel ActiveBalanceKernel() {
-  static const BalanceKernel kernel = BalanceKernelFor(ActiveSimdLevel());
-  return kernel;
+const BalanceKernels& BalanceKernels::Plain() {
+  static constexpr BalanceKernels kPlain = {BalanceColours};
+  return kPlain;
 }
 
 }  // namespace kernels

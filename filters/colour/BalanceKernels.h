@@ -29,16 +29,13 @@ struct Balance {
 void BalanceColours(std::uint8_t* colour, int width, const Balance& balance);
 
 // The same function, byte for byte, at the speed of a vector unit.
-using BalanceKernel = void (*)(std::uint8_t* colour, int width, const Balance& balance);
+struct BalanceKernels {
+  decltype(&BalanceColours) balance;
 
-// The kernel of a level, which the processor must be able to run.
-BalanceKernel BalanceKernelFor(SimdLevel level);
-
-// The kernel of ActiveSimdLevel().
-BalanceKernel ActiveBalanceKernel();
-
-// Those of the sibling files; only BalanceKernelFor asks for them.
-BalanceKernel Avx2BalanceKernel();
-BalanceKernel Avx512BalanceKernel();
+  // For Choose.
+  static const BalanceKernels& Plain();
+  static const BalanceKernels& Avx2();
+  static const BalanceKernels& Avx512();
+};
 
 }  // namespace kernels

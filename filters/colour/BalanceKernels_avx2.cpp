@@ -19,8 +19,9 @@ struct Four : FourDoubles {
 
 }  // namespace
 
-BalanceKernel Avx2BalanceKernel() {
-  return BalanceLoop<Four>;
+const BalanceKernels& BalanceKernels::Avx2() {
+  static constexpr BalanceKernels kTable = {BalanceLoop<Four>};
+  return kTable;
 }
 
 }  // namespace kernels

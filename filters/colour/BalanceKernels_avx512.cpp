@@ -19,8 +19,9 @@ struct Eight : EightDoubles {
 
 }  // namespace
 
-BalanceKernel Avx512BalanceKernel() {
-  return BalanceLoop<Eight>;
+const BalanceKernels& BalanceKernels::Avx512() {
+  static constexpr BalanceKernels kTable = {BalanceLoop<Eight>};
+  return kTable;
 }
 
 }  // namespace kernels

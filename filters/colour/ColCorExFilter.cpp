@@ -87,5 +87,5 @@ void CColCorExFilter::Commit() {
 }
 
 void CColCorExFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  kernels::ActiveBalanceKernel()(colour, width, balance);
+  kernels::Choose<kernels::BalanceKernels>().balance(colour, width, balance);
 }

@@ -34,7 +34,7 @@ struct BalanceSlider {
   SectorValues bySector = {};
 };
 struct BalanceSettings {
-  BalanceSlider red, green, blue, lightness, saturation;
+  BalanceSlider red = {}, green = {}, blue = {}, lightness = {}, saturation = {};
 };
 // Each slider is limited to -100..100 where its sectors meet. Greys take what counts everywhere.
 void BuildBalance(const BalanceSettings& settings, Balance& balance);

@@ -25,19 +25,9 @@ void MixChannels(std::uint8_t* colour, int width, const Mixture& mixture) {
   }
 }
 
-MixerKernel MixerKernelFor(SimdLevel level) {
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512MixerKernel();
-  if (level == SimdLevel::Avx2) return Avx2MixerKernel();
-#else
-  static_cast<void>(level);
-#endif
-  return MixChannels;
-}
-
-MixerKernel ActiveMixerKernel() {
-  static const MixerKernel kernel = MixerKernelFor(ActiveSimdLevel());
-  return kernel;
+const MixerKernels& MixerKernels::Plain() {
+  static constexpr MixerKernels kPlain = {MixChannels};
+  return kPlain;
 }
 
 }  // namespace kernels

@@ -31,16 +31,13 @@ struct Mixture {
 void MixChannels(std::uint8_t* colour, int width, const Mixture& mixture);
 
 // The same function, byte for byte, at the speed of a vector unit.
-using MixerKernel = void (*)(std::uint8_t* colour, int width, const Mixture& mixture);
+struct MixerKernels {
+  decltype(&MixChannels) mix;
 
-// The kernel of a level, which the processor must be able to run.
-MixerKernel MixerKernelFor(SimdLevel level);
-
-// The kernel of ActiveSimdLevel().
-MixerKernel ActiveMixerKernel();
-
-// Those of the sibling files; only MixerKernelFor asks for them.
-MixerKernel Avx2MixerKernel();
-MixerKernel Avx512MixerKernel();
+  // For Choose.
+  static const MixerKernels& Plain();
+  static const MixerKernels& Avx2();
+  static const MixerKernels& Avx512();
+};
 
 }  // namespace kernels

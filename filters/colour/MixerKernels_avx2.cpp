@@ -7,8 +7,9 @@
 
 namespace kernels {
 
-MixerKernel Avx2MixerKernel() {
-  return MixLoop<FourDoubles>;
+const MixerKernels& MixerKernels::Avx2() {
+  static constexpr MixerKernels kTable = {MixLoop<FourDoubles>};
+  return kTable;
 }
 
 }  // namespace kernels

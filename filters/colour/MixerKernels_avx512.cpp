@@ -7,8 +7,9 @@
 
 namespace kernels {
 
-MixerKernel Avx512MixerKernel() {
-  return MixLoop<EightDoubles>;
+const MixerKernels& MixerKernels::Avx512() {
+  static constexpr MixerKernels kTable = {MixLoop<EightDoubles>};
+  return kTable;
 }
 
 }  // namespace kernels

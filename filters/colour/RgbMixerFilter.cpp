@@ -119,5 +119,5 @@ void CRgbMixerFilter::Commit() {
 }
 
 void CRgbMixerFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
-  if (!active.bypass) kernels::ActiveMixerKernel()(colour, width, mixture);
+  if (!active.bypass) kernels::Choose<kernels::MixerKernels>().mix(colour, width, mixture);
 }

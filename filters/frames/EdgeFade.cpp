@@ -60,15 +60,15 @@ void EdgeFade::FadeRow(std::uint8_t* mask, int x, int y, int count) const {
 
 void EdgeFade::FadeSide(std::uint8_t* mask, int first, int end, double across) const {
   if (first >= end) return;
-  const EdgeFadeKernels& kernels = ActiveEdgeFadeKernels();
+  const EdgeFadeKernels& kernels = Choose<EdgeFadeKernels>();
   if (across == 0) return kernels.byShares(mask, shares_.data() + first, end - first);
   (isRound_ ? kernels.byDistance : kernels.byWays)(mask, ways_.data() + first, across, end - first);
 }
 
 void EdgeFade::FadeMiddle(std::uint8_t* mask, int count, double across) const {
   if (count < 1) return;
-  ActiveByteTableKernels().mapBytes(mask, mask, static_cast<std::size_t>(count),
-                                    TableOfRun(across));
+  Choose<ByteTableKernels>().mapBytes(mask, mask, static_cast<std::size_t>(count),
+                                      TableOfRun(across));
 }
 
 }  // namespace kernels

@@ -16,20 +16,9 @@ void FadeByDistance(std::uint8_t* mask, const double* ways, double across, int c
   FadeByDistanceLoop(mask, ways, across, count);
 }
 
-const EdgeFadeKernels& EdgeFadeKernelsFor(SimdLevel level) {
+const EdgeFadeKernels& EdgeFadeKernels::Plain() {
   static constexpr EdgeFadeKernels kPlain = {FadeByShares, FadeByWays, FadeByDistance};
-#if defined(__x86_64__)
-  if (level == SimdLevel::Avx512) return Avx512EdgeFadeKernels();
-  if (level == SimdLevel::Avx2) return Avx2EdgeFadeKernels();
-#else
-  static_cast<void>(level);
-#endif
   return kPlain;
-}
-
-const EdgeFadeKernels& ActiveEdgeFadeKernels() {
-  static const EdgeFadeKernels& kernels = EdgeFadeKernelsFor(ActiveSimdLevel());
-  return kernels;
 }
 
 }  // namespace kernels

@@ -22,17 +22,12 @@ void FadeByDistance(std::uint8_t* mask, const double* ways, double across, int c
 struct EdgeFadeKernels {
   decltype(&FadeByShares) byShares;
   decltype(&FadeByWays) byWays;
-  decltype(&FadeByWays) byDistance;
+  decltype(&FadeByDistance) byDistance;
+
+  // For Choose.
+  static const EdgeFadeKernels& Plain();
+  static const EdgeFadeKernels& Avx2();
+  static const EdgeFadeKernels& Avx512();
 };
-
-// The kernels of a level, which the processor must be able to run.
-const EdgeFadeKernels& EdgeFadeKernelsFor(SimdLevel level);
-
-// The kernels of ActiveSimdLevel().
-const EdgeFadeKernels& ActiveEdgeFadeKernels();
-
-// The tables of the sibling files; only EdgeFadeKernelsFor asks for them.
-const EdgeFadeKernels& Avx2EdgeFadeKernels();
-const EdgeFadeKernels& Avx512EdgeFadeKernels();
 
 }  // namespace kernels

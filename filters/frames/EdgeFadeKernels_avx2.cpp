@@ -3,7 +3,7 @@
 
 namespace kernels {
 
-const EdgeFadeKernels& Avx2EdgeFadeKernels() {
+const EdgeFadeKernels& EdgeFadeKernels::Avx2() {
   return kEdgeFadeLoops;
 }
 

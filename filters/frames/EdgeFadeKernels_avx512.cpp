@@ -3,7 +3,7 @@
 
 namespace kernels {
 
-const EdgeFadeKernels& Avx512EdgeFadeKernels() {
+const EdgeFadeKernels& EdgeFadeKernels::Avx512() {
   return kEdgeFadeLoops;
 }
 
