@@ -15,6 +15,7 @@ class BmpDecoder final : public Decoder {
       : source(&from), cursor(from), rowsAt(ReadFileHead(cursor)), layout(cursor) {
     SetSize(layout.width, layout.height);
     head.hasMask = !layout.alpha.Empty();
+    head.metadata.resolution = {PixelsAnInch(layout.aMetreX), PixelsAnInch(layout.aMetreY)};
     dataPosition = std::max<std::uint64_t>(rowsAt, cursor.Position());
   }
 

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "base/Dib.h"
+#include "imageio/Decoder.h"
 #include "imageio/Encoder.h"
 
 namespace imageio {
@@ -27,7 +28,13 @@ class HeadWriter {
   }
 };
 
-std::vector<BYTE> HeadOf(const Picture& picture, std::uint64_t dataBytes) {
+std::uint32_t DotsAMetre(double anInch) {
+  const double dots = PixelsAMetre(anInch);
+  return dots >= 1 && dots < 1e9 ? static_cast<std::uint32_t>(dots) : kDotsPerMetre;
+}
+
+std::vector<BYTE> HeadOf(const Picture& picture, std::uint64_t dataBytes,
+                         const Resolution& resolution) {
   const bool alpha = picture.HasAlpha();
   const std::uint32_t pictureHead = alpha ? kAlphaHeadBytes : kPlainHeadBytes;
   const std::uint32_t dataAt = kFileHeadBytes + pictureHead;
@@ -43,8 +50,8 @@ std::vector<BYTE> HeadOf(const Picture& picture, std::uint64_t dataBytes) {
   head.Word(alpha ? 32 : 24);
   head.Long(alpha ? kBitFields : 0);
   head.Long(static_cast<std::uint32_t>(dataBytes));
-  head.Long(kDotsPerMetre);
-  head.Long(kDotsPerMetre);
+  head.Long(DotsAMetre(resolution.x));
+  head.Long(DotsAMetre(resolution.y));
   head.Long(0);
   head.Long(0);
   if (alpha) {
@@ -59,13 +66,14 @@ std::vector<BYTE> HeadOf(const Picture& picture, std::uint64_t dataBytes) {
 
 }  // namespace
 
-bool WriteBmp(Output& output, const Picture& picture, const Progress& progress) {
+bool WriteBmp(Output& output, const Picture& picture, const WriteOptions& options,
+              const Progress& progress) {
   const std::int64_t stride = base::DibStride(8 * picture.Channels(), picture.Width());
   const auto dataBytes = static_cast<std::uint64_t>(stride * picture.Height());
   if (dataBytes > 0xFFFFFFFF - kFileHeadBytes - kAlphaHeadBytes) {
     throw ImageError("the picture is too large for this kind of file");
   }
-  const std::vector<BYTE> head = HeadOf(picture, dataBytes);
+  const std::vector<BYTE> head = HeadOf(picture, dataBytes, options.metadata.resolution);
   output.Write(head.data(), head.size());
   std::vector<BYTE> row(static_cast<std::size_t>(stride));
   for (int y = picture.Height() - 1; y >= 0; --y) {

@@ -62,6 +62,10 @@ void BmpLayout::ReadHead(const std::vector<BYTE>& bytes) {
     if (topDown) height = -height;
     bits = static_cast<int>(Word(&bytes[14]));
     if (bytes.size() >= 20) compression = BmpCompression{Long(&bytes[16])};
+    if (bytes.size() >= 32) {
+      aMetreX = Long(&bytes[24]);
+      aMetreY = Long(&bytes[28]);
+    }
   }
   constexpr int kDepths[] = {1, 2, 4, 8, 16, 24, 32};
   const bool fields =

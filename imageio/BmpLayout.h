@@ -46,6 +46,8 @@ class FXBOX_API BmpLayout {
   std::int64_t width = 0;
   std::int64_t height = 0;
   bool topDown = false;
+  std::uint32_t aMetreX = 0;  // pixels; 0 where nobody knows
+  std::uint32_t aMetreY = 0;
   int bits = 0;
   BmpCompression compression = BmpCompression::None;
   BmpField red, green, blue, alpha;

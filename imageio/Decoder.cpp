@@ -1,5 +1,7 @@
 #include "imageio/Decoder.h"
 
+#include <cmath>
+
 #include "base/Dib.h"
 #include "base/Rows.h"
 
@@ -13,6 +15,10 @@ void Decoder::SetSize(std::int64_t width, std::int64_t height) {
   head.size = {static_cast<int>(width), static_cast<int>(height)};
 }
 
+void Decoder::NoteBits(int bits) {
+  head.notes.push_back("its samples of " + std::to_string(bits) + " bits are taken with 8 bits");
+}
+
 std::string LibraryMessage(const char* text) {
   std::string message = text;
   while (!message.empty() && (message.back() == '.' || message.back() == '\n')) message.pop_back();
@@ -21,6 +27,16 @@ std::string LibraryMessage(const char* text) {
     message[0] = static_cast<char>(message[0] - 'A' + 'a');
   }
   return message.empty() ? "the picture is damaged" : message;
+}
+
+double PixelsAMetre(double anInch) {
+  return std::round(anInch / 0.0254);
+}
+
+double PixelsAnInch(std::uint32_t aMetre) {
+  const double exact = aMetre * 0.0254;
+  const double whole = std::round(exact);
+  return PixelsAMetre(whole) == aMetre ? whole : exact;
 }
 
 void StoreSamples(const BYTE* samples, int width, int channels, int stride, const RowBuffer& row) {

@@ -22,6 +22,7 @@ struct Head {
   bool hasMask = false;
   int orientation = 1;  // 1 to 8 in the numbering of EXIF and TIFF
   Metadata metadata;
+  std::vector<std::string> notes;  // as in ImageInfo
 };
 
 // One picture file of one format. A decoder's constructor reads the head, so that an object always
@@ -31,6 +32,7 @@ class Decoder {
   virtual ~Decoder() = default;
 
   const Head& GetHead() const { return head; }
+  void LimitWork(const WorkLimit& limit) { workLimit = limit; }
 
   // Chooses the smallest size not below `wanted` in which the format can decode by itself; the
   // following calls of Decode give it. Most formats know their full size only.
@@ -44,8 +46,11 @@ class Decoder {
   // Takes the size that the file claims. An ImageError where the picture would not fit the
   // pipeline, before anybody allocates for it.
   void SetSize(std::int64_t width, std::int64_t height);
+  // Notes that a sample loses its lower bits.
+  void NoteBits(int bits);
 
   Head head;
+  WorkLimit workLimit;
 };
 
 std::unique_ptr<Decoder> OpenPnm(Source& source);  // PAM too
@@ -56,6 +61,12 @@ std::unique_ptr<Decoder> OpenBmp(Source& source);
 
 // A message of one of the C libraries in the form of our own: small initial, no full stop.
 std::string LibraryMessage(const char* text);
+
+// Some formats store a resolution as whole pixels a metre: the whole number an inch that this comes
+// from, if there is one.
+double PixelsAnInch(std::uint32_t aMetre);
+// The other way around.
+double PixelsAMetre(double anInch);
 
 // A row of 8-bit samples, `stride` bytes from pixel to pixel, as blue, green, red and mask.
 // Channels: 1 grey, 2 grey and alpha, 3 red, green, blue, 4 with alpha.

@@ -1,7 +1,9 @@
 #include "imageio/Encoder.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <system_error>
 
 #include "base/Rows.h"
 
@@ -38,7 +40,20 @@ void Picture::Interleave(int y, bool redFirst, BYTE* to) const {
 
 Output::Output(const std::filesystem::path& file)
     : stream(file, std::ios::binary | std::ios::in | std::ios::out | std::ios::trunc) {
-  if (!stream) throw ImageError(kCannotWrite);
+  if (stream) return;
+  NoteFailure();
+  throw ImageError(Failure());
+}
+
+void Output::NoteFailure() noexcept {
+  if (failed) return;
+  failed = true;
+  error = errno;
+}
+
+std::string Output::Failure() const {
+  const std::string reason = error ? ": " + std::generic_category().message(error) : "";
+  return kCannotWrite + reason;
 }
 
 void Output::Write(const void* from, std::size_t count) {
@@ -47,6 +62,7 @@ void Output::Write(const void* from, std::size_t count) {
 
 bool Output::TryWrite(const void* from, std::size_t count) noexcept try {
   stream.write(static_cast<const char*>(from), static_cast<std::streamsize>(count));
+  if (!stream.good()) NoteFailure();
   return stream.good();
 } catch (...) {
   return false;
@@ -73,7 +89,8 @@ std::int64_t Output::TrySeek(std::int64_t offset, int origin) noexcept try {
 
 void Output::Close() {
   stream.close();
-  if (!stream) throw ImageError(kCannotWrite);
+  if (!stream) NoteFailure();
+  if (failed) throw ImageError(Failure());
 }
 
 }  // namespace imageio

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <string>
 
 #include "imageio/ImageFile.h"
 #include "imageio/RowSink.h"
@@ -57,8 +58,16 @@ class Output {
   std::int64_t TrySeek(std::int64_t offset, int origin) noexcept;
   void Close();
 
+  bool HasFailed() const { return failed; }
+  // With the system's reason.
+  std::string Failure() const;
+
  private:
+  void NoteFailure() noexcept;
+
   std::fstream stream;
+  bool failed = false;
+  int error = 0;  // the system's, of the first failure
 };
 
 // Each writes a whole file; false when `progress` stopped it.
@@ -70,6 +79,7 @@ bool WriteJpeg(Output& output, const Picture& picture, const WriteOptions& optio
                const Progress& progress);
 bool WriteTiff(Output& output, const Picture& picture, const WriteOptions& options,
                const Progress& progress);
-bool WriteBmp(Output& output, const Picture& picture, const Progress& progress);
+bool WriteBmp(Output& output, const Picture& picture, const WriteOptions& options,
+              const Progress& progress);
 
 }  // namespace imageio

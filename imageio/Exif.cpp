@@ -9,6 +9,9 @@ namespace imageio {
 namespace {
 
 enum Tag : std::uint16_t {
+  kSubfileType = 0x00FE,
+  kImageWidth = 0x0100,
+  kImageLength = 0x0101,
   kDescription = 0x010E,
   kMaker = 0x010F,
   kModel = 0x0110,
@@ -24,6 +27,8 @@ enum Tag : std::uint16_t {
   kCopyright = 0x8298,
   kExifDirectory = 0x8769,
   kGpsDirectory = 0x8825,
+  kPixelXDimension = 0xA002,
+  kPixelYDimension = 0xA003,
   kInteropDirectory = 0xA005,
 };
 
@@ -259,6 +264,66 @@ void DropThumbnail(std::vector<std::uint8_t>& exif) {
   const std::uint64_t end = start + reader.NumberOf(*length);
   const bool last = end <= exif.size() && end + 1 >= exif.size();
   if (last && start >= reader.NextAt(directory) + 4) exif.resize(static_cast<std::size_t>(start));
+}
+
+void SetExifSize(ExifBlock& block, int width, int height) {
+  MemorySource source(block.data(), block.size());
+  TiffReader reader(source);
+  const auto set = [&](std::uint32_t directory, std::uint16_t tag, int number) {
+    const auto entry = reader.Find(directory, tag);
+    const bool known =
+        entry && entry->count == 1 && (entry->type == kShort || entry->type == kLong);
+    if (!known) return;
+    // Its last four bytes were read, so they lie in the block.
+    BYTE* const value = block.data() + entry->valueAt;
+    reader.Order().Store(value - 6, 2, kLong);
+    reader.Order().Store(value, 4, static_cast<std::uint32_t>(number));
+  };
+  const std::uint32_t main = reader.First();
+  set(main, kImageWidth, width);
+  set(main, kImageLength, height);
+  if (const auto entry = reader.Find(main, kExifDirectory)) {
+    const std::uint32_t exif = reader.NumberOf(*entry);
+    set(exif, kPixelXDimension, width);
+    set(exif, kPixelYDimension, height);
+  }
+}
+
+Resolution ExifResolution(const ExifBlock& block) {
+  constexpr std::uint16_t kRational = 5;
+  constexpr std::uint32_t kCentimetres = 3;
+  MemorySource source(block.data(), block.size());
+  TiffReader reader(source);
+  const auto unit = reader.Find(reader.First(), kResolutionUnit);
+  const double scale = unit && reader.NumberOf(*unit) == kCentimetres ? 2.54 : 1;
+  const auto read = [&](std::uint16_t tag) {
+    const auto entry = reader.Find(reader.First(), tag);
+    const bool known = entry && entry->type == kRational && entry->count == 1;
+    const auto value = known ? reader.ValueOf(*entry) : std::nullopt;
+    const double below = value ? reader.Order().Load(&(*value)[4], 4) : 0;
+    return below > 0 ? reader.Order().Load(value->data(), 4) / below * scale : 0.0;
+  };
+  return {read(kXResolution), read(kYResolution)};
+}
+
+int CountTiffPages(Source& file) {
+  constexpr int kMostDirectories = 10000;
+  constexpr std::uint32_t kReduced = 1;
+  TiffReader reader(file);
+  int pages = 0;
+  std::uint32_t directory = reader.First();
+  for (int i = 0; i < kMostDirectories && directory != 0; ++i) {
+    const auto type = reader.Find(directory, kSubfileType);
+    if (!type || (reader.NumberOf(*type) & kReduced) == 0) ++pages;
+    directory = reader.Number(reader.NextAt(directory), 4).value_or(0);
+  }
+  return std::max(pages, 1);
+}
+
+std::vector<std::uint8_t> BytesOfTiff(Source& file, int tag) {
+  TiffReader reader(file);
+  const auto entry = reader.Find(reader.First(), static_cast<std::uint16_t>(tag));
+  return entry ? reader.ValueOf(*entry).value_or(ExifBlock()) : ExifBlock();
 }
 
 ExifBlock ExifOfTiff(Source& file) {

@@ -20,6 +20,20 @@ int ExifOrientation(const ExifBlock& block);
 // Sets the orientation to 1 where the block has one.
 void ResetExifOrientation(ExifBlock& block);
 
+// What the block says of the picture's size, set where it says something.
+void SetExifSize(ExifBlock& block, int width, int height);
+
+// Zeros where the block tells none.
+Resolution ExifResolution(const ExifBlock& block);
+
+// How many whole pictures a TIFF file (not a BigTIFF file) holds, without reduced copies; 1 for
+// anything else.
+int CountTiffPages(Source& file);
+
+// The bytes of a value in the main directory of a TIFF file (not of a BigTIFF file), whatever they
+// are said to be; empty where there is none.
+std::vector<std::uint8_t> BytesOfTiff(Source& file, int tag);
+
 // The EXIF data of a TIFF file (not of a BigTIFF file) as a block of its own; empty where there is
 // none. Descriptions, camera, exposure and position come along, but neither a thumbnail nor what
 // describes the pixels; makers' notes come as they are and may hold positions that are no longer

@@ -11,6 +11,7 @@
 #include "imageio/Decoder.h"
 #include "imageio/Encoder.h"
 #include "imageio/Exif.h"
+#include "imageio/Xmp.h"
 
 namespace imageio {
 namespace {
@@ -31,7 +32,7 @@ std::unique_ptr<Decoder> OpenDecoder(Source& source, Format format) {
     case Format::Unknown:
       break;
   }
-  throw ImageError("not a picture file of a known kind");
+  throw ImageError("not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM)");
 }
 
 Format FormatOfSource(Source& source) {
@@ -79,7 +80,7 @@ bool Encode(Output& output, Format format, const Picture& picture, const WriteOp
     case Format::Tiff:
       return WriteTiff(output, picture, options, progress);
     case Format::Bmp:
-      return WriteBmp(output, picture, progress);
+      return WriteBmp(output, picture, options, progress);
     case Format::Unknown:
       break;
   }
@@ -105,8 +106,16 @@ struct ImageReader::State {
     const Head& head = decoder->GetHead();
     info.hasMask = head.hasMask;
     info.metadata = head.metadata;
-    if (!DescribesRgb(info.metadata.profile)) info.metadata.profile.clear();
+    info.notes = head.notes;
+    if (!info.metadata.profile.empty() && !DescribesRgb(info.metadata.profile)) {
+      info.metadata.profile.clear();
+      info.notes.push_back("its colour profile is not of red, green and blue and is left out");
+    }
     ResetExifOrientation(info.metadata.exif);
+    ResetXmpOrientation(info.metadata.xmp);
+    if (info.metadata.resolution.x <= 0 || info.metadata.resolution.y <= 0) {
+      info.metadata.resolution = ExifResolution(info.metadata.exif);
+    }
     SetResult(head.size);
     info.fullWidth = info.width;
     info.fullHeight = info.height;
@@ -137,9 +146,14 @@ ImageReader::ImageReader(const std::uint8_t* bytes, std::size_t size)
           [&] { return std::make_unique<State>(std::make_unique<MemorySource>(bytes, size)); })) {}
 
 ImageReader::~ImageReader() = default;
+ImageReader::ImageReader(ImageReader&&) noexcept = default;
 
 const ImageInfo& ImageReader::Info() const {
   return state->info;
+}
+
+void ImageReader::LimitWork(const WorkLimit& limit) {
+  state->decoder->LimitWork(limit);
 }
 
 void ImageReader::ReduceToFit(int width, int height) {
@@ -173,10 +187,21 @@ bool WriteImage(const std::filesystem::path& file, Format format, int width, int
   return Guarded([&] {
     const Picture picture(width, height, rows);
     Output output(file);
-    const bool complete = Encode(output, format, picture, options, progress);
-    output.Close();
-    return complete;
+    try {
+      const bool complete = Encode(output, format, picture, options, progress);
+      output.Close();
+      return complete;
+    } catch (const ImageError&) {
+      // What a library says of it is only that it failed.
+      if (output.HasFailed()) throw ImageError(output.Failure());
+      throw;
+    }
   });
+}
+
+void SetPictureSize(Metadata& metadata, int width, int height) {
+  SetExifSize(metadata.exif, width, height);
+  SetXmpSize(metadata.xmp, width, height);
 }
 
 Format FormatOfName(const std::filesystem::path& file) {

@@ -24,12 +24,21 @@ class FXBOX_API ImageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// Pixels an inch; 0 where nobody knows.
+struct Resolution {
+  double x = 0;
+  double y = 0;
+};
+
 // Data that travels beside the pixels. Raw blocks, empty when the file has none.
 struct Metadata {
   std::vector<std::uint8_t> exif;  // a TIFF structure ("II*\0..."), without the "Exif\0\0" of JPEG;
                                    // its orientation tag says 1, because the rows stand upright
   std::vector<std::uint8_t> profile;  // an ICC profile of a colour space with red, green and blue;
                                       // others would not fit the rows and are not handed out
+  std::vector<std::uint8_t> xmp;      // an XMP packet: XML text, upright as well
+  std::vector<std::uint8_t> iptc;     // IPTC records, each from its byte 1C on
+  Resolution resolution;
 };
 
 struct ImageInfo {
@@ -40,6 +49,16 @@ struct ImageInfo {
   int fullHeight = 0;
   bool hasMask = false;  // the file has an alpha channel or transparent colour
   Metadata metadata;
+  // What the rows will lack of the file, each in words for the user: further pages, a sample's
+  // lower bits, a profile that does not fit them.
+  std::vector<std::string> notes;
+};
+
+// How much decoding a picture may need, in pixels that are gone through. A few kinds of file can
+// ask for many times their own pixels.
+struct WorkLimit {
+  double pixels = 1e10;
+  std::string hint;  // said behind the message, such as how to raise the limit
 };
 
 // Row arrays that the caller owns; row 0 is the bottom row. `mask` may be null.
@@ -59,10 +78,14 @@ class FXBOX_API ImageReader {
   // Reads from a block in memory, which must live as long as the reader.
   ImageReader(const std::uint8_t* bytes, std::size_t size);
   ~ImageReader();
+  ImageReader(ImageReader&&) noexcept;
   ImageReader(const ImageReader&) = delete;
   ImageReader& operator=(const ImageReader&) = delete;
 
   const ImageInfo& Info() const;
+
+  // Read gives up with an ImageError when it would go beyond.
+  void LimitWork(const WorkLimit& limit);
 
   // From now on gives the picture reduced so that it fits into this box with its proportions kept,
   // each side at least 1; a picture that fits already stays as it is. JPEG files decode at reduced
@@ -83,7 +106,7 @@ class FXBOX_API ImageReader {
 
 struct WriteOptions {
   int jpegQuality = 92;  // 1 to 100
-  Metadata metadata;     // written where the format holds it: JPEG, PNG and TIFF
+  Metadata metadata;  // written where the format holds it: JPEG, PNG and TIFF; BMP has a resolution
 };
 
 // Writes a picture in the format that the file's extension names. Formats with alpha (PNG, PAM,
@@ -99,6 +122,9 @@ FXBOX_API bool WriteImage(const std::filesystem::path& file, Format format, int 
 // Takes the small preview picture out of an EXIF block, for who changes the picture. Whatever else
 // the block holds stays; a block that cannot be understood stays as it is.
 FXBOX_API void DropThumbnail(std::vector<std::uint8_t>& exif);
+
+// Sets the picture's size wherever the EXIF and XMP data name it.
+FXBOX_API void SetPictureSize(Metadata& metadata, int width, int height);
 
 // The format by a name's extension, without regard to case; Unknown for any other.
 FXBOX_API Format FormatOfName(const std::filesystem::path& file);

@@ -1,17 +1,21 @@
 // JPEG pictures through libjpeg-turbo: baseline, so that no copy of the picture is needed.
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <vector>
 
 #include "base/Rows.h"
 #include "imageio/Encoder.h"
+#include "imageio/Iptc.h"
 #include "imageio/JpegErrors.h"
 
 namespace imageio {
 namespace {
 
 constexpr int kExifMarker = JPEG_APP0 + 1;
+constexpr int kResourceMarker = JPEG_APP0 + 13;
 constexpr char kExifName[] = "Exif\0";  // with its end six bytes
+constexpr char kXmpName[] = "http://ns.adobe.com/xap/1.0/";
 constexpr std::size_t kLongestMarker = 65533;
 constexpr std::size_t kLongestProfile = std::size_t{255} * (kLongestMarker - 14);
 constexpr int kFullColourQuality = 90;  // from here on colour is stored at full resolution
@@ -41,14 +45,19 @@ class JpegWriter {
   JpegWriter& operator=(const JpegWriter&) = delete;
 
   void WriteHead(const Picture& picture, const WriteOptions& options) {
-    const std::vector<BYTE> exif = ExifMarker(options.metadata);
-    const std::vector<BYTE>& profile = options.metadata.profile;
+    const Metadata& metadata = options.metadata;
+    const std::vector<BYTE> exif = Marker(kExifName, metadata.exif);
+    const std::vector<BYTE> xmp = Marker(kXmpName, metadata.xmp);
+    const std::vector<BYTE> iptc = Marker(
+        kPhotoshopName, metadata.iptc.empty() ? metadata.iptc : ResourcesOfIptc(metadata.iptc));
+    const std::vector<BYTE>& profile = metadata.profile;
     errors.Try([&] {
       SetParameters(picture, std::clamp(options.jpegQuality, 1, 100));
+      SetResolution(metadata.resolution);
       jpeg_start_compress(&jpeg, TRUE);
-      if (!exif.empty()) {
-        jpeg_write_marker(&jpeg, kExifMarker, exif.data(), static_cast<unsigned>(exif.size()));
-      }
+      WriteMarker(kExifMarker, exif);
+      WriteMarker(kExifMarker, xmp);
+      WriteMarker(kResourceMarker, iptc);
       if (!profile.empty() && profile.size() <= kLongestProfile) {
         jpeg_write_icc_profile(&jpeg, profile.data(), static_cast<unsigned>(profile.size()));
       }
@@ -64,14 +73,28 @@ class JpegWriter {
   }
 
  private:
-  // Empty where there is none or where it is too long for its marker.
-  static std::vector<BYTE> ExifMarker(const Metadata& metadata) {
-    const std::vector<BYTE>& exif = metadata.exif;
-    if (exif.empty() || exif.size() > kLongestMarker - sizeof kExifName) return {};
-    std::vector<BYTE> marker(sizeof kExifName + exif.size());
-    std::copy_n(kExifName, sizeof kExifName, marker.begin());
-    std::copy(exif.begin(), exif.end(), marker.begin() + sizeof kExifName);
+  // The data behind their name with its end. Empty where there are none or where they are too long
+  // for a marker.
+  template <std::size_t size>
+  static std::vector<BYTE> Marker(const char (&name)[size], const std::vector<BYTE>& data) {
+    if (data.empty() || data.size() > kLongestMarker - size) return {};
+    std::vector<BYTE> marker(size + data.size());
+    std::copy_n(name, size, marker.begin());
+    std::copy(data.begin(), data.end(), marker.begin() + size);
     return marker;
+  }
+
+  void WriteMarker(int kind, const std::vector<BYTE>& marker) {
+    if (marker.empty()) return;
+    jpeg_write_marker(&jpeg, kind, marker.data(), static_cast<unsigned>(marker.size()));
+  }
+
+  void SetResolution(const Resolution& resolution) {
+    const auto isWritable = [](double value) { return value >= 0.5 && value < 65535; };
+    if (!isWritable(resolution.x) || !isWritable(resolution.y)) return;
+    jpeg.density_unit = 1;  // an inch
+    jpeg.X_density = static_cast<UINT16>(std::lround(resolution.x));
+    jpeg.Y_density = static_cast<UINT16>(std::lround(resolution.y));
   }
 
   void SetParameters(const Picture& picture, int quality) {

@@ -6,13 +6,20 @@
 #include <cstring>
 #include <new>
 #include <optional>
+#include <span>
+#include <string_view>
 
 #include "base/Rows.h"
 #include "imageio/Decoder.h"
 #include "imageio/Exif.h"
+#include "imageio/Iptc.h"
+#include "imageio/PngTexts.h"
 
 namespace imageio {
 namespace {
+
+// Each name with its end.
+constexpr char kWantedChunks[] = "eXIf\0iCCP\0iTXt\0zTXt\0pHYs";
 
 // One reading of the file from its start. The library leaves a failed call by longjmp: each call
 // runs within Try, in whose frame nothing needs a destructor.
@@ -39,6 +46,7 @@ class PngStream {
   std::uint32_t Width() const { return png_get_image_width(png, info); }
   std::uint32_t Height() const { return png_get_image_height(png, info); }
   bool HasAlpha() const { return png_get_channels(png, info) == 4; }
+  int StoredBits() const { return storedBits; }
   bool Interlaced() const { return png_get_interlace_type(png, info) != PNG_INTERLACE_NONE; }
 
   // Blue, green, red and, where HasAlpha, alpha. Of an interlaced picture the next row of the next
@@ -57,6 +65,8 @@ class PngStream {
     if (png_get_iCCP(png, info, &name, &compression, &bytes, &count) != 0) {
       metadata.profile.assign(bytes, bytes + count);
     }
+    ReadTexts(metadata);
+    metadata.resolution = ReadResolution();
     return metadata;
   }
 
@@ -70,14 +80,38 @@ class PngStream {
     throw ImageError(endReached ? kEndsEarly : LibraryMessage(message.data()));
   }
 
+  void ReadTexts(Metadata& metadata) {
+    png_textp texts = nullptr;
+    int count = 0;
+    png_get_text(png, info, &texts, &count);
+    for (const png_text& text : std::span(texts, static_cast<std::size_t>(count))) {
+      const bool isLong = text.compression >= PNG_ITXT_COMPRESSION_NONE;
+      const std::string_view data(text.text, isLong ? text.itxt_length : text.text_length);
+      if (std::string_view(text.key) == kXmpKey) metadata.xmp.assign(data.begin(), data.end());
+      if (std::string_view(text.key) == kIptcKey) metadata.iptc = IptcOfText(data);
+    }
+  }
+
+  Resolution ReadResolution() const {
+    png_uint_32 x = 0, y = 0;
+    int unit = PNG_RESOLUTION_UNKNOWN;
+    png_get_pHYs(png, info, &x, &y, &unit);
+    if (unit != PNG_RESOLUTION_METER) return {};
+    return {PixelsAnInch(x), PixelsAnInch(y)};
+  }
+
   void ReadInfo() {
-    // Texts and the like are not read; they could be large.
+    constexpr png_alloc_size_t kLongestText = png_alloc_size_t{1} << 24;
     png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
     png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_AS_DEFAULT,
-                                reinterpret_cast<png_const_bytep>("eXIf\0iCCP"), 2);
+                                reinterpret_cast<png_const_bytep>(kWantedChunks),
+                                sizeof kWantedChunks / 5);
+    png_set_chunk_malloc_max(png, kLongestText);
+    png_set_chunk_cache_max(png, 100);
     png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);  // SetSize has the say
     png_set_read_fn(png, this, &OnRead);
     png_read_info(png, info);
+    storedBits = png_get_bit_depth(png, info);
     png_set_expand(png);
     png_set_scale_16(png);
     png_set_gray_to_rgb(png);
@@ -104,6 +138,7 @@ class PngStream {
   png_structp png = nullptr;
   png_infop info = nullptr;
   std::uint64_t position = 0;
+  int storedBits = 8;
   bool endReached = false;
   std::array<char, 200> message = {};
 };
@@ -161,6 +196,7 @@ class PngDecoder final : public Decoder {
     interlaced = stream.Interlaced();
     head.metadata = stream.ReadMetadata();
     head.orientation = ExifOrientation(head.metadata.exif);
+    if (stream.StoredBits() > 8) NoteBits(stream.StoredBits());
   }
 
   bool Decode(RowSink& sink) override { return interlaced ? DecodePasses(sink) : DecodeRows(sink); }

@@ -4,10 +4,13 @@
 #include <array>
 #include <cstdio>
 #include <new>
+#include <string>
 #include <vector>
 
 #include "imageio/Decoder.h"
 #include "imageio/Encoder.h"
+#include "imageio/Iptc.h"
+#include "imageio/PngTexts.h"
 
 namespace imageio {
 namespace {
@@ -30,6 +33,8 @@ class PngWriter {
   PngWriter& operator=(const PngWriter&) = delete;
 
   void WriteHead(const Picture& picture, const Metadata& metadata) {
+    xmp.assign(metadata.xmp.begin(), metadata.xmp.end());
+    if (!metadata.iptc.empty()) iptc = TextOfIptc(metadata.iptc);
     Try([&] {
       png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
       png_set_write_fn(png, this, &OnWrite, &OnFlush);
@@ -61,7 +66,8 @@ class PngWriter {
   }
 
   void SetMetadata(const Metadata& metadata) {
-    const auto& [exif, profile] = metadata;
+    const std::vector<BYTE>& exif = metadata.exif;
+    const std::vector<BYTE>& profile = metadata.profile;
     if (!profile.empty()) {  // one that the library finds wrong is left out
       png_set_benign_errors(png, 1);
       png_set_iCCP(png, info, "ICC profile", PNG_COMPRESSION_TYPE_BASE, profile.data(),
@@ -71,6 +77,23 @@ class PngWriter {
       png_set_eXIf_1(png, info, static_cast<png_uint_32>(exif.size()),
                      const_cast<png_bytep>(exif.data()));  // the library copies it
     }
+    if (!xmp.empty()) SetText(PNG_ITXT_COMPRESSION_NONE, kXmpKey, xmp);
+    if (!iptc.empty()) SetText(PNG_TEXT_COMPRESSION_zTXt, kIptcKey, iptc);
+    const double x = PixelsAMetre(metadata.resolution.x), y = PixelsAMetre(metadata.resolution.y);
+    if (x >= 1 && y >= 1 && x < PNG_UINT_31_MAX && y < PNG_UINT_31_MAX) {
+      png_set_pHYs(png, info, static_cast<png_uint_32>(x), static_cast<png_uint_32>(y),
+                   PNG_RESOLUTION_METER);
+    }
+  }
+
+  // The library copies both.
+  void SetText(int compression, const char* key, const std::string& data) {
+    png_text text = {};
+    text.compression = compression;
+    text.key = const_cast<png_charp>(key);
+    text.text = const_cast<png_charp>(data.c_str());
+    text.text_length = data.size();
+    png_set_text(png, info, &text, 1);
   }
 
   static void OnError(png_structp png, png_const_charp text) {
@@ -88,6 +111,8 @@ class PngWriter {
   Output* output;
   png_structp png = nullptr;
   png_infop info = nullptr;
+  std::string xmp;  // as texts
+  std::string iptc;
   std::array<char, 200> message = {};
 };
 

@@ -29,6 +29,7 @@ class PnmDecoder final : public Decoder {
       ReadPnmHead(cursor, kind);
     }
     head.hasMask = channels % 2 == 0;
+    if (limit > 255) NoteBits(16);
     dataPosition = cursor.Position();
     for (std::uint32_t value = 0; value < table.size(); ++value) {
       table[value] = ScaleToByte(value, limit);

@@ -1,17 +1,29 @@
 #include "imageio/Source.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <system_error>
 
 namespace imageio {
+namespace {
 
-FileSource::FileSource(const std::filesystem::path& file)
-    : stream(file, std::ios::binary | std::ios::ate) {
-  if (!stream) throw ImageError("the file cannot be opened");
+std::string LastReason() {
+  const int error = errno;
+  return error ? ": " + std::generic_category().message(error) : "";
+}
+
+}  // namespace
+
+FileSource::FileSource(const std::filesystem::path& file) {
+  std::error_code ignored;
+  if (std::filesystem::is_directory(file, ignored)) throw ImageError("it is a folder");
+  stream.open(file, std::ios::binary | std::ios::ate);
+  if (!stream) throw ImageError("the file cannot be opened" + LastReason());
   const std::streamoff end = stream.tellg();
   char first = 0;
   if (end < 0 || (end > 0 && !stream.seekg(0).get(first))) {
-    throw ImageError("the file cannot be read");
+    throw ImageError("the file cannot be read" + LastReason());
   }
   size = static_cast<std::uint64_t>(end);
   streamPosition = end > 0 ? 1 : 0;

@@ -2,12 +2,14 @@
 // keeps the colour under alpha 0; what else the library knows comes through its own conversion to
 // RGBA.
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <optional>
 
 #include "base/Rows.h"
 #include "imageio/Decoder.h"
 #include "imageio/Exif.h"
+#include "imageio/Iptc.h"
 #include "imageio/TiffHandle.h"
 
 namespace imageio {
@@ -24,6 +26,7 @@ struct SampleLayout {
   int samples = 1;  // all samples
   bool hasAlpha = false;
   bool associated = false;  // colours are multiplied by alpha
+  bool isFloating = false;  // samples from 0, dark, to 1, bright
   bool planes = false;      // each sample has rows of its own
   bool tiles = false;
   int Used() const { return colours + (hasAlpha ? 1 : 0); }
@@ -71,25 +74,34 @@ void FindAlpha(TIFF* tiff, SampleLayout& layout) {
   layout.hasAlpha = layout.hasAlpha && layout.samples > layout.colours;
 }
 
+bool CanUnpack(const SampleLayout& layout, int format) {
+  const bool isPalette = layout.kind == SampleLayout::Kind::Palette;
+  if (layout.isFloating) {
+    return !isPalette && (layout.bits == 16 || layout.bits == 32 || layout.bits == 64);
+  }
+  if (format != SAMPLEFORMAT_UINT && format != SAMPLEFORMAT_VOID) return false;
+  return layout.bits >= 1 &&
+         (layout.bits <= (isPalette ? 8 : 16) || (layout.bits == 32 && !isPalette));
+}
+
 // Nothing for pictures that only the library's conversion can read.
 std::optional<SampleLayout> LayoutOf(TIFF* tiff) {
   using Kind = SampleLayout::Kind;
   const std::optional<Kind> kind = KindOf(tiff);
   const auto format = Field<std::uint16_t>(tiff, TIFFTAG_SAMPLEFORMAT, SAMPLEFORMAT_UINT);
-  if (!kind || (format != SAMPLEFORMAT_UINT && format != SAMPLEFORMAT_VOID)) return std::nullopt;
+  if (!kind) return std::nullopt;
   SampleLayout layout;
   layout.kind = *kind;
   layout.bits = Field<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+  layout.isFloating = format == SAMPLEFORMAT_IEEEFP;
+  if (!CanUnpack(layout, format)) return std::nullopt;
   layout.samples = Field<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL, 1);
   layout.colours = *kind == Kind::Rgb ? 3 : *kind == Kind::Inks ? 4 : 1;
   layout.planes =
       layout.samples > 1 && Field<std::uint16_t>(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) ==
                                 PLANARCONFIG_SEPARATE;
   layout.tiles = TIFFIsTiled(tiff) != 0;
-  const bool bytes = layout.bits == 8 || (layout.bits == 16 && *kind != Kind::Palette);
-  const bool fewBits = layout.bits == 1 || layout.bits == 2 || layout.bits == 4;
   if (layout.samples < layout.colours) return std::nullopt;
-  if (!bytes && !(fewBits && layout.colours == 1)) return std::nullopt;
   FindAlpha(tiff, layout);
   return layout;
 }
@@ -184,26 +196,61 @@ class SampleRows {
   std::vector<BYTE> tile;
 };
 
-// Every `step`th of the packed samples from `first` on as a byte: scaled, or as it is for an index.
-void UnpackSamples(const BYTE* packed, int bits, bool scaled, int first, int step, int count,
-                   int toStep, BYTE* to) {
-  const int highest = (1 << bits) - 1;
-  std::int64_t at = first;
-  for (int i = 0; i < count; ++i, at += step, to += toStep) {
-    if (bits == 8) {
-      *to = packed[at];
-    } else if (bits == 16) {
-      std::uint16_t value;
-      std::memcpy(&value, packed + 2 * at, 2);
-      *to = ScaleToByte(value, 65535);
-    } else {
-      const std::int64_t bit = at * bits;
-      const int value = packed[bit / 8] >> (8 - bits - bit % 8) & highest;
-      *to = scaled ? ScaleToByte(static_cast<std::uint32_t>(value),
-                                 static_cast<std::uint32_t>(highest))
-                   : static_cast<BYTE>(value);
-    }
+// A number of 16 bits: sign, 5 bits of exponent, 10 of fraction.
+double HalfToDouble(std::uint16_t half) {
+  const int exponent = half >> 10 & 31;
+  const int fraction = half & 1023;
+  if (exponent == 31) return fraction == 0 ? (half >> 15 ? -HUGE_VAL : HUGE_VAL) : 0;
+  const double size =
+      exponent == 0 ? std::ldexp(fraction, -24) : std::ldexp(1024 + fraction, exponent - 25);
+  return half >> 15 ? -size : size;
+}
+
+template <typename Number>
+Number NumberAt(const BYTE* packed, std::int64_t index) {
+  Number number;
+  std::memcpy(&number, packed + index * static_cast<std::int64_t>(sizeof number), sizeof number);
+  return number;
+}
+
+BYTE FloatingAt(const BYTE* packed, int bits, std::int64_t index) {
+  const double value = bits == 16   ? HalfToDouble(NumberAt<std::uint16_t>(packed, index))
+                       : bits == 32 ? double{NumberAt<float>(packed, index)}
+                                    : NumberAt<double>(packed, index);
+  if (!(value > 0)) return 0;  // neither is what is no number
+  return value >= 1 ? BYTE{255} : static_cast<BYTE>(value * 255 + 0.5);
+}
+
+// Samples that are no bytes follow each other without gaps, the highest bit first.
+std::uint32_t BitsAt(const BYTE* packed, int bits, std::int64_t index) {
+  std::uint32_t value = 0;
+  const std::int64_t first = index * bits;
+  for (std::int64_t bit = first; bit < first + bits;) {
+    const int inByte = static_cast<int>(bit % 8);
+    const int taken = static_cast<int>(std::min<std::int64_t>(8 - inByte, first + bits - bit));
+    const unsigned part = packed[bit / 8] >> (8 - inByte - taken) & ((1u << taken) - 1);
+    value = value << taken | part;
+    bit += taken;
   }
+  return value;
+}
+
+// One sample as a byte: scaled, or as it is for an index.
+BYTE SampleAt(const BYTE* packed, const SampleLayout& layout, std::int64_t index) {
+  if (layout.isFloating) return FloatingAt(packed, layout.bits, index);
+  if (layout.bits == 8) return packed[index];
+  if (layout.bits == 16) return ScaleToByte(NumberAt<std::uint16_t>(packed, index), 0xFFFF);
+  if (layout.bits == 32) return ScaleToByte(NumberAt<std::uint32_t>(packed, index), 0xFFFFFFFF);
+  const std::uint32_t value = BitsAt(packed, layout.bits, index);
+  if (layout.kind == SampleLayout::Kind::Palette) return static_cast<BYTE>(value);
+  return ScaleToByte(value, (1u << layout.bits) - 1);
+}
+
+// Every `step`th of the packed samples from `first` on.
+void UnpackSamples(const BYTE* packed, const SampleLayout& layout, int first, int step, int count,
+                   int toStep, BYTE* to) {
+  std::int64_t at = first;
+  for (int i = 0; i < count; ++i, at += step, to += toStep) *to = SampleAt(packed, layout, at);
 }
 
 // The colour of light that lost the share 255 - alpha; without light it stays.
@@ -231,6 +278,7 @@ class TiffDecoder final : public Decoder {
     head.hasMask = layout ? layout->hasAlpha : ConversionOf(handle).alpha != 0;
     if (layout && layout->kind == SampleLayout::Kind::Palette) ReadPalette(handle);
     ReadMetadata(tiff);
+    NoteLosses(tiff);
   }
 
   bool Decode(RowSink& sink) override { return layout ? DecodeSamples(sink) : Convert(sink); }
@@ -255,6 +303,7 @@ class TiffDecoder final : public Decoder {
 
   void ReadPalette(const TiffHandle& handle);
   void ReadMetadata(TIFF* tiff);
+  void NoteLosses(TIFF* tiff);
   bool DecodeSamples(RowSink& sink);
   void StoreRow(BYTE* samples, const RowBuffer& row) const;
   bool Convert(RowSink& sink);
@@ -291,27 +340,63 @@ void TiffDecoder::ReadPalette(const TiffHandle& handle) {
   }
 }
 
-void TiffDecoder::ReadMetadata(TIFF* tiff) {
+std::vector<std::uint8_t> BytesField(TIFF* tiff, std::uint32_t tag) {
   std::uint32_t count = 0;
   const std::uint8_t* bytes = nullptr;
-  if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &count, &bytes) == 1 && bytes != nullptr) {
-    head.metadata.profile.assign(bytes, bytes + count);
-  }
+  if (TIFFGetField(tiff, tag, &count, &bytes) != 1 || bytes == nullptr) return {};
+  return {bytes, bytes + count};
+}
+
+// Old files say that the records are numbers of four bytes, which the library does not take.
+std::vector<std::uint8_t> IptcOf(Source& file) {
+  const std::vector<std::uint8_t> records = BytesOfTiff(file, TIFFTAG_RICHTIFFIPTC);
+  return records.empty() ? IptcOfResources(BytesOfTiff(file, TIFFTAG_PHOTOSHOP)) : records;
+}
+
+Resolution ResolutionOf(TIFF* tiff) {
+  float x = 0, y = 0;
+  TIFFGetField(tiff, TIFFTAG_XRESOLUTION, &x);
+  TIFFGetField(tiff, TIFFTAG_YRESOLUTION, &y);
+  const int unit = Field<std::uint16_t>(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+  if (unit == RESUNIT_NONE) return {};
+  const double scale = unit == RESUNIT_CENTIMETER ? 2.54 : 1;
+  return {double{x} * scale, double{y} * scale};
+}
+
+void TiffDecoder::ReadMetadata(TIFF* tiff) {
+  head.metadata.profile = BytesField(tiff, TIFFTAG_ICCPROFILE);
+  head.metadata.xmp = BytesField(tiff, TIFFTAG_XMLPACKET);
+  head.metadata.iptc = IptcOf(*source);
+  head.metadata.resolution = ResolutionOf(tiff);
   head.metadata.exif = ExifOfTiff(*source);
+}
+
+void TiffDecoder::NoteLosses(TIFF* tiff) {
+  const int bits = Field<std::uint16_t>(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+  if (layout && layout->isFloating) {
+    head.notes.push_back("its floating samples from 0 to 1 are taken with 8 bits");
+  } else if (bits > 8) {
+    NoteBits(bits);
+  }
+  const int pages = CountTiffPages(*source);
+  if (pages > 1) {
+    head.notes.push_back("it has " + std::to_string(pages) + " pages, of which the first is taken");
+  } else if (TIFFIsBigTIFF(tiff) != 0 && TIFFLastDirectory(tiff) == 0) {
+    head.notes.push_back("it has several pages, of which the first is taken");
+  }
 }
 
 bool TiffDecoder::DecodeSamples(RowSink& sink) {
   const int width = head.size.width;
   const int used = layout->Used();
-  const bool scaled = layout->kind != SampleLayout::Kind::Palette;
   SampleRows rows(*source, *layout, width);
   std::vector<BYTE> samples(static_cast<std::size_t>(width) * static_cast<std::size_t>(used));
   for (int y = 0; y < head.size.height; ++y) {
     const BYTE* packed = rows.Row(y, 0);
     for (int i = 0; i < used; ++i) {
       if (layout->planes && i > 0) packed = rows.Row(y, i);
-      UnpackSamples(packed, layout->bits, scaled, layout->planes ? 0 : i,
-                    layout->planes ? 1 : layout->samples, width, used, samples.data() + i);
+      UnpackSamples(packed, *layout, layout->planes ? 0 : i, layout->planes ? 1 : layout->samples,
+                    width, used, samples.data() + i);
     }
     StoreRow(samples.data(), sink.Begin(y));
     if (!sink.End(y)) return false;

@@ -1,5 +1,6 @@
 // TIFF pictures of 24 or 32 bits, compressed without loss by LZW, whose bytes do not depend on the
 // version of a compression library.
+#include <cstring>
 #include <vector>
 
 #include "imageio/Exif.h"
@@ -44,6 +45,36 @@ void SetFields(TIFF* tiff, const Picture& picture) {
   TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, rows == 0 ? 1 : rows);
 }
 
+// Older versions of the library take the records for numbers of four bytes, and turn them to the
+// file's order.
+void SetIptc(TIFF* tiff, const std::vector<std::uint8_t>& records) {
+  if (records.empty()) return;
+  std::vector<std::uint32_t> numbers((records.size() + 3) / 4);
+  std::memcpy(numbers.data(), records.data(), records.size());
+  auto count = static_cast<std::uint32_t>(numbers.size());
+  if (TIFFFieldDataType(TIFFFieldWithTag(tiff, TIFFTAG_RICHTIFFIPTC)) != TIFF_LONG) {
+    count = static_cast<std::uint32_t>(records.size());
+  } else if (TIFFIsByteSwapped(tiff) != 0) {
+    TIFFSwabArrayOfLong(numbers.data(), count);
+  }
+  TIFFSetField(tiff, TIFFTAG_RICHTIFFIPTC, count, numbers.data());
+}
+
+void SetMetadata(TIFF* tiff, const Metadata& metadata) {
+  const auto setBytes = [tiff](std::uint32_t tag, const std::vector<std::uint8_t>& bytes) {
+    if (bytes.empty()) return;
+    TIFFSetField(tiff, tag, static_cast<std::uint32_t>(bytes.size()), bytes.data());
+  };
+  setBytes(TIFFTAG_ICCPROFILE, metadata.profile);
+  setBytes(TIFFTAG_XMLPACKET, metadata.xmp);
+  SetIptc(tiff, metadata.iptc);
+  if (metadata.resolution.x > 0 && metadata.resolution.y > 0) {
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, metadata.resolution.x);
+    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, metadata.resolution.y);
+    TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
+  }
+}
+
 }  // namespace
 
 bool WriteTiff(Output& output, const Picture& picture, const WriteOptions& options,
@@ -52,11 +83,7 @@ bool WriteTiff(Output& output, const Picture& picture, const WriteOptions& optio
   TiffHandle file(output, exif.littleEndian);
   TIFF* tiff = file.Get();
   SetFields(tiff, picture);
-  const std::vector<std::uint8_t>& profile = options.metadata.profile;
-  if (!profile.empty()) {
-    TIFFSetField(tiff, TIFFTAG_ICCPROFILE, static_cast<std::uint32_t>(profile.size()),
-                 profile.data());
-  }
+  SetMetadata(tiff, options.metadata);
   WriteExif(tiff, output, exif);
   std::vector<BYTE> row(picture.RowBytes());
   for (int y = 0; y < picture.Height(); ++y) {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
@@ -101,8 +102,11 @@ class Files {
  public:
   // Calls `write` with the path of a new, empty file beside `target`; on true the file takes the
   // place of `target` in one step, on false or an exception it is deleted and `target` stays as it
-  // was. Gives the reason when the file cannot be made, moved, or `write` said false (then an empty
+  // was. A device or a pipe gets the finished file's bytes instead, from its start to its end.
+  // Gives the reason when the file cannot be made, moved, or `write` said false (then an empty
   // text).
+  //
+  // Files of this kind that a killed program left in the folder are deleted on the way.
   using WriteFile = std::function<bool(const std::filesystem::path& temporary)>;
   virtual std::optional<std::string> Replace(const std::filesystem::path& target,
                                              const WriteFile& write) = 0;
@@ -143,8 +147,16 @@ class Terminal {
  public:
   // The arguments of the program in UTF-8, without its name.
   virtual std::vector<std::string> Arguments(int argc, char** argv) = 0;
+  // Called once, before anything is printed, with the program's own streams of standard output and
+  // error. From then on they show UTF-8 on every terminal, and a reader that leaves makes writing
+  // fail instead of ending the program.
+  virtual void Start(std::ostream& output, std::ostream& error) = 0;
   // Width in characters when standard error is a terminal, 0 when it is not.
   virtual int ErrorWidth() = 0;
+  // Bytes of standard input as they are: how many, 0 at its end; nothing when reading fails.
+  virtual std::optional<std::size_t> ReadInput(void* to, std::size_t count) = 0;
+  // Bytes to standard output as they are; the reason when that fails.
+  virtual std::optional<std::string> WriteOutput(std::string_view bytes) = 0;
   // From now on `handler` runs instead of the program's end when the user interrupts it. It is
   // called on a thread of its own or inside a signal handler and may only set flags.
   virtual void OnInterrupt(void (*handler)()) = 0;

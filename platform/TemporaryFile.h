@@ -9,6 +9,9 @@ namespace platform {
 // goes by the extension. The name does not grow with that of the target.
 std::filesystem::path TemporaryPathBeside(const std::filesystem::path& target);
 
+// Whether a file name has the form that TemporaryPathBeside gives.
+bool IsTemporaryName(const std::filesystem::path& name);
+
 // Deletes the file at the end of its life, unless it was moved to its place.
 class TemporaryFile {
  public:

@@ -1,5 +1,7 @@
 // fxbox apply: a chain of filters on picture files.
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <functional>
 #include <iostream>
 #include <memory>
 #include <span>
@@ -18,7 +20,8 @@ namespace {
 struct ApplyOptions {
   ChainOptions chain;
   std::vector<std::string> inputs;
-  std::optional<std::string> output;
+  OutputOptions output;
+  std::optional<std::string> limit;
   std::optional<std::string> fit;
   std::optional<std::string> target;
   std::optional<std::string> part;
@@ -39,6 +42,8 @@ constexpr char kExamples[] = R"(Examples:
       (ZNFilter.Tonwert.1, ZNFilter.AdoptColor.1) use what they measure on the full one
   fxbox apply -c 'ZNFilter.Invert.1(Inversity=100)' --rect 0,0,100,50 -o part.png photo.jpg
       the 100 by 50 pixels at the lower left of the result
+  fxbox apply -f old-print.chain --format png - <photo.jpg >photo.png
+      from standard input to standard output
 Exit status: 0 all done, 1 some input failed (the others are done), 2 wrong use, 130 interrupted.)";
 
 const CLI::Range kZoomRange(0.0001, 10000.0);
@@ -67,13 +72,26 @@ void AddSizeOptions(CLI::App& command, ApplyOptions& options) {
       ->type_name("X,Y,W,H");
 }
 
+void AddOutputOptions(CLI::App& command, ApplyOptions& options) {
+  command
+      .add_option("-o,--output", options.output.out,
+                  "File to write, its extension says the format; a folder for several inputs; - "
+                  "for standard output. Default: beside the input, as NAME-fxbox.EXT")
+      ->type_name("OUT");
+  command
+      .add_option("--format", options.output.kind,
+                  "Kind of picture to write where no name says it: png, jpg, tif, bmp, ppm, pam. "
+                  "Default: the input's own")
+      ->type_name("KIND");
+  command.add_flag("--in-place", options.output.inPlace,
+                   "Let each result take the place of its input, which is refused otherwise");
+  command.add_flag("--skip-existing", options.output.skipExisting,
+                   "Leave outputs alone that are there, as a finished part of the same work");
+}
+
 void AddOptions(CLI::App& command, ApplyOptions& options) {
   AddChainOptions(command, options.chain);
-  command
-      .add_option("-o,--output", options.output,
-                  "File to write, its extension says the format; a folder for several inputs. "
-                  "Default: beside the input, as NAME-fxbox.EXT")
-      ->type_name("OUT");
+  AddOutputOptions(command, options);
   AddSizeOptions(command, options);
   command.add_option("--quality", options.quality, "Quality of JPEG files")
       ->check(CLI::Range(1, 100))
@@ -81,7 +99,14 @@ void AddOptions(CLI::App& command, ApplyOptions& options) {
       ->capture_default_str();
   command.add_flag("--json", options.json, "Report on standard output as JSON");
   command.add_flag("--quiet", options.quiet, "Print nothing but errors");
-  command.add_option("INPUT", options.inputs, "Picture files")->required()->type_name("");
+  command
+      .add_option("--limit", options.limit,
+                  "Refuse pictures of more pixels, and decoding of more than 20 times as much work "
+                  "(default 500M)")
+      ->type_name("PIXELS");
+  command.add_option("INPUT", options.inputs, "Picture files; - for standard input")
+      ->required()
+      ->type_name("");
 }
 
 ApplyRequest RequestOf(const ApplyOptions& options, IAnimFilterCreator& creator) {
@@ -89,6 +114,7 @@ ApplyRequest RequestOf(const ApplyOptions& options, IAnimFilterCreator& creator)
   if (options.fit) request.fit = ParseBox(*options.fit, "--fit");
   if (options.target) request.target = ParseSize(*options.target, "--target");
   if (options.part) request.part = ParseRectangle(*options.part, "--rect");
+  if (options.limit) request.limits = ParseLimit(*options.limit);
   request.zoom = options.zoom;
   request.bandRows = options.bandRows;
   request.jpegQuality = options.quality;
@@ -110,6 +136,8 @@ Json JsonOf(const PlannedFile& file, const FileResult& result) {
   entry["inputSize"] = result.size.width > 0 ? JsonSize(result.size) : Json(nullptr);
   entry["outputSize"] = result.isWritten ? JsonSize(result.resultSize) : Json(nullptr);
   entry["milliseconds"] = result.milliseconds;
+  entry["skipped"] = file.isThere;
+  entry["notes"] = result.notes;
   entry["error"] = result.error.empty() ? Json(nullptr) : Json(result.error);
   return entry;
 }
@@ -126,7 +154,7 @@ class Session {
           IAnimFilterCreator& creator) {
     ApplyRun run(request, creator, bar);
     for (const PlannedFile& file : files) {
-      const FileResult result = run.Do(file);
+      const FileResult result = file.isThere ? FileResult() : run.Do(file);
       if (IsInterrupted() && !result.isWritten) break;
       Tell(file, result);
     }
@@ -138,14 +166,23 @@ class Session {
  private:
   void Tell(const PlannedFile& file, const FileResult& result) {
     if (options.json) report.push_back(JsonOf(file, result));
+    bar.Hide();
     if (!result.error.empty()) {
-      bar.Hide();
       PrintError(result.error);
       status = std::max(status, result.wrongUse ? kWrongUse : kSomeFailed);
     } else if (!options.quiet && !options.json) {
-      bar.Hide();
-      std::cout << Utf8Of(file.output) << "  " << SizeText(result.resultSize) << '\n' << std::flush;
+      TellResult(file, result);
     }
+  }
+
+  // Standard output is the picture's own when it goes there.
+  static void TellResult(const PlannedFile& file, const FileResult& result) {
+    for (const std::string& note : result.notes) {
+      PrintError(Utf8Of(file.input) + ": note: " + note);
+    }
+    if (file.ToStandard()) return;
+    const std::string what = file.isThere ? "is there, skipped" : SizeText(result.resultSize);
+    std::cout << Utf8Of(file.output) << "  " << what << '\n' << std::flush;
   }
 
   const ApplyOptions& options;
@@ -154,10 +191,22 @@ class Session {
   int status = kDone;
 };
 
+// Standard input and output serve one purpose each.
+void CheckStandard(const ApplyOptions& options, const std::vector<PlannedFile>& files) {
+  const auto any = [&](auto test) { return std::any_of(files.begin(), files.end(), test); };
+  if (options.chain.file == kStandard && any(std::mem_fn(&PlannedFile::FromStandard))) {
+    throw UsageError("standard input cannot be the chain and a picture");
+  }
+  if (options.json && any(std::mem_fn(&PlannedFile::ToStandard))) {
+    throw UsageError("standard output cannot be the report and a picture");
+  }
+}
+
 int Apply(const ApplyOptions& options) {
   const auto creator = MakeCreator();
   const ApplyRequest request = RequestOf(options, *creator.Get());
   const std::vector<PlannedFile> files = PlanOutputs(options.inputs, options.output);
+  CheckStandard(options, files);
   CatchInterrupts();
   return Session(options, files.size()).Run(files, request, *creator.Get());
 }

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <memory>
 
+#include "base/CodePage.h"
 #include "platform/Services.h"
 #include "program/Interrupt.h"
 #include "program/Messages.h"
@@ -17,6 +18,10 @@ constexpr double kDecoded = 0.4;
 constexpr double kFiltered = 0.5;
 
 constexpr char kNoMemory[] = "there is not enough memory for the picture";
+
+std::string InputName(const PlannedFile& file) {
+  return file.FromStandard() ? "standard input" : Utf8Of(file.input);
+}
 
 SourcePicture Describe(const imageio::ImageInfo& info, const ApplyRequest& request) {
   const Size full{info.fullWidth, info.fullHeight};
@@ -34,6 +39,20 @@ platform::ComPtr<PictureSource> SourceOf(imageio::ImageReader& reader, const Sou
       new PictureSource(told, decode, std::move(report)));
 }
 
+// The size of the result. No filter on the way may go beyond the limit either: most take memory for
+// what they give out.
+Size SettleWithin(Pipeline& pipeline, const PictureLimits& limits, const std::string& name) {
+  const Size result = pipeline.Settle();
+  for (const auto& filter : pipeline.Filters()) {
+    char filterName[256] = "";
+    filter->GetName(filterName, sizeof filterName);
+    const Size size = SizeBehind(filter.Get());
+    limits.Check(name, "the picture behind " + base::ToUtf8(filterName), size.width, size.height);
+  }
+  limits.Check(name, "the result", result.width, result.height);
+  return result;
+}
+
 void MakeFolderOf(const std::filesystem::path& output) {
   const std::filesystem::path folder = output.parent_path();
   std::error_code error;
@@ -48,6 +67,7 @@ void MakeFolderOf(const std::filesystem::path& output) {
 struct ApplyRun::Rendered {
   std::unique_ptr<MemoryPicture> picture;  // null when the work was stopped
   imageio::Metadata metadata;
+  imageio::Format format = imageio::Format::Unknown;
 };
 
 FileResult ApplyRun::Do(const PlannedFile& file) {
@@ -59,14 +79,14 @@ FileResult ApplyRun::Do(const PlannedFile& file) {
   try {
     Try(file, result);
   } catch (const UsageError& error) {
-    result.error = Utf8Of(file.input) + ": " + error.what();
+    result.error = InputName(file) + ": " + error.what();
     result.wrongUse = true;
   } catch (const FileError& error) {
     result.error = error.what();
   } catch (const std::bad_alloc&) {
-    result.error = Utf8Of(file.input) + ": " + kNoMemory;
+    result.error = InputName(file) + ": " + kNoMemory;
   } catch (const std::exception& error) {
-    result.error = Utf8Of(file.input) + ": " + error.what();
+    result.error = InputName(file) + ": " + error.what();
   }
   ++done;
   result.milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
@@ -81,34 +101,37 @@ void ApplyRun::Try(const PlannedFile& file, FileResult& result) {
 }
 
 ApplyRun::Rendered ApplyRun::Render(const PlannedFile& file, FileResult& result) {
-  imageio::ImageReader reader(file.input);
+  const PictureInput input(file.input, request.limits);
+  imageio::ImageReader reader = input.Open();
   Measurements measurements;
   if (request.fit) {
     reader.ReduceToFit(request.fit->width, request.fit->height);
-    if (reader.Info().width != reader.Info().fullWidth) measurements = MeasureFull(file);
+    if (reader.Info().width != reader.Info().fullWidth) measurements = MeasureFull(input);
   }
   const SourcePicture told = Describe(reader.Info(), request);
   result.size = told.size;
+  result.notes = reader.Info().notes;
 
   Pipeline pipeline(creator, SourceOf(reader, told, Report(0, kDecoded)));
   pipeline.SetText(request.chain);
   RepeatMeasurements(pipeline, measurements);
-  const Rectangle part = PartOf(pipeline.Settle());
+  const Rectangle part = PartOf(SettleWithin(pipeline, request.limits, input.Name()));
   result.resultSize = {part.width, part.height};
   // In bands the source decodes first and the bands come after that; in one pull both end together.
   auto picture = PullPart(pipeline, part, request.bandRows, Report(kDecoded, kFiltered));
   if (!picture) return {};
-  return {std::move(picture), reader.Info().metadata};
+  const bool isNamed = file.format != imageio::Format::Unknown;
+  return {std::move(picture), reader.Info().metadata, isNamed ? file.format : reader.Info().format};
 }
 
-Measurements ApplyRun::MeasureFull(const PlannedFile& file) {
-  imageio::ImageReader reader(file.input);
+Measurements ApplyRun::MeasureFull(const PictureInput& input) {
+  imageio::ImageReader reader = input.Open();
   const Size full{reader.Info().width, reader.Info().height};
   Pipeline pipeline(
       creator, SourceOf(reader, {full, request.target.value_or(full), {}}, Report(0, kMeasured)));
   pipeline.SetText(request.chain);
   if (!StartMeasuring(pipeline, creator)) return {};
-  const Size size = pipeline.Settle();
+  const Size size = SettleWithin(pipeline, request.limits, input.Name());
   if (!PullPart(pipeline, {0, 0, size.width, size.height}, 0, Report(kMeasured, kMeasured))) {
     return {};
   }
@@ -144,20 +167,27 @@ bool ApplyRun::Write(const PlannedFile& file, const Rendered& rendered) {
   const MemoryPicture& picture = *rendered.picture;
   imageio::WriteOptions options{request.jpegQuality, rendered.metadata};
   imageio::DropThumbnail(options.metadata.exif);
+  imageio::SetPictureSize(options.metadata, picture.Width(), picture.Height());
   const imageio::Rows rows{picture.ColourRows(), picture.MaskRows()};
-  const auto write = [&](const std::filesystem::path& temporary) {
-    return imageio::WriteImage(temporary, file.format, picture.Width(), picture.Height(), rows,
+  return WriteOut(file, [&](const std::filesystem::path& temporary) {
+    return imageio::WriteImage(temporary, rendered.format, picture.Width(), picture.Height(), rows,
                                options, Report(kFiltered, 1)) &&
            !IsInterrupted();
-  };
+  });
+}
+
+bool ApplyRun::WriteOut(const PlannedFile& file, const platform::Files::WriteFile& write) {
   std::optional<std::string> failure;
   try {
-    failure = platform::CurrentServices().files->Replace(file.output, write);
+    failure = file.ToStandard() ? WriteStandardOutput(write)
+                                : platform::CurrentServices().files->Replace(file.output, write);
   } catch (const imageio::ImageError& error) {
     failure = error.what();
   }
   // An empty text means that the work was stopped.
-  if (failure && !failure->empty()) throw FileError(Utf8Of(file.output), *failure);
+  if (failure && !failure->empty()) {
+    throw FileError(file.ToStandard() ? "standard output" : Utf8Of(file.output), *failure);
+  }
   return !failure;
 }
 

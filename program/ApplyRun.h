@@ -7,6 +7,7 @@
 
 #include "program/Measurements.h"
 #include "program/OutputNames.h"
+#include "program/PictureInput.h"
 #include "program/Pipeline.h"
 #include "program/ProgressBar.h"
 
@@ -21,6 +22,7 @@ struct ApplyRequest {
   std::optional<Rectangle> part;  // of the result
   int bandRows = 0;               // 0: one pull for all rows
   int jpegQuality = 92;
+  PictureLimits limits;
 };
 
 struct FileResult {
@@ -28,8 +30,9 @@ struct FileResult {
   Size resultSize;  // that was written
   double milliseconds = 0;
   bool isWritten = false;
-  std::string error;      // the whole line behind "fxbox: "
-  bool wrongUse = false;  // the error is one of use
+  std::vector<std::string> notes;  // what the file holds and the result lacks, in words
+  std::string error;               // the whole line behind "fxbox: "
+  bool wrongUse = false;           // the error is one of use
 };
 
 class ApplyRun {
@@ -49,11 +52,12 @@ class ApplyRun {
   Rendered Render(const PlannedFile& file, FileResult& result);
   // What the filters measure on the full picture, so that a preview shows what its result will be.
   // Empty when they measure nothing, or when it was stopped.
-  Measurements MeasureFull(const PlannedFile& file);
+  Measurements MeasureFull(const PictureInput& input);
   std::unique_ptr<MemoryPicture> PullPart(Pipeline& pipeline, const Rectangle& part, int bandRows,
                                           const imageio::Progress& report);
   Rectangle PartOf(Size result) const;
   bool Write(const PlannedFile& file, const Rendered& rendered);
+  bool WriteOut(const PlannedFile& file, const platform::Files::WriteFile& write);
   // Reports to the bar; the work takes the shares from `first` to `last` of what is left of the
   // file's behind the measuring.
   imageio::Progress Report(double first, double last);

@@ -1,6 +1,9 @@
 #include "program/ChainCheck.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <map>
 #include <optional>
@@ -58,7 +61,51 @@ bool IsNumber(std::string_view text, NumberForm form) {
   return taken && text.empty();
 }
 
+// The number in a text that IsNumber takes; nothing for one that no double holds.
+std::optional<double> ValueOf(std::string_view text, NumberForm form) {
+  Take(text, kWhite);
+  Take(text, "+", 1);
+  if (form == NumberForm::Hexadecimal) {
+    std::uint64_t value = 0;
+    if (text.starts_with("0x") || text.starts_with("0X")) text.remove_prefix(2);
+    const auto error = std::from_chars(text.data(), text.data() + text.size(), value, 16).ec;
+    return error == std::errc() ? std::optional(static_cast<double>(value)) : std::nullopt;
+  }
+  double value = 0;
+  const auto error = std::from_chars(text.data(), text.data() + text.size(), value).ec;
+  return error == std::errc() && std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
+// Half of the last place that is shown.
+double RoundingOf(std::string_view shown) {
+  const std::size_t point = shown.find('.');
+  const std::size_t places = point == kNone ? 0 : shown.size() - point - 1;
+  return 0.5 * std::pow(10.0, -static_cast<double>(places));
+}
+
+// Whether the number that a filter shows is the one that it was given.
+bool IsKept(std::string_view given, std::string_view shown, NumberForm form) {
+  if (given == shown || form == NumberForm::AnyText) return true;
+  const auto wanted = ValueOf(given, form), kept = ValueOf(shown, form);
+  if (!wanted || !kept) return false;
+  constexpr double kRelative = 1e-9;  // what comes of printing and reading a double
+  const double rounding = form == NumberForm::Fraction ? RoundingOf(shown) : 0;
+  return std::abs(*wanted - *kept) <=
+         rounding * (1 + kRelative) + std::abs(*kept) * kRelative * rounding;
+}
+
 // --- keys
+
+// A key that a filter reads and does not print, and the one that it changes by it.
+struct SilentKey {
+  std::string_view progId;
+  std::string_view key;
+  std::string_view changes;
+};
+
+constexpr SilentKey kSilentKeys[] = {{"ZNFilter.Scale.1", "ScaleThrough", ""},
+                                     {"ZNFilter.Shadow.1", "LightOn", "LightIntensity"},
+                                     {"ZNFilter.Shadow.1", "ShadowOn", "ShadowDensity"}};
 
 using KnownKeys = std::map<std::string, NumberForm, std::less<>>;
 
@@ -102,6 +149,9 @@ KnownKeys KeysOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
                {"Vis", NumberForm::Whole},
                {"ExBlit", NumberForm::Whole},
                {"ExParam", NumberForm::Whole}});
+  for (const SilentKey& silent : kSilentKeys) {
+    if (silent.progId == entry.progId) keys.emplace(silent.key, NumberForm::Whole);
+  }
   if (entry.row->defaultText) AddKeysOf(entry.row->defaultText, keys);
   AddKeysOf(NewFilterText(creator, entry.progId), keys);
   AddKeysOf(MeasuringText(creator, entry.progId), keys);
@@ -187,14 +237,52 @@ class Checker {
       current.clear();
       Fail("unknown filter " + Quoted(item.name) + PlaceOf(item.name) + hint);
     }
+    if (entry->row && !IsBuilt(*entry)) {
+      Fail("this class is listed only and passes the picture through" + PlaceOf(item.name) +
+           "; --lenient takes it");
+    }
     // What a filter prints is good, even where it has no keys.
-    const bool isOwnText = item.parameters == NewFilterText(creator, entry->progId);
-    if (IsBuilt(*entry) && !isOwnText) CheckParameters(item.parameters, KeysOf(*entry, creator));
+    const std::string kept = FilterTextBehind(creator, entry->progId, std::string(item.parameters));
+    if (entry->row && item.parameters != kept) {
+      const KnownKeys keys = KeysOf(*entry, creator);
+      CheckParameters(item.parameters, keys);
+      CheckKept(*entry, item.parameters, kept, keys);
+    }
     current.clear();
   }
 
+  // A filter that has no place for a number takes another one.
+  void CheckKept(const FilterEntry& entry, std::string_view parameters, std::string_view kept,
+                 const KnownKeys& keys) const {
+    const std::vector<ParameterItem> given = SplitParameters(parameters);
+    const std::vector<ParameterItem> shown = SplitParameters(kept);
+    const auto isGiven = [&](std::string_view key) { return WithKey(given, key) != given.end(); };
+    for (const ParameterItem& item : given) {
+      const auto same = WithKey(shown, item.key);
+      const bool isChanged =
+          std::any_of(std::begin(kSilentKeys), std::end(kSilentKeys), [&](const SilentKey& silent) {
+            return silent.progId == entry.progId && silent.changes == item.key &&
+                   isGiven(silent.key);
+          });
+      if (same == shown.end() || item.whole.empty() || isChanged) continue;
+      if (IsKept(item.value, same->value, FindKey(keys, item.key)->second)) continue;
+      Fail(Quoted(item.whole) + PlaceOf(item.whole) + ": the filter takes " +
+           base::ToUtf8(same->value) + " instead");
+    }
+  }
+
+  static std::vector<ParameterItem>::const_iterator WithKey(const std::vector<ParameterItem>& items,
+                                                            std::string_view key) {
+    return std::find_if(items.begin(), items.end(), [&](const ParameterItem& item) {
+      return item.key == key && item.value.data();
+    });
+  }
+
   void CheckParameters(std::string_view parameters, const KnownKeys& keys) const {
-    for (const ParameterItem& item : SplitParameters(parameters)) {
+    const std::vector<ParameterItem> given = SplitParameters(parameters);
+    for (const ParameterItem& item : given) {
+      // A comma at the end parts it from nothing.
+      if (item.whole.empty() && &item == &given.back() && given.size() > 1) continue;
       if (item.whole.empty()) Fail("a parameter is missing" + PlaceOf(item.whole));
       if (!item.value.data() || item.key.empty()) {
         Fail(Quoted(item.whole) + PlaceOf(item.whole) + " is not Key=number");

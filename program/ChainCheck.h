@@ -19,9 +19,11 @@ class ChainError : public std::runtime_error {
 };
 
 // Takes both layouts, "name(parameters)" and "(name(parameters)", with white space between the
-// items and around the parameters' commas. Every filter has to be one of `filters`, and of a built
-// class every parameter a known key with a number of its kind; a number out of a dialog's range is
-// none of the errors. Of other classes any parameters are good. An empty text is an empty chain.
+// items and around the parameters' commas, of which one more may stand at the end. Every filter has
+// to be one of `filters` and do its work, and every parameter a known key with a number of its kind
+// that the filter keeps as it is; a number out of a dialog's range alone is none of the errors. Of
+// another module's classes any parameters are good, and of any class the text that it prints. An
+// empty text is an empty chain.
 //
 // Returns the text as the library takes it: without the white space between the items. Throws
 // ChainError.

@@ -1,25 +1,25 @@
 #include "program/ChainOptions.h"
 
 #include <CLI/CLI.hpp>
-#include <fstream>
-#include <sstream>
 
 #include "program/ChainCheck.h"
 #include "program/Messages.h"
 #include "program/Presets.h"
+#include "program/StandardStreams.h"
 
 namespace program {
 namespace {
 
+// Far more than any chain is: what goes on is no chain.
+bool IsShort(const Bytes& first) {
+  constexpr std::size_t kLongestPiece = std::size_t{1} << 24;
+  return first.size() < kLongestPiece && first[0] != 0;
+}
+
 std::string ReadChainFile(const std::string& file) {
-  std::ifstream stream(PathOf(file), std::ios::binary);
-  std::ostringstream text;
-  // Copying nothing would count as a failure.
-  if (stream.peek() != std::ifstream::traits_type::eof()) text << stream.rdbuf();
-  if (!stream.is_open() || stream.bad() || text.fail()) {
-    throw UsageError(file + ": the chain cannot be read");
-  }
-  return text.str();
+  const auto bytes =
+      file == kStandard ? ReadStandardInput(IsShort) : ReadPipe(PathOf(file), IsShort);
+  return {bytes.begin(), bytes.end()};
 }
 
 }  // namespace
@@ -32,7 +32,8 @@ void AddChainOptions(CLI::App& command, ChainOptions& options) {
       ->type_name("CHAIN");
   command
       .add_option("-f,--file", options.file,
-                  "File that holds the chain text; blanks and line ends between items are free")
+                  "File that holds the chain text, - for standard input; blanks and line ends "
+                  "between items are free")
       ->type_name("FILE");
   command.add_option("--open", options.open, "Marker ahead of an item's parameters")
       ->type_name("MARKER")
@@ -49,7 +50,12 @@ ChainText TakeChain(const ChainOptions& options, IAnimFilterCreator& creator) {
     throw UsageError("give the chain with -c or with -f, not both");
   if (!options.chain && !options.file)
     throw UsageError("the chain is missing: give it with -c or -f");
-  const std::string given = options.chain ? *options.chain : ReadChainFile(*options.file);
+  std::string given;
+  try {
+    given = options.chain ? *options.chain : ReadChainFile(*options.file);
+  } catch (const FileError& error) {
+    throw UsageError(error.what());
+  }
   const std::string outside = ExpandPresets(given, options.open, options.close);
   ChainText chain{ChainTextOf(outside), ChainTextOf(options.open), ChainTextOf(options.close)};
   if (options.lenient) return chain;

@@ -60,6 +60,24 @@ bool Contains(std::string_view whole, std::string_view part) {
          whole.end();
 }
 
+platform::ComPtr<IAnimFilterParameter> MakeFilter(IAnimFilterCreator& creator,
+                                                  const std::string& progId) {
+  platform::ComPtr<IAnimFilterParameter> filter;
+  creator.CreateFilter(progId.c_str(), IAnimFilterParameter::kIid, filter.PutVoid());
+  return filter;
+}
+
+// A buffer that is too small stays as it is.
+std::string TextOf(IAnimFilterParameter& filter) {
+  constexpr std::size_t kLargest = std::size_t{1} << 24;
+  for (std::size_t size = 4096; size <= kLargest; size *= 2) {
+    std::vector<char> text(size, 0);
+    filter.GetParameter(text.data(), static_cast<int>(size));
+    if (text[0]) return text.data();
+  }
+  return {};
+}
+
 }  // namespace
 
 std::vector<FilterEntry> ListFilters(IAnimFilterCreator& creator) {
@@ -84,11 +102,16 @@ const FilterEntry* FindFilter(const std::vector<FilterEntry>& filters, const std
 }
 
 std::string NewFilterText(IAnimFilterCreator& creator, const std::string& progId) {
-  platform::ComPtr<IAnimFilterParameter> filter;
-  creator.CreateFilter(progId.c_str(), IAnimFilterParameter::kIid, filter.PutVoid());
-  char text[16384] = "";
-  if (filter) filter->GetParameter(text, sizeof text);
-  return text;
+  const auto filter = MakeFilter(creator, progId);
+  return filter ? TextOf(*filter.Get()) : "";
+}
+
+std::string FilterTextBehind(IAnimFilterCreator& creator, const std::string& progId,
+                             const std::string& parameters) {
+  const auto filter = MakeFilter(creator, progId);
+  if (!filter) return {};
+  filter->SetParameter(parameters.c_str(), 1);
+  return TextOf(*filter.Get());
 }
 
 std::vector<ParameterItem> SplitParameters(std::string_view text) {

@@ -24,6 +24,9 @@ const FilterEntry* FindFilter(const std::vector<FilterEntry>& filters, const std
 
 // The parameter text of a new filter; empty when it gives none.
 std::string NewFilterText(IAnimFilterCreator& creator, const std::string& progId);
+// The one that such a filter prints when it was given these parameters.
+std::string FilterTextBehind(IAnimFilterCreator& creator, const std::string& progId,
+                             const std::string& parameters);
 
 // Whether its keys are known: the class is one of ours and does its work.
 inline bool IsBuilt(const FilterEntry& entry) {

@@ -1,6 +1,7 @@
 #include "program/OutputNames.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 
 #include "program/Messages.h"
@@ -10,17 +11,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string ExtensionFor(const fs::path& input) {
+constexpr char kKinds[] = "png, jpg, tif, bmp, ppm or pam";
+
+std::string ExtensionFor(const fs::path& input, const OutputOptions& options) {
+  if (options.kind) return "." + *options.kind;
   const bool canBeWritten = imageio::FormatOfName(input) != imageio::Format::Unknown;
   return canBeWritten ? Utf8Of(input.extension()) : ".png";
 }
 
-fs::path NameInFolder(const fs::path& folder, const fs::path& input) {
-  return folder / (input.stem() += PathOf(ExtensionFor(input)));
+fs::path NameInFolder(const fs::path& folder, const fs::path& input, const OutputOptions& options) {
+  return folder / (input.stem() += PathOf(ExtensionFor(input, options)));
 }
 
-fs::path NameBeside(const fs::path& input) {
-  return input.parent_path() / (input.stem() += PathOf("-fxbox" + ExtensionFor(input)));
+fs::path NameBeside(const fs::path& input, const OutputOptions& options) {
+  return input.parent_path() / (input.stem() += PathOf("-fxbox" + ExtensionFor(input, options)));
 }
 
 bool IsFolderName(const fs::path& path) {
@@ -52,34 +56,113 @@ void RefuseSameOutput(const std::vector<PlannedFile>& plan) {
   }
 }
 
+bool IsSameFile(const fs::path& a, const fs::path& b) {
+  std::error_code error;
+  const bool same = fs::equivalent(a, b, error);
+  return error ? SameFileKey(a) == SameFileKey(b) : same;
+}
+
+// Whatever the names are: links lead to the same file too.
+void RefuseLostInputs(const std::vector<PlannedFile>& plan, bool inPlace) {
+  for (const PlannedFile& file : plan) {
+    std::error_code ignored;
+    if (file.ToStandard() || !fs::exists(file.output, ignored)) continue;
+    for (const PlannedFile& other : plan) {
+      if (other.FromStandard() || !IsSameFile(file.output, other.input)) continue;
+      if (&other == &file && inPlace) continue;
+      throw UsageError(Utf8Of(file.output) + ": the result of " + Utf8Of(file.input) +
+                       (&other == &file ? " would take the place of its input (--in-place does so)"
+                                        : " would take the place of another input"));
+    }
+  }
+}
+
+void RefuseTwoStandards(const std::vector<PlannedFile>& plan) {
+  if (std::count_if(plan.begin(), plan.end(), std::mem_fn(&PlannedFile::FromStandard)) > 1) {
+    throw UsageError("standard input can be read once only");
+  }
+}
+
+void CheckOptions(const OutputOptions& options) {
+  if (options.out && options.out->empty()) throw UsageError("the name of the output is empty");
+  if (options.inPlace && options.skipExisting) {
+    throw UsageError("--in-place and --skip-existing exclude each other");
+  }
+  if (!options.kind) return;
+  if (imageio::FormatOfName(PathOf("x." + *options.kind)) == imageio::Format::Unknown) {
+    throw UsageError("--format: " + *options.kind + " is none of " + kKinds);
+  }
+  if (options.inPlace) throw UsageError("--in-place keeps the name of a file, and so its kind");
+}
+
+// Whether the results lie in the folder that `out` names.
+bool IntoFolder(std::size_t inputs, const OutputOptions& options) {
+  if (!options.out || *options.out == kStandard) return false;
+  const fs::path target = PathOf(*options.out);
+  std::error_code ignored;
+  if (inputs == 1) return IsFolderName(target);
+  if (fs::exists(target, ignored) && !fs::is_directory(target, ignored)) {
+    throw UsageError(*options.out + ": is no folder, and there are several inputs");
+  }
+  return true;
+}
+
+fs::path OutputOf(const PlannedFile& file, const OutputOptions& options) {
+  if (file.intoFolder) {
+    const fs::path name = file.FromStandard() ? "stdin" : file.input;
+    return NameInFolder(PathOf(*options.out), name, options);
+  }
+  if (options.out) return PathOf(*options.out);
+  if (file.FromStandard() || options.inPlace) return file.input;
+  return NameBeside(file.input, options);
+}
+
+// A name that says another kind than --format is a mistake.
+imageio::Format FormatOf(const PlannedFile& file, const OutputOptions& options) {
+  const auto byName = imageio::FormatOfName(file.output);
+  const auto asked =
+      options.kind ? imageio::FormatOfName(PathOf("x." + *options.kind)) : imageio::Format::Unknown;
+  if (file.ToStandard() || (asked != imageio::Format::Unknown && !file.output.has_extension())) {
+    return asked;
+  }
+  if (byName == imageio::Format::Unknown) {
+    throw UsageError(Utf8Of(file.output) +
+                     ": the name says no kind of picture that can be written: .png, .jpg, .tif, "
+                     ".bmp, .ppm, .pam");
+  }
+  if (options.kind && asked != byName) {
+    throw UsageError(Utf8Of(file.output) + ": the name says another kind than --format " +
+                     *options.kind);
+  }
+  return byName;
+}
+
+PlannedFile Plan(const std::string& input, bool intoFolder, const OutputOptions& options) {
+  PlannedFile file;
+  file.input = PathOf(input);
+  file.intoFolder = intoFolder;
+  file.output = OutputOf(file, options);
+  file.format = FormatOf(file, options);
+  std::error_code ignored;
+  file.isThere =
+      options.skipExisting && !file.ToStandard() && fs::is_regular_file(file.output, ignored);
+  return file;
+}
+
 }  // namespace
 
 std::vector<PlannedFile> PlanOutputs(const std::vector<std::string>& inputs,
-                                     const std::optional<std::string>& out) {
-  const fs::path target = PathOf(out.value_or(""));
-  const bool intoFolder = out && !out->empty() && (inputs.size() > 1 || IsFolderName(target));
-  std::error_code ignored;
-  if (out && out->empty()) throw UsageError("the name of the output is empty");
-  if (intoFolder && fs::exists(target, ignored) && !fs::is_directory(target, ignored)) {
-    throw UsageError(*out + ": is no folder, and there are several inputs");
+                                     const OutputOptions& options) {
+  CheckOptions(options);
+  if (inputs.size() > 1 && options.out == kStandard) {
+    throw UsageError("standard output takes one picture, and there are several inputs");
   }
+  const bool intoFolder = IntoFolder(inputs.size(), options);
   std::vector<PlannedFile> plan;
-  for (const std::string& name : inputs) {
-    PlannedFile file;
-    file.input = PathOf(name);
-    file.intoFolder = intoFolder;
-    file.output = !out         ? NameBeside(file.input)
-                  : intoFolder ? NameInFolder(target, file.input)
-                               : target;
-    file.format = imageio::FormatOfName(file.output);
-    if (file.format == imageio::Format::Unknown) {
-      throw UsageError(*out +
-                       ": the name says no kind of picture that can be written: .png, .jpg, .tif, "
-                       ".bmp, .ppm, .pam");
-    }
-    plan.push_back(std::move(file));
-  }
+  for (const std::string& input : inputs) plan.push_back(Plan(input, intoFolder, options));
+  RefuseTwoStandards(plan);
   RefuseSameOutput(plan);
+  RefuseLostInputs(plan, options.inPlace);
   return plan;
 }
 

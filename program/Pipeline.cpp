@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "component/Fxbox4.h"
+#include "core/ChainText.h"
 
 namespace program {
 
@@ -20,6 +21,15 @@ platform::ComPtr<PictureSource> MakeBlankSource(Size size, Size target,
                                                 std::optional<double> zoom) {
   const auto nothing = [](const imageio::Rows&, const imageio::Progress&) { return true; };
   return platform::ComPtr<PictureSource>::Attach(new PictureSource({size, target, zoom}, nothing));
+}
+
+Size SizeBehind(IUnknown* filter) {
+  Size size;
+  int ignored = 0;
+  if (const auto source = platform::ComPtr<IAnimFilterDestCallsThis>::Query(filter)) {
+    source->GetInfo(&size.width, &size.height, &ignored, &ignored, &ignored, &ignored);
+  }
+  return size;
 }
 
 Pipeline::Pipeline(IAnimFilterCreator& filterCreator, platform::ComPtr<PictureSource> pictureSource)
@@ -40,8 +50,18 @@ Pipeline::~Pipeline() {
 }
 
 void Pipeline::SetText(const ChainText& chainText) {
-  chain->SetChainTextLocked(chainText.text.c_str(), chainText.open.c_str(), chainText.close.c_str(),
-                            &creator);
+  chain->RemoveAll();
+  int position = 0;
+  for (const ChainTextItem& item :
+       SplitChainText(chainText.text.c_str(), chainText.open.c_str(), chainText.close.c_str())) {
+    platform::ComPtr<IAnimFilter> filter;
+    creator.CreateFilter(item.name.c_str(), IAnimFilter::kIid, filter.PutVoid());
+    if (!filter) continue;
+    if (const auto parameter = platform::ComPtr<IAnimFilterParameter>::Query(filter.Get())) {
+      parameter->SetParameter(item.parameters.c_str(), 1);
+    }
+    if (SUCCEEDED(chain->InsertAt(position, filter.Get()))) ++position;
+  }
 }
 
 std::string Pipeline::Text(const ChainText& markers, bool active) const {

@@ -26,6 +26,9 @@ platform::ComPtr<IAnimFilterCreator> MakeCreator();
 platform::ComPtr<PictureSource> MakeBlankSource(Size size, Size target,
                                                 std::optional<double> zoom = {});
 
+// The size of what a filter gives out, in the state in which its chain is.
+Size SizeBehind(IUnknown* filter);
+
 // Failures are std::runtime_errors in words for the user.
 class Pipeline {
  public:
@@ -34,6 +37,9 @@ class Pipeline {
   Pipeline(const Pipeline&) = delete;
   Pipeline& operator=(const Pipeline&) = delete;
 
+  // Builds the chain anew, one filter an item, so that a class may stand twice in the text: the
+  // chain's own reading of a text could take the filter of another item for it. An item whose
+  // filter cannot be made is left out.
   void SetText(const ChainText& chainText);
   // The chain text that the chain hands out, with the given markers. `active` prints what the pulls
   // work with, which is settled by Settle.

@@ -37,9 +37,16 @@ void AddCommands(CLI::App& app, Action& action) {
   AddLogCommand(app, action);
 }
 
+// What was printed may have been lost: the disk is full, or nobody reads any more.
+int CheckOutput(int status) {
+  if (std::cout.flush()) return status;
+  PrintError("standard output: cannot be written");
+  return std::max(status, kSomeFailed);
+}
+
 // Prints help or version where they were asked for.
 int TellParsing(const CLI::App& app, const CLI::ParseError& outcome) {
-  if (outcome.get_exit_code() == 0) return app.exit(outcome);
+  if (outcome.get_exit_code() == 0) return CheckOutput(app.exit(outcome));
   PrintError(std::string(outcome.what()) + " (fxbox --help tells more)");
   return kWrongUse;
 }
@@ -47,7 +54,7 @@ int TellParsing(const CLI::App& app, const CLI::ParseError& outcome) {
 int RunAction(const Action& action) {
   try {
     const ComponentRuntime runtime;
-    return action();
+    return CheckOutput(action());
   } catch (const UsageError& error) {
     PrintError(error.what());
     return kWrongUse;
@@ -76,5 +83,7 @@ int Run(std::vector<std::string> arguments) {
 }  // namespace program
 
 int main(int argc, char** argv) {
-  return program::Run(platform::CurrentServices().terminal->Arguments(argc, argv));
+  platform::Terminal& terminal = *platform::CurrentServices().terminal;
+  terminal.Start(std::cout, std::cerr);
+  return program::Run(terminal.Arguments(argc, argv));
 }

@@ -194,6 +194,17 @@ std::vector<std::string> FakeTerminal::Arguments(int argc, char** argv) {
   return argc > 1 ? std::vector<std::string>(argv + 1, argv + argc) : std::vector<std::string>();
 }
 
+std::optional<std::size_t> FakeTerminal::ReadInput(void* to, std::size_t count) {
+  const std::size_t got = input.copy(static_cast<char*>(to), count);
+  input.erase(0, got);
+  return got;
+}
+
+std::optional<std::string> FakeTerminal::WriteOutput(std::string_view bytes) {
+  output += bytes;
+  return std::nullopt;
+}
+
 void FakeTerminal::Interrupt() const {
   if (handler) handler();
 }

@@ -146,13 +146,18 @@ class RecordingDesktop final : public Desktop {
 class FakeTerminal final : public Terminal {
  public:
   std::vector<std::string> Arguments(int argc, char** argv) override;
+  void Start(std::ostream&, std::ostream&) override {}
   int ErrorWidth() override { return width; }
+  std::optional<std::size_t> ReadInput(void* to, std::size_t count) override;
+  std::optional<std::string> WriteOutput(std::string_view bytes) override;
   void OnInterrupt(void (*wanted)()) override { handler = wanted; }
 
   // Does nothing when nobody waits for it.
   void Interrupt() const;
 
   int width = 0;
+  std::string input;   // what is still to be read
+  std::string output;  // what was written
 
  private:
   void (*handler)() = nullptr;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -29,5 +30,16 @@ class Descriptor {
  private:
   int number;
 };
+
+// Writes all bytes, whatever pieces the system takes; 0 or the error. `rest` is what is left.
+inline int WriteAll(int descriptor, std::string_view& rest) {
+  while (!rest.empty()) {
+    const ssize_t written = write(descriptor, rest.data(), rest.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return written < 0 ? errno : EIO;
+    rest.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return 0;
+}
 
 }  // namespace platform

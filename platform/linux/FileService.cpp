@@ -2,7 +2,10 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <link.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+
+#include <vector>
 
 #include "platform/SystemServices.h"
 #include "platform/TemporaryFile.h"
@@ -59,30 +62,78 @@ Destination Resolve(const fs::path& target) {
   return to;
 }
 
-// Makes the new file: for an existing target with no rights for others until it has that file's
-// own, otherwise with those that the process gives to new files. Returns 0 or the error.
-int CreateBeside(const Destination& to, fs::path& path) {
+// Whether the path still leads to the open file.
+bool Names(const fs::path& path, const Descriptor& file) {
+  struct stat named = {}, open = {};
+  return lstat(path.c_str(), &named) == 0 && fstat(file.Get(), &open) == 0 &&
+         named.st_dev == open.st_dev && named.st_ino == open.st_ino;
+}
+
+// A new file that is being written has a lock on it, which ends with the program. File systems
+// without locks keep what is left over.
+bool IsLeftOver(const Descriptor& file) {
+  return file && flock(file.Get(), LOCK_EX | LOCK_NB) == 0;
+}
+
+void RemoveLeftOvers(const fs::path& folder) {
+  std::error_code error;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const fs::path& path = entry->path();
+    if (!IsTemporaryName(path.filename())) continue;
+    const int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    const Descriptor file(open(path.c_str(), flags));
+    if (IsLeftOver(file) && Names(path, file)) unlink(path.c_str());
+  }
+}
+
+// A new file with its lock, open for writing; the descriptor is none when there was an error.
+struct NewFile {
+  Descriptor file;
+  fs::path path;
+  int error = 0;
+};
+
+// For an existing target the new file has no rights for others until it has that file's own,
+// otherwise those that the process gives to new files.
+NewFile CreateBeside(const fs::path& target, bool exists) {
   constexpr int kMostTries = 100;
   for (int i = 0; i < kMostTries; ++i) {
-    path = TemporaryPathBeside(to.file);
-    const mode_t mode = to.exists ? 0600 : 0666;
-    const Descriptor made(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-    if (made) return 0;
-    if (errno != EEXIST) return errno;
+    const fs::path path = TemporaryPathBeside(target);
+    Descriptor made(
+        open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, exists ? 0600 : 0666));
+    if (!made && errno != EEXIST) return {Descriptor(-1), {}, errno};
+    if (!made) continue;
+    // Another program may take it for a left-over before it is locked.
+    const bool isLocked = flock(made.Get(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+    if (isLocked && Names(path, made)) return {std::move(made), path, 0};
   }
-  return EEXIST;
+  return {Descriptor(-1), {}, EEXIST};
 }
 
 // Gives the written file the rights of the one that it replaces and brings it to the disk.
-int Finish(const Destination& to, const fs::path& written) {
-  const Descriptor file(open(written.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!file) return errno;
+int Finish(const Destination& to, const Descriptor& file) {
   if (to.exists) {
     // Only the superuser can keep another's file his; for others it stays the writer's own.
     [[maybe_unused]] const int kept = fchown(file.Get(), to.status.st_uid, to.status.st_gid);
     if (fchmod(file.Get(), to.status.st_mode & 07777) != 0) return errno;
   }
   return fsync(file.Get()) == 0 ? 0 : errno;
+}
+
+// Gives the bytes of a file to a device, a pipe or an open descriptor; 0 or the error.
+int CopyInto(const fs::path& target, const Descriptor& file) {
+  const Descriptor to(open(target.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY));
+  if (!to) return errno;
+  std::vector<char> block(std::size_t{1} << 16);
+  for (off_t at = 0;;) {
+    const ssize_t got = pread(file.Get(), block.data(), block.size(), at);
+    if (got < 0 && errno == EINTR) continue;
+    if (got <= 0) return got < 0 ? errno : 0;
+    std::string_view part(block.data(), static_cast<std::size_t>(got));
+    if (const int error = WriteAll(to.Get(), part)) return error;
+    at += got;
+  }
 }
 
 // After a loss of power the name leads to the new file as well. Some file systems cannot do this.
@@ -100,13 +151,7 @@ class SharedFile final : public GrowingFile {
     struct stat before = {};
     const bool known = fstat(file.Get(), &before) == 0;
     std::string_view rest = bytes;
-    while (!rest.empty()) {
-      const ssize_t written = write(file.Get(), rest.data(), rest.size());
-      if (written < 0 && errno == EINTR) continue;
-      if (written <= 0) break;
-      rest.remove_prefix(static_cast<std::size_t>(written));
-    }
-    if (rest.empty()) return true;
+    if (WriteAll(file.Get(), rest) == 0) return true;
     if (known && rest.size() < bytes.size()) {
       [[maybe_unused]] const int cut = ftruncate(file.Get(), before.st_size);
     }
@@ -128,21 +173,35 @@ class SharedFile final : public GrowingFile {
   const bool writesThrough;
 };
 
+// A reader at the other end sees a finished file or nothing of it.
+std::optional<std::string> Pipe(const fs::path& target, const Files::WriteFile& write) {
+  std::error_code error;
+  const fs::path folder = fs::temp_directory_path(error);
+  if (error) return ReasonOf(error.value());
+  const NewFile made = CreateBeside(folder / target.filename(), true);
+  if (made.error) return ReasonOf(made.error);
+  const TemporaryFile temporary(made.path);
+  if (!write(made.path)) return "";
+  const int failure = CopyInto(target, made.file);
+  return failure ? std::optional(ReasonOf(failure)) : std::nullopt;
+}
+
 class FileService final : public Files {
  public:
   std::optional<std::string> Replace(const fs::path& target, const WriteFile& write) override {
     if (target.empty()) return ReasonOf(ENOENT);
     const Destination to = Resolve(target);
     if (to.error) return ReasonOf(to.error);
-    if (!to.replaceable) return write(target) ? std::nullopt : std::optional<std::string>("");
+    if (!to.replaceable) return Pipe(target, write);
     // Renaming would not ask the file that goes, but who protects a file means to keep it.
     if (to.exists && access(to.file.c_str(), W_OK) != 0) return ReasonOf(errno);
-    fs::path made;
-    if (const int error = CreateBeside(to, made)) return ReasonOf(error);
-    TemporaryFile temporary(made);
-    if (!write(made)) return "";
-    if (const int error = Finish(to, made)) return ReasonOf(error);
-    if (rename(made.c_str(), to.file.c_str()) != 0) return ReasonOf(errno);
+    RemoveLeftOvers(to.file.parent_path());
+    const NewFile made = CreateBeside(to.file, to.exists);
+    if (made.error) return ReasonOf(made.error);
+    TemporaryFile temporary(made.path);
+    if (!write(made.path)) return "";
+    if (const int error = Finish(to, made.file)) return ReasonOf(error);
+    if (rename(made.path.c_str(), to.file.c_str()) != 0) return ReasonOf(errno);
     temporary.Keep();
     SyncFolder(to.file.parent_path());
     return std::nullopt;

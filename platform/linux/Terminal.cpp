@@ -6,6 +6,7 @@
 #include <atomic>
 
 #include "platform/SystemServices.h"
+#include "platform/linux/Descriptor.h"
 
 namespace platform {
 namespace {
@@ -41,6 +42,21 @@ class SystemTerminalService final : public Terminal {
     std::vector<std::string> arguments;
     for (int i = 1; i < argc && argv[i]; ++i) arguments.emplace_back(argv[i]);
     return arguments;
+  }
+
+  void Start(std::ostream&, std::ostream&) override { signal(SIGPIPE, SIG_IGN); }
+
+  std::optional<std::size_t> ReadInput(void* to, std::size_t count) override {
+    for (;;) {
+      const ssize_t got = read(STDIN_FILENO, to, count);
+      if (got >= 0) return static_cast<std::size_t>(got);
+      if (errno != EINTR) return std::nullopt;
+    }
+  }
+
+  std::optional<std::string> WriteOutput(std::string_view bytes) override {
+    const int error = WriteAll(STDOUT_FILENO, bytes);
+    return error ? std::optional(std::generic_category().message(error)) : std::nullopt;
   }
 
   int ErrorWidth() override {

@@ -1,6 +1,8 @@
 // Files that appear whole or not at all, by renaming.
 #include <windows.h>
 
+#include <vector>
+
 #include "platform/SystemServices.h"
 #include "platform/TemporaryFile.h"
 #include "platform/windows/Handle.h"
@@ -54,22 +56,51 @@ Destination Resolve(const fs::path& target) {
   return to;
 }
 
-DWORD CreateBeside(const fs::path& target, fs::path& path) {
-  constexpr int kMostTries = 100;
-  for (int i = 0; i < kMostTries; ++i) {
-    path = TemporaryPathBeside(target);
-    const Handle made(CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
-                                  FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (made) return ERROR_SUCCESS;
-    if (GetLastError() != ERROR_FILE_EXISTS) return GetLastError();
+// A new file that is being written is open; no other program can have it for itself.
+void RemoveLeftOvers(const fs::path& folder) {
+  std::error_code error;
+  for (fs::directory_iterator entry(folder.empty() ? "." : folder, error), end;
+       !error && entry != end; entry.increment(error)) {
+    if (!IsTemporaryName(entry->path().filename())) continue;
+    const Handle alone(CreateFileW(entry->path().c_str(), GENERIC_READ | DELETE, 0, nullptr,
+                                   OPEN_EXISTING, FILE_FLAG_DELETE_ON_CLOSE, nullptr));
   }
-  return ERROR_FILE_EXISTS;
 }
 
-DWORD Flush(const fs::path& path) {
-  const Handle file(
-      CreateFileW(path.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
-  return file && FlushFileBuffers(file.Get()) ? ERROR_SUCCESS : GetLastError();
+// A new file, open as long as the handle lives; the handle is none when there was an error.
+struct NewFile {
+  Handle file;
+  fs::path path;
+  DWORD error = ERROR_SUCCESS;
+};
+
+NewFile CreateBeside(const fs::path& target) {
+  constexpr int kMostTries = 100;
+  for (int i = 0; i < kMostTries; ++i) {
+    const fs::path path = TemporaryPathBeside(target);
+    Handle made(CreateFileW(path.c_str(), GENERIC_READ | GENERIC_WRITE, kShareAll, nullptr,
+                            CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (made) return {std::move(made), path, ERROR_SUCCESS};
+    if (GetLastError() != ERROR_FILE_EXISTS) return {Handle(nullptr), {}, GetLastError()};
+  }
+  return {Handle(nullptr), {}, ERROR_FILE_EXISTS};
+}
+
+// Gives the bytes of a file to a device or a pipe.
+DWORD CopyInto(const fs::path& target, const Handle& file) {
+  const Handle to(
+      CreateFileW(target.c_str(), GENERIC_WRITE, kShareAll, nullptr, OPEN_EXISTING, 0, nullptr));
+  if (!to) return GetLastError();
+  std::vector<char> block(std::size_t{1} << 16);
+  if (!SetFilePointerEx(file.Get(), {}, nullptr, FILE_BEGIN)) return GetLastError();
+  for (;;) {
+    DWORD got = 0, written = 0;
+    const auto size = static_cast<DWORD>(block.size());
+    if (!ReadFile(file.Get(), block.data(), size, &got, nullptr)) return GetLastError();
+    if (got == 0) return ERROR_SUCCESS;
+    if (!WriteFile(to.Get(), block.data(), got, &written, nullptr)) return GetLastError();
+    if (written != got) return ERROR_WRITE_FAULT;
+  }
 }
 
 // Virus scanners and indexers hold a new file open for a moment.
@@ -122,18 +153,34 @@ class SharedFile final : public GrowingFile {
   Handle file;
 };
 
+// A reader at the other end sees a finished file or nothing of it.
+std::optional<std::string> Pipe(const fs::path& target, const Files::WriteFile& write) {
+  std::error_code error;
+  const fs::path folder = fs::temp_directory_path(error);
+  if (error) return ReasonOf(static_cast<DWORD>(error.value()));
+  NewFile made = CreateBeside(folder / target.filename());
+  if (made.error) return ReasonOf(made.error);
+  const TemporaryFile temporary(made.path);
+  if (!write(made.path)) return "";
+  const DWORD failure = CopyInto(target, made.file);
+  { const Handle closed = std::move(made.file); }
+  return failure ? std::optional(ReasonOf(failure)) : std::nullopt;
+}
+
 class FileService final : public Files {
  public:
   std::optional<std::string> Replace(const fs::path& target, const WriteFile& write) override {
     const Destination to = Resolve(target);
     if (to.error) return ReasonOf(to.error);
-    if (!to.replaceable) return write(target) ? std::nullopt : std::optional<std::string>("");
-    fs::path made;
-    if (const DWORD error = CreateBeside(to.file, made)) return ReasonOf(error);
-    TemporaryFile temporary(made);
-    if (!write(made)) return "";
-    if (const DWORD error = Flush(made)) return ReasonOf(error);
-    if (const DWORD error = MoveInPlace(made, to.file)) return ReasonOf(error);
+    if (!to.replaceable) return Pipe(target, write);
+    RemoveLeftOvers(to.file.parent_path());
+    const NewFile made = CreateBeside(to.file);
+    if (made.error) return ReasonOf(made.error);
+    TemporaryFile temporary(made.path);
+    if (!write(made.path)) return "";
+    if (!FlushFileBuffers(made.file.Get())) return ReasonOf(GetLastError());
+    // Still open, so that nobody takes it for a left-over meanwhile.
+    if (const DWORD error = MoveInPlace(made.path, to.file)) return ReasonOf(error);
     temporary.Keep();
     return std::nullopt;
   }

@@ -18,6 +18,15 @@ inline std::string Utf8Of(std::wstring_view wide) {
   return text;
 }
 
+inline std::wstring WideOf(std::string_view utf8) {
+  const int length = static_cast<int>(utf8.size());
+  if (length == 0) return {};
+  std::wstring wide(static_cast<std::size_t>(length), L'\0');
+  wide.resize(static_cast<std::size_t>(
+      MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, wide.data(), length)));
+  return wide;
+}
+
 // What the system says to an error, as one line in UTF-8.
 inline std::string ReasonOf(DWORD error) {
   wchar_t text[512];

@@ -129,7 +129,7 @@ TEST(BrokenFiles, OfOtherKindsAreToldSo) {
     const Bytes bytes = test::BytesOf(text);
     std::string message;
     EXPECT_EQ(TryBytes(bytes, &message), Outcome::Error);
-    EXPECT_EQ(message, "not a picture file of a known kind") << text;
+    EXPECT_EQ(message.rfind("not a picture file of a known kind (JPEG", 0), 0u) << text;
   }
 }
 

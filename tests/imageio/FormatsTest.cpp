@@ -204,12 +204,56 @@ TEST(Jpeg, ProgressiveGivesTheSame) {
   }
 }
 
-// A file may lack its end mark, but nothing else.
+// A file may lack its end mark, but nothing else; an end mark behind less does not make it whole.
 TEST(Jpeg, CutOffAnywhereIsAnError) {
-  const Bytes whole = MakeJpeg(70, 50, JCS_RGB, 3, true, WavyPixels(70, 50, 3));
-  EXPECT_EQ(Pixels({whole.begin(), whole.end() - 2}), Pixels(whole));
-  for (auto end = whole.begin() + 3; end < whole.end() - 6; ++end) {
-    EXPECT_THROW(Pixels({whole.begin(), end}), imageio::ImageError) << end - whole.begin();
+  for (const bool progressive : {false, true}) {
+    const Bytes whole = MakeJpeg(70, 50, JCS_RGB, 3, progressive, WavyPixels(70, 50, 3));
+    EXPECT_EQ(Pixels({whole.begin(), whole.end() - 2}), Pixels(whole));
+    for (auto end = whole.begin() + 3; end < whole.end() - 6; ++end) {
+      Bytes cut(whole.begin(), end);
+      EXPECT_THROW(Pixels(cut), imageio::ImageError) << end - whole.begin();
+      cut.insert(cut.end(), {0xFF, JPEG_EOI});
+      EXPECT_THROW(Pixels(cut), imageio::ImageError) << end - whole.begin() << " with an end mark";
+    }
+  }
+}
+
+// Each costs a pass over the picture.
+TEST(Jpeg, ScansCountAsWork) {
+  const Bytes bytes = MakeJpeg(70, 50, JCS_RGB, 3, true, WavyPixels(70, 50, 3));
+  ImageReader reader(bytes.data(), bytes.size());
+  TestPicture::Of(reader);
+  reader.LimitWork({70.0 * 50 * 5, " (told)"});
+  try {
+    TestPicture::Of(reader);
+    FAIL();
+  } catch (const imageio::ImageError& error) {
+    EXPECT_STREQ(error.what(), "decoding it takes more work than the limit: 6 passes (told)");
+  }
+}
+
+// A reduced side is rounded up to whole pixels, which is much of a small one.
+TEST(Jpeg, SmallPicturesAreNotStretched) {
+  for (int width = 1; width <= 12; ++width) {
+    for (const int height : {1, 2, 7, 12, 200}) {
+      const Bytes bytes = MakeJpeg(width, height, JCS_RGB, 3, false, WavyPixels(width, height, 3));
+      ImageReader whole(bytes.data(), bytes.size());
+      const TestPicture full = TestPicture::Of(whole);
+      // The same picture in a file that is reduced by means alone.
+      const Bytes plain = test::Written(imageio::Format::Pnm, full);
+      for (const int box : {200, 100, 50, 7, 3, 1}) {
+        ImageReader one(bytes.data(), bytes.size());
+        ImageReader other(plain.data(), plain.size());
+        one.ReduceToFit(box, box);
+        other.ReduceToFit(box, box);
+        TestPicture reduced = TestPicture::Of(one), mean = TestPicture::Of(other);
+        ASSERT_EQ(reduced.colour.size(), mean.colour.size());
+        for (std::size_t i = 0; i < mean.colour.size(); ++i) {
+          ASSERT_NEAR(reduced.colour[i], mean.colour[i], box == 200 ? 0 : 12)
+              << width << "x" << height << " in " << box;
+        }
+      }
+    }
   }
 }
 
@@ -229,6 +273,7 @@ struct TiffKind {
   int samples;
   int extra;  // -1 none
   int compression = COMPRESSION_NONE;
+  int format = SAMPLEFORMAT_UINT;
 };
 
 constexpr int kTiffWidth = 37;
@@ -244,6 +289,7 @@ void SetTiffFields(TIFF* tiff, const TiffKind& kind, bool planes) {
   TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, kind.samples);
   TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, kind.photometric);
   TIFFSetField(tiff, TIFFTAG_COMPRESSION, kind.compression);
+  TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, kind.format);
   TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, planes ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
   const auto extra = static_cast<std::uint16_t>(kind.extra);
   if (kind.extra >= 0) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &extra);
@@ -271,9 +317,14 @@ Bytes PackBlock(const TiffKind& kind, const Samples& samples, int plane, int per
       const auto word = static_cast<std::uint16_t>(value);
       if (kind.bits == 16) {
         std::memcpy(row + 2 * i, &word, 2);
+      } else if (kind.bits == 32) {
+        std::memcpy(row + 4 * i, &value, 4);
       } else {
-        row[i * kind.bits / 8] |=
-            static_cast<std::uint8_t>(value << (8 - kind.bits - i * kind.bits % 8));
+        for (int bit = 0; bit < kind.bits; ++bit) {
+          const int at = i * kind.bits + bit;
+          const unsigned taken = value >> (kind.bits - 1 - bit) & 1;
+          row[at / 8] |= static_cast<std::uint8_t>(taken << (7 - at % 8));
+        }
       }
     }
   }
@@ -337,6 +388,17 @@ TEST(Tiff, AllKinds) {
       {{PHOTOMETRIC_SEPARATED, 8, 5, EXTRASAMPLE_UNASSALPHA},
        {0, 0, 155, 0, 9},
        {255, 255, 100, 9}},
+      {{PHOTOMETRIC_RGB, 12, 3, -1}, {0, 0x801, 0xFFF}, {0, 128, 255, 255}},
+      {{PHOTOMETRIC_MINISBLACK, 10, 1, -1}, {512}, {128, 128, 128, 255}},
+      {{PHOTOMETRIC_RGB, 4, 3, -1}, {1, 2, 15}, {17, 34, 255, 255}},
+      {{PHOTOMETRIC_MINISBLACK, 32, 1, -1}, {0x80000000}, {128, 128, 128, 255}},
+      // 0.25, -1, 2 and 0.5 as alpha; 0.5, 2^-24 and infinity.
+      {{PHOTOMETRIC_RGB, 32, 4, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, SAMPLEFORMAT_IEEEFP},
+       {0x3E800000, 0xBF800000, 0x40000000, 0x3F000000},
+       {64, 0, 255, 128}},
+      {{PHOTOMETRIC_RGB, 16, 3, -1, COMPRESSION_NONE, SAMPLEFORMAT_IEEEFP},
+       {0x3800, 0x0001, 0x7C00},
+       {128, 0, 255, 255}},
   };
   for (const auto& [kind, first, pixel] : cases) {
     std::mt19937 random(7);
@@ -356,6 +418,30 @@ TEST(Tiff, AllKinds) {
       }
     }
   }
+}
+
+// What the rows lack of the file is said.
+TEST(Notes, TellOfPagesAndBits) {
+  const auto notesOf = [](const Bytes& bytes) {
+    return ImageReader(bytes.data(), bytes.size()).Info().notes;
+  };
+  using Notes = std::vector<std::string>;
+  const test::TemporaryFile file;
+  TIFF* tiff = TIFFOpen(file.path.string().c_str(), "w");
+  for (const int type : {0, 0, FILETYPE_REDUCEDIMAGE}) {
+    SetTiffFields(tiff, {PHOTOMETRIC_MINISBLACK, 16, 1, -1}, false);
+    TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, type);
+    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 1);
+    Bytes row(2 * kTiffWidth);
+    for (std::uint32_t y = 0; y < kTiffHeight; ++y) TIFFWriteScanline(tiff, row.data(), y, 0);
+    TIFFWriteDirectory(tiff);
+  }
+  TIFFClose(tiff);
+  const char* const bits = "its samples of 16 bits are taken with 8 bits";
+  EXPECT_EQ(notesOf(test::ReadBytes(file.path)),
+            (Notes{bits, "it has 2 pages, of which the first is taken"}));
+  EXPECT_EQ(notesOf(test::BytesOf("P5 1 1 65535 ab")), Notes{bits});
+  EXPECT_EQ(notesOf(test::BytesOf("P5 1 1 255 a")), Notes());
 }
 
 // Kinds that only the library's own conversion reads.

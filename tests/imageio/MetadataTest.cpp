@@ -13,6 +13,13 @@ using imageio::Metadata;
 using test::Bytes;
 using test::TestPicture;
 
+Metadata WithExif(const Bytes& exif) {
+  return {exif, {}, {}, {}, {}};
+}
+Metadata WithProfile(const Bytes& profile) {
+  return {{}, profile, {}, {}, {}};
+}
+
 Metadata Travelled(Format format, const Metadata& metadata) {
   imageio::WriteOptions options;
   options.metadata = metadata;
@@ -42,15 +49,72 @@ TEST(Metadata, Travels) {
   const Bytes profile = RealProfile();
   ASSERT_GT(profile.size(), 128u);
   for (const bool little : {false, true}) {
-    const Metadata metadata = {test::MakeExif(little, 1), profile};
+    const Metadata metadata = {test::MakeExif(little, 1), profile, {}, {}, {}};
     for (const Format format : {Format::Jpeg, Format::Png}) {
       EXPECT_EQ(Travelled(format, metadata).exif, metadata.exif) << static_cast<int>(format);
       EXPECT_EQ(Travelled(format, metadata).profile, profile) << static_cast<int>(format);
     }
     EXPECT_EQ(Travelled(Format::Tiff, metadata).profile, profile);
   }
-  EXPECT_EQ(Travelled(Format::Jpeg, {{}, LongProfile()}).profile, LongProfile());
-  EXPECT_EQ(Travelled(Format::Tiff, {{}, LongProfile()}).profile, LongProfile());
+  EXPECT_EQ(Travelled(Format::Jpeg, WithProfile(LongProfile())).profile, LongProfile());
+  EXPECT_EQ(Travelled(Format::Tiff, WithProfile(LongProfile())).profile, LongProfile());
+}
+
+TEST(Metadata, TextsAndResolutionTravel) {
+  Metadata metadata;
+  metadata.xmp = test::BytesOf("<x:xmpmeta>\xC3\xA4 <dc:title/></x:xmpmeta>");
+  metadata.iptc = test::BytesOf("\x1C\x02\x05" + std::string("\0\x05Title\x1C\x02\x7A\0\0", 13));
+  metadata.iptc.resize(16);  // TIFF pads it to whole numbers of four bytes
+  metadata.resolution = {300, 150};
+  for (const bool big : {false, true}) {
+    if (big) metadata.exif = test::MakeExif(false, 1);  // a TIFF file in that order
+    for (const Format format : {Format::Jpeg, Format::Png, Format::Tiff}) {
+      SCOPED_TRACE(static_cast<int>(format));
+      const Metadata travelled = Travelled(format, metadata);
+      EXPECT_EQ(travelled.xmp, metadata.xmp);
+      EXPECT_EQ(travelled.iptc, metadata.iptc);
+      EXPECT_DOUBLE_EQ(travelled.resolution.x, 300);
+      EXPECT_DOUBLE_EQ(travelled.resolution.y, 150);
+    }
+  }
+  EXPECT_DOUBLE_EQ(Travelled(Format::Bmp, metadata).resolution.y, 150);
+  EXPECT_EQ(Travelled(Format::Jpeg, {}).resolution.x, 0);
+}
+
+// Rows that stand upright and have another size are told so wherever the data say it.
+TEST(Metadata, SizesAndOrientationAreSet) {
+  Metadata metadata;
+  const std::string packet =
+      "<r tiff:Orientation=\"6\" exif:PixelXDimension='6000'><exif:PixelYDimension>";
+  metadata.xmp = test::BytesOf(packet + "4000</exif:PixelYDimension></r>");
+  test::BlockWriter writer(true);
+  writer.block = test::BytesOf("II");
+  writer.Number(42, 2);
+  writer.Number(8, 4);
+  writer.Number(4, 2);
+  writer.Entry(0x0100, 4, 1, 6000);
+  writer.Entry(0x011A, 5, 1, 92);
+  writer.Entry(0x011B, 5, 1, 92);
+  writer.Entry(0x8769, 4, 1, 62);
+  writer.Number(0, 4);
+  writer.Number(2, 2);  // from 62 to 92
+  writer.Entry(0xA002, 3, 1, 6000);
+  writer.Entry(0xA003, 4, 1, 4000);
+  writer.Number(0, 4);
+  writer.Number(72, 4);
+  writer.Number(1, 4);
+  metadata.exif = writer.block;
+  imageio::SetPictureSize(metadata, 70000, 4);
+  const Metadata travelled = Travelled(Format::Jpeg, metadata);
+  EXPECT_EQ(std::string(travelled.xmp.begin(), travelled.xmp.end()),
+            "<r tiff:Orientation=\"1\" exif:PixelXDimension='70000'><exif:PixelYDimension>4"
+            "</exif:PixelYDimension></r>");
+  test::BlockWriter sizes(true);
+  sizes.Entry(0xA002, 4, 1, 70000);
+  sizes.Entry(0xA003, 4, 1, 4);
+  EXPECT_TRUE(std::search(travelled.exif.begin(), travelled.exif.end(), sizes.block.begin(),
+                          sizes.block.end()) != travelled.exif.end());
+  EXPECT_DOUBLE_EQ(travelled.resolution.x, 72) << "where no other place tells it";
 }
 
 bool Contains(const Bytes& block, const Bytes& part) {
@@ -60,7 +124,7 @@ bool Contains(const Bytes& block, const Bytes& part) {
 // The block is laid out anew, but says the same: a second journey changes nothing.
 TEST(Metadata, TravelsThroughTiff) {
   for (const bool little : {false, true}) {
-    const Bytes once = Travelled(Format::Tiff, {test::MakeExif(little, 1), {}}).exif;
+    const Bytes once = Travelled(Format::Tiff, WithExif(test::MakeExif(little, 1))).exif;
     EXPECT_EQ(once[0], little ? 'I' : 'M');
     EXPECT_TRUE(Contains(once, Bytes(test::kCamera, test::kCamera + sizeof test::kCamera)));
     test::BlockWriter position(little);
@@ -71,21 +135,22 @@ TEST(Metadata, TravelsThroughTiff) {
     imageio::DropThumbnail(dropped);
     EXPECT_EQ(dropped.size(), test::MakeExif(little, 3).size() - test::kThumbnailBytes);
     EXPECT_EQ(Bytes(dropped.begin() + 58, dropped.begin() + 62), Bytes(4)) << "no directory of it";
-    EXPECT_EQ(Travelled(Format::Tiff, {once, {}}).exif, once);
-    EXPECT_EQ(Travelled(Format::Jpeg, {once, {}}).exif, once);
+    EXPECT_EQ(Travelled(Format::Tiff, WithExif(once)).exif, once);
+    EXPECT_EQ(Travelled(Format::Jpeg, WithExif(once)).exif, once);
   }
 }
 
 TEST(Metadata, ThatDoesNotFitIsLeftOut) {
   Bytes grey = RealProfile();
   std::copy_n("GRAY", 4, grey.begin() + 16);
-  const Metadata wrong[] = {
-      {{}, grey}, {{}, Bytes(50, 1)}, {Bytes(70000, 'I'), {}}, {test::BytesOf("no EXIF"), {}}};
+  const Metadata wrong[] = {WithProfile(grey), WithProfile(Bytes(50, 1)),
+                            WithExif(Bytes(70000, 'I')), WithExif(test::BytesOf("no EXIF"))};
   for (const Format format : {Format::Jpeg, Format::Png, Format::Tiff}) {
     for (const Metadata& metadata : wrong) EXPECT_TRUE(Travelled(format, metadata).profile.empty());
   }
   EXPECT_TRUE(Travelled(Format::Jpeg, wrong[2]).exif.empty()) << "longer than a marker";
-  EXPECT_TRUE(Travelled(Format::Bmp, {test::MakeExif(true, 1), LongProfile()}).exif.empty());
+  EXPECT_TRUE(
+      Travelled(Format::Bmp, {test::MakeExif(true, 1), LongProfile(), {}, {}, {}}).exif.empty());
 }
 
 // Whatever a block says, nothing outside of it is touched; the sanitizers watch.
@@ -101,9 +166,12 @@ TEST(Metadata, DamagedBlocksDoNoHarm) {
       block.shrink_to_fit();
       imageio::DropThumbnail(block);
       EXPECT_LE(block.size(), size);
+      Metadata metadata = WithExif(block);
+      metadata.xmp = block;
+      imageio::SetPictureSize(metadata, 100000, 1);
       if (change % 10 == 1) {
-        Travelled(Format::Tiff, {block, {}});
-        Travelled(Format::Jpeg, {block, {}});
+        Travelled(Format::Tiff, WithExif(block));
+        Travelled(Format::Jpeg, WithExif(block));
       }
     }
   }

@@ -1,6 +1,9 @@
 // Replacing files where Linux has links, permissions and descriptors with names.
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
+
+#include <thread>
 
 #include "platform/SystemServices.h"
 #include "tests/platform/LinuxSupport.h"
@@ -74,6 +77,27 @@ TEST_F(FilesLinuxTest, WritesThroughAnOpenDescriptor) {
   EXPECT_EQ(after.st_ino, before.st_ino);
   EXPECT_EQ(ReadFile(path), "new");
   close(descriptor);
+}
+
+// A pipe whose reader has left, or reads all.
+TEST_F(FilesLinuxTest, PipesGetAllOrFail) {
+  const fs::path pipe = folder / "pipe";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  signal(SIGPIPE, SIG_IGN);
+  const std::string bytes(300000, 'x');
+  const auto write = [&](const fs::path& path) { return WriteFile(path, bytes); };
+  for (const bool leaves : {false, true}) {
+    std::string got;
+    std::thread reader([&] {
+      std::ifstream stream(pipe, std::ios::binary);
+      got.resize(leaves ? 10 : bytes.size());
+      stream.read(got.data(), static_cast<std::streamsize>(got.size()));
+    });
+    const auto failure = files.Replace(pipe, write);
+    reader.join();
+    EXPECT_EQ(failure, leaves ? std::optional<std::string>("Broken pipe") : std::nullopt);
+    EXPECT_EQ(got, bytes.substr(0, got.size()));
+  }
 }
 
 TEST_F(FilesLinuxTest, RespectsPermissions) {

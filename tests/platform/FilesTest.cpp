@@ -86,12 +86,33 @@ constexpr char kNullDevice[] = "NUL";
 constexpr char kNullDevice[] = "/dev/null";
 #endif
 
-TEST_F(FilesTest, ADeviceIsWrittenDirectly) {
+TEST_F(FilesTest, ADeviceGetsTheFinishedBytes) {
   const fs::path device = kNullDevice;
   for (const bool result : {true, false}) {
-    const auto write = [&](const fs::path& path) { return path == device && result; };
+    fs::path seen;
+    const auto write = [&](const fs::path& path) { return WriteFile(seen = path, "x") && result; };
     EXPECT_EQ(files.Replace(device, write), result ? std::nullopt : std::optional<std::string>(""));
+    EXPECT_NE(seen, device);
+    EXPECT_FALSE(fs::exists(seen));
   }
+}
+
+// A killed program's file has nobody who holds it; the one that is being written has.
+TEST_F(FilesTest, LeftOversGoWithTheNextFile) {
+  WriteFile(folder / ".fxbox-0123456789ab.png", "half");
+  WriteFile(folder / ".fxbox-0123456789ab", "half");
+  for (const char* other : {".fxbox-notes", ".fxbox-0123456789az.png", "x.fxbox-0123456789ab"}) {
+    WriteFile(folder / other, "kept");
+  }
+  const auto write = [&](const fs::path& temporary) {
+    // Another run in the same folder, in the middle of this one.
+    EXPECT_EQ(files.Replace(folder / "second.png", Writes("second")), std::nullopt);
+    return WriteFile(temporary, "first");
+  };
+  EXPECT_EQ(files.Replace(target, write), std::nullopt);
+  EXPECT_EQ(ReadFile(target), "first");
+  EXPECT_EQ(folder.Names(), (Names{".fxbox-0123456789az.png", ".fxbox-notes", "picture.png",
+                                   "second.png", "x.fxbox-0123456789ab"}));
 }
 
 int variableOfThisProgram = 0;

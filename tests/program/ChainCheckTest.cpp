@@ -3,6 +3,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+
+#include "program/FilterReference.h"
+
 namespace program {
 namespace {
 
@@ -24,7 +29,7 @@ class ChainCheck : public testing::Test {
   }
 
   const platform::ComPtr<IAnimFilterCreator> creator = MakeCreator();
-  const std::vector<FilterEntry> filters = ListFilters(*creator.Get());
+  std::vector<FilterEntry> filters = ListFilters(*creator.Get());
 };
 
 TEST_F(ChainCheck, TakesBothLayoutsAndBlanksBetweenItems) {
@@ -46,7 +51,7 @@ TEST_F(ChainCheck, TakesBothLayoutsAndBlanksBetweenItems) {
 
 TEST_F(ChainCheck, TakesEveryNumberOfTheRightKind) {
   for (const char* parameters :
-       {"", " ", "Sepia=0", "Sepia=-5", "Sepia= +99999999999", "Sepia=50,Version=3,Vis=0",
+       {"", " ", "Sepia=0", "Sepia= +99", "Sepia=50,Version=3,Vis=0", "Sepia=50,", "Sepia=50, ",
         "ExtraParam=|ANY THING|,Sepia=1", "ExBlit=1"}) {
     EXPECT_EQ(Message("ZNFilter.Sepia.1(" + std::string(parameters) + ")"), "") << parameters;
   }
@@ -54,6 +59,12 @@ TEST_F(ChainCheck, TakesEveryNumberOfTheRightKind) {
   EXPECT_EQ(Message("ZNFilter.AdoptColor.1(ExBlit=1, LightA=1.5, LightB=-.5e-3)"), "");
   EXPECT_EQ(Message("ZNFilter.Tonwert.1(ExBlit=1, WL=3, BH=250, MAUTO=-5)"), "");
   EXPECT_EQ(Message("ZNFilter.RedEye.1(N=2, X1=.5, X17=0.25, F128=-5)"), "") << "numbered keys";
+  // What is read and not printed, or out of the dialogs' range and kept.
+  EXPECT_EQ(Message("ZNFilter.Scale.1(ScaleThrough=1, MaximumHorizontalSize=99999)"), "");
+  EXPECT_EQ(Message("ZNFilter.Shadow.1(LightOn=0,LightIntensity=50,ShadowOn=1,ShadowDensity=3)"),
+            "");
+  EXPECT_EQ(Message("ZNFilter.RGBColor.1(Red=-500)ZNFilter.Rotate.1(Angle=12345.6789)"), "");
+  EXPECT_EQ(Message("ZNFilter.PrintPad.1(PadColor=0xFF8000)"), "");
   EXPECT_THAT(Message("ZNFilter.RedEye.1(N=2, X=0.5)"), HasSubstr("unknown key"));
   EXPECT_THAT(Message("ZNFilter.RedEye.1(N=2, E2=0.5)"), HasSubstr("is not Key=whole number"));
 }
@@ -69,8 +80,11 @@ TEST_F(ChainCheck, NamesItemAndPlace) {
        "chain item 1: unknown filter \"Sepia\" at character 1, did you mean \"ZNFilter.Sepia.1\"?"},
       {"ZNFilter.Sepia.1(50)",
        "chain item 1 (ZNFilter.Sepia.1): \"50\" at character 18 is not Key=number"},
-      {"ZNFilter.Sepia.1(Sepia=50,)",
+      {"ZNFilter.Sepia.1(Sepia=50,,)",
        "chain item 1 (ZNFilter.Sepia.1): a parameter is missing at character 27"},
+      {"ZNFilter.Zero.1()ZNFilter.Sepia.1(Sepia=500)",
+       "chain item 2 (ZNFilter.Sepia.1): \"Sepia=500\" at character 35: the filter takes 043 "
+       "instead"},
       {"ZNFilter.Sepia.1(Sepia=050) and more",
        "chain item 2: \"(\" is missing behind \"and more\" at character 29"},
       {"ZNFilter.Sepia.1)Sepia=050(",
@@ -97,12 +111,44 @@ TEST_F(ChainCheck, RefusesWhatIsNoNumber) {
 TEST_F(ChainCheck, TakesTheLibrarysOwnTexts) {
   ASSERT_GE(filters.size(), 46u);
   for (const FilterEntry& entry : filters) {
+    if (!IsBuilt(entry)) continue;
     EXPECT_EQ(Message(entry.progId + "(" + NewFilterText(*creator.Get(), entry.progId) + ")"), "");
-    if (!entry.row || !entry.row->defaultText) continue;
-    const std::string text = entry.row->defaultText;
-    if (text.find('%') != std::string::npos) continue;  // its dialog fills the text in
+    const std::string text = FactsOf(entry, *creator.Get()).defaultText.value_or("");
     EXPECT_EQ(Message(entry.progId + "(" + text + ")"), "");
   }
+}
+
+// And what a dialog can set, which the filter prints rounded or stores in another form.
+TEST_F(ChainCheck, TakesEveryNumberThatADialogOffers) {
+  for (const FilterEntry& entry : filters) {
+    for (const KeyFacts& key : FactsOf(entry, *creator.Get()).keys) {
+      const std::string front = entry.progId + "(" + key.key + "=";
+      const double step = std::max(1.0, std::floor((key.greatest - key.least) / 300));
+      for (double value = std::ceil(key.least); value <= key.greatest && key.kind != "hexadecimal";
+           value += step) {
+        const std::string text = front + std::to_string(static_cast<int>(value)) + ")";
+        ASSERT_EQ(Message(text), "");
+      }
+    }
+  }
+}
+
+TEST_F(ChainCheck, RefusesNumbersThatTheFilterDoesNotKeep) {
+  for (const char* item :
+       {"Sepia.1(Sepia=-5)", "Sepia.1(Sepia=99999999999)", "Sepia.1(Sepia=10,Sepia=20)",
+        "Rotate.1(MirrorOn=2)", "UnsharpMask.1(OnLuminanceOnly=1,On=0)", "Tonwert.1(AutoTone=7)"}) {
+    EXPECT_THAT(Message("ZNFilter." + std::string(item)), HasSubstr(": the filter takes ")) << item;
+  }
+}
+
+TEST_F(ChainCheck, RefusesClassesThatAreListedOnly) {
+  FilterClass row = *filters.front().row;
+  row.state = ClassState::ListedOnly;
+  filters.front().row = &row;
+  EXPECT_EQ(Message(filters.front().progId + "()"),
+            "chain item 1 (" + filters.front().progId +
+                "): this class is listed only and passes the picture through at character 1; "
+                "--lenient takes it");
 }
 
 TEST_F(ChainCheck, RefusesMarkersThatTellNothingApart) {

@@ -39,6 +39,24 @@ TEST_F(PipelineTest, AStoppedSourceIsNoticedBehindAFilter) {
   }
 }
 
+// A quarter turn and back, and what a class does twice.
+TEST_F(PipelineTest, AClassMayStandTwice) {
+  const std::string turn = "ZNFilter.Rotate.1(Angle=90)";
+  const std::string chain = turn + "ZNFilter.Sepia.1(Sepia=050)ZNFilter.Rotate.1(Angle=-90)";
+  Pipeline pipeline(*creator.Get(), MakeBlankSource({4, 3}, {4, 3}));
+  pipeline.SetText({chain});
+  EXPECT_EQ(pipeline.Filters().size(), 3u);
+  EXPECT_EQ(pipeline.Settle(), (Size{4, 3}));
+  const std::string text = pipeline.Text({}, false);
+  EXPECT_LT(text.find("Angle=90.000"), text.find("Angle=-90.000"));
+  pipeline.SetText({text});
+  EXPECT_EQ(pipeline.Text({}, false), text);
+  pipeline.SetText({turn + "ZNFilter.Nobody.1()"});
+  EXPECT_EQ(pipeline.Settle(), (Size{3, 4})) << "what cannot be made is left out";
+  pipeline.SetText({});
+  EXPECT_EQ(pipeline.Settle(), (Size{4, 3}));
+}
+
 // Links in both directions hold each other's ends.
 TEST_F(PipelineTest, EndsFreeTheirSource) {
   const auto alive = std::make_shared<int>(0);

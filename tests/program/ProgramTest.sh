@@ -179,8 +179,8 @@ test_several_inputs() {
   printf '%s\n' 'out/deep/a.ppm  3x2' 'out/deep/b.JPG  3x2' 'out/deep/c.png  3x2' >expected
   sed 's|\\|/|g' stdout | cmp -s - expected || fail 'expected the three results'
   printf '%s\n' 'fxbox: broken.ppm: the file ends in the middle of the picture' \
-    'fxbox: missing.ppm: the file cannot be opened' \
-    'fxbox: text.png: not a picture file of a known kind' >expected
+    'fxbox: missing.ppm: the file cannot be opened: No such file or directory' \
+    'fxbox: text.png: not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM)' >expected
   cmp -s stderr expected || fail 'expected three errors'
   [ "$(ls out/deep | tr '\n' ' ')" = 'a.ppm b.JPG c.png ' ] || fail 'other files in the folder'
   [ "$(od -An -tx1 -N2 out/deep/b.JPG | tr -d ' ')" = ffd8 ] || fail 'b.JPG is no JPEG'
@@ -188,11 +188,40 @@ test_several_inputs() {
   no_leftovers
 }
 
-test_replaces_input() {
+test_original_is_kept() {
   picture in.ppm
-  run 0 apply -c 'ZNFilter.Invert.1(Inversity=100)' -o in.ppm in.ppm
-  file_is in.ppm 'P6\n3 2\n255\n\377\377\377\000\000\000\000\377\377\377\000\377\377\377\000\233\151\067'
+  cp in.ppm before
+  ln in.ppm linked.ppm
+  for name in in.ppm ./in.ppm linked.ppm; do
+    run 2 apply -c 'ZNFilter.Invert.1(Inversity=100)' -o $name in.ppm
+    error_is "fxbox: $name: the result of in.ppm would take the place of its input (--in-place does so)"
+  done
+  picture other.ppm
+  run 2 apply -c '' -o . in.ppm other.ppm
+  cmp -s in.ppm before || fail 'the original was changed'
+  rm linked.ppm
+  run 0 apply -c 'ZNFilter.Invert.1(Inversity=100)' --in-place in.ppm other.ppm
+  for name in in other; do
+    file_is $name.ppm 'P6\n3 2\n255\n\377\377\377\000\000\000\000\377\377\377\000\377\377\377\000\233\151\067'
+  done
   no_leftovers
+}
+
+# A batch that was broken off goes on where it ended.
+test_skip_existing() {
+  for name in a b c; do picture $name.ppm; done
+  mkdir out
+  echo finished >out/b.ppm
+  run 0 apply -c '' --skip-existing -o out a.ppm b.ppm c.ppm
+  tr '\\' / <stdout >names
+  printf '%s\n' 'out/a.ppm  3x2' 'out/b.ppm  is there, skipped' 'out/c.ppm  3x2' >expected
+  cmp -s names expected || fail 'expected three lines'
+  [ "$(cat out/b.ppm)" = finished ] || fail 'a finished output was changed'
+  run 0 apply -c '' --skip-existing --json -o out a.ppm
+  grep -q '"skipped": true' stdout || fail 'the report does not say it'
+  printf 'half' >out/.fxbox-0123456789ab.ppm # of a run that was killed
+  run 0 apply -c '' -o out a.ppm
+  is_missing out/.fxbox-0123456789ab.ppm
 }
 
 test_refused_outputs() {
@@ -244,6 +273,79 @@ test_full_disk() {
   error_starts 'fxbox: out.ppm: '
 }
 
+# --- apply: standard input and output, pipes
+
+test_standard_streams() {
+  picture in.ppm
+  run 0 apply -c 'ZNFilter.Invert.1(Inversity=100)' -o want.ppm in.ppm
+  $prefix apply -c 'ZNFilter.Invert.1(Inversity=100)' - <in.ppm >out.ppm 2>stderr || fail 'no result'
+  cmp -s want.ppm out.ppm || fail 'another picture by standard input and output'
+  $prefix apply -c '' --fit 2 --format tif -o - in.ppm >out.tif 2>stderr || fail 'no result'
+  run 0 apply -c '' -o out.pam out.tif
+  printf 'ZNFilter.Invert.1(Inversity=100)' | $prefix apply -f - -o out.ppm in.ppm >stdout 2>stderr || fail 'no chain'
+  cmp -s want.ppm out.ppm || fail 'another picture by a chain from standard input'
+  [ ! -s stderr ] || fail 'something was said'
+  cat in.ppm | $prefix apply -c '' --format png -o folder/ - >stdout 2>stderr || fail 'no result'
+  [ -s folder/stdin.png ] || fail 'no picture in the folder'
+  printf 'nothing' | $prefix apply -c '' - >stdout 2>stderr && fail 'no error'
+  error_is 'fxbox: standard input: not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM)'
+  output_is ''
+  refuse 'standard input cannot be the chain and a picture' apply -f - -o out.ppm -
+  refuse 'standard output cannot be the report and a picture' apply -c '' --json -o - in.ppm
+  refuse '--limit: "much" is no number of pixels such as 500M' apply -c '' --limit much -o out.ppm in.ppm
+}
+
+# A reader that leaves, and one that takes all; a picture that comes through a pipe.
+test_pipes() {
+  picture in.ppm
+  mkfifo pipe.ppm source.ppm
+  { printf 'P6\n1000 500\n255\n'; head -c 1500000 /dev/zero; } >large.ppm
+  cat pipe.ppm >out.ppm &
+  run 0 apply -c '' -o pipe.ppm large.ppm
+  wait $!
+  cmp -s large.ppm out.ppm || fail 'another picture through the pipe'
+  head -c 10 pipe.ppm >out.ppm &
+  run 1 apply -c '' -o pipe.ppm large.ppm
+  error_is 'fxbox: pipe.ppm: Broken pipe'
+  cat large.ppm >source.ppm &
+  run 0 apply -c '' --fit 10 -o small.ppm source.ppm
+  output_is 'small.ppm  10x5'
+  { $prefix apply -c '' -o - large.ppm 2>stderr; echo $? >status; } | head -c 10 >out.ppm
+  [ "$(cat status)" = 1 ] || fail "status $(cat status)"
+  error_is 'fxbox: standard output: Broken pipe'
+  $prefix filters >/dev/full 2>stderr && fail 'a full disk is no success'
+  error_is 'fxbox: standard output: cannot be written'
+  run 1 apply -c '' -o out.ppm /dev/zero
+  error_is 'fxbox: /dev/zero: not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM)'
+}
+
+# Causes in the system's words.
+test_causes() {
+  picture in.ppm
+  mkdir folder.ppm
+  run 1 apply -c '' -o out.ppm folder.ppm
+  error_is 'fxbox: folder.ppm: it is a folder'
+  run 2 text -f folder.ppm
+  error_is 'fxbox: folder.ppm: it is a folder'
+  { printf 'P6\n1000 500\n255\n'; head -c 1500000 /dev/zero; } >large.ppm
+  (
+    trap '' XFSZ
+    ulimit -f 100
+    run 1 apply -c '' -o out.ppm large.ppm
+  ) || exit 1
+  error_is 'fxbox: out.ppm: the file cannot be written: File too large'
+  no_leftovers
+  printf 'P6\n30000 20000\n255\n' >huge.ppm
+  run 1 apply -c '' -o out.ppm huge.ppm
+  error_is 'fxbox: huge.ppm: the picture of 30000x20000 is beyond the limit (--limit allows 500 million pixels; a larger number allows more)'
+  run 1 apply -c '' --limit 5 -o out.ppm in.ppm
+  error_starts 'fxbox: in.ppm: the picture of 3x2 is beyond the limit (--limit allows 5 pixels'
+  run 0 apply -c '' --limit 6 -o out.ppm in.ppm
+  chain='ZNFilter.Scale100.1(HorizontalProz=20000,VerticalProz=20000)ZNFilter.Scale.1()'
+  run 1 apply -c "$chain" --limit 100k -o out.ppm in.ppm
+  error_is 'fxbox: in.ppm: the picture behind ZNFilter.Scale100.1 of 600x400 is beyond the limit (--limit allows 100000 pixels; a larger number allows more)'
+}
+
 # --- wrong use
 
 # refuse LINE ARGUMENT...: status 2, this line, and no output.
@@ -276,7 +378,7 @@ test_wrong_use() {
   refuse 'the chain is missing: give it with -c or -f' apply -o out.ppm in.ppm
   printf '' >chain
   refuse 'give the chain with -c or with -f, not both' apply -c '' -f chain -o out.ppm in.ppm
-  refuse 'nowhere: the chain cannot be read' apply -f nowhere -o out.ppm in.ppm
+  refuse 'nowhere: the file cannot be opened: No such file or directory' apply -f nowhere -o out.ppm in.ppm
   refuse '--fit: "big" is no size such as 640x480' apply -c '' --fit big -o out.ppm in.ppm
   refuse '--rect: "1,2,3" is no rectangle such as 0,0,640,480' apply -c '' --rect 1,2,3 -o out.ppm in.ppm
   refuse 'unknown filter "Nobody"' describe Nobody
@@ -389,6 +491,12 @@ test_filters() {
 test_text() {
   run 0 text -c 'ZNFilter.RGBColor.1(Red=5, Blue=-7) ZNFilter.Sepia.1(Sepia=50)'
   output_is 'ZNFilter.RGBColor.1(Red=005, Green=000, Blue=-007)ZNFilter.Sepia.1(Sepia=050)'
+  twice='ZNFilter.Sepia.1(Sepia=010)ZNFilter.Zero.1(Generic Filter Parameter)ZNFilter.Sepia.1(Sepia=020)'
+  run 0 text -c "$twice"
+  output_is "$twice"
+  run 0 size -c 'ZNFilter.Rotate.1(Angle=90)ZNFilter.Crop.1()ZNFilter.Rotate.1(Angle=-90)' 60x40
+  output_is 60x40
+  run 0 text -c 'ZNFilter.RGBColor.1(Red=5, Blue=-7) ZNFilter.Sepia.1(Sepia=50)'
   chain=$(cat stdout)
   run 0 text --active -c "$chain"
   output_is "$chain"
@@ -438,9 +546,9 @@ test_json_report() {
   sed 's/"milliseconds": [0-9.e+-]*/"milliseconds": 0/; s|\\\\|/|g; s/^ *//' stdout | tr '\n' ' ' >report
   size='{ "width": 3, "height": 2 }'
   printf '%s' '{ "files": [ { "input": "in.ppm", "output": "out/in.ppm", ' \
-    "\"inputSize\": $size, \"outputSize\": $size, " '"milliseconds": 0, "error": null }, ' \
+    "\"inputSize\": $size, \"outputSize\": $size, " '"milliseconds": 0, "skipped": false, "notes": [], "error": null }, ' \
     '{ "input": "missing.ppm", "output": null, "inputSize": null, "outputSize": null, ' \
-    '"milliseconds": 0, "error": "missing.ppm: the file cannot be opened" } ], ' \
+    '"milliseconds": 0, "skipped": false, "notes": [], "error": "missing.ppm: the file cannot be opened: No such file or directory" } ], ' \
     '"interrupted": false } ' >expected
   diff expected report >&2 || fail 'another report'
 }
@@ -471,7 +579,7 @@ test_file_names() {
   output_is "$name 2.ppm  3x2"
   cmp -s "$name.ppm" "$name 2.ppm" || fail 'the result is missing'
   run 1 apply -c '' -o x.ppm "$name.not"
-  error_is "fxbox: $name.not: the file cannot be opened"
+  error_is "fxbox: $name.not: the file cannot be opened: No such file or directory"
 }
 
 # Noise takes the longest to compress. The signal comes while the output is being written.
