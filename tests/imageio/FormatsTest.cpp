@@ -235,7 +235,7 @@ TEST(Jpeg, ScansCountAsWork) {
 // A reduced side is rounded up to whole pixels, which is much of a small one.
 TEST(Jpeg, SmallPicturesAreNotStretched) {
   for (int width = 1; width <= 12; ++width) {
-    for (const int height : {1, 2, 7, 12, 200}) {
+    for (const int height : {1, 2, 7, 12}) {
       const Bytes bytes = MakeJpeg(width, height, JCS_RGB, 3, false, WavyPixels(width, height, 3));
       ImageReader whole(bytes.data(), bytes.size());
       const TestPicture full = TestPicture::Of(whole);
@@ -249,7 +249,7 @@ TEST(Jpeg, SmallPicturesAreNotStretched) {
         TestPicture reduced = TestPicture::Of(one), mean = TestPicture::Of(other);
         ASSERT_EQ(reduced.colour.size(), mean.colour.size());
         for (std::size_t i = 0; i < mean.colour.size(); ++i) {
-          ASSERT_NEAR(reduced.colour[i], mean.colour[i], box == 200 ? 0 : 12)
+          ASSERT_NEAR(reduced.colour[i], mean.colour[i], box == 200 ? 0 : 4)
               << width << "x" << height << " in " << box;
         }
       }
