@@ -1,8 +1,6 @@
 // Byte tables for AVX2.
 #include "filters/pixels/ByteTableKernels.h"
-
-#include "filters/pixels/ByteLookup_avx2.h"
-#include "filters/pixels/simd/PixelBlocks_avx2.h"
+#include "filters/pixels/simd/PixelBlocks.h"
 
 namespace kernels {
 namespace {
@@ -10,7 +8,7 @@ namespace {
 void MapBytesAvx2(std::uint8_t* to, const std::uint8_t* from, std::size_t count,
                   const ByteTable& table) {
   const ByteLookup map(table);
-  for (; count >= 32; count -= 32, to += 32, from += 32) Store(to, map(Load(from)));
+  for (; count >= 32; count -= 32, to += 32, from += 32) Store(to, map(Load<Bytes>(from)));
   MapBytes(to, from, count, table);
 }
 

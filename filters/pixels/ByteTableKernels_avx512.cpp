@@ -1,8 +1,6 @@
 // Byte tables for AVX-512 with byte permutes (VBMI).
 #include "filters/pixels/ByteTableKernels.h"
-
-#include "filters/pixels/ByteLookup_avx512.h"
-#include "filters/pixels/simd/PixelBlocks_avx512.h"
+#include "filters/pixels/simd/PixelBlocks.h"
 
 namespace kernels {
 namespace {
@@ -17,10 +15,10 @@ void MapBytesAvx512(std::uint8_t* to, const std::uint8_t* from, std::size_t coun
     StoreBlock(to, {map(block.part0), map(block.part1), map(block.part2)});
   }
   for (; count >= 64; count -= 64, to += 64, from += 64) {
-    _mm512_storeu_si512(to, map(_mm512_loadu_si512(from)));
+    Store(to, map(Load<Bytes>(from)));
   }
-  const __mmask64 rest = (__mmask64{1} << count) - 1;
-  _mm512_mask_storeu_epi8(to, rest, map(_mm512_maskz_loadu_epi8(rest, from)));
+  const auto rest = static_cast<std::ptrdiff_t>(count);
+  StoreFront(to, map(LoadFront(from, rest)), rest);
 }
 
 // The places of a part of a block that hold bytes of a channel.
@@ -35,9 +33,10 @@ constexpr __mmask64 PlacesOf(int channel, int part) {
 // A block is mapped where it lies, three times over: taking it apart and putting it together would
 // need as many permutes.
 template <int kPart>
-[[gnu::always_inline]] inline __m512i MapPart(const ByteLookup (&maps)[3], __m512i bytes) {
-  const __m512i two = _mm512_mask_mov_epi8(maps[0](bytes), PlacesOf(1, kPart), maps[1](bytes));
-  return _mm512_mask_mov_epi8(two, PlacesOf(2, kPart), maps[2](bytes));
+[[gnu::always_inline]] inline Bytes MapPart(const ByteLookup (&maps)[3], Bytes bytes) {
+  const auto mapped = [&](int channel) { return (Bits)maps[channel](bytes); };
+  const Bits two = _mm512_mask_mov_epi8(mapped(0), PlacesOf(1, kPart), mapped(1));
+  return (Bytes)_mm512_mask_mov_epi8(two, PlacesOf(2, kPart), mapped(2));
 }
 
 void MapChannelsAvx512(std::uint8_t* to, const std::uint8_t* from, int width,

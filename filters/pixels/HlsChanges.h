@@ -1,37 +1,52 @@
 // The changes of the HLS kernels, written once for one colour and for a vector of colours.
 //
-// `Wide` says what numbers are: Doubles, one or several, with the arithmetic operators, and on them
-// Set, Max, Min and LookUp. A `kKeepsGrey` leaves the bytes of a pixel without saturation alone;
-// the others change such a pixel as well, where hue and saturation are 0 and stay without effect.
+// A `Number` is a double or a vector of them. A `kKeepsGrey` leaves the bytes of a pixel without
+// saturation alone; the others change such a pixel as well, where hue and saturation are 0 and stay
+// without effect.
 #pragma once
 
 #include "filters/pixels/HlsKernels.h"
+#include "filters/pixels/simd/Vectors.h"
 
 namespace kernels {
 namespace {
 
-template <class Wide>
+template <class Number>
 struct Hls {
-  typename Wide::Doubles hue, lightness, saturation;
+  Number hue, lightness, saturation;
 };
 
-template <class Wide>
+template <class Number>
 struct HueChangeOf {
-  typename Wide::Doubles shift, saturation, lightness;
+  Number shift, saturation, lightness;
 };
 
-template <class Wide>
-[[gnu::always_inline]] inline typename Wide::Doubles LimitShare(typename Wide::Doubles share) {
-  return Wide::Min(Wide::Max(share, 0.0), 1.0);
+// The entries of the hues.
+inline double LookUp(const double* table, double hue) {
+  return table[static_cast<int>(hue)];
+}
+inline HueChangeOf<double> LookUp(const HueChange* table, double hue) {
+  const HueChange& change = table[static_cast<int>(hue)];
+  return {change.shift, change.saturation, change.lightness};
+}
+// Of vectors: HlsKernelLoops.h.
+template <class Vector>
+Vector LookUp(const double* table, Vector hues);
+template <class Vector>
+HueChangeOf<Vector> LookUp(const HueChange* table, Vector hues);
+
+template <class Number>
+[[gnu::always_inline]] inline Number LimitShare(Number share) {
+  return Min(Max(share, All<Number>(0)), All<Number>(1));
 }
 
 struct Saturation {
   static constexpr bool kKeepsGrey = true;
   double factor;
 
-  template <class Wide>
-  [[gnu::always_inline]] void operator()(Hls<Wide>& colour) const {
-    colour.saturation = LimitShare<Wide>(colour.saturation * factor);
+  template <class Number>
+  [[gnu::always_inline]] void operator()(Hls<Number>& colour) const {
+    colour.saturation = LimitShare(colour.saturation * factor);
   }
 };
 
@@ -39,10 +54,10 @@ struct SaturationByHue {
   static constexpr bool kKeepsGrey = true;
   const HueFactors& factors;
 
-  template <class Wide>
-  [[gnu::always_inline]] void operator()(Hls<Wide>& colour) const {
-    const auto factor = Wide::LookUp(factors.byHue, colour.hue);
-    colour.saturation = LimitShare<Wide>(colour.saturation * factor);
+  template <class Number>
+  [[gnu::always_inline]] void operator()(Hls<Number>& colour) const {
+    const auto factor = LookUp(factors.byHue, colour.hue);
+    colour.saturation = LimitShare(colour.saturation * factor);
   }
 };
 
@@ -50,16 +65,15 @@ struct ChangeAll {
   static constexpr bool kKeepsGrey = false;
   const HueChanges& changes;
 
-  template <class Wide>
-  [[gnu::always_inline]] void operator()(Hls<Wide>& colour) const {
-    using Doubles = typename Wide::Doubles;
-    const HueChangeOf<Wide> change = Wide::LookUp(changes.byHue, colour.hue);
-    const Doubles grey = Wide::Set(changes.greyLightness);
+  template <class Number>
+  [[gnu::always_inline]] void operator()(Hls<Number>& colour) const {
+    const HueChangeOf<Number> change = LookUp(changes.byHue, colour.hue);
+    const Number grey = All<Number>(changes.greyLightness);
     colour.lightness =
-        LimitShare<Wide>(colour.lightness + (colour.saturation == 0.0 ? grey : change.lightness));
-    colour.saturation = LimitShare<Wide>(colour.saturation * change.saturation);
-    const Doubles shifted = colour.hue + change.shift;
-    const Doubles notBelow = shifted < 0.0 ? shifted + 360.0 : shifted;
+        LimitShare(colour.lightness + (colour.saturation == 0.0 ? grey : change.lightness));
+    colour.saturation = LimitShare(colour.saturation * change.saturation);
+    const Number shifted = colour.hue + change.shift;
+    const Number notBelow = shifted < 0.0 ? shifted + 360.0 : shifted;
     colour.hue = notBelow >= 360.0 ? notBelow - 360.0 : notBelow;
   }
 };

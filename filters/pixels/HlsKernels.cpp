@@ -3,7 +3,6 @@
 #include "base/Rows.h"
 #include "filters/pixels/ColourConversion.h"
 #include "filters/pixels/HlsChanges.h"
-#include "filters/pixels/simd/WideDoubles.h"
 
 namespace kernels {
 namespace {
@@ -12,18 +11,10 @@ using base::kBlue;
 using base::kGreen;
 using base::kRed;
 
-struct Single : OneDouble {
-  static double LookUp(const double* table, double hue) { return table[static_cast<int>(hue)]; }
-  static HueChangeOf<Single> LookUp(const HueChange* table, double hue) {
-    const HueChange& change = table[static_cast<int>(hue)];
-    return {change.shift, change.saturation, change.lightness};
-  }
-};
-
 template <class Change>
 void ChangeRow(std::uint8_t* colour, int width, const Change& change) {
   for (int x = 0; x < width; ++x, colour += base::kBytesPerPixel) {
-    Hls<Single> hls;
+    Hls<double> hls;
     RgbToHls(colour[kRed], colour[kGreen], colour[kBlue], hls.hue, hls.lightness, hls.saturation);
     if (Change::kKeepsGrey && hls.saturation == 0.0) continue;
     change(hls);

@@ -1,69 +1,25 @@
-// The fast luminance kernels, once for all vector units: every file that includes this has a copy
-// of its own, compiled for the processors of that file.
+// The luminance kernels over vectors of any width.
 //
-// Such a file brings PixelBlocks and ByteLookup of its vector unit, and Scaled. A block is
-// taken apart into channels; the loops over them are the compiler's to widen. Every number comes out as
-// LuminanceKernels.cpp makes it, with the same operations in the same order.
+// A block is taken apart into channels; the loops over them are the compiler's to widen. Every
+// number comes out as LuminanceKernels.cpp makes it, with the same operations in the same order.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
 #include "filters/pixels/LuminanceKernels.h"
+#include "filters/pixels/simd/PixelBlocks.h"
 
 namespace kernels {
 namespace {
 
-using Vector = decltype(Planes::blue);
-
-// A byte for each pixel of a block.
-struct alignas(64) Plane {
-  std::uint8_t at[kPixels];
-
-  [[gnu::always_inline]] void Set(Vector bytes) { __builtin_memcpy(at, &bytes, kPixels); }
-  [[gnu::always_inline]] Vector Get() const {
-    Vector bytes;
-    __builtin_memcpy(&bytes, at, kPixels);
-    return bytes;
-  }
-};
-
-struct Channels {
-  Plane blue, green, red;
-};
-
-[[gnu::always_inline]] inline void TakeApart(const Block& block, Channels& channels) {
-  const Planes planes = Split(block);
-  channels.blue.Set(planes.blue);
-  channels.green.Set(planes.green);
-  channels.red.Set(planes.red);
-}
-
-template <class Change>
-[[gnu::always_inline]] inline void ChangeChannels(std::uint8_t* colour, int width,
-                                                  const Change& change) {
-  ChangeRow(
-      colour, width, [&](const Block& block) __attribute__((always_inline)) {
-        Channels channels;
-        TakeApart(block, channels);
-        change(channels);
-        return Join({channels.blue.Get(), channels.green.Get(), channels.red.Get()});
-      });
-}
-
-[[gnu::always_inline]] inline void Luminances(const Channels& c, std::uint8_t* to) {
-  for (int i = 0; i < kPixels; ++i) {
-    const auto sum =
-        static_cast<std::uint16_t>(151 * c.green.at[i] + 77 * c.red.at[i] + 28 * c.blue.at[i]);
-    to[i] = static_cast<std::uint8_t>(sum >> 8);
-  }
-}
-
 inline void LuminanceLoop(std::uint8_t* to, const std::uint8_t* colour, int width) {
   Channels channels;
+  Plane luminance;
   for (; width >= kPixels; width -= kPixels, colour += kBlockBytes, to += kPixels) {
     TakeApart(LoadBlock(colour), channels);
-    Luminances(channels, to);
+    Luminances(channels, luminance);
+    Store(to, luminance.Get());
   }
   Luminance(to, colour, width);
 }
@@ -80,7 +36,7 @@ inline void ReplaceLuminanceLoop(std::uint8_t* colour, int width, const ByteTabl
   ChangeChannels(
       colour, width, [&](Channels & c) __attribute__((always_inline)) {
         Plane luminance;
-        Luminances(c, luminance.at);
+        Luminances(c, luminance);
         luminance.Set(lookUp(luminance.Get()));
         for (int k = 0; k < kPixels; ++k) {
           const float r = c.red.at[k];
@@ -103,16 +59,19 @@ inline void ReplaceLuminanceLoop(std::uint8_t* colour, int width, const ByteTabl
   return index;
 }
 
-// Multiplies each level by its factor, rounds and limits to 255: by hand, as the compiler finds no
-// good way from bytes to doubles and back.
-inline Vector Scaled(const Plane& levels, const double* factors);
+// Multiplies each level by its factor, rounds and limits to 255.
+[[gnu::always_inline]] inline Bytes Scaled(const Plane& levels, const double* factors) {
+  return BytesOf([&](int i) __attribute__((always_inline)) {
+    return LoadDoubles(levels.at + i) * Load<Doubles>(factors + i) + 0.5;
+  });
+}
 
 inline void ScaleByLuminanceLoop(std::uint8_t* colour, int width, const LuminanceFactors& factors) {
   const auto* const factorOf = reinterpret_cast<const double*>(&factors);
   ChangeChannels(
       colour, width, [&](Channels & c) __attribute__((always_inline)) {
         Plane luminance;
-        Luminances(c, luminance.at);
+        Luminances(c, luminance);
         alignas(64) double factor[kPixels];
 #pragma GCC unroll 8
         for (int i = 0; i < kPixels; ++i) {

@@ -1,9 +1,11 @@
 // The arithmetic of the YIQ kernels, written once for one pixel and for a vector of pixels.
 //
-// `Wide` says what numbers are, as in HlsChanges.h.
+// A `Number` is a double or a vector of them.
 #pragma once
 
 #include <cstdint>
+
+#include "filters/pixels/simd/Vectors.h"
 
 namespace kernels {
 namespace {
@@ -32,27 +34,25 @@ constexpr Matrix Invert(const Matrix& m) {
 }
 constexpr Matrix kToRgb = Invert(kToYiq);
 
-template <class Wide>
+template <class Number>
 struct Rgb {
-  typename Wide::Doubles red, green, blue;
+  Number red, green, blue;
 };
 
 // The dot product with a row of the matrix, summed from left to right.
-template <class Doubles>
-[[gnu::always_inline]] inline Doubles Dot(const Matrix& m, int row, Doubles x, Doubles y,
-                                          Doubles z) {
+template <class Number>
+[[gnu::always_inline]] inline Number Dot(const Matrix& m, int row, Number x, Number y, Number z) {
   const auto& r = m.rows[row];
   return r[0] * x + r[1] * y + r[2] * z;
 }
 
 // The colour with another luminance, limited to 0..255.
-template <class Wide>
-[[gnu::always_inline]] inline Rgb<Wide> WithLuminance(const Rgb<Wide>& rgb,
-                                                      typename Wide::Doubles luminance) {
+template <class Number>
+[[gnu::always_inline]] inline Rgb<Number> WithLuminance(const Rgb<Number>& rgb, Number luminance) {
   const auto i = Dot(kToYiq, 1, rgb.red, rgb.green, rgb.blue);
   const auto q = Dot(kToYiq, 2, rgb.red, rgb.green, rgb.blue);
   const auto channel = [&](int row) {
-    return Wide::Min(Wide::Max(Dot(kToRgb, row, luminance, i, q), 0.0), 255.0);
+    return Min(Max(Dot(kToRgb, row, luminance, i, q), All<Number>(0)), All<Number>(255));
   };
   return {channel(0), channel(1), channel(2)};
 }

@@ -1,0 +1,109 @@
+// The point kernels over vectors of any width, and what the two vector units share of the others.
+//
+// Sepia and grey mix a number of a pixel with each of its channels. Products take bytes in pairs,
+// of which the second factors have a sign.
+#pragma once
+
+#include "filters/pixels/PointKernelLoops.h"
+#include "filters/pixels/PointKernelTable.h"
+#include "filters/pixels/simd/PixelBlocks.h"
+
+namespace kernels {
+namespace {
+
+// The weights of a pair of bytes: the even one's and the odd one's.
+[[gnu::always_inline]] inline Bytes Weights(int even, int odd) {
+  return (Bytes)All<Words>(even + odd * 256);
+}
+
+// 128 taken off all bytes by turning their top bit: products may then use the whole range of a
+// byte.
+[[gnu::always_inline]] inline Bytes Centred(Bytes bytes) {
+  return bytes ^ All<Bytes>(128);
+}
+
+// --- out of pairs (green, blue) and (red, red)
+
+// Of centred bytes. The weights sum to 256: the upper byte is the lightness, centred as well, and
+// no sum leaves 16 bits.
+[[gnu::always_inline]] inline Words Lightness256(Bytes greenBlue, Bytes redTwice) {
+  return MultiplyPairs(Weights(151, 28), greenBlue) + MultiplyPairs(Weights(77, 0), redTwice);
+}
+
+// (71 B + 707 G + 222 R) / 1000 = (sum / 8) / 125. The sum needs 18 bits, its eighth 15: the
+// multiples of 8 in the weights are divided beforehand, the rest of the sum apart. 33555 / 2^22 is
+// close enough to 1 / 125 for any eighth.
+[[gnu::always_inline]] inline Words Grey64(Bytes greenBlue, Bytes redTwice) {
+  const Words eighths =
+      MultiplyPairs(greenBlue, Weights(88, 8)) + MultiplyPairs(redTwice, Weights(27, 0));
+  const Words rest =
+      MultiplyPairs(greenBlue, Weights(3, 7)) + MultiplyPairs(redTwice, Weights(6, 0));
+  return MultiplyHigh(eighths + (rest >> 3), All<Words>(33555));
+}
+
+// The weighted shift, and what takes a sum that is 255 x 128 too low to 32768 too low: the limits
+// of a lane with sign are then 0 and 65535.
+constexpr int SepiaOffset(int shift, int fade) {
+  return shift * fade - 128;
+}
+constexpr int kSepiaShift[] = {-55, -13, 49};
+
+// Eight times a hundredth of the sum of a pair and a rest: 5243 / 2^19 is close enough to 1 / 100
+// for sums up to 25500.
+[[gnu::always_inline]] inline Words EighthsOfPercent(Bytes pairs, Bytes mix) {
+  return MultiplyHigh(MultiplyPairs(pairs, mix), All<Words>(5243));
+}
+
+// --- byte by byte
+
+inline void ShiftColoursLoop(std::uint8_t* colour, int width, const ColourOffsets& offsets) {
+  const auto above = [](int offset) { return All<Bytes>(offset > 0 ? offset : 0); };
+  const Block raise = Join({above(offsets.blue), above(offsets.green), above(offsets.red)});
+  const Block lower = Join({above(-offsets.blue), above(-offsets.green), above(-offsets.red)});
+  ChangeRow(
+      colour, width, [&](const Block& block) __attribute__((always_inline)) {
+        return Block{SubtractLimited(AddLimited(block.part0, raise.part0), lower.part0),
+                     SubtractLimited(AddLimited(block.part1, raise.part1), lower.part1),
+                     SubtractLimited(AddLimited(block.part2, raise.part2), lower.part2)};
+      });
+}
+
+// With 1 more than the sum, which is 128 x 255 too low, the quotient is exact.
+[[gnu::always_inline]] inline Words Part255(Bytes weights, Bytes centredPairs) {
+  const Words sum = MultiplyPairs(weights, centredPairs) + All<Words>(128 * 255 + 1);
+  return (sum + (sum >> 8)) >> 8;
+}
+
+[[gnu::always_inline]] inline Bytes LaidBehind(Bytes bytes, Bytes fill, Bytes masks) {
+  const Bytes kept = ~masks;
+  const Bytes shown = Centred(bytes);
+  const Bytes laid = Centred(fill);
+  return Pack(Part255(UnpackLow(kept, masks), UnpackLow(shown, laid)),
+              Part255(UnpackHigh(kept, masks), UnpackHigh(shown, laid)));
+}
+
+// A background that nothing shines through: all sums are parts of 255, and no mask is left.
+inline void PutOpaqueBackground(std::uint8_t* colour, std::uint8_t* mask, int width, Colour fill) {
+  const Block fills = Join({All<Bytes>(fill.blue), All<Bytes>(fill.green), All<Bytes>(fill.red)});
+  for (; width >= kPixels; width -= kPixels, colour += kBlockBytes, mask += kPixels) {
+    Prefetch(colour);
+    const auto masks = Load<Bytes>(mask);
+    if (!IsAny(masks)) continue;
+    const Block block = LoadBlock(colour);
+    const Block spread = Spread(masks);
+    StoreBlock(colour, {LaidBehind(block.part0, fills.part0, spread.part0),
+                        LaidBehind(block.part1, fills.part1, spread.part1),
+                        LaidBehind(block.part2, fills.part2, spread.part2)});
+    Store(mask, Bytes{});
+  }
+  MixRow(colour, mask, width, fill, OpaqueBackground{});
+}
+
+inline void PutBackgroundInBlocks(std::uint8_t* colour, std::uint8_t* mask, int width,
+                                  Colour background, int percent) {
+  if (percent == 0) return PutOpaqueBackground(colour, mask, width, background);
+  PutBackgroundLoop(colour, mask, width, background, percent);
+}
+
+}  // namespace
+}  // namespace kernels

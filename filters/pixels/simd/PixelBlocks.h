@@ -1,0 +1,93 @@
+// Colour rows in blocks of as many pixels as a vector has bytes: for fast kernels alone.
+#pragma once
+
+#include "filters/pixels/simd/Vectors.h"
+
+namespace kernels {
+namespace {
+
+constexpr int kPixels = kVectorBytes;  // of a block
+constexpr std::size_t kBlockBytes = 3 * kPixels;
+
+// Fetches what a block further on in the row will need: the processor's own look-ahead stops at
+// each page. Behind the row it does no harm. No loop and no call: GCC takes either for one without
+// effect.
+[[gnu::always_inline]] inline void Prefetch(const std::uint8_t* block) {
+  const std::uint8_t* const at = block + 3072;
+  __builtin_prefetch(at);
+  __builtin_prefetch(at + 64);
+  if constexpr (kBlockBytes > 128) __builtin_prefetch(at + 128);
+}
+
+[[gnu::always_inline]] inline Block LoadBlock(const std::uint8_t* at) {
+  return {Load<Bytes>(at), Load<Bytes>(at + kVectorBytes), Load<Bytes>(at + 2 * kVectorBytes)};
+}
+
+[[gnu::always_inline]] inline void StoreBlock(std::uint8_t* at, const Block& block) {
+  Store(at, block.part0);
+  Store(at + kVectorBytes, block.part1);
+  Store(at + 2 * kVectorBytes, block.part2);
+}
+
+// Changes a row block by block; the last pixels go through a block aside.
+template <class Change>
+[[gnu::always_inline]] inline void ChangeRow(std::uint8_t* colour, int width,
+                                             const Change& change) {
+  for (; width >= kPixels; width -= kPixels, colour += kBlockBytes) {
+    Prefetch(colour);
+    StoreBlock(colour, change(LoadBlock(colour)));
+  }
+  if (width <= 0) return;
+  std::uint8_t rest[kBlockBytes] = {};
+  const std::size_t bytes = 3 * static_cast<std::size_t>(width);
+  __builtin_memcpy(rest, colour, bytes);
+  StoreBlock(rest, change(LoadBlock(rest)));
+  __builtin_memcpy(colour, rest, bytes);
+}
+
+// --- Blocks in memory, for loops over single pixels that the compiler widens.
+
+// One byte for each pixel of a block.
+struct alignas(kVectorBytes) Plane {
+  std::uint8_t at[kPixels];
+
+  [[gnu::always_inline]] void Set(Bytes bytes) { Store(at, bytes); }
+  [[gnu::always_inline]] Bytes Get() const { return Load<Bytes>(at); }
+};
+
+struct Channels {
+  Plane blue, green, red;
+};
+
+[[gnu::always_inline]] inline void TakeApart(const Block& block, Channels& channels) {
+  const Planes planes = Split(block);
+  channels.blue.Set(planes.blue);
+  channels.green.Set(planes.green);
+  channels.red.Set(planes.red);
+}
+
+// Changes a row block by block: change(channels) works on the channels of a block in place.
+template <class Change>
+[[gnu::always_inline]] inline void ChangeChannels(std::uint8_t* colour, int width,
+                                                  const Change& change) {
+  ChangeRow(
+      colour, width, [&](const Block& block) __attribute__((always_inline)) {
+        Channels channels;
+        TakeApart(block, channels);
+        change(channels);
+        return Join({channels.blue.Get(), channels.green.Get(), channels.red.Get()});
+      });
+}
+
+// (151 green + 77 red + 28 blue) / 256 of each pixel. The weights sum to 256, so that 16 bits hold
+// the sum.
+[[gnu::always_inline]] inline void Luminances(const Channels& c, Plane& luminance) {
+  for (int i = 0; i < kPixels; ++i) {
+    const auto sum =
+        static_cast<std::uint16_t>(151 * c.green.at[i] + 77 * c.red.at[i] + 28 * c.blue.at[i]);
+    luminance.at[i] = static_cast<std::uint8_t>(sum >> 8);
+  }
+}
+
+}  // namespace
+}  // namespace kernels
