@@ -15,12 +15,14 @@ namespace {
 
 template <class Vector>
 [[gnu::always_inline]] inline Vector LookUp(const double* table, Vector hues) {
-  const Indices at(hues);
+  std::int32_t at[kLanes<Vector>];
+  StoreTruncated(at, hues);
   return LoadEach([&](int i) { return table + at[i]; });
 }
 template <class Vector>
 [[gnu::always_inline]] inline HueChangeOf<Vector> LookUp(const HueChange* table, Vector hues) {
-  const Indices at(hues);
+  std::int32_t at[kLanes<Vector>];
+  StoreTruncated(at, hues);
   const auto [shift, saturation] = LoadPairs([&](int i) { return &table[at[i]].shift; });
   const auto [lightness, unused] = LoadPairs([&](int i) { return &table[at[i]].lightness; });
   return {shift, saturation, lightness};

@@ -94,6 +94,10 @@ template <class Vector>
   _mm_storeu_si32(bytes, _mm_shuffle_epi8(_mm256_cvttpd_epi32(values), lowBytes));
 }
 
+[[gnu::always_inline]] inline void StoreTruncated(std::int32_t* at, Doubles values) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(at), _mm256_cvttpd_epi32(values));
+}
+
 // change(a, b) of the numbers in doubles, truncated: 0..255 or less.
 template <class Change>
 [[gnu::always_inline]] inline Words ChangeAsDoubles(Shorts a, Shorts b, const Change& change) {
@@ -120,18 +124,6 @@ template <class Numbers>
   };
   return (Bytes)_mm256_set_m128i(sixteen(16), sixteen(0));
 }
-
-// Where the numbers, truncated, point to in a table.
-class Indices {
- public:
-  [[gnu::always_inline]] explicit Indices(Doubles numbers) {
-    _mm_store_si128(reinterpret_cast<__m128i*>(at_), _mm256_cvttpd_epi32(numbers));
-  }
-  int operator[](int i) const { return at_[i]; }
-
- private:
-  alignas(16) int at_[4];
-};
 
 // place(i) gives where each number is, which single loads fetch faster than a gather.
 template <class Place>

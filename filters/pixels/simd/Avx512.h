@@ -106,6 +106,10 @@ template <int kNumber>
   _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), _mm256_maskz_cvtepi32_epi8(kAll8, whole));
 }
 
+[[gnu::always_inline]] inline void StoreTruncated(std::int32_t* at, Doubles values) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(at), _mm512_maskz_cvttpd_epi32(kAll8, values));
+}
+
 template <class Change>
 [[gnu::always_inline]] inline Words ChangeAsDoubles(Shorts a, Shorts b, const Change& change) {
   const auto real = [](__m128i words) {
@@ -122,17 +126,6 @@ template <class Change>
                                eight(Quarter<3>((Bits)a), Quarter<3>((Bits)b)));
   return (Words)_mm512_maskz_inserti64x4(kAll8, _mm512_castsi256_si512(low), high, 1);
 }
-
-class Indices {
- public:
-  [[gnu::always_inline]] explicit Indices(Doubles numbers) {
-    _mm256_store_si256(reinterpret_cast<__m256i*>(at_), _mm512_maskz_cvttpd_epi32(kAll8, numbers));
-  }
-  int operator[](int i) const { return at_[i]; }
-
- private:
-  alignas(32) int at_[8];
-};
 
 template <class Place>
 [[gnu::always_inline]] inline Doubles LoadEach(const Place& place) {
