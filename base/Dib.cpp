@@ -23,6 +23,10 @@ DibHeader HeaderOf(const BYTE* dib) {
 
 }  // namespace
 
+std::uint32_t StandardDibColour(std::size_t index) {
+  return kStandardColours[index % 16];
+}
+
 std::optional<std::size_t> DibBytes(int bits, std::int64_t width, std::int64_t height) {
   constexpr std::int64_t kLimit = std::numeric_limits<std::int32_t>::max();
   if (width < 1 || height < 1 || width > kLimit || height > kLimit) return std::nullopt;

@@ -34,6 +34,9 @@ struct DibHeader {
 };
 static_assert(sizeof(DibHeader) == kDibHeaderBytes);
 
+// The 16 colours that a colour table repeats when nobody chose others: 0xRRGGBB.
+std::uint32_t StandardDibColour(std::size_t index);
+
 // Bytes of the colour table that stands behind the header: 1,024 at 8 bits, 64 at 4, none else.
 constexpr std::size_t DibColourTableBytes(int bits) {
   return bits == 8 ? 1024 : bits == 4 ? 64 : 0;

@@ -1,6 +1,5 @@
 // BMP pictures: all uncompressed depths, bit fields and run lengths, with headers old and new.
 #include <algorithm>
-#include <array>
 
 #include "base/Rows.h"
 #include "imageio/BmpLayout.h"
@@ -24,11 +23,10 @@ class BmpDecoder final : public Decoder {
   }
 
  private:
-  // Where the file says that its rows begin.
   static std::uint32_t ReadFileHead(Cursor& cursor) {
-    std::array<BYTE, kBmpFileHeadBytes> bytes;
-    cursor.NeedBytes(bytes.data(), bytes.size());
-    return bytes[10] | bytes[11] << 8 | bytes[12] << 16 | std::uint32_t{bytes[13]} << 24;
+    BYTE bytes[kBmpFileHeadBytes];
+    cursor.NeedBytes(bytes, sizeof bytes);
+    return BmpRowsAt(bytes);
   }
   bool DecodeRuns(RowSink& sink);
   bool DecodeRows(RowSink& sink);

@@ -33,23 +33,24 @@ BYTE BmpField::Of(std::uint32_t pixel) const {
   return mask == 0 ? BYTE{0} : ScaleToByte((pixel & mask) >> shift, highest);
 }
 
-BmpLayout::BmpLayout(Cursor& cursor) {
+BmpLayout::BmpLayout(Cursor& cursor, bool takesPlanes) {
   BYTE first[4];
   cursor.NeedBytes(first, sizeof first);
-  const std::uint32_t headBytes = Long(first);
+  headBytes = Long(first);
   if (headBytes < kCoreHeadBytes || headBytes > kLongestHead) {
     throw ImageError("the head of the picture is damaged");
   }
   std::vector<BYTE> bytes(headBytes);
   std::memcpy(bytes.data(), first, sizeof first);
   cursor.NeedBytes(bytes.data() + sizeof first, headBytes - sizeof first);
-  ReadHead(bytes);
+  ReadHead(bytes, takesPlanes);
   ReadFields(bytes, cursor);
   ReadPalette(bytes, cursor);
 }
 
-void BmpLayout::ReadHead(const std::vector<BYTE>& bytes) {
+void BmpLayout::ReadHead(const std::vector<BYTE>& bytes, bool takesPlanes) {
   if (bytes.size() == kCoreHeadBytes) {
+    planes = static_cast<int>(Word(&bytes[8]));
     bits = static_cast<int>(Word(&bytes[10]));
     width = Word(&bytes[4]);
     height = Word(&bytes[6]);
@@ -60,6 +61,7 @@ void BmpLayout::ReadHead(const std::vector<BYTE>& bytes) {
     height = static_cast<std::int32_t>(Long(&bytes[8]));
     topDown = height < 0;
     if (topDown) height = -height;
+    planes = static_cast<int>(Word(&bytes[12]));
     bits = static_cast<int>(Word(&bytes[14]));
     if (bytes.size() >= 20) compression = BmpCompression{Long(&bytes[16])};
     if (bytes.size() >= 32) {
@@ -67,6 +69,9 @@ void BmpLayout::ReadHead(const std::vector<BYTE>& bytes) {
       aMetreY = Long(&bytes[28]);
     }
   }
+  constexpr int kPlaneBits = 0xFFF8;
+  isPlane = takesPlanes && bits == kPlaneBits && compression == BmpCompression::None;
+  if (isPlane) bits = 8;
   constexpr int kDepths[] = {1, 2, 4, 8, 16, 24, 32};
   const bool fields =
       compression == BmpCompression::BitFields || compression == BmpCompression::AlphaBitFields;
@@ -105,6 +110,10 @@ void BmpLayout::ReadFields(const std::vector<BYTE>& bytes, Cursor& cursor) {
 void BmpLayout::ReadPalette(const std::vector<BYTE>& bytes, Cursor& cursor) {
   if (bytes.size() >= 36) coloursTold = Long(&bytes[32]);
   if (bits > 8) return;
+  if (isPlane) {
+    for (std::size_t i = 0; i < palette.size(); ++i) palette[i] = static_cast<BYTE>(i / 3);
+    return;
+  }
   const std::uint32_t most = 1u << bits;
   colours = coloursTold == 0 ? most : std::min(coloursTold, most);
   const std::size_t entryBytes = bytes.size() == kCoreHeadBytes ? 3 : 4;

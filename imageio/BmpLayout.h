@@ -13,6 +13,11 @@ namespace imageio {
 
 inline constexpr std::uint32_t kBmpFileHeadBytes = 14;
 
+// Where the head of a file says that its rows begin.
+constexpr std::uint32_t BmpRowsAt(const BYTE (&fileHead)[kBmpFileHeadBytes]) {
+  return fileHead[10] | fileHead[11] << 8 | fileHead[12] << 16 | std::uint32_t{fileHead[13]} << 24;
+}
+
 enum class BmpCompression : std::uint32_t {
   None = 0,
   Rle8 = 1,
@@ -40,9 +45,13 @@ class BmpField {
 class FXBOX_API BmpLayout {
  public:
   // Reads head, fields and colour table; an ImageError for what is damaged or of no known kind. The
-  // sides are at least 1 only if the caller checks them.
-  explicit BmpLayout(Cursor& cursor);
+  // sides and the count of planes are the caller's to check. With `takesPlanes` a bit count of -8
+  // is taken too: 8 bits without a colour table, whose values stand for greys.
+  explicit BmpLayout(Cursor& cursor, bool takesPlanes = false);
 
+  std::uint32_t headBytes = 0;  // without fields and colour table
+  int planes = 0;
+  bool isPlane = false;  // the bit count was -8
   std::int64_t width = 0;
   std::int64_t height = 0;
   bool topDown = false;
@@ -69,7 +78,7 @@ class FXBOX_API BmpLayout {
   void StoreIndex(int index, BYTE* colour) const;
 
  private:
-  void ReadHead(const std::vector<BYTE>& bytes);
+  void ReadHead(const std::vector<BYTE>& bytes, bool takesPlanes);
   void ReadFields(const std::vector<BYTE>& bytes, Cursor& cursor);
   void ReadPalette(const std::vector<BYTE>& bytes, Cursor& cursor);
 };

@@ -188,6 +188,11 @@ std::size_t MemoryPicture::PictureBytes(const BYTE* picture, std::size_t bytes) 
   return used;
 }
 
+std::size_t MemoryPicture::BlockBytes() const {
+  const std::size_t imageBytes = ReadField(block + kImageSizeAt);
+  return kFixedBytes + imageBytes + ReadField(block + kImageAt + imageBytes);
+}
+
 void MemoryPicture::Clear() {
   if (image) base::FillDib(image, 0);
   if (mask) base::FillDib(mask, 255);

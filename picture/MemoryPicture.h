@@ -99,6 +99,8 @@ class FXBOX_API MemoryPicture {
   BYTE* mask = nullptr;
 
  private:
+  // Of the block, whatever it says of its size.
+  std::size_t BlockBytes() const;
   // A block of the picture's own.
   void Build(const Content& content);
 };

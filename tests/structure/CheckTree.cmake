@@ -9,7 +9,7 @@ set(rules
   "base/|"
   "platform/|base"
   "settings/|platform base"
-  "picture/|platform base"
+  "picture/|storage settings imageio platform base"
   "imageio/|platform base"
   "storage/|imageio settings platform base"
   "core/|settings picture platform base"
