@@ -12,9 +12,9 @@ CompoundFile::CompoundFile(std::unique_ptr<ByteStore> bytes, const Head& start, 
       isSmallLoaded(isNew),
       isPrepared(isNew) {}
 
-std::shared_ptr<CompoundFile> CompoundFile::Create(std::unique_ptr<ByteStore> store,
-                                                   Access access) {
-  std::shared_ptr<CompoundFile> file(new CompoundFile(std::move(store), Head(), access, true));
+std::shared_ptr<CompoundFile> CompoundFile::Create(std::unique_ptr<ByteStore> store, Access access,
+                                                   const Head& head) {
+  std::shared_ptr<CompoundFile> file(new CompoundFile(std::move(store), head, access, true));
   file->table.StartWriting({});
   return file;
 }

@@ -25,7 +25,8 @@ class CompoundFile {
   enum class Access { Read, Write };
 
   // A new file with nothing in it. It is on the disk with the first commit.
-  static std::shared_ptr<CompoundFile> Create(std::unique_ptr<ByteStore> store, Access access);
+  static std::shared_ptr<CompoundFile> Create(std::unique_ptr<ByteStore> store, Access access,
+                                              const Head& head = Head());
   // Throws STG_E_FILEALREADYEXISTS for bytes of another kind, STG_E_INVALIDHEADER and
   // STG_E_DOCFILECORRUPT for those without a directory.
   static std::shared_ptr<CompoundFile> Open(std::unique_ptr<ByteStore> store, Access access);

@@ -50,26 +50,31 @@ void Directory::ReadTrees() {
 std::vector<Id> Directory::Walk(Id storage, std::vector<bool>& reached) {
   std::vector<Id> ordered;
   std::vector<Id> path;
-  const auto isFollowed = [&](Id id) {
+  const auto isFollowed = [&](Id& id) {
     if (id == kNone) return false;
     const bool isRight = id < elements.size() && !reached[id] &&
                          (elements[id].type == Type::Storage || elements[id].type == Type::Stream);
     isWhole = isWhole && isRight;
-    if (isRight) reached[id] = true;
+    if (isRight) {
+      reached[id] = true;
+    } else {
+      id = kNone;
+    }
     return isRight;
   };
-  const auto descend = [&](Id id, Id parent) {
-    for (; isFollowed(id); parent = id, id = elements[id].left) {
-      elements[id].parent = parent;
-      path.push_back(id);
+  const auto descend = [&](Id* link, Id parent) {
+    for (; isFollowed(*link); link = &elements[parent].left) {
+      elements[*link].parent = parent;
+      parent = *link;
+      path.push_back(parent);
     }
   };
-  descend(elements[storage].child, kNone);
+  descend(&elements[storage].child, kNone);
   while (!path.empty()) {
     const Id id = path.back();
     path.pop_back();
     ordered.push_back(id);
-    descend(elements[id].right, id);
+    descend(&elements[id].right, id);
   }
   return ordered;
 }

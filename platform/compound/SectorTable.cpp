@@ -118,6 +118,8 @@ bool SectorTable::MarkOwn(std::vector<bool>& used) const {
 bool SectorTable::StartWriting(std::vector<bool> used) {
   used.resize(count);
   if (!MarkOwn(used)) return false;
+  // What is cut off a sector would come back as zeros when the file grows.
+  if (count > 0 && used.back() && store.Size() < OffsetOf(static_cast<Sector>(count))) return false;
   for (std::size_t page = 0; page < pages.size(); ++page) {
     const std::vector<Sector>& next = Loaded(page).next;
     for (std::size_t i = 0; i < perPage && page * perPage + i < count; ++i) {

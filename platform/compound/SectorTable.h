@@ -37,7 +37,7 @@ class SectorTable {
   // --- changes; StartWriting comes first
 
   // `used` are the sectors that lie in a chain, by number; the table adds its own and all that it
-  // says are not free. False when one is used twice.
+  // says are not free. False when one is used twice or cut off.
   bool StartWriting(std::vector<bool> used);
 
   // A free sector, the end of a chain of one once Set has said so.

@@ -171,7 +171,7 @@ HRESULT Storage::RenameElement(const OLECHAR* oldName, const OLECHAR* newName) {
     const Id found = elements.Find(id, oldName);
     const Id there = elements.Find(id, newName);
     if (found == kNone) Fail(STG_E_FILENOTFOUND);
-    if (there != kNone && there != found) Fail(STG_E_ACCESSDENIED);
+    if (there != kNone && there != found) Fail(STG_E_FILEALREADYEXISTS);
     if (file->IsOpen(found)) Fail(STG_E_ACCESSDENIED);
     file->Prepare();
     elements.Rename(found, newName);

@@ -1,7 +1,13 @@
 // Compound files where they are our own: what other readers say, faults, kills, full disks.
-#include <random>
+#include <signal.h>
+#include <sys/resource.h>
 
-#include "tests/platform/CompoundSupport.h"
+#include <cstdlib>
+
+#include "platform/compound/CompoundFile.h"
+#include "platform/compound/SiblingTree.h"
+#include "tests/platform/CompoundLinuxSupport.h"
+#include "tests/platform/LinuxSupport.h"
 
 namespace testing_support {
 namespace {
@@ -40,6 +46,600 @@ TEST_F(CompoundLinuxTest, StreamsSeekGrowShrinkAndOverwrite) {
     EXPECT_TRUE(ReadAll(stream) == expected);
   }
   EXPECT_TRUE(ReadStream(Open(path), u"s") == expected);
+}
+
+// --- a long life against a model
+
+// Does one thing to the storage and to the model of it.
+void ChangeSomething(const StoragePtr& root, Contents& model, std::mt19937& random) {
+  const std::u16string name = Numbered(u"n", random() % 30);
+  const std::u16string other = Numbered(u"N", random() % 30);
+  const auto find = [&model](std::u16string wanted) {
+    wanted[0] = u'n';
+    return model.count(wanted) > 0 ? wanted : std::u16string();
+  };
+  switch (random() % 8) {
+    case 0:
+      ASSERT_EQ(root->DestroyElement(other.c_str()),
+                find(other).empty() ? STG_E_FILENOTFOUND : S_OK);
+      model.erase(find(other));
+      break;
+    case 1: {
+      const std::u16string to = Numbered(u"n", 30 + random() % 30);
+      const bool works = !find(name).empty() && model.count(to) == 0;
+      ASSERT_EQ(SUCCEEDED(root->RenameElement(name.c_str(), to.c_str())), works);
+      if (!works) break;
+      model[to] = model[name];
+      model.erase(name);
+      break;
+    }
+    default:
+      model[name] = Pattern(random() % 3 == 0 ? random() % 30000 : random() % 600,
+                            static_cast<int>(random()));
+      WriteStream(root, name, model[name]);
+  }
+}
+
+TEST_F(CompoundLinuxTest, LivesLong) {
+  std::mt19937 random(11);
+  Contents model;
+  const LoggedPtr bytes = NewBytes();
+  bytes->isLogging = false;
+  CreateOn(bytes);
+  for (int round = 0; round < 20; ++round) {
+    {
+      const StoragePtr root = OpenOn(bytes);
+      for (int step = 0; step < 40; ++step) ChangeSomething(root, model, random);
+    }
+    const StoragePtr root = OpenOn(bytes, kReading);
+    ASSERT_TRUE(ContentsOf(root) == model) << round;
+  }
+  std::size_t content = 0;
+  for (const auto& [name, stream] : model) content += stream.size();
+  EXPECT_LT(bytes->bytes.size(), 3 * content + 65536);  // what was given back is used again
+}
+
+// --- what others say
+
+std::string OutputOf(const std::string& command) {
+  std::string output;
+  FILE* const pipe = popen(command.c_str(), "r");
+  char piece[4096];
+  while (const std::size_t read = std::fread(piece, 1, sizeof piece, pipe))
+    output.append(piece, read);
+  EXPECT_EQ(pclose(pipe), 0) << command;
+  return output;
+}
+
+// Prints the path, size and byte sum of every stream, or what is wrong.
+constexpr char kOlefileScript[] = R"(
+import sys, olefile
+file = olefile.OleFileIO(sys.argv[1], raise_defects=olefile.DEFECT_UNSURE)
+for path in sorted(file.listdir(), key=lambda p: '/'.join(p)):
+    content = file.openstream(path).read()
+    print('/'.join(path), len(content), sum(content))
+for issue in file.parsing_issues:
+    print(issue)
+)";
+
+std::string SummaryOf(const Contents& contents) {
+  std::string summary;
+  for (const auto& [path, stream] : contents) {
+    if (path.back() == u'/') continue;
+    std::size_t sum = 0;
+    for (const char byte : stream) sum += static_cast<unsigned char>(byte);
+    summary += std::string(path.begin(), path.end()) + " " + std::to_string(stream.size()) + " " +
+               std::to_string(sum) + "\n";
+  }
+  return summary;
+}
+
+TEST_F(CompoundLinuxTest, OthersReadWhatWeWrite) {
+  std::mt19937 random(3);
+  Contents expected;
+  {
+    const StoragePtr root = Create(path);
+    std::vector<StoragePtr> open = {root};  // the release of one would end those below it
+    std::u16string where;
+    for (int depth = 0; depth < 12; ++depth) {
+      const std::u16string name = Numbered(u"d", static_cast<std::size_t>(depth));
+      open.push_back(CreateStorage(open.back(), name));
+      const StoragePtr& at = open.back();
+      where += name + u"/";
+      for (std::size_t i = 0; i < 12; ++i) {
+        const std::string content = Pattern(random() % 9000, static_cast<int>(i));
+        WriteStream(at, Numbered(u"s", i), content);
+        if (i % 3 == 0) {
+          at->DestroyElement(Numbered(u"s", i).c_str());
+        } else {
+          expected[where + Numbered(u"s", i)] = content;
+        }
+      }
+    }
+    WriteStream(root, u"large", expected[u"large"] = Pattern(9000000, 1));  // needs a DIFAT
+  }
+  WriteFile(folder / "check.py", kOlefileScript);
+  EXPECT_EQ(OutputOf("/usr/bin/python3 " + (folder / "check.py").string() + " " + path.string()),
+            SummaryOf(expected));
+  const std::string list = OutputOf("gsf list " + path.string());
+  for (const auto& [name, stream] : expected) {
+    const std::string narrow(name.begin(), name.end());
+    EXPECT_NE(list.find(std::to_string(stream.size()) + " " + narrow + "\n"), std::string::npos)
+        << narrow;
+  }
+  EXPECT_TRUE(OutputOf("gsf cat " + path.string() + " large") == expected[u"large"]);
+}
+
+TEST_F(CompoundLinuxTest, ReadsWhatOthersWrite) {
+  const std::string small = Pattern(700, 1);
+  const std::string large = Pattern(100000, 2);
+  WriteFile(folder / "small", small);
+  WriteFile(folder / "large", large);
+  OutputOf("cd " + folder.Path().string() + " && gsf createole box small large");
+  const Contents expected = {{u"small", small}, {u"large", large}};
+  {
+    const StoragePtr root = Open(path);
+    EXPECT_TRUE(ContentsOf(root) == expected);
+    WriteStream(root, u"more", small);
+  }
+  EXPECT_TRUE(ReadStream(Open(path), u"large") == large);
+  EXPECT_TRUE(ReadStream(Open(path), u"more") == small);
+}
+
+// The fourth version has sectors of 4096 bytes; a file keeps the version that it has.
+TEST_F(CompoundLinuxTest, ReadsAndChangesVersionFour) {
+  using platform::compound::CompoundFile;
+  const LoggedPtr bytes = NewBytes();
+  platform::compound::Head head;
+  head.version = 4;
+  head.sectorShift = 12;
+  {
+    const auto file = CompoundFile::Create(platform::compound::StoreOn(bytes.Get()),
+                                           CompoundFile::Access::Write, head);
+    file->Commit();
+    file->Close();
+  }
+  Contents expected;
+  for (int round = 0; round < 3; ++round) {
+    const StoragePtr root = OpenOn(bytes);
+    for (const std::size_t size : {0, 5, 4095, 4096, 100000}) {
+      const std::u16string name = Numbered(u"s", size);
+      WriteStream(root, name, expected[name] = Pattern(size, round));
+    }
+  }
+  EXPECT_TRUE(ContentsOf(OpenOn(bytes)) == expected);
+  EXPECT_EQ(bytes->bytes[26], 4);
+  WriteFile(path, bytes->bytes);
+  WriteFile(folder / "check.py", kOlefileScript);
+  EXPECT_EQ(OutputOf("/usr/bin/python3 " + (folder / "check.py").string() + " " + path.string()),
+            SummaryOf(expected));
+}
+
+// --- old or new
+
+// A life of some steps, with what the file has to hold after each.
+struct Story {
+  std::string start;
+  std::vector<LoggedBytes::Event> log;
+  std::vector<std::size_t> ends;  // of the log, after each step
+  std::vector<Contents> states;   // one more than steps
+};
+
+Story TellStory() {
+  std::mt19937 random(21);
+  const LoggedPtr bytes = NewBytes();
+  Story story;
+  Contents model;
+  {
+    const StoragePtr root = CreateOn(bytes);
+    for (std::size_t i = 0; i < 20; ++i) {
+      const std::u16string name = Numbered(u"n", i);
+      WriteStream(root, name, model[name] = Pattern(i * 500, static_cast<int>(i)));
+    }
+  }
+  const StoragePtr root = OpenOn(bytes);
+  story.start = bytes->bytes;
+  story.states.push_back(model);
+  bytes->log.clear();
+  for (int step = 0; step < 25; ++step) {
+    ChangeSomething(root, model, random);
+    EXPECT_EQ(root->Commit(STGC_DEFAULT), S_OK);
+    story.states.push_back(model);
+    story.ends.push_back(bytes->log.size());
+  }
+  story.log = bytes->log;
+  return story;
+}
+
+std::string Replay(const Story& story, std::size_t events, const std::set<std::size_t>& lost) {
+  std::string bytes = story.start;
+  for (std::size_t i = 0; i < events; ++i) {
+    const LoggedBytes::Event& event = story.log[i];
+    if (event.isFlush || lost.count(i) > 0) continue;
+    const std::size_t end = event.offset + event.bytes.size();
+    if (bytes.size() < end) bytes.resize(end);
+    bytes.replace(event.offset, event.bytes.size(), event.bytes);
+  }
+  return bytes;
+}
+
+// The steps that may have been reached after so many events.
+std::size_t StepAt(const Story& story, std::size_t events) {
+  return static_cast<std::size_t>(std::lower_bound(story.ends.begin(), story.ends.end(), events) -
+                                  story.ends.begin());
+}
+
+TEST(CompoundCrashTest, EveryPrefixOfTheWritesIsOldOrNew) {
+  const Story story = TellStory();
+  for (std::size_t events = 0; events <= story.log.size(); ++events) {
+    const std::size_t step = StepAt(story, events);
+    const LoggedPtr bytes = NewBytes(Replay(story, events, {}));
+    const Contents found = ContentsOf(OpenOn(bytes, kReading));
+    const bool isOld = found == story.states[step];
+    const bool isNew = step < story.ends.size() && found == story.states[step + 1];
+    ASSERT_TRUE(isOld || isNew) << events;
+    WriteStream(OpenOn(bytes), u"goes on", "x");
+  }
+}
+
+// What was not flushed may reach the disk in any order, or not at all.
+TEST(CompoundCrashTest, WritesThatWereNotFlushedMayGetLost) {
+  const Story story = TellStory();
+  std::mt19937 random(1);
+  std::size_t flushed = 0;
+  for (std::size_t events = 1; events <= story.log.size(); ++events) {
+    if (story.log[events - 1].isFlush) flushed = events;
+    std::set<std::size_t> lost;
+    for (std::size_t i = flushed; i < events; ++i) {
+      if (random() % 2 == 0) lost.insert(i);
+    }
+    const std::size_t step = StepAt(story, events);
+    const std::size_t last = std::min(step + 1, story.ends.size());
+    const Contents found = ContentsOf(OpenOn(NewBytes(Replay(story, events, lost)), kReading));
+    bool isKnown = false;
+    for (std::size_t i = step > 0 ? step - 1 : 0; i <= last; ++i)
+      isKnown = isKnown || found == story.states[i];
+    ASSERT_TRUE(isKnown) << events;
+  }
+}
+
+int Soak() {
+  const char* const count = std::getenv("FXBOX_SOAK");
+  return count ? std::atoi(count) : 20;
+}
+
+// A process is killed while it replaces, adds and destroys; every stream is whole, of some round.
+TEST_F(CompoundLinuxTest, KillsLeaveEveryStreamWhole) {
+  const auto content = [](std::size_t name, int round) {
+    return Pattern(1000 + name * 3000, static_cast<int>(name) * 100000 + round);
+  };
+  constexpr std::size_t kNames = 6;
+  {
+    const StoragePtr root = Create(path);
+    WriteStream(root, u"untouched", Pattern(50000, 7));
+    for (std::size_t i = 0; i < kNames; ++i) WriteStream(root, Numbered(u"s", i), content(i, 0));
+  }
+  std::mt19937 random(static_cast<unsigned>(Soak()));
+  std::vector<int> rounds(kNames, 0);
+  for (int kill = 0; kill < Soak(); ++kill) {
+    const pid_t child = StartProcess([&] {
+      const StoragePtr root = Open(path);
+      for (int round = kill * 1000 + 1;; ++round) {
+        const std::size_t i = static_cast<std::size_t>(round) % kNames;
+        WriteStream(root, Numbered(u"s", i), content(i, round));
+        WriteStream(root, u"passing", "x");
+        root->DestroyElement(u"passing");
+      }
+      return 0;
+    });
+    usleep(static_cast<useconds_t>(1000 + random() % 60000));
+    ::kill(child, SIGKILL);
+    int status = 0;
+    waitpid(child, &status, 0);
+    const StoragePtr root = Open(path);
+    ASSERT_TRUE(root) << kill;  // no lock is left
+    EXPECT_TRUE(ReadStream(root, u"untouched") == Pattern(50000, 7));
+    for (std::size_t i = 0; i < kNames; ++i) {
+      const std::string found = ReadStream(root, Numbered(u"s", i));
+      bool isKnown = found == content(i, rounds[i]);
+      for (int round = kill * 1000 + 1; !isKnown && round < kill * 1000 + 1000; ++round) {
+        if (static_cast<std::size_t>(round) % kNames != i) continue;
+        isKnown = found == content(i, round);
+        if (isKnown) rounds[i] = round;
+      }
+      EXPECT_TRUE(isKnown) << kill << " " << i;
+    }
+  }
+}
+
+// --- no room
+
+TEST(CompoundRoomTest, AWriteWithoutRoomLeavesTheOldContent) {
+  const LoggedPtr bytes = NewBytes();
+  bytes->isLogging = false;
+  const Contents expected = {{u"a", Pattern(20000, 1)}, {u"b", Pattern(300, 2)}};
+  {
+    const StoragePtr root = CreateOn(bytes);
+    for (const auto& [name, content] : expected) WriteStream(root, name, content);
+  }
+  const std::size_t full = bytes->bytes.size();
+  for (std::size_t room = full; room < full + 30000; room += 997) {
+    bytes->room = room;
+    {
+      const StoragePtr root = OpenOn(bytes);
+      for (const char16_t* name : {u"a", u"b", u"c"}) {
+        const StreamPtr stream = CreateStream(root, name);
+        const std::string large = Pattern(40000, 9);
+        HRESULT status = stream->Write(large.data(), 40000, nullptr);
+        EXPECT_EQ(status, STG_E_MEDIUMFULL);
+        EXPECT_EQ(stream->Write("x", 1, nullptr), STG_E_MEDIUMFULL);
+        EXPECT_EQ(stream->Commit(STGC_DEFAULT), STG_E_MEDIUMFULL);
+      }
+    }
+    bytes->room = SIZE_MAX;
+    ASSERT_TRUE(ContentsOf(OpenOn(bytes, kReading)) == expected) << room;
+  }
+}
+
+TEST_F(CompoundLinuxTest, AFullDiskLeavesTheOldContent) {
+  {
+    const StoragePtr root = Create(path);
+    WriteStream(root, u"a", Pattern(100000, 1));
+  }
+  EXPECT_EQ(ExitStatus(StartProcess([&] {
+              signal(SIGXFSZ, SIG_IGN);
+              const rlimit limit = {150000, 150000};
+              setrlimit(RLIMIT_FSIZE, &limit);
+              const StoragePtr root = Open(path);
+              const StreamPtr stream = CreateStream(root, u"a");
+              const std::string large = Pattern(200000, 2);
+              return stream->Write(large.data(), 200000, nullptr) == STG_E_MEDIUMFULL ? 0 : 1;
+            })),
+            0);
+  EXPECT_TRUE(ReadStream(Open(path), u"a") == Pattern(100000, 1));
+}
+
+// --- two processes
+
+TEST_F(CompoundLinuxTest, AnotherProcessIsKeptOut) {
+  const auto inChild = [this](DWORD mode) {
+    return ExitStatus(StartProcess([&] {
+      StoragePtr root;
+      const HRESULT status =
+          StgOpenStorage(path.u16string().c_str(), nullptr, mode, nullptr, 0, root.Put());
+      return status & 0xFF;
+    }));
+  };
+  constexpr DWORD kShared = STGM_READ | STGM_SHARE_DENY_WRITE;
+  StoragePtr root = Create(path);
+  EXPECT_EQ(inChild(kWriting), STG_E_SHAREVIOLATION & 0xFF);
+  EXPECT_EQ(inChild(kReading), STG_E_SHAREVIOLATION & 0xFF);
+  EXPECT_EQ(inChild(kShared), STG_E_SHAREVIOLATION & 0xFF);
+  root.Reset();
+  root = Open(path, kShared);
+  EXPECT_EQ(inChild(kShared), 0);
+  EXPECT_EQ(inChild(STGM_PRIORITY), 0);
+  EXPECT_EQ(inChild(kReading), STG_E_LOCKVIOLATION & 0xFF);
+  EXPECT_EQ(inChild(kWriting), STG_E_SHAREVIOLATION & 0xFF);
+  root.Reset();
+  EXPECT_EQ(inChild(kWriting), 0);
+}
+
+// --- cost
+
+TEST(CompoundCostTest, FollowsTheChangeNotTheFile) {
+  const LoggedPtr bytes = NewBytes();
+  bytes->isLogging = false;
+  const std::string picture = Pattern(1 << 20, 1);
+  {
+    const StoragePtr root = CreateOn(bytes);
+    for (std::size_t i = 0; i < 100; ++i) WriteStream(root, Numbered(u"picture", i), picture);
+  }
+  bytes->bytesRead = 0;
+  EXPECT_TRUE(ReadStream(OpenOn(bytes, kReading), u"picture50") == picture);
+  EXPECT_LT(bytes->bytesRead, picture.size() + 60000);
+  const StoragePtr root = OpenOn(bytes);
+  for (const char16_t* name : {u"new", u"picture7", u"picture99"}) {
+    bytes->bytesWritten = 0;
+    WriteStream(root, name, picture);
+    EXPECT_LT(bytes->bytesWritten, picture.size() + 100000);
+    bytes->bytesWritten = 0;
+    WriteStream(root, name, "small");
+    EXPECT_LT(bytes->bytesWritten, 100000u);
+  }
+}
+
+// --- faults
+
+// A file with a stream of each kind in which one word was changed.
+class FaultTest : public testing::Test {
+ protected:
+  FaultTest() {
+    const StoragePtr root = CreateOn(bytes);
+    for (const auto& [name, content] : expected) WriteStream(root, name, content);
+    WriteStream(CreateStorage(root, u"inner"), u"deep", "deep");
+  }
+  std::uint32_t WordAt(std::size_t offset) const {
+    return platform::compound::Get32(reinterpret_cast<const std::uint8_t*>(&bytes->bytes[offset]));
+  }
+  void SetWord(std::size_t offset, std::uint32_t word) {
+    platform::compound::Put32(reinterpret_cast<std::uint8_t*>(&bytes->bytes[offset]), word);
+  }
+  static std::size_t OffsetOf(std::uint32_t sector) { return (std::size_t{sector} + 1) * 512; }
+  std::size_t FatEntry(std::uint32_t sector) const { return OffsetOf(WordAt(76)) + 4 * sector; }
+  // Where the directory's entries begin, by number. The file also holds entries of former states.
+  std::vector<std::size_t> Entries() const {
+    std::vector<std::size_t> entries;
+    for (std::uint32_t sector = WordAt(48); sector < 0xFFFFFFF0;
+         sector = WordAt(FatEntry(sector))) {
+      for (std::size_t i = 0; i < 4; ++i) entries.push_back(OffsetOf(sector) + 128 * i);
+    }
+    return entries;
+  }
+  std::size_t IdOf(const std::u16string& name) const {
+    const std::string stored(reinterpret_cast<const char*>(name.c_str()), name.size() * 2 + 2);
+    const std::vector<std::size_t> entries = Entries();
+    for (std::size_t id = 0; id < entries.size(); ++id) {
+      if (bytes->bytes.compare(entries[id], stored.size(), stored) == 0) return id;
+    }
+    ADD_FAILURE() << "no such entry";
+    return 0;
+  }
+  std::size_t EntryOf(const std::u16string& name) const { return Entries()[IdOf(name)]; }
+
+  LoggedPtr bytes = NewBytes();
+  const Contents expected = {
+      {u"large", Pattern(5000, 1)}, {u"other", Pattern(4200, 2)}, {u"small", Pattern(900, 3)}};
+};
+
+TEST_F(FaultTest, OneStreamsFaultIsItsOwn) {
+  const std::uint32_t first = WordAt(EntryOf(u"large") + 116);
+  const std::uint32_t second = WordAt(FatEntry(first));
+  const std::uint32_t foreign = WordAt(EntryOf(u"other") + 116);
+  const std::string whole = bytes->bytes;
+  const std::pair<std::size_t, std::uint32_t> faults[] = {
+      {FatEntry(second), first},              // a circle
+      {FatEntry(second), 100000},             // beyond the end
+      {FatEntry(second), 0xFFFFFFFF},         // free
+      {EntryOf(u"large") + 120, 0x7FFFFFFF},  // longer than its chain
+      {FatEntry(second), foreign},            // another one's
+      {EntryOf(u"small") + 116, 0x00FFFFFF},  // no such piece
+      {EntryOf(u"small") + 120, 4000},
+  };
+  for (const auto& [offset, word] : faults) {
+    bytes->bytes = whole;
+    SetWord(offset, word);
+    const std::string before = bytes->bytes;
+    {
+      const StoragePtr root = OpenOn(bytes);
+      ASSERT_TRUE(root);
+      EXPECT_TRUE(ReadStream(root, u"other") == expected.at(u"other"));
+      EXPECT_EQ(ReadStream(OpenStorage(root, u"inner"), u"deep"), "deep");
+      StreamPtr stream;
+      EXPECT_EQ(root->CreateStream(u"new", kWriting, 0, 0, stream.Put()), STG_E_DOCFILECORRUPT);
+      EXPECT_EQ(root->DestroyElement(u"other"), STG_E_DOCFILECORRUPT);
+    }
+    EXPECT_TRUE(bytes->bytes == before);
+  }
+}
+
+TEST_F(FaultTest, ReadsWhatLiesInFrontAndThenZeros) {
+  const std::uint32_t first = WordAt(EntryOf(u"large") + 116);
+  SetWord(FatEntry(WordAt(FatEntry(first))), 100000);
+  std::string buffer(5000, 'x');
+  ULONG read = 0;
+  const StoragePtr root = OpenOn(bytes, kReading);
+  const StreamPtr large = OpenStream(root, u"large");
+  EXPECT_EQ(large->Read(buffer.data(), 5000, &read), S_OK);
+  EXPECT_EQ(read, 1024u);
+  EXPECT_TRUE(buffer == expected.at(u"large").substr(0, 1024) + std::string(5000 - 1024, '\0'));
+  buffer.assign(5000, 'x');
+  EXPECT_EQ(large->Read(buffer.data(), 5000, &read), STG_E_DOCFILECORRUPT);
+  EXPECT_EQ(read, 0u);
+  EXPECT_TRUE(buffer == std::string(5000, '\0'));
+}
+
+// Reads whatever there is and tries to add something; what was whole stays so.
+void UseBytes(const LoggedPtr& bytes) {
+  StoragePtr root;
+  if (FAILED(StgOpenStorageOnILockBytes(bytes.Get(), nullptr, kWriting, nullptr, 0, root.Put())))
+    return;
+  const auto readAll = [&root] {
+    std::map<OleText, std::pair<HRESULT, std::string>> found;
+    for (const std::u16string& name : NamesOf(root)) {
+      StreamPtr stream;
+      if (FAILED(root->OpenStream(name.c_str(), nullptr, kReading, 0, stream.Put()))) continue;
+      std::string content(20000, '\0');
+      ULONG read = 0;
+      const HRESULT status = stream->Read(content.data(), 20000, &read);
+      found[name] = {status, content};
+    }
+    return found;
+  };
+  const auto before = readAll();
+  StreamPtr stream;
+  if (FAILED(root->CreateStream(u"added by the test", kWriting, 0, 0, stream.Put()))) return;
+  const std::string content = Pattern(5000, 4);
+  EXPECT_EQ(stream->Write(content.data(), 5000, nullptr), S_OK);
+  stream.Reset();
+  root.Reset();
+  ASSERT_EQ(StgOpenStorageOnILockBytes(bytes.Get(), nullptr, kWriting, nullptr, 0, root.Put()),
+            S_OK);
+  auto after = readAll();
+  EXPECT_EQ(after.erase(u"added by the test"), 1u);
+  EXPECT_TRUE(after == before);
+}
+
+TEST_F(FaultTest, AnyChangedWordIsBorne) {
+  const std::string whole = bytes->bytes;
+  for (std::size_t offset = 0; offset + 4 <= whole.size(); offset += 4) {
+    for (const std::uint32_t word : {0u, 5u, 0xFFFFFFFEu, 0xFFFFFFFFu, 0x7FFFFFFFu}) {
+      bytes->bytes = whole;
+      SetWord(offset, word);
+      UseBytes(bytes);
+      ASSERT_FALSE(testing::Test::HasFailure()) << offset << " " << word;
+    }
+  }
+}
+
+TEST_F(FaultTest, AnyLengthIsBorne) {
+  const std::string whole = bytes->bytes;
+  for (std::size_t length = 0; length < whole.size(); length += 101) {
+    bytes->bytes = whole.substr(0, length);
+    UseBytes(bytes);
+    ASSERT_FALSE(testing::Test::HasFailure()) << length;
+  }
+}
+
+// Elements in a row instead of a tree, all red, in any order: found, read, and put right by a
+// change.
+TEST_F(FaultTest, OddTreesAreRead) {
+  const Contents before = ContentsOf(OpenOn(bytes, kReading));
+  const std::u16string names[] = {u"small", u"inner", u"other", u"large"};
+  const std::uint32_t none = 0xFFFFFFFF;
+  const auto idOf = [this](const std::u16string& name) {
+    return static_cast<std::uint32_t>(IdOf(name));
+  };
+  for (int i = 0; i < 4; ++i) {
+    const std::size_t entry = EntryOf(names[i]);
+    bytes->bytes[entry + 67] = 0;
+    SetWord(entry + 68, none);
+    SetWord(entry + 72, i < 3 ? idOf(names[i + 1]) : none);
+  }
+  SetWord(OffsetOf(WordAt(48)) + 76, idOf(names[0]));
+  ASSERT_TRUE(ContentsOf(OpenOn(bytes, kReading)) == before);
+  WriteStream(OpenOn(bytes), u"new", "new");
+  Contents after = ContentsOf(OpenOn(bytes, kReading));
+  EXPECT_EQ(after.erase(u"new"), 1u);
+  EXPECT_TRUE(after == before);
+}
+
+// --- trees
+
+TEST(SiblingTreeTest, StaysBalanced) {
+  using platform::compound::Element;
+  using platform::compound::Id;
+  std::mt19937 random(2);
+  std::vector<Element> elements(300);
+  Id root = platform::compound::kNone;
+  platform::compound::SiblingTree tree(elements, root);
+  std::set<Id> there;
+  for (int step = 0; step < 5000; ++step) {
+    const Id id = static_cast<Id>(random() % elements.size());
+    if (there.count(id) > 0) {
+      tree.Remove(id);
+      there.erase(id);
+    } else {
+      tree.Insert(id, std::less<Id>());
+      there.insert(id);
+    }
+    ASSERT_TRUE(tree.IsBalanced(there.size())) << step;
+  }
+  std::vector<Id> ordered(there.begin(), there.end());
+  for (std::size_t count = 0; count <= ordered.size(); ++count) {
+    tree.Build({ordered.begin(), ordered.begin() + static_cast<std::ptrdiff_t>(count)});
+    ASSERT_TRUE(tree.IsBalanced(count)) << count;
+  }
 }
 
 }  // namespace

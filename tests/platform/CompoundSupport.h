@@ -26,6 +26,9 @@ using OleText = std::basic_string<OLECHAR>;
 inline OleText Ole(const std::u16string& text) {
   return OleText(text.begin(), text.end());
 }
+inline OleText Ole(const char16_t* text) {
+  return Ole(std::u16string(text));
+}
 inline OleText Ole(const std::filesystem::path& path) {
   return Ole(path.u16string());
 }
