@@ -1,0 +1,614 @@
+#include "toolkit/windows/Controls.h"
+
+#include <windowsx.h>
+
+#include "toolkit/ZNControls.h"
+#include "toolkit/windows/GdiPainter.h"
+#include "toolkit/windows/WideText.h"
+
+namespace toolkit {
+namespace {
+
+bool IsDown(int key) {
+  return GetKeyState(key) < 0;
+}
+
+void FillWith(HDC device, const RECT& place, Colour colour) {
+  HBRUSH brush = CreateSolidBrush(RefOf(colour));
+  ::FillRect(device, &place, brush);
+  DeleteObject(brush);
+}
+
+// --- texts
+
+class TextControl final : public WindowsControl {
+ public:
+  TextControl(HWND parent, ControlId newId, const ControlSpec& controlSpec, WindowEvents& receiver,
+              WindowsSystem& shared)
+      : WindowsControl(newId, controlSpec, receiver, shared) {
+    Create(parent, L"STATIC", SS_LEFTNOWORDWRAP | SS_CENTERIMAGE);
+  }
+  void SetFont() override {
+    HFONT font = Kind() == ControlKind::Heading ? system.BoldFont() : system.Font();
+    SendMessageW(Handle(), WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
+  }
+};
+
+// --- buttons
+
+DWORD ButtonStyle(const ControlSpec& spec) {
+  switch (spec.kind) {
+    case ControlKind::ToggleButton:
+      return BS_AUTOCHECKBOX | BS_PUSHLIKE | WS_TABSTOP;
+    case ControlKind::CheckBox:
+      return BS_AUTOCHECKBOX | WS_TABSTOP;
+    case ControlKind::RadioButton:
+      return BS_AUTORADIOBUTTON | (spec.opensGroup ? WS_GROUP | WS_TABSTOP : 0);
+    default:
+      return (spec.isDefault ? BS_DEFPUSHBUTTON : BS_PUSHBUTTON) | WS_TABSTOP;
+  }
+}
+
+// Push and toggle buttons, check boxes and radio buttons.
+class ButtonControl final : public WindowsControl {
+ public:
+  ButtonControl(HWND parent, ControlId newId, const ControlSpec& controlSpec,
+                WindowEvents& receiver, WindowsSystem& shared)
+      : WindowsControl(newId, controlSpec, receiver, shared) {
+    Create(parent, L"BUTTON", ButtonStyle(controlSpec));
+  }
+
+  void SetValue(int value) override { Button_SetCheck(Handle(), value ? BST_CHECKED : 0); }
+
+  void HandleCommand(int code) override {
+    if (code != BN_CLICKED) return;
+    const bool isPush = Kind() == ControlKind::Button;
+    const int value = isPush ? 0 : Button_GetCheck(Handle()) == BST_CHECKED;
+    if (Kind() == ControlKind::RadioButton && value == 0) return;
+    events.OnValue(Id(), value);
+  }
+
+  // The system has no dark buttons: in a dark theme they are drawn here.
+  LRESULT CustomDraw(NMCUSTOMDRAW& draw) override {
+    const bool isBox = Kind() == ControlKind::CheckBox || Kind() == ControlKind::RadioButton;
+    if (!system.Colours().isDark || isBox || draw.dwDrawStage != CDDS_PREPAINT) {
+      return CDRF_DODEFAULT;
+    }
+    const bool isPressed = (draw.uItemState & CDIS_SELECTED) || Button_GetCheck(Handle());
+    const Look& look = system.Colours();
+    FillWith(draw.hdc, draw.rc, look.line);
+    RECT inner = draw.rc;
+    InflateRect(&inner, -1, -1);
+    FillWith(draw.hdc, inner, isPressed ? look.accent : look.field);
+    SetBkMode(draw.hdc, TRANSPARENT);
+    SetTextColor(draw.hdc, RefOf(draw.uItemState & CDIS_DISABLED ? look.line : look.text));
+    DrawTextW(draw.hdc, WideOf(TextOf(Handle())).c_str(), -1, &inner,
+              DT_CENTER | DT_VCENTER | DT_SINGLELINE);
+    if (draw.uItemState & CDIS_FOCUS) DrawFocusRect(draw.hdc, &inner);
+    return CDRF_SKIPDEFAULT;
+  }
+};
+
+class ColourControl final : public WindowsControl {
+ public:
+  ColourControl(HWND parent, ControlId newId, const ControlSpec& controlSpec,
+                WindowEvents& receiver, WindowsSystem& shared)
+      : WindowsControl(newId, controlSpec, receiver, shared) {
+    Create(parent, L"BUTTON", BS_OWNERDRAW | WS_TABSTOP);
+  }
+
+  void SetColour(Colour newColour) override {
+    colour = newColour;
+    InvalidateRect(Handle(), nullptr, FALSE);
+  }
+  void HandleCommand(int code) override {
+    if (code == BN_CLICKED) events.OnValue(Id(), 0);
+  }
+  void Draw(const DRAWITEMSTRUCT& item) override {
+    RECT place = item.rcItem;
+    FillWith(item.hDC, place, system.Colours().window);
+    DrawFrameControl(item.hDC, &place, DFC_BUTTON,
+                     DFCS_BUTTONPUSH | (item.itemState & ODS_SELECTED ? DFCS_PUSHED : 0u));
+    InflateRect(&place, -system.Scaled(5), -system.Scaled(5));
+    FillWith(item.hDC, place, item.itemState & ODS_DISABLED ? system.Colours().line : colour);
+    InflateRect(&place, 2, 2);
+    if (item.itemState & ODS_FOCUS) DrawFocusRect(item.hDC, &place);
+  }
+
+ private:
+  Colour colour;
+};
+
+// --- sliders
+
+// A bitmap of a module's resources; none with a null name.
+class ResourceBitmap {
+ public:
+  ResourceBitmap(const SliderBitmaps* of, const std::string SliderBitmaps::*name) {
+    if (!of) return;
+    bitmap =
+        static_cast<HBITMAP>(LoadImageA(static_cast<HINSTANCE>(of->module), (of->*name).c_str(),
+                                        IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION));
+    if (bitmap) GetObjectW(bitmap, sizeof info, &info);
+  }
+  ~ResourceBitmap() {
+    if (bitmap) DeleteObject(bitmap);
+  }
+  ResourceBitmap(const ResourceBitmap&) = delete;
+  ResourceBitmap& operator=(const ResourceBitmap&) = delete;
+
+  explicit operator bool() const { return bitmap != nullptr; }
+  int Height() const { return static_cast<int>(info.bmHeight); }
+
+  // Stretched over the place; pixels of the colour in the bitmap's corner are left out.
+  void Draw(HDC device, const RECT& place) const {
+    HDC memory = CreateCompatibleDC(device);
+    HGDIOBJ before = SelectObject(memory, bitmap);
+    TransparentBlt(device, place.left, place.top, place.right - place.left,
+                   place.bottom - place.top, memory, 0, 0, static_cast<int>(info.bmWidth),
+                   static_cast<int>(info.bmHeight), GetPixel(memory, 0, 0));
+    SelectObject(memory, before);
+    DeleteDC(memory);
+  }
+
+ private:
+  HBITMAP bitmap = nullptr;
+  BITMAP info = {};
+};
+
+class SliderControl final : public WindowsControl {
+ public:
+  SliderControl(HWND parent, ControlId newId, const ControlSpec& controlSpec,
+                WindowEvents& receiver, WindowsSystem& shared)
+      : WindowsControl(newId, controlSpec, receiver, shared) {
+    Create(parent, TRACKBAR_CLASSW, TBS_HORZ | TBS_BOTH | TBS_NOTICKS | WS_TABSTOP);
+  }
+
+  // A click beside the thumb moves it by a tenth.
+  void SetRange(int least, int greatest) override {
+    SendMessageW(Handle(), TBM_SETRANGEMIN, FALSE, least);
+    SendMessageW(Handle(), TBM_SETRANGEMAX, TRUE, greatest);
+    const int page = (greatest - least) / 10;
+    SendMessageW(Handle(), TBM_SETPAGESIZE, 0, page > 1 ? page : 1);
+  }
+  void SetValue(int value) override { SendMessageW(Handle(), TBM_SETPOS, TRUE, value); }
+
+  void HandleScroll() override {
+    events.OnValue(Id(), static_cast<int>(SendMessageW(Handle(), TBM_GETPOS, 0, 0)));
+  }
+
+  LRESULT CustomDraw(NMCUSTOMDRAW& draw) override {
+    if (draw.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+    if (draw.dwDrawStage != CDDS_ITEMPREPAINT) return CDRF_DODEFAULT;
+    if (draw.dwItemSpec == TBCD_CHANNEL) return DrawScale(draw);
+    return draw.dwItemSpec == TBCD_THUMB ? DrawThumb(draw) : CDRF_DODEFAULT;
+  }
+
+ private:
+  LRESULT DrawScale(const NMCUSTOMDRAW& draw) {
+    const bool isCentred = spec.look == SliderLook::AroundZero;
+    const ResourceBitmap scale(spec.look == SliderLook::Plain ? nullptr : CZNSlider::ScaleBitmaps(),
+                               isCentred ? &SliderBitmaps::aroundZero : &SliderBitmaps::fromZero);
+    RECT place = draw.rc;
+    if (scale) {
+      const int middle = (place.top + place.bottom) / 2;
+      const int half = system.Scaled(scale.Height()) / 2;
+      place.top = middle - half;
+      place.bottom = middle + half;
+      scale.Draw(draw.hdc, place);
+      return CDRF_SKIPDEFAULT;
+    }
+    if (!system.Colours().isDark) return CDRF_DODEFAULT;
+    FillWith(draw.hdc, place, system.Colours().line);
+    return CDRF_SKIPDEFAULT;
+  }
+
+  LRESULT DrawThumb(const NMCUSTOMDRAW& draw) {
+    const ResourceBitmap thumb(CZNSlider::ThumbBitmaps(), &SliderBitmaps::thumb);
+    if (thumb && IsWindowEnabled(Handle())) {
+      thumb.Draw(draw.hdc, draw.rc);
+      return CDRF_SKIPDEFAULT;
+    }
+    if (!system.Colours().isDark) return CDRF_DODEFAULT;
+    const Look& look = system.Colours();
+    FillWith(draw.hdc, draw.rc, IsWindowEnabled(Handle()) ? look.accent : look.line);
+    return CDRF_SKIPDEFAULT;
+  }
+};
+
+// --- edits and lists
+
+class EditControl final : public WindowsControl {
+ public:
+  EditControl(HWND parent, ControlId newId, const ControlSpec& controlSpec, WindowEvents& receiver,
+              WindowsSystem& shared)
+      : WindowsControl(newId, controlSpec, receiver, shared) {
+    Create(parent, L"EDIT", ES_AUTOHSCROLL | WS_TABSTOP, WS_EX_CLIENTEDGE);
+  }
+
+  void SetText(const std::string& text) override {
+    isQuiet = true;
+    WindowsControl::SetText(text);
+    isQuiet = false;
+  }
+  void HandleCommand(int code) override {
+    if (code == EN_CHANGE && !isQuiet) events.OnText(Id(), TextOf(Handle()));
+  }
+
+ private:
+  bool isQuiet = false;
+};
+
+class ChoiceControl final : public WindowsControl {
+ public:
+  ChoiceControl(HWND parent, ControlId newId, const ControlSpec& controlSpec,
+                WindowEvents& receiver, WindowsSystem& shared)
+      : WindowsControl(newId, controlSpec, receiver, shared) {
+    Create(parent, L"COMBOBOX", CBS_DROPDOWNLIST | WS_VSCROLL | WS_TABSTOP);
+  }
+
+  // The height that the system is told is that of the opened list.
+  void Place(const Rect& place) override {
+    Rect opened = place;
+    opened.height += system.Scaled(200);
+    WindowsControl::Place(opened);
+  }
+  void SetItems(const std::vector<std::string>& items) override {
+    ComboBox_ResetContent(Handle());
+    for (const std::string& item : items) {
+      SendMessageW(Handle(), CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(WideOf(item).c_str()));
+    }
+  }
+  void SetValue(int value) override { ComboBox_SetCurSel(Handle(), value); }
+  void HandleCommand(int code) override {
+    if (code == CBN_SELCHANGE) events.OnValue(Id(), ComboBox_GetCurSel(Handle()));
+  }
+};
+
+class ListControl final : public WindowsControl {
+ public:
+  ListControl(HWND parent, ControlId newId, const ControlSpec& controlSpec, WindowEvents& receiver,
+              WindowsSystem& shared)
+      : WindowsControl(newId, controlSpec, receiver, shared) {
+    Create(parent, L"LISTBOX", LBS_NOTIFY | LBS_NOINTEGRALHEIGHT | WS_VSCROLL | WS_TABSTOP,
+           WS_EX_CLIENTEDGE);
+  }
+
+  void SetItems(const std::vector<std::string>& items) override {
+    ListBox_ResetContent(Handle());
+    for (const std::string& item : items) {
+      SendMessageW(Handle(), LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(WideOf(item).c_str()));
+    }
+  }
+  void SetValue(int value) override { ListBox_SetCurSel(Handle(), value); }
+  void HandleCommand(int code) override {
+    if (code == LBN_SELCHANGE) events.OnValue(Id(), ListBox_GetCurSel(Handle()));
+  }
+};
+
+// --- canvases
+
+// A device in memory of a window's size, copied to the window at the end.
+class Buffer {
+ public:
+  Buffer(HDC targetDevice, Size bufferSize)
+      : target(targetDevice),
+        size(bufferSize),
+        memory(CreateCompatibleDC(target)),
+        bitmap(CreateCompatibleBitmap(target, size.width, size.height)),
+        before(SelectObject(memory, bitmap)) {}
+  ~Buffer() {
+    BitBlt(target, 0, 0, size.width, size.height, memory, 0, 0, SRCCOPY);
+    SelectObject(memory, before);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+  }
+  Buffer(const Buffer&) = delete;
+  Buffer& operator=(const Buffer&) = delete;
+
+  HDC Device() const { return memory; }
+
+ private:
+  HDC target;
+  Size size;
+  HDC memory;
+  HBITMAP bitmap;
+  HGDIOBJ before;
+};
+
+class CanvasControl final : public WindowsControl {
+ public:
+  CanvasControl(HWND parent, ControlId newId, const ControlSpec& controlSpec,
+                WindowEvents& receiver, WindowsSystem& shared)
+      : WindowsControl(newId, controlSpec, receiver, shared) {
+    Create(parent, kCanvasClass, controlSpec.takesFocus ? WS_TABSTOP : 0);
+  }
+
+ private:
+  bool HandleMessage(UINT message, WPARAM wide, LPARAM more, LRESULT& result) override;
+  void Paint();
+  void Tell(MouseAction action, int button, WPARAM keys, LPARAM place);
+  void Press(MouseAction action, int button, WPARAM keys, LPARAM place);
+  void Release(int button, WPARAM keys, LPARAM place);
+  void Move(WPARAM keys, LPARAM place);
+
+  bool isInside = false;
+};
+
+bool CanvasControl::HandleMessage(UINT message, WPARAM wide, LPARAM more, LRESULT& result) {
+  result = 0;
+  switch (message) {
+    case WM_PAINT:
+      Paint();
+      return true;
+    case WM_ERASEBKGND:
+      result = 1;
+      return true;
+    case WM_GETDLGCODE:
+      result = DLGC_WANTARROWS | DLGC_WANTCHARS;
+      return true;
+    case WM_LBUTTONDOWN:
+      Press(MouseAction::Press, 1, wide, more);
+      return true;
+    case WM_LBUTTONDBLCLK:
+      Press(MouseAction::DoublePress, 1, wide, more);
+      return true;
+    case WM_MBUTTONDOWN:
+      Press(MouseAction::Press, 3, wide, more);
+      return true;
+    case WM_LBUTTONUP:
+      Release(1, wide, more);
+      return true;
+    case WM_MBUTTONUP:
+      Release(3, wide, more);
+      return true;
+    case WM_MOUSEMOVE:
+      Move(wide, more);
+      return true;
+    case WM_MOUSELEAVE:
+      isInside = false;
+      events.OnMouse(Id(), {MouseAction::Leave, {}, 0});
+      return true;
+    default:
+      return false;
+  }
+}
+
+void CanvasControl::Paint() {
+  PAINTSTRUCT paint;
+  HDC device = BeginPaint(Handle(), &paint);
+  RECT client;
+  GetClientRect(Handle(), &client);
+  const Size size = {static_cast<int>(client.right), static_cast<int>(client.bottom)};
+  HWND const window = Handle();
+  if (size.width > 0 && size.height > 0) {
+    const Buffer buffer(device, size);
+    GdiPainter painter(buffer.Device(), system.Font(), size);
+    events.OnPaint(Id(), painter);
+  }
+  EndPaint(window, &paint);
+}
+
+void CanvasControl::Tell(MouseAction action, int button, WPARAM keys, LPARAM place) {
+  events.OnMouse(Id(), {action,
+                        {GET_X_LPARAM(place), GET_Y_LPARAM(place)},
+                        button,
+                        (keys & MK_SHIFT) != 0,
+                        (keys & MK_CONTROL) != 0});
+}
+
+void CanvasControl::Press(MouseAction action, int button, WPARAM keys, LPARAM place) {
+  if (spec.takesFocus) SetFocus(Handle());
+  SetCapture(Handle());
+  Tell(action, button, keys, place);
+}
+
+void CanvasControl::Release(int button, WPARAM keys, LPARAM place) {
+  ReleaseCapture();
+  Tell(MouseAction::Release, button, keys, place);
+}
+
+void CanvasControl::Move(WPARAM keys, LPARAM place) {
+  if (!isInside) {
+    TRACKMOUSEEVENT track = {sizeof track, TME_LEAVE, Handle(), 0};
+    isInside = TrackMouseEvent(&track);
+  }
+  Tell(MouseAction::Move, keys & MK_LBUTTON ? 1 : keys & MK_MBUTTON ? 3 : 0, keys, place);
+}
+
+// --- keys
+
+struct NamedKey {
+  WPARAM code;
+  Key key;
+};
+constexpr NamedKey kKeys[] = {
+    {VK_LEFT, Key::Left},     {VK_RIGHT, Key::Right},   {VK_UP, Key::Up},
+    {VK_DOWN, Key::Down},     {VK_PRIOR, Key::PageUp},  {VK_NEXT, Key::PageDown},
+    {VK_HOME, Key::Home},     {VK_END, Key::End},       {VK_RETURN, Key::Enter},
+    {VK_ESCAPE, Key::Escape}, {VK_DELETE, Key::Delete}, {VK_INSERT, Key::Insert},
+    {VK_F1, Key::F1},
+};
+
+}  // namespace
+
+// A letter comes as a character, with the control key as the key that was pressed.
+bool TakeKey(const MSG& message, KeyEvent& event) {
+  event.shift = IsDown(VK_SHIFT);
+  event.control = IsDown(VK_CONTROL);
+  event.alt = IsDown(VK_MENU);
+  const bool isAltGr = event.control && event.alt;
+  if (message.message == WM_CHAR) {
+    if (message.wParam < 32 || (event.control && !isAltGr)) return false;
+    event.key = message.wParam == ' ' ? Key::Space : Key::Character;
+    event.character = static_cast<char32_t>(message.wParam);
+    return true;
+  }
+  if (message.message != WM_KEYDOWN) return false;
+  for (const NamedKey& named : kKeys) {
+    if (named.code == message.wParam) event.key = named.key;
+  }
+  const bool isSign = message.wParam >= '0' && message.wParam <= 'Z';
+  if (event.key == Key::Other && event.control && !isAltGr && isSign) {
+    event.key = Key::Character;
+    event.character =
+        static_cast<char32_t>(message.wParam >= 'A' ? message.wParam - 'A' + 'a' : message.wParam);
+  }
+  return event.key != Key::Other;
+}
+
+// --- WindowsControl
+
+WindowsControl::WindowsControl(ControlId newId, const ControlSpec& controlSpec,
+                               WindowEvents& receiver, WindowsSystem& windowsSystem)
+    : spec(controlSpec), events(receiver), system(windowsSystem), id(newId) {}
+
+// The name for screen readers is the window's text where that is not shown.
+void WindowsControl::Create(HWND parent, const wchar_t* windowClass, DWORD style, DWORD extended) {
+  const bool hasCaption = !spec.text.empty() || spec.kind == ControlKind::Edit;
+  const std::wstring text = WideOf(hasCaption ? spec.text : spec.name);
+  const auto child = reinterpret_cast<HMENU>(static_cast<INT_PTR>(id));
+  handle = CreateWindowExW(extended, windowClass, text.c_str(), WS_CHILD | WS_VISIBLE | style, 0, 0,
+                           0, 0, parent, child, WindowsSystem::Module(), nullptr);
+  if (!handle) return;
+  SetWindowSubclass(handle, Procedure, 1, reinterpret_cast<DWORD_PTR>(this));
+  SetFont();
+  ++system.counts.controls;
+}
+
+WindowsControl::~WindowsControl() {
+  if (!handle) return;
+  RemoveWindowSubclass(handle, Procedure, 1);
+  DestroyWindow(handle);
+  --system.counts.controls;
+}
+
+void WindowsControl::Place(const Rect& place) {
+  SetWindowPos(handle, nullptr, place.x, place.y, place.width, place.height,
+               SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void WindowsControl::SetText(const std::string& text) {
+  SetWindowTextW(handle, WideOf(text).c_str());
+}
+
+void WindowsControl::SetFont() {
+  SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(system.Font()), TRUE);
+}
+
+bool WindowsControl::HandleMessage(UINT, WPARAM, LPARAM, LRESULT&) {
+  return false;
+}
+
+LRESULT CALLBACK WindowsControl::Procedure(HWND window, UINT message, WPARAM wide, LPARAM more,
+                                           UINT_PTR, DWORD_PTR data) {
+  auto* const self = reinterpret_cast<WindowsControl*>(data);
+  LRESULT result = 0;
+  if (self->HandleMessage(message, wide, more, result)) return result;
+  switch (message) {
+    case WM_SETFOCUS:
+    case WM_KILLFOCUS:
+      result = DefSubclassProc(window, message, wide, more);
+      self->events.OnFocus(self->id, message == WM_SETFOCUS);
+      return result;
+    case WM_MOUSEWHEEL:
+      if (self->Kind() == ControlKind::List) break;
+      self->events.OnWheel(self->id,
+                           GET_WHEEL_DELTA_WPARAM(wide) / static_cast<double>(WHEEL_DELTA),
+                           GetFocus() == window);
+      return 0;
+    case WM_CONTEXTMENU:
+      if (self->Kind() == ControlKind::Edit) break;
+      return self->HandleContextMenu(more);
+    case WM_LBUTTONDOWN:
+      if (self->spec.canDrag && self->DetectDrag(more)) return 0;
+      break;
+    default:
+      break;
+  }
+  return DefSubclassProc(window, message, wide, more);
+}
+
+// The menu key names no place.
+LRESULT WindowsControl::HandleContextMenu(LPARAM screenPlace) {
+  POINT place = {GET_X_LPARAM(screenPlace), GET_Y_LPARAM(screenPlace)};
+  if (screenPlace == -1) {
+    place = {0, 0};
+  } else {
+    ScreenToClient(handle, &place);
+  }
+  events.OnContextMenu(id, {static_cast<int>(place.x), static_cast<int>(place.y)});
+  return 0;
+}
+
+// Waits for the mouse to move away or to be let go. Whoever only clicks has clicked then.
+bool WindowsControl::DetectDrag(LPARAM clientPlace) {
+  POINT place = {GET_X_LPARAM(clientPlace), GET_Y_LPARAM(clientPlace)};
+  SetFocus(handle);
+  ClientToScreen(handle, &place);
+  HWND const window = handle;
+  if (DragDetect(window, place)) {
+    events.OnDragBegin(id);
+  } else if (IsWindow(window)) {
+    SendMessageW(window, BM_CLICK, 0, 0);
+  }
+  return true;
+}
+
+std::unique_ptr<WindowsControl> MakeWindowsControl(HWND parent, ControlId id,
+                                                   const ControlSpec& spec, WindowEvents& events,
+                                                   WindowsSystem& system) {
+  switch (spec.kind) {
+    case ControlKind::Static:
+    case ControlKind::Heading:
+      return std::make_unique<TextControl>(parent, id, spec, events, system);
+    case ControlKind::Button:
+    case ControlKind::ToggleButton:
+    case ControlKind::CheckBox:
+    case ControlKind::RadioButton:
+      return std::make_unique<ButtonControl>(parent, id, spec, events, system);
+    case ControlKind::Slider:
+      return std::make_unique<SliderControl>(parent, id, spec, events, system);
+    case ControlKind::Edit:
+      return std::make_unique<EditControl>(parent, id, spec, events, system);
+    case ControlKind::ComboBox:
+      return std::make_unique<ChoiceControl>(parent, id, spec, events, system);
+    case ControlKind::List:
+      return std::make_unique<ListControl>(parent, id, spec, events, system);
+    case ControlKind::ColourButton:
+      return std::make_unique<ColourControl>(parent, id, spec, events, system);
+    case ControlKind::Canvas:
+      break;
+  }
+  return std::make_unique<CanvasControl>(parent, id, spec, events, system);
+}
+
+Size PreferredControlSize(const WindowsSystem& system, ControlKind kind, const std::string& text) {
+  const Size bare = system.TextSize(text, kind == ControlKind::Heading);
+  const auto with = [&](int width, int height) {
+    return Size{bare.width + system.Scaled(width), bare.height + system.Scaled(height)};
+  };
+  switch (kind) {
+    case ControlKind::Static:
+    case ControlKind::Heading:
+      return with(2, 2);
+    case ControlKind::CheckBox:
+    case ControlKind::RadioButton:
+      return with(22, 6);
+    case ControlKind::Slider:
+      return {system.Scaled(160), system.Scaled(28)};
+    case ControlKind::ColourButton:
+      return {system.Scaled(48), system.Scaled(26)};
+    case ControlKind::Canvas:
+      return {system.Scaled(32), system.Scaled(32)};
+    case ControlKind::ComboBox:
+    case ControlKind::List:
+      return with(34, 9);
+    case ControlKind::Edit:
+      return with(14, 9);
+    default:
+      return with(22, 11);
+  }
+}
+
+}  // namespace toolkit
