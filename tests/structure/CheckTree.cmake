@@ -45,7 +45,7 @@ set(list_of_classes "^filters/FilterClasses[.]h")
 # Who may ask which system it is, and who may include the parts of one system.
 set(system_words "_WIN32|_WIN64|__linux__|__MINGW32__|__unix__")
 set(may_ask "^(platform|component|toolkit/(windows|gtk)|tests)/")
-set(may_include_systems "^(platform|component|tests)/")
+set(may_include_systems "^(platform|component|toolkit/windows|tests)/")
 set(may_include_fakes "^(platform/fake|toolkit/fake|tests|benchmarks)/")
 
 set(wrong "")

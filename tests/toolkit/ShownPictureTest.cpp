@@ -33,8 +33,9 @@ TEST(ShownPicture, TopRowComesFirstAndNothingIsASquare) {
 TEST(ShownPicture, EnlargedPixelsAreBlocksAndReducedOnesMeans) {
   const Sample sample;
   const auto large = Shown(sample.rows, {20, 20}, {8, 9, 4, 2});
-  EXPECT_EQ(large, (std::vector<std::uint32_t>{0x6E645A, 0x6E645A, 0x999999, 0x999999, 0x1E140A,
+  EXPECT_EQ(large, (std::vector<std::uint32_t>{0x6E645A, 0x6E645A, 0xCCCCCC, 0xCCCCCC, 0x1E140A,
                                                0x1E140A, 0x463C32, 0x463C32}));
+  EXPECT_EQ(Shown(sample.rows, {20, 20}, {10, 0, 1, 1}), std::vector<std::uint32_t>{0x999999});
   toolkit::PictureRows opaque = sample.rows;
   opaque.maskRows = nullptr;
   EXPECT_EQ(Shown(opaque, {1, 1}, {0, 0, 1, 1}), std::vector<std::uint32_t>{0x5A5046});
