@@ -4,7 +4,7 @@ sources = $(shell find . \( -path ./build -o -path ./.git \) -prune -o \
 	\( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print)
 
 .NOTPARALLEL:
-.PHONY: help demo test bench windows sanitize fuzz format tidy install clean
+.PHONY: help demo icons test bench windows sanitize fuzz format tidy install clean
 
 help: ## this list
 	@sed -n 's/^\([a-z]*\):.*## /make \1\t/p' Makefile | expand -t 20
@@ -13,6 +13,11 @@ demo: ## build the program and apply filters to a photograph, into demo-out/
 	@scripts/setup.sh native
 	@scripts/build.sh linux fxbox
 	@scripts/demo.sh
+
+icons: ## draw the icons and pack them into resources/KvResourceStorage.box
+	@scripts/setup.sh native tools
+	@scripts/build.sh linux fxbox_pack_resource
+	@scripts/icons.sh build/linux/resources/fxbox_pack_resource
 
 test: ## build everything and run all tests: Linux, Windows (with Wine), Linux with sanitizers
 	@scripts/setup.sh all

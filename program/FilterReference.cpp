@@ -117,8 +117,10 @@ std::string KeyTable(const FilterFacts& facts) {
 }
 
 std::string Section(const FilterFacts& facts) {
-  std::string text = "## " + facts.progId + "\n\n" + facts.gloss + ". Class `" + facts.className +
-                     "`, order " + std::to_string(facts.order) + ".\n\n";
+  std::string text = "## " + facts.progId + "\n\n";
+  if (!facts.icon.empty()) text += "![](../resources/icons/" + facts.icon + ".svg)\n";
+  text += facts.gloss + ". Class `" + facts.className + "`, order " + std::to_string(facts.order) +
+          ".\n\n";
   if (!facts.note.empty()) text += "This class is " + facts.note + ".\n\n";
   if (!facts.keys.empty()) text += KeyTable(facts);
   if (facts.defaultText) text += "Default: `" + *facts.defaultText + "`\n\n";
@@ -151,6 +153,7 @@ FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
   const std::string newText = NewFilterText(creator, entry.progId);
   facts.newText = base::ToUtf8(newText);
   if (entry.row) {
+    if (entry.row->iconName) facts.icon = Utf8(entry.row->iconName);
     facts.className = Utf8(entry.row->className);
     facts.gloss = Utf8(entry.row->gloss);
     if (entry.row->defaultText) facts.defaultText = FilledIn(Utf8(entry.row->defaultText));

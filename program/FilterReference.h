@@ -23,8 +23,9 @@ struct KeyFacts {
 
 struct FilterFacts {
   std::string progId;
-  std::string className;  // empty for a class of another module, as are the next three
+  std::string className;  // empty for a class of another module, as are the next four
   std::string gloss;
+  std::string icon;  // its name; empty where the class has none
   std::string note;  // why there are no keys: "not built yet: ..."; empty for a built class
   std::optional<std::string> defaultText;
   std::string newText;  // what a new filter prints

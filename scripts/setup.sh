@@ -4,7 +4,7 @@
 #   tests    what only tests need: a second compiler with its fuzzer, broken sample pictures, other
 #            readers of compound files
 #   windows  cross compiler, Wine, the picture libraries for Windows and the Wine prefix
-#   tools    formatter and checker of sources
+#   tools    formatter and checker of sources, renderer of icons
 #   all      native, tests and windows (the default)
 # Does nothing, and asks for no rights, where everything is there already.
 set -euo pipefail
@@ -21,7 +21,7 @@ windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   cmake ninja-build googletest libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpng-dev libtiff-dev
   libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
   clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xdotool)
-tools=(clang-format clang-tidy)
+tools=(clang-format clang-tidy librsvg2-bin)
 
 isInstalled() {
   [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]

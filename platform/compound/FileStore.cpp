@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <string>
 
-#include "base/CodePage.h"
 #include "platform/TemporaryFile.h"
 #include "platform/compound/Format.h"
 #include "platform/linux/Descriptor.h"
@@ -95,32 +94,10 @@ class FileStore final : public ByteStore {
   Descriptor file;
 };
 
-bool IsUtf8(const std::string& text) {
-  const auto unit = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const int lead = unit(i);
-    const int following = lead < 0x80   ? 0
-                          : lead < 0xC2 ? -1
-                          : lead < 0xE0 ? 1
-                          : lead < 0xF0 ? 2
-                          : lead < 0xF5 ? 3
-                                        : -1;
-    if (following < 0 || i + static_cast<std::size_t>(following) >= text.size()) return false;
-    for (int k = 0; k < following; ++k) {
-      if ((unit(++i) & 0xC0) != 0x80) return false;
-    }
-  }
-  return true;
-}
-
-// A narrow path that was widened comes back byte by byte when that gives a name as the system has
-// them; anything else is a wide text.
 fs::path SystemPath(const OLECHAR* path) {
   std::u16string text(path);
   std::replace(text.begin(), text.end(), u'\\', u'/');
-  std::string narrow = base::FromWide(text);
-  if (base::ToWide(narrow) == text && IsUtf8(narrow)) return narrow;
-  return fs::path(text);
+  return text;
 }
 
 // A path that leads through folders which are not there differs from one to a missing file.

@@ -43,11 +43,11 @@ FXBOX_API void* CoTaskMemAlloc(std::size_t size);
 FXBOX_API void CoTaskMemFree(void* block);
 
 // Compound files. Versions 3 and 4 are read, new files have version 3; no times are written. Flags
-// and codes are the system's, without transactions. A path is a wide text, or the bytes of a file
-// name widened one by one; a backslash separates like a slash. A root is opened exclusively, or for
-// reading with STGM_SHARE_DENY_WRITE or STGM_PRIORITY; elements always exclusively. Whoever opens a
-// file that another has gets STG_E_SHAREVIOLATION or STG_E_LOCKVIOLATION, in this process as from
-// another one; a lock ends with its process. A file of another kind, also an empty one, is
+// and codes are the system's, without transactions. In a path a backslash separates like a slash;
+// names are UTF-8 on the disk. A root is opened exclusively, or for reading with
+// STGM_SHARE_DENY_WRITE or STGM_PRIORITY; elements always exclusively. Whoever opens a file that
+// another has gets STG_E_SHAREVIOLATION or STG_E_LOCKVIOLATION, in this process as from another
+// one; a lock ends with its process. A file of another kind, also an empty one, is
 // STG_E_FILEALREADYEXISTS and is never overwritten.
 //
 // What was written to a stream is on the disk after its last release, its Commit, or the Commit of

@@ -1,0 +1,124 @@
+// The module's resource: an icon of the right form for every class, its twin, and the scripts.
+#include <gtest/gtest.h>
+#include <objbase.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <set>
+#include <string>
+
+#include "base/Dib.h"
+#include "filters/FilterClasses.h"
+#include "tests/platform/CompoundSupport.h"
+
+#ifdef _WIN32
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
+// Last: its names for plain types would be in the way of ours.
+#include <zlib.h>
+
+namespace testing_support {
+namespace {
+
+std::string ResourceOfTheModule() {
+#ifdef _WIN32
+  const HMODULE module = LoadLibraryA(FXBOX_MODULE);
+  const HRSRC found = FindResourceA(module, "KvResourceStorage", "STORAGE");
+  if (!found) return {};
+  const auto* const bytes = static_cast<const char*>(LockResource(LoadResource(module, found)));
+  return {bytes, SizeofResource(module, found)};
+#else
+  void* const module = dlopen(FXBOX_MODULE, RTLD_NOW | RTLD_LOCAL);
+  if (!module) return {};
+  const auto* const start = static_cast<const char*>(dlsym(module, "KvResourceStorage_start"));
+  const auto* const end = static_cast<const char*>(dlsym(module, "KvResourceStorage_end"));
+  return start && end ? std::string(start, end) : std::string();
+#endif
+}
+
+std::u16string Wide(const std::string& text) {
+  return {text.begin(), text.end()};
+}
+
+// What stands behind the head of a picture, decompressed.
+std::string BodyOf(const std::string& stream) {
+  std::string body(100000, '\0');
+  auto size = static_cast<uLongf>(body.size());
+  EXPECT_EQ(uncompress(reinterpret_cast<Bytef*>(body.data()), &size,
+                       reinterpret_cast<const Bytef*>(stream.data()) + 10,
+                       static_cast<uLong>(stream.size() - 10)),
+            Z_OK);
+  body.resize(size);
+  return body;
+}
+
+template <class Record>
+Record RecordAt(const std::string& bytes, std::size_t offset) {
+  Record record = {};
+  if (offset + sizeof record <= bytes.size()) std::memcpy(&record, &bytes[offset], sizeof record);
+  return record;
+}
+
+class ResourceTest : public testing::Test {
+ protected:
+  ResourceTest() {
+    std::filesystem::copy_file(FXBOX_RESOURCE, folder / "resource");
+    root = Open(folder / "resource", kReading);
+    pictures = OpenStorage(root, u"Pictures", kReading);
+  }
+  TemporaryFolder folder;
+  StoragePtr root;
+  StoragePtr pictures;
+};
+
+TEST_F(ResourceTest, IsInTheModule) {
+  EXPECT_TRUE(ResourceOfTheModule() == ReadFile(FXBOX_RESOURCE));
+}
+
+TEST_F(ResourceTest, HasAnIconAndItsTwinForEveryClass) {
+  std::set<std::string> names = {"NullName"};
+  for (const FilterClass& row : FilterClasses()) {
+    if (row.iconName) names.insert(row.iconName);
+  }
+  std::set<std::string> seen;
+  for (const std::string& name : names) {
+    for (const std::string& form : {name, name + "_foc"}) {
+      const std::string stream = ReadStream(pictures, Wide(form));
+      ASSERT_EQ(stream.substr(0, 10), std::string("\1JPG\0\10\0\0\0\0", 10)) << form;
+      const std::string body = BodyOf(stream);
+      ASSERT_EQ(body.size(), 4256u);
+      EXPECT_EQ(RecordAt<std::uint32_t>(body, 8), 2392u);
+      const auto colour = RecordAt<base::DibHeader>(body, 12);
+      const auto mask = RecordAt<base::DibHeader>(body, 12 + 2392 + 4);
+      EXPECT_EQ(RecordAt<std::uint32_t>(body, 12 + 2392), 1848u);
+      EXPECT_EQ(colour.biSizeImage, 2352u);
+      EXPECT_EQ(colour.biBitCount, 24);
+      EXPECT_EQ(mask.biSizeImage, 784u);
+      EXPECT_EQ(mask.biClrUsed, 256u);
+      for (const auto& header : {colour, mask}) {
+        EXPECT_EQ(header.biWidth, 28);
+        EXPECT_EQ(header.biHeight, 28);
+      }
+      // Nothing in the corner, something in the middle.
+      const std::string maskRows = body.substr(12 + 2392 + 4 + 40 + 1024);
+      EXPECT_EQ(maskRows.front(), '\xFF');
+      EXPECT_EQ(maskRows[14 * 28 + 14], '\0');
+      EXPECT_TRUE(seen.insert(body).second) << form << " looks like another one";
+    }
+  }
+  EXPECT_EQ(NamesOf(pictures).size(), seen.size() + 3);  // and the storages of the old format
+}
+
+TEST_F(ResourceTest, HasTheScripts) {
+  const StoragePtr scripts = OpenStorage(root, u"Scripts", kReading);
+  for (const char16_t* name : {u"color.strings", u"GradCurvesDialog.Page"}) {
+    const std::string text = ReadStream(scripts, name);
+    EXPECT_TRUE(text.ends_with("\r\n"));
+  }
+}
+
+}  // namespace
+}  // namespace testing_support
