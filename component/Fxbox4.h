@@ -28,6 +28,16 @@ FXBOX_API HRESULT STDAPICALLTYPE FxboxCreateCreator(REFIID iid, void** result);
 struct FilterClass;
 FXBOX_API const struct FilterClass* STDAPICALLTYPE FxboxFilterClasses(int* count);
 
+// For a host without a loop of its own: handles the events of open dialogs, on the thread that
+// opened them. With `wait` it sleeps until there is one. S_FALSE where no dialog was opened or the
+// window system has ended.
+FXBOX_API HRESULT STDAPICALLTYPE FxboxPumpEvents(BOOL wait);
+
+// Assigns a text to a KvString (base/KvString.h), for hosts that know it as a pointer alone: what
+// IAnimHostPage::Localize of core/AnimHost.h has to fill in. A null text empties it. E_POINTER
+// without a string.
+FXBOX_API HRESULT STDAPICALLTYPE FxboxSetString(void* string, const char* text);
+
 // The class object of a filter class, of the chain or of the creator. CLASS_E_CLASSNOTAVAILABLE and
 // a null result for another id.
 FXBOX_MODULE_API HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID classId, REFIID iid,

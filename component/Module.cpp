@@ -1,6 +1,7 @@
 // The exported functions: translation between their callers and the rooms behind.
 #include "component/Fxbox4.h"
 
+#include "base/KvString.h"
 #include "component/ModuleClasses.h"
 #include "component/ModuleLife.h"
 #include "component/Registration.h"
@@ -8,6 +9,7 @@
 #include "filters/FilterClasses.h"
 #include "platform/component/ComPtr.h"
 #include "platform/component/Guard.h"
+#include "toolkit/Backend.h"
 
 using platform::ComPtr;
 using platform::Guard;
@@ -38,6 +40,21 @@ const FilterClass* STDAPICALLTYPE FxboxFilterClasses(int* count) {
   const FilterClassTable classes = FilterClasses();
   if (count) *count = static_cast<int>(classes.size());
   return classes.data();
+}
+
+HRESULT STDAPICALLTYPE FxboxPumpEvents(BOOL wait) {
+  return Guard([&] {
+    toolkit::Backend* const backend = toolkit::OpenBackend();
+    return backend && backend->Pump(wait != FALSE) ? S_OK : S_FALSE;
+  });
+}
+
+HRESULT STDAPICALLTYPE FxboxSetString(void* string, const char* text) {
+  if (!string) return E_POINTER;
+  return Guard([&] {
+    *static_cast<KvString*>(string) = text;
+    return S_OK;
+  });
 }
 
 HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID classId, REFIID iid, void** result) {

@@ -1,9 +1,12 @@
 #include "component/ModuleLife.h"
 
 #include "component/ModuleClasses.h"
+#include "core/AnimDialog.h"
 #include "core/Diagnostics.h"
+#include "dialogs/Dialogs.h"
 #include "settings/TraceLogStd.h"
 #include "settings/ZNDebugMonitor.h"
+#include "toolkit/ZNControls.h"
 
 namespace component {
 namespace {
@@ -25,11 +28,21 @@ void ModuleStart() noexcept {
     StartLogging(reinterpret_cast<HMODULE>(&GetClassObject), true, false, nullptr);
     core::SetLogSink(core::WriteToTraceLog);
   });
+  Attempt([] {
+    core::SetDialogMaker(&dialogs::NewFilterDialog);
+    CZNSlider::AttachBitmaps({reinterpret_cast<void*>(&GetClassObject), "IDB_SLIDER_HD",
+                              "IDB_SLIDER_CC", "IDB_SLIDER_TMB"},
+                             true, true);
+  });
   Attempt(JoinComponentRuntime);
 }
 
 void ModuleStop() noexcept {
   Attempt(LeaveComponentRuntime);
+  Attempt([] {
+    CZNSlider::DetachBitmaps();
+    core::SetDialogMaker(nullptr);
+  });
   Attempt([] {
     EndDebugMonitor();
     TraceLog::StopLogging(false);

@@ -23,6 +23,7 @@ void AddCurveCommand(CLI::App& program, Action& action);
 void AddSizeCommand(CLI::App& program, Action& action);
 void AddModuleCommands(CLI::App& program, Action& action);
 void AddConfigCommand(CLI::App& program, Action& action);
+void AddDialogCommand(CLI::App& program, Action& action);
 void AddLogCommand(CLI::App& program, Action& action);
 
 }  // namespace program

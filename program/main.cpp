@@ -32,6 +32,7 @@ void AddCommands(CLI::App& app, Action& action) {
   AddTextCommand(app, action);
   AddSizeCommand(app, action);
   AddCurveCommand(app, action);
+  AddDialogCommand(app, action);
   AddModuleCommands(app, action);
   AddConfigCommand(app, action);
   AddLogCommand(app, action);

@@ -21,7 +21,8 @@ struct IDropSource;
 namespace toolkit {
 
 // All texts are UTF-8. In texts of controls and menus "&" stands before the mnemonic and "&&" is
-// one "&". All calls come on the thread that opened the first window, but Backend::Post.
+// one "&"; the mnemonic of a Static leads to the next control that takes the focus. All calls come
+// on the thread that opened the first window, but Backend::Post.
 
 enum class ControlKind {
   Static,        // a text

@@ -98,8 +98,8 @@ toolkit::NativeWindow* CZNControl::Native() const {
 }
 
 void CZNControl::Place(const toolkit::Rect& newPlace) {
-  place = newPlace;
-  if (auto* native = Native()) native->Place(id, place);
+  placed = newPlace;
+  if (auto* native = Native()) native->Place(id, placed);
 }
 
 void CZNControl::SetText(const std::string& text) {

@@ -31,7 +31,7 @@ class FXBOX_API CZNControl {
 
   toolkit::ControlId Id() const { return id; }
   void Place(const toolkit::Rect& newPlace);
-  const toolkit::Rect& Where() const { return place; }
+  const toolkit::Rect& Where() const { return placed; }
   void SetText(const std::string& text);
   void SetBubble(const std::string& text);
   void Enable(bool enabled);
@@ -66,7 +66,7 @@ class FXBOX_API CZNControl {
   CZNDialog* parent;
   toolkit::ControlId id = 0;
   toolkit::ControlKind nativeKind;
-  toolkit::Rect place;
+  toolkit::Rect placed;
   bool isEnabled = true;
   bool isVisible = true;
 };

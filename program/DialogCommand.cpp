@@ -1,0 +1,141 @@
+// fxbox dialog: opens the dialog of a filter class by itself and prints its text on each change.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "base/CodePage.h"
+#include "component/Fxbox4.h"
+#include "core/AnimDialog.h"
+#include "core/AnimHost.h"
+#include "core/AnimInterfaces.h"
+#include "platform/component/ComObject.h"
+#include "platform/component/SystemInterfaces.h"
+#include "program/ChainCheck.h"
+#include "program/Commands.h"
+#include "program/FilterList.h"
+#include "program/Messages.h"
+
+namespace program {
+namespace {
+
+using platform::ComPtr;
+
+struct DialogOptions {
+  std::string item;
+  bool once = false;
+};
+
+constexpr char kExamples[] = R"(Examples:
+  fxbox dialog ZNFilter.Sepia.1
+  fxbox dialog 'ZNFilter.UnsharpMask.1(Percent=150,Radius=1.5)' | while read text; do ...; done)";
+
+// The host's side of one dialog: prints the filter's text at the end of each change.
+class DialogHost final
+    : public platform::ComObject<DialogHost, IAnimHostRegistry, IAnimHostPage, IAnimHostMessages> {
+ public:
+  explicit DialogHost(ComPtr<IAnimFilterParameter> edited) : filter(std::move(edited)) {}
+
+  bool IsClosed() const { return isClosed; }
+
+  HRESULT STDMETHODCALLTYPE RegisterDialog(const char*, IUnknown*) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE UnregisterDialog(const char*) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE ShowDialog(const char*) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE Forward(std::intptr_t) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SetButtonState(const char*, int) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE Localize(const char*, KvString*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE FindPage(const char*, int* page) override {
+    if (page) *page = 1;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE ReleasePage(int) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE SetReceiver(int, IUnknown*) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE Post(int, int message, std::intptr_t a, std::intptr_t,
+                                 std::intptr_t*) override {
+    if (message == core::kMessageBracketEnd) Print();
+    if (message == core::kMessageClosed) isClosed = true;
+    if (message == core::kMessageContextHelp && a) {
+      std::cerr << base::ToUtf8(reinterpret_cast<const char*>(a)) << '\n';
+    }
+    return S_OK;
+  }
+
+ private:
+  void Print() {
+    char text[4096] = "";
+    filter->GetParameter(text, sizeof text);
+    std::cout << base::ToUtf8(text) << std::endl;
+  }
+
+  ComPtr<IAnimFilterParameter> filter;
+  bool isClosed = false;
+};
+
+// "PROGID" or "PROGID(TEXT)", taken apart and checked.
+ChainText TakeItem(const std::string& item, IAnimFilterCreator& creator, std::string& progId) {
+  const auto open = item.find('(');
+  progId = item.substr(0, open);
+  const auto filters = ListFilters(creator);
+  if (!FindFilter(filters, progId)) throw UsageError(Quoted(progId) + ": there is no such filter");
+  ChainText chain;
+  chain.text = open == std::string::npos ? item + "()" : item;
+  chain.text = CheckChainText(chain, filters, creator);
+  return chain;
+}
+
+ComPtr<IAnimFilterDialog> MakeDialog(IAnimFilterCreator& creator, const std::string& progId,
+                                     DialogHost& host) {
+  ComPtr<IAnimFilterDialog> dialog;
+  auto* const asRegistry = static_cast<IAnimHostRegistry*>(&host);
+  creator.CreateFilterDialog(progId.c_str(),
+                             reinterpret_cast<std::intptr_t>(static_cast<IUnknown*>(asRegistry)),
+                             IAnimFilterDialog::kIid, dialog.PutVoid());
+  if (!dialog) throw UsageError(progId + ": this filter has no dialog");
+  return dialog;
+}
+
+// Gives the dialog its filter; the point holds it until the dialog ends.
+void Connect(IAnimFilterDialog& dialog, IUnknown& filter) {
+  const auto points = ComPtr<IConnectionPointContainer>::Query(&dialog);
+  ComPtr<IConnectionPoint> point;
+  DWORD cookie = 0;
+  if (points) points->FindConnectionPoint(IAnimFilterParameter::kIid, point.Put());
+  if (point) point->Advise(&filter, &cookie);
+}
+
+int RunDialog(const DialogOptions& options) {
+  const auto creator = MakeCreator();
+  std::string progId;
+  const ChainText chain = TakeItem(ChainTextOf(options.item), *creator.Get(), progId);
+  ComPtr<IAnimFilterParameter> filter;
+  creator->CreateFilter(progId.c_str(), IAnimFilterParameter::kIid, filter.PutVoid());
+  const auto open = chain.text.find('(');
+  const std::string text = chain.text.substr(open + 1, chain.text.rfind(')') - open - 1);
+  if (!text.empty()) filter->SetParameter(text.c_str(), 1);
+  const auto host = ComPtr<DialogHost>::Attach(new DialogHost(filter));
+  const auto dialog = MakeDialog(*creator.Get(), progId, *host.Get());
+  Connect(*dialog.Get(), *filter.Get());
+  if (dialog->Open(0, 0, 0) != S_OK) {
+    dialog->Close();
+    throw FileError(progId, "no window can be opened here (fxbox log tells why)");
+  }
+  dialog->Show();
+  while (!host->IsClosed() && FxboxPumpEvents(true) == S_OK) {
+    if (options.once) dialog->Close();
+  }
+  return kDone;
+}
+
+}  // namespace
+
+void AddDialogCommand(CLI::App& program, Action& action) {
+  const auto options = std::make_shared<DialogOptions>();
+  CLI::App* const command =
+      program.add_subcommand("dialog", "Open the dialog of a filter and print its text on changes");
+  command->add_option("item", options->item, "PROGID, or PROGID(TEXT) to begin with a text")
+      ->required();
+  command->add_flag("--once", options->once, "Close the dialog when it has been shown (a check)");
+  command->footer(kExamples);
+  command->callback([options, &action] { action = [options] { return RunDialog(*options); }; });
+}
+
+}  // namespace program
