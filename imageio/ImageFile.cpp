@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "base/Rows.h"
 #include "imageio/Decoder.h"
 #include "imageio/Encoder.h"
 #include "imageio/Exif.h"
@@ -39,6 +40,31 @@ Format FormatOfSource(Source& source) {
   std::array<std::uint8_t, 16> first;
   return FormatOfBytes(first.data(), source.ReadAt(0, first.data(), first.size()));
 }
+
+// A picture that was never a file.
+class RowsDecoder final : public Decoder {
+ public:
+  RowsDecoder(const Rows& from, int width, int height) : rows(from) {
+    SetSize(width, height);
+    head.hasMask = rows.mask != nullptr;
+  }
+
+  bool Decode(RowSink& sink) override {
+    for (int y = 0; y < head.size.height; ++y) {
+      const int row = head.size.height - 1 - y;
+      const RowBuffer to = sink.Begin(y);
+      std::memcpy(to.colour, rows.colour[row], base::ColourBytes(head.size.width));
+      if (to.mask && rows.mask) {
+        std::memcpy(to.mask, rows.mask[row], static_cast<std::size_t>(head.size.width));
+      }
+      if (!sink.End(y)) return false;
+    }
+    return true;
+  }
+
+ private:
+  Rows rows;
+};
 
 // part * whole / of, rounded half up, at least 1.
 int Proportion(std::int64_t part, std::int64_t whole, std::int64_t of) {
@@ -103,6 +129,11 @@ struct ImageReader::State {
   explicit State(std::unique_ptr<Source> from) : source(std::move(from)) {
     info.format = FormatOfSource(*source);
     decoder = OpenDecoder(*source, info.format);
+    TakeHead();
+  }
+  explicit State(std::unique_ptr<Decoder> opened) : decoder(std::move(opened)) { TakeHead(); }
+
+  void TakeHead() {
     const Head& head = decoder->GetHead();
     info.hasMask = head.hasMask;
     info.metadata = head.metadata;
@@ -144,6 +175,11 @@ ImageReader::ImageReader(const std::filesystem::path& file)
 ImageReader::ImageReader(const std::uint8_t* bytes, std::size_t size)
     : state(Guarded(
           [&] { return std::make_unique<State>(std::make_unique<MemorySource>(bytes, size)); })) {}
+
+ImageReader::ImageReader(const Rows& rows, int width, int height)
+    : state(Guarded([&] {
+        return std::make_unique<State>(std::make_unique<RowsDecoder>(rows, width, height));
+      })) {}
 
 ImageReader::~ImageReader() = default;
 ImageReader::ImageReader(ImageReader&&) noexcept = default;

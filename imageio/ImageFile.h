@@ -77,6 +77,8 @@ class FXBOX_API ImageReader {
   explicit ImageReader(const std::filesystem::path& file);
   // Reads from a block in memory, which must live as long as the reader.
   ImageReader(const std::uint8_t* bytes, std::size_t size);
+  // Reads a picture that lies in memory as rows, which must live as long; of no format.
+  ImageReader(const Rows& rows, int width, int height);
   ~ImageReader();
   ImageReader(ImageReader&&) noexcept;
   ImageReader(const ImageReader&) = delete;

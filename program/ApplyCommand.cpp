@@ -104,7 +104,9 @@ void AddOptions(CLI::App& command, ApplyOptions& options) {
                   "Refuse pictures of more pixels, and decoding of more than 20 times as much work "
                   "(default 500M)")
       ->type_name("PIXELS");
-  command.add_option("INPUT", options.inputs, "Picture files; - for standard input")
+  command
+      .add_option("INPUT", options.inputs,
+                  "Picture files; - for standard input, shared:ID for what fxbox share keeps")
       ->required()
       ->type_name("");
 }

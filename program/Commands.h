@@ -22,6 +22,8 @@ void AddTextCommand(CLI::App& program, Action& action);
 void AddCurveCommand(CLI::App& program, Action& action);
 void AddSizeCommand(CLI::App& program, Action& action);
 void AddModuleCommands(CLI::App& program, Action& action);
+void AddPictureCommand(CLI::App& program, Action& action);
+void AddShareCommand(CLI::App& program, Action& action);
 void AddConfigCommand(CLI::App& program, Action& action);
 void AddDialogCommand(CLI::App& program, Action& action);
 void AddLogCommand(CLI::App& program, Action& action);

@@ -4,7 +4,9 @@
 #include <functional>
 #include <map>
 
+#include "base/CodePage.h"
 #include "program/Messages.h"
+#include "program/WholePicture.h"
 
 namespace program {
 namespace {
@@ -95,6 +97,17 @@ void CheckOptions(const OutputOptions& options) {
   if (options.inPlace) throw UsageError("--in-place keeps the name of a file, and so its kind");
 }
 
+// What results are named after: of a shared picture the id, which may hold what names may not.
+fs::path NameOf(const fs::path& input) {
+  const auto id = SharedIdOf(Utf8Of(input));
+  if (!id) return input;
+  std::string name = *id;
+  for (char& c : name) {
+    if (std::string_view("/\\:*?\"<>|.").find(c) != std::string_view::npos) c = '_';
+  }
+  return PathOf(base::ToUtf8(name));
+}
+
 // Whether the results lie in the folder that `out` names.
 bool IntoFolder(std::size_t inputs, const OutputOptions& options) {
   if (!options.out || *options.out == kStandard) return false;
@@ -109,12 +122,12 @@ bool IntoFolder(std::size_t inputs, const OutputOptions& options) {
 
 fs::path OutputOf(const PlannedFile& file, const OutputOptions& options) {
   if (file.intoFolder) {
-    const fs::path name = file.FromStandard() ? "stdin" : file.input;
+    const fs::path name = file.FromStandard() ? "stdin" : NameOf(file.input);
     return NameInFolder(PathOf(*options.out), name, options);
   }
   if (options.out) return PathOf(*options.out);
   if (file.FromStandard() || options.inPlace) return file.input;
-  return NameBeside(file.input, options);
+  return NameBeside(NameOf(file.input), options);
 }
 
 // A name that says another kind than --format is a mistake.
@@ -141,6 +154,9 @@ PlannedFile Plan(const std::string& input, bool intoFolder, const OutputOptions&
   PlannedFile file;
   file.input = PathOf(input);
   file.intoFolder = intoFolder;
+  if (options.inPlace && SharedIdOf(input)) {
+    throw UsageError(input + ": a shared picture is no file that could be replaced");
+  }
   file.output = OutputOf(file, options);
   file.format = FormatOf(file, options);
   std::error_code ignored;

@@ -26,7 +26,7 @@ struct PlannedFile {
 struct OutputOptions {
   std::optional<std::string> out = {};
   std::optional<std::string> kind = {};  // an extension without its point: "png"
-  bool inPlace = false;             // each result replaces its input
+  bool inPlace = false;                  // each result replaces its input
   bool skipExisting = false;
 };
 

@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "program/Messages.h"
+#include "program/WholePicture.h"
 
 namespace program {
 namespace {
@@ -55,16 +56,24 @@ PictureLimits ParseLimit(const std::string& text) {
 
 PictureInput::PictureInput(const std::filesystem::path& file, const PictureLimits& pictureLimits)
     : name(file == kStandard ? "standard input" : Utf8Of(file)), path(file), limits(pictureLimits) {
-  if (file == kStandard) {
+  if (const auto id = SharedIdOf(name)) {
+    shared = std::make_unique<SharedPicture>(id->c_str());
+    if (!shared->IsValid()) throw FileError(name, "nobody shares a picture under this id");
+  } else if (file == kStandard) {
     bytes = ReadStandardInput(IsPicture);
   } else if (IsPipe(file)) {
     bytes = ReadPipe(file, IsPicture);
   }
 }
 
+imageio::ImageReader PictureInput::NewReader() const {
+  if (shared) return {RowsOf(*shared, name), shared->Width(), shared->Height()};
+  if (bytes) return {bytes->data(), bytes->size()};
+  return imageio::ImageReader(path);
+}
+
 imageio::ImageReader PictureInput::Open() const {
-  imageio::ImageReader reader =
-      bytes ? imageio::ImageReader(bytes->data(), bytes->size()) : imageio::ImageReader(path);
+  imageio::ImageReader reader = NewReader();
   limits.Check(name, "the picture", reader.Info().fullWidth, reader.Info().fullHeight);
   reader.LimitWork({static_cast<double>(limits.pixels) * kMostPasses, Hint(limits.pixels)});
   return reader;

@@ -3,9 +3,11 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 
 #include "imageio/ImageFile.h"
+#include "picture/SharedPicture.h"
 #include "program/StandardStreams.h"
 
 namespace program {
@@ -26,7 +28,8 @@ PictureLimits ParseLimit(const std::string& text);
 
 class PictureInput {
  public:
-  // Reads a pipe to its end; of a file nothing yet. A FileError when that fails.
+  // Reads a pipe to its end and attaches to a shared picture; of a file nothing yet. A FileError
+  // when that fails.
   PictureInput(const std::filesystem::path& file, const PictureLimits& pictureLimits);
 
   // How messages name it.
@@ -37,9 +40,12 @@ class PictureInput {
   imageio::ImageReader Open() const;
 
  private:
+  imageio::ImageReader NewReader() const;
+
   std::string name;
   std::filesystem::path path;
   std::optional<Bytes> bytes;
+  std::unique_ptr<SharedPicture> shared;
   PictureLimits limits;
 };
 

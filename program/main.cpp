@@ -34,6 +34,8 @@ void AddCommands(CLI::App& app, Action& action) {
   AddCurveCommand(app, action);
   AddDialogCommand(app, action);
   AddModuleCommands(app, action);
+  AddPictureCommand(app, action);
+  AddShareCommand(app, action);
   AddConfigCommand(app, action);
   AddLogCommand(app, action);
 }

@@ -583,6 +583,74 @@ test_file_names() {
 }
 
 # Noise takes the longest to compress. The signal comes while the output is being written.
+# --- streams and shared pictures
+
+test_picture_stream() {
+  head='P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n'
+  printf "$head"'\001\002\003\377\011\012\013\000' >in.pam
+  run 0 picture pack in.pam -o out.stream --values 1,-2,3,4
+  # 0, and 36 bytes with two bitmaps: 40 and a row of 8, 40 and a row of 4.
+  head -c 10 out.stream >start
+  file_is start '\000\000\000\000\200\000\000\000\170\234'
+  run 0 picture unpack out.stream -o back.pam
+  output_is 'back.pam  2x1  values 1,-2,3,4'
+  cmp -s in.pam back.pam || fail 'the stream does not keep the picture'
+  picture in.ppm
+  run 0 picture pack in.ppm -o plain.stream
+  run 0 picture unpack plain.stream -o back.png
+  output_is 'back.png  3x2  values 0,0,3,3'
+  run 0 apply -c '' -o back.ppm back.png
+  cmp -s in.ppm back.ppm || fail 'the stream does not keep a picture without alpha'
+
+  head -c 60 out.stream >cut
+  echo before >kept.png
+  for file in cut in.ppm; do
+    run 1 picture unpack $file -o kept.png
+    error_is "fxbox: $file: is no serialised picture, or is damaged"
+  done
+  [ "$(cat kept.png)" = before ] || fail 'a failure touches the output'
+  run 1 picture unpack missing -o kept.png
+  error_is 'fxbox: missing: the file cannot be opened'
+  for values in '' 1,2,3 1,2,3,4,5 1,2,3,x 1,2,3,99999999999; do
+    run 2 picture pack in.ppm -o no.stream --values "$values"
+  done
+  run 2 picture unpack out.stream -o out.txt
+  is_missing no.stream out.txt
+  no_leftovers
+}
+
+test_share() {
+  picture in.ppm
+  id=fxbox-test-$$
+  env --default-signal=INT $prefix share in.ppm --id $id >shared 2>share-errors &
+  program=$!
+  tries=0
+  until [ -s shared ]; do
+    tries=$((tries + 1))
+    [ $tries -lt 600 ] || fail 'nothing is shared'
+    sleep 0.05
+  done
+  [ "$(cat shared)" = "shared:$id  3x2" ] || fail 'expected the name of what is shared'
+  run 0 apply -c '' -o out.ppm "shared:$id"
+  cmp -s in.ppm out.ppm || fail 'another picture came out'
+  run 0 apply -c '' --fit 1 -o small.ppm "shared:$id"
+  output_is 'small.ppm  1x1'
+  run 0 apply -c '' "shared:$id"
+  output_is "$id-fxbox.png  3x2"
+  run 1 share in.ppm --id $id
+  error_is "fxbox: shared:$id: somebody shares a picture under this id"
+  run 2 apply -c '' --in-place "shared:$id"
+  kill -INT $program
+  wait $program
+  [ $? = 0 ] || fail 'an interrupt is the usual end'
+  [ ! -s share-errors ] || fail 'an interrupt is no error'
+  run 1 apply -c '' -o gone.ppm "shared:$id"
+  error_is "fxbox: shared:$id: nobody shares a picture under this id"
+  run 2 apply -c '' -o gone.ppm shared:
+  run 1 share missing.ppm --id $id
+  is_missing gone.ppm
+}
+
 test_interrupt() {
   mkdir out
   { printf 'P6\n4000 4000\n255\n'; head -c 48000000 /dev/urandom; } >in.ppm

@@ -1,0 +1,67 @@
+// fxbox share: keeps a picture in shared memory.
+#include <CLI/CLI.hpp>
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <thread>
+
+#include "base/CodePage.h"
+#include "picture/SharedPicture.h"
+#include "program/Commands.h"
+#include "program/Interrupt.h"
+#include "program/Messages.h"
+#include "program/WholePicture.h"
+
+namespace program {
+namespace {
+
+struct ShareOptions {
+  std::string input;
+  std::string id;
+  bool quiet = false;
+};
+
+constexpr char kExamples[] = R"(Example:
+  fxbox share photo.jpg --id holiday
+      shares it until Ctrl-C; meanwhile others may run
+  fxbox apply -c 'ZNFilter.Sepia.1(Sepia=050)' -o sepia.png shared:holiday
+A program that uses the library finds the picture under the same id.)";
+
+void WaitForInterrupt() {
+  constexpr std::chrono::milliseconds kPause(20);
+  while (!IsInterrupted()) std::this_thread::sleep_for(kPause);
+}
+
+int Share(const ShareOptions& options) {
+  const std::string name = kSharedPrefix + options.id;
+  const auto id = SharedIdOf(name);
+  CatchInterrupts();
+  auto decoded = ReadWhole(options.input);
+  if (!decoded) return kInterrupted;
+  const int width = decoded->Width();
+  const SharedPicture picture(id->c_str(), "", decoded->Image(), decoded->Mask(), width, width, 0,
+                              0);
+  decoded.reset();
+  if (!picture.IsValid()) throw FileError(name, "the picture cannot be shared");
+  if (!picture.IsFirst()) throw FileError(name, "somebody shares a picture under this id");
+  if (!options.quiet) {
+    std::cout << name << "  " << width << 'x' << picture.Height() << '\n' << std::flush;
+  }
+  WaitForInterrupt();
+  return kDone;
+}
+
+}  // namespace
+
+void AddShareCommand(CLI::App& program, Action& action) {
+  const auto options = std::make_shared<ShareOptions>();
+  CLI::App* const command = program.add_subcommand(
+      "share", "Keep a picture in memory that other programs share, until Ctrl-C");
+  command->add_option("PICTURE", options->input, "Picture file")->required()->type_name("");
+  command->add_option("--id", options->id, "What others find it by")->required()->type_name("ID");
+  command->add_flag("--quiet", options->quiet, "Print nothing but errors");
+  command->footer(kExamples);
+  command->callback([options, &action] { action = [options] { return Share(*options); }; });
+}
+
+}  // namespace program
