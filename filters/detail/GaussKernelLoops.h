@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "filters/detail/GaussKernels.h"
+#include "filters/pixels/simd/Vectors.h"
 
 namespace kernels {
 namespace {
@@ -109,24 +110,15 @@ inline void FinishBrightness(std::uint8_t* colour, const float* line, const floa
   }
 }
 
-// The widest vectors of the processors that the file is compiled for.
-#if defined(__AVX512F__)
-constexpr int kVectorBytes = 64;
-#elif defined(__AVX2__)
-constexpr int kVectorBytes = 32;
-#else
-constexpr int kVectorBytes = 16;
-#endif
-
 template <class Real>
 struct VectorOf;
 template <>
 struct VectorOf<float> {
-  typedef float Type __attribute__((vector_size(kVectorBytes)));
+  using Type = Floats;
 };
 template <>
 struct VectorOf<double> {
-  typedef double Type __attribute__((vector_size(kVectorBytes)));
+  using Type = Doubles;
 };
 
 // Numbers that are worked on together: a few vectors side by side, enough to hide how long an
@@ -135,20 +127,16 @@ template <class Real>
 using Vector = typename VectorOf<Real>::Type;
 constexpr int kVectors = 3;
 template <class Real>
-constexpr std::size_t kLanes = kVectorBytes / sizeof(Real);
-template <class Real>
-constexpr std::size_t kTogether = kVectors* kLanes<Real>;
+constexpr std::size_t kTogether = kVectors* kLanes<Vector<Real>>;
 static_assert(kRowBlock % kTogether<float> == 0);
 
 template <class Real>
 [[gnu::always_inline]] inline Vector<Real> Load(const Real* from, int v) {
-  Vector<Real> vector;
-  __builtin_memcpy(&vector, from + static_cast<std::size_t>(v) * kLanes<Real>, sizeof vector);
-  return vector;
+  return Load<Vector<Real>>(from + static_cast<std::size_t>(v) * kLanes<Vector<Real>>);
 }
 template <class Real>
 [[gnu::always_inline]] inline void Store(const Vector<Real>& vector, Real* to, int v) {
-  __builtin_memcpy(to + static_cast<std::size_t>(v) * kLanes<Real>, &vector, sizeof vector);
+  Store(to + static_cast<std::size_t>(v) * kLanes<Vector<Real>>, vector);
 }
 
 // Where the neighbours of the numbers that start at some place are: along a line or across rows.

@@ -1,52 +1,29 @@
-// The blends of a shear, once for every width of vectors: each file that includes this has a copy
-// of its own, compiled for the processors of that file.
+// The blends of a shear over vectors of any width.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
 #include "filters/geometry/rotation/ShearKernels.h"
+#include "filters/pixels/simd/Vectors.h"
 
 namespace kernels {
 namespace {
 
-#if defined(__AVX512BW__)
-constexpr int kLanes = 16;
-#elif defined(__AVX2__)
-constexpr int kLanes = 8;
-#else
-constexpr int kLanes = 4;
-#endif
-
 // One lane a quad, or one a byte of a quad.
-using Quads [[gnu::vector_size(4 * kLanes)]] = Quad;
-using Ints [[gnu::vector_size(4 * kLanes)]] = std::int32_t;
-using Words [[gnu::vector_size(4 * kLanes)]] = std::uint64_t;
-using Floats [[gnu::vector_size(4 * kLanes)]] = float;
-using Bytes [[gnu::vector_size(4 * kLanes)]] = std::uint8_t;
-using Shorts [[gnu::vector_size(8 * kLanes)]] = std::int16_t;
-
-template <class Vector>
-[[gnu::always_inline]] inline Vector Load(const void* at) {
-  Vector v;
-  __builtin_memcpy(&v, at, sizeof v);
-  return v;
-}
-
-template <class Vector>
-[[gnu::always_inline]] inline void Store(void* at, const Vector& v) {
-  __builtin_memcpy(at, &v, sizeof v);
-}
+using Quads [[gnu::vector_size(kVectorBytes)]] = Quad;
+using WideShorts [[gnu::vector_size(2 * kVectorBytes)]] = std::int16_t;
+constexpr int kQuads = kLanes<Quads>;
 
 // --- equal masks
 
 // `part` of 32 of the way from `from` to `to`, byte for byte. The half that rounds is added before
 // the quotient is truncated toward zero.
 [[gnu::always_inline]] inline Bytes Between(const Bytes& from, const Bytes& to, const Bytes& part) {
-  const Shorts start = __builtin_convertvector(from, Shorts);
-  const Shorts whole = __builtin_convertvector(to, Shorts) - start;
-  const Shorts way = whole * __builtin_convertvector(part, Shorts) + 16;
-  const Shorts steps = (way + ((way >> 15) & 31)) >> 5;
+  const WideShorts start = __builtin_convertvector(from, WideShorts);
+  const WideShorts whole = __builtin_convertvector(to, WideShorts) - start;
+  const WideShorts way = whole * __builtin_convertvector(part, WideShorts) + 16;
+  const WideShorts steps = (way + ((way >> 15) & 31)) >> 5;
   return __builtin_convertvector(start + steps, Bytes);
 }
 
@@ -107,18 +84,15 @@ template <class Part>
   const auto c = Load<Quads>(current + at);
   const Quads straight = (Quads)Between((Bytes)p, (Bytes)c, part.Of32(at));
   // Equal masks, the usual case, need no more.
-  const Words unequal = (Words)((p ^ c) >> kMaskShift);
-  std::uint64_t any = 0;
-#pragma GCC unroll 8
-  for (int i = 0; i < kLanes / 2; ++i) any |= unequal[i];
-  return any == 0 ? straight : Blend(p, c, straight, part.Of16384(at));
+  if (!IsAny((p ^ c) >> kMaskShift)) return straight;
+  return Blend(p, c, straight, part.Of16384(at));
 }
 
 template <class Part>
 [[gnu::always_inline]] inline void BlendRow(const Quad* previous, const Quad* current, Quad* result,
                                             int count, const Part& part) {
   int at = 0;
-  for (; at + kLanes <= count; at += kLanes) {
+  for (; at + kQuads <= count; at += kQuads) {
     Store(result + at, BlendBlock(previous, current, part, at));
   }
   for (; at < count; ++at) result[at] = BlendQuads(previous[at], current[at], part.One(at));

@@ -1,20 +1,8 @@
 // Shear kernels for AVX2.
-#include <immintrin.h>
-
 #include "filters/geometry/rotation/ShearKernelLoops.h"
 
 namespace kernels {
 namespace {
-
-constexpr int kQuads = 8;  // of a vector
-
-// One pattern of 16 bytes for both halves of a vector.
-struct alignas(16) Pattern {
-  std::uint8_t bytes[16];
-  operator __m256i() const {
-    return _mm256_broadcastsi128_si256(_mm_load_si128(reinterpret_cast<const __m128i*>(bytes)));
-  }
-};
 
 // Four pixels of three bytes become four quads; 255 makes a byte 0.
 constexpr Pattern kSpread = {{0, 1, 2, 255, 3, 4, 5, 255, 6, 7, 8, 255, 9, 10, 11, 255}};
@@ -30,20 +18,18 @@ constexpr int kReach = kQuads + 2;
 
 void JoinAvx2(const std::uint8_t* colour, const std::uint8_t* mask, Quad* quads, int count) {
   for (; count >= kReach; count -= kQuads, colour += 3 * kQuads, mask += kQuads, quads += kQuads) {
-    const __m256i colours =
+    const Bits colours =
         _mm256_shuffle_epi8(_mm256_set_m128i(LoadHalf(colour + 12), LoadHalf(colour)), kSpread);
-    const __m256i masks =
+    const Bits masks =
         _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(mask)));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(quads),
-                        _mm256_or_si256(colours, _mm256_slli_epi32(masks, kMaskShift)));
+    Store(quads, _mm256_or_si256(colours, _mm256_slli_epi32(masks, kMaskShift)));
   }
   JoinQuads(colour, mask, quads, count);
 }
 
 void SplitAvx2(const Quad* quads, std::uint8_t* colour, std::uint8_t* mask, int count) {
   for (; count >= kReach; count -= kQuads, colour += 3 * kQuads, mask += kQuads, quads += kQuads) {
-    const __m256i sorted =
-        _mm256_shuffle_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(quads)), kSorted);
+    const Bits sorted = _mm256_shuffle_epi8(Load<Bits>(quads), kSorted);
     const __m128i low = _mm256_castsi256_si128(sorted);
     const __m128i high = _mm256_extracti128_si256(sorted, 1);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(colour), low);
@@ -59,10 +45,10 @@ void SplitAvx2(const Quad* quads, std::uint8_t* colour, std::uint8_t* mask, int 
 // Eight rows become eight columns: pairs of quads, pairs of pairs, then halves change places.
 void TransposeBlock(const Quad* from, std::ptrdiff_t fromStride, Quad* to,
                     std::ptrdiff_t toStride) {
-  __m256i rows[8], pairs[8], fours[8];
+  Bits rows[8], pairs[8], fours[8];
 #pragma GCC unroll 8
   for (int i = 0; i < 8; ++i) {
-    rows[i] = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from + i * fromStride));
+    rows[i] = Load<Bits>(from + i * fromStride);
   }
 #pragma GCC unroll 4
   for (int i = 0; i < 4; ++i) {
@@ -77,10 +63,8 @@ void TransposeBlock(const Quad* from, std::ptrdiff_t fromStride, Quad* to,
   }
 #pragma GCC unroll 4
   for (int i = 0; i < 4; ++i) {
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + i * toStride),
-                        _mm256_permute2x128_si256(fours[i], fours[i + 4], 0x20));
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to + (i + 4) * toStride),
-                        _mm256_permute2x128_si256(fours[i], fours[i + 4], 0x31));
+    Store(to + i * toStride, _mm256_permute2x128_si256(fours[i], fours[i + 4], 0x20));
+    Store(to + (i + 4) * toStride, _mm256_permute2x128_si256(fours[i], fours[i + 4], 0x31));
   }
 }
 

@@ -1,7 +1,6 @@
 // Bicubic kernels for AVX-512 with byte permutes and byte products (VBMI, VNNI).
-#include <immintrin.h>
-
 #include "filters/pixels/resampling/BicubicKernelLoops.h"
+#include "filters/pixels/simd/Vectors.h"
 
 // Vectors of sums hold four pixels, a quarter each: three channels, and in the last place nothing
 // or the opacity.
@@ -11,22 +10,11 @@ namespace {
 constexpr int kPixels = 16;  // of a block
 constexpr std::size_t kBytes = 64;
 
-// GCC 12 warns of unmasked forms of intrinsics; a full mask compiles to the same instruction.
-constexpr __mmask8 kAll8 = 0xFF;
-constexpr __mmask16 kAll16 = 0xFFFF;
-constexpr __mmask32 kAll32 = ~__mmask32{0};
-constexpr __mmask64 kAll64 = ~__mmask64{0};
-
-// Which byte each byte of a shuffled or permuted vector comes from; above 127 it is 0.
-struct alignas(64) Order {
-  std::uint8_t from[64];
-  operator __m512i() const { return _mm512_load_si512(from); }
-};
-
-// Pairs of 16-bit numbers: the same channel of a quarter's first two pixels, or of its last two in
+// For a shuffle, which makes a byte 0 where the place has its top bit set: pairs of 16-bit numbers,
+// the same channel of a quarter's first two pixels, or of its last two in
 // every other quarter. Pixels have `step` bytes, a channel has `bytes`.
-constexpr Order PairOrder(int step, int bytes, int lastTwo) {
-  Order order = {};
+constexpr Permutation PairOrder(int step, int bytes, int lastTwo) {
+  Permutation order = {};
   for (int i = 0; i < 64; ++i) {
     const int pixel = i / 2 % 2, channel = i / 4 % 4, byte = i % 2;
     const int at = i / 16 % 2 * lastTwo + pixel * step + channel * bytes + byte;
@@ -34,32 +22,27 @@ constexpr Order PairOrder(int step, int bytes, int lastTwo) {
   }
   return order;
 }
-constexpr Order kBytePairs = PairOrder(3, 1, 6);
-constexpr Order kWordPairs = PairOrder(8, 2, 0);
+constexpr Permutation kBytePairs = PairOrder(3, 1, 6);
+constexpr Permutation kWordPairs = PairOrder(8, 2, 0);
 
 // Three of four bytes, then the fourth ones.
-constexpr Order SplitOrder() {
-  Order order = {};
+constexpr Permutation SplitOrder() {
+  Permutation order = {};
   for (int i = 0; i < 64; ++i) {
     order.from[i] = static_cast<std::uint8_t>(i < 48 ? i / 3 * 4 + i % 3 : (i - 48) * 4 + 3);
   }
   return order;
 }
-constexpr Order kSplit = SplitOrder();
+constexpr Permutation kSplit = SplitOrder();
 
-__m512i Load(const void* from) {
-  return _mm512_loadu_si512(from);
-}
-
-__m512i LoadHalves(const void* low, const void* high) {
-  const __m512i first =
-      _mm512_castsi256_si512(_mm256_loadu_si256(static_cast<const __m256i*>(low)));
+Bits LoadHalves(const void* low, const void* high) {
+  const Bits first = _mm512_castsi256_si512(_mm256_loadu_si256(static_cast<const __m256i*>(low)));
   return _mm512_maskz_inserti64x4(kAll8, first,
                                   _mm256_loadu_si256(static_cast<const __m256i*>(high)), 1);
 }
 
 // Either number twice.
-__m512i LoadQuarters(const void* low, const void* high) {
+Bits LoadQuarters(const void* low, const void* high) {
   const auto twice = [](const void* from) {
     return _mm256_broadcastsi128_si256(_mm_loadu_si128(static_cast<const __m128i*>(from)));
   };
@@ -67,12 +50,12 @@ __m512i LoadQuarters(const void* low, const void* high) {
 }
 
 template <int kShift>
-__m512i ShiftLeft(__m512i numbers) {
+Bits ShiftLeft(Bits numbers) {
   return _mm512_maskz_slli_epi32(kAll16, numbers, kShift);
 }
 
 // Products of both halves of either vector's halves, summed.
-__m512i SumHalves(__m512i first, __m512i second) {
+Bits SumHalves(Bits first, Bits second) {
   return _mm512_add_epi32(_mm512_maskz_shuffle_i64x2(kAll8, first, second, 0x88),
                           _mm512_maskz_shuffle_i64x2(kAll8, first, second, 0xDD));
 }
@@ -86,10 +69,10 @@ struct Phases {
       : pixel{phases + taps[0].phase, phases + taps[step].phase, phases + taps[2 * step].phase,
               phases + taps[3 * step].phase} {}
 
-  __m512i Pairs01() const { return LoadHalves(pixel[0]->pairs, pixel[1]->pairs); }
-  __m512i Pairs23() const { return LoadHalves(pixel[2]->pairs, pixel[3]->pairs); }
-  __m512i Sums() const {
-    __m512i sums = _mm512_set1_epi32(pixel[0]->sum);
+  Bits Pairs01() const { return LoadHalves(pixel[0]->pairs, pixel[1]->pairs); }
+  Bits Pairs23() const { return LoadHalves(pixel[2]->pairs, pixel[3]->pairs); }
+  Bits Sums() const {
+    Bits sums = _mm512_set1_epi32(pixel[0]->sum);
     sums = _mm512_mask_set1_epi32(sums, 0x00F0, pixel[1]->sum);
     sums = _mm512_mask_set1_epi32(sums, 0x0F00, pixel[2]->sum);
     return _mm512_mask_set1_epi32(sums, 0xF000, pixel[3]->sum);
@@ -105,7 +88,7 @@ struct Phases {
   }
 };
 
-__m512i OpaqueQuotients(__m512i sums, __m512 reciprocals) {
+Bits OpaqueQuotients(Bits sums, __m512 reciprocals) {
   const __m512 quotients = _mm512_fmadd_ps(_mm512_maskz_cvtepi32_ps(kAll16, sums), reciprocals,
                                            _mm512_set1_ps(kRoundingHalf));
   return _mm512_maskz_cvttps_epi32(kAll16, quotients);
@@ -114,16 +97,16 @@ __m512i OpaqueQuotients(__m512i sums, __m512 reciprocals) {
 // Divides the sums of weighed channels by the quarter's sum of opacities, and that by the weights'
 // sum. The first quotient is right or 1 below, which the remainder tells. At most 256, never
 // negative.
-__m512i MaskedQuotients(__m512i sums, __m512i weightSums) {
+Bits MaskedQuotients(Bits sums, Bits weightSums) {
   constexpr __mmask16 kColours = 0x7777;
-  const __m512i one = _mm512_set1_epi32(1);
-  const __m512i opacity = _mm512_maskz_shuffle_epi32(kAll16, sums, _MM_PERM_DDDD);
-  const __m512i size = _mm512_maskz_abs_epi32(kAll16, opacity);
-  const __m512i divisor = _mm512_mask_max_epi32(weightSums, kColours, size, one);
+  const Bits one = _mm512_set1_epi32(1);
+  const Bits opacity = _mm512_maskz_shuffle_epi32(kAll16, sums, _MM_PERM_DDDD);
+  const Bits size = _mm512_maskz_abs_epi32(kAll16, opacity);
+  const Bits divisor = _mm512_mask_max_epi32(weightSums, kColours, size, one);
   const __mmask16 negative =
       _mm512_mask_cmplt_epi32_mask(kColours, opacity, _mm512_setzero_si512());
-  const __m512i turned = _mm512_mask_sub_epi32(sums, negative, _mm512_setzero_si512(), sums);
-  const __m512i dividend = _mm512_add_epi32(turned, _mm512_maskz_srli_epi32(kAll16, divisor, 1));
+  const Bits turned = _mm512_mask_sub_epi32(sums, negative, _mm512_setzero_si512(), sums);
+  const Bits dividend = _mm512_add_epi32(turned, _mm512_maskz_srli_epi32(kAll16, divisor, 1));
   const __m512 by = _mm512_maskz_cvtepi32_ps(kAll16, divisor);
   const __m512 rough = _mm512_maskz_rcp14_ps(kAll16, by);
   const __m512 reciprocal =
@@ -131,32 +114,31 @@ __m512i MaskedQuotients(__m512i sums, __m512i weightSums) {
   const __m512 ratio = _mm512_mul_ps(_mm512_maskz_cvtepi32_ps(kAll16, dividend), reciprocal);
   const __m512 limited = _mm512_maskz_min_ps(
       kAll16, _mm512_maskz_max_ps(kAll16, ratio, _mm512_setzero_ps()), _mm512_set1_ps(255));
-  const __m512i quotient = _mm512_maskz_cvttps_epi32(kAll16, limited);
-  const __m512i rest = _mm512_sub_epi32(dividend, _mm512_mullo_epi32(quotient, divisor));
+  const Bits quotient = _mm512_maskz_cvttps_epi32(kAll16, limited);
+  const Bits rest = _mm512_sub_epi32(dividend, _mm512_mullo_epi32(quotient, divisor));
   return _mm512_mask_add_epi32(quotient, _mm512_cmpge_epi32_mask(rest, divisor), quotient, one);
 }
 
-__m512i PackNumbers(__m512i low, __m512i high) {
+Bits PackNumbers(Bits low, Bits high) {
   return _mm512_maskz_packs_epi32(kAll32, low, high);
 }
 
-__m512i PackBytes(__m512i low, __m512i high) {
+Bits PackBytes(Bits low, Bits high) {
   return _mm512_maskz_packus_epi16(kAll64, low, high);
 }
 
 // Every fourth pixel of sixteen.
-__m512i StretchFour(const std::uint8_t* from, const BicubicTap* taps,
-                    const BicubicWeights* phases) {
+Bits StretchFour(const std::uint8_t* from, const BicubicTap* taps, const BicubicWeights* phases) {
   const auto at = [&](int pixel) {
     return from + 3 * (static_cast<std::ptrdiff_t>(taps[4 * pixel].index) - 1);
   };
   const Phases by(phases, taps, 4);
-  const auto weigh = [](__m512i bytes, __m512i pairs) {
-    const __m512i ordered = _mm512_maskz_shuffle_epi8(kAll64, bytes, kBytePairs);
+  const auto weigh = [](Bits bytes, Bits pairs) {
+    const Bits ordered = _mm512_maskz_shuffle_epi8(kAll64, bytes, kBytePairs);
     return _mm512_maskz_madd_epi16(kAll16, ordered, pairs);
   };
-  const __m512i sums = SumHalves(weigh(LoadQuarters(at(0), at(1)), by.Pairs01()),
-                                 weigh(LoadQuarters(at(2), at(3)), by.Pairs23()));
+  const Bits sums = SumHalves(weigh(LoadQuarters(at(0), at(1)), by.Pairs01()),
+                              weigh(LoadQuarters(at(2), at(3)), by.Pairs23()));
   return OpaqueQuotients(sums, by.Reciprocals());
 }
 
@@ -164,8 +146,8 @@ void Stretch(std::uint8_t* to, const std::uint8_t* from, const BicubicTap* taps,
   const BicubicWeights* const phases = BicubicPhases();
   for (; count >= kPixels; count -= kPixels, taps += kPixels, to += 3 * kPixels) {
     const auto four = [&](int first) { return StretchFour(from, taps + first, phases); };
-    const __m512i bytes = PackBytes(PackNumbers(four(0), four(1)), PackNumbers(four(2), four(3)));
-    _mm512_mask_storeu_epi8(to, (__mmask64{1} << 48) - 1,
+    const Bits bytes = PackBytes(PackNumbers(four(0), four(1)), PackNumbers(four(2), four(3)));
+    _mm512_mask_storeu_epi8(to, FirstBytes(48),
                             _mm512_maskz_permutexvar_epi8(kAll64, kSplit, bytes));
   }
   StretchLoop(to, from, taps, count);
@@ -174,7 +156,7 @@ void Stretch(std::uint8_t* to, const std::uint8_t* from, const BicubicTap* taps,
 // The weights' bits from the seventh on and those below, as products take signed bytes; once for
 // each of four rows.
 struct SplitWeights {
-  __m512i high, low;
+  Bits high, low;
 
   explicit SplitWeights(const std::int32_t (&weights)[4]) {
     std::uint32_t highs = 0, lows = 0;
@@ -187,8 +169,8 @@ struct SplitWeights {
   }
 
   // Of the four bytes of each number.
-  __m512i Sum(__m512i bytes) const {
-    const __m512i sum = _mm512_dpbusd_epi32(_mm512_setzero_si512(), bytes, high);
+  Bits Sum(Bits bytes) const {
+    const Bits sum = _mm512_dpbusd_epi32(_mm512_setzero_si512(), bytes, high);
     return _mm512_dpbusd_epi32(ShiftLeft<7>(sum), bytes, low);
   }
 };
@@ -199,44 +181,43 @@ void Blend(std::uint8_t* to, const std::uint8_t* const (&rows)[4], std::size_t b
   const __m512 reciprocals = _mm512_set1_ps(weights.reciprocal);
   std::size_t i = 0;
   for (; i + kBytes <= bytes; i += kBytes) {
-    const __m512i row0 = Load(rows[0] + i), row1 = Load(rows[1] + i);
-    const __m512i row2 = Load(rows[2] + i), row3 = Load(rows[3] + i);
-    const auto half = [&](__m512i pairs01, __m512i pairs23) {
-      const __m512i low = _mm512_maskz_unpacklo_epi16(kAll32, pairs01, pairs23);
-      const __m512i high = _mm512_maskz_unpackhi_epi16(kAll32, pairs01, pairs23);
+    const Bits row0 = Load<Bits>(rows[0] + i), row1 = Load<Bits>(rows[1] + i);
+    const Bits row2 = Load<Bits>(rows[2] + i), row3 = Load<Bits>(rows[3] + i);
+    const auto half = [&](Bits pairs01, Bits pairs23) {
+      const Bits low = _mm512_maskz_unpacklo_epi16(kAll32, pairs01, pairs23);
+      const Bits high = _mm512_maskz_unpackhi_epi16(kAll32, pairs01, pairs23);
       return PackNumbers(OpaqueQuotients(split.Sum(low), reciprocals),
                          OpaqueQuotients(split.Sum(high), reciprocals));
     };
-    const __m512i low = half(_mm512_maskz_unpacklo_epi8(kAll64, row0, row1),
-                             _mm512_maskz_unpacklo_epi8(kAll64, row2, row3));
-    const __m512i high = half(_mm512_maskz_unpackhi_epi8(kAll64, row0, row1),
-                              _mm512_maskz_unpackhi_epi8(kAll64, row2, row3));
-    _mm512_storeu_si512(to + i, PackBytes(low, high));
+    const Bits low = half(_mm512_maskz_unpacklo_epi8(kAll64, row0, row1),
+                          _mm512_maskz_unpacklo_epi8(kAll64, row2, row3));
+    const Bits high = half(_mm512_maskz_unpackhi_epi8(kAll64, row0, row1),
+                           _mm512_maskz_unpackhi_epi8(kAll64, row2, row3));
+    Store(to + i, PackBytes(low, high));
   }
   const std::uint8_t* const rest[4] = {rows[0] + i, rows[1] + i, rows[2] + i, rows[3] + i};
   BlendLoop(to + i, rest, bytes - i, weights);
 }
 
 // Products take signed numbers: 32768 is taken off, and its share added to the sums.
-__m512i Signed(__m512i words) {
+Bits Signed(Bits words) {
   return _mm512_xor_si512(words, _mm512_set1_epi16(-0x8000));
 }
 
-__m512i MaskedQuotientsOfSigned(__m512i sums, __m512i weightSums) {
+Bits MaskedQuotientsOfSigned(Bits sums, Bits weightSums) {
   return MaskedQuotients(_mm512_add_epi32(sums, ShiftLeft<15>(weightSums)), weightSums);
 }
 
 // Every other pixel of eight.
-__m512i StretchFour(const WeighedPixel* from, const BicubicTap* taps,
-                    const BicubicWeights* phases) {
+Bits StretchFour(const WeighedPixel* from, const BicubicTap* taps, const BicubicWeights* phases) {
   const auto at = [&](int pixel) { return from + taps[2 * pixel].index - 1; };
   const Phases by(phases, taps, 2);
-  const auto weigh = [](__m512i words, __m512i pairs) {
-    const __m512i ordered = _mm512_maskz_shuffle_epi8(kAll64, Signed(words), kWordPairs);
+  const auto weigh = [](Bits words, Bits pairs) {
+    const Bits ordered = _mm512_maskz_shuffle_epi8(kAll64, Signed(words), kWordPairs);
     return _mm512_maskz_madd_epi16(kAll16, ordered, pairs);
   };
-  const __m512i sums = SumHalves(weigh(LoadHalves(at(0), at(1)), by.Pairs01()),
-                                 weigh(LoadHalves(at(2), at(3)), by.Pairs23()));
+  const Bits sums = SumHalves(weigh(LoadHalves(at(0), at(1)), by.Pairs01()),
+                              weigh(LoadHalves(at(2), at(3)), by.Pairs23()));
   return MaskedQuotientsOfSigned(sums, by.Sums());
 }
 
@@ -244,12 +225,12 @@ void StretchMasked(WeighedPixel* to, const WeighedPixel* from, const BicubicTap*
   constexpr __mmask32 kOpacities = 0x88888888;
   const BicubicWeights* const phases = BicubicPhases();
   for (; count >= 8; count -= 8, taps += 8, to += 8) {
-    const __m512i words = _mm512_maskz_min_epi16(
+    const Bits words = _mm512_maskz_min_epi16(
         kAll32, PackNumbers(StretchFour(from, taps, phases), StretchFour(from, taps + 1, phases)),
         _mm512_set1_epi16(255));
-    const __m512i opacities = _mm512_maskz_shufflehi_epi16(
+    const Bits opacities = _mm512_maskz_shufflehi_epi16(
         kAll32, _mm512_maskz_shufflelo_epi16(kAll32, words, 0xFF), 0xFF);
-    _mm512_storeu_si512(to, _mm512_mask_mullo_epi16(words, ~kOpacities, words, opacities));
+    Store(to, _mm512_mask_mullo_epi16(words, ~kOpacities, words, opacities));
   }
   StretchMaskedLoop(to, from, taps, count);
 }
@@ -259,12 +240,12 @@ void BlendMasked(std::uint8_t* colour, std::uint8_t* mask, const WeighedPixel* c
   const auto pair = [&](int first) {
     return _mm512_set1_epi32((weights.weight[first] & 0xFFFF) | weights.weight[first + 1] << 16);
   };
-  const __m512i pair01 = pair(0), pair23 = pair(2);
-  const __m512i weightSums = _mm512_set1_epi32(weights.sum);
+  const Bits pair01 = pair(0), pair23 = pair(2);
+  const Bits weightSums = _mm512_set1_epi32(weights.sum);
   const auto eight = [&](int x) {
-    const __m512i row0 = Signed(Load(rows[0] + x)), row1 = Signed(Load(rows[1] + x));
-    const __m512i row2 = Signed(Load(rows[2] + x)), row3 = Signed(Load(rows[3] + x));
-    const auto weigh = [&](__m512i words01, __m512i words23) {
+    const Bits row0 = Signed(Load<Bits>(rows[0] + x)), row1 = Signed(Load<Bits>(rows[1] + x));
+    const Bits row2 = Signed(Load<Bits>(rows[2] + x)), row3 = Signed(Load<Bits>(rows[3] + x));
+    const auto weigh = [&](Bits words01, Bits words23) {
       return MaskedQuotientsOfSigned(
           _mm512_add_epi32(_mm512_maskz_madd_epi16(kAll16, words01, pair01),
                            _mm512_maskz_madd_epi16(kAll16, words23, pair23)),
@@ -277,12 +258,12 @@ void BlendMasked(std::uint8_t* colour, std::uint8_t* mask, const WeighedPixel* c
   };
   int x = 0;
   for (; x + kPixels <= width; x += kPixels) {
-    const __m512i inHalves = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
-    const __m512i bytes =
+    const Bits inHalves = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
+    const Bits bytes =
         _mm512_maskz_permutexvar_epi64(kAll8, inHalves, PackBytes(eight(x), eight(x + 8)));
-    const __m512i split = _mm512_maskz_permutexvar_epi8(kAll64, kSplit, bytes);
-    _mm512_mask_storeu_epi8(colour + 3 * x, (__mmask64{1} << 48) - 1, split);
-    const __m128i opacities = _mm512_maskz_extracti32x4_epi32(__mmask8{0xF}, split, 3);
+    const Bits split = _mm512_maskz_permutexvar_epi8(kAll64, kSplit, bytes);
+    _mm512_mask_storeu_epi8(colour + 3 * x, FirstBytes(48), split);
+    const __m128i opacities = Quarter<3>(split);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(mask + x),
                      _mm_xor_si128(opacities, _mm_set1_epi8(-1)));
   }

@@ -1,7 +1,6 @@
 // Reduction kernels for AVX-512 with byte permutes and byte products (VBMI, VNNI).
-#include <immintrin.h>
-
 #include "filters/pixels/resampling/ReductionKernelLoops.h"
+#include "filters/pixels/simd/Vectors.h"
 
 namespace kernels {
 namespace {
@@ -11,12 +10,6 @@ constexpr int kTaps = 16;  // of a block, whose bytes fill a vector channel by c
 constexpr int kOneAt = 48;
 constexpr int kPairOneAt = 24;
 static_assert(kWeightBlock == kTaps);
-
-// Which byte each byte of a permuted vector comes from.
-struct alignas(64) Permutation {
-  std::uint8_t from[64];
-  operator __m512i() const { return _mm512_load_si512(from); }
-};
 
 // A quarter for each channel, and one that has the same byte throughout.
 constexpr Permutation ByChannel() {
@@ -52,51 +45,47 @@ constexpr Permutation kHighBytes = EachByte(1);
 // The first byte of each of four 32-bit numbers a quarter.
 struct alignas(64) FirstOfQuarters {
   std::uint32_t from[16] = {0, 4, 8, 12};
-  operator __m512i() const { return _mm512_load_si512(from); }
+  operator Bits() const { return _mm512_load_si512(from); }
 };
 constexpr FirstOfQuarters kFirstOfQuarters;
 
-// GCC 12 warns of its own unmasked forms of these; a full mask compiles to the same instruction.
-__m512i Permute(const Permutation& how, __m512i bytes) {
-  return _mm512_maskz_permutexvar_epi8(~__mmask64{0}, how, bytes);
+Bits Permute(const Permutation& how, Bits bytes) {
+  return _mm512_maskz_permutexvar_epi8(kAll64, how, bytes);
 }
 
 // 16 weights, their bytes apart.
 struct Weights {
-  __m512i low, high;
+  Bits low, high;
 
-  explicit Weights(__m512i pairs)
-      : low(Permute(kLowBytes, pairs)), high(Permute(kHighBytes, pairs)) {}
+  explicit Weights(Bits pairs) : low(Permute(kLowBytes, pairs)), high(Permute(kHighBytes, pairs)) {}
 };
 
 // Products of weights, without sign, and bytes, with one, are summed in fours: taken 128 off, bytes
 // fit.
 class Sums {
  public:
-  void Add(const Weights& weights, __m512i bytes) {
+  void Add(const Weights& weights, Bits bytes) {
     low_ = _mm512_dpbusd_epi32(low_, weights.low, bytes);
     high_ = _mm512_dpbusd_epi32(high_, weights.high, bytes);
   }
   // One sum for each quarter of the bytes.
   __m128i ByQuarter() const {
-    __m512i sum = _mm512_add_epi32(low_, _mm512_maskz_slli_epi32(kAll, high_, 8));
-    sum = _mm512_add_epi32(sum, _mm512_maskz_shuffle_epi32(kAll, sum, _MM_PERM_CDAB));
-    sum = _mm512_add_epi32(sum, _mm512_maskz_shuffle_epi32(kAll, sum, _MM_PERM_BADC));
+    Bits sum = _mm512_add_epi32(low_, _mm512_maskz_slli_epi32(kAll16, high_, 8));
+    sum = _mm512_add_epi32(sum, _mm512_maskz_shuffle_epi32(kAll16, sum, _MM_PERM_CDAB));
+    sum = _mm512_add_epi32(sum, _mm512_maskz_shuffle_epi32(kAll16, sum, _MM_PERM_BADC));
     return _mm512_maskz_extracti32x4_epi32(
-        15, _mm512_maskz_permutexvar_epi32(kAll, kFirstOfQuarters, sum), 0);
+        15, _mm512_maskz_permutexvar_epi32(kAll16, kFirstOfQuarters, sum), 0);
   }
 
  private:
-  static constexpr __mmask16 kAll = 0xFFFF;
-
-  __m512i low_ = _mm512_setzero_si512();
-  __m512i high_ = _mm512_setzero_si512();
+  Bits low_ = _mm512_setzero_si512();
+  Bits high_ = _mm512_setzero_si512();
 };
 
 // Turns the top bits of all bytes, which takes 128 off, and makes the one byte a 1.
 template <int kAt>
-__m512i TurnTopBits(__m512i bytes) {
-  const __m512i turned =
+Bits TurnTopBits(Bits bytes) {
+  const Bits turned =
       _mm512_mask_mov_epi8(_mm512_set1_epi8(-128), __mmask64{1} << kAt, _mm512_set1_epi8(1));
   return _mm512_xor_si512(bytes, turned);
 }
@@ -105,10 +94,6 @@ __m512i TurnTopBits(__m512i bytes) {
 __m128i GiveBack(__m128i sums) {
   const __m128i weight = _mm_shuffle_epi32(sums, _MM_SHUFFLE(3, 3, 3, 3));
   return _mm_add_epi32(sums, _mm_maskz_slli_epi32(7, weight, 7));
-}
-
-constexpr __mmask64 FirstBytes(int count) {
-  return (__mmask64{1} << count) - 1;
 }
 
 __m128i Load16(const void* at) {
@@ -133,9 +118,9 @@ template <bool kMasked, class Add>
   };
   int y = 0;
   for (; y + 1 < rows.count; y += 2, weights += 2 * rows.weightStride) {
-    const __m512i first = _mm512_maskz_broadcast_i64x4(0x0F, load(y));
-    const __m512i colours = _mm512_mask_broadcast_i64x4(first, 0xF0, load(y + 1));
-    const __m512i firstWeights = _mm512_maskz_broadcast_i32x4(0x0F, Load16(weights));
+    const Bits first = _mm512_maskz_broadcast_i64x4(0x0F, load(y));
+    const Bits colours = _mm512_mask_broadcast_i64x4(first, 0xF0, load(y + 1));
+    const Bits firstWeights = _mm512_maskz_broadcast_i32x4(0x0F, Load16(weights));
     add(Weights(
             _mm512_mask_broadcast_i32x4(firstWeights, 0xF0, Load16(weights + rows.weightStride))),
         TurnTopBits<kPairOneAt>(colours), kPairByChannel,
@@ -157,8 +142,8 @@ template <bool kMasked, class Add>
     const std::uint8_t* const colour = rows.colour[y] + 3 * static_cast<std::ptrdiff_t>(run.first);
     for (int t = 0; t < run.taps; t += kTaps) {
       const int taps = run.taps - t < kTaps ? run.taps - t : kTaps;
-      const __m512i colours = _mm512_maskz_loadu_epi8(FirstBytes(3 * taps),
-                                                      colour + 3 * static_cast<std::ptrdiff_t>(t));
+      const Bits colours = _mm512_maskz_loadu_epi8(FirstBytes(3 * taps),
+                                                   colour + 3 * static_cast<std::ptrdiff_t>(t));
       const __m128i mask = kMasked ? _mm_maskz_loadu_epi8(static_cast<__mmask16>(FirstBytes(taps)),
                                                           rows.mask[y] + run.first + t)
                                    : _mm_setzero_si128();
@@ -188,7 +173,7 @@ void SumColoursAvx512(const ReductionRun* runs, int count, int, const ReductionR
   for (int i = 0; i < count; ++i) {
     Sums sum;
     ForRun<false>(runs[i], rows,
-                  [&sum](const Weights& weights, __m512i colours, const Permutation& how, __m128i) {
+                  [&sum](const Weights& weights, Bits colours, const Permutation& how, __m128i) {
                     sum.Add(weights, Permute(how, colours));
                   });
     Store(sums[i], GiveBack(sum.ByQuarter()));
@@ -199,19 +184,18 @@ void SumColoursAvx512(const ReductionRun* runs, int count, int, const ReductionR
 // opacities, taken 128 off, and ones.
 void SumMaskedAvx512(const ReductionRun* runs, int count, int, const ReductionRows& rows,
                      ColourSums* sums, std::uint32_t* opacities) {
-  const __m512i ones = _mm512_set1_epi8(1);
+  const Bits ones = _mm512_set1_epi8(1);
   for (int i = 0; i < count; ++i) {
     Sums sum;
     Sums opacitySum;
-    ForRun<true>(
-        runs[i], rows,
-        [&](const Weights& weights, __m512i colours, const Permutation& how, __m128i mask) {
-          const __mmask16 counts = _mm_cmpneq_epi8_mask(mask, _mm_set1_epi8(-1));
-          const __mmask64 inAllQuarters = __mmask64{counts} * 0x0001000100010001;
-          sum.Add(weights, _mm512_maskz_permutexvar_epi8(inAllQuarters, how, colours));
-          const __m128i opacity = _mm_xor_si128(mask, _mm_set1_epi8(127));
-          opacitySum.Add(weights, _mm512_mask_broadcast_i32x4(ones, 15, opacity));
-        });
+    ForRun<true>(runs[i], rows,
+                 [&](const Weights& weights, Bits colours, const Permutation& how, __m128i mask) {
+                   const __mmask16 counts = _mm_cmpneq_epi8_mask(mask, _mm_set1_epi8(-1));
+                   const __mmask64 inAllQuarters = __mmask64{counts} * 0x0001000100010001;
+                   sum.Add(weights, _mm512_maskz_permutexvar_epi8(inAllQuarters, how, colours));
+                   const __m128i opacity = _mm_xor_si128(mask, _mm_set1_epi8(127));
+                   opacitySum.Add(weights, _mm512_mask_broadcast_i32x4(ones, 15, opacity));
+                 });
     Store(sums[i], GiveBack(sum.ByQuarter()));
     const __m128i opacity = opacitySum.ByQuarter();
     opacities[i] = static_cast<std::uint32_t>(_mm_extract_epi32(opacity, 0)) +
@@ -221,21 +205,20 @@ void SumMaskedAvx512(const ReductionRun* runs, int count, int, const ReductionRo
 
 // Four pixels. A float quotient can be wrong by one, which the remainder tells: sums and weights
 // fit 32 and 24 bits.
-__m128i DivideFour(__m512i sums) {
-  constexpr __mmask16 kAll = 0xFFFF;
-  const __m512i weight = _mm512_maskz_shuffle_epi32(kAll, sums, _MM_PERM_DDDD);
-  const __m512i dividend = _mm512_add_epi32(sums, _mm512_maskz_srli_epi32(kAll, weight, 1));
+__m128i DivideFour(Bits sums) {
+  const Bits weight = _mm512_maskz_shuffle_epi32(kAll16, sums, _MM_PERM_DDDD);
+  const Bits dividend = _mm512_add_epi32(sums, _mm512_maskz_srli_epi32(kAll16, weight, 1));
   const __mmask16 counts = _mm512_test_epi32_mask(weight, weight);
-  const __m512 ratio = _mm512_maskz_div_ps(counts, _mm512_maskz_cvtepu32_ps(kAll, dividend),
-                                           _mm512_maskz_cvtepu32_ps(kAll, weight));
-  __m512i quotient = _mm512_maskz_cvttps_epi32(kAll, ratio);
-  const __m512i rest = _mm512_sub_epi32(dividend, _mm512_mullo_epi32(quotient, weight));
-  const __m512i one = _mm512_set1_epi32(1);
+  const __m512 ratio = _mm512_maskz_div_ps(counts, _mm512_maskz_cvtepu32_ps(kAll16, dividend),
+                                           _mm512_maskz_cvtepu32_ps(kAll16, weight));
+  Bits quotient = _mm512_maskz_cvttps_epi32(kAll16, ratio);
+  const Bits rest = _mm512_sub_epi32(dividend, _mm512_mullo_epi32(quotient, weight));
+  const Bits one = _mm512_set1_epi32(1);
   const __mmask16 over = _mm512_movepi32_mask(rest);
   const __mmask16 under = _mm512_mask_cmpge_epi32_mask(counts, rest, weight);
   quotient = _mm512_mask_sub_epi32(quotient, over, quotient, one);
   quotient = _mm512_mask_add_epi32(quotient, under, quotient, one);
-  const __m128i bytes = _mm512_maskz_cvtepi32_epi8(kAll, quotient);
+  const __m128i bytes = _mm512_maskz_cvtepi32_epi8(kAll16, quotient);
   return _mm_shuffle_epi8(bytes,
                           _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
 }
