@@ -4,10 +4,10 @@ sources = $(shell find . \( -path ./build -o -path ./.git \) -prune -o \
 	\( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print)
 
 .NOTPARALLEL:
-.PHONY: help demo icons test bench windows sanitize fuzz format tidy install clean
+.PHONY: help demo icons test bench windows arm64 sanitize fuzz format tidy install clean
 
 help: ## this list
-	@sed -n 's/^\([a-z]*\):.*## /make \1\t/p' Makefile | expand -t 20
+	@sed -n 's/^\([a-z0-9]*\):.*## /make \1\t/p' Makefile | expand -t 20
 
 demo: ## build the program and apply filters to a photograph, into demo-out/
 	@scripts/setup.sh native
@@ -33,6 +33,10 @@ bench: ## run the benchmarks; BENCH=REGEX chooses some
 windows: ## build the DLL and the program for Windows, into build/windows/
 	@scripts/setup.sh windows
 	@scripts/build.sh windows
+
+arm64: ## build the filters for 64-bit ARM, with plain kernels alone, into build/arm64/
+	@scripts/setup.sh native arm64
+	@scripts/build.sh arm64
 
 sanitize: ## run the tests with the address, undefined behaviour and thread sanitizers
 	@scripts/setup.sh native tests

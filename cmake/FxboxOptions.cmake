@@ -3,8 +3,6 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(FXBOX_SANITIZE "" CACHE STRING "Sanitizers to build with: address (with undefined), thread, or none")
-set(FXBOX_ROOMS base platform settings picture imageio storage core editing toolkit filters component
-  program CACHE STRING "Rooms to build")
 option(FXBOX_FUZZ "Build the fuzz targets (needs clang)" OFF)
 option(FXBOX_TESTS "Build the tests" ON)
 option(FXBOX_WARNINGS_AS_ERRORS "Stop at the first warning" OFF)

@@ -1,10 +1,11 @@
 #!/bin/bash
-# Installs what is missing: setup.sh [native|tests|windows|tools|all]...
+# Installs what is missing: setup.sh [native|tests|windows|tools|arm64|all]...
 #   native   compilers and libraries that build and test the project on this machine
 #   tests    what only tests need: a second compiler with its fuzzer, broken sample pictures, other
 #            readers of compound files
 #   windows  cross compiler, Wine, the picture libraries for Windows and the Wine prefix
 #   tools    formatter and checker of sources, renderer of icons
+#   arm64    cross compiler for 64-bit ARM
 #   all      native, tests and windows (the default)
 # Does nothing, and asks for no rights, where everything is there already.
 set -euo pipefail
@@ -22,6 +23,7 @@ windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
   clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xdotool)
 tools=(clang-format clang-tidy librsvg2-bin)
+arm64=(g++-aarch64-linux-gnu)
 
 isInstalled() {
   [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
@@ -60,8 +62,9 @@ for part in "$@"; do
     tests) packages+=("${tests[@]}") ;;
     windows) packages+=("${windows[@]}") ;;
     tools) packages+=("${tools[@]}") ;;
+    arm64) packages+=("${arm64[@]}") ;;
     all) packages+=("${native[@]}" "${tests[@]}" "${windows[@]}") ;;
-    *) die "unknown part: $part (native, tests, windows, tools or all)" ;;
+    *) die "unknown part: $part (native, tests, windows, tools, arm64 or all)" ;;
   esac
 done
 installMissing "${packages[@]}"

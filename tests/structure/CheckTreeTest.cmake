@@ -24,6 +24,8 @@ set(cases
   "filters/colour/HueFilter.cpp|#include \"filters/colour/tone/B.h\"|may not include"
   "filters/pixels/A.cpp|#include \"filters/colour/B.h\"|may not include"
   "filters/pixels/simd/A.h|#include \"filters/pixels/B.h\"|may not include"
+  "filters/pixels/simd/Avx2.h|#include <immintrin.h>|"
+  "filters/pixels/A_avx2.cpp|#include <immintrin.h>|may not include <immintrin"
   "filters/detail/AFilter.cpp|#include \"filters/FilterStatics.h\"|"
   "filters/detail/AFilter.cpp|#include \"filters/FilterClasses.h\"|may not include"
   "filters/A.cpp|#include \"filters/FilterClasses.h\"|may not include"
