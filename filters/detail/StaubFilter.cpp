@@ -64,8 +64,8 @@ CStaubFilter::Outcome CStaubFilter::Rebuild(const PullRectangle& request) {
   BYTE** const mask = outputPicture->MaskRows();
   // What is beside the request stays as it was kept.
   for (int y = 0; y < request.height; ++y) {
-    std::memset(colour[y], 0, base::ColourBytes(request.width));
-    std::memset(mask[y], base::kNothing, static_cast<std::size_t>(request.width));
+    std::fill_n(colour[y], base::kBytesPerPixel * request.width, BYTE{0});
+    std::fill_n(mask[y], request.width, base::kNothing);
   }
   source->ReadRows(0, 0, request.srcX, request.srcY, request.width, request.height, colour, mask);
   if (abort) return Outcome::StoppedBefore;
