@@ -1,8 +1,8 @@
 #!/bin/bash
 # Installs what is missing: setup.sh [native|tests|windows|tools|arm64|all]...
 #   native   compilers and libraries that build and test the project on this machine
-#   tests    what only tests need: a second compiler with its fuzzer, broken sample pictures, other
-#            readers of compound files
+#   tests    what only tests need: a second compiler with its fuzzer, the formatter, broken sample
+#            pictures, other readers of compound files
 #   windows  cross compiler, Wine, the picture libraries for Windows and the Wine prefix
 #   tools    formatter and checker of sources, renderer of icons
 #   arm64    cross compiler for 64-bit ARM
@@ -14,7 +14,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libgsf-1-dev
   libfreetype-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev fonts-dejavu-core libgtk-4-dev)
-tests=(clang libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
+tests=(clang clang-format libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
   xvfb xauth xdotool adwaita-icon-theme)
 # The picture and text libraries stand here too: their versions say which sources are built for
 # Windows, so that a file decodes, and a text is drawn, to the same bytes on both systems.

@@ -1,4 +1,5 @@
-// Emits an inline function, as no file with a processor suffix may: CheckObjects.cmake must find it.
+// Emits an inline function, as no file with a processor suffix may: CheckObjects.cmake must find
+// it.
 [[gnu::noinline]] inline int SharedInline(int value) {
   return value + 1;
 }
