@@ -58,7 +58,7 @@ const Fields& AllFields() {
     fields.rows.push_back({"YIQOn", "YIQOn=%d,FilterOn=1,", FieldKind::Flag});
     for (const char* view : {"Channel", "Percent", "OnlyActive"}) fields.rows.push_back({view});
     fields.rows.push_back({"Grid", nullptr, FieldKind::Flag, 1});
-    fields.defaultText += "Linear=0, YIQOn=0, FilterOn=1";
+    fields.defaultText.resize(fields.defaultText.size() - 2);  // the last separator
     return fields;
   }();
   return all;

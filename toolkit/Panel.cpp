@@ -337,11 +337,13 @@ class CZNPanel::Layouter {
 
   Size Wanted(Kind kind, const std::string& text) const { return system.PreferredSize(kind, text); }
 
+  // By the text itself: some systems make edits wide enough for a sentence.
   Size NumberSize(const Row& row) const {
     const ValueRange& range = row.data->range;
-    const Size least = Wanted(Kind::Edit, NumberText(range.least, range.decimals));
-    const Size greatest = Wanted(Kind::Edit, NumberText(range.greatest, range.decimals));
-    return {std::max({least.width, greatest.width, system.Scaled(56)}), least.height};
+    const Size least = Wanted(Kind::Static, NumberText(range.least, range.decimals));
+    const Size greatest = Wanted(Kind::Static, NumberText(range.greatest, range.decimals));
+    const int digits = std::max(least.width, greatest.width) + system.Scaled(28);
+    return {std::max(digits, system.Scaled(56)), Wanted(Kind::Edit, "0").height};
   }
 
   Size MainSize(const Row& row) const {

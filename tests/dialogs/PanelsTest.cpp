@@ -1,0 +1,389 @@
+// Every dialog over its real filter: what its controls do, say and take in room.
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "core/PdibFilter.h"
+#include "dialogs/Words.h"
+#include "filters/FilterClasses.h"
+#include "tests/dialogs/DialogRig.h"
+#include "tests/support/TestFilters.h"
+
+namespace {
+
+using platform::ComPtr;
+using testing_support::DialogRig;
+using toolkit::ControlId;
+using toolkit::ControlKind;
+using toolkit::FakeControl;
+
+const FilterClass& ClassOf(const std::string& progId) {
+  for (const FilterClass& row : FilterClasses()) {
+    if (row.progId == progId) return row;
+  }
+  throw std::runtime_error(progId);
+}
+
+std::string TextOf(CPdibFilter& filter) {
+  char text[8000] = "";
+  filter.GetParameter(text, sizeof text);
+  return text;
+}
+
+class Panels : public DialogRig {
+ protected:
+  // The dialog of a class over a new filter of it.
+  void OpenOver(const DialogClass& row) {
+    if (host) ReleaseDialogHost(std::exchange(host, nullptr));
+    Make(row.progId);
+    const FilterClass& filterClass = ClassOf(row.progId);
+    filter = ComPtr<CPdibFilter>::Attach(filterClass.make(filterClass));
+    filter->SetParameter(row.defaultText, 1);
+    DWORD cookie = 0;
+    ComPtr<IConnectionPoint>::Query(dialog.Get())
+        ->Advise(static_cast<IAnimFilter*>(filter.Get()), &cookie);
+    OpenDialog();
+    TakeLog();
+  }
+  void CloseDialog() {
+    dialog->Close();
+    DropDialog();
+    EXPECT_EQ(backend.Counts(), toolkit::BackendCounts());
+  }
+
+  ComPtr<CPdibFilter> filter;
+};
+
+TEST_F(Panels, EveryClassHasItsDialogWithItsWords) {
+  const std::set<std::string> without = {"ZNFilter.RedEye.1", "ZNFilter.WaterSign.1",
+                                         "ZNFilter.PrintScale.1", "ZNFilter.Zero.1"};
+  std::size_t count = 0;
+  for (const FilterClass& row : FilterClasses()) {
+    const auto dialogObject = ComPtr<IUnknown>::Attach(dialogs::NewFilterDialog(row.progId));
+    EXPECT_EQ(bool(dialogObject), without.count(row.progId) == 0) << row.progId;
+    count += dialogObject ? 1 : 0;
+  }
+  EXPECT_EQ(count, dialogs::DialogClasses().size());
+  for (const DialogClass* row : dialogs::DialogClasses()) {
+    SCOPED_TRACE(row->className);
+    const FilterClass& filterClass = ClassOf(row->progId);
+    std::string name = filterClass.className;
+    name.replace(name.rfind("Filter"), 6, "Dialog");
+    EXPECT_EQ(row->className, name);
+    EXPECT_EQ(row->headerKey, std::regex_replace(std::string(filterClass.nameKey),
+                                                 std::regex("_NAME$"), "_HEADER"));
+    EXPECT_STREQ(row->helpKey ? row->helpKey : "", filterClass.helpKey ? filterClass.helpKey : "");
+    const std::string text = filterClass.defaultText ? filterClass.defaultText : "";
+    const bool isWhole = !text.empty() && text.find('%') == std::string::npos;
+    EXPECT_TRUE(!isWhole || row->defaultText == text) << row->defaultText;
+  }
+  EXPECT_EQ(dialogs::NewFilterDialog("ZNFilter.Sepia"), nullptr);
+  EXPECT_EQ(dialogs::NewFilterDialog(nullptr), nullptr);
+}
+
+// What each dialog gives its filters after one slider or number was moved.
+struct Sent {
+  const char* progId;
+  const char* control;
+  int position;
+  const char* text;
+};
+constexpr Sent kSent[] = {
+    {"ZNFilter.Sepia.1", "Strength", 50, "Sepia=050"},
+    {"ZNFilter.Invert.1", "Strength", 7, "Inversity=007"},
+    {"ZNFilter.BlackWhiteness.1", "Strength", 99, "BlackWhiteNess=099"},
+    {"ZNFilter.Transparency.1", "Strength", 1, "Transparency=001"},
+    {"ZNFilter.RGBColor.1", "Green", 50, "Red=000,Green=-050,Blue=000"},
+    {"ZNFilter.AdoptColor.1", "Intensity", 40,
+     "ColorRed=000,ColorGreen=000,ColorBlue=000,Intensity=040"},
+    {"ZNFilter.DuoColor.1", "Intensity", 40,
+     "ColorRed=000,ColorGreen=000,ColorBlue=000,Red2=255,Green2=255,Blue2=255,Intensity=040"},
+    {"ZNFilter.ImgBg.1", "Transparency", 3, "Red=180,Green=180,Blue=180,Transparency=003"},
+    {"ZNFilter.Sharpen.1", "Strength", 30, "Sharpness=030,ExtraParam=|SHARP|,Version=3"},
+    {"ZNFilter.Blur.1", "Strength", 30, "Blurness=030,Version=3"},
+    {"ZNFilter.FindEdges.1", "Strength", 30, "EdgeEnhance=030"},
+    {"ZNFilter.Emboss.1", "Strength", 30, "EmbossStrength=030"},
+    {"ZNFilter.Histo.1", "Strength", 30, "Intensity=030"},
+    {"ZNFilter.BlurGauss.1", "Radius", 14, "Percent=100,Radius=1.5"},
+    {"ZNFilter.BlurSel.1", "Threshold", 499, "Percent=100, Threshold=50.0,Radius=2.7"},
+    {"ZNFilter.UnsharpMask.1", "Threshold", 9,
+     "Percent=120,Radius=2.7,Threshold=9,OnLuminanceOnly=1,On=1"},
+    {"ZNFilter.Staub.1", "Size of specks", 1, "MaxRgnSize=003,GrayTolerance=045,"},
+    {"ZNFilter.BrightnessContrast.1", "Contrast", 0, "Brightness=000,Contrast=-100,Saturation=000"},
+    {"ZNFilter.WhiteBlackGrey.1", "Opacity", 0,
+     "RedG=255, GreenG=255, BlueG=255, Mode=0, Opacity=000, FilterOn=1"},
+    {"ZNFilter.Tonwert.1", "Midtones", 0,
+     "AutoTone=0,AutoContrast=1,AutoContrastRGB=0,Hi=000,Med=-100,Lo=000,Addhi=000,Addmed=000,"
+     "Addlo=000"},
+    {"ZNFilter.Passpartout.1", "Transparency", 20,
+     "BordersizeOn=1,Borderhori=001,Borderverti=001,TotalHori=150,TotalVerti=150,Radius=005,"
+     "Red=000,Green=000,Blue=105,Transparency=020,Poscorhori=000,Poscorverti=000"},
+    {"ZNFilter.ColorTuning.1", "Blue", 100 - 33,
+     "SatR=000,SatY=000,SatG=000,SatC=000,SatB=-033,SatM=000"}};
+
+TEST_F(Panels, SendTheirOwnTexts) {
+  for (const Sent& sent : kSent) {
+    SCOPED_TRACE(sent.progId);
+    if (host) ReleaseDialogHost(std::exchange(host, nullptr));
+    Make(sent.progId);
+    const auto* const text = Attach(ClassOf(sent.progId).defaultText);
+    OpenDialog();
+    EXPECT_TRUE(Window().Slide(Slider(sent.control), sent.position));
+    EXPECT_EQ(text->given, std::vector<std::string>{sent.text});
+    CloseDialog();
+  }
+}
+
+// The text that a dialog reports as its own is what it drags.
+TEST_F(Panels, ReportsSharpenWithoutItsVersion) {
+  Make("ZNFilter.Sharpen.1");
+  OpenDialog();
+  Window().Slide(Slider("Strength"), 30);
+  std::string dragged;
+  backend.onDrag = [&](IDataObject* object, IDropSource*, std::uint32_t, std::uint32_t&) {
+    FORMATETC format = {};
+    ComPtr<IEnumFORMATETC> list;
+    object->EnumFormatEtc(DATADIR_GET, list.Put());
+    int count = 0;
+    while (list->Next(1, &format, nullptr) == S_OK) ++count;
+    dragged = std::to_string(count);
+    return toolkit::DragEnd::Cancelled;
+  };
+  Call("ButtonTopDrag");
+  EXPECT_EQ(dragged, "3");
+}
+
+// --- every control of every dialog
+
+// Changes a control as a person would; false where there is nothing to change.
+bool Change(toolkit::FakeWindow& window, ControlId id) {
+  const FakeControl control = window.At(id);
+  switch (control.spec.kind) {
+    case ControlKind::Slider:
+      return window.Slide(id,
+                          control.value < control.greatest ? control.value + 1 : control.value - 1);
+    case ControlKind::CheckBox:
+      return window.Click(id);
+    case ControlKind::RadioButton:
+      return control.value == 0 && window.Click(id);
+    case ControlKind::ColourButton:
+      return window.Click(id);
+    case ControlKind::ComboBox:
+      return control.items.size() > 1 &&
+             window.Choose(id, (control.value + 1) % static_cast<int>(control.items.size()));
+    case ControlKind::Edit:
+      return window.Type(id, control.text == "12" ? "13" : "12");
+    default:
+      return false;
+  }
+}
+
+TEST_F(Panels, EveryControlReachesItsFilterByOneUpdate) {
+  backend.onColour = [](toolkit::Colour start, const auto&) {
+    return toolkit::Colour{static_cast<std::uint8_t>(start.red ^ 1), 7, 9};
+  };
+  for (const DialogClass* row : dialogs::DialogClasses()) {
+    SCOPED_TRACE(row->className);
+    OpenOver(*row);
+    int changes = 0;
+    // Choices show other controls, so all are walked several times.
+    for (int pass = 0; pass < 8; ++pass) {
+      for (ControlId id = 1; id <= Window().ControlCount(); ++id) {
+        const FakeControl control = Window().At(id);
+        const std::string before = TextOf(*filter.Get());
+        if (!control.isEnabled || !control.isVisible || !Change(Window(), id)) continue;
+        const std::string log = TakeLog();
+        const auto updates = std::count(log.begin(), log.end(), '\n') / 2;
+        EXPECT_LE(updates, 1) << control.spec.name << control.spec.text;
+        // The sides of a crop are kept only together.
+        const bool isSide = std::string(row->className).find("Crop") != std::string::npos &&
+                            (control.spec.name == "Width" || control.spec.name == "Height");
+        if (updates == 0 || isSide) continue;
+        ++changes;
+        EXPECT_NE(TextOf(*filter.Get()), before) << control.spec.name << control.spec.text;
+      }
+    }
+    EXPECT_GT(changes, 7);
+    CloseDialog();
+  }
+}
+
+// What the filter holds, a second dialog shows: its text is that of the first one.
+TEST_F(Panels, ShowWhatTheirFilterHolds) {
+  for (const DialogClass* row : dialogs::DialogClasses()) {
+    SCOPED_TRACE(row->className);
+    OpenOver(*row);
+    for (ControlId id = 1; id <= Window().ControlCount(); ++id) {
+      if (Window().At(id).spec.kind == ControlKind::Slider) Change(Window(), id);
+    }
+    std::vector<int> values;
+    for (ControlId id = 1; id <= Window().ControlCount(); ++id)
+      values.push_back(Window().At(id).value);
+    const auto kept = filter;
+    CloseDialog();
+    ReleaseDialogHost(std::exchange(host, nullptr));
+    Make(row->progId);
+    DWORD cookie = 0;
+    ComPtr<IConnectionPoint>::Query(dialog.Get())
+        ->Advise(static_cast<IAnimFilter*>(kept.Get()), &cookie);
+    OpenDialog();
+    for (ControlId id = 1; id <= Window().ControlCount(); ++id) {
+      EXPECT_EQ(Window().At(id).value, values[static_cast<std::size_t>(id) - 1])
+          << Window().At(id).spec.name;
+    }
+    CloseDialog();
+  }
+}
+
+TEST_F(Panels, AutoToneSwapsItsSliders) {
+  OpenOver(*dialogs::DialogClasses().front());
+  CloseDialog();
+  for (const DialogClass* row : dialogs::DialogClasses()) {
+    if (std::string(row->className) == "CTonwertDialog") OpenOver(*row);
+  }
+  const auto perColour = Window().ByName("For each colour", ControlKind::CheckBox);
+  EXPECT_TRUE(Window().At(perColour).isEnabled);
+  EXPECT_EQ(Window().At(Slider("Lights")).greatest, 200);
+  Window().Click(Window().ByName("Automatic contrast", ControlKind::CheckBox));
+  EXPECT_FALSE(Window().At(perColour).isEnabled);
+  EXPECT_EQ(Window().At(Slider("Lights")).greatest, 100);
+  EXPECT_EQ(Window().At(Slider("Lights")).spec.look, toolkit::SliderLook::FromZero);
+  EXPECT_TRUE(Window().At(Slider("Midtones")).isVisible);
+  Window().Click(Window().ByName("Automatic tone", ControlKind::CheckBox));
+  EXPECT_FALSE(Window().At(Slider("Midtones")).isVisible);
+  EXPECT_TRUE(Window().At(Slider("Midtones added")).isVisible);
+  CloseDialog();
+}
+
+// A filter that repeats a measurement measures anew when its dialog changes it.
+TEST_F(Panels, AChangeEndsARepeatedMeasurement) {
+  Make("ZNFilter.Tonwert.1");
+  const auto* const text =
+      Attach("ExBlit=1, AutoContrast=1, AutoContrastRGB=0, AutoTone=0, Hi=000");
+  OpenDialog();
+  Window().Click(Window().ByName("Automatic tone", ControlKind::CheckBox));
+  ASSERT_EQ(text->given.size(), 1u);
+  EXPECT_TRUE(text->given[0].ends_with(",ExBlit=0")) << text->given[0];
+}
+
+TEST_F(Panels, GreyPointIsPickedInThePicture) {
+  Make("ZNFilter.WhiteBlackGrey.1");
+  const auto* const text =
+      Attach("RedG=255, GreenG=255, BlueG=255, Mode=2, Opacity=050, FilterOn=1");
+  OpenDialog();
+  TakeLog();
+  Window().Click(Window().ByName("Pick in the picture", ControlKind::ToggleButton));
+  EXPECT_EQ(TakeLog(),
+            "messages 14 ToolBarNotifications\n"
+            "messages 5 page=4 57954 \"ColorPicker\" 1\n"
+            "messages 15 page=4\n");
+  Call("ColorPicker", "Red=10;\r\nGreen=20;\r\nBlue=300;\r\n");
+  Call("ColorPicker", "");
+  EXPECT_EQ(text->given, std::vector<std::string>{
+                             "RedG=010, GreenG=020, BlueG=255, Mode=2, Opacity=050, FilterOn=1"});
+  const AnimMessage reset = {1, 57808, 1, 2};
+  ComPtr<IAnimMessageReceiver>::Query(dialog.Get())->OnHostMessage(&reset);
+  EXPECT_EQ(text->text, "RedG=255, GreenG=255, BlueG=255, Mode=2, Opacity=100, FilterOn=1");
+}
+
+// --- room and words
+
+bool Overlap(const toolkit::Rect& a, const toolkit::Rect& b) {
+  return a.x < b.Right() && b.x < a.Right() && a.y < b.Bottom() && b.y < a.Bottom();
+}
+
+bool ShowsText(ControlKind kind) {
+  return kind == ControlKind::Static || kind == ControlKind::Heading ||
+         kind == ControlKind::CheckBox || kind == ControlKind::RadioButton ||
+         kind == ControlKind::Button || kind == ControlKind::ToggleButton;
+}
+
+TEST_F(Panels, FitTheScreenAndCutNoText) {
+  for (const char* language : {"en", "de"}) {
+    for (const int scale : {100, 250}) {
+      backend.language = language;
+      backend.scale = scale;
+      for (const DialogClass* row : dialogs::DialogClasses()) {
+        SCOPED_TRACE(std::string(row->className) + " " + language);
+        OpenOver(*row);
+        const toolkit::Size client = Window().client;
+        EXPECT_LE(client.width, 1024 * scale / 100);
+        EXPECT_LE(client.height, 730 * scale / 100) << "with a title bar";
+        std::vector<toolkit::Rect> places;
+        std::set<char> mnemonics;
+        for (ControlId id = 1; id <= Window().ControlCount(); ++id) {
+          const FakeControl& control = Window().At(id);
+          const toolkit::Rect& place = control.place;
+          const toolkit::Size wanted = backend.PreferredSize(control.spec.kind, control.text);
+          if (ShowsText(control.spec.kind)) {
+            EXPECT_GE(place.width, wanted.width) << control.text;
+            EXPECT_GE(place.height, wanted.height) << control.text;
+          }
+          EXPECT_GT(place.width * place.height, 0) << control.spec.name;
+          EXPECT_TRUE(place.x >= 0 && place.y >= 0 && place.Right() <= client.width &&
+                      place.Bottom() <= client.height)
+              << control.spec.name << control.text;
+          if (!control.isVisible) continue;
+          for (const toolkit::Rect& other : places) {
+            EXPECT_FALSE(Overlap(place, other)) << control.spec.name << control.text;
+          }
+          places.push_back(place);
+        }
+        CloseDialog();
+      }
+    }
+  }
+}
+
+TEST_F(Panels, EveryCanvasDrawsItself) {
+  int canvases = 0;
+  for (const DialogClass* row : dialogs::DialogClasses()) {
+    OpenOver(*row);
+    for (ControlId id = 1; id <= Window().ControlCount(); ++id) {
+      if (Window().At(id).spec.kind != ControlKind::Canvas) continue;
+      ++canvases;
+      EXPECT_GT(Window().Paint(id).calls.size(), 3u) << row->className;
+    }
+    CloseDialog();
+  }
+  EXPECT_EQ(canvases, 6);
+}
+
+std::set<std::string> KeysOfWords(const std::string& language) {
+  std::set<std::string> keys;
+  std::ifstream file(FXBOX_SOURCE "/resources/strings/" + language + ".txt");
+  for (std::string line; std::getline(file, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    EXPECT_TRUE(keys.insert(line.substr(0, line.find('='))).second) << line;
+    EXPECT_LT(line.find('=') + 1, line.size()) << line;
+  }
+  return keys;
+}
+
+TEST(Words, AreThereInBothLanguagesAndAllUsed) {
+  std::set<std::string> used;
+  const std::regex word("\"((IDS|IDB|HLP|COMMON)_[A-Z0-9_]+|PrintCrop|PrintPad)\"");
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(FXBOX_SOURCE "/dialogs")) {
+    if (entry.path().extension() != ".cpp") continue;
+    std::stringstream source;
+    source << std::ifstream(entry.path()).rdbuf();
+    const std::string text = source.str();
+    for (std::sregex_iterator found(text.begin(), text.end(), word), end; found != end; ++found) {
+      used.insert((*found)[1]);
+    }
+  }
+  EXPECT_GT(used.size(), 150u);
+  EXPECT_EQ(KeysOfWords("en"), used);
+  EXPECT_EQ(KeysOfWords("de"), used);
+  for (const std::string& key : used) {
+    EXPECT_NE(dialogs::FindWords(key.c_str(), "de"), nullptr) << key;
+    EXPECT_NE(dialogs::FindWords(key.c_str(), "en"), nullptr) << key;
+  }
+  EXPECT_STREQ(dialogs::FindWords("IDS_COLOR_GREEN", "de"), "Gr\xC3\xBCn");
+  EXPECT_STREQ(dialogs::FindWords("IDS_COLOR_GREEN", "fr"), "Green");
+  EXPECT_EQ(dialogs::FindWords("IDS_COLOR", "en"), nullptr);
+}
+
+}  // namespace
