@@ -36,7 +36,8 @@ CompoundFile& StreamContent::File() {
 
 void StreamContent::Leave(bool keeps) {
   try {
-    keeps&& failure == S_OK ? Flush() : Discard();
+    const bool counts = keeps && failure == S_OK;
+    counts ? Flush() : Discard();
   } catch (...) {
     Discard();
   }

@@ -4,6 +4,7 @@
 #include <map>
 #include <random>
 #include <set>
+#include <utility>
 
 #include "platform/component/ComObject.h"
 #include "tests/platform/CompoundSupport.h"
@@ -44,6 +45,7 @@ class LoggedBytes final : public platform::ComObject<LoggedBytes, ILockBytes> {
   std::size_t bytesRead = 0;
   std::size_t bytesWritten = 0;
   std::size_t room = SIZE_MAX;  // it holds no more
+  bool failsOnce = false;
   bool isLogging = true;
 
   HRESULT STDMETHODCALLTYPE ReadAt(ULARGE_INTEGER offset, void* buffer, ULONG count,
@@ -56,7 +58,7 @@ class LoggedBytes final : public platform::ComObject<LoggedBytes, ILockBytes> {
   HRESULT STDMETHODCALLTYPE WriteAt(ULARGE_INTEGER offset, const void* buffer, ULONG count,
                                     ULONG* written) override {
     const std::size_t at = offset.QuadPart;
-    if (at + count > room) return STG_E_MEDIUMFULL;
+    if (at + count > room || std::exchange(failsOnce, false)) return STG_E_MEDIUMFULL;
     if (bytes.size() < at + count) bytes.resize(at + count);
     const std::string piece(static_cast<const char*>(buffer), count);
     bytes.replace(at, count, piece);

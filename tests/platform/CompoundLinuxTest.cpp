@@ -99,6 +99,21 @@ TEST_F(CompoundLinuxTest, LivesLong) {
   EXPECT_LT(bytes->bytes.size(), 3 * content + 65536);  // what was given back is used again
 }
 
+// The table gets to the size that the head cannot name any more.
+TEST_F(CompoundLinuxTest, GrowsBeyondTheHead) {
+  const LoggedPtr bytes = NewBytes();
+  bytes->isLogging = false;
+  Contents expected = {{u"large", Pattern(7090000, 1)}};
+  WriteStream(CreateOn(bytes), u"large", expected[u"large"]);
+  for (std::size_t i = 0; i < 20; ++i) {
+    const std::u16string name = Numbered(u"n", i % 12);
+    WriteStream(OpenOn(bytes), name, expected[name] = Pattern(15000, static_cast<int>(i)));
+    ASSERT_TRUE(ContentsOf(OpenOn(bytes, kReading)) == expected) << i;
+  }
+  EXPECT_GT(platform::compound::Get32(reinterpret_cast<const std::uint8_t*>(&bytes->bytes[44])),
+            110u);
+}
+
 // --- what others say
 
 std::string OutputOf(const std::string& command) {
@@ -308,25 +323,35 @@ int Soak() {
   return count ? std::atoi(count) : 20;
 }
 
+// Bytes that tell the round in which they were written.
+std::string ContentOfRound(std::size_t name, unsigned round) {
+  std::string content = Pattern(1000 + name * 3000, static_cast<int>(name * 100000 + round));
+  platform::compound::Put32(reinterpret_cast<std::uint8_t*>(content.data()), round);
+  return content;
+}
+bool IsOfARound(std::size_t name, const std::string& content) {
+  if (content.size() < 4) return false;
+  const auto* const start = reinterpret_cast<const std::uint8_t*>(content.data());
+  return content == ContentOfRound(name, platform::compound::Get32(start));
+}
+
 // A process is killed while it replaces, adds and destroys; every stream is whole, of some round.
 TEST_F(CompoundLinuxTest, KillsLeaveEveryStreamWhole) {
-  const auto content = [](std::size_t name, int round) {
-    return Pattern(1000 + name * 3000, static_cast<int>(name) * 100000 + round);
-  };
   constexpr std::size_t kNames = 6;
   {
     const StoragePtr root = Create(path);
     WriteStream(root, u"untouched", Pattern(50000, 7));
-    for (std::size_t i = 0; i < kNames; ++i) WriteStream(root, Numbered(u"s", i), content(i, 0));
+    for (std::size_t i = 0; i < kNames; ++i) {
+      WriteStream(root, Numbered(u"s", i), ContentOfRound(i, 0));
+    }
   }
   std::mt19937 random(static_cast<unsigned>(Soak()));
-  std::vector<int> rounds(kNames, 0);
   for (int kill = 0; kill < Soak(); ++kill) {
     const pid_t child = StartProcess([&] {
       const StoragePtr root = Open(path);
-      for (int round = kill * 1000 + 1;; ++round) {
-        const std::size_t i = static_cast<std::size_t>(round) % kNames;
-        WriteStream(root, Numbered(u"s", i), content(i, round));
+      for (unsigned round = 1;; ++round) {
+        const std::size_t i = round % kNames;
+        WriteStream(root, Numbered(u"s", i), ContentOfRound(i, round));
         WriteStream(root, u"passing", "x");
         root->DestroyElement(u"passing");
       }
@@ -334,20 +359,12 @@ TEST_F(CompoundLinuxTest, KillsLeaveEveryStreamWhole) {
     });
     usleep(static_cast<useconds_t>(1000 + random() % 60000));
     ::kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
+    waitpid(child, nullptr, 0);
     const StoragePtr root = Open(path);
     ASSERT_TRUE(root) << kill;  // no lock is left
     EXPECT_TRUE(ReadStream(root, u"untouched") == Pattern(50000, 7));
     for (std::size_t i = 0; i < kNames; ++i) {
-      const std::string found = ReadStream(root, Numbered(u"s", i));
-      bool isKnown = found == content(i, rounds[i]);
-      for (int round = kill * 1000 + 1; !isKnown && round < kill * 1000 + 1000; ++round) {
-        if (static_cast<std::size_t>(round) % kNames != i) continue;
-        isKnown = found == content(i, round);
-        if (isKnown) rounds[i] = round;
-      }
-      EXPECT_TRUE(isKnown) << kill << " " << i;
+      EXPECT_TRUE(IsOfARound(i, ReadStream(root, Numbered(u"s", i)))) << kill << " " << i;
     }
   }
 }
@@ -379,6 +396,23 @@ TEST(CompoundRoomTest, AWriteWithoutRoomLeavesTheOldContent) {
     bytes->room = SIZE_MAX;
     ASSERT_TRUE(ContentsOf(OpenOn(bytes, kReading)) == expected) << room;
   }
+}
+
+TEST(CompoundRoomTest, OneFailedWriteIsEnough) {
+  const LoggedPtr bytes = NewBytes();
+  const Contents expected = {{u"a", Pattern(20000, 1)}, {u"b", "small"}};
+  {
+    const StoragePtr root = CreateOn(bytes);
+    WriteStream(root, u"a", Pattern(20000, 1));
+    for (const char16_t* name : {u"a", u"new"}) {
+      const StreamPtr stream = CreateStream(root, name);
+      bytes->failsOnce = true;
+      const std::string content = Pattern(30000, 2);
+      EXPECT_EQ(stream->Write(content.data(), 30000, nullptr), STG_E_MEDIUMFULL);
+    }
+    WriteStream(root, u"b", "small");
+  }
+  EXPECT_TRUE(ContentsOf(OpenOn(bytes)) == expected);
 }
 
 TEST_F(CompoundLinuxTest, AFullDiskLeavesTheOldContent) {
@@ -552,6 +586,7 @@ void UseBytes(const LoggedPtr& bytes) {
       std::string content(20000, '\0');
       ULONG read = 0;
       const HRESULT status = stream->Read(content.data(), 20000, &read);
+      content.resize(read);
       found[name] = {status, content};
     }
     return found;
@@ -583,11 +618,14 @@ TEST_F(FaultTest, AnyChangedWordIsBorne) {
 }
 
 TEST_F(FaultTest, AnyLengthIsBorne) {
-  const std::string whole = bytes->bytes;
-  for (std::size_t length = 0; length < whole.size(); length += 101) {
-    bytes->bytes = whole.substr(0, length);
-    UseBytes(bytes);
-    ASSERT_FALSE(testing::Test::HasFailure()) << length;
+  for (const char* name : {"linux.box", "windows.box", "windows-4096.box"}) {
+    const std::string whole = ReadFile(std::filesystem::path(FXBOX_TEST_DATA) / name);
+    ASSERT_FALSE(whole.empty());
+    for (std::size_t length = 0; length < whole.size(); length += 101) {
+      bytes->bytes = whole.substr(0, length);
+      UseBytes(bytes);
+      ASSERT_FALSE(testing::Test::HasFailure()) << name << " " << length;
+    }
   }
 }
 
