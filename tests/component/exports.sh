@@ -6,9 +6,11 @@ exported="$(nm -D --defined-only "$1" | awk '{print $3}')"
 status=0
 
 for name in DllGetClassObject DllCanUnloadNow DllRegisterServer DllUnregisterServer \
-  FxboxCreateCreator FxboxFilterClasses FxboxPumpEvents FxboxSetString DibCreate DibCreateEx DibFree DibOpenFile DibOpenFromModule \
+  FxboxCreateCreator FxboxFilterClasses FxboxPumpEvents FxboxSetString \
+  DibCreate DibCreateEx DibFree DibOpenFile DibOpenFromModule \
   DibReadDib DibScale DibSetUsage DibMapToPalette DIBPaint DIBDrawWithMask DIBFileSize Make24BitDib \
-  GolorGray ConvertMaskArrayToDib ConvertMaskDibToArray CoCreateInstance CoGetClassObject ProgIDFromCLSID; do
+  GolorGray ConvertMaskArrayToDib ConvertMaskDibToArray \
+  CoCreateInstance CoGetClassObject ProgIDFromCLSID; do
   echo "$exported" | grep -qx "$name" || { echo "not exported: $name" >&2; status=1; }
 done
 
