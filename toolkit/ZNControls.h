@@ -135,7 +135,7 @@ class FXBOX_API CZNRadioGroup {
 
 // The bitmaps of a slider's scale and thumb: names of resources in a module.
 struct SliderBitmaps {
-  void* module = nullptr;
+  void* module = nullptr;  // its handle, or an address in it
   std::string fromZero;    // "IDB_SLIDER_HD"
   std::string aroundZero;  // "IDB_SLIDER_CC"
   std::string thumb;       // "IDB_SLIDER_TMB"

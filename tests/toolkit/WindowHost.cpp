@@ -121,6 +121,9 @@ void PumpFor(toolkit::Backend& backend, std::chrono::milliseconds time) {
 }  // namespace
 
 int main(int count, char** arguments) {
+  CZNSlider::AttachBitmaps(
+      {reinterpret_cast<void*>(&PumpFor), "IDB_SLIDER_HD", "IDB_SLIDER_CC", "IDB_SLIDER_TMB"}, true,
+      true);
   HostWindow window;
   toolkit::WindowSpec spec;
   spec.title = "Window host";

@@ -64,7 +64,7 @@ class GtkControl {
   std::vector<std::pair<GObject*, gulong>> listening;
 };
 
-// A new control of the kind that the spec names. `firstRadio` is the first button of the group that
+// A new control of the kind that `spec` tells. `firstRadio` is the first button of the group that
 // a radio button belongs to, null for the first one itself.
 std::unique_ptr<GtkControl> MakeGtkControl(ControlId id, const ControlSpec& spec,
                                            GtkControl* firstRadio, WindowEvents& events);

@@ -121,14 +121,22 @@ class ColourControl final : public WindowsControl {
 
 // --- sliders
 
-// A bitmap of a module's resources; none with a null name.
+// The module that an address lies in, or that begins there.
+HINSTANCE ModuleAt(void* address) {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(
+      GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+      static_cast<LPCWSTR>(address), &module);
+  return module;
+}
+
+// A bitmap of a module's resources; none where there are no bitmaps.
 class ResourceBitmap {
  public:
   ResourceBitmap(const SliderBitmaps* of, const std::string SliderBitmaps::*name) {
     if (!of) return;
-    bitmap =
-        static_cast<HBITMAP>(LoadImageA(static_cast<HINSTANCE>(of->module), (of->*name).c_str(),
-                                        IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION));
+    bitmap = static_cast<HBITMAP>(LoadImageA(ModuleAt(of->module), (of->*name).c_str(),
+                                             IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION));
     if (bitmap) GetObjectW(bitmap, sizeof info, &info);
   }
   ~ResourceBitmap() {
