@@ -46,7 +46,7 @@ void PullRectangle::AnnounceColour(int i) const {
 
 HRESULT RowFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                             BYTE** colourRows, BYTE** maskRows) {
-  return GuardPull([&]() -> HRESULT {
+  return RunPull([&]() -> HRESULT {
     if (!source) return kPullStopped;
     const HRESULT ended = EndBySource(
         policy.sourceResult,
@@ -55,7 +55,9 @@ HRESULT RowFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width,
     const PullRectangle rows{
         destX,   destY, srcX, srcY, width, height, policy.worksOnMask ? nullptr : colourRows,
         maskRows};
+    const auto held = HoldState();
     const bool complete = rows.ChangeRows(abort, [&](BYTE* colour, BYTE* mask) {
+      state.GiveWay();
       if (policy.worksOnMask ? mask : colour) ChangeRow(colour, mask, width);
     });
     if (!complete) {
@@ -71,13 +73,14 @@ HRESULT RowFilter::ReadPixel(BYTE* pixel) {
   if (!pixel) return E_POINTER;
   const HRESULT status = CPdibFilter::ReadPixel(pixel);
   if (FAILED(status) || policy.passesPixels) return status;
+  const auto held = HoldState();
   ChangeRow(pixel, pixel + base::kBytesPerPixel, 1);
   return S_OK;
 }
 
 HRESULT RectangleFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                                   BYTE** colourRows, BYTE** maskRows) {
-  return GuardPull([&]() -> HRESULT {
+  return RunPull([&]() -> HRESULT {
     if (!source) return kPullStopped;
     std::optional<MemoryPicture> lent;
     if (policy.needsMask && colourRows && !maskRows && width > 0 && height > 0) {
@@ -101,10 +104,10 @@ HRESULT RectangleFilter::ReadRows(int destX, int destY, int srcX, int srcY, int 
 
 HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) {
-  return GuardPull([&]() -> HRESULT {
+  return RunPull([&]() -> HRESULT {
     if (!source) return kPullStopped;
     const PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
-    if (PassesThrough()) return PassOn(rows);
+    if (PassesNow()) return PassOn(rows);
     const bool current = BringUpToDate();
     if (policy.abortAnswersDone && abort) return S_OK;
     if (!current && !(policy.givesOutFailures && HoldsResult())) return kPullStopped;
@@ -117,6 +120,20 @@ HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, i
     if (policy.flags == ChangeFlags::ClearedAtEnd) ClearChanges();
     return S_OK;
   });
+}
+
+bool WholePictureFilter::PassesNow() {
+  const auto held = HoldState();
+  return PassesThrough();
+}
+
+// False when there is no picture, as before the first Prepare.
+bool WholePictureFilter::TakeState() {
+  const auto held = HoldState();
+  pulled = input;
+  result = output;
+  TakeParameters();
+  return result.width > 0 && result.height > 0;
 }
 
 HRESULT WholePictureFilter::PassOn(const PullRectangle& r) {
@@ -139,15 +156,13 @@ void WholePictureFilter::DropPictures() {
 // After a failed rebuild the picture may be that of another result, or missing.
 bool WholePictureFilter::HoldsResult() const {
   const MemoryPicture* const picture = Result();
-  return picture && picture->Width() >= result.width && picture->Height() >= result.height;
+  return picture && picture->Width() - 2 * policy.frame >= result.width &&
+         picture->Height() - 2 * policy.frame >= result.height;
 }
 
 bool WholePictureFilter::BringUpToDate() {
   if (Result() && !Changed()) return true;
-  pulled = input;
-  result = output;
-  // Before the first Prepare there is no picture.
-  if (result.width < 1 || result.height < 1) return false;
+  if (!TakeState()) return false;
   const bool selfBefore = selfChanged;
   if (policy.flags == ChangeFlags::ClearedAtStart) ClearChanges();
   bool rebuilt = false;
@@ -158,7 +173,7 @@ bool WholePictureFilter::BringUpToDate() {
   }
   if (rebuilt) return true;
   if (policy.flags == ChangeFlags::ClearedAtStart) {
-    selfChanged = selfBefore;
+    if (selfBefore) selfChanged = true;
     sourceChanged = true;
   } else {
     selfChanged = true;
@@ -173,8 +188,10 @@ bool WholePictureFilter::CopyOut(const PullRectangle& rectangle) {
     if (abort) return false;
     if (cut.width < 1) continue;
     FinishRow(cut.srcY + i);
-    CopyRow(from.ColourRows()[cut.srcY + i] + base::ColourOffset(cut.srcX),
-            from.MaskRows()[cut.srcY + i] + cut.srcX, cut.Colour(i), cut.Mask(i), cut.width);
+    const int y = policy.frame + cut.srcY + i;
+    const int x = policy.frame + cut.srcX;
+    CopyRow(from.ColourRows()[y] + base::ColourOffset(x), from.MaskRows()[y] + x, cut.Colour(i),
+            cut.Mask(i), cut.width);
   }
   return true;
 }

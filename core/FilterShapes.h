@@ -2,12 +2,10 @@
 #pragma once
 
 #include <algorithm>
-#include <mutex>
 #include <type_traits>
 
 #include "base/Rows.h"
 #include "core/PdibFilter.h"
-#include "platform/component/Guard.h"
 
 // A rectangle of a pull as a filter works on it: row i of the rectangle starts at Colour(i),
 // Mask(i).
@@ -48,21 +46,6 @@ struct PullRectangle {
   FXBOX_API void AnnounceColour(int i) const;
 };
 
-// What a pull answers when it is not complete.
-inline constexpr HRESULT kPullStopped = 1;
-
-// Every failure inside a filter, exhausted memory included, ends the pull the way an abort does.
-// What the body itself answers is passed on.
-template <class Body>
-HRESULT GuardPull(Body&& body) {
-  HRESULT answer = kPullStopped;
-  platform::Guard([&] {
-    answer = body();
-    return S_OK;
-  });
-  return answer;
-}
-
 // What a shape does when its source's pull answers something else than 0.
 enum class SourceResult {
   Ignored,
@@ -89,7 +72,8 @@ class FXBOX_API RowFilter : public CPdibFilter {
   };
   RowFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
-  // Changes `width` pixels, at least one. The plane that the policy names is never null; the other
+  // Changes `width` pixels, at least one, while the state is held: a Commit comes between two rows,
+  // never within one. The plane that the policy names is never null; the other
   // one may be.
   virtual void ChangeRow(BYTE* colour, BYTE* mask, int width) = 0;
 
@@ -114,7 +98,8 @@ class FXBOX_API RectangleFilter : public CPdibFilter {
   explicit RectangleFilter(const FilterClass& row) : RectangleFilter(row, {}) {}
   RectangleFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
-  // Changes the rectangle in place, testing `abort` once a row; false when it stopped.
+  // Changes the rectangle in place, testing `abort` once a row; false when it stopped. Works with
+  // copies of the parameters (`Active`, `Pending`), as they may change meanwhile.
   virtual bool ChangeRectangle(const PullRectangle& rectangle) = 0;
 
  private:
@@ -144,15 +129,20 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
     bool givesOutFailures = false;
     bool abortAnswersDone = false;    // an abort before rows are given out ends the pull with 0
     bool passesFailuresOver = false;  // while passing through, the source's answer counts as 0
+    int frame = 0;                    // pixels around the result in the picture that holds it
   };
   WholePictureFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
-  // While this holds, rows go from the source to the caller as they are, and no picture is kept.
+  // While this holds, which is asked with the state held, rows go from the source to the caller as
+  // they are, and no picture is kept.
   virtual bool PassesThrough() { return false; }
   // For a class that keeps more than the two pictures.
   virtual void DropPictures();
+  // Copies what Rebuild works with, at the moment of `pulled` and `result` and with the state held.
+  virtual void TakeParameters() {}
   // Fills the picture that answers come from, EnsurePictures included; false when it could not
-  // (abort, failed source, no memory). Works with the sizes of `pulled` and `result`.
+  // (abort, failed source, no memory). Works with the sizes of `pulled` and `result`, and with
+  // copies of the parameters.
   virtual bool Rebuild() = 0;
   // Before the rows of each pull are given out, with the request as it came, not cut.
   virtual void PrepareCopy(const PullRectangle&) {}
@@ -176,6 +166,8 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   const MemoryPicture* Result() const {
     return policy.cache == Cache::OutputPicture ? outputPicture.get() : inputPicture.get();
   }
+  bool PassesNow();
+  bool TakeState();
   HRESULT PassOn(const PullRectangle& rectangle);
   bool BringUpToDate();
   bool HoldsResult() const;
@@ -185,37 +177,29 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
 };
 
 // Adds the parameters to a shape: `Parameters` is the struct that core/ParameterText.h describes.
-// SetParameter touches pending alone, from any thread; Commit is the only writer of active. A
-// struct with texts is committed by `CommitParameters` alone, which gives a copy to work with: the
-// active ones may be printed on another thread at any time.
+// SetParameter touches pending alone, from any thread; Commit is the only writer of active. What
+// does not hold the state works with copies: `Active()`, `Pending()`.
 template <class Shape, class Parameters>
 class ParameterFilter : public Shape {
  public:
   bool IsDirty() override {
-    const std::lock_guard lock(pendingLock);
-    return ParametersDiffer(pending, active);
+    const auto held = this->HoldState();
+    return ParametersDiffer(pending, committed);
   }
   void Commit() override { CommitParameters(); }
 
   HRESULT STDMETHODCALLTYPE SetParameter(const char* text, int) override {
     return platform::Guard([&] {
-      const std::lock_guard lock(pendingLock);
+      const auto held = this->HoldState();
       if (text) ReadText(text);
       return S_OK;
     });
   }
   HRESULT STDMETHODCALLTYPE GetParameter(char* buffer, int size) override {
-    return platform::Guard([&] {
-      PrintText(Pending(), buffer, size);
-      return S_OK;
-    });
+    return Print(pending, buffer, size);
   }
   HRESULT STDMETHODCALLTYPE GetActiveParameter(char* buffer, int size) override {
-    return platform::Guard([&] {
-      const std::lock_guard lock(pendingLock);
-      PrintText(active, buffer, size);
-      return S_OK;
-    });
+    return Print(active, buffer, size);
   }
 
   static std::vector<ParameterDescription> Describe() { return DescribeParameters<Parameters>(); }
@@ -223,7 +207,7 @@ class ParameterFilter : public Shape {
  protected:
   using Shape::Shape;
 
-  // Runs under the lock of the parameters. Printing does so where it is given `active`.
+  // Both with the state held.
   virtual void ReadText(const char* text) { ReadParameters(text, pending); }
   virtual void PrintText(const Parameters& parameters, char* buffer, int size) {
     CopyParameterText(PrintParameters(parameters), Parameters::kLeastBuffer, buffer, size);
@@ -231,27 +215,41 @@ class ParameterFilter : public Shape {
 
   // For a pull that works by pending parameters: all of one moment.
   Parameters Pending() const {
-    const std::lock_guard lock(pendingLock);
+    const auto held = this->HoldState();
     return pending;
   }
 
-  // Makes the pending parameters active and gives them.
+  Parameters Active() const {
+    const auto held = this->HoldState();
+    return active;
+  }
+
+  // Makes the pending parameters active and gives them. A Commit that changes the active ones after
+  // that makes nothing dirty: what was committed is remembered.
   Parameters CommitParameters() {
-    const std::lock_guard lock(pendingLock);
-    return active = pending;
+    const auto held = this->HoldState();
+    return active = committed = pending;
   }
 
   // For a Commit that changes what is pending, too. Gives the result.
   template <class Change>
   Parameters ChangePending(Change change) {
-    const std::lock_guard lock(pendingLock);
+    const auto held = this->HoldState();
     change(pending);
     return pending;
   }
 
-  Parameters pending;  // in ReadText only; elsewhere Pending()
+  Parameters pending;
   Parameters active = Parameters::ActiveStart();
 
  private:
-  mutable std::mutex pendingLock;
+  HRESULT Print(const Parameters& parameters, char* buffer, int size) {
+    return platform::Guard([&] {
+      const auto held = this->HoldState();
+      PrintText(parameters, buffer, size);
+      return S_OK;
+    });
+  }
+
+  Parameters committed = active;  // what was pending at the last Commit
 };

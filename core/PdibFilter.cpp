@@ -8,7 +8,6 @@
 #include "core/AnimDialog.h"
 #include "core/FilterIcon.h"
 #include "core/ParameterReaders.h"
-#include "platform/component/Guard.h"
 #include "platform/component/OleText.h"
 
 namespace {
@@ -16,11 +15,10 @@ namespace {
 using platform::ComPtr;
 using platform::Guard;
 
-// Process-wide. The picture lock is taken again by the same thread when a pull passes several
-// filters.
+// Process-wide, and held for moments.
 struct ProcessLocks {
   std::mutex revision;
-  std::recursive_mutex picture;
+  std::mutex picture;
 };
 ProcessLocks locks;
 
@@ -185,18 +183,21 @@ HRESULT CPdibFilter::SetClassId(REFCLSID newClassId) {
 // --- IAnimFilterSrcCallsThis
 
 HRESULT CPdibFilter::SetPictureSize(int width, int height) {
+  const auto held = HoldState();
   told.width = width;
   told.height = height;
   return S_OK;
 }
 
 HRESULT CPdibFilter::SetOffset(int x, int y) {
+  const auto held = HoldState();
   told.offsetX = x;
   told.offsetY = y;
   return S_OK;
 }
 
 HRESULT CPdibFilter::SetExtent(int width, int height) {
+  const auto held = HoldState();
   told.extentWidth = width;
   told.extentHeight = height;
   return S_OK;
@@ -207,8 +208,11 @@ HRESULT CPdibFilter::SetTargetSize(int width, int height) {
 }
 
 HRESULT CPdibFilter::PassTargetSize(int width, int height, int passedWidth, int passedHeight) {
-  told.targetWidth = width;
-  told.targetHeight = height;
+  {
+    const auto held = HoldState();
+    told.targetWidth = width;
+    told.targetHeight = height;
+  }
   return Forward(destination,
                  [&](auto& next) { return next.SetTargetSize(passedWidth, passedHeight); });
 }
@@ -229,8 +233,11 @@ HRESULT CPdibFilter::SetZoom(double newZoom) {
 }
 
 HRESULT CPdibFilter::SetMark(int a, int b) {
-  mark[0] = a;
-  mark[1] = b;
+  {
+    const auto held = HoldState();
+    mark[0] = a;
+    mark[1] = b;
+  }
   return Forward(destination, [&](auto& next) { return next.SetMark(a, b); });
 }
 
@@ -271,15 +278,18 @@ HRESULT CPdibFilter::HostCall1b(std::intptr_t a) {
 
 HRESULT CPdibFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                               BYTE** colourRows, BYTE** maskRows) {
-  return Guard([&]() -> HRESULT {
-    const std::lock_guard lock(locks.picture);
+  return RunPull([&]() -> HRESULT {
     if (!source) {
       selfChanged = false;
-      return 1;
+      return kPullStopped;
     }
     const HRESULT result =
         source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows);
-    selfChanged = sourceChanged = result != 0;
+    if (result == 0) {
+      ClearChanges();
+    } else {
+      selfChanged = sourceChanged = true;
+    }
     return result;
   });
 }
@@ -288,6 +298,7 @@ HRESULT CPdibFilter::SetAbort(bool newAbort) {
   const HRESULT status =
       Forward(source, [&](auto& previous) { return previous.SetAbort(newAbort); });
   abort = newAbort;
+  if (newAbort) gate.Abort();
   return status;
 }
 
@@ -295,18 +306,13 @@ HRESULT CPdibFilter::Prepare(bool* changed, int* consumerRevision, bool trackRev
   return Guard([&] {
     if (source) {
       // A revision of -1 never matches, so that the source answers changed.
-      int unknown = -1;
+      int known = trackRevision ? sourceRevision.load() : -1;
       bool upstream = sourceChanged;
-      source->Prepare(&upstream, trackRevision ? &sourceRevision : &unknown, trackRevision);
+      source->Prepare(&upstream, &known, trackRevision);
+      if (trackRevision) sourceRevision = known;
       if (upstream) sourceChanged = true;
     }
-    if (const bool different = told != input; IsDirty() || different) {
-      SetTargetSize(told.targetWidth, told.targetHeight);
-      input = told;
-      output = input;
-      Commit();
-      selfChanged = true;
-    }
+    if (CommitWhatChanged()) selfChanged = true;
     PassInfoOn();
     bool now = Changed();
     {
@@ -324,11 +330,31 @@ HRESULT CPdibFilter::Prepare(bool* changed, int* consumerRevision, bool trackRev
   });
 }
 
+bool CPdibFilter::CommitWhatChanged() {
+  auto held = HoldState();
+  const bool different = told != input;
+  if (!IsDirty() && !different) return false;
+  const int target[2] = {told.targetWidth, told.targetHeight};
+  held.unlock();
+  SetTargetSize(target[0], target[1]);
+  held.lock();
+  input = told;
+  output = input;
+  Commit();
+  return true;
+}
+
+PictureInfo CPdibFilter::Output() const {
+  const auto held = HoldState();
+  return output;
+}
+
 void CPdibFilter::PassInfoOn() {
   if (!destination) return;
-  destination->SetPictureSize(output.width, output.height);
-  destination->SetExtent(output.extentWidth, output.extentHeight);
-  destination->SetOffset(output.offsetX, output.offsetY);
+  const PictureInfo given = Output();
+  destination->SetPictureSize(given.width, given.height);
+  destination->SetExtent(given.extentWidth, given.extentHeight);
+  destination->SetOffset(given.offsetX, given.offsetY);
 }
 
 HRESULT CPdibFilter::GetInfo(int* width, int* height, int* offsetX, int* offsetY, int* extentWidth,
@@ -336,15 +362,16 @@ HRESULT CPdibFilter::GetInfo(int* width, int* height, int* offsetX, int* offsetY
   bool ignored = false;
   int unknown = -1;
   Prepare(&ignored, &unknown, false);
+  const PictureInfo given = Output();
   const auto give = [](int* target, int value) {
     if (target) *target = value;
   };
-  give(width, output.width);
-  give(height, output.height);
-  give(offsetX, output.offsetX);
-  give(offsetY, output.offsetY);
-  give(extentWidth, output.extentWidth);
-  give(extentHeight, output.extentHeight);
+  give(width, given.width);
+  give(height, given.height);
+  give(offsetX, given.offsetX);
+  give(offsetY, given.offsetY);
+  give(extentWidth, given.extentWidth);
+  give(extentHeight, given.extentHeight);
   return S_OK;
 }
 
@@ -362,6 +389,7 @@ HRESULT CPdibFilter::SendToSource(std::intptr_t message) {
 HRESULT CPdibFilter::SetNamedValue(const char* key, const char* value) {
   if (!key || !value) return E_POINTER;
   return Guard([&] {
+    const auto held = HoldState();
     namedValues[key] = value;
     return S_OK;
   });
@@ -370,6 +398,7 @@ HRESULT CPdibFilter::SetNamedValue(const char* key, const char* value) {
 HRESULT CPdibFilter::GetNamedValue(const char* key, char* buffer, int size) {
   if (!key || !buffer) return E_POINTER;
   return Guard([&] {
+    const auto held = HoldState();
     const auto found = namedValues.find(key);
     if (size < 1 || found == namedValues.end() || found->second.GetLength() >= size) return E_FAIL;
     CopyParameterText(found->second.View(), 0, buffer, size);
@@ -388,10 +417,13 @@ bool CPdibFilter::EnsurePictures(int inputW, int inputH, int outputW, int output
 }
 
 void CPdibFilter::ClearChanges() {
-  selfChanged = sourceChanged = false;
+  selfChanged.ClearUpTo(selfChangesSeen);
+  sourceChanged.ClearUpTo(sourceChangesSeen);
 }
 
 void CPdibFilter::ReadVisibility(const char* text) {
+  bool shown = visible;
   bool ignored = false;
-  ReadParamBool(text, "Vis", visible, ignored);
+  ReadParamBool(text, "Vis", shown, ignored);
+  visible = shown;
 }

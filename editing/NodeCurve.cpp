@@ -49,7 +49,7 @@ int RCNodeCurve::InsertAfter(int index) {
 }
 
 int RCNodeCurve::InsertAt(int x, int y) {
-  if (Count() >= mostNodes || x < 0 || x > kMost) return kRefused;
+  if (Count() >= mostNodes || x > kMost) return kRefused;
   const auto behind =
       std::find_if(nodes.begin(), nodes.end(), [x](const CurveNode& node) { return node.x >= x; });
   const auto isNear = [&](const CurveNode& node) {

@@ -26,8 +26,9 @@ class FXBOX_API RCNodeCurve {
 
   // The middle between a node and the next one.
   int InsertAfter(int index);
-  // A node at its place in the order of x, which becomes the current one. Refused where a neighbour
-  // is less than the spacing away, and outside the square.
+  // A node at its place in the order of x, which becomes the current one. Refused between nodes of
+  // which one is less than the spacing away, and right of the square; ahead of the first node any x
+  // is taken.
   int InsertAt(int x, int y);
   // The ends cannot go: their neighbours go in their place.
   int Remove(int index);

@@ -45,6 +45,14 @@ void ForClicks(Parameters& parameters, Work work) {
   }
 }
 
+void Turn(RedEyeClick& click, int quarterTurns) {
+  for (int i = 0; i < (quarterTurns & 3); ++i) {
+    const double x = click.x;
+    click.x = 1 - click.y;
+    click.y = x;
+  }
+}
+
 }  // namespace
 
 std::span<const ParameterRow<RedEyeParameters>> RedEyeParameters::Rows() {
@@ -73,9 +81,10 @@ RedEyeParameters ReadClicks(const char* text) {
   return clicks;
 }
 
-std::string PrintClicks(const RedEyeParameters& parameters) {
+std::string PrintClicks(const RedEyeParameters& parameters, int quarterTurns) {
   std::string text = PrintParameters(parameters);
-  ForClicks(parameters, [&text](int number, RedEyeClick click) {
+  ForClicks(parameters, [&text, quarterTurns](int number, RedEyeClick click) {
+    Turn(click, quarterTurns);
     ForRows(number, click, [&text](const ParameterDescription& row, ParameterField field) {
       std::visit([&](auto* value) { PrintParameterField(text, row, value); }, field);
     });

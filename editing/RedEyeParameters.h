@@ -34,6 +34,8 @@ struct RedEyeParameters {
 
 // The clicks that the text names, each without the keys that it leaves out.
 RedEyeParameters ReadClicks(const char* text);
-std::string PrintClicks(const RedEyeParameters& parameters);
+// With the places of the clicks on a picture that was turned by so many quarters, 0 to 3, counter-
+// clockwise.
+std::string PrintClicks(const RedEyeParameters& parameters, int quarterTurns = 0);
 // With the keys of the first click for those of all.
 std::vector<ParameterDescription> DescribeClicks();

@@ -29,6 +29,14 @@ bool CompositeFilter::IsDirty() {
   return std::any_of(parts.begin(), parts.end(), [](auto& part) { return part->IsDirty(); });
 }
 
+void CompositeFilter::MapSize(int w, int h, int* inW, int* inH) {
+  *inW = w;
+  *inH = h;
+  for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+    (*part)->MapSize(*inW, *inH, inW, inH);
+  }
+}
+
 void CompositeFilter::GiveText(CPdibFilter& part, const std::string& text) {
   part.SetParameter(text.c_str(), 0);
 }

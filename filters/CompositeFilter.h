@@ -17,6 +17,8 @@ class CompositeFilter : public CPdibFilter {
   // Dirty when a part is. A part commits by itself.
   bool IsDirty() override;
   void Commit() override {}
+  // Through all parts.
+  void MapSize(int w, int h, int* inW, int* inH) override;
 
   HRESULT STDMETHODCALLTYPE GetDestination(REFIID iid, void** result) override;
   HRESULT STDMETHODCALLTYPE GetSource(REFIID iid, void** result) override;

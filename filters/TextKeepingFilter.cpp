@@ -27,24 +27,33 @@ const FilterClass kTextClass = {.sortKey = 38,
                                 .make = MakeFilter<CTextKeepingFilter>,
                                 .describe = CTextKeepingFilter::Describe};
 
+bool CTextKeepingFilter::IsDirty() {
+  const auto held = HoldState();
+  return !committed || pending != active;
+}
+
 void CTextKeepingFilter::Commit() {
+  const auto held = HoldState();
   active = pending;
   committed = true;
 }
 
 HRESULT CTextKeepingFilter::SetParameter(const char* text, int) {
   return platform::Guard([&] {
+    const auto held = HoldState();
     if (text) pending = text;
     return S_OK;
   });
 }
 
 HRESULT CTextKeepingFilter::GetParameter(char* buffer, int size) {
+  const auto held = HoldState();
   CopyParameterText(pending, 0, buffer, size);
   return S_OK;
 }
 
 HRESULT CTextKeepingFilter::GetActiveParameter(char* buffer, int size) {
+  const auto held = HoldState();
   CopyParameterText(active, 0, buffer, size);
   return S_OK;
 }

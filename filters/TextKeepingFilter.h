@@ -12,7 +12,7 @@ class CTextKeepingFilter final : public CPdibFilter {
  public:
   explicit CTextKeepingFilter(const FilterClass& row) : CPdibFilter(row) {}
 
-  bool IsDirty() override { return !committed || pending != active; }
+  bool IsDirty() override;
   void Commit() override;
   HRESULT STDMETHODCALLTYPE SetParameter(const char* text, int flag) override;
   HRESULT STDMETHODCALLTYPE GetParameter(char* buffer, int size) override;

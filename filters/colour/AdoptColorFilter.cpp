@@ -50,9 +50,10 @@ std::span<const ParameterRow<AdoptColorParameters>> AdoptColorParameters::Rows()
 }
 
 void CAdoptColorFilter::Commit() {
+  const auto held = HoldState();
   ParameterFilter::Commit();
-  kernels::RgbToHls(active.red, active.green, active.blue, targetHue, targetLightness,
-                    targetSaturation);
+  kernels::RgbToHls(active.red, active.green, active.blue, target.hue, target.lightness,
+                    target.saturation);
 }
 
 void CAdoptColorFilter::ReadText(const char* text) {
@@ -67,10 +68,15 @@ void CAdoptColorFilter::ReadText(const char* text) {
 HRESULT CAdoptColorFilter::GetActiveParameter(char* buffer, int size) {
   if (exParam == 0) return ParameterFilter::GetActiveParameter(buffer, size);
   return platform::Guard([&] {
+    const auto held = HoldState();
     CopyParameterText("ExBlit=1, " + PrintParameters(active) + PrintMap(lightA, lightB),
                       AdoptColorParameters::kLeastBuffer, buffer, size);
     return S_OK;
   });
+}
+
+void CAdoptColorFilter::TakeParameters() {
+  aim = target;
 }
 
 bool CAdoptColorFilter::Rebuild() {
@@ -89,14 +95,19 @@ bool CAdoptColorFilter::Measure() {
     kernels::AddLightness(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y],
                           result.width, statistics);
   }
-  const kernels::LightnessMap map = kernels::FitLightness(statistics, targetLightness);
+  const kernels::LightnessMap map = kernels::FitLightness(statistics, aim.lightness);
   lightA = map.factor;
   lightB = map.offset;
   return true;
 }
 
 kernels::AdoptedColour CAdoptColorFilter::Adopted() const {
-  return {targetHue, targetSaturation, {lightA, lightB}, active.intensity};
+  const auto held = HoldState();
+  return {target.hue, target.saturation, {lightA, lightB}, active.intensity};
+}
+
+void CAdoptColorFilter::PrepareCopy(const PullRectangle&) {
+  adopted = Adopted();
 }
 
 void CAdoptColorFilter::FillTable() {
@@ -112,7 +123,6 @@ void CAdoptColorFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toCo
                                 int width) {
   if (toMask) std::memcpy(toMask, mask, static_cast<std::size_t>(width));
   if (!toColour) return;
-  const kernels::AdoptedColour adopted = Adopted();
   if (tabled && tabled->IsSame(adopted)) {
     table->AdoptColour(toColour, colour, width);
   } else {
@@ -125,6 +135,7 @@ HRESULT CAdoptColorFilter::ReadPixel(BYTE* pixel) {
   if (!pixel) return E_POINTER;
   const HRESULT status = CPdibFilter::ReadPixel(pixel);
   if (FAILED(status)) return status;
-  kernels::MixColour(pixel, 1, {active.blue, active.green, active.red}, active.intensity);
+  const AdoptColorParameters now = Active();
+  kernels::MixColour(pixel, 1, {now.blue, now.green, now.red}, now.intensity);
   return S_OK;
 }

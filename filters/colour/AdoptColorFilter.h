@@ -33,20 +33,26 @@ class CAdoptColorFilter final : public ParameterFilter<WholePictureFilter, Adopt
 
  private:
   void ReadText(const char* text) override;
+  void TakeParameters() override;
   bool Rebuild() override;
   bool Measure();
   kernels::AdoptedColour Adopted() const;
   void FillTable();
+  void PrepareCopy(const PullRectangle& request) override;
   void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                int width) override;
 
-  double targetHue = 0;
-  double targetLightness = 0;
-  double targetSaturation = 0;
+  struct Hls {
+    double hue = 0, lightness = 0, saturation = 0;
+  };
+  Hls target;  // of the active colour
+  Hls aim;     // of the picture in the cache
   std::atomic<double> lightA{1.0};
   std::atomic<double> lightB{0.0};
   std::atomic<std::int32_t> exBlit{0};
   std::atomic<std::int32_t> exParam{0};
+
+  kernels::AdoptedColour adopted = {};  // by one pull
 
   // Filled by Rebuild alone: a map that arrives later does without it, as does who has no memory.
   std::unique_ptr<kernels::DrawnTable> table;

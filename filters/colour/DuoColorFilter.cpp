@@ -44,11 +44,11 @@ std::span<const ParameterRow<DuoColorParameters>> DuoColorParameters::Rows() {
 
 void CDuoColorFilter::Commit() {
   ParameterFilter::Commit();
-  const kernels::DuoColours committed =
+  const kernels::DuoColours wanted =
       kernels::MakeDuoColours({active.blue, active.green, active.red},
                               {active.blue2, active.green2, active.red2}, active.intensity);
-  if (table && committed == colours) return;
-  colours = committed;
+  if (table && wanted == colours) return;
+  colours = wanted;
   if (!table) table.reset(new (std::nothrow) kernels::DrawnTable);
   if (table) table->Fill(colours);
 }

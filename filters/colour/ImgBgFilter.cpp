@@ -40,7 +40,7 @@ bool CImgBgFilter::Rebuild() {
     if (abort) return false;
     kernels::Choose<kernels::PointKernelTable>().putBackground(
         inputPicture->ColourRows()[y], inputPicture->MaskRows()[y], result.width,
-        {active.blue, active.green, active.red}, active.transparency);
+        {used.blue, used.green, used.red}, used.transparency);
   }
   return true;
 }
@@ -49,7 +49,8 @@ HRESULT CImgBgFilter::ReadPixel(BYTE* pixel) {
   if (!pixel) return E_POINTER;
   const HRESULT status = CPdibFilter::ReadPixel(pixel);
   if (FAILED(status)) return status;
-  kernels::PutBackgroundPixel(pixel, pixel + base::kBytesPerPixel,
-                              {active.blue, active.green, active.red}, active.transparency);
+  const ImgBgParameters now = Active();
+  kernels::PutBackgroundPixel(pixel, pixel + base::kBytesPerPixel, {now.blue, now.green, now.red},
+                              now.transparency);
   return S_OK;
 }

@@ -25,5 +25,8 @@ class CImgBgFilter final : public ParameterFilter<WholePictureFilter, ImgBgParam
   HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;
 
  private:
+  void TakeParameters() override { used = active; }
   bool Rebuild() override;
+
+  ImgBgParameters used;  // of the picture in the cache
 };

@@ -18,6 +18,15 @@ const FilterClass kInvertMaskClass = {
     .make = MakeFilter<CInvertMaskFilter>,
     .describe = CInvertMaskFilter::Describe};
 
+namespace {
+
+void ChangeRow(BYTE* colour, BYTE* mask, int width, const InvertMaskParameters& p) {
+  kernels::Choose<kernels::PointKernelTable>().invertMask(colour, mask, width, {p.blue, p.green, p.red},
+                                           p.transparency);
+}
+
+}  // namespace
+
 std::span<const ParameterRow<InvertMaskParameters>> InvertMaskParameters::Rows() {
   return kMaskColourRows<InvertMaskParameters>;
 }
@@ -28,20 +37,15 @@ bool CInvertMaskFilter::Rebuild() {
     return false;
   }
   for (int y = 0; y < result.height; ++y) {
-    ChangeRow(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y], result.width);
+    ChangeRow(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y], result.width, used);
   }
   return true;
-}
-
-void CInvertMaskFilter::ChangeRow(BYTE* colour, BYTE* mask, int width) const {
-  kernels::Choose<kernels::PointKernelTable>().invertMask(
-      colour, mask, width, {active.blue, active.green, active.red}, active.transparency);
 }
 
 HRESULT CInvertMaskFilter::ReadPixel(BYTE* pixel) {
   if (!pixel) return E_POINTER;
   const HRESULT status = CPdibFilter::ReadPixel(pixel);
   if (FAILED(status)) return status;
-  ChangeRow(pixel, pixel + base::kBytesPerPixel, 1);
+  ChangeRow(pixel, pixel + base::kBytesPerPixel, 1, Active());
   return S_OK;
 }

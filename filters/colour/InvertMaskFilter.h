@@ -24,6 +24,8 @@ class CInvertMaskFilter final : public ParameterFilter<WholePictureFilter, Inver
   HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;
 
  private:
+  void TakeParameters() override { used = active; }
   bool Rebuild() override;
-  void ChangeRow(BYTE* colour, BYTE* mask, int width) const;
+
+  InvertMaskParameters used;  // of the picture in the cache
 };

@@ -32,12 +32,13 @@ std::span<const ParameterRow<BlurGaussParameters>> BlurGaussParameters::Rows() {
 }
 
 bool CBlurGaussFilter::ChangeRectangle(const PullRectangle& rectangle) {
+  const BlurGaussParameters now = Active();
   // The window follows the zoom, the bell does not.
-  const double radius = kernels::UsedGaussRadius(active.radius);
+  const double radius = kernels::UsedGaussRadius(now.radius);
   kernels::GaussChange change = {
       kernels::GaussMethod::Blur,
       kernels::MakeGaussTaps(kernels::ZoomedGaussRadius(radius, zoom),
-                             kernels::WidenedGaussSigma(radius, active.percent))};
+                             kernels::WidenedGaussSigma(radius, now.percent))};
   kernels::NormalizeGaussTaps(change.taps);
   return ChangeRectangleByGauss(rectangle, change, abort);
 }

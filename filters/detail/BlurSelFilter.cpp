@@ -36,13 +36,14 @@ std::span<const ParameterRow<BlurSelParameters>> BlurSelParameters::Rows() {
 
 bool CBlurSelFilter::ChangeRectangle(const PullRectangle& rectangle) {
   constexpr float kLeastThreshold = 0.1f;
-  const double radius = kernels::UsedGaussRadius(active.radius);
-  const auto third = static_cast<float>(static_cast<float>(active.threshold) / 3.0);
+  const BlurSelParameters now = Active();
+  const double radius = kernels::UsedGaussRadius(now.radius);
+  const auto third = static_cast<float>(static_cast<float>(now.threshold) / 3.0);
   return ChangeRectangleByGauss(
       rectangle,
       {.method = kernels::GaussMethod::SelectiveBlur,
        .taps = kernels::MakeGaussTaps(kernels::ZoomedGaussRadius(radius, zoom),
-                                      kernels::WidenedGaussSigma(radius, active.percent)),
+                                      kernels::WidenedGaussSigma(radius, now.percent)),
        .threshold = third < kLeastThreshold ? kLeastThreshold : third},
       abort);
 }

@@ -13,15 +13,17 @@
 class ConvolutionFilter : public WholePictureFilter {
  protected:
   ConvolutionFilter(const FilterClass& row, const kernels::KernelTable& full)
-      : WholePictureFilter(row, {}), table(full) {}
+      : WholePictureFilter(row, {.frame = 1}), table(full) {}
 
-  // In percent of the full kernel.
+  // In percent of the full kernel. Called with the state held.
   virtual double Strength() const = 0;
 
  private:
+  void TakeParameters() override { usedStrength = Strength(); }
   bool Rebuild() override;
 
   const kernels::KernelTable& table;
+  double usedStrength = 0;  // of the picture in the cache
 };
 
 // Adds the key `Version`: in version 2 the strength is that of the full picture and shrinks with

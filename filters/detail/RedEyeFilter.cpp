@@ -37,22 +37,25 @@ HRESULT CRedEyeFilter::GetParameter(char* buffer, int size) {
 }
 
 HRESULT CRedEyeFilter::GetActiveParameter(char* buffer, int size) {
-  return Give(active, buffer, size);
+  return Give(Active(), buffer, size);
 }
 
 // The caller's rows hold what the source gave for the request, and the mask stays so. The eyes are
 // removed from a picture of our own: whatever part is asked for, a click means the same place.
 bool CRedEyeFilter::ChangeRectangle(const PullRectangle& rectangle) {
+  auto held = HoldState();
   const int width = output.width;
   const int height = output.height;
+  const RedEyeParameters now = active;
+  held.unlock();
   if (width < 1 || height < 1 || !EnsurePictures(width, height, 0, 0)) return false;
   BYTE** const rows = inputPicture->ColourRows();
   inputPicture->Clear();
   source->ReadRows(0, 0, 0, 0, width, height, rows, inputPicture->MaskRows());
-  for (int i = 0; i < active.count; ++i) {
+  for (int i = 0; i < now.count; ++i) {
     if (abort) return false;
     kernels::RemoveRedEye({rows, nullptr, 0, 0, width, height}, zoom,
-                          active.clicks[static_cast<std::size_t>(i)], abort);
+                          now.clicks[static_cast<std::size_t>(i)], abort);
   }
   const PullRectangle cut = rectangle.CutTo(width, height);
   for (int i = cut.height - 1; i >= 0; --i) {

@@ -36,13 +36,15 @@ std::span<const ParameterRow<StaubParameters>> StaubParameters::Rows() {
 
 HRESULT CStaubFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                                BYTE** colourRows, BYTE** maskRows) {
-  return GuardPull([&]() -> HRESULT {
+  return RunPull([&]() -> HRESULT {
+    const auto [pictureWidth, pictureHeight] = PictureSize();
+    if (!source || pictureWidth < 1 || pictureHeight < 1) return kPullStopped;
     const PullRectangle request =
         PullRectangle{destX, destY, srcX, srcY, width, height, colourRows, maskRows}.CutTo(
-            output.width, output.height);
-    if (!source || output.width < 1 || output.height < 1) return kPullStopped;
+            pictureWidth, pictureHeight);
     if (request.width < 1 || request.height < 1) return S_OK;
-    const bool isKept = !Changed() && outputPicture && outputPicture->Width() >= request.width &&
+    const bool isKept = isWhole && !Changed() && outputPicture &&
+                        outputPicture->Width() >= request.width &&
                         outputPicture->Height() >= request.height;
     const Outcome outcome = isKept ? Outcome::Done : Rebuild(request);
     const bool isGiven = outcome != Outcome::StoppedBefore && CopyOut(request);
@@ -58,7 +60,7 @@ HRESULT CStaubFilter::ReadRows(int destX, int destY, int srcX, int srcY, int wid
 // Cleans in place. The greatest size is the pending one: a dialog's change has effect on the next
 // rebuild, before it is committed. What the source answers does not count.
 CStaubFilter::Outcome CStaubFilter::Rebuild(const PullRectangle& request) {
-  selfChanged = true;  // until the kept rows are whole again, whatever ends this
+  isWhole = false;
   if (!EnsurePictures(0, 0, request.width, request.height)) return Outcome::StoppedBefore;
   BYTE** const colour = outputPicture->ColourRows();
   BYTE** const mask = outputPicture->MaskRows();
@@ -69,9 +71,18 @@ CStaubFilter::Outcome CStaubFilter::Rebuild(const PullRectangle& request) {
   }
   source->ReadRows(0, 0, request.srcX, request.srcY, request.width, request.height, colour, mask);
   if (abort) return Outcome::StoppedBefore;
-  const bool isClean = kernels::RemoveDust({colour, mask, 0, 0, request.width, request.height},
-                                           active.grayTolerance, Pending().maxRgnSize, abort);
-  return isClean ? Outcome::Done : Outcome::StoppedWithin;
+  auto held = HoldState();
+  const std::int32_t tolerance = active.grayTolerance;
+  const std::int32_t greatest = pending.maxRgnSize;
+  held.unlock();
+  isWhole = kernels::RemoveDust({colour, mask, 0, 0, request.width, request.height}, tolerance,
+                                greatest, abort);
+  return isWhole ? Outcome::Done : Outcome::StoppedWithin;
+}
+
+std::pair<int, int> CStaubFilter::PictureSize() const {
+  const auto held = HoldState();
+  return {output.width, output.height};
 }
 
 // From the first row on; the row that an abort meets is still given.

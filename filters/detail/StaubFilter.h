@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <utility>
 
 #include "core/FilterShapes.h"
 
@@ -33,4 +34,7 @@ class CStaubFilter final : public ParameterFilter<CPdibFilter, StaubParameters> 
   Outcome Rebuild(const PullRectangle& request);
   // False when an abort stopped it.
   bool CopyOut(const PullRectangle& request) const;
+  std::pair<int, int> PictureSize() const;
+
+  bool isWhole = false;  // the kept rows; not while they are made anew
 };

@@ -40,17 +40,18 @@ std::span<const ParameterRow<UnsharpMaskParameters>> UnsharpMaskParameters::Rows
 }
 
 bool CUnsharpMaskFilter::ChangeRectangle(const PullRectangle& rectangle) {
-  // Here window and bell both follow the zoom.
-  const double radius = kernels::ZoomedGaussRadius(kernels::UsedGaussRadius(active.radius), zoom);
+  const UnsharpMaskParameters now = Active();
+  // Window and bell both follow the zoom here.
+  const double radius = kernels::ZoomedGaussRadius(kernels::UsedGaussRadius(now.radius), zoom);
   kernels::GaussChange change = {
       .method = kernels::GaussMethod::SharpenBrightness,
       .taps = kernels::MakeGaussTaps(radius, radius / 2.5),
-      .threshold = static_cast<float>(active.threshold),
-      .amount = static_cast<float>(static_cast<float>(active.percent) / 100.0)};
+      .threshold = static_cast<float>(now.threshold),
+      .amount = static_cast<float>(static_cast<float>(now.percent) / 100.0)};
   kernels::NormalizeGaussTaps(change.taps);
-  if (active.onLuminanceOnly == 0) {
+  if (now.onLuminanceOnly == 0) {
     change.method = kernels::GaussMethod::Sharpen;
-    change.threshold = static_cast<float>(active.threshold * 3.0);  // of the three channels' sum
+    change.threshold = static_cast<float>(now.threshold * 3.0);  // of the three channels' sum
   }
   return ChangeRectangleByGauss(rectangle, change, abort);
 }

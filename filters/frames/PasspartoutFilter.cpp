@@ -73,11 +73,13 @@ std::span<const ParameterRow<P>> PasspartoutParameters::Rows() {
 
 // Against the limited values: a number beyond the limits is not a change for ever.
 bool CPasspartoutFilter::IsDirty() {
-  return ParametersDiffer(Scaled(Pending(), zoom), active);
+  const auto held = HoldState();
+  return ParametersDiffer(Scaled(pending, zoom), active);
 }
 
 void CPasspartoutFilter::Commit() {
-  active = Scaled(Pending(), zoom);
+  const auto held = HoldState();
+  active = Scaled(pending, zoom);
   const Layout whole = LayOut(active, input);
   output.width = output.extentWidth = whole.x.size;
   output.height = output.extentHeight = whole.y.size;
@@ -99,23 +101,27 @@ CPasspartoutFilter::Layout CPasspartoutFilter::LayOut(const P& parameters,
 }
 
 void CPasspartoutFilter::MapSize(int w, int h, int* inW, int* inH) {
-  const auto without = [this](int size, int border) {
-    if (!active.bordersizeOn) return size;
+  const P now = Active();
+  const auto without = [&now](int size, int border) {
+    if (!now.bordersizeOn) return size;
     return base::LimitToInt32(std::max<std::int64_t>(1, size - 2 * std::int64_t{border}));
   };
-  *inW = without(w, active.borderhori);
-  *inH = without(h, active.borderverti);
+  *inW = without(w, now.borderhori);
+  *inH = without(h, now.borderverti);
 }
 
+// The mat of the full resolution, which no preview scale makes smaller.
 HRESULT CPasspartoutFilter::SetTargetSize(int width, int height) {
+  const P full = Scaled(Pending(), 1.0);
   return PassTargetSize(
-      width, height, TargetWithMat(active.bordersizeOn, width, active.borderhori, active.totalHori),
-      TargetWithMat(active.bordersizeOn, height, active.borderverti, active.totalVerti));
+      width, height, TargetWithMat(full.bordersizeOn, width, full.borderhori, full.totalHori),
+      TargetWithMat(full.bordersizeOn, height, full.borderverti, full.totalVerti));
 }
 
 // In the units of the unscaled picture, as the text came.
 HRESULT CPasspartoutFilter::GetActiveParameter(char* buffer, int size) {
   return platform::Guard([&] {
+    const auto held = HoldState();
     PrintText(WithPixelValues(active, [this](double value) { return value / zoom; }), buffer, size);
     return S_OK;
   });
@@ -125,38 +131,28 @@ HRESULT CPasspartoutFilter::ReadPixel(BYTE* pixel) {
   if (!pixel) return E_POINTER;
   const HRESULT status = CPdibFilter::ReadPixel(pixel);
   if (FAILED(status)) return status;
-  kernels::PutBackgroundPixel(pixel, pixel + base::kBytesPerPixel,
-                              {active.blue, active.green, active.red}, active.transparency);
+  const P now = Active();
+  kernels::PutBackgroundPixel(pixel, pixel + base::kBytesPerPixel, {now.blue, now.green, now.red},
+                              now.transparency);
   return S_OK;
+}
+
+void CPasspartoutFilter::TakeParameters() {
+  painted = active;
+  layout = LayOut(painted, pulled);
 }
 
 // A source that stopped is not told apart: the abort flag ends the rows.
 bool CPasspartoutFilter::Rebuild() {
-  painted = active;
-  layout = LayOut(painted, pulled);
-  // Prepared anew meanwhile.
-  if (layout.x.size != result.width || layout.y.size != result.height) return false;
   if (!EnsurePictures(result.width, result.height, 0, 0)) return false;
   glaze =
       kernels::BuildGlazeTables({painted.blue, painted.green, painted.red}, painted.transparency);
-  Clear();
+  inputPicture->Clear();
   source->ReadRows(layout.x.place, layout.y.place, layout.x.source, layout.y.source,
                    layout.x.length, layout.y.length, inputPicture->ColourRows(),
                    inputPicture->MaskRows());
   finished.assign(static_cast<std::size_t>(result.height), false);
   return !abort;
-}
-
-// What the source does not fill is nothing, and takes the colour of the mat behind it whatever it
-// had. A glaze does show what was there, and so does a mat of which nothing is seen.
-void CPasspartoutFilter::Clear() {
-  const bool glazed = PaintAlong(painted.borderhori) == Paint::Glaze ||
-                      PaintAlong(painted.borderverti) == Paint::Glaze;
-  if (glazed || painted.transparency < 0 || painted.transparency >= 100) {
-    inputPicture->Clear();
-  } else {
-    base::FillDib(inputPicture->Mask(), base::kNothing);
-  }
 }
 
 // Rows are asked for from the last to the first, but memory is read faster upwards: so a few at a

@@ -64,8 +64,8 @@ class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, Pass
   };
 
   static Layout LayOut(const PasspartoutParameters& parameters, const PictureInfo& picture);
+  void TakeParameters() override;
   bool Rebuild() override;
-  void Clear();
   void FinishRow(int y) override;
   void PaintRow(int y);
   void PaintPart(Paint paint, int y, int from, int to);

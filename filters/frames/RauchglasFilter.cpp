@@ -40,21 +40,22 @@ void CRauchglasFilter::PrintText(const RauchglasParameters& parameters, char* bu
 
 bool CRauchglasFilter::ChangeRectangle(const PullRectangle& rectangle) {
   if (rectangle.width < 1 || rectangle.height < 1 || !rectangle.colourRows) return true;
-  const kernels::PaneSpan x =
-      kernels::LayOutPane(rectangle.width, active.borderhori, active.poscorhori);
+  const RauchglasParameters now = Active();
+  const kernels::PaneSpan x = kernels::LayOutPane(rectangle.width, now.borderhori, now.poscorhori);
   const kernels::PaneSpan y =
-      kernels::LayOutPane(rectangle.height, active.borderverti, active.poscorverti);
+      kernels::LayOutPane(rectangle.height, now.borderverti, now.poscorverti);
   PullRectangle pane = rectangle;
   pane.destX += x.first;
   pane.destY += y.first;
   pane.width = x.last - x.first + 1;
   pane.height = y.last - y.first + 1;
-  return Blur(rectangle, pane) && Tint(pane);
+  return Blur(rectangle, pane, now.radius) && Tint(pane, now);
 }
 
 // Across the pane's edges the picture is seen as it was, beyond those of the request nothing is.
-bool CRauchglasFilter::Blur(const PullRectangle& rectangle, const PullRectangle& pane) const {
-  const int strength = std::clamp(active.radius, 0, 100);
+bool CRauchglasFilter::Blur(const PullRectangle& rectangle, const PullRectangle& pane,
+                            int radius) const {
+  const int strength = std::clamp(radius, 0, 100);
   if (strength == 0 || (pane.width < 3 && pane.height < 3)) return true;
   return kernels::Convolve3x3(
       kernels::BlendKernel(kernels::kSoftenTable, strength * zoom),
@@ -63,10 +64,10 @@ bool CRauchglasFilter::Blur(const PullRectangle& rectangle, const PullRectangle&
       {pane.destX - rectangle.destX, pane.destY - rectangle.destY, pane.width, pane.height}, abort);
 }
 
-bool CRauchglasFilter::Tint(const PullRectangle& pane) const {
-  if (active.transparency >= 100) return true;
+bool CRauchglasFilter::Tint(const PullRectangle& pane, const RauchglasParameters& p) const {
+  if (p.transparency >= 100) return true;
   const kernels::ChannelTables tables =
-      kernels::BuildTintTables({active.blue, active.green, active.red}, active.transparency);
+      kernels::BuildTintTables({p.blue, p.green, p.red}, p.transparency);
   return pane.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
     kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, pane.width, tables);
   });

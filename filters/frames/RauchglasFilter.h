@@ -47,6 +47,6 @@ class CRauchglasFilter final : public ParameterFilter<RectangleFilter, Rauchglas
  private:
   void PrintText(const RauchglasParameters& parameters, char* buffer, int size) override;
   bool ChangeRectangle(const PullRectangle& rectangle) override;
-  bool Blur(const PullRectangle& rectangle, const PullRectangle& pane) const;
-  bool Tint(const PullRectangle& pane) const;
+  bool Blur(const PullRectangle& rectangle, const PullRectangle& pane, int radius) const;
+  bool Tint(const PullRectangle& pane, const RauchglasParameters& parameters) const;
 };

@@ -28,9 +28,17 @@ P Scaled(P parameters, double scale) {
   return parameters;
 }
 
-kernels::ShadowLayout LayOut(const P& p) {
+// A blur that is wider than the picture, or than what size and distance can be, shows nothing more.
+std::int32_t ShownBlur(std::int32_t blur, const PictureInfo& picture) {
+  constexpr std::int32_t kWidest = 255;
+  const std::int64_t widest =
+      std::max<std::int64_t>(kWidest, std::int64_t{5} * std::max(picture.width, picture.height));
+  return static_cast<std::int32_t>(std::min<std::int64_t>(blur, widest));
+}
+
+kernels::ShadowLayout LayOut(const P& p, const PictureInfo& picture) {
   return kernels::LayOutShadow({p.lightDirection, p.innerOn, p.lightIntensity, p.shadowDensity,
-                                p.shadowBlur, p.size, p.shadowDistance});
+                                ShownBlur(p.shadowBlur, picture), p.size, p.shadowDistance});
 }
 
 int WithMargins(int size, int low, int high) {
@@ -99,27 +107,27 @@ void CSchattenFilter::ReadText(const char* text) {
 
 // Against the limited values: a number beyond the limits is not a change for ever.
 bool CSchattenFilter::IsDirty() {
-  return ParametersDiffer(Scaled(Pending(), zoom), active);
+  const auto held = HoldState();
+  return ParametersDiffer(Scaled(pending, zoom), active);
 }
 
 void CSchattenFilter::Commit() {
-  active = Scaled(Pending(), zoom);
-  const kernels::ShadowLayout margins = LayOut(active);
+  const auto held = HoldState();
+  active = Scaled(pending, zoom);
+  const kernels::ShadowLayout margins = LayOut(active, input);
   output.width = WithMargins(input.width, margins.left, margins.right);
   output.height = WithMargins(input.height, margins.top, margins.bottom);
   output.offsetX = base::LimitToInt32(std::int64_t{input.offsetX} + margins.left);
   output.offsetY = base::LimitToInt32(std::int64_t{input.offsetY} + margins.top);
 }
 
+void CSchattenFilter::TakeParameters() {
+  drawn = active;
+  layout = LayOut(drawn, pulled);
+}
+
 // The result ends up in the output picture, and the input picture serves to make shadows.
 bool CSchattenFilter::Rebuild() {
-  drawn = active;
-  layout = LayOut(drawn);
-  // Prepared anew meanwhile.
-  if (result.width != WithMargins(pulled.width, layout.left, layout.right) ||
-      result.height != WithMargins(pulled.height, layout.top, layout.bottom)) {
-    return false;
-  }
   if (!EnsurePictures(result.width, result.height, result.width, result.height)) return false;
   if (!Pull(*outputPicture, layout.left, layout.top)) return false;
   if (drawn.lightIntensity != 0 && !AddRelief()) return false;

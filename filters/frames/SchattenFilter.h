@@ -37,6 +37,7 @@ class CSchattenFilter final : public ParameterFilter<WholePictureFilter, Schatte
 
  private:
   void ReadText(const char* text) override;
+  void TakeParameters() override;
   bool Rebuild() override;
   bool Pull(MemoryPicture& picture, int x, int y);
   bool AddRelief();

@@ -56,10 +56,12 @@ class FramedRow {
                 picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + first),
                 base::ColourBytes(end - first));
     if (anyNothing) SetNothing(-1, width + 1, 0);
-    SetNothing(-1, 0, x > 0 ? base::kOpaque : base::kNothing);
-    SetNothing(width, width + 1, x + width < picture.width ? base::kOpaque : base::kNothing);
-    anyNothing = picture.maskRows &&
-                 LoadMask(picture.maskRows[picture.y + y] + picture.x + first, first - x, end - x);
+    const std::uint8_t* const mask =
+        picture.maskRows ? picture.maskRows[picture.y + y] + picture.x + x : nullptr;
+    SetNothing(-1, 0, x > 0 ? NothingAt(mask, -1) : base::kNothing);
+    SetNothing(width, width + 1,
+               x + width < picture.width ? NothingAt(mask, width) : base::kNothing);
+    anyNothing = mask && LoadMask(mask);
   }
 
   const std::uint8_t* Colour() const { return colour.data() + base::kBytesPerPixel; }
@@ -74,12 +76,16 @@ class FramedRow {
                 base::ColourBytes(end - first));
   }
 
-  // False when every pixel counts.
-  bool LoadMask(const std::uint8_t* mask, int first, int end) {
-    if (!std::memchr(mask, base::kNothing, static_cast<std::size_t>(end - first))) return false;
-    std::uint8_t* to = nothing.data() + base::ColourOffset(first + 1);
-    for (int i = 0; i < end - first; ++i) {
-      to[3 * i] = to[3 * i + 1] = to[3 * i + 2] = mask[i] == base::kNothing ? 255 : 0;
+  static std::uint8_t NothingAt(const std::uint8_t* mask, int at) {
+    return mask && mask[at] == base::kNothing ? base::kNothing : base::kOpaque;
+  }
+
+  // The pixels between the two on either side. False when all of them count.
+  bool LoadMask(const std::uint8_t* mask) {
+    if (!std::memchr(mask, base::kNothing, static_cast<std::size_t>(width))) return false;
+    std::uint8_t* to = nothing.data() + base::ColourOffset(1);
+    for (int i = 0; i < width; ++i) {
+      to[3 * i] = to[3 * i + 1] = to[3 * i + 2] = NothingAt(mask, i);
     }
     return true;
   }

@@ -19,7 +19,11 @@ TEST(NodeCurve, InsertsAtItsPlace) {
   EXPECT_EQ(curve.InsertAt(100, 300), 1);
   EXPECT_EQ(curve.current, 1);
   EXPECT_EQ(curve.nodes, (Nodes{{0, 0}, {100, 255}, {255, 255}}));
-  for (const int taken : {0, 100, 255, 256, -1, INT_MIN}) EXPECT_EQ(curve.InsertAt(taken, 9), -1);
+  for (const int taken : {0, 100, 255, 256, INT_MAX}) EXPECT_EQ(curve.InsertAt(taken, 9), -1);
+  // Ahead of the first node, even outside the square.
+  EXPECT_EQ(curve.InsertAt(-3, 9), 0);
+  EXPECT_EQ(curve.nodes.front(), (editing::CurveNode{-3, 9}));
+  EXPECT_EQ(curve.InsertAt(INT_MIN, 9), 0);
   curve.nodes = {{10, 0}, {20, 0}};
   EXPECT_EQ(curve.InsertAt(255, 5), 2);
   EXPECT_EQ(curve.InsertAt(9, 5), 0);

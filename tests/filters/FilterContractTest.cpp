@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "filters/FilterClasses.h"
+#include "tests/filters/ClassOf.h"
 #include "tests/support/TestFilters.h"
 
 // What every filter class has to keep, one clause a test. A class that departs from a clause says
@@ -559,6 +560,16 @@ std::string TextWithNumbers(const std::vector<ParameterDescription>& keys, std::
   return text;
 }
 
+// One for each key, as a person would set them: sizes stay within reason.
+std::string TextWithSmallNumbers(const std::vector<ParameterDescription>& keys,
+                                 std::mt19937& random) {
+  std::string text;
+  for (const ParameterDescription& key : keys) {
+    text += std::string(key.key) + "=" + std::to_string(random() % 20) + ",";
+  }
+  return text;
+}
+
 TEST_P(FilterContract, TextsReadBack) {
   std::mt19937 random(3);
   for (int round = 0; round < 300; ++round) {
@@ -697,6 +708,92 @@ TEST_P(FilterContract, PreparingDuringAPullIsHarmless) {
     test.Filter().SetSource(test.source.Get());
     Test fresh(*this, later);
     EXPECT_EQ(Difference(fresh.PullWhole(), test.PullWhole()), "");
+  }
+}
+
+// A change that is committed while the source delivers its rows comes with the next pull at the
+// latest.
+TEST_P(FilterContract, AChangeDuringAPullIsNotLost) {
+  if (contract.neverDirty) return;
+  const Picture picture = Noise(20, 10, Masks::Noise, 1);
+  Test fresh(*this, picture);
+  const Picture expected = fresh.PullWhole();
+  Rig rig(picture, Class());
+  rig.Prepare();
+  bool isChanged = false;
+  rig.source->onRow = [&](int row) {
+    if (row != 5 || std::exchange(isChanged, true)) return;
+    rig.Filter().SetParameter(contract.text, 1);
+    int revision = -1;
+    bool changed = false;
+    rig.Filter().Prepare(&changed, &revision, true);
+  };
+  GuardedRows rows(200, 200);
+  rig.Pull(rows, {0, 0, 0, 0, rig.destination->width, rig.destination->height});
+  if (contract.hasKeys || contract.keepsText) {
+    EXPECT_TRUE(rig.Prepare());
+  }
+  EXPECT_EQ(Difference(expected, rig.PullWhole()), "");
+  EXPECT_FALSE(rig.Prepare());
+}
+
+// As for a consumer that has seen nothing yet, so that kept pictures are made anew.
+void PrepareAnew(CPdibFilter& filter) {
+  bool changed = false;
+  int revision = -1;
+  filter.Prepare(&changed, &revision, false);
+}
+
+// Two threads that want the rows of one filter have each their own, whole, while a third sets
+// parameters and prepares; and when it has gone, they have what it left.
+TEST_P(FilterContract, ThreadsShareAFilter) {
+  for (const bool isDisturbed : {false, true}) {
+    Test test(*this, Noise(31, 40, Masks::Noise, 1));
+    const Picture expected = test.PullWhole();
+    const std::vector<ParameterDescription> keys = Class().describe();
+    std::atomic<int> pulling{2};
+    const auto pull = [&](std::uint32_t seed) {
+      GuardedRows rows(test.Width(), test.Height(), seed);
+      const RowRequest whole = {0, 0, 0, 0, rows.Width(), rows.Height()};
+      for (int round = 0; round < 8; ++round) {
+        PrepareAnew(test.Filter());
+        EXPECT_EQ(test.Rig::Pull(rows, whole), S_OK);
+        if (isDisturbed) continue;
+        EXPECT_EQ(Difference(expected, rows.Whole()), "");
+      }
+      --pulling;
+    };
+    std::thread threads[] = {std::thread(pull, 1), std::thread(pull, 2)};
+    std::mt19937 random(5);
+    while (isDisturbed && pulling > 0) {
+      test.Filter().SetParameter(TextWithSmallNumbers(keys, random).c_str(), 1);
+      PrepareAnew(test.Filter());
+      PendingText(test.Filter());
+      ActiveText(test.Filter());
+    }
+    for (std::thread& thread : threads) thread.join();
+    test.Filter().SetParameter(contract.text, 1);
+    Test fresh(*this, test.source->picture);
+    fresh.Filter().SetParameter(PendingText(test.Filter()).c_str(), 1);
+    if (contract.neverDirty) test.Filter().Commit();
+    if (contract.neverDirty) fresh.Filter().Commit();
+    EXPECT_EQ(Difference(fresh.PullWhole(), test.PullWhole()), "");
+  }
+}
+
+// The rows that a source leaves around its own are the same each time, also where it looks at them.
+TEST_P(FilterContract, AnEqualPullGivesEqualRows) {
+  for (const char* const before : {"ZNFilter.BlurGauss.1", "ZNFilter.UnsharpMask.1",
+                                   "ZNFilter.BlurSel.1", "ZNFilter.Histo.1"}) {
+    SCOPED_TRACE(before);
+    const auto filter = Make(Class());
+    filter->SetParameter(contract.text, 1);
+    Rig rig(Noise(20, 10, Masks::Steps, 1), {Make(ClassOf(before)), filter});
+    const Picture first = rig.PullWhole();
+    for (int round = 0; round < 2; ++round) {
+      rig.source->revision++;
+      EXPECT_EQ(Difference(first, rig.PullWhole()), "");
+    }
   }
 }
 

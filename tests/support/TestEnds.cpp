@@ -47,7 +47,10 @@ HRESULT TestSource::SetAbort(bool abort) {
 }
 
 HRESULT TestSource::Prepare(bool* changed, int* consumer, bool trackRevision) {
-  prepares.emplace_back(*consumer, trackRevision);
+  {
+    const std::lock_guard lock(noting);
+    prepares.emplace_back(*consumer, trackRevision);
+  }
   if (destination) {
     if (targetWidth > 0) destination->SetTargetSize(targetWidth, targetHeight);
     destination->SetPictureSize(picture.width, picture.height);

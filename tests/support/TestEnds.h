@@ -1,8 +1,10 @@
 // The two ends of a chain as a test's host writes them: a picture source and a destination.
 #pragma once
 
+#include <atomic>
 #include <deque>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,7 +23,8 @@ struct RowRequest {
 };
 void PrintTo(const RowRequest& request, std::ostream* out);
 
-// Serves a picture. A request is cut to the picture: what lies outside is not written.
+// Serves a picture. Prepare may come from any thread, ReadRows from one at a time. A request is cut
+// to the picture: what lies outside is not written.
 class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestCallsThis> {
  public:
   explicit TestSource(Picture served) : picture(std::move(served)) {}
@@ -58,9 +61,12 @@ class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestC
   std::vector<bool> aborts;
   std::vector<std::pair<int, bool>> prepares;  // revision and flag of each Prepare
   platform::ComPtr<IAnimFilterSrcCallsThis> destination;
+
+ private:
+  std::mutex noting;
 };
 
-// Records what it is told.
+// Records what it is told, by any thread.
 class TestDestination final : public platform::ComObject<TestDestination, IAnimFilterSrcCallsThis> {
  public:
   HRESULT STDMETHODCALLTYPE SetPictureSize(int w, int h) override;
@@ -84,14 +90,17 @@ class TestDestination final : public platform::ComObject<TestDestination, IAnimF
 
   // The calls with their arguments, such as "SetPictureSize 3 4"; Lock and Unlock stand in `locks`.
   std::vector<std::string> calls;
-  std::vector<std::string> TakeCalls() { return std::exchange(calls, {}); }
+  std::vector<std::string> TakeCalls() {
+    const std::lock_guard lock(recording);
+    return std::exchange(calls, {});
+  }
   // "L" and "U" in turn.
   std::string locks;
   std::string TakeLocks() { return std::exchange(locks, {}); }
   std::function<void()> onUnlock;
 
-  int width = 0, height = 0;  // the last SetPictureSize
-  int targetWidth = 0, targetHeight = 0;
+  std::atomic<int> width{0}, height{0};  // the last SetPictureSize
+  std::atomic<int> targetWidth{0}, targetHeight{0};
   double zoom = 0;
   int wantedWidth = -1, wantedHeight = -1;
   double askedAspect = 0;
@@ -102,9 +111,12 @@ class TestDestination final : public platform::ComObject<TestDestination, IAnimF
   HRESULT Record(const char* name, Numbers... numbers) {
     std::string text = name;
     (text.append(" ").append(std::to_string(numbers)), ...);
+    const std::lock_guard lock(recording);
     calls.push_back(text);
     return S_OK;
   }
+
+  std::mutex recording;
 };
 
 }  // namespace testing_support

@@ -64,11 +64,14 @@ const FilterClass kGradCurvesClass = {
     .describe = CGradCurvesFilter::Describe};
 
 bool CGradCurvesFilter::ChangeRectangle(const PullRectangle& rectangle) {
-  const GradCurvesParameters later = Pending();
+  auto held = HoldState();
+  const P later = pending;
+  const P now = active;
+  held.unlock();
   if (!later.filterOn) return true;
-  const bool keepsColours = active.yiqOn;
+  const bool keepsColours = now.yiqOn;
   const auto table = [&](int k) {
-    return TableOf(active.curves[k], later.curves[k].count, active.linear);
+    return TableOf(now.curves[k], later.curves[k].count, now.linear);
   };
   const ByteTable luminance = table(0);
   kernels::ChannelTables channels = {table(3), table(2), table(1)};

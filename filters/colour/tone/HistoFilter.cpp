@@ -34,7 +34,7 @@ bool CHistoFilter::ChangeRectangle(const PullRectangle& r) {
     if (r.colourRows && r.colourRows[y]) counter.AddLuminance(r.colourRows[y], r.width);
   }
   const kernels::LuminanceFactors factors =
-      kernels::EqualisingFactors(counter.Total(), active.intensity);
+      kernels::EqualisingFactors(counter.Total(), Active().intensity);
   return r.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
     if (colour)
       kernels::Choose<kernels::LuminanceKernelTable>().scaleByLuminance(colour, r.width, factors);

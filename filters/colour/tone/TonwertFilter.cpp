@@ -116,6 +116,12 @@ bool CTonwertFilter::Count() {
 }
 
 void CTonwertFilter::PrepareCopy(const PullRectangle& request) {
+  {
+    const auto held = HoldState();
+    now = active;
+    // The one choice that a pull takes from the pending parameters.
+    channelsApart = pending.autoContrastRgb;
+  }
   if (limitsAreOpen) FindLimits(request);
   const kernels::ByteTable midtones = kernels::BuildMidtoneTable(Midtone(request));
   const auto curve = [&](const MeasuredLimits& measured) {
@@ -124,8 +130,6 @@ void CTonwertFilter::PrepareCopy(const PullRectangle& request) {
   };
   table = curve(luminance);
   channelTables = {curve(blue), curve(green), curve(red)};
-  // The one choice that a pull takes from the pending parameters.
-  channelsApart = Pending().autoContrastRgb;
 }
 
 void CTonwertFilter::FindLimits(const PullRectangle& request) {
@@ -138,18 +142,18 @@ void CTonwertFilter::FindLimits(const PullRectangle& request) {
 }
 
 kernels::Limits CTonwertFilter::LimitsOf(const MeasuredLimits& measured) const {
-  if (!active.autoContrast) return kernels::LimitsByHand(active.lo, active.hi);
-  return kernels::CorrectLimits({measured.low, measured.high}, active.addLo, active.addHi);
+  if (!now.autoContrast) return kernels::LimitsByHand(now.lo, now.hi);
+  return kernels::CorrectLimits({measured.low, measured.high}, now.addLo, now.addHi);
 }
 
 int CTonwertFilter::Midtone(const PullRectangle& request) {
-  if (!active.autoTone) return active.med;
+  if (!now.autoTone) return now.med;
   if (exBlit == 0) {
     measuredMidtone = kernels::EstimateMidtone(luminanceCounts, LimitsOf(luminance),
                                                std::int64_t{request.width} * request.height);
   }
   return static_cast<int>(
-      std::clamp<std::int64_t>(std::int64_t{active.addMed} + measuredMidtone, -100, 100));
+      std::clamp<std::int64_t>(std::int64_t{now.addMed} + measuredMidtone, -100, 100));
 }
 
 void CTonwertFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,

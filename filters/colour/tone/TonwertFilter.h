@@ -63,6 +63,7 @@ class CTonwertFilter final : public ParameterFilter<WholePictureFilter, TonwertP
   std::atomic<std::int32_t> exParam{0};
 
   // Of one pull.
+  TonwertParameters now;
   bool channelsApart = false;
   kernels::ByteTable table = {};
   kernels::ChannelTables channelTables = {};

@@ -51,6 +51,7 @@ void CDrehFilter::ReadText(const char* text) {
 }
 
 void CDrehFilter::Commit() {
+  const auto held = HoldState();
   ParameterFilter::Commit();
   if (input.width < 1 || input.height < 1) return;
   const RotationGeometry turn = Geometry(active, input);
@@ -72,6 +73,7 @@ void CDrehFilter::Commit() {
 }
 
 HRESULT CDrehFilter::SetMark(int a, int b) {
+  const auto held = HoldState();
   mark[0] = a;
   mark[1] = b;
   return S_OK;
@@ -79,6 +81,7 @@ HRESULT CDrehFilter::SetMark(int a, int b) {
 
 HRESULT CDrehFilter::GetMark(int* a, int* b) {
   if (!a || !b) return E_POINTER;
+  const auto held = HoldState();
   *a = answer[0];
   *b = answer[1];
   return S_OK;
@@ -86,8 +89,10 @@ HRESULT CDrehFilter::GetMark(int* a, int* b) {
 
 HRESULT CDrehFilter::QuerySize(int* width, int* height, double aspect) {
   if (!width || !height) return E_POINTER;
+  auto held = HoldState();
   const double scaleX = static_cast<double>(input.width) / output.width;
   const double scaleY = static_cast<double>(input.height) / output.height;
+  held.unlock();
   const HRESULT status = ParameterFilter::QuerySize(width, height, aspect * scaleY / scaleX);
   if (*width > 0 && *height > 0) {
     *width = base::TruncateToInt32(*width * scaleX);
@@ -105,9 +110,8 @@ void CDrehFilter::DropPictures() {
 // A source that failed is turned as far as it came.
 bool CDrehFilter::Rebuild() {
   if (pulled.width < 1 || pulled.height < 1) return false;
-  const RotationRecord parameters = active;
-  const RotationGeometry turn = Geometry(parameters, pulled);
-  // Too large for a picture, or prepared anew by another thread.
+  const RotationGeometry turn = Geometry(used, pulled);
+  // Too large for a picture.
   if (turn.width != result.width || turn.height != result.height) return false;
   // The largest first: what is refused must not cost the memory of the others.
   if (!EnsurePictures(0, 0, result.width, result.height)) return false;
@@ -121,7 +125,7 @@ bool CDrehFilter::Rebuild() {
                                            given->ColourRows(), given->MaskRows()) == 0;
   const QuarterTurn turned(
       {given->ColourRows(), given->MaskRows(), 0, 0, pulled.width, pulled.height},
-      turn.quarterTurns, parameters.mirrorOn);
+      turn.quarterTurns, used.mirrorOn);
   const bool isTurned = turn.isQuarterTurn ? Turn(turned) : Shear(turned, turn);
   return isTurned && isComplete;
 }

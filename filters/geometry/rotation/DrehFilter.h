@@ -26,11 +26,13 @@ class CDrehFilter final : public ParameterFilter<WholePictureFilter, RotationRec
   void ReadText(const char* text) override;
   bool PassesThrough() override { return active.angle == 0.0 && !active.mirrorOn; }
   void DropPictures() override;
+  void TakeParameters() override { used = active; }
   bool Rebuild() override;
   bool Turn(const kernels::QuarterTurn& turned);
   bool Shear(const kernels::QuarterTurn& turned, const kernels::RotationGeometry& turn);
   bool EnsureIntermediate(std::int64_t width, std::int64_t height);
 
+  RotationRecord used;  // of the picture in the cache
   // Kept between computations of the same size.
   std::unique_ptr<kernels::Quad[]> intermediate;
   std::int64_t intermediateWidth = 0, intermediateHeight = 0;

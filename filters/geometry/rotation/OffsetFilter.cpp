@@ -31,6 +31,7 @@ std::span<const ParameterRow<OffsetParameters>> OffsetParameters::Rows() {
 }
 
 void COffsetFilter::Commit() {
+  const auto held = HoldState();
   ParameterFilter::Commit();
   output.offsetX = base::WrapToInt32(std::int64_t{output.offsetX} - active.offsetX);
   output.offsetY = base::WrapToInt32(std::int64_t{output.offsetY} - active.offsetY);

@@ -66,7 +66,9 @@ void CCropFilter::LockToRatio(CropRecord& crop) const {
 }
 
 void CCropFilter::Commit() {
-  active = ChangePending([this](CropParameters& crop) { LockToRatio(crop); });
+  const auto held = HoldState();
+  LockToRatio(pending);
+  CommitParameters();
   answer[0] = answer[1] = 0;
   if (input.width < 1 || input.height < 1) return;
   output.width = output.extentWidth =
@@ -78,35 +80,51 @@ void CCropFilter::Commit() {
 
 void CCropFilter::MapSize(int w, int h, int* inW, int* inH) {
   constexpr int kAllPixels = 0x7FFF;
-  *inW = active.shrinkAlpha ? kAllPixels : Whole(w, active.leftMargin, active.rightMargin);
-  *inH = active.shrinkAlpha ? kAllPixels : Whole(h, active.bottomMargin, active.topMargin);
+  const CropParameters now = Active();
+  *inW = now.shrinkAlpha ? kAllPixels : Whole(w, now.leftMargin, now.rightMargin);
+  *inH = now.shrinkAlpha ? kAllPixels : Whole(h, now.bottomMargin, now.topMargin);
 }
 
 HRESULT CCropFilter::SetTargetSize(int width, int height) {
-  return PassTargetSize(width, height, Kept(width, active.leftMargin, active.rightMargin),
-                        Kept(height, active.bottomMargin, active.topMargin));
+  const CropParameters now = Active();
+  return PassTargetSize(width, height, Kept(width, now.leftMargin, now.rightMargin),
+                        Kept(height, now.bottomMargin, now.topMargin));
 }
 
 HRESULT CCropFilter::QuerySize(int* width, int* height, double aspect) {
+  const CropParameters now = Active();
   return ParameterFilter::QuerySize(
       width, height,
-      aspect * (active.rightMargin - active.leftMargin) / (active.topMargin - active.bottomMargin));
+      aspect * (now.rightMargin - now.leftMargin) / (now.topMargin - now.bottomMargin));
 }
 
 HRESULT CCropFilter::GetMark(int* a, int* b) {
   if (!a || !b) return E_POINTER;
+  const auto held = HoldState();
   *a = answer[0];
   *b = answer[1];
   return S_OK;
 }
 
+// What a request has outside the crop is not asked for. A crop of nothing at the picture's edge has
+// a pixel that the picture has not.
+PullRectangle CCropFilter::InSource(const PullRectangle& request) const {
+  const auto held = HoldState();
+  const bool isPrepared = input.width > 0 && input.height > 0;
+  PullRectangle moved = isPrepared ? request.CutTo(output.width, output.height) : request;
+  moved.srcX = Moved(moved.srcX, input.width, active.leftMargin);
+  moved.srcY = Moved(moved.srcY, input.height, active.bottomMargin);
+  return isPrepared ? moved.CutTo(input.width, input.height) : moved;
+}
+
 HRESULT CCropFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                               BYTE** colourRows, BYTE** maskRows) {
-  return GuardPull([&]() -> HRESULT {
+  return RunPull([&]() -> HRESULT {
     if (!source) return kPullStopped;
-    const HRESULT pulled = source->ReadRows(
-        destX, destY, Moved(srcX, input.width, active.leftMargin),
-        Moved(srcY, input.height, active.bottomMargin), width, height, colourRows, maskRows);
+    const PullRectangle r =
+        InSource({destX, destY, srcX, srcY, width, height, colourRows, maskRows});
+    const HRESULT pulled =
+        source->ReadRows(r.destX, r.destY, r.srcX, r.srcY, r.width, r.height, colourRows, maskRows);
     if (pulled != S_OK) return kPullStopped;
     ClearChanges();
     return S_OK;

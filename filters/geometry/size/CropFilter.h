@@ -11,8 +11,7 @@ struct CropParameters : CropRecord {
 
 extern const FilterClass kCropClass;
 
-// Moves no pixel: a request goes to the source with other coordinates, and what reaches over the
-// crop's edge gives what the source has there.
+// Moves no pixel: a request goes to the source with other coordinates, cut to the crop.
 class CCropFilter final : public ParameterFilter<CPdibFilter, CropParameters> {
  public:
   explicit CCropFilter(const FilterClass& row) : ParameterFilter(row) {}
@@ -31,4 +30,5 @@ class CCropFilter final : public ParameterFilter<CPdibFilter, CropParameters> {
   void ReadText(const char* text) override;
   void PrintText(const CropParameters& parameters, char* buffer, int size) override;
   void LockToRatio(CropRecord& crop) const;
+  PullRectangle InSource(const PullRectangle& request) const;
 };

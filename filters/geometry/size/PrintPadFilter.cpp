@@ -47,6 +47,7 @@ void CPrintPadFilter::ReadText(const char* text) {
 }
 
 void CPrintPadFilter::Commit() {
+  const auto held = HoldState();
   ParameterFilter::Commit();
   const double w = input.width;
   const double h = input.height;
@@ -85,10 +86,10 @@ bool CPrintPadFilter::Rebuild() {
   outputPicture->Clear();
   const Overlap x(pulled.width, result.width, (result.width - pulled.width) / 2);
   const Overlap y(pulled.height, result.height,
-                  active.bottomAlign ? 0 : (result.height - pulled.height) / 2);
+                  used.bottomAlign ? 0 : (result.height - pulled.height) / 2);
   source->ReadRows(x.paper, y.paper, x.source, y.source, x.length, y.length,
                    outputPicture->ColourRows(), outputPicture->MaskRows());
-  const kernels::Colour pad = ColourOf(active.padColor);
+  const kernels::Colour pad = ColourOf(used.padColor);
   for (int row = 0; row < result.height; ++row) {
     if (abort) return false;
     kernels::Choose<kernels::PointKernelTable>().putBackground(

@@ -24,5 +24,8 @@ class CPrintPadFilter final : public ParameterFilter<WholePictureFilter, PadPara
 
  private:
   void ReadText(const char* text) override;
+  void TakeParameters() override { used = active; }
   bool Rebuild() override;
+
+  PadParameters used;  // of the picture in the cache
 };

@@ -27,7 +27,6 @@ void ResamplingFilter::SetOutput(Ratios newRatios, double width, double height) 
 // A result that is too large is refused before the input takes memory. What the source answers is
 // not looked at: an abort ends the computation, and anything else is scaled as it came.
 bool ResamplingFilter::Rebuild() {
-  const Ratios now = scaledBy;
   if (pulled.width < 1 || pulled.height < 1 || !EnsurePictures(0, 0, result.width, result.height) ||
       !EnsurePictures(pulled.width, pulled.height, 0, 0)) {
     inputPicture.reset();
@@ -37,7 +36,7 @@ bool ResamplingFilter::Rebuild() {
   const bool done = kernels::Resample(
       {inputPicture->ColourRows(), inputPicture->MaskRows(), pulled.width, pulled.height},
       {outputPicture->ColourRows(), outputPicture->MaskRows(), result.width, result.height},
-      {now.x, now.y, pulled.offsetX, pulled.offsetY}, abort);
+      {usedRatios.x, usedRatios.y, pulled.offsetX, pulled.offsetY}, abort);
   inputPicture.reset();
   if (!done) outputPicture->Clear();
   return done;

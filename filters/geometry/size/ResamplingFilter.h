@@ -16,8 +16,10 @@ class ResamplingFilter : public WholePictureFilter {
   // pixels stays as it is.
   void SetOutput(Ratios newRatios, double width, double height);
 
+  void TakeParameters() override { usedRatios = scaledBy; }
   bool Rebuild() override;
 
  private:
   Ratios scaledBy = {1, 1};
+  Ratios usedRatios = scaledBy;  // of the picture in the cache
 };

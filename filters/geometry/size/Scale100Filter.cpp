@@ -39,6 +39,7 @@ Scale100Parameters Scale100Parameters::ActiveStart() {
 }
 
 void CScale100Filter::Commit() {
+  const auto held = HoldState();
   ParameterFilter::Commit();
   Ratios ratios = {active.horizontalProz / 100.0, active.verticalProz / 100.0};
   if (!active.allowEnlarge) {
@@ -51,15 +52,16 @@ void CScale100Filter::Commit() {
 
 // By the percentages as they are: what Commit limits is not limited here.
 HRESULT CScale100Filter::SetTargetSize(int width, int height) {
-  return PassTargetSize(width, height,
-                        base::TruncateToInt32(width * (active.horizontalProz / 100.0)),
-                        base::TruncateToInt32(height * (active.verticalProz / 100.0)));
+  const Scale100Parameters now = Active();
+  return PassTargetSize(width, height, base::TruncateToInt32(width * (now.horizontalProz / 100.0)),
+                        base::TruncateToInt32(height * (now.verticalProz / 100.0)));
 }
 
 HRESULT CScale100Filter::QuerySize(int* width, int* height, double aspect) {
   const HRESULT status = ParameterFilter::QuerySize(width, height, aspect);
   if (FAILED(status) || *width <= 0 || *height <= 0) return status;
-  *width = WholeOf(*width, active.horizontalProz);
-  *height = WholeOf(*height, active.verticalProz);
+  const Scale100Parameters now = Active();
+  *width = WholeOf(*width, now.horizontalProz);
+  *height = WholeOf(*height, now.verticalProz);
   return status;
 }

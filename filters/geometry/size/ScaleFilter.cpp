@@ -69,6 +69,7 @@ CScaleFilter::Ratios CScaleFilter::RatiosTo(double width, double height) const {
 }
 
 void CScaleFilter::Commit() {
+  const auto held = HoldState();
   ParameterFilter::Commit();
   std::int32_t& boxW = active.maximumHorizontalSize;
   std::int32_t& boxH = active.maximumVerticalSize;
@@ -88,23 +89,26 @@ void CScaleFilter::Commit() {
 }
 
 HRESULT CScaleFilter::SetTargetSize(int width, int height) {
+  auto held = HoldState();
   Ratios ratios = RatiosTo(width, height);
   if (!active.allowEnlarge) {
     ratios.x = std::min(ratios.x, 1.0);
     ratios.y = std::min(ratios.y, 1.0);
   }
   if (active.keepProportions != 0) ratios.x = ratios.y = std::min(ratios.x, ratios.y);
+  held.unlock();
   return PassTargetSize(width, height, base::TruncateToInt32(std::floor(width * ratios.x + 0.5)),
                         base::TruncateToInt32(std::floor(height * ratios.y + 0.5)));
 }
 
 HRESULT CScaleFilter::QuerySize(int* width, int* height, double aspect) {
   if (!width || !height) return E_POINTER;
-  const double boxW = active.maximumHorizontalSize;
-  const double boxH = active.maximumVerticalSize;
-  *width = active.maximumHorizontalSize;
-  *height = active.maximumVerticalSize;
-  if (active.keepProportions == 0) return S_OK;
+  const ScaleParameters now = Active();
+  const double boxW = now.maximumHorizontalSize;
+  const double boxH = now.maximumVerticalSize;
+  *width = now.maximumHorizontalSize;
+  *height = now.maximumVerticalSize;
+  if (now.keepProportions == 0) return S_OK;
   if (boxW >= boxH * aspect) {
     *width = Following(boxH * aspect);
   } else {

@@ -89,6 +89,53 @@ TEST(DetailFilters, ConvolutionsEqualTheirModel) {
   }
 }
 
+// The picture in a frame of one pixel, as a source that is pulled into the inner part leaves it.
+Picture Framed(const std::string& sourceId, const Picture& picture) {
+  Rig rig(picture, ClassOf(sourceId));
+  rig.Prepare();
+  Picture framed(picture.width + 2, picture.height + 2);
+  std::vector<BYTE*> colour, mask;
+  for (int y = 0; y < framed.height; ++y) {
+    colour.push_back(framed.Colour(0, y));
+    mask.push_back(&framed.Mask(0, y));
+  }
+  EXPECT_EQ(
+      rig.Filter().ReadRows(1, 1, 0, 0, picture.width, picture.height, colour.data(), mask.data()),
+      S_OK);
+  return framed;
+}
+
+Picture Inner(const Picture& framed) {
+  Picture inner(framed.width - 2, framed.height - 2);
+  for (int y = 0; y < inner.height; ++y) {
+    std::copy_n(framed.Colour(1, y + 1), 3 * inner.width, inner.Colour(0, y));
+    for (int x = 0; x < inner.width; ++x) inner.Mask(x, y) = framed.Mask(x + 1, y + 1);
+  }
+  return inner;
+}
+
+// A source that looks at the rows around its rectangle, or changes them, finds a black frame.
+TEST(DetailFilters, ConvolutionsStandInAFrame) {
+  for (const char* before : {"ZNFilter.BlurGauss.1", "ZNFilter.UnsharpMask.1", "ZNFilter.BlurSel.1",
+                             "ZNFilter.Histo.1"}) {
+    for (const char* text : {"Sharpen(Sharpness=80)", "Blur(Blurness=90)",
+                             "FindEdges(EdgeEnhance=70)", "Emboss(EmbossStrength=60)"}) {
+      for (const auto& [w, h] : {std::pair(1, 1), {2, 3}, {23, 9}}) {
+        const std::string name = text, id = "ZNFilter." + name.substr(0, name.find('(')) + ".1";
+        const std::string parameters = name.substr(name.find('(') + 1);
+        const Picture picture = Noise(w, h, Masks::Noise, 4);
+        const auto filter = Make(ClassOf(id));
+        filter->SetParameter(parameters.c_str(), 1);
+        Rig rig(picture, {Make(ClassOf(before)), filter});
+        EXPECT_EQ(
+            Difference(Inner(Filtered(id, parameters, Framed(before, picture))), rig.PullWhole()),
+            "")
+            << before << " " << text;
+      }
+    }
+  }
+}
+
 TEST(DetailFilters, VersionedTexts) {
   const auto filter = Make(ClassOf("ZNFilter.Sharpen.1"));
   filter->SetParameter("Sharpness=050,ExtraParam=|SHARP|,Version=3", 1);

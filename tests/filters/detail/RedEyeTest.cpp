@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "editing/RedEyeParameters.h"
 #include "tests/filters/ClassOf.h"
 #include "tests/support/TestFilters.h"
 
@@ -134,6 +135,12 @@ TEST(RedEye, Texts) {
   EXPECT_EQ(testing_support::ActiveText(*filter.Get()), "N=0");
   filter->Commit();
   EXPECT_EQ(testing_support::ActiveText(*filter.Get()), kCases[3].text);
+  // The places on a picture that is turned.
+  const RedEyeParameters click = ReadClicks("N=1, X1=0.2, Y1=0.7");
+  EXPECT_EQ(PrintClicks(click, 0), "N=1, X1=0.2000, Y1=0.7000, E1=0, F1=0");
+  EXPECT_EQ(PrintClicks(click, 1), "N=1, X1=0.3000, Y1=0.2000, E1=0, F1=0");
+  EXPECT_EQ(PrintClicks(click, 2), "N=1, X1=0.8000, Y1=0.3000, E1=0, F1=0");
+  EXPECT_EQ(PrintClicks(click, 3), "N=1, X1=0.7000, Y1=0.8000, E1=0, F1=0");
   EXPECT_EQ(testing_support::PendingText(*filter.Get(), 500), "");
   // More clicks than there can be; a text that is too long is cut, and that is a failure.
   filter->SetParameter("N=1000000", 1);

@@ -70,7 +70,8 @@ TEST(Passpartout, TellsSizesBothWays) {
               testing::StartsWith("BordersizeOn=1, Borderhori=012, Borderverti=-012, "));
   rig.destination->TakeCalls();
   rig.Filter().SetTargetSize(200, 100);
-  EXPECT_THAT(rig.destination->TakeCalls(), testing::ElementsAre("SetTargetSize 206 100"));
+  // The full resolution has a mat of full width.
+  EXPECT_THAT(rig.destination->TakeCalls(), testing::ElementsAre("SetTargetSize 220 100"));
   rig.destination->wantedWidth = 30;
   rig.destination->wantedHeight = 20;
   int w = 0, h = 0;
@@ -110,6 +111,21 @@ TEST(Passpartout, PaintsTheMat) {
   // A shift beyond the edge leaves one row of the picture's place.
   EXPECT_EQ(Strip("Borderhori=0,Borderverti=0,Poscorverti=-9", true, 3),
             "200/0 200/0 200/0 200/0 200/0 200/0 ");
+}
+
+// A blur that no shadow of this picture shows is not computed for ever.
+TEST(Shadow, BlurEndsWhereThePictureDoes) {
+  const auto shadow = [](const std::string& blur) {
+    Rig rig(Noise(7, 5, Masks::Noise, 1), ClassOf("ZNFilter.Shadow.1"));
+    rig.Filter().SetParameter(("ShadowDensity=100,ShadowDistance=0,ShadowBlur=" + blur).c_str(), 1);
+    const Picture result = rig.PullWhole();
+    EXPECT_FALSE(rig.Prepare());
+    return result;
+  };
+  const Picture widest = shadow("255");
+  EXPECT_EQ(std::pair(widest.width, widest.height), std::pair(7 + 2 * 51, 5 + 2 * 51));
+  EXPECT_EQ(Difference(widest, shadow("99999")), "");
+  EXPECT_NE(Difference(widest, shadow("250")), "");
 }
 
 }  // namespace

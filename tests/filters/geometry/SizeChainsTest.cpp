@@ -60,15 +60,15 @@ const SizeChain kChains[] = {
     {{kMiddle, kSides}, {120, 700}, {120, 700}, 1, 0, {240, 700}},
     // A zoom that is stopped leaves the mat's pixels as they are.
     {{kScale, kMat}, {320, 200}, {287, 200}, 1, 0, {300, 200}},
-    {{kThrough, kMat}, {306, 200}, {273, 200}, 0.25, 0, {300, 200}},
-    {{kTurn, kShares, kMat}, {206, 240}, {607, 360}, 0.25, kTurned * 600 / 601, {312, 103}},
+    {{kThrough, kMat}, {306, 200}, {287, 200}, 0.25, 0, {300, 200}},
+    {{kTurn, kShares, kMat}, {206, 240}, {621, 360}, 0.25, kTurned * 600 / 601, {312, 103}},
     // The picture may not grow; the full-resolution size does.
     {{kGrowing, kLeft}, {421, 400}, {1684, 2700}, 0.25, 1.05, {78, 20}},
     {{kSquare, kShares}, {200, 160}, {400, 360}, 0.25, 1.5 * kTurned, {331, 150}},
     {{kTurnedLeft, kPrint}, {300, 100}, {67, 100}, 1, 0, {297, 199}},
     {{kTilt, kMiddle}, {361, 653}, {601, 900}, 0.25, 0.75 * 400 / 653 * 723 / 601, {182, 36}},
     {{kMiddle, kPad}, {300, 450}, {601, 900}, 0.25, 0, {600, 450}},
-    {{kAll, kSheet}, {1000, 400}, {1000, 900}, 0.25, 0.75, {0x7FFF, 0x7FFF}},
+    {{kAll, kSheet}, {1000, 400}, {4000, 900}, 0.25, 0.75, {0x7FFF, 0x7FFF}},
 };
 
 TEST(SizeChains, SizesTravelBothWays) {
@@ -106,6 +106,74 @@ TEST(SizeChains, CropsAskForTheRowsThatAreWanted) {
   GuardedRows rows(9, 8);
   EXPECT_EQ(rig.Pull(rows, {1, 2, 3, 4, 5, 6}), S_OK);
   EXPECT_EQ(rig.source->requests, std::vector({RowRequest{1, 2, 13, 34, 5, 6}}));
+}
+
+// Whatever a request reaches over, and when the picture has become smaller since: the source is
+// asked for pixels that it has, and the rows are those of its part of the request.
+TEST(SizeChains, CropsAskForPixelsThatExist) {
+  struct Case {
+    Link crop;
+    RowRequest asked, request;
+  };
+  const Case cases[] = {
+      {kMiddle, {0, 0, -3, -2, 90, 90}, {3, 2, 10, 0, 20, 60}},
+      {kMiddle, {1, 2, 15, 50, 30, 30}, {1, 2, 25, 50, 5, 10}},
+      {kUpper, {0, 0, 0, 0, 40, 60}, {0, 0, 0, 30, 40, 30}},
+      {{"Crop", "LeftMargin=1,BottomMargin=1,FixRatioOn=0"},
+       {0, 0, 0, 0, 1, 1},
+       {0, 0, 40, 60, 0, 0}},
+      {{"RotCrop", "LeftMargin=0.5,FixRatioOn=0"}, {0, 0, 0, 0, 99, 9}, {0, 0, 20, 0, 20, 9}}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.crop.name + " " + c.crop.text);
+    Rig rig(Noise(40, 60, Masks::Noise, 1), MakeAll({c.crop}));
+    rig.Prepare();
+    GuardedRows rows(100, 100);
+    EXPECT_EQ(rig.Pull(rows, c.asked), S_OK);
+    EXPECT_EQ(rig.source->requests.back(), c.request);
+  }
+  Rig rig(Noise(40, 60, Masks::Noise, 1), MakeAll({kMiddle}));
+  const Picture before = rig.PullWhole();
+  rig.source->picture = Noise(20, 12, Masks::Noise, 2);
+  int size[6];
+  rig.Filter().GetInfo(&size[0], &size[1], &size[2], &size[3], &size[4], &size[5]);
+  GuardedRows rows(before.width, before.height);
+  EXPECT_EQ(rig.Pull(rows, {0, 0, 0, 0, before.width, before.height}), S_OK);
+  EXPECT_EQ(rig.source->requests.back(), (RowRequest{0, 0, 5, 0, 10, 12}));
+  EXPECT_EQ(rows.WrittenOutside(0, 0, 10, 12), "");
+}
+
+TEST(SizeChains, CompositesMapSizesThroughTheirParts) {
+  for (const auto& [link, width, height] :
+       {std::tuple(kLeft, 100, 50), {kUpper, 70, 100}, {kTurnedLeft, 140, 50}}) {
+    int w = 0, h = 0;
+    Rig rig(Picture(40, 60), MakeAll({link}));
+    rig.Prepare();
+    rig.Filter().MapSize(70, 50, &w, &h);
+    EXPECT_EQ(Size(w, h), Size(width, height)) << link.name;
+  }
+}
+
+// What a Commit makes of the numbers is no change, however often it is asked.
+TEST(SizeChains, APreparedChainIsQuiet) {
+  const Link kPaper{"PrintPad", "ForceRatio=1,Landscape=0,AspectRatioX=4,AspectRatioY=3"};
+  for (const Link& link :
+       {kTurningBox, Link{"Scale", "KeepProportions=2,MaximumHorizontalSize=10"}, kPrint, kPad,
+        kPaper, kSquare, kTurnedLeft, kMat, kSheet, kTilt, kShares, kUpper,
+        Link{"Crop", "FixRatio=0.333,LeftMargin=0.1,TopMargin=0.7"},
+        Link{"Passpartout", "Borderhori=9999,Radius=-7,Borderverti=33"},
+        Link{"Shadow", "ShadowDensity=50,Size=999,ShadowBlur=33,ShadowDistance=-7"}}) {
+    for (const auto& [w, h] : {std::pair(60, 40), {40, 60}, {40, 40}}) {
+      SCOPED_TRACE(link.name + " " + link.text);
+      Rig rig(Noise(w, h, Masks::Noise, 1), MakeAll({link}));
+      rig.source->destination->SetZoom(0.3);
+      rig.PullWhole();
+      EXPECT_FALSE(rig.Filter().IsDirty());
+      EXPECT_FALSE(rig.Prepare());
+      // The same text again, as a dialog sends it.
+      rig.Filter().SetParameter(link.text.c_str(), 1);
+      EXPECT_FALSE(rig.Prepare());
+    }
+  }
 }
 
 }  // namespace
