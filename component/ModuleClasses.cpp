@@ -34,8 +34,11 @@ std::vector<ModuleClass> BuildTable() {
   }
   table.push_back(Entry(kChainClassId, "ZNFilter.Chain.1", "ZNFilter - Filterchain", false,
                         &Make<IAnimFilterChain, CPdibFilterChain>));
-  table.push_back(Entry(kCreatorClassId, "ZNFilter.Creator.1", "ZNFilter - Filtercreator", false,
-                        &Make<IAnimFilterCreator, CPdibFilterCreator>));
+  // It knows the classes of this module also where none is registered.
+  table.push_back(Entry(
+      kCreatorClassId, "ZNFilter.Creator.1", "ZNFilter - Filtercreator", false, []() -> IUnknown* {
+        return static_cast<IAnimFilterCreator*>(new CPdibFilterCreator(FilterClasses()));
+      }));
   return table;
 }
 

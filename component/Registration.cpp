@@ -66,6 +66,10 @@ class RegistryChange {
     before.emplace_back(prefix + key, Registry().Read(hive, prefix + key));
     return Registry().Write(hive, prefix + key, value) == RegistryResult::Done;
   }
+  // Of a key that Write has made.
+  bool WriteNamed(const std::string& key, const char* name, std::string_view value) {
+    return Registry().WriteNamed(hive, prefix + key, name, value) == RegistryResult::Done;
+  }
   void Keep() { kept = true; }
 
  private:
@@ -109,6 +113,7 @@ bool WriteKeys(RegistryChange& change, const ModuleClass& entry, const std::stri
   const std::string& independent = entry.versionIndependentProgId;
   return change.Write(classKey, entry.description) &&
          change.Write(classKey + "\\InProcServer32", path) &&
+         change.WriteNamed(classKey + "\\InProcServer32", "ThreadingModel", "Both") &&
          change.Write(classKey + "\\ProgID", versioned) &&
          change.Write(classKey + "\\VersionIndependentProgID", independent) &&
          change.Write(independent, entry.description) &&

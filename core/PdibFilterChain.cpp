@@ -4,6 +4,7 @@
 #include <string>
 
 #include "core/Diagnostics.h"
+#include "core/GrowingText.h"
 #include "platform/Services.h"
 #include "platform/component/Guard.h"
 
@@ -11,26 +12,31 @@ namespace {
 
 using platform::ComPtr;
 
-constexpr int kNameBytes = 200;
-constexpr int kCompareBytes = 1024;
-constexpr int kGatherBytes = 4096;
+constexpr int kNameBytes = 200;  // to begin with
+constexpr std::size_t kLongText = 1024;
 constexpr int kDefaultOrder = 5000;
 
 constexpr char kUnhandled[] = "FilterChain: Unhandled exception in %s(%d)";
 constexpr char kOccurred[] = "Exception occoured in %s (%d)";
 
+std::string NameOf(IAnimFilter* filter) {
+  return core::GrowingText([&](char* buffer, int size) { return filter->GetName(buffer, size); },
+                           kNameBytes);
+}
+
 bool HasName(IAnimFilter* filter, const char* name) {
-  char own[kNameBytes] = "";
-  filter->GetName(own, kNameBytes);
-  return std::strcmp(own, name) == 0;
+  return NameOf(filter) == name;
+}
+
+std::string ParametersOf(IAnimFilterParameter& filter, bool active) {
+  return core::GrowingText([&](char* buffer, int size) {
+    return active ? filter.GetActiveParameter(buffer, size) : filter.GetParameter(buffer, size);
+  });
 }
 
 bool HasParameters(IAnimFilter* filter, const std::string& parameters) {
-  char own[kCompareBytes] = "";
-  if (auto access = ComPtr<IAnimFilterParameter>::Query(filter)) {
-    access->GetParameter(own, kCompareBytes);
-  }
-  return parameters == own;
+  const auto access = ComPtr<IAnimFilterParameter>::Query(filter);
+  return parameters == (access ? ParametersOf(*access.Get(), false) : std::string());
 }
 
 void GiveParameters(IAnimFilter* filter, const std::string& parameters) {
@@ -377,17 +383,11 @@ HRESULT CPdibFilterChain::GetChainText(char* buffer, int size, const char* open,
   if (!buffer || !open || !close) return E_POINTER;
   return platform::Guard([&]() -> HRESULT {
     std::string text;
-    char piece[kGatherBytes];
     for (IAnimFilter* at = GoFirst(); at; at = GoNext()) {
       const auto access = ComPtr<IAnimFilterParameter>::Query(at);
       if (!access) continue;
-      piece[0] = 0;
-      at->GetName(piece, kGatherBytes);
-      text.append(piece).append(open);
-      piece[0] = 0;
-      active ? access->GetActiveParameter(piece, kGatherBytes)
-             : access->GetParameter(piece, kGatherBytes);
-      text.append(piece).append(close);
+      text.append(NameOf(at)).append(open);
+      text.append(ParametersOf(*access.Get(), active)).append(close);
     }
     if (size < 0 || text.size() >= static_cast<std::size_t>(size)) return E_FAIL;
     std::memcpy(buffer, text.c_str(), text.size() + 1);
@@ -425,8 +425,7 @@ CPdibFilterChain::Step CPdibFilterChain::Decide(int position, const ChainTextIte
   if (!here) here = FindNamed(item.name.c_str());
   if (!here) return Step::Append;
   if (HasName(here, item.name.c_str())) {
-    if (item.parameters.size() > kCompareBytes)
-      platform::CurrentServices().desktop->Beep(2000, 100);
+    if (item.parameters.size() > kLongText) platform::CurrentServices().desktop->Beep(2000, 100);
     return HasParameters(here, item.parameters) ? Step::Same : Step::Update;
   }
   IAnimFilter* const next = GoNext();

@@ -42,7 +42,11 @@ class Registry {
   virtual bool Exists(Hive hive, std::string_view key) = 0;
   // Creates the key and those above it as needed. Another process sees the old text or the new one.
   virtual RegistryResult Write(Hive hive, std::string_view key, std::string_view value) = 0;
-  // The same, and every user of the machine may change a key that is made by it. With
+  // Sets a named value of a key that is there. A system whose component runtime knows no such
+  // values takes no notice.
+  virtual RegistryResult WriteNamed(Hive hive, std::string_view key, const char* name,
+                                    std::string_view value) = 0;
+  // As Write, and every user of the machine may change a key that is made by it. With
   // `keepExisting` a key that is there stays as it is.
   virtual RegistryResult WriteShared(Hive hive, std::string_view key, std::string_view value,
                                      bool keepExisting) = 0;
@@ -165,7 +169,7 @@ class Terminal {
   ~Terminal() = default;
 };
 
-// A loaded module of a third party, for registration.
+// Loaded modules: those of third parties, for registration, and our own.
 class Modules {
  public:
   // Loads the module, calls its exported function `name` (no arguments, gives a status code) and
@@ -173,6 +177,9 @@ class Modules {
   // stores the status.
   virtual std::optional<std::string> Call(const std::filesystem::path& module, const char* name,
                                           int& status) = 0;
+  // Keeps the module that holds this address loaded until the process ends, for a thread whose end
+  // nobody can wait for. The program itself stays anyway.
+  virtual void Keep(const void* address) = 0;
 
  protected:
   ~Modules() = default;

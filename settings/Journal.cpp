@@ -18,7 +18,10 @@ Journal::Journal(std::string logPath, std::shared_ptr<platform::NamedMutex> logM
 std::shared_ptr<Journal> Journal::Start(const std::string& logPath,
                                         std::shared_ptr<platform::NamedMutex> logMutex) {
   const auto journal = std::make_shared<Journal>(logPath, std::move(logMutex));
-  // Nobody joins the thread: while a module goes, the system lets no thread end.
+  // Nobody joins the thread: while a module goes, the system lets no thread end. So the module does
+  // not go any more.
+  static const char ours = 0;
+  platform::CurrentServices().modules->Keep(&ours);
   std::thread([journal] { journal->Run(); }).detach();
   return journal;
 }

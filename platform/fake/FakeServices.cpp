@@ -9,6 +9,9 @@ template <class Key>
 void AppendLines(const Key& key, const std::string& path, std::vector<std::string>& lines) {
   for (const auto& [name, child] : key.below) {
     lines.push_back(path + "\\" + name + " = " + child.value.value_or(""));
+    for (const auto& [value, text] : child.named) {
+      lines.push_back(path + "\\" + name + " [" + value + "] = " + text);
+    }
     AppendLines(child, path + "\\" + name, lines);
   }
 }
@@ -45,6 +48,16 @@ RegistryResult MemoryRegistry::Write(Hive hive, std::string_view key, std::strin
   Key* written = &roots[hive];
   for (const std::string& name : *path) written = &written->below[name];
   written->value = ValueText(value);
+  return RegistryResult::Done;
+}
+
+RegistryResult MemoryRegistry::WriteNamed(Hive hive, std::string_view key, const char* name,
+                                          std::string_view value) {
+  const std::lock_guard guard(lock);
+  const std::optional<KeyPath> path = SplitKey(key);
+  Key* const found = path ? Find(hive, *path) : nullptr;
+  if (!found) return RegistryResult::NotFound;
+  found->named[name] = value;
   return RegistryResult::Done;
 }
 
@@ -103,6 +116,11 @@ bool FailingRegistry::Exists(Hive hive, std::string_view key) {
 
 RegistryResult FailingRegistry::Write(Hive hive, std::string_view key, std::string_view value) {
   return failing.IsNow() ? refusal : inner.Write(hive, key, value);
+}
+
+RegistryResult FailingRegistry::WriteNamed(Hive hive, std::string_view key, const char* name,
+                                           std::string_view value) {
+  return failing.IsNow() ? refusal : inner.WriteNamed(hive, key, name, value);
 }
 
 RegistryResult FailingRegistry::WriteShared(Hive hive, std::string_view key, std::string_view value,

@@ -19,6 +19,8 @@ class MemoryRegistry final : public Registry {
   std::optional<std::string> Read(Hive hive, std::string_view key) override;
   bool Exists(Hive hive, std::string_view key) override;
   RegistryResult Write(Hive hive, std::string_view key, std::string_view value) override;
+  RegistryResult WriteNamed(Hive hive, std::string_view key, const char* name,
+                            std::string_view value) override;
   RegistryResult WriteShared(Hive hive, std::string_view key, std::string_view value,
                              bool keepExisting) override;
   RegistryResult DeleteTree(Hive hive, std::string_view key) override;
@@ -26,13 +28,14 @@ class MemoryRegistry final : public Registry {
   std::vector<std::string> Subkeys(Hive hive, std::string_view key) override;
   void* NewOpenDescriptor() override { return nullptr; }
 
-  // Every key with its value, as lines "HIVE\key = value" in ascending order, to compare two
-  // states.
+  // Every key with its value, as lines "HIVE\key = value" and "HIVE\key [name] = value" in
+  // ascending order, to compare two states.
   std::vector<std::string> Snapshot() const;
 
  private:
   struct Key {
     std::optional<std::string> value;
+    std::map<std::string, std::string> named;
     std::map<std::string, Key, NameLess> below;
   };
   Key* Find(Hive hive, const KeyPath& path);
@@ -64,6 +67,8 @@ class FailingRegistry final : public Registry {
   std::optional<std::string> Read(Hive hive, std::string_view key) override;
   bool Exists(Hive hive, std::string_view key) override;
   RegistryResult Write(Hive hive, std::string_view key, std::string_view value) override;
+  RegistryResult WriteNamed(Hive hive, std::string_view key, const char* name,
+                            std::string_view value) override;
   RegistryResult WriteShared(Hive hive, std::string_view key, std::string_view value,
                              bool keepExisting) override;
   RegistryResult DeleteTree(Hive hive, std::string_view key) override;
@@ -168,7 +173,9 @@ class FakeModules final : public Modules {
  public:
   std::optional<std::string> Call(const std::filesystem::path& module, const char* name,
                                   int& status) override;
+  void Keep(const void*) override { ++kept; }
 
+  int kept = 0;
   // What each module answers, whatever function is called; a module that is missing here does not
   // load.
   std::map<std::filesystem::path, int> answers;

@@ -1,5 +1,6 @@
-// Shared objects of third parties, loaded for one call.
+// Shared objects: third parties' loaded for one call, our own kept.
 #include <dlfcn.h>
+#include <link.h>
 
 #include <memory>
 
@@ -29,6 +30,15 @@ class SharedObjects final : public Modules {
     if (!function) return LoaderMessage();
     status = function();
     return std::nullopt;
+  }
+
+  void Keep(const void* address) override {
+    Dl_info info;
+    void* extra = nullptr;
+    if (!dladdr1(address, &info, &extra, RTLD_DL_LINKMAP) || !extra) return;
+    const char* const path = static_cast<const link_map*>(extra)->l_name;
+    // The program has no path here. The handle is the reference that is kept.
+    if (*path) dlopen(path, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
   }
 };
 

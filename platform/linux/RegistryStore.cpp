@@ -222,6 +222,10 @@ class RegistryStore final : public Registry {
     return Put(hive, key, value, false, wasThere);
   }
 
+  RegistryResult WriteNamed(Hive, std::string_view, const char*, std::string_view) override {
+    return RegistryResult::Done;
+  }
+
   // The store is the user's own: there is nobody to be let in.
   RegistryResult WriteShared(Hive hive, std::string_view key, std::string_view value,
                              bool keepExisting) override {

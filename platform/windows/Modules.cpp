@@ -1,4 +1,4 @@
-// DLLs of third parties, loaded for one call.
+// DLLs: third parties' loaded for one call, our own kept.
 #include <windows.h>
 
 #include "platform/SystemServices.h"
@@ -40,6 +40,12 @@ class Libraries final : public Modules {
     if (!function) return ReasonOf(GetLastError());
     status = function();
     return std::nullopt;
+  }
+
+  void Keep(const void* address) override {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                       static_cast<const wchar_t*>(address), &module);
   }
 };
 

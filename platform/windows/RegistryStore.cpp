@@ -91,9 +91,9 @@ LSTATUS QueryText(HKEY key, std::string& text) {
 
 // `closing` is 1 to store the closing zero as well, which readers expect though they must not need
 // it.
-LSTATUS SetText(HKEY key, std::string_view value, std::size_t closing) {
+LSTATUS SetText(HKEY key, std::string_view value, std::size_t closing, const char* name = nullptr) {
   const std::string text(ValueText(value));
-  return RegSetValueExA(key, nullptr, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+  return RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
                         static_cast<DWORD>(text.size() + closing));
 }
 
@@ -128,6 +128,16 @@ class SystemRegistryService final : public Registry {
     OpenKey opened;
     LSTATUS status = opened.Create(hive, *path, KEY_SET_VALUE, nullptr);
     if (status == ERROR_SUCCESS) status = SetText(opened.Get(), value, 1);
+    return ResultOfWriting(status);
+  }
+
+  RegistryResult WriteNamed(Hive hive, std::string_view key, const char* name,
+                            std::string_view value) override {
+    const std::optional<KeyPath> path = SplitKey(key);
+    if (!path) return RegistryResult::Failed;
+    OpenKey opened;
+    LSTATUS status = opened.Open(hive, *path, KEY_SET_VALUE);
+    if (status == ERROR_SUCCESS) status = SetText(opened.Get(), value, 1, name);
     return ResultOfWriting(status);
   }
 

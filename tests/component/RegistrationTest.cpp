@@ -72,6 +72,7 @@ std::vector<std::string> ClassLines(const std::string& root, const std::string& 
   const std::string classKey = root + "CLSID\\" + classId;
   return {classKey + " = " + description,
           classKey + "\\InProcServer32 = /opt/photo/Fxbox4.dll",
+          classKey + "\\InProcServer32 [ThreadingModel] = Both",
           classKey + "\\ProgID = " + progId,
           classKey + "\\VersionIndependentProgID = " + independent,
           root + independent + " = " + description,

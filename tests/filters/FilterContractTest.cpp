@@ -7,6 +7,7 @@
 #include <thread>
 #include <utility>
 
+#include "core/PdibFilterChain.h"
 #include "filters/FilterClasses.h"
 #include "tests/filters/ClassOf.h"
 #include "tests/support/TestFilters.h"
@@ -585,6 +586,33 @@ TEST_P(FilterContract, TextsReadBack) {
     if (!contract.limitsNumbers) {
       ASSERT_EQ(ActiveText(*first.Get()), text);
     }
+  }
+}
+
+// As long as it may be: 128 clicks do not fit the buffer that a getter is asked with first.
+TEST_P(FilterContract, AChainTakesItsTextBack) {
+  std::mt19937 random(8);
+  std::vector<ParameterDescription> keys = Class().describe();
+  std::erase_if(keys, [this](auto& key) { return std::string(key.key) == contract.hiddenKey; });
+  const auto chainText = [](IAnimFilterChain& chain) {
+    std::string text(1 << 20, '\0');
+    EXPECT_EQ(chain.GetChainText(text.data(), 1 << 20, "{{", "}}", false), S_OK);
+    return std::string(text.c_str());
+  };
+  for (int round = 0; round < 40; ++round) {
+    const auto first = Make(Class());
+    const auto second = Make(Class());
+    const auto chains = {platform::ComPtr<CPdibFilterChain>::Attach(new CPdibFilterChain),
+                         platform::ComPtr<CPdibFilterChain>::Attach(new CPdibFilterChain)};
+    CPdibFilterChain& given = *chains.begin()->Get();
+    CPdibFilterChain& taking = *(chains.begin() + 1)->Get();
+    given.Insert(static_cast<IAnimFilter*>(first.Get()));
+    taking.Insert(static_cast<IAnimFilter*>(second.Get()));
+    first->SetParameter((TextWithNumbers(keys, random) + "N=128").c_str(), 1);
+    const std::string text = chainText(given);
+    ASSERT_EQ(text, std::string(Class().progId) + "{{" + PendingText(*first.Get(), 9999) + "}}");
+    taking.SetChainText(text.c_str(), "{{", "}}", nullptr);
+    ASSERT_EQ(chainText(taking), text);
   }
 }
 
