@@ -158,7 +158,7 @@ TEST_F(Registration, PutsBackWhatItReplaced) {
   const std::vector<std::string> registered = fakes.registry.Snapshot();
   ElsewhereFiles newer("/opt/newer/Fxbox4.dll");
   fakes.services.files = &newer;
-  FailingRegistry failing(fakes.registry, 300);
+  FailingRegistry failing(fakes.registry, 301);
   fakes.services.registry = &failing;
   EXPECT_EQ(SELFREG_E_CLASS, component::RegisterForUser());
   EXPECT_EQ(registered, fakes.registry.Snapshot());

@@ -1,0 +1,139 @@
+// Each key of the frame filters by chance, against naive models.
+#include "tests/filters/frames/FrameModels.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "tests/filters/ClassOf.h"
+#include "tests/support/TestFilters.h"
+
+namespace testing_support {
+namespace {
+
+class Chance {
+ public:
+  explicit Chance(std::uint32_t seed) : random(seed) {}
+  int Between(int least, int greatest) {
+    return least + static_cast<int>(random() % static_cast<std::uint32_t>(greatest - least + 1));
+  }
+  // Off in every other case.
+  int Maybe(int least, int greatest) { return random() % 2 ? Between(least, greatest) : 0; }
+  double Zoom() {
+    constexpr double kZooms[] = {1, 1, 0.5, 0.3, 1.5};
+    return kZooms[random() % 5];
+  }
+  Picture Given() {
+    return Noise(Between(1, 20), Between(1, 20), static_cast<Masks>(random() % 5), random());
+  }
+
+ private:
+  std::mt19937 random;
+};
+
+// "Key=number," for each pair.
+std::string TextOf(std::initializer_list<std::pair<const char*, int>> items) {
+  std::string text;
+  for (const auto& [key, number] : items) {
+    text.append(key).append("=").append(std::to_string(number)).append(",");
+  }
+  return text;
+}
+
+void ExpectEqual(const Picture& expected, const char* progId, const Picture& given,
+                 const std::string& text, double zoom) {
+  Rig rig(given, ClassOf(progId));
+  rig.Filter().SetZoom(zoom);
+  rig.Filter().SetParameter(text.c_str(), 1);
+  ASSERT_EQ(Difference(expected, rig.PullWhole()), "")
+      << progId << "(" << text << ") at zoom " << zoom << " on " << given.width << " x "
+      << given.height;
+}
+
+TEST(FrameModels, SmokedGlass) {
+  Chance chance(1);
+  for (int round = 0; round < 300; ++round) {
+    const PaneNumbers n = {chance.Between(0, 110),  chance.Between(0, 110),  chance.Maybe(-5, 120),
+                           chance.Between(0, 255),  chance.Between(0, 255),  chance.Between(0, 255),
+                           chance.Maybe(-120, 120), chance.Maybe(-120, 120), chance.Maybe(0, 100)};
+    const Picture given = chance.Given();
+    const double zoom = chance.Zoom();
+    ExpectEqual(PaneOver(given, n, zoom), "ZNFilter.Rauchglas.1", given,
+                TextOf({{"Borderhori", n.hori},
+                        {"Borderverti", n.verti},
+                        {"Radius", n.radius},
+                        {"Red", n.red},
+                        {"Green", n.green},
+                        {"Blue", n.blue},
+                        {"Poscorhori", n.shiftHori},
+                        {"Poscorverti", n.shiftVerti},
+                        {"Transparency", n.transparency}}),
+                zoom);
+  }
+  const Picture given = chance.Given();
+  ExpectEqual(PaneOver(given, {}, 1), "ZNFilter.Rauchglas.1", given, "", 1);
+}
+
+TEST(FrameModels, Passepartout) {
+  Chance chance(2);
+  for (int round = 0; round < 400; ++round) {
+    const MatNumbers n = {chance.Between(0, 2) > 0, chance.Between(-12, 9), chance.Between(-12, 9),
+                          chance.Between(1, 50),    chance.Between(1, 50),  chance.Between(0, 255),
+                          chance.Between(0, 255),   chance.Between(0, 255), chance.Maybe(-9, 9),
+                          chance.Maybe(-9, 9),      chance.Maybe(0, 100)};
+    const Picture given = chance.Given();
+    const double zoom = chance.Zoom();
+    ExpectEqual(MatAround(given, n, zoom), "ZNFilter.Passpartout.1", given,
+                TextOf({{"BordersizeOn", n.bordersOn},
+                        {"Borderhori", n.hori},
+                        {"Borderverti", n.verti},
+                        {"TotalHori", n.totalHori},
+                        {"TotalVerti", n.totalVerti},
+                        {"Radius", 0},
+                        {"Red", n.red},
+                        {"Green", n.green},
+                        {"Blue", n.blue},
+                        {"Poscorhori", n.shiftHori},
+                        {"Poscorverti", n.shiftVerti},
+                        {"Transparency", n.transparency}}),
+                zoom);
+  }
+  const Picture given = chance.Given();
+  ExpectEqual(MatAround(given, {}, 1), "ZNFilter.Passpartout.1", given, "Radius=0", 1);
+}
+
+TEST(FrameModels, Shadow) {
+  Chance chance(3);
+  for (int round = 0; round < 400; ++round) {
+    const ShadowNumbers n = {chance.Between(0, 3600), chance.Between(0, 1),
+                             chance.Maybe(0, 120),    chance.Between(0, 120),
+                             chance.Maybe(0, 24),     chance.Maybe(0, 6),
+                             chance.Maybe(-3, 9),     chance.Between(0, 255),
+                             chance.Between(0, 255),  chance.Between(0, 255)};
+    const Picture given = chance.Given();
+    const double zoom = chance.Zoom();
+    ExpectEqual(ShadowOf(given, n, zoom), "ZNFilter.Shadow.1", given,
+                TextOf({{"LightDirection", n.direction},
+                        {"InnerOn", n.innerOn},
+                        {"LightIntensity", n.intensity},
+                        {"ShadowDensity", n.density},
+                        {"ShadowBlur", n.blur},
+                        {"Size", n.size},
+                        {"ShadowDistance", n.distance},
+                        {"ShadowRed", n.red},
+                        {"ShadowGreen", n.green},
+                        {"ShadowBlue", n.blue}}),
+                zoom);
+  }
+  const Picture given = chance.Given();
+  ExpectEqual(ShadowOf(given, {}, 1), "ZNFilter.Shadow.1", given, "", 1);
+  // The old keys: no light, and a shadow of full strength or none, whatever stands beside them.
+  ShadowNumbers full;
+  full.density = 100;
+  ExpectEqual(ShadowOf(given, full, 1), "ZNFilter.Shadow.1", given,
+              "LightIntensity=50,LightOn=0,ShadowOn=1,ShadowDensity=30", 1);
+  ExpectEqual(ShadowOf(given, {}, 1), "ZNFilter.Shadow.1", given, "ShadowDensity=30,ShadowOn=0", 1);
+}
+
+}  // namespace
+}  // namespace testing_support
