@@ -21,8 +21,8 @@ const FilterClass kInvertMaskClass = {
 namespace {
 
 void ChangeRow(BYTE* colour, BYTE* mask, int width, const InvertMaskParameters& p) {
-  kernels::Choose<kernels::PointKernelTable>().invertMask(colour, mask, width, {p.blue, p.green, p.red},
-                                           p.transparency);
+  kernels::Choose<kernels::PointKernelTable>().invertMask(colour, mask, width,
+                                                          {p.blue, p.green, p.red}, p.transparency);
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ const Bytes kSix = {40,  80,  200, 30,  180, 170, 60,  190, 50,
 const Bytes kFour(kSix.begin(), kSix.begin() + 12), kThree(kSix.begin(), kSix.begin() + 9);
 
 const std::string kCurves =
-    "nL=03,xL2=100,yL2=140,xL3=255,yL3=250,yR1=20,nG=03,xG2=60,yG2=30,nB=02,yB2=200";
+    "FilterOn=1,nL=03,xL2=100,yL2=140,xL3=255,yL3=250,yR1=20,nG=03,xG2=60,yG2=30,nB=02,yB2=200";
 
 struct Worked {
   const char* word;
@@ -164,7 +164,7 @@ TEST(WorkedColours, EachKeyDoesItsWork) {
        kFour,
        {60, 95, 237, 42, 195, 198, 70, 213, 93, 180, 192, 75}},
       {"GradCurves",
-       "xR1=100,yR1=50,xR2=200,yR2=150",
+       "FilterOn=1,xR1=100,yR1=50,xR2=200,yR2=150",
        kFour,
        {40, 80, 150, 30, 180, 120, 60, 190, 50, 200, 170, 50}},
       {"Exposure", "Red=-50", kThree, {6, 25, 156, 3, 127, 113, 14, 141, 9}},

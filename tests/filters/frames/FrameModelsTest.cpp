@@ -24,7 +24,9 @@ class Chance {
     return kZooms[random() % 5];
   }
   Picture Given() {
-    return Noise(Between(1, 20), Between(1, 20), static_cast<Masks>(random() % 5), random());
+    const int width = Between(1, 20), height = Between(1, 20);
+    const auto masks = static_cast<Masks>(Between(0, 4));
+    return Noise(width, height, masks, static_cast<std::uint32_t>(Between(1, 1000000)));
   }
 
  private:
