@@ -18,7 +18,13 @@ constexpr int kPage = 10;
 struct BitmapSetting {
   SliderBitmaps bitmaps;
   bool scale = false, thumb = false;
-} attachedBitmaps;
+};
+
+// Made when it is first asked for: the module starts before the static objects of this file.
+BitmapSetting& AttachedBitmaps() {
+  static BitmapSetting setting;
+  return setting;
+}
 
 ControlSpec Named(ControlKind kind, const std::string& name) {
   ControlSpec spec;
@@ -255,19 +261,19 @@ bool CZNSlider::HandleWheel(double notches, bool hasFocus) {
 }
 
 void CZNSlider::AttachBitmaps(const SliderBitmaps& bitmaps, bool drawScale, bool drawThumb) {
-  attachedBitmaps = {bitmaps, drawScale, drawThumb};
+  AttachedBitmaps() = {bitmaps, drawScale, drawThumb};
 }
 
 void CZNSlider::DetachBitmaps() {
-  attachedBitmaps = {};
+  AttachedBitmaps() = {};
 }
 
 const SliderBitmaps* CZNSlider::ScaleBitmaps() {
-  return attachedBitmaps.scale ? &attachedBitmaps.bitmaps : nullptr;
+  return AttachedBitmaps().scale ? &AttachedBitmaps().bitmaps : nullptr;
 }
 
 const SliderBitmaps* CZNSlider::ThumbBitmaps() {
-  return attachedBitmaps.thumb ? &attachedBitmaps.bitmaps : nullptr;
+  return AttachedBitmaps().thumb ? &AttachedBitmaps().bitmaps : nullptr;
 }
 
 // --- CZNNumberField
