@@ -3,12 +3,10 @@
 __asm__(
     ".pushsection .rodata\n"
     ".balign 16\n"
-    ".globl KvResourceStorage_start, KvResourceStorage_begin, KvResourceStorage_end\n"
+    ".globl KvResourceStorage_start, KvResourceStorage_end\n"
     ".type KvResourceStorage_start, @object\n"
-    ".type KvResourceStorage_begin, @object\n"
     ".type KvResourceStorage_end, @object\n"
     "KvResourceStorage_start:\n"
-    "KvResourceStorage_begin:\n"
     ".incbin \"" FXBOX_RESOURCE
     "\"\n"
     "KvResourceStorage_end:\n"

@@ -9,6 +9,7 @@
 
 #include "base/Dib.h"
 #include "filters/FilterClasses.h"
+#include "platform/ModuleResource.h"
 #include "tests/platform/CompoundSupport.h"
 
 #ifdef _WIN32
@@ -26,17 +27,12 @@ namespace {
 std::string ResourceOfTheModule() {
 #ifdef _WIN32
   const HMODULE module = LoadLibraryA(FXBOX_MODULE);
-  const HRSRC found = FindResourceA(module, "KvResourceStorage", "STORAGE");
-  if (!found) return {};
-  const auto* const bytes = static_cast<const char*>(LockResource(LoadResource(module, found)));
-  return {bytes, SizeofResource(module, found)};
 #else
-  void* const module = dlopen(FXBOX_MODULE, RTLD_NOW | RTLD_LOCAL);
-  if (!module) return {};
-  const auto* const start = static_cast<const char*>(dlsym(module, "KvResourceStorage_start"));
-  const auto* const end = static_cast<const char*>(dlsym(module, "KvResourceStorage_end"));
-  return start && end ? std::string(start, end) : std::string();
+  const HMODULE module = dlopen(FXBOX_MODULE, RTLD_NOW | RTLD_LOCAL);
 #endif
+  EXPECT_NE(module, nullptr);
+  const auto bytes = platform::FindModuleResource(module, "KvResourceStorage", "STORAGE");
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 std::u16string Wide(const std::string& text) {
