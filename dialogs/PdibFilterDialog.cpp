@@ -377,6 +377,7 @@ HRESULT CPdibFilterDialog::Show() {
     if (!window) return S_OK;
     PostToPage(kGallery, core::kMessageWindowShown, AsArgument(window->Handle()));
     if (window) window->Show();
+    if (window) window->TakeFocus();
     Refresh();
     return S_OK;
   });
