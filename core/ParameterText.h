@@ -15,11 +15,14 @@
 // A filter's parameters are one plain struct, of which the filter holds two values: pending and
 // active. The struct says of itself
 //
-//   struct CSepiaFilterParameters {
-//     std::uint8_t keep = 255;                                  // pending default
-//     static CSepiaFilterParameters ActiveStart() { return {.keep = 0}; }  // differs from the
-//     default static constexpr int kLeastBuffer = 31;                   // a smaller buffer stays
-//     unwritten static std::span<const ParameterRow<CSepiaFilterParameters>> Rows();
+//   struct SepiaParameters {
+//     std::uint8_t keep = 255;  // the default of what is pending
+//
+//     // What a new filter has as active; it differs, so that the first Prepare commits.
+//     static SepiaParameters ActiveStart() { return {.keep = 0}; }
+//     // A smaller buffer for the text stays unwritten.
+//     static constexpr int kLeastBuffer = 31;
+//     static std::span<const ParameterRow<SepiaParameters>> Rows();
 //   };
 //
 // and its rows hold, for each key, the exact piece of text that is printed, odd blanks included.

@@ -18,11 +18,6 @@ bool IsNear(double a, double b) {
   return a == b || std::fabs(a - b) <= kTolerance;
 }
 
-// A row whose range is forced upon what is read.
-constexpr ParameterDescription Forced(double least, double greatest, const char* gloss) {
-  return {.least = least, .greatest = greatest, .gloss = gloss, .range = ParameterRange::Forced};
-}
-
 // --- decimal points
 
 // A line that cannot be logged must not cost the text.
@@ -228,61 +223,6 @@ std::span<const ParameterRow<PercentRecord>> PercentRecord::Rows() {
        ", VerticalProz=%.3d, ExtraParam=|SCALE100|",
        &R::verticalProz,
        {.least = 1, .greatest = 1000, .gloss = "height in percent"}}};
-  return kRows;
-}
-
-// --- print
-
-std::span<const ParameterRow<PadRecord>> PadRecord::Rows() {
-  using R = PadRecord;
-  constexpr ParameterDescription kCopy = {.least = 1,
-                                          .greatest = 1000,
-                                          .gloss = "number of prints",
-                                          .range = ParameterRange::Forced,
-                                          .isCompared = false};
-  static constexpr ParameterRow<R> kRows[] = {
-      {"AspectRatioX", "AspectRatioX=%d", &R::aspectRatioX,
-       Forced(1, 1000000, "one side of the paper")},
-      {"AspectRatioY", ", AspectRatioY=%d", &R::aspectRatioY, Forced(1, 1000000, "the other side")},
-      {"ForceRatio", ", ForceRatio=%d", &R::forceRatio, {.gloss = "pad to the ratio"}},
-      {"Toggle", ", Toggle=%d", &R::toggle, {.gloss = "turn the paper"}},
-      {"Landscape", ", Landscape=%d", &R::landscape, {.gloss = "the wide side lies"}},
-      {"PadColor", ", PadColor=%.6x", &R::padColor,
-       Forced(0, 0xFFFFFF, "colour of the pad, red, green, blue")},
-      {"BottomAlign",
-       ", BottomAlign=%d",
-       &R::bottomAlign,
-       {.gloss = "the picture stands at the bottom"}},
-      {"Copy", ", Copy=%d", &R::copy, kCopy,
-       [](const R& r) { return r.copy >= 2 && r.copy <= 10000; }}};
-  return kRows;
-}
-
-std::span<const ParameterRow<PrintCropRecord>> PrintCropRecord::Rows() {
-  using R = PrintCropRecord;
-  static constexpr ParameterRow<R> kRows[] = {
-      {"MarginL", "MarginL=%.4lf", &R::marginL,
-       Forced(0, 1, "left edge of what is kept, as a share of the width")},
-      {"MarginR", ", MarginR=%.4lf", &R::marginR, Forced(0, 1, "right edge")},
-      {"MarginB", ", MarginB=%.4lf", &R::marginB,
-       Forced(0, 1, "bottom edge, as a share of the height")},
-      {"MarginT", ", MarginT=%.4lf", &R::marginT, Forced(0, 1, "top edge")},
-      {"Width", ", Width=%.4lf", &R::width, Forced(0.1, 1000, "width of the print")},
-      {"Height", ", Height=%.4lf", &R::height, Forced(0.1, 1000, "height of the print")},
-      {"Measur", ", Measur=%d", &R::measur, Forced(0, 1, "unit of the print's size")},
-      {"PPI", ", PPI=%.4lf", &R::ppi, Forced(0.1, 10000, "pixels an inch")},
-      {"FixedPPI", ", FixedPPI=%d", &R::fixedPpi, {.gloss = "the pixels an inch are fixed"}}};
-  return kRows;
-}
-
-std::span<const ParameterRow<PrintScaleRecord>> PrintScaleRecord::Rows() {
-  using R = PrintScaleRecord;
-  static constexpr ParameterRow<R> kRows[] = {
-      {"PrintWidth", "PrintWidth=%d", &R::printWidth,
-       Forced(1, 1000000, "width of the box in pixels")},
-      {"PrintHeight", ", PrintHeight=%d", &R::printHeight,
-       Forced(1, 1000000, "height of the box in pixels")},
-      {"PrintTurn", ", PrintTurn=%d", &R::printTurn, {.greatest = 3, .gloss = "quarter turns"}}};
   return kRows;
 }
 

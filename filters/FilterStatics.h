@@ -1,4 +1,5 @@
-// The parameter records of the geometry filters: how each reads from a text, prints and compares.
+// The parameter records that several geometry filters share: how each reads from a text, prints and
+// compares.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +9,11 @@
 
 #include "base/Export.h"
 #include "core/ParameterText.h"
+
+// A row whose range is forced upon what is read.
+constexpr ParameterDescription Forced(double least, double greatest, const char* gloss) {
+  return {.least = least, .greatest = greatest, .gloss = gloss, .range = ParameterRange::Forced};
+}
 
 // ReadRecord and PrintParameters of core/ParameterText.h read and print a record, but where a
 // function of its own is given below. A record that is read has the default of every key that the
@@ -78,40 +84,13 @@ struct ScaleRecord {
 // A number for `keepProportions` that means nothing, and none at all, leave it as `record` has it.
 FXBOX_API ScaleRecord ReadScale(const char* text, ScaleRecord record = {});
 
+// A filter has `allowEnlarge` from the start; a text has to say it.
 struct PercentRecord {
   bool keepProportions = true;
   bool allowEnlarge = false;
   std::int32_t horizontalProz = 100, verticalProz = 100;
 
   FXBOX_API static std::span<const ParameterRow<PercentRecord>> Rows();
-};
-
-// A picture padded to the ratio of a paper.
-struct PadRecord {
-  std::int32_t aspectRatioX = 3, aspectRatioY = 2;
-  bool forceRatio = false, toggle = false, landscape = false;
-  std::uint32_t padColor = 0xFFFFFF;  // 0xRRGGBB
-  bool bottomAlign = false;
-  std::int32_t copy = 1;  // of the print; no matter of the picture
-
-  FXBOX_API static std::span<const ParameterRow<PadRecord>> Rows();
-};
-
-struct PrintCropRecord {
-  double marginL = 0.0, marginR = 1.0, marginB = 0.0, marginT = 1.0;
-  double width = 15.0, height = 10.0;
-  std::int32_t measur = 1;
-  double ppi = 100.0;
-  bool fixedPpi = false;
-
-  FXBOX_API static std::span<const ParameterRow<PrintCropRecord>> Rows();
-};
-
-struct PrintScaleRecord {
-  std::int32_t printWidth = 100, printHeight = 100;  // pixels
-  std::int32_t printTurn = 0;                        // quarter turns
-
-  FXBOX_API static std::span<const ParameterRow<PrintScaleRecord>> Rows();
 };
 
 // 1 where either number is below 2.

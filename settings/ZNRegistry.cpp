@@ -11,12 +11,14 @@
 #include "base/NumberScan.h"
 #include "platform/PathText.h"
 #include "platform/Services.h"
+#include "settings/TextBuffers.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using platform::Hive;
-using platform::RegistryResult;
+using settings::CopyTo;
+using settings::CopyWhole;
+using settings::IsBuffer;
 
 constexpr char kIniName[] = "Sennet.ini";
 constexpr char kInfName[] = "Tesmar.inf";
@@ -70,14 +72,6 @@ const char* ErrorText(int code) {
   }
 }
 
-std::optional<Hive> HiveOf(HKEY key) {
-  if (key == HKEY_CLASSES_ROOT) return Hive::ClassesRoot;
-  if (key == HKEY_CURRENT_USER) return Hive::CurrentUser;
-  if (key == HKEY_LOCAL_MACHINE) return Hive::LocalMachine;
-  if (key == HKEY_USERS) return Hive::Users;
-  return std::nullopt;
-}
-
 bool IsGiven(const char* text) {
   return text && *text;
 }
@@ -91,21 +85,6 @@ bool FitsOneLine(const char* text) {
   return std::string_view(text).find_first_of("\r\n") == std::string_view::npos;
 }
 
-// Copies what fits with a closing zero; false when that is not all.
-bool CopyTo(char* buffer, int size, std::string_view text) {
-  const std::size_t copied = std::min(text.size(), static_cast<std::size_t>(size) - 1);
-  buffer[text.copy(buffer, copied)] = '\0';
-  return copied == text.size();
-}
-
-bool CopyWhole(char* buffer, int size, std::string_view text) {
-  return text.size() < static_cast<std::size_t>(size) && CopyTo(buffer, size, text);
-}
-
-bool IsBuffer(const char* buffer, int size) {
-  return buffer && size > 0;
-}
-
 std::string WithSeparator(std::string folder) {
   const bool has = !folder.empty() && (folder.back() == '\\' || folder.back() == '/');
   return has ? folder : folder + platform::kFolderSeparator;
@@ -113,23 +92,6 @@ std::string WithSeparator(std::string folder) {
 
 std::string ProgramFolder() {
   return WithSeparator(platform::PathText(System().process->Program().parent_path()));
-}
-
-std::string ListItem(const char* key, const char* name, int index) {
-  char number[16];
-  std::snprintf(number, sizeof number, "_%04d", index);
-  return std::string(key) + '\\' + name + number;
-}
-
-// Deletes the keys above this one, from below, as long as they hold nothing.
-void PruneParents(Hive hive, std::string key) {
-  for (;;) {
-    const std::size_t last = key.rfind('\\');
-    if (last == std::string::npos) return;
-    key.resize(last);
-    if (key.find('\\') == std::string::npos) return;
-    if (System().registry->DeleteEmpty(hive, key) != RegistryResult::Done) return;
-  }
 }
 
 bool Exists(const fs::path& file) {
@@ -574,104 +536,4 @@ int ZNRegistry::ReadUserPath(const char* section, const char* key, KvString& out
 
 int ZNRegistry::ReadUserPath(const char* section, const char* key, char* buffer, int size) {
   return AsPath(ReadUser(section, key, buffer, size), buffer, size);
-}
-
-// --- the registry
-
-std::string ZNRegistry::RegistryKey(const char* name) const {
-  return "Software\\" + keyPath + name;
-}
-
-int ZNRegistry::ReadKey(HKEY hive, const char* name, KvString& out) {
-  if (keyPath.empty()) return kRegistryNotInitialised;
-  if (!name) return kRegistryWrongArguments;
-  const std::optional<Hive> root = HiveOf(hive);
-  const std::string key = RegistryKey(name);
-  if (!root || !System().registry->Exists(*root, key)) return kRegistryKeyMissing;
-  const std::optional<std::string> value = System().registry->Read(*root, key);
-  if (!value) return kRegistryKeyUnreadable;
-  out = *value;
-  return kRegistryDone;
-}
-
-int ZNRegistry::ReadKey(HKEY hive, const char* name, char* buffer, int size) {
-  if (!IsBuffer(buffer, size)) return kRegistryWrongArguments;
-  KvString value;
-  if (const int error = ReadKey(hive, name, value)) return error;
-  return CopyWhole(buffer, size, value.View()) ? kRegistryDone : kRegistryBufferTooSmall;
-}
-
-int ZNRegistry::WriteKey(HKEY hive, const char* name, const char* value, bool keepExisting) {
-  if (keyPath.empty()) return kRegistryNotInitialised;
-  if (!name || !value) return kRegistryWrongArguments;
-  const std::optional<Hive> root = HiveOf(hive);
-  if (!root) return kRegistryKeyNotMade;
-  switch (System().registry->WriteShared(*root, RegistryKey(name), value, keepExisting)) {
-    case RegistryResult::Done:
-      return kRegistryDone;
-    case RegistryResult::Exists:
-      return kRegistryKeyKept;
-    case RegistryResult::NotMade:
-      return kRegistryKeyNotMade;
-    default:
-      return kRegistryKeyUnwritable;
-  }
-}
-
-int ZNRegistry::ReadListItem(HKEY hive, const char* key, const char* name, int index,
-                             KvString& out) {
-  if (!key || !name) return kRegistryWrongArguments;
-  return ReadKey(hive, ListItem(key, name, index).c_str(), out);
-}
-
-int ZNRegistry::ReadListItem(HKEY hive, const char* key, const char* name, int index, char* buffer,
-                             int size) {
-  if (!key || !name) return kRegistryWrongArguments;
-  return ReadKey(hive, ListItem(key, name, index).c_str(), buffer, size);
-}
-
-int ZNRegistry::AddListItem(HKEY hive, const char* key, const char* name, const char* value) {
-  if (!key || !name || !value) return kRegistryWrongArguments;
-  KvString item;
-  int index = 0;
-  for (; ReadListItem(hive, key, name, index, item) == kRegistryDone; ++index) {
-    if (item == value) return kRegistryDone;
-  }
-  return WriteKey(hive, ListItem(key, name, index).c_str(), value, false);
-}
-
-int ZNRegistry::RemoveListItem(HKEY hive, const char* key, const char* name, const char* value) {
-  if (!key || !name || !value) return kRegistryWrongArguments;
-  KvString item;
-  int index = 0;
-  do {
-    if (ReadListItem(hive, key, name, index, item) != kRegistryDone) return kRegistryDone;
-    ++index;
-  } while (item != value);
-  for (; ReadListItem(hive, key, name, index, item) == kRegistryDone; ++index) {
-    const std::string below = ListItem(key, name, index - 1);
-    if (const int error = WriteKey(hive, below.c_str(), item, false)) return error;
-  }
-  const std::string last = RegistryKey(ListItem(key, name, index - 1).c_str());
-  System().registry->DeleteTree(*HiveOf(hive), last);
-  PruneParents(*HiveOf(hive), last);
-  return kRegistryDone;
-}
-
-int ZNRegistry::DeleteAll() {
-  if (!initialised) return kRegistryNotInitialised;
-  std::string key = RegistryKey("");
-  key.pop_back();
-  System().registry->DeleteTree(Hive::LocalMachine, key);
-  PruneParents(Hive::LocalMachine, key);
-  for (const std::string& user : System().registry->Subkeys(Hive::Users, "")) {
-    System().registry->DeleteTree(Hive::Users, user + '\\' + key);
-  }
-  // Where the running user is not among them.
-  System().registry->DeleteTree(Hive::CurrentUser, key);
-  return kRegistryDone;
-}
-
-void* ZNRegistry::GetSecurityDescriptorWithNullDacl() {
-  return System().registry->NewOpenDescriptor();
 }

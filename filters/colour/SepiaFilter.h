@@ -6,8 +6,8 @@
 #include "core/FilterShapes.h"
 
 struct SepiaParameters {
-  std::uint8_t keep =
-      255;  // 255 the picture stays, 0 full sepia; the text counts the other way, 0 to 100
+  // 255 the picture stays, 0 full sepia; the text counts the other way, 0 to 100.
+  std::uint8_t keep = 255;
 
   static SepiaParameters ActiveStart() { return {.keep = 0}; }
   static constexpr int kLeastBuffer = 31;

@@ -28,11 +28,22 @@ const FilterClass kPrintScaleClass = {
     .make = MakeFilter<CPrintScaleFilter>,
     .describe = CPrintScaleFilter::Describe};
 
+std::span<const ParameterRow<PrintScaleParameters>> PrintScaleParameters::Rows() {
+  using R = PrintScaleParameters;
+  static constexpr ParameterRow<R> kRows[] = {
+      {"PrintWidth", "PrintWidth=%d", &R::printWidth,
+       Forced(1, 1000000, "width of the box in pixels")},
+      {"PrintHeight", ", PrintHeight=%d", &R::printHeight,
+       Forced(1, 1000000, "height of the box in pixels")},
+      {"PrintTurn", ", PrintTurn=%d", &R::printTurn, {.greatest = 3, .gloss = "quarter turns"}}};
+  return kRows;
+}
+
 CPrintScaleFilter::CPrintScaleFilter(const FilterClass& row)
     : ParameterFilter(row, {&kDrehClass, &kScaleClass}) {}
 
 void CPrintScaleFilter::ReadText(const char* text) {
-  static_cast<PrintScaleRecord&>(pending) = ReadRecord<PrintScaleRecord>(text);
+  pending = ReadRecord<PrintScaleParameters>(text);
   GiveText(Part(kRotation), PrintParameters(RotationRecord{.angle = pending.printTurn * 90.0}));
   GiveText(Part(kScale), PrintParameters(ScaleRecord{.keepProportions = 2,
                                                      .allowEnlarge = true,
@@ -46,9 +57,9 @@ HRESULT CPrintScaleFilter::GetActiveParameter(char* buffer, int size) {
     RotationRecord rotation;
     ReadParameters(ActiveText(Part(kScale)).c_str(), scale);
     ReadParameters(ActiveText(Part(kRotation)).c_str(), rotation);
-    PrintText({{.printWidth = scale.maximumHorizontalSize,
-                .printHeight = scale.maximumVerticalSize,
-                .printTurn = TurnOf(rotation.angle)}},
+    PrintText({.printWidth = scale.maximumHorizontalSize,
+               .printHeight = scale.maximumVerticalSize,
+               .printTurn = TurnOf(rotation.angle)},
               buffer, size);
     return S_OK;
   });

@@ -4,9 +4,13 @@
 #include "filters/CompositeFilter.h"
 #include "filters/FilterStatics.h"
 
-struct PrintScaleParameters : PrintScaleRecord {
+struct PrintScaleParameters {
+  std::int32_t printWidth = 100, printHeight = 100;  // pixels
+  std::int32_t printTurn = 0;                        // quarter turns
+
   static PrintScaleParameters ActiveStart() { return {}; }
   static constexpr int kLeastBuffer = 50;
+  static std::span<const ParameterRow<PrintScaleParameters>> Rows();
 };
 
 extern const FilterClass kPrintScaleClass;

@@ -15,10 +15,27 @@ const FilterClass kPrintCropClass = {
     .make = MakeFilter<CPrintCropFilter>,
     .describe = CPrintCropFilter::Describe};
 
+std::span<const ParameterRow<PrintCropParameters>> PrintCropParameters::Rows() {
+  using R = PrintCropParameters;
+  static constexpr ParameterRow<R> kRows[] = {
+      {"MarginL", "MarginL=%.4lf", &R::marginL,
+       Forced(0, 1, "left edge of what is kept, as a share of the width")},
+      {"MarginR", ", MarginR=%.4lf", &R::marginR, Forced(0, 1, "right edge")},
+      {"MarginB", ", MarginB=%.4lf", &R::marginB,
+       Forced(0, 1, "bottom edge, as a share of the height")},
+      {"MarginT", ", MarginT=%.4lf", &R::marginT, Forced(0, 1, "top edge")},
+      {"Width", ", Width=%.4lf", &R::width, Forced(0.1, 1000, "width of the print")},
+      {"Height", ", Height=%.4lf", &R::height, Forced(0.1, 1000, "height of the print")},
+      {"Measur", ", Measur=%d", &R::measur, Forced(0, 1, "unit of the print's size")},
+      {"PPI", ", PPI=%.4lf", &R::ppi, Forced(0.1, 10000, "pixels an inch")},
+      {"FixedPPI", ", FixedPPI=%d", &R::fixedPpi, {.gloss = "the pixels an inch are fixed"}}};
+  return kRows;
+}
+
 CPrintCropFilter::CPrintCropFilter(const FilterClass& row) : ParameterFilter(row, {&kCropClass}) {}
 
 void CPrintCropFilter::ReadText(const char* text) {
-  static_cast<PrintCropRecord&>(pending) = ReadRecord<PrintCropRecord>(text);
+  pending = ReadRecord<PrintCropParameters>(text);
   GiveText(Part(0), PrintCrop({.leftMargin = pending.marginL,
                                .rightMargin = pending.marginR,
                                .bottomMargin = pending.marginB,

@@ -4,9 +4,16 @@
 #include "filters/CompositeFilter.h"
 #include "filters/FilterStatics.h"
 
-struct PrintCropParameters : PrintCropRecord {
+struct PrintCropParameters {
+  double marginL = 0.0, marginR = 1.0, marginB = 0.0, marginT = 1.0;
+  double width = 15.0, height = 10.0;
+  std::int32_t measur = 1;
+  double ppi = 100.0;
+  bool fixedPpi = false;
+
   static PrintCropParameters ActiveStart() { return {}; }
   static constexpr int kLeastBuffer = 250;
+  static std::span<const ParameterRow<PrintCropParameters>> Rows();
 };
 
 extern const FilterClass kPrintCropClass;

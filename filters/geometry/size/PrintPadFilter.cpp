@@ -42,8 +42,33 @@ const FilterClass kPrintPadClass = {.sortKey = 3,
                                     .make = MakeFilter<CPrintPadFilter>,
                                     .describe = CPrintPadFilter::Describe};
 
+std::span<const ParameterRow<PadParameters>> PadParameters::Rows() {
+  using R = PadParameters;
+  constexpr ParameterDescription kCopy = {.least = 1,
+                                          .greatest = 1000,
+                                          .gloss = "number of prints",
+                                          .range = ParameterRange::Forced,
+                                          .isCompared = false};
+  static constexpr ParameterRow<R> kRows[] = {
+      {"AspectRatioX", "AspectRatioX=%d", &R::aspectRatioX,
+       Forced(1, 1000000, "one side of the paper")},
+      {"AspectRatioY", ", AspectRatioY=%d", &R::aspectRatioY, Forced(1, 1000000, "the other side")},
+      {"ForceRatio", ", ForceRatio=%d", &R::forceRatio, {.gloss = "pad to the ratio"}},
+      {"Toggle", ", Toggle=%d", &R::toggle, {.gloss = "turn the paper"}},
+      {"Landscape", ", Landscape=%d", &R::landscape, {.gloss = "the wide side lies"}},
+      {"PadColor", ", PadColor=%.6x", &R::padColor,
+       Forced(0, 0xFFFFFF, "colour of the pad, red, green, blue")},
+      {"BottomAlign",
+       ", BottomAlign=%d",
+       &R::bottomAlign,
+       {.gloss = "the picture stands at the bottom"}},
+      {"Copy", ", Copy=%d", &R::copy, kCopy,
+       [](const R& r) { return r.copy >= 2 && r.copy <= 10000; }}};
+  return kRows;
+}
+
 void CPrintPadFilter::ReadText(const char* text) {
-  static_cast<PadRecord&>(pending) = ReadRecord<PadRecord>(text);
+  pending = ReadRecord<PadParameters>(text);
 }
 
 void CPrintPadFilter::Commit() {

@@ -4,9 +4,16 @@
 #include "core/FilterShapes.h"
 #include "filters/FilterStatics.h"
 
-struct PadParameters : PadRecord {
+struct PadParameters {
+  std::int32_t aspectRatioX = 3, aspectRatioY = 2;
+  bool forceRatio = false, toggle = false, landscape = false;
+  std::uint32_t padColor = 0xFFFFFF;  // 0xRRGGBB
+  bool bottomAlign = false;
+  std::int32_t copy = 1;  // of the print; no matter of the picture
+
   static PadParameters ActiveStart() { return {}; }
   static constexpr int kLeastBuffer = 0;
+  static std::span<const ParameterRow<PadParameters>> Rows();
 };
 
 extern const FilterClass kPrintPadClass;

@@ -8,6 +8,9 @@
 #include <vector>
 
 #include "core/Diagnostics.h"
+#include "filters/geometry/PrintScaleFilter.h"
+#include "filters/geometry/size/PrintCropFilter.h"
+#include "filters/geometry/size/PrintPadFilter.h"
 #include "tests/support/CommaLocale.h"
 
 namespace {
@@ -79,15 +82,15 @@ TEST(GeometryRecords, OthersPrintAndReadBack) {
                  {"Copy=2,PadColor=0xA1", paper + ", PadColor=0000a1, BottomAlign=0, Copy=2"},
                  {"Copy=9999,PadColor=-1,BottomAlign=1",
                   paper + ", PadColor=ffffff, BottomAlign=1, Copy=1000"}},
-                ReadAndPrint<PadRecord>);
-  EXPECT_FALSE(ParametersDiffer(PadRecord{.copy = 5}, PadRecord{}));
-  EXPECT_TRUE(ParametersDiffer(PadRecord{.padColor = 5}, PadRecord{}));
+                ReadAndPrint<PadParameters>);
+  EXPECT_FALSE(ParametersDiffer(PadParameters{.copy = 5}, PadParameters{}));
+  EXPECT_TRUE(ParametersDiffer(PadParameters{.padColor = 5}, PadParameters{}));
   ExpectPrinted({{"Width=0,MarginR=0.5,Measur=7,PPI=1e9,FixedPPI=1",
                   "MarginL=0.0000, MarginR=0.5000, MarginB=0.0000, MarginT=1.0000, Width=0.1000, "
                   "Height=10.0000, Measur=1, PPI=10000.0000, FixedPPI=1"}},
-                ReadAndPrint<PrintCropRecord>);
+                ReadAndPrint<PrintCropParameters>);
   ExpectPrinted({{"PrintWidth=0,PrintTurn=-9", "PrintWidth=1, PrintHeight=100, PrintTurn=-9"}},
-                ReadAndPrint<PrintScaleRecord>);
+                ReadAndPrint<PrintScaleParameters>);
 }
 
 TEST(GeometryRecords, EqualityHasATolerance) {
