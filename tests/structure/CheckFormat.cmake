@@ -1,4 +1,4 @@
-# Checks that clang-format would change no source:
+# Checks that clang-format would change no source, and that the documents keep to 100 columns:
 #   cmake -DTREE=FOLDER -DCLANG_FORMAT=PROGRAM -P CheckFormat.cmake
 # `make format` repairs what it finds.
 cmake_minimum_required(VERSION 3.24)
@@ -20,5 +20,13 @@ if(NOT result EQUAL 0)
   list(JOIN lines "\n  " text)
   message(FATAL_ERROR "\n  ${text}\nare not formatted: run make format\n")
 endif()
+string(REPEAT "." 101 column_101)
+foreach(document README HACKING CHANGELOG)
+  file(STRINGS ${TREE}/${document}.md wide REGEX "^${column_101}")
+  if(wide)
+    list(JOIN wide "\n  " text)
+    message(FATAL_ERROR "\n  ${text}\n\nin ${document}.md: more than 100 columns\n")
+  endif()
+endforeach()
 list(LENGTH files count)
 message(STATUS "${count} files are formatted")
