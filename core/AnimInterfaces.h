@@ -54,6 +54,8 @@ struct IAnimFilter : IUnknown {
 struct IAnimFilterSrcCallsThis : IUnknown {
   static constexpr IID kIid = base::Guid("{96AFC5EB-1824-4836-BA35-580C975723F3}");
 
+  // The source's picture: its size, where its shown part lies, and how large that part is. They
+  // count from the next Prepare on.
   virtual HRESULT STDMETHODCALLTYPE SetPictureSize(int width, int height) = 0;
   virtual HRESULT STDMETHODCALLTYPE SetOffset(int x, int y) = 0;
   virtual HRESULT STDMETHODCALLTYPE SetExtent(int width, int height) = 0;
@@ -61,7 +63,9 @@ struct IAnimFilterSrcCallsThis : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE SetTargetSize(int width, int height) = 0;
   // At what size the picture is wanted; -1, -1 when nobody says. `aspect` is width over height.
   virtual HRESULT STDMETHODCALLTYPE QuerySize(int* width, int* height, double aspect) = 0;
+  // Size of the picture over its full size, 1.0 being that: what counts in pixels scales by it.
   virtual HRESULT STDMETHODCALLTYPE SetZoom(double zoom) = 0;
+  // A pair of numbers on its way to the destination, and one from there.
   virtual HRESULT STDMETHODCALLTYPE SetMark(int a, int b) = 0;
   virtual HRESULT STDMETHODCALLTYPE GetMark(int* a, int* b) = 0;
   // The chain is about to change, and has changed: the destination stops pulling meanwhile.
@@ -72,6 +76,7 @@ struct IAnimFilterSrcCallsThis : IUnknown {
   // Questions to the host at the tail. The caller frees `expanded` as the host says.
   virtual HRESULT STDMETHODCALLTYPE ExpandText(const char* text, char** expanded) = 0;
   virtual HRESULT STDMETHODCALLTYPE QueryPrintScale(double* scale) = 0;
+  // Numbers that only the host knows the meaning of.
   virtual HRESULT STDMETHODCALLTYPE HostCall3(std::intptr_t a, std::intptr_t b,
                                               std::intptr_t c) = 0;
   virtual HRESULT STDMETHODCALLTYPE HostCall1(std::intptr_t a) = 0;

@@ -37,10 +37,12 @@ FXBOX_API FORMATETC TransferFormatRecord(TransferFormat format);
 
 // Adds a format with its text; a null object or text does nothing.
 FXBOX_API void AddTransferText(IDataObject* object, TransferFormat format, const char* text);
+// Whether the object has data of the format; not for a null object.
 FXBOX_API bool HoldsTransferText(IDataObject* object, TransferFormat format);
 // Nothing where the object does not hold it.
 FXBOX_API std::optional<std::string> ReadTransferText(IDataObject* object, TransferFormat format);
 
+// The same for each format.
 inline void AddFilterChain(IDataObject* object, const char* text) {
   AddTransferText(object, TransferFormat::FilterChain, text);
 }

@@ -39,33 +39,54 @@ enum ZNRegistryError : int {
 // An operation with `buffer, size` writes at most size characters with the closing zero; one with
 // an out parameter leaves it alone on failure. The Default operations store the default instead and
 // give 0. The Path operations add the folder separator where it is missing.
+//
+// Every operation gives 0 or one of the codes above: kRegistryNotInitialised before Init has given
+// 0, kRegistryWrongArguments for a text or result that is null, and for a buffer without room.
 class FXBOX_API ZNIRegistry : public virtual IKvObject {
  public:
+  // Says who the product is. The first three words are the path of its keys; one at least is given.
+  // `shortId` stands in its section names, unless `extra` gives another prefix.
   virtual int Init(const char* company, const char* product, const char* version,
                    const char* shortId, const char* extra) = 0;
+  // The same, read from a section of the file Tesmar.inf.
   virtual int InitFromInf(const char* section, const char* extra) = 0;
+  // A German sentence for any code, unknown ones among them. Works before Init.
   virtual int GetErrorText(int code, KvString& out) = 0;
   virtual int GetErrorText(int code, char* buffer, int size) = 0;
+  // Writes what the system keeps of the file in memory.
   virtual int FlushIniFile() = 0;
 
+  // --- The registry, below one of its roots.
+
+  // A key's value, as text; kRegistryKeyMissing where there is no such key.
   virtual int ReadKey(HKEY hive, const char* name, KvString& out) = 0;
   virtual int ReadKey(HKEY hive, const char* name, char* buffer, int size) = 0;
+  // Makes the key, which every user may then write, and stores the value. With `keepExisting` a key
+  // that is there stays as it is, and the answer is kRegistryKeyKept.
   virtual int WriteKey(HKEY hive, const char* name, const char* value, bool keepExisting) = 0;
-  // A list is a run of keys key\name_0000, key\name_0001 and so on.
+  // A list is a run of keys key\name_0000, key\name_0001 and so on; it ends at the first that is
+  // missing.
   virtual int ReadListItem(HKEY hive, const char* key, const char* name, int index,
                            KvString& out) = 0;
   virtual int ReadListItem(HKEY hive, const char* key, const char* name, int index, char* buffer,
                            int size) = 0;
+  // At the end of the list; a value that it has already is not added again.
   virtual int AddListItem(HKEY hive, const char* key, const char* name, const char* value) = 0;
+  // The first item with this value; those behind it move up. None is no failure.
   virtual int RemoveListItem(HKEY hive, const char* key, const char* name, const char* value) = 0;
+  // The folder of the file, stored for the whole machine, and whether there is one (1) or not (0).
   virtual int SetIniFilePath(const char* path) = 0;
   virtual int HasIniFilePath(int* out) = 0;
+  // Deletes all keys of the product. The file stays.
   virtual int DeleteAll() = 0;
+
+  // --- The file, in the sections of the current user, who gets a number at the first use.
 
   virtual int WriteUser(const char* section, const char* key, bool value) = 0;
   virtual int WriteUser(const char* section, const char* key, double value) = 0;
   virtual int WriteUser(const char* section, const char* key, int value) = 0;
   virtual int WriteUser(const char* section, const char* key, const char* value) = 0;
+  // What is missing, empty or cannot be read gives the default.
   virtual int ReadUserDefault(const char* section, const char* key, bool* out,
                               bool defaultValue) = 0;
   virtual int ReadUserDefault(const char* section, const char* key, double* out,
@@ -75,11 +96,14 @@ class FXBOX_API ZNIRegistry : public virtual IKvObject {
                               const char* defaultValue) = 0;
   virtual int ReadUserDefault(const char* section, const char* key, char* buffer, int size,
                               const char* defaultValue) = 0;
+  // kRegistryIniUnreadable for a value that is missing or empty; kRegistryNoConversion for one that
+  // is not of the kind asked for.
   virtual int ReadUser(const char* section, const char* key, bool* out) = 0;
   virtual int ReadUser(const char* section, const char* key, double* out) = 0;
   virtual int ReadUser(const char* section, const char* key, int* out) = 0;
   virtual int ReadUser(const char* section, const char* key, KvString& out) = 0;
   virtual int ReadUser(const char* section, const char* key, char* buffer, int size) = 0;
+  // A folder, with a separator at its end; kRegistryPathTooLong when that does not fit.
   virtual int ReadUserPath(const char* section, const char* key, KvString& out,
                            const char* defaultValue) = 0;
   virtual int ReadUserPath(const char* section, const char* key, char* buffer, int size,
@@ -87,6 +111,10 @@ class FXBOX_API ZNIRegistry : public virtual IKvObject {
   virtual int ReadUserPath(const char* section, const char* key, KvString& out) = 0;
   virtual int ReadUserPath(const char* section, const char* key, char* buffer, int size) = 0;
 
+  // --- The file, in sections for all users. Otherwise as above.
+
+  // Flags are written "true" and "false", numbers with a decimal point and six places after it. A
+  // text must fit one line.
   virtual int Write(const char* section, const char* key, bool value) = 0;
   virtual int Write(const char* section, const char* key, double value) = 0;
   virtual int Write(const char* section, const char* key, int value) = 0;
