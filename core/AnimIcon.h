@@ -21,6 +21,22 @@ struct IAnimLinkable : IUnknown {
   ~IAnimLinkable() = default;
 };
 
+// What a host's page may offer to show the pictures of icons. IAnimLinkable::Link asks the page for
+// it and calls it on the same thread; a page without it goes without pictures.
+struct IAnimIconPage : IUnknown {
+  static constexpr IID kIid = base::Guid("{0E5B2D94-7C41-4F7B-8E0A-3B9B61D0C2A7}");
+
+  // Packed bitmaps of the same size, which belong to the caller and live as long as the call:
+  // `colour` of 24 bits, `mask` of 8, in which 0 is opaque and 255 shows the ground. `name` is that
+  // of the icon, with "_foc" behind it for the picture that is shown while the icon has the focus.
+  virtual HRESULT STDMETHODCALLTYPE SetIconPicture(const char* name, const void* colour,
+                                                   std::uint32_t colourBytes, const void* mask,
+                                                   std::uint32_t maskBytes) = 0;
+
+ protected:
+  ~IAnimIconPage() = default;
+};
+
 struct IAnimFilterIcon : IUnknown {
   static constexpr IID kIid = base::Guid("{C2A4A3B1-0F0E-4E1B-8D8B-6C5B0C9C7E52}");
 

@@ -2,8 +2,18 @@
 
 #include <cstring>
 #include <new>
+#include <string>
 
+#include "core/AnimHost.h"
+#include "core/IconPicture.h"
+#include "platform/component/ComPtr.h"
 #include "platform/component/Guard.h"
+
+namespace {
+
+constexpr char kNoIconName[] = "NullName";
+
+}  // namespace
 
 HRESULT CFilterIcon::IconCall1(std::intptr_t, std::intptr_t) {
   return S_OK;
@@ -34,7 +44,7 @@ HRESULT CFilterIcon::GetDisplayName(char* buffer, int size) {
 }
 
 KvString* CFilterIcon::GetIconName(KvString* result) {
-  return new (result) KvString(row.iconName ? row.iconName : "NullName");
+  return new (result) KvString(row.iconName ? row.iconName : kNoIconName);
 }
 
 KvString* CFilterIcon::GetNameKey(KvString* result) {
@@ -45,12 +55,32 @@ bool CFilterIcon::IsDefaultActive() {
   return true;
 }
 
-// The host's page knows the words for the name key; until it is asked, the English gloss is the
-// name.
-HRESULT CFilterIcon::Link(IUnknown*, int* status) {
+// The words of the host's page for the name key; the English gloss where it has none.
+void CFilterIcon::TakeName(IUnknown* host) {
+  KvString words;
+  const auto page = platform::ComPtr<IAnimHostPage>::Query(host);
+  if (page && row.nameKey) page->Localize(row.nameKey, &words);
+  displayName = words.IsEmpty() ? KvString(row.gloss) : words;
+}
+
+void CFilterIcon::ShowPictures(IUnknown* host) const {
+  const auto page = platform::ComPtr<IAnimIconPage>::Query(host);
+  if (!page) return;
+  const std::string base = row.iconName ? row.iconName : kNoIconName;
+  for (const std::string& name : {base, base + "_foc"}) {
+    const core::IconPicture picture = core::ReadIconPicture(name);
+    if (picture.colour.empty()) continue;
+    page->SetIconPicture(name.c_str(), picture.colour.data(),
+                         static_cast<std::uint32_t>(picture.colour.size()), picture.mask.data(),
+                         static_cast<std::uint32_t>(picture.mask.size()));
+  }
+}
+
+HRESULT CFilterIcon::Link(IUnknown* host, int* status) {
   return platform::Guard([&] {
-    displayName = row.gloss;
+    TakeName(host);
     isActive = IsDefaultActive();
+    ShowPictures(host);
     if (status) *status = 0;
     return S_OK;
   });

@@ -24,6 +24,9 @@ class CFilterIcon final : public platform::ComObject<CFilterIcon, IAnimFilterIco
   HRESULT STDMETHODCALLTYPE Unlink() override;
 
  private:
+  void TakeName(IUnknown* host);
+  void ShowPictures(IUnknown* host) const;
+
   const FilterClass& row;
   KvString displayName;
   bool isActive = true;

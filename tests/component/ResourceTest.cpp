@@ -4,12 +4,17 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <set>
 #include <string>
 
 #include "base/Dib.h"
+#include "core/AnimChain.h"
+#include "core/AnimIcon.h"
+#include "core/AnimInterfaces.h"
 #include "filters/FilterClasses.h"
 #include "platform/ModuleResource.h"
+#include "platform/component/ComObject.h"
 #include "tests/platform/CompoundSupport.h"
 
 #ifdef _WIN32
@@ -24,13 +29,28 @@
 namespace testing_support {
 namespace {
 
-std::string ResourceOfTheModule() {
+HMODULE LoadTheModule() {
 #ifdef _WIN32
   const HMODULE module = LoadLibraryA(FXBOX_MODULE);
 #else
   const HMODULE module = dlopen(FXBOX_MODULE, RTLD_NOW | RTLD_LOCAL);
 #endif
   EXPECT_NE(module, nullptr);
+  return module;
+}
+
+using CreateCreator = HRESULT(STDAPICALLTYPE*)(REFIID iid, void** result);
+CreateCreator FindCreateCreator() {
+#ifdef _WIN32
+  return reinterpret_cast<CreateCreator>(
+      reinterpret_cast<void*>(GetProcAddress(LoadTheModule(), "FxboxCreateCreator")));
+#else
+  return reinterpret_cast<CreateCreator>(dlsym(LoadTheModule(), "FxboxCreateCreator"));
+#endif
+}
+
+std::string ResourceOfTheModule() {
+  const HMODULE module = LoadTheModule();
   const auto bytes = platform::FindModuleResource(module, "KvResourceStorage", "STORAGE");
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
@@ -106,6 +126,39 @@ TEST_F(ResourceTest, HasAnIconAndItsTwinForEveryClass) {
     }
   }
   EXPECT_EQ(NamesOf(pictures).size(), seen.size() + 3);  // and the storages of the old format
+}
+
+// A host's page that shows icons.
+class IconPage final : public platform::ComObject<IconPage, IAnimIconPage> {
+ public:
+  std::map<std::string, std::string> shown;
+
+  HRESULT STDMETHODCALLTYPE SetIconPicture(const char* name, const void* colour,
+                                           std::uint32_t colourBytes, const void* mask,
+                                           std::uint32_t maskBytes) override {
+    shown[name] = std::string(static_cast<const char*>(colour), colourBytes) +
+                  std::string(static_cast<const char*>(mask), maskBytes);
+    return S_OK;
+  }
+};
+
+TEST_F(ResourceTest, IconsShowTheirPicturesOnThePage) {
+  platform::ComPtr<IAnimFilterCreator> creator;
+  platform::ComPtr<IAnimFilter> filter;
+  platform::ComPtr<IAnimLinkable> icon;
+  ASSERT_EQ(FindCreateCreator()(IAnimFilterCreator::kIid, creator.PutVoid()), S_OK);
+  ASSERT_EQ(creator->CreateFilter("ZNFilter.Sepia.1", IAnimFilter::kIid, filter.PutVoid()), S_OK);
+  ASSERT_EQ(filter->CreateIcon(IAnimLinkable::kIid, icon.PutVoid()), S_OK);
+  const auto page = platform::ComPtr<IconPage>::Attach(new IconPage);
+  int status = -1;
+  ASSERT_EQ(icon->Link(page.Get(), &status), S_OK);
+  EXPECT_EQ(status, 0);
+  ASSERT_EQ(page->shown.size(), 2u);
+  for (const auto& [name, bitmaps] : page->shown) {
+    std::string stored = BodyOf(ReadStream(pictures, Wide(name))).substr(8);
+    EXPECT_TRUE(bitmaps == stored.substr(4, 2392) + stored.substr(2392 + 8)) << name;
+  }
+  EXPECT_EQ(page->shown.count("icons4_sepia_foc"), 1u);
 }
 
 TEST_F(ResourceTest, HasTheScripts) {
