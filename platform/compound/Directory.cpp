@@ -203,16 +203,17 @@ bool Directory::HasChanges() const {
 
 std::optional<Bytes> Directory::ChangedSector(std::size_t first, std::size_t entries,
                                               bool isNew) const {
-  bool isChanged = isNew;
+  const std::size_t end = std::min(first + entries, elements.size());
+  bool isWritten = isNew;
+  for (std::size_t i = first; i < end; ++i) isWritten = isWritten || elements[i].isChanged;
+  if (!isWritten) return std::nullopt;
   Bytes bytes(entries * kEntrySize);
   for (std::size_t i = 0; i < entries; ++i) {
-    const bool isThere = first + i < elements.size();
-    isChanged = isChanged || (isThere && elements[first + i].isChanged);
-    Entry written;
-    if (isThere && elements[first + i].isListed) written = elements[first + i];
-    WriteEntry(written, &bytes[i * kEntrySize]);
+    const bool isListed = first + i < end && elements[first + i].isListed;
+    WriteEntry(isListed ? static_cast<const Entry&>(elements[first + i]) : Entry(),
+               &bytes[i * kEntrySize]);
   }
-  return isChanged ? std::optional<Bytes>(std::move(bytes)) : std::nullopt;
+  return bytes;
 }
 
 void Directory::Committed() {
