@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <climits>
+#include <functional>
+#include <future>
 
 #include "core/AnimIcon.h"
 #include "tests/support/TestFilters.h"
@@ -16,8 +18,10 @@ using testing::ElementsAre;
 // Opens what a test looks at. Doubles the size of its picture when told to.
 class Probe final : public RecordingFilter {
  public:
+  using CPdibFilter::abort;
   using CPdibFilter::destination;
   using CPdibFilter::EnsurePictures;
+  using CPdibFilter::HoldState;
   using CPdibFilter::inputPicture;
   using CPdibFilter::outputPicture;
   using CPdibFilter::ReadVisibility;
@@ -42,8 +46,15 @@ class Probe final : public RecordingFilter {
     *inH = doubles ? h / 2 : h;
   }
 
+  HRESULT STDMETHODCALLTYPE SetAbort(bool newAbort) override {
+    if (watched) abortSeen = watched->abort;
+    return RecordingFilter::SetAbort(newAbort);
+  }
+
   bool doubles = false;
   int commits = 0;
+  const Probe* watched = nullptr;  // whose abort flag is looked at when this one is told
+  bool abortSeen = true;
 };
 
 const FilterClass& ProbeClass() {
@@ -226,6 +237,73 @@ TEST(PdibFilterPrepare, KeepsTheSourcesRevisionOnlyWhenAsked) {
   test.probe().Prepare(&changed, &revision, false);
   EXPECT_THAT(source.prepares, ElementsAre(std::pair(-1, false)));
   EXPECT_TRUE(changed && test.probe().sourceChanged);
+}
+
+// As a consumer that has seen nothing yet: the source counts as changed, and nobody's revision is
+// used up.
+TEST(PdibFilterPrepare, GetInfoKnowsNoRevision) {
+  ProbeRig test;
+  Probe& probe = test.probe();
+  TestSource& source = *test.rig.source.Get();
+  source.picture = Picture(9, 7);
+  source.extentWidth = 5;
+  source.extentHeight = 6;
+  source.offsetX = -2;
+  source.offsetY = 3;
+  source.prepares.clear();
+  const int before = probe.revision;
+  int info[6] = {};
+  EXPECT_EQ(probe.GetInfo(&info[0], &info[1], &info[2], &info[3], &info[4], &info[5]), S_OK);
+  EXPECT_THAT(info, ElementsAre(9, 7, -2, 3, 5, 6));
+  EXPECT_THAT(source.prepares, ElementsAre(std::pair(-1, false)));
+  EXPECT_TRUE(probe.sourceChanged);
+  EXPECT_EQ(probe.revision, before);
+  EXPECT_EQ(probe.GetInfo(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), S_OK);
+  // A consumer that keeps a revision learns of it.
+  EXPECT_TRUE(test.rig.Prepare());
+}
+
+// An abort is with the source before a filter behind it stops.
+TEST(PdibFilter, AnAbortRunsToTheSourceFirst) {
+  const auto head = MakeProbe();
+  const auto tail = MakeProbe();
+  head->watched = tail.Get();
+  Rig rig(Picture(5, 4), {ComPtr<CPdibFilter>(head.Get()), ComPtr<CPdibFilter>(tail.Get())});
+  EXPECT_EQ(tail->SetAbort(true), S_OK);
+  EXPECT_FALSE(head->abortSeen);
+  EXPECT_TRUE(head->abort && tail->abort);
+  EXPECT_THAT(rig.source->aborts, ElementsAre(true));
+  tail->SetAbort(false);
+  EXPECT_TRUE(head->abortSeen);
+  EXPECT_FALSE(head->abort || tail->abort);
+}
+
+// What changes or shows a field waits for who holds the state.
+TEST(PdibFilter, TheStateGuardsItsFields) {
+  const auto probe = MakeProbe();
+  const std::function<void()> kCalls[] = {[&] { probe->SetPictureSize(1, 2); },
+                                          [&] { probe->SetExtent(1, 2); },
+                                          [&] { probe->SetOffset(1, 2); },
+                                          [&] { probe->SetTargetSize(1, 2); },
+                                          [&] { probe->SetMark(1, 2); },
+                                          [&] { probe->SetNamedValue("a", "b"); },
+                                          [&] {
+                                            char value[4];
+                                            probe->GetNamedValue("a", value, 4);
+                                          },
+                                          [&] {
+                                            bool changed = false;
+                                            int revision = -1;
+                                            probe->Prepare(&changed, &revision, true);
+                                          }};
+  for (const auto& call : kCalls) {
+    auto held = probe->HoldState();
+    auto other = std::async(std::launch::async, call);
+    EXPECT_EQ(other.wait_for(std::chrono::milliseconds(10)), std::future_status::timeout)
+        << &call - kCalls;
+    held.unlock();
+    other.get();
+  }
 }
 
 TEST(PdibFilter, KeepsWorkPicturesByTheMemoryRule) {
