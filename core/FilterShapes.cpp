@@ -53,12 +53,11 @@ HRESULT RowFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width,
         source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows));
     if (ended != S_OK) return ended;
     const PullRectangle rows{
-        destX,   destY, srcX, srcY, width, height, policy.worksOnMask ? nullptr : colourRows,
-        maskRows};
+        destX, destY, srcX, srcY, width, height, WorksOnMask() ? nullptr : colourRows, maskRows};
     const auto held = HoldState();
     const bool complete = rows.ChangeRows(abort, [&](BYTE* colour, BYTE* mask) {
       state.GiveWay();
-      if (policy.worksOnMask ? mask : colour) ChangeRow(colour, mask, width);
+      if (WorksOnMask() ? mask : colour) ChangeRow(colour, mask, width);
     });
     if (!complete) {
       if (policy.abortMarksChange) selfChanged = true;
@@ -83,7 +82,7 @@ HRESULT RectangleFilter::ReadRows(int destX, int destY, int srcX, int srcY, int 
   return RunPull([&]() -> HRESULT {
     if (!source) return kPullStopped;
     std::optional<MemoryPicture> lent;
-    if (policy.needsMask && colourRows && !maskRows && width > 0 && height > 0) {
+    if (NeedsMask() && colourRows && !maskRows && width > 0 && height > 0) {
       lent.emplace("mask", base::LimitToInt32(std::int64_t{destX} + width),
                    base::LimitToInt32(std::int64_t{destY} + height), false, true);
       maskRows = lent->MaskRows();
@@ -109,7 +108,7 @@ HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, i
     const PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
     if (PassesNow()) return PassOn(rows);
     const bool current = BringUpToDate();
-    if (policy.abortAnswersDone && abort) return S_OK;
+    if (AbortAnswersDone() && abort) return S_OK;
     if (!current && !(policy.givesOutFailures && HoldsResult())) return kPullStopped;
     PrepareCopy(rows);
     if (!CopyOut(rows)) {
@@ -140,7 +139,7 @@ HRESULT WholePictureFilter::PassOn(const PullRectangle& r) {
   DropPictures();
   const HRESULT sourceAnswer = source->ReadRows(r.destX, r.destY, r.srcX, r.srcY, r.width, r.height,
                                                 r.colourRows, r.maskRows);
-  if (sourceAnswer != S_OK && !policy.passesFailuresOver) {
+  if (sourceAnswer != S_OK && !PassesFailuresOver()) {
     selfChanged = sourceChanged = true;
     return kPullStopped;
   }

@@ -67,15 +67,15 @@ class FXBOX_API RowFilter : public CPdibFilter {
   struct Policy {
     SourceResult sourceResult = SourceResult::Ignored;
     bool abortMarksChange = false;  // an abort sets `selfChanged`
-    bool worksOnMask = false;       // needs the mask rows, not the colour rows
     bool passesPixels = false;      // a single pixel is left as the source gives it
   };
   RowFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
   // Changes `width` pixels, at least one, while the state is held: a Commit comes between two rows,
-  // never within one. The plane that the policy names is never null; the other
-  // one may be.
+  // never within one. The plane that the class works on is never null; the other one may be.
   virtual void ChangeRow(BYTE* colour, BYTE* mask, int width) = 0;
+  // Whether it works on the mask rows, not on the colour rows.
+  virtual bool WorksOnMask() const { return false; }
 
  private:
   const Policy policy;
@@ -93,7 +93,6 @@ class FXBOX_API RectangleFilter : public CPdibFilter {
   struct Policy {
     SourceResult sourceResult = SourceResult::StopsAboveZero;
     bool abortMarksChange = true;  // an abort sets `selfChanged`
-    bool needsMask = false;        // is lent mask rows when it works on colour rows alone
   };
   explicit RectangleFilter(const FilterClass& row) : RectangleFilter(row, {}) {}
   RectangleFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
@@ -101,6 +100,8 @@ class FXBOX_API RectangleFilter : public CPdibFilter {
   // Changes the rectangle in place, testing `abort` once a row; false when it stopped. Works with
   // copies of the parameters (`Active`, `Pending`), as they may change meanwhile.
   virtual bool ChangeRectangle(const PullRectangle& rectangle) = 0;
+  // Whether the class is lent mask rows when the caller has colour rows alone.
+  virtual bool NeedsMask() const { return false; }
 
  private:
   const Policy policy;
@@ -127,15 +128,17 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
     bool abortMarksChange = false;  // an abort while rows are given out sets `selfChanged`
     // A failed rebuild gives out what there is, and the pull counts as stopped all the same.
     bool givesOutFailures = false;
-    bool abortAnswersDone = false;    // an abort before rows are given out ends the pull with 0
-    bool passesFailuresOver = false;  // while passing through, the source's answer counts as 0
-    int frame = 0;                    // pixels around the result in the picture that holds it
+    int frame = 0;  // pixels around the result in the picture that holds it
   };
   WholePictureFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
   // While this holds, which is asked with the state held, rows go from the source to the caller as
   // they are, and no picture is kept.
   virtual bool PassesThrough() { return false; }
+  // Whether the source's answer counts as 0 while rows pass through.
+  virtual bool PassesFailuresOver() const { return false; }
+  // Whether an abort before rows are given out ends the pull with 0.
+  virtual bool AbortAnswersDone() const { return false; }
   // For a class that keeps more than the two pictures.
   virtual void DropPictures();
   // Copies what Rebuild works with, at the moment of `pulled` and `result` and with the state held.

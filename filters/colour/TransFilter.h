@@ -7,8 +7,8 @@
 #include "filters/pixels/PointKernels.h"
 
 struct TransParameters {
-  std::uint8_t keep =
-      255;  // 255 the mask stays, 0 all transparent; the text counts the other way, 0 to 100
+  // 255 the mask stays, 0 all transparent; the text counts the other way, 0 to 100.
+  std::uint8_t keep = 255;
 
   static TransParameters ActiveStart() { return {.keep = 0}; }
   static constexpr int kLeastBuffer = 31;
@@ -19,12 +19,13 @@ extern const FilterClass kTransClass;
 
 class CTransFilter final : public ParameterFilter<RowFilter, TransParameters> {
  public:
-  explicit CTransFilter(const FilterClass& row) : ParameterFilter(row, {.worksOnMask = true}) {}
+  explicit CTransFilter(const FilterClass& row) : ParameterFilter(row, {}) {}
 
   void Commit() override;
 
  private:
   void ChangeRow(BYTE* colour, BYTE* mask, int width) override;
+  bool WorksOnMask() const override { return true; }
 
   kernels::ByteTable table = kernels::BuildTransparencyTable(active.keep);
 };

@@ -42,11 +42,12 @@ extern const FilterClass kRauchglasClass;
 // The pane depends on what is asked for, not on the picture: a pull in bands has one in each.
 class CRauchglasFilter final : public ParameterFilter<RectangleFilter, RauchglasParameters> {
  public:
-  explicit CRauchglasFilter(const FilterClass& row) : ParameterFilter(row, {.needsMask = true}) {}
+  explicit CRauchglasFilter(const FilterClass& row) : ParameterFilter(row) {}
 
  private:
   void PrintText(const RauchglasParameters& parameters, char* buffer, int size) override;
   bool ChangeRectangle(const PullRectangle& rectangle) override;
+  bool NeedsMask() const override { return true; }
   bool Blur(const PullRectangle& rectangle, const PullRectangle& pane, int radius) const;
   bool Tint(const PullRectangle& pane, const RauchglasParameters& parameters) const;
 };

@@ -1,10 +1,9 @@
 // Loops that the compiler widens by itself: every file that includes this has a copy of its own,
 // compiled for the processors of that file.
 //
-// Floats hold whole
-// numbers here and may be divided: for n >= 0 and d > 0 with n + d below 2^24 the quotient lies
-// below the next whole number q by at least 1 / d, and rounding can bridge q / 2^24 at most, which
-// is less, as q * d <= n + d. So the truncated quotient is exact.
+// Floats hold whole numbers here and may be divided: for n >= 0 and d > 0 with n + d below 2^24 the
+// quotient lies below the next whole number q by at least 1 / d, and rounding can bridge q / 2^24
+// at most, which is less, as q * d <= n + d. So the truncated quotient is exact.
 #pragma once
 
 #include <cstddef>

@@ -37,8 +37,7 @@ const FilterClass kDrehClass = {.sortKey = 4,
 // A new filter keeps the corner in its place; the record's default, which it starts active with,
 // does not.
 CDrehFilter::CDrehFilter(const FilterClass& row)
-    : ParameterFilter(
-          row, {.abortMarksChange = true, .givesOutFailures = true, .passesFailuresOver = true}) {
+    : ParameterFilter(row, {.abortMarksChange = true, .givesOutFailures = true}) {
   pending.alignLeftBottom = true;
 }
 

@@ -25,6 +25,7 @@ class CDrehFilter final : public ParameterFilter<WholePictureFilter, RotationRec
  private:
   void ReadText(const char* text) override;
   bool PassesThrough() override { return active.angle == 0.0 && !active.mirrorOn; }
+  bool PassesFailuresOver() const override { return true; }
   void DropPictures() override;
   void TakeParameters() override { used = active; }
   bool Rebuild() override;

@@ -18,11 +18,10 @@ struct PadParameters {
 
 extern const FilterClass kPrintPadClass;
 
-// An abort while the picture is put together ends the pull with 0, though no rows were given out.
 class CPrintPadFilter final : public ParameterFilter<WholePictureFilter, PadParameters> {
  public:
   explicit CPrintPadFilter(const FilterClass& row)
-      : ParameterFilter(row, {.abortMarksChange = true, .abortAnswersDone = true}) {}
+      : ParameterFilter(row, {.abortMarksChange = true}) {}
 
   // The active paper turns to the picture's shape and stays turned.
   void Commit() override;
@@ -33,6 +32,8 @@ class CPrintPadFilter final : public ParameterFilter<WholePictureFilter, PadPara
   void ReadText(const char* text) override;
   void TakeParameters() override { used = active; }
   bool Rebuild() override;
+  // Though no rows were given out.
+  bool AbortAnswersDone() const override { return true; }
 
   PadParameters used;  // of the picture in the cache
 };
