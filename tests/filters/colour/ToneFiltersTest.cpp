@@ -143,6 +143,28 @@ TEST(ToneFilters, LimitsComeFromTheFirstRequest) {
   EXPECT_NE(rig.PullWhole().colour, rig.source->picture.colour);
 }
 
+// Whether channels are stretched apart is taken as it is set, all else once it is prepared.
+TEST(ToneFilters, ChannelsGoApartAtOnce) {
+  Picture picture = Noise(20, 20, Masks::Opaque, 4);
+  for (std::size_t i = 0; i < picture.colour.size(); ++i) {
+    picture.colour[i] = static_cast<BYTE>(picture.colour[i] / (2 + i % 3) + 20);
+  }
+  const auto pulled = [&](const char* prepared, const char* pending) {
+    Rig rig(picture, ClassOf("Tonwert"));
+    rig.Filter().SetParameter(prepared, 1);
+    rig.PullWhole();
+    rig.Filter().SetParameter(pending, 1);
+    GuardedRows rows(20, 20);
+    EXPECT_EQ(rig.Pull(rows, {0, 0, 0, 0, 20, 20}), S_OK);
+    return rows.Whole().colour;
+  };
+  const Bytes together = pulled("AutoContrastRGB=0", "");
+  const Bytes apart = pulled("AutoContrastRGB=1", "");
+  EXPECT_NE(together, apart);
+  EXPECT_EQ(pulled("AutoContrastRGB=0", "AutoContrastRGB=1, Med=50, Addlo=30"), apart);
+  EXPECT_EQ(pulled("AutoContrastRGB=1", "AutoContrastRGB=0, AutoContrast=0"), together);
+}
+
 // What one object measures on a preview, another repeats on the picture: pixels of one level come
 // out alike.
 TEST(ToneFilters, ToneValueRepeatsAMeasurement) {

@@ -24,6 +24,8 @@ std::vector<platform::ComPtr<CPdibFilter>> MakeAll(const std::vector<Link>& link
 
 const std::string kBox = "MaximumHorizontalSize=300,MaximumVerticalSize=200,KeepProportions=";
 const Link kScale{"Scale", kBox + "1"}, kThrough{"Scale", kBox + "1,ScaleThrough=1"};
+const Link kLarge{"Scale", "MaximumHorizontalSize=1300,MaximumVerticalSize=1300"};
+const Link kEnlarging{"Scale", kLarge.text + ",AllowEnlarge=1"};
 const Link kTurningBox{"Scale", kBox + "2"};
 const Link kSides{"Scale", "MaximumHorizontalSize=120,MaximumVerticalSize=700,KeepProportions=0"};
 const Link kShares{"Scale100", "HorizontalProz=50,VerticalProz=40,KeepProportions=0"};
@@ -54,6 +56,9 @@ const SizeChain kChains[] = {
     {{kScale}, {300, 200}, {267, 200}, 1, 0, {300, 200}},
     {{kMiddle, kScale}, {150, 200}, {134, 200}, 1, 0, {300, 200}},
     {{kStrip, kScale}, {300, 100}, {300, 112}, 1, 0, {300, 200}},
+    // A box beyond the full-resolution picture, which may grow or may not.
+    {{kLarge}, {601, 400}, {1203, 900}, 1, 0, {1300, 867}},
+    {{kEnlarging}, {1300, 865}, {1300, 973}, 1, 0, {1300, 867}},
     // A box that turns to the picture; the full-resolution size does not.
     {{kTurn, kTurningBox}, {200, 300}, {200, 150}, 1, 0, {298, 199}},
     // The height grows, as the full-resolution one is larger.
