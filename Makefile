@@ -4,7 +4,7 @@ sources = $(shell find . \( -path ./build -o -path ./.git \) -prune -o \
 	\( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print)
 
 .NOTPARALLEL:
-.PHONY: help demo icons test bench windows arm64 sanitize fuzz format tidy install clean
+.PHONY: help demo icons test bench windows arm64 sanitize fuzz soak format tidy install clean
 
 help: ## this list
 	@sed -n 's/^\([a-z0-9]*\):.*## /make \1\t/p' Makefile | expand -t 20
@@ -32,7 +32,7 @@ bench: ## run the benchmarks; BENCH=REGEX chooses some
 
 windows: ## build the DLL and the program for Windows, into build/windows/
 	@scripts/setup.sh windows
-	@scripts/build.sh windows
+	@scripts/build.sh windows fxbox4 fxbox
 
 arm64: ## build the filters for 64-bit ARM, with plain kernels alone, into build/arm64/
 	@scripts/setup.sh native arm64
@@ -45,7 +45,14 @@ sanitize: ## run the tests with the address, undefined behaviour and thread sani
 
 fuzz: ## build the fuzz targets, into build/linux-fuzz/
 	@scripts/setup.sh native tests
-	@scripts/build.sh linux-fuzz
+	@scripts/build.sh linux-fuzz fxbox_fuzz
+
+soak: ## long runs: full counts of repeated tests, the thread sanitizer, an hour of the fuzz targets
+	@scripts/setup.sh native tests
+	@FXBOX_SOAK=1000 scripts/test.sh linux
+	@FXBOX_SOAK=200 scripts/test.sh linux-tsan
+	@scripts/build.sh linux-fuzz fxbox_fuzz
+	@scripts/fuzz.sh 3600
 
 format: ## format all sources
 	@scripts/setup.sh tools

@@ -71,3 +71,13 @@ if(WIN32)
 else()
   set(FXBOX_EXPORT "__attribute__((visibility(\"default\")))")
 endif()
+
+# fxbox_split_symbols(TARGET): what debuggers want of a module for Windows lies beside it as
+# NAME.debug, and the module itself has none of it.
+function(fxbox_split_symbols target)
+  set(file $<TARGET_FILE:${target}>)
+  add_custom_command(TARGET ${target} POST_BUILD VERBATIM
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug ${file} ${file}.debug
+    COMMAND ${CMAKE_STRIP} --strip-unneeded ${file}
+    COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=${file}.debug ${file})
+endfunction()

@@ -61,14 +61,20 @@ void AddSizeOptions(CLI::App& command, ApplyOptions& options) {
       .add_option("--target", options.target,
                   "Full-resolution size WxH to tell (default: the full picture's own)")
       ->type_name("WxH");
-  command.add_option("--bands", options.bandRows, "Pull N rows at a time, from the bottom row up")
+  command
+      .add_option("--bands", options.bandRows,
+                  "Pull N rows at a time, from the bottom row up. Filters that look at what is "
+                  "asked for see less then: ZNFilter.Histo.1, ZNFilter.BlurGauss.1, "
+                  "ZNFilter.BlurSel.1, ZNFilter.UnsharpMask.1, ZNFilter.Rauchglas.1 and "
+                  "ZNFilter.Staub.1 give another picture")
       ->check(CLI::PositiveNumber)
       ->type_name("N");
   command
       .add_option("--rect", options.part,
                   "Pull this part of the result only: X,Y,W,H in pixels. X,Y is its lower left "
                   "corner, counted from the result's lower left: row 0 is the bottom row. What "
-                  "lies outside the result is cut off")
+                  "lies outside the result is cut off. For the filters that --bands names the "
+                  "part is the picture")
       ->type_name("X,Y,W,H");
 }
 
@@ -219,7 +225,7 @@ void AddApplyCommand(CLI::App& program, Action& action) {
   const auto options = std::make_shared<ApplyOptions>();
   CLI::App* const command = program.add_subcommand("apply", "Apply a chain of filters to pictures");
   AddOptions(*command, *options);
-  command->footer(kExamples);
+  command->footer(ForShell(kExamples));
   command->callback([options, &action] { action = [options] { return Apply(*options); }; });
 }
 

@@ -27,8 +27,8 @@ std::string ReadChainFile(const std::string& file) {
 void AddChainOptions(CLI::App& command, ChainOptions& options) {
   command
       .add_option("-c,--chain", options.chain,
-                  "Chain text: 'ZNFilter.Sepia.1(Sepia=050)ZNFilter.Invert.1(Inversity=100)'; "
-                  "ZNFilter.GradCurves.1 takes a preset too: '(@FILE.fp2)'")
+                  "Chain text such as ZNFilter.Sepia.1(Sepia=050)ZNFilter.Invert.1(Inversity=100); "
+                  "ZNFilter.GradCurves.1 takes a preset too: (@FILE.fp2)")
       ->type_name("CHAIN");
   command
       .add_option("-f,--file", options.file,

@@ -24,7 +24,8 @@ struct ConfigOptions {
 };
 
 constexpr char kExamples[] =
-    R"(A setting is SECTION KEY in the settings file, or KEY alone in the registry.
+    R"(A setting is SECTION KEY in the settings file, or KEY alone in the registry. The file Tesmar.inf
+beside the program names the product; share/fxbox4 has a sample.
 
 Examples:
   fxbox config set Locations Filter /srv/filters
@@ -33,14 +34,21 @@ Examples:
   fxbox config list --file ./Sennet.ini
   fxbox config get IniFilePath --as Firm,Product,1.0,PR)";
 
+// Where a product says who it is.
+std::filesystem::path ProductFile() {
+  return platform::CurrentServices().process->Program().parent_path() / "Tesmar.inf";
+}
+
 // The settings that the options name: those of a product, or those in one file.
 class Settings {
  public:
   explicit Settings(const ConfigOptions& options) : user(options.user), oneFile(options.file) {
     const int error = Open(options);
     if (error == kRegistryIniUnreadable) {
-      throw FileError("Tesmar.inf", "it is missing beside the program, or names no product " +
-                                        options.inf + " (--as or --file do without)");
+      throw FileError(Utf8Of(ProductFile()),
+                      "it is missing or names no product " + options.inf +
+                          ": copy the sample of that name there, or name a product by --as "
+                          "COMPANY,PRODUCT,VERSION,ID or a file by --file");
     }
     Demand(error, "the product");
     char name[1024];
@@ -194,7 +202,7 @@ void AddPart(CLI::App& config, Action& action, const char* name, const char* hel
       ->type_name("SECTION");
   command->add_option("--as", options->product, "Name the product here: COMPANY,PRODUCT,VERSION,ID")
       ->type_name("WORDS");
-  command->footer(kExamples);
+  command->footer(ForShell(kExamples));
   command->callback([options, work = std::move(work), &action] {
     if (options->names.size() < 3 && !options->file.empty() && options->names.size() == 1) {
       throw CLI::ValidationError("KEY alone is in the registry, and --file names a file");
@@ -213,7 +221,7 @@ void AddConfigCommand(CLI::App& program, Action& action) {
   CLI::App* const config =
       program.add_subcommand("config", "Read and change the settings of the product");
   config->require_subcommand(1);
-  config->footer(kExamples);
+  config->footer(ForShell(kExamples));
   AddPart(*config, action, "get", "Print a setting", 1, 2, "[SECTION] KEY",
           [](Settings& settings, const ConfigOptions& options) {
             std::cout << base::ToUtf8(settings.Get(options.names)) << '\n';

@@ -98,7 +98,7 @@ void AddCurveCommand(CLI::App& program, Action& action) {
   command->add_option("-o,--output", options->output, "Write the preset as version 2")
       ->type_name("FILE");
   command->add_flag("--list", options->list, "List the user's and the supplied presets");
-  command->footer(kExamples);
+  command->footer(ForShell(kExamples));
   command->callback([options, &action] { action = [options] { return Curve(*options); }; });
 }
 

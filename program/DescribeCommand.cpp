@@ -40,6 +40,7 @@ Json JsonOf(const KeyFacts& key) {
 Json JsonOf(const FilterFacts& facts) {
   Json json{{"progId", facts.progId}, {"class", facts.className}, {"gloss", facts.gloss}};
   json["note"] = facts.note;
+  json["preview"] = facts.preview.empty() ? Json(nullptr) : Json(facts.preview);
   json["order"] = facts.order;
   json["defaultText"] = facts.defaultText ? Json(*facts.defaultText) : Json(nullptr);
   json["newText"] = facts.newText;
@@ -74,7 +75,9 @@ void Print(const FilterFacts& facts) {
     std::cout << "Keys (the range is what dialogs offer; any number is taken)\n";
     PrintKeys(facts.keys);
   }
-  std::cout << "Example\n  fxbox apply -c '" << facts.example << "' -o out.png photo.jpg\n";
+  if (!facts.preview.empty())
+    std::cout << "Preview (--fit)\n  " << PreviewText(facts.preview) << '\n';
+  std::cout << ForShell("Example\n  fxbox apply -c '" + facts.example + "' -o out.png photo.jpg\n");
 }
 
 int Describe(const DescribeOptions& options) {
@@ -96,7 +99,7 @@ void AddDescribeCommand(CLI::App& program, Action& action) {
   CLI::App* const command = program.add_subcommand("describe", "Tell the keys of a filter");
   command->add_option("PROGID", options->progId, "Name of the filter")->required()->type_name("");
   command->add_flag("--json", options->json, "As JSON");
-  command->footer(kExamples);
+  command->footer(ForShell(kExamples));
   command->callback([options, &action] { action = [options] { return Describe(*options); }; });
 }
 

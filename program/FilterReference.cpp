@@ -1,11 +1,13 @@
 #include "program/FilterReference.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 
 #include "base/CodePage.h"
+#include "program/Measurements.h"
 
 namespace program {
 namespace {
@@ -48,6 +50,32 @@ KeyFacts KeyFactsOf(const ParameterDescription& row, const std::string& newText)
     if (item.key == row.key && item.value.data()) facts.defaultValue = base::ToUtf8(item.value);
   }
   return facts;
+}
+
+constexpr char kExact[] = "exact";
+constexpr char kScaled[] = "scaled";
+constexpr char kMeasured[] = "measured";
+constexpr char kAt100[] = "100 %";
+
+// Classes whose keys name lengths in pixels of the full picture, and that know the zoom.
+constexpr std::string_view kScaledClasses[] = {
+    "CScaleFilter",       "CScale100Filter",  "CPrintScaleFilter", "CUnsharpMaskFilter",
+    "CBlurGaussFilter",   "CBlurSelFilter",   "CSchattenFilter",   "CRedEyeFilter",
+    "CPasspartoutFilter", "CRauchglasFilter", "CSoftFrameFilter",  "CTextFilter",
+    "WaterSignFilter"};
+
+// Classes that look at single pixels or count them, whatever the zoom is.
+constexpr std::string_view kAt100Classes[] = {"CScharfFilter",    "CWeichFilter",  "CStaubFilter",
+                                              "CFindEdgesFilter", "CEmbossFilter", "COffsetFilter",
+                                              "CHistoFilter"};
+
+const char* PreviewOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
+  const auto isIn = [&](const auto& classes) {
+    return std::find(std::begin(classes), std::end(classes), entry.row->className) !=
+           std::end(classes);
+  };
+  if (!MeasuringText(creator, entry.progId).empty()) return kMeasured;
+  return isIn(kScaledClasses) ? kScaled : isIn(kAt100Classes) ? kAt100 : kExact;
 }
 
 std::string NoteOf(const FilterEntry& entry) {
@@ -124,6 +152,7 @@ std::string Section(const FilterFacts& facts) {
   if (!facts.note.empty()) text += "This class is " + facts.note + ".\n\n";
   if (!facts.keys.empty()) text += KeyTable(facts);
   if (facts.defaultText) text += "Default: `" + *facts.defaultText + "`\n\n";
+  if (!facts.preview.empty()) text += "Preview: " + PreviewText(facts.preview) + ".\n\n";
   if (!facts.keys.empty()) text += "Example: `" + facts.example + "`\n\n";
   return text;
 }
@@ -156,13 +185,26 @@ FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
     if (entry.row->iconName) facts.icon = Utf8(entry.row->iconName);
     facts.className = Utf8(entry.row->className);
     facts.gloss = Utf8(entry.row->gloss);
-    if (entry.row->defaultText) facts.defaultText = FilledIn(Utf8(entry.row->defaultText));
+    facts.defaultText = DefaultTextOf(entry);
   }
   if (IsBuilt(entry)) {
     for (const auto& row : entry.row->describe()) facts.keys.push_back(KeyFactsOf(row, newText));
   }
+  if (IsBuilt(entry)) facts.preview = PreviewOf(entry, creator);
   facts.example = ExampleOf(facts);
   return facts;
+}
+
+std::optional<std::string> DefaultTextOf(const FilterEntry& entry) {
+  if (!entry.row || !entry.row->defaultText) return std::nullopt;
+  return FilledIn(Utf8(entry.row->defaultText));
+}
+
+std::string PreviewText(const std::string& preview) {
+  if (preview == kExact) return "exact: it shows each pixel as the full result has it";
+  if (preview == kScaled) return "scaled: lengths follow the zoom, to whole pixels";
+  if (preview == kMeasured) return "measured: it uses what the full picture measures";
+  return "100 %: the work is on single pixels, so judge it on a part in full size (--rect)";
 }
 
 bool HasRange(const KeyFacts& key) {

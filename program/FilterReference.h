@@ -27,6 +27,9 @@ struct FilterFacts {
   std::string gloss;
   std::string icon;  // its name; empty where the class has none
   std::string note;  // why there are no keys: "not built yet: ..."; empty for a built class
+  // How far a preview shows what the full picture will be: "exact", "scaled", "measured" or
+  // "100 %"; empty where it is not known.
+  std::string preview;
   std::optional<std::string> defaultText;
   std::string newText;  // what a new filter prints
   int order = 0;
@@ -35,6 +38,12 @@ struct FilterFacts {
 };
 
 FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator);
+
+// The default text as apply takes it, each number that a dialog fills in at its first choice.
+std::optional<std::string> DefaultTextOf(const FilterEntry& entry);
+
+// What the word for a preview's faithfulness means.
+std::string PreviewText(const std::string& preview);
 
 // A text has none.
 bool HasRange(const KeyFacts& key);

@@ -42,7 +42,8 @@ Json JsonOf(const FilterEntry& entry) {
   json["class"] = entry.row ? JsonText(entry.row->className) : Json(nullptr);
   json["order"] = entry.order;
   json["state"] = StateName(entry);
-  json["defaultText"] = entry.row ? JsonText(entry.row->defaultText) : Json(nullptr);
+  const auto text = DefaultTextOf(entry);
+  json["defaultText"] = text ? Json(*text) : Json(nullptr);
   return json;
 }
 
@@ -52,9 +53,7 @@ void PrintEntry(const FilterEntry& entry) {
   std::string gloss = entry.row ? base::ToUtf8(entry.row->gloss) : "class of another module";
   if (entry.row && !IsBuilt(entry)) gloss += std::string(" (") + StateName(entry) + ")";
   std::cout << name << gloss << ", order " << entry.order << '\n';
-  if (entry.row && entry.row->defaultText) {
-    std::cout << "    " << base::ToUtf8(entry.row->defaultText) << '\n';
-  }
+  if (const auto text = DefaultTextOf(entry)) std::cout << "    " << *text << '\n';
 }
 
 int ListAll(const FiltersOptions& options) {
@@ -82,7 +81,7 @@ void AddFiltersCommand(CLI::App& program, Action& action) {
   // For the project's own documents, and so not in the help.
   command->add_flag("--markdown", options->markdown)->group("");
   command->add_flag("--glossary", options->glossary)->group("");
-  command->footer(kExamples);
+  command->footer(ForShell(kExamples));
   command->callback([options, &action] { action = [options] { return ListAll(*options); }; });
 }
 

@@ -154,7 +154,7 @@ void AddLogCommand(CLI::App& program, Action& action) {
   command->add_flag("-f,--follow", options->follow, "Go on with new lines until it is interrupted");
   command->add_option("--program", options->program, "The log of this program instead of fxbox")
       ->type_name("NAME");
-  command->footer(kExamples);
+  command->footer(ForShell(kExamples));
   command->callback([options, &action] { action = [options] { return PrintLog(*options); }; });
 }
 

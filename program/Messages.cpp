@@ -40,6 +40,20 @@ std::string ChainTextOf(std::string_view outside) {
   return base::ToUtf8(converted) == outside ? converted : std::string(outside);
 }
 
+std::string ForShell(std::string help) {
+  const bool takesSingle = std::filesystem::path::preferred_separator == '/';
+  std::size_t start = 0;
+  while (!takesSingle && start < help.size()) {
+    const std::size_t end = std::min(help.find('\n', start), help.size());
+    if (help.compare(start, 7, "  fxbox") == 0) {
+      std::replace(help.begin() + static_cast<std::ptrdiff_t>(start),
+                   help.begin() + static_cast<std::ptrdiff_t>(end), '\'', '"');
+    }
+    start = end + 1;
+  }
+  return help;
+}
+
 std::string Quoted(std::string_view codePageText) {
   constexpr std::size_t kLongest = 40;
   const bool isLong = codePageText.size() > kLongest;

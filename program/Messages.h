@@ -38,6 +38,10 @@ std::string Utf8Of(const std::filesystem::path& path);
 // anything else is taken as code page text already.
 std::string ChainTextOf(std::string_view outside);
 
+// Help in which the lines of commands, which begin with "  fxbox", have the quotation marks that
+// this system's shell takes.
+std::string ForShell(std::string help);
+
 // The text as part of a message: in quotation marks, shortened, in UTF-8.
 std::string Quoted(std::string_view codePageText);
 

@@ -46,7 +46,7 @@ void AddSizeCommand(CLI::App& program, Action& action) {
   command->add_option("--zoom", options->zoom, "Tell the filters this zoom")
       ->check(CLI::Range(0.0001, 10000.0))
       ->type_name("Z");
-  command->footer(kExamples);
+  command->footer(ForShell(kExamples));
   command->callback([options, &action] { action = [options] { return PrintSize(*options); }; });
 }
 

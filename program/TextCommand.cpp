@@ -42,7 +42,7 @@ void AddTextCommand(CLI::App& program, Action& action) {
   AddChainOptions(*command, options->chain);
   command->add_flag("--active", options->active,
                     "The parameters that pulls work with, instead of those that were set");
-  command->footer(kExamples);
+  command->footer(ForShell(kExamples));
   command->callback([options, &action] { action = [options] { return PrintText(*options); }; });
 }
 

@@ -7,6 +7,7 @@
 
 #include "platform/Services.h"
 #include "program/Commands.h"
+#include "program/FilterList.h"
 #include "program/Messages.h"
 
 namespace program {
@@ -69,15 +70,30 @@ int RunAction(const Action& action) {
   return kSomeFailed;
 }
 
+// A first word that is none of the commands.
+void CheckCommand(const CLI::App& app, const std::vector<std::string>& arguments) {
+  if (arguments.empty() || arguments[0].empty() || arguments[0][0] == '-') return;
+  std::vector<std::string> names;
+  for (const CLI::App* const command : app.get_subcommands({}))
+    names.push_back(command->get_name());
+  if (std::find(names.begin(), names.end(), arguments[0]) != names.end()) return;
+  throw UsageError("unknown command " + Quoted(arguments[0]) + Suggestion(arguments[0], names) +
+                   " (fxbox --help tells more)");
+}
+
 int Run(std::vector<std::string> arguments) {
   CLI::App app("Applies chains of filters to pictures", "fxbox");
   Action action;
   AddCommands(app, action);
   try {
+    CheckCommand(app, arguments);
     std::reverse(arguments.begin(), arguments.end());  // the library takes them last one first
     app.parse(std::move(arguments));
   } catch (const CLI::ParseError& outcome) {
     return TellParsing(app, outcome);
+  } catch (const UsageError& error) {
+    PrintError(error.what());
+    return kWrongUse;
   }
   return RunAction(action);
 }

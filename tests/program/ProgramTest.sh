@@ -382,6 +382,7 @@ test_wrong_use() {
   refuse '--fit: "big" is no size such as 640x480' apply -c '' --fit big -o out.ppm in.ppm
   refuse '--rect: "1,2,3" is no rectangle such as 0,0,640,480' apply -c '' --rect 1,2,3 -o out.ppm in.ppm
   refuse 'unknown filter "Nobody"' describe Nobody
+  refuse 'unknown command "aply", did you mean "apply"? (fxbox --help tells more)' aply -c ''
   for arguments in '' nonsense 'apply -c x' 'apply --bands 0 in.ppm' 'apply --quality 101 in.ppm' 'apply --zoom -1 in.ppm'; do
     run 2 $arguments
     error_starts 'fxbox: '
@@ -410,7 +411,11 @@ Filter=Größe 50'
   refuse '--file: "plain" is not named .ini' config list --file plain
   refuse '--as: "a,b" is not COMPANY,PRODUCT,VERSION,ID' config list --as a,b
   run 1 config get Locations Filter
-  error_starts 'fxbox: Tesmar.inf: '
+  grep -q '^fxbox: .*Tesmar.inf: it is missing or names no product ZNGallery: copy the sample' stderr ||
+    fail 'the error does not say what to do'
+  cp "$docs/../resources/settings/Tesmar.inf" . # the current folder serves as well
+  run 0 config set --file ./Sennet.ini Locations Filter x
+  run 0 config list
 }
 
 # The settings in the registry.
@@ -481,9 +486,14 @@ test_filters() {
   run 0 filters
   [ "$(grep -c '^ZNFilter\.' stdout)" -eq 46 ] || fail 'not 46 filters'
   run 0 filters --json
+  ! grep -q '%d' stdout || fail 'a default text that apply does not take'
   grep -q '"progId": "ZNFilter.Sepia.1"' stdout || fail 'no sepia filter'
   run 0 describe ZNFilter.RGBColor.1
   grep -q '^  Green  whole number  -100 to 100   default 000' stdout || fail 'no key Green'
+  for preview in RGBColor:exact BlurGauss:scaled Tonwert:measured Sharpen:'100 %'; do
+    run 0 describe ZNFilter.${preview%%:*}.1 --json
+    grep -q "\"preview\": \"${preview#*:}\"" stdout || fail "another preview than $preview"
+  done
   run 0 describe ZNFilter.Sepia.1 --json
   grep -q '"example": "ZNFilter.Sepia.1(Sepia=075)"' stdout || fail 'no example'
 }
@@ -568,6 +578,39 @@ test_register() {
   [ "$(grep -c '^ZNFilter\.' stdout)" -eq 46 ] || fail 'not 46 filters'
   run 0 unregister "$FXBOX_LIBRARY"
   [ -z "$(grep -rl ZNFilter config 2>/dev/null)" ] || fail 'something stays registered'
+  run 1 unregister missing.so
+  error_is 'fxbox: missing.so: there is no such file, and none of its classes is registered'
+}
+
+# A module that was deleted before it was taken back.
+test_unregister_gone() {
+  cp "${FXBOX_LIBRARY:?}" copy.so
+  run 0 register "$FXBOX_LIBRARY"
+  sed -i "s|$(readlink -f "$FXBOX_LIBRARY")|$PWD/copy.so|" $(grep -rl "$(readlink -f "$FXBOX_LIBRARY")" config)
+  rm copy.so
+  run 0 unregister copy.so
+  [ -z "$(grep -rl 'copy.so\|ZNFilter' config 2>/dev/null)" ] || fail 'something stays registered'
+}
+
+# A run that is killed at any time leaves the old output or the new one, and nothing that the next
+# run does not clear away.
+test_kills() {
+  { printf 'P6\n600 400\n255\n'; head -c 720000 /dev/urandom; } >in.ppm
+  run 0 apply -c 'ZNFilter.Invert.1(Inversity=100)' -o new.ppm in.ppm
+  cp in.ppm out.ppm
+  tries=0
+  while [ $tries -lt "${FXBOX_SOAK:-20}" ]; do
+    $prefix apply -c 'ZNFilter.Invert.1(Inversity=100)' -o out.ppm in.ppm >stdout 2>stderr &
+    sleep "0.0$((tries * 7 % 50 + 10))"
+    kill -KILL $! 2>/dev/null
+    wait $! 2>/dev/null
+    cmp -s out.ppm in.ppm || cmp -s out.ppm new.ppm || fail 'neither the old nor the new picture'
+    cp in.ppm out.ppm
+    tries=$((tries + 1))
+  done
+  run 0 apply -c 'ZNFilter.Invert.1(Inversity=100)' -o out.ppm in.ppm
+  cmp -s out.ppm new.ppm || fail 'another picture'
+  no_leftovers
 }
 
 # Names beyond the code page go through unharmed.
