@@ -61,8 +61,7 @@ constexpr char kAt100[] = "100 %";
 constexpr std::string_view kScaledClasses[] = {
     "CScaleFilter",       "CScale100Filter",  "CPrintScaleFilter", "CUnsharpMaskFilter",
     "CBlurGaussFilter",   "CBlurSelFilter",   "CSchattenFilter",   "CRedEyeFilter",
-    "CPasspartoutFilter", "CRauchglasFilter", "CSoftFrameFilter",  "CTextFilter",
-    "WaterSignFilter"};
+    "CPasspartoutFilter", "CRauchglasFilter", "CTextFilter",       "WaterSignFilter"};
 
 // Classes that look at single pixels or count them, whatever the zoom is.
 constexpr std::string_view kAt100Classes[] = {"CScharfFilter",    "CWeichFilter",  "CStaubFilter",
