@@ -12,6 +12,7 @@
 #include "core/DataXferObj.h"
 #include "core/PdibFilterChain.h"
 #include "platform/component/ComPtr.h"
+#include "tests/support/TestFilters.h"
 
 namespace {
 
@@ -150,12 +151,25 @@ TEST(FitForIA, FourProgIdsAreNotFit) {
   EXPECT_TRUE(IsFitForIA(nullptr));
 }
 
-TEST(SaveChain, GivesTheWholeTextOrNone) {
+// A chain whose one filter has a text of this length.
+KvString Saved(std::size_t length) {
   const auto chain = ComPtr<IAnimFilterChain>::Attach(new CPdibFilterChain);
+  const auto filter = testing_support::Make(testing_support::TestClass(
+      "Test.Long.1", 5000, 0, &testing_support::MakeFilter<testing_support::RecordingFilter>));
+  chain->Insert(static_cast<IAnimFilter*>(filter.Get()));
+  filter->SetParameter(std::string(length, 'x').c_str(), 1);
   KvString text = "before";
   SaveChainAsText(chain.Get(), text, "(", ")");
-  EXPECT_EQ(text, "");
-  text = "before";
+  return text;
+}
+
+TEST(SaveChain, GivesTheWholeTextOrNone) {
+  EXPECT_EQ(Saved(3), "Test.Long.1(xxx)");
+  const int around = static_cast<int>(std::strlen("Test.Long.1()"));
+  EXPECT_EQ(Saved(3999).GetLength(), 3999 + around) << "with a second buffer";
+  EXPECT_EQ(Saved(63986).GetLength(), 63986 + around);
+  EXPECT_EQ(Saved(63987), "") << "64,000 with the terminator";
+  KvString text = "before";
   SaveChainAsText(nullptr, text, "(", ")");
   EXPECT_EQ(text, "");
 }

@@ -3,7 +3,9 @@
 
 #include <regex>
 
+#include "core/PdibFilter.h"
 #include "core/TransferFormats.h"
+#include "filters/FilterClasses.h"
 #include "tests/dialogs/DialogRig.h"
 
 namespace {
@@ -390,6 +392,24 @@ TEST_F(DialogHost, LocalizeAsksTheHostFirst) {
   EXPECT_EQ(Call("Localize", nullptr, nullptr, 10), 0);
   OpenDialog();
   EXPECT_NE(Slider("Kraft"), 0);
+}
+
+TEST_F(DialogHost, IconsAskTheSameHostForTheirName) {
+  const FilterClass* row = FilterClasses().data();
+  while (std::string(row->progId) != kSepia) ++row;
+  const auto filter = ComPtr<CPdibFilter>::Attach(row->make(*row));
+  ComPtr<IAnimFilterIcon> icon;
+  ASSERT_EQ(filter->CreateIcon(IAnimFilterIcon::kIid, icon.PutVoid()), S_OK);
+  const auto linkable = ComPtr<IAnimLinkable>::Query(icon.Get());
+  const auto name = [&] {
+    char text[40] = "";
+    linkable->Link(static_cast<IUnknown*>(DialogHostUnknown(host)), nullptr);
+    icon->GetDisplayName(text, sizeof text);
+    return std::string(text);
+  };
+  EXPECT_EQ(name(), row->gloss);
+  SetDialogHostWords(host, "IDS_SEPIA_NAME", "Alte Fotografie", &testing_support::SetString);
+  EXPECT_EQ(name(), "Alte Fotografie");
 }
 
 TEST_F(DialogHost, DeleteTellsTheHostInOrder) {
