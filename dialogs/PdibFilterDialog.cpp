@@ -7,6 +7,7 @@
 #include "base/CodePage.h"
 #include "core/AnimInterfaces.h"
 #include "core/DataXferObj.h"
+#include "core/GrowingText.h"
 #include "core/ParameterText.h"
 #include "core/TransferFormats.h"
 #include "dialogs/Connections.h"
@@ -29,7 +30,7 @@ constexpr int kResetWord = 2;
 constexpr int kAllowedEffects = DROPEFFECT_COPY | DROPEFFECT_MOVE;
 
 constexpr int kFirstTextSize = 1023;
-constexpr int kMostTextSize = 16 << 20;
+constexpr int kMostWords = 16 << 20;
 
 KvString NewInstanceId(const char* progId) {
   static std::atomic<int> count{0};
@@ -46,14 +47,9 @@ const char* AsText(std::intptr_t argument) {
   return reinterpret_cast<const char*>(argument);
 }
 
-// The filter's text, by buffers that grow until it answers.
-std::optional<std::string> TextOf(IAnimFilterParameter& filter) {
-  for (int size = kFirstTextSize; size <= kMostTextSize; size = 2 * (size + 1)) {
-    std::vector<char> buffer(static_cast<std::size_t>(size) + 1);
-    const HRESULT status = filter.GetParameter(buffer.data(), size);
-    if (SUCCEEDED(status) && buffer[0]) return std::string(buffer.data());
-  }
-  return std::nullopt;
+std::string TextOf(IAnimFilterParameter& filter) {
+  return core::GrowingText(
+      [&](char* buffer, int size) { return filter.GetParameter(buffer, size); }, kFirstTextSize);
 }
 
 HRESULT AnswerFlag(std::intptr_t target, bool value) {
@@ -198,14 +194,14 @@ CPdibFilterDialog::Status CPdibFilterDialog::CompareTexts(std::string& text) {
   for (const auto& sink : filters) {
     const auto filter = ComPtr<IAnimFilterParameter>::Query(sink.Get());
     if (!filter) continue;
-    const auto own = TextOf(*filter.Get());
-    if (!own) {
+    const std::string own = TextOf(*filter.Get());
+    if (own.empty()) {
       hasUnreadable = true;
       return kDifferent;
     }
-    if (status == kSame && *own != text) return kDifferent;
+    if (status == kSame && own != text) return kDifferent;
     status = kSame;
-    text = *own;
+    text = own;
   }
   return status;
 }
@@ -249,7 +245,7 @@ void CPdibFilterDialog::GiveText(const std::string& text) {
   for (const auto& sink : filters) {
     const auto filter = ComPtr<IAnimFilterParameter>::Query(sink.Get());
     if (!filter) continue;
-    if (!hasUnreadable || TextOf(*filter.Get())) {
+    if (!hasUnreadable || !TextOf(*filter.Get()).empty()) {
       filter->SetParameter(text.c_str(), 1);
     } else if (!changes.empty()) {
       filter->SetParameter(changes.c_str(), 1);
@@ -507,7 +503,7 @@ HRESULT CPdibFilterDialog::CallTimer(std::intptr_t text, std::intptr_t, std::int
 HRESULT CPdibFilterDialog::CallLocalize(std::intptr_t key, std::intptr_t buffer,
                                         std::intptr_t size) {
   const std::string words = base::FromUtf8(Words(AsText(key)));
-  const int room = static_cast<int>(std::clamp<std::intptr_t>(size, 0, kMostTextSize));
+  const int room = static_cast<int>(std::clamp<std::intptr_t>(size, 0, kMostWords));
   CopyParameterText(words, 0, reinterpret_cast<char*>(buffer), room);
   return S_OK;
 }
