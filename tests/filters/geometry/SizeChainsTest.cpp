@@ -147,6 +147,31 @@ TEST(SizeChains, CropsAskForPixelsThatExist) {
   EXPECT_EQ(rows.WrittenOutside(0, 0, 10, 12), "");
 }
 
+// Pixel by pixel, and in what the destination is told last.
+TEST(SizeChains, CompositesEqualTheirPartsInARow) {
+  struct Case {
+    Link composite;
+    std::vector<Link> parts;
+  };
+  const Case cases[] = {
+      {{"RotCrop", "Angle=0.3,Mirrored=1,LeftMargin=0.2,TopMargin=0.9,FixRatioOn=0"},
+       {{"Rotate", "MirrorOn=1,Angle=-17.18873,AlignLeftBottom=0"},
+        {"Offset", "OffsetX=1,OffsetY=3"},
+        {"Crop", "LeftMargin=0.2,TopMargin=0.9,FixRatioOn=0"}}},
+      {{"PrintScale", "PrintWidth=30,PrintHeight=50,PrintTurn=3"},
+       {{"Rotate", "Angle=270,AlignLeftBottom=0"},
+        {"Scale",
+         "KeepProportions=2,AllowEnlarge=1,MaximumHorizontalSize=30,MaximumVerticalSize=50"}}},
+      {{"PrintCrop", "MarginL=0.1,MarginR=0.6,MarginB=0.3,MarginT=0.8"},
+       {{"Crop", "LeftMargin=0.1,RightMargin=0.6,BottomMargin=0.3,TopMargin=0.8,FixRatioOn=0"}}}};
+  for (const Case& c : cases) {
+    Rig composite(Noise(40, 23, Masks::Noise, 5), MakeAll({c.composite}));
+    Rig parts(Noise(40, 23, Masks::Noise, 5), MakeAll(c.parts));
+    EXPECT_EQ(Difference(parts.PullWhole(), composite.PullWhole()), "") << c.composite.name;
+    EXPECT_EQ(composite.destination->calls.back(), parts.destination->calls.back());
+  }
+}
+
 TEST(SizeChains, CompositesMapSizesThroughTheirParts) {
   for (const auto& [link, width, height] :
        {std::tuple(kLeft, 100, 50), {kUpper, 70, 100}, {kTurnedLeft, 140, 50}}) {
