@@ -1,5 +1,7 @@
 #include "dialogs/PdibFilterDialog.h"
 
+#include <olectl.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cstring>

@@ -1,5 +1,5 @@
 // The component between a dialog's window, its filters and the host.
-#include <winbase.h>
+#include <olectl.h>
 
 #include <regex>
 
