@@ -74,6 +74,13 @@ template <class Vector>
 
 // --- doubles
 
+// GCC makes two instructions of the general forms where the limit is a constant.
+[[gnu::always_inline]] inline Doubles Max(Doubles value, Doubles limit) {
+  return _mm256_max_pd(value, limit);
+}
+[[gnu::always_inline]] inline Doubles Min(Doubles value, Doubles limit) {
+  return _mm256_min_pd(value, limit);
+}
 // a * b + c, rounded once.
 [[gnu::always_inline]] inline Doubles MultiplyAdd(Doubles a, Doubles b, Doubles c) {
   return _mm256_fmadd_pd(a, b, c);

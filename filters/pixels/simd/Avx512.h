@@ -88,6 +88,12 @@ template <int kNumber>
 
 // --- doubles
 
+[[gnu::always_inline]] inline Doubles Max(Doubles value, Doubles limit) {
+  return _mm512_maskz_max_pd(kAll8, value, limit);
+}
+[[gnu::always_inline]] inline Doubles Min(Doubles value, Doubles limit) {
+  return _mm512_maskz_min_pd(kAll8, value, limit);
+}
 [[gnu::always_inline]] inline Doubles MultiplyAdd(Doubles a, Doubles b, Doubles c) {
   return _mm512_fmadd_pd(a, b, c);
 }
