@@ -56,6 +56,10 @@ std::string Output::Failure() const {
   return kCannotWrite + reason;
 }
 
+Output::Output() : memory(std::ios::in | std::ios::out | std::ios::binary), isMemory(true) {
+  static_cast<std::ios&>(stream).rdbuf(&memory);
+}
+
 void Output::Write(const void* from, std::size_t count) {
   if (!TryWrite(from, count)) throw ImageError(kCannotWrite);
 }
@@ -81,14 +85,26 @@ std::int64_t Output::TrySeek(std::int64_t offset, int origin) noexcept try {
   const auto from = origin == SEEK_END   ? std::ios::end
                     : origin == SEEK_CUR ? std::ios::cur
                                          : std::ios::beg;
+  if (isMemory && from == std::ios::beg) FillUpTo(offset);
   stream.seekp(offset, from);
   return stream.tellp();
 } catch (...) {
   return -1;
 }
 
+// A file may be written to behind its end, memory may not.
+void Output::FillUpTo(std::int64_t position) {
+  stream.seekp(0, std::ios::end);
+  for (std::int64_t at = stream.tellp(); at < position; ++at) stream.put('\0');
+}
+
+std::vector<std::uint8_t> Output::TakeBytes() {
+  const std::string_view view = memory.view();
+  return {view.begin(), view.end()};
+}
+
 void Output::Close() {
-  stream.close();
+  if (!isMemory) stream.close();
   if (!stream) NoteFailure();
   if (failed) throw ImageError(Failure());
 }

@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "imageio/ImageFile.h"
 #include "imageio/RowSink.h"
@@ -51,12 +53,16 @@ class Picture {
 class Output {
  public:
   explicit Output(const std::filesystem::path& file);
+  // Collects the file in memory.
+  Output();
   void Write(const void* from, std::size_t count);
   bool TryWrite(const void* from, std::size_t count) noexcept;
   std::size_t TryRead(void* to, std::size_t count) noexcept;
   // The new position, or -1.
   std::int64_t TrySeek(std::int64_t offset, int origin) noexcept;
   void Close();
+  // What was collected in memory, after Close.
+  std::vector<std::uint8_t> TakeBytes();
 
   bool HasFailed() const { return failed; }
   // With the system's reason.
@@ -65,7 +71,11 @@ class Output {
  private:
   void NoteFailure() noexcept;
 
+  void FillUpTo(std::int64_t position);
+
   std::fstream stream;
+  std::stringbuf memory;  // in the place of the file
+  bool isMemory = false;
   bool failed = false;
   int error = 0;  // the system's, of the first failure
 };

@@ -240,6 +240,19 @@ void SetPictureSize(Metadata& metadata, int width, int height) {
   SetXmpSize(metadata.xmp, width, height);
 }
 
+std::vector<std::uint8_t> EncodeImage(Format format, int width, int height, const Rows& rows,
+                                      const WriteOptions& options) {
+  if (width < 1 || height < 1) throw ImageError("the picture has no size");
+  if (format == Format::Unknown) throw ImageError("pictures of this kind cannot be written");
+  return Guarded([&] {
+    const Picture picture(width, height, rows);
+    Output output;
+    Encode(output, format, picture, options, {});
+    output.Close();
+    return output.TakeBytes();
+  });
+}
+
 Format FormatOfName(const std::filesystem::path& file) {
   constexpr std::pair<const char*, Format> kExtensions[] = {
       {".pnm", Format::Pnm},   {".pbm", Format::Pnm},   {".pgm", Format::Pnm},

@@ -121,6 +121,10 @@ FXBOX_API bool WriteImage(const std::filesystem::path& file, Format format, int 
                           const Rows& rows, const WriteOptions& options = {},
                           const Progress& progress = {});
 
+// The same as a file in memory.
+FXBOX_API std::vector<std::uint8_t> EncodeImage(Format format, int width, int height,
+                                                const Rows& rows, const WriteOptions& options = {});
+
 // Takes the small preview picture out of an EXIF block, for who changes the picture. Whatever else
 // the block holds stays; a block that cannot be understood stays as it is.
 FXBOX_API void DropThumbnail(std::vector<std::uint8_t>& exif);

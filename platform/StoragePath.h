@@ -22,4 +22,8 @@ FXBOX_API std::string StoragePathOf(const std::filesystem::path& path);
 // The path in the wide characters that the system's storage functions take.
 FXBOX_API std::u16string WideStoragePath(std::string_view text);
 
+// Whether a compound file that is changed in place holds its old or its new content after any end
+// of the process.
+FXBOX_API bool CompoundFilesSurviveKills();
+
 }  // namespace platform

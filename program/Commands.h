@@ -27,5 +27,6 @@ void AddShareCommand(CLI::App& program, Action& action);
 void AddConfigCommand(CLI::App& program, Action& action);
 void AddDialogCommand(CLI::App& program, Action& action);
 void AddLogCommand(CLI::App& program, Action& action);
+void AddBoxCommand(CLI::App& program, Action& action);
 
 }  // namespace program

@@ -5,8 +5,10 @@
 #include <map>
 
 #include "base/CodePage.h"
+#include "program/BoxPictures.h"
 #include "program/Messages.h"
 #include "program/WholePicture.h"
+#include "storage/PictureNames.h"
 
 namespace program {
 namespace {
@@ -97,8 +99,12 @@ void CheckOptions(const OutputOptions& options) {
   if (options.inPlace) throw UsageError("--in-place keeps the name of a file, and so its kind");
 }
 
-// What results are named after: of a shared picture the id, which may hold what names may not.
+// What results are named after: a picture in a box lies beside the box; of a shared picture the
+// id, which may hold what names may not.
 fs::path NameOf(const fs::path& input) {
+  if (const auto inBox = SplitBoxInput(Utf8Of(input))) {
+    return PathOf(inBox->box).parent_path() / PathOf(picbox::CleanName(inBox->name));
+  }
   const auto id = SharedIdOf(Utf8Of(input));
   if (!id) return input;
   std::string name = *id;

@@ -2,6 +2,7 @@
 
 #include <charconv>
 
+#include "program/BoxPictures.h"
 #include "program/Messages.h"
 #include "program/WholePicture.h"
 
@@ -61,6 +62,8 @@ PictureInput::PictureInput(const std::filesystem::path& file, const PictureLimit
     if (!shared->IsValid()) throw FileError(name, "nobody shares a picture under this id");
   } else if (file == kStandard) {
     bytes = ReadStandardInput(IsPicture);
+  } else if (const auto inBox = SplitBoxInput(Utf8Of(file))) {
+    bytes = ReadBoxInput(*inBox);
   } else if (IsPipe(file)) {
     bytes = ReadPipe(file, IsPicture);
   }

@@ -28,8 +28,8 @@ PictureLimits ParseLimit(const std::string& text);
 
 class PictureInput {
  public:
-  // Reads a pipe to its end and attaches to a shared picture; of a file nothing yet. A FileError
-  // when that fails.
+  // Reads a pipe to its end and a picture "BOX::NAME" out of its box, and attaches to a shared
+  // picture; of a file nothing yet. A FileError when that fails.
   PictureInput(const std::filesystem::path& file, const PictureLimits& pictureLimits);
 
   // How messages name it.

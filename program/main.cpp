@@ -39,6 +39,7 @@ void AddCommands(CLI::App& app, Action& action) {
   AddShareCommand(app, action);
   AddConfigCommand(app, action);
   AddLogCommand(app, action);
+  AddBoxCommand(app, action);
 }
 
 // What was printed may have been lost: the disk is full, or nobody reads any more.

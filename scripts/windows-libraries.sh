@@ -149,7 +149,8 @@ buildAll() {
     -Dlibdeflate=OFF -Dcxx=OFF -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF
 
   # Without the libraries that only serve compressed font files and bitmaps in fonts.
-  build freetype -DFT_DISABLE_{ZLIB,BZIP2,PNG,HARFBUZZ,BROTLI}=ON
+  # Its own copy of zlib would meet the real one in one program.
+  build freetype -DFT_REQUIRE_ZLIB=ON -DFT_DISABLE_{BZIP2,PNG,HARFBUZZ,BROTLI}=ON
   buildHarfbuzz
   buildFribidi
 

@@ -99,7 +99,9 @@ unsigned ZlibImplementation::DecompressBlock(void* block, unsigned count, IKvRea
   state.avail_out = count;
   while (state.avail_out > 0 && mode == Mode::Decompressing) {
     if (state.avail_in == 0) Refill(source);
-    if (inflate(&state, Z_NO_FLUSH) != Z_OK) mode = Mode::Ended;
+    const int result = inflate(&state, Z_NO_FLUSH);
+    if (result != Z_OK) mode = Mode::Ended;
+    hasSeenEnd = result == Z_STREAM_END;
   }
   return count - state.avail_out;
 }

@@ -40,6 +40,8 @@ class FXBOX_API ZlibImplementation {
   // Fewer bytes than asked for at the end of the data, which a fault in them looks like as well.
   unsigned DecompressBlock(void* block, unsigned count, IKvRead& source);
   void EndDecompressing();
+  // Whether the end marker was read, and the sum behind it is right.
+  bool HasSeenEnd() const { return hasSeenEnd; }
 
  private:
   void NeedMode(Mode needed) const;
@@ -50,6 +52,7 @@ class FXBOX_API ZlibImplementation {
   std::unique_ptr<BYTE[]> buffer;
   unsigned size;
   Mode mode = Mode::Closed;
+  bool hasSeenEnd = false;
 };
 
 // Compresses what is written. The target, which has to live longer, is the caller's.
@@ -74,6 +77,8 @@ class FXBOX_API KvZlibRead final : private ZlibImplementation, public IKvRead {
   explicit KvZlibRead(IKvRead* source);
   ~KvZlibRead();
   unsigned Read(void* block, unsigned count) override;
+  // Whether Read has come to the end marker of a stream that is whole.
+  bool IsComplete() const { return HasSeenEnd(); }
 
  private:
   IKvRead* inner;

@@ -60,4 +60,8 @@ std::u16string WideStoragePath(std::string_view text) {
   return PathOfStorage(text).u16string();
 }
 
+bool CompoundFilesSurviveKills() {
+  return true;
+}
+
 }  // namespace platform

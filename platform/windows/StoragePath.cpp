@@ -17,4 +17,8 @@ std::u16string WideStoragePath(std::string_view text) {
   return base::ToWide(text);
 }
 
+bool CompoundFilesSurviveKills() {
+  return false;
+}
+
 }  // namespace platform

@@ -108,8 +108,8 @@ TEST(CompressedStreams, StopReadingAtTheEndMarker) {
 TEST(CompressedStreams, PassOnWhatTheInnerStreamThrows) {
   FailingSource source;
   KvZlibRead reader(&source);
-  char byte;
-  EXPECT_THROW(reader.Read(&byte, 1), KvStreamException);
+  char letter;
+  EXPECT_THROW(reader.Read(&letter, 1), KvStreamException);
   FailingTarget target;
   EXPECT_THROW({ KvZlibWrite writer(&target); }, KvStreamException);
   // One exception at a time: the program would end.

@@ -1,0 +1,386 @@
+// fxbox box: picture boxes, and any compound file.
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <fstream>
+#include <iostream>
+#include <memory>
+
+#include "imageio/ImageLoader.h"
+#include "imageio/StoredBitmap.h"
+#include "platform/Services.h"
+#include "program/BoxChanges.h"
+#include "program/BoxFile.h"
+#include "program/BoxPictures.h"
+#include "program/BoxTree.h"
+#include "program/Commands.h"
+#include "program/Json.h"
+#include "program/Messages.h"
+#include "storage/KvErrors.h"
+#include "storage/PictureNames.h"
+#include "storage/PictureStream.h"
+
+namespace program {
+namespace {
+
+struct BoxOptions {
+  std::string box;
+  std::string name;
+  std::string second;
+  std::optional<std::string> third;
+  std::string output;
+  std::optional<std::string> at;
+  std::optional<std::string> block;
+  AddRequest add;
+  bool json = false;
+  bool native = false;
+  bool encoded = false;
+  bool dib = false;
+  bool toNew = false;
+  bool toOld = false;
+};
+
+constexpr char kExamples[] = R"(Examples:
+  fxbox box add shots.box photo.jpg             keeps the photo's pixels in a compound file
+  fxbox box add shots/ --native *.jpg           keeps the files in the folder shots_kv
+  fxbox box list shots.box --json
+  fxbox box get shots.box photo -o photo.png
+  fxbox apply -c 'ZNFilter.Sepia.1(Sepia=050)' -o sepia.jpg shots.box::photo
+A BOX that ends in "/" is a folder.)";
+
+// --- list and info
+
+template <class Value>
+Json OrNull(const std::optional<Value>& value) {
+  return value ? Json(*value) : Json(nullptr);
+}
+
+template <class Value>
+std::string OrDash(const std::optional<Value>& value) {
+  return value ? std::to_string(*value) : "-";
+}
+
+Json ListedJson(const PictureDetails& details) {
+  return {{"name", base::ToUtf8(details.name)},
+          {"generation", details.generation},
+          {"kind", details.kind},
+          {"width", OrNull(details.width)},
+          {"height", OrNull(details.height)},
+          {"bytes", details.bytes}};
+}
+
+void PrintListed(const PictureDetails& details) {
+  std::cout << base::ToUtf8(details.name) << '\t' << details.generation << '\t' << details.kind
+            << '\t' << OrDash(details.width) << '\t' << OrDash(details.height) << '\t'
+            << details.bytes << '\n';
+}
+
+int List(const BoxOptions& options) {
+  BoxFile box(options.box, BoxAccess::Read);
+  Json list = Json::array();
+  for (const BoxEntry& entry : box.Entries()) {
+    const PictureDetails details = Describe(box, entry, false);
+    if (options.json) {
+      list.push_back(ListedJson(details));
+    } else {
+      PrintListed(details);
+    }
+  }
+  if (options.json) PrintJson(list);
+  return kDone;
+}
+
+std::string Hexadecimal(const std::string& bytes) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string text;
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    text += {kDigits[byte / 16], kDigits[byte % 16]};
+  }
+  return text;
+}
+
+Json InfoJson(const PictureDetails& details) {
+  Json json{{"name", base::ToUtf8(details.name)},
+            {"generation", details.generation},
+            {"kind", details.kind}};
+  json["tag"] = details.tag.empty() ? Json(nullptr) : Json(base::ToUtf8(details.tag));
+  json["headerSize"] = details.headerSize;
+  json["x"] = OrNull(details.x);
+  json["y"] = OrNull(details.y);
+  json["width"] = OrNull(details.width);
+  json["height"] = OrNull(details.height);
+  json["bits"] = OrNull(details.bits);
+  json["colours"] = OrNull(details.colours);
+  json["bytes"] = details.bytes;
+  json["encodedBytes"] = OrNull(details.encodedBytes);
+  json["text"] = details.text ? Json(base::ToUtf8(*details.text)) : Json(nullptr);
+  json["block"] = details.block ? Json(Hexadecimal(*details.block)) : Json(nullptr);
+  return json;
+}
+
+int Info(const BoxOptions& options) {
+  BoxFile box(options.box, BoxAccess::Read);
+  const Json json = InfoJson(Describe(box, box.Need(ChainTextOf(options.name)), true));
+  if (options.json) {
+    PrintJson(json);
+    return kDone;
+  }
+  for (const auto& [key, value] : json.items()) {
+    std::cout << key << '\t' << (value.is_string() ? value.get<std::string>() : value.dump())
+              << '\n';
+  }
+  return kDone;
+}
+
+// --- tree and check
+
+std::vector<TreeElement> TreeOf(const std::string& name, bool reads) {
+  std::error_code error;
+  const bool isFolder = std::filesystem::is_directory(PathOf(name), error);
+  if (isFolder) return TreeOfFolder(PathOf(name));
+  if (NamesFolder(name)) {
+    if (!std::filesystem::is_directory(BoxFolder(name), error)) {
+      throw FileError(name, "there is no such folder");
+    }
+    return TreeOfFolder(BoxFolder(name));
+  }
+  const CompoundFile file(name);
+  return TreeOfCompound(*file.Element(), reads);
+}
+
+int Tree(const BoxOptions& options) {
+  Json list = Json::array();
+  for (const TreeElement& element : TreeOf(options.box, false)) {
+    const char* type = element.isStorage ? "storage" : "stream";
+    if (options.json) {
+      list.push_back({{"path", element.path}, {"type", type}, {"bytes", element.bytes}});
+    } else {
+      std::cout << element.path << '\t' << type << '\t' << element.bytes << '\n';
+    }
+  }
+  if (options.json) PrintJson(list);
+  return kDone;
+}
+
+int Check(const BoxOptions& options) {
+  int status = kDone;
+  const auto tell = [&status](const std::string& name, const std::string& fault) {
+    std::cout << name << ": " << fault << '\n';
+    status = kSomeFailed;
+  };
+  for (const TreeElement& element : TreeOf(options.box, true)) {
+    if (!element.fault.empty()) tell(element.path, element.fault);
+  }
+  BoxFile box(options.box, BoxAccess::Read);
+  for (const BoxEntry& entry : box.Entries()) {
+    const std::string fault = FaultOf(box, entry);
+    if (!fault.empty()) tell(base::ToUtf8(entry.name), fault);
+  }
+  for (const std::string& note : BrokenNotes(box)) {
+    tell(base::ToUtf8(note), "the note is broken");
+  }
+  return status;
+}
+
+// --- get
+
+bool WriteBytes(const std::filesystem::path& file, const PictureBytes& bytes) {
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  stream.write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+  return static_cast<bool>(stream.flush());
+}
+
+PictureBytes Converted(const PictureBytes& file, imageio::Format format, const BoxFile& box,
+                       const std::string& name) {
+  imageio::ImageLoader loader(file);
+  if (loader.HadError()) box.FailPicture(name, loader.Error());
+  imageio::ImageLoader saver;
+  saver.SetImage(loader.ImageDIB());
+  saver.SetMask(loader.MaskDIB());
+  saver.PutMetadata(loader.FileMetadata());
+  PictureBytes result = saver.SaveAs(format);
+  if (result.empty()) box.FailPicture(name, saver.Error());
+  return result;
+}
+
+PictureBytes Gotten(BoxFile& box, const BoxEntry& entry, const std::filesystem::path& output) {
+  if (picbox::SameText(Utf8Of(output.extension()), ".raw")) {
+    const picbox::FoundPicture found = box.Open(entry);
+    found.stream->Seek(0, 0);
+    return picbox::ReadStored(*found.stream, found.stream->GetLength());
+  }
+  const imageio::Format format = imageio::FormatOfName(output);
+  if (format == imageio::Format::Unknown) {
+    throw UsageError(Utf8Of(output) + ": pictures of this kind cannot be written");
+  }
+  PictureBytes file = PictureFileOf(box, entry, imageio::Format::Pam);
+  const bool isJpeg = imageio::ImageLoader::GetType(file) == imageio::kTypeJpeg;
+  // A stored JPEG goes out as it is.
+  if (isJpeg && format == imageio::Format::Jpeg) return file;
+  return Converted(file, format, box, entry.name);
+}
+
+int Get(const BoxOptions& options) {
+  const std::filesystem::path output = PathOf(options.output);
+  PictureBytes bytes;
+  {
+    BoxFile box(options.box, BoxAccess::Read);
+    bytes = Gotten(box, box.Need(ChainTextOf(options.name)), output);
+  }
+  const auto failure = platform::CurrentServices().files->Replace(
+      output, [&bytes](const std::filesystem::path& file) { return WriteBytes(file, bytes); });
+  if (failure) {
+    throw FileError(options.output, failure->empty() ? "the file cannot be written" : *failure);
+  }
+  return kDone;
+}
+
+// --- add
+
+std::int32_t Coordinate(std::string_view text) {
+  std::int32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    throw UsageError("--at: X,Y are two whole numbers");
+  }
+  return number;
+}
+
+int Add(const BoxOptions& options) {
+  AddRequest request = options.add;
+  if (options.native + options.encoded + options.dib > 1) {
+    throw UsageError("--native, --encoded and --dib exclude each other");
+  }
+  request.as = options.native    ? StoreAs::Native
+               : options.encoded ? StoreAs::Encoded
+                                 : StoreAs::Bitmap;
+  if (options.at) {
+    const std::size_t comma = options.at->find(',');
+    if (comma == options.at->npos) throw UsageError("--at: X,Y are two whole numbers");
+    if (options.native) throw UsageError("--at: a plain file has no position");
+    request.x = Coordinate(std::string_view(*options.at).substr(0, comma));
+    request.y = Coordinate(std::string_view(*options.at).substr(comma + 1));
+  }
+  return AddToBox(request);
+}
+
+// Faults of files in a folder box end like all others.
+Action Guarded(std::function<int()> run) {
+  return [run] {
+    try {
+      return run();
+    } catch (const KvFileException& error) {
+      throw std::runtime_error(base::ToUtf8(error.Message().View()));
+    } catch (const KvStreamException& error) {
+      throw std::runtime_error(std::string("a compressed stream: ") + error.Message());
+    }
+  };
+}
+
+using Options = std::shared_ptr<BoxOptions>;
+
+class Commands {
+ public:
+  Commands(CLI::App& program, Action& chosen)
+      : action(chosen), box(program.add_subcommand("box", "Picture boxes and compound files")) {
+    box->require_subcommand(1);
+    box->footer(kExamples);
+  }
+
+  CLI::App* New(const char* name, const char* help, int (*run)(const BoxOptions&)) {
+    CLI::App* const command = box->add_subcommand(name, help);
+    Action& target = action;
+    command->callback([this_options = options, run, &target] {
+      target = Guarded([this_options, run] { return run(*this_options); });
+    });
+    return command;
+  }
+
+  void AddReading() {
+    CLI::App* list = New("list", "List the pictures of a box", &List);
+    list->add_option("BOX", options->box)->required()->type_name("");
+    list->add_flag("--json", options->json, "As JSON");
+    CLI::App* tree = New("tree", "List everything in a compound file or folder", &Tree);
+    tree->add_option("FILE", options->box)->required()->type_name("");
+    tree->add_flag("--json", options->json, "As JSON");
+    CLI::App* info = New("info", "Tell all about a picture", &Info);
+    AddBoxAndName(*info);
+    info->add_flag("--json", options->json, "As JSON");
+    CLI::App* get = New("get", "Write a picture to a file", &Get);
+    AddBoxAndName(*get);
+    get->add_option("-o,--output", options->output,
+                    "File to write: png, pam, tif, jpg, bmp; raw: the stored bytes")
+        ->required()
+        ->type_name("OUT");
+    CLI::App* check = New("check", "Read everything and tell what is broken", &Check);
+    check->add_option("BOX", options->box)->required()->type_name("");
+  }
+
+  void AddAdd() {
+    CLI::App* add = New("add", "Put picture files into a box, which is made as needed", &Add);
+    add->add_option("BOX", options->add.box)->required()->type_name("");
+    add->add_option("FILE", options->add.files)->required()->type_name("");
+    add->add_option("--name", options->add.name, "Name of the picture (default: the file's)");
+    add->add_flag("--native", options->native, "Keep the file itself");
+    add->add_flag("--encoded", options->encoded, "Keep a JPEG file and the mask beside it");
+    add->add_flag("--dib", options->dib, "Keep the pixels (the default)");
+    add->add_option("--at", options->at, "Position of the picture")->type_name("X,Y");
+    add->add_flag("--replace", options->add.replaces, "Take the place of a picture of this name");
+  }
+
+  void AddChanging() {
+    CLI::App* note = New("note", "Write the note of a picture", [](const BoxOptions& given) {
+      return NotePicture(given.box, given.name, given.second, given.block);
+    });
+    AddBoxAndName(*note);
+    note->add_option("TEXT", options->second)->required()->type_name("");
+    note->add_option("--block", options->block, "File with the 36 bytes of the block")
+        ->type_name("FILE");
+    CLI::App* remove = New("delete", "Delete a picture and its note", [](const BoxOptions& given) {
+      return DeletePicture(given.box, given.name);
+    });
+    AddBoxAndName(*remove);
+    CLI::App* rename = New("rename", "Rename a picture and its note", [](const BoxOptions& given) {
+      return RenamePicture(given.box, given.name, given.second);
+    });
+    AddBoxAndName(*rename);
+    rename->add_option("NEW", options->second)->required()->type_name("");
+    CLI::App* copy = New("copy", "Copy a picture and its note into a box", &Copy);
+    AddBoxAndName(*copy);
+    copy->add_option("TARGETBOX", options->second)->required()->type_name("");
+    copy->add_option("NEWNAME", options->third)->type_name("");
+    copy->add_flag("--new", options->toNew, "In the new format (the default)");
+    copy->add_flag("--old", options->toOld, "In the old format");
+    copy->add_flag("--native", options->native, "As a plain file: a stored JPEG, otherwise PNG");
+  }
+
+ private:
+  static int Copy(const BoxOptions& given) {
+    if (given.toNew + given.toOld + given.native > 1) {
+      throw UsageError("--new, --old and --native exclude each other");
+    }
+    return CopyInBoxes(
+        {given.box, given.name, given.second, given.third, given.toOld, given.native});
+  }
+
+  void AddBoxAndName(CLI::App& command) {
+    command.add_option("BOX", options->box)->required()->type_name("");
+    command.add_option("NAME", options->name)->required()->type_name("");
+  }
+
+  Options options = std::make_shared<BoxOptions>();
+  Action& action;
+  CLI::App* box;
+};
+
+}  // namespace
+
+void AddBoxCommand(CLI::App& program, Action& action) {
+  Commands commands(program, action);
+  commands.AddReading();
+  commands.AddAdd();
+  commands.AddChanging();
+}
+
+}  // namespace program

@@ -1,0 +1,260 @@
+#!/bin/sh
+# Runs fxbox box from outside: BoxTest.sh CASE PROGRAM...
+#   CASE     one of the functions test_... below
+#   PROGRAM  the program, with what runs it ahead of it where it is one of another system
+# FXBOX_SOAK: how many times a writing command is killed (default 20).
+set -u
+case_name=$1
+shift
+prefix="$*"
+
+folder=$(mktemp -d)
+trap 'chmod -R u+w "$folder"; rm -rf "$folder"' EXIT
+cd "$folder" || exit 1
+
+fail() {
+  echo "FAILED: $*" >&2
+  for log in stdout stderr; do
+    [ -s $log ] && sed "s/^/  $log: /" $log >&2
+  done
+  exit 1
+}
+
+# run STATUS ARGUMENT...: the program must end with this status; its output goes to stdout and stderr.
+run() {
+  expected=$1
+  shift
+  $prefix "$@" >stdout.raw 2>stderr.raw
+  status=$?
+  tr -d '\r' <stdout.raw >stdout
+  tr -d '\r' <stderr.raw >stderr
+  [ $status = "$expected" ] || fail "status $status instead of $expected: $*"
+}
+
+output_is() {
+  [ "$(cat stdout)" = "$1" ] || fail "expected the output: $1"
+}
+error_has() {
+  [ "$(wc -l <stderr)" -eq 1 ] || fail "expected one error line"
+  grep -qF "$1" stderr || fail "expected an error line with: $1"
+}
+same() {
+  cmp -s "$1" "$2" || fail "$1 and $2 differ"
+}
+
+# Two opaque pixels, and two of which one is half transparent.
+pictures() {
+  printf 'P6\n2 1\n255\n\001\002\003\004\005\006' >opaque.ppm
+  printf 'P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n\001\002\003\200\004\005\006\377' >alpha.pam
+  run 0 apply --quiet -c 'ZNFilter.Null.1()' -o photo.jpg opaque.ppm
+}
+
+# What every kind of box does.
+box_round_trip() {
+  box=$1
+  pictures
+  run 0 box add "$box" opaque.ppm alpha.pam --at -93,-51
+  run 0 box list "$box"
+  grep -q "^alpha	new	1	2	1	" stdout || fail "alpha is not listed"
+  grep -q "^opaque	new	2	2	1	" stdout || fail "opaque is not listed"
+  run 0 box get "$box" opaque -o out.ppm
+  same out.ppm opaque.ppm
+  run 0 box get "$box" alpha -o out.pam
+  same out.pam alpha.pam
+  run 0 box info "$box" alpha --json
+  for pair in '"x": -93' '"y": -51' '"headerSize": 10' '"bits": 24' '"kind": 1' '"text": null'; do
+    grep -qF "$pair" stdout || fail "no $pair"
+  done
+  run 1 box add "$box" opaque.ppm
+  error_has "there is such a picture already"
+  run 0 box add "$box" alpha.pam --name opaque --replace
+  run 0 box get "$box" opaque -o out2.pam
+  same out2.pam alpha.pam
+  run 0 box add "$box" photo.jpg --native
+  run 0 box get "$box" photo -o out.jpg
+  same out.jpg photo.jpg
+  run 0 box check "$box"
+  output_is ""
+  run 0 box note "$box" photo "$(printf 'gr\303\274n')"
+  run 0 box rename "$box" photo picture
+  run 0 box info "$box" picture --json
+  grep -qF '"name": "picture.jpg"' stdout || fail "not renamed"
+  grep -q '"text": "gr' stdout || fail "the note is gone"
+  grep -q '"block": "56313030300000' stdout || fail "the block is wrong"
+  run 1 box rename "$box" picture alpha
+  error_has "there is such a picture already"
+  run 0 box copy "$box" alpha other.box beta --native
+  run 0 box get other.box beta -o out3.pam
+  same out3.pam alpha.pam
+  run 0 box copy "$box" alpha other.box gamma --old
+  run 0 box info other.box gamma --json
+  grep -qF '"generation": "old"' stdout || fail "not in the old format"
+  grep -qF '"headerSize": 5' stdout || fail "the old head has another size"
+  run 0 box get other.box gamma -o out4.pam
+  same out4.pam alpha.pam
+  run 0 box delete "$box" picture
+  run 1 box get "$box" picture -o out5.jpg
+  error_has "there is no such picture"
+  [ ! -e out5.jpg ] || fail "an output without a picture"
+  run 1 box delete "$box" PicMask
+  run 0 apply --quiet -c 'ZNFilter.Null.1()' -o applied.pam "$box::alpha"
+  same applied.pam alpha.pam
+}
+
+test_compound() {
+  box_round_trip shots.box
+  run 0 box tree shots.box
+  grep -q '^Pictures	storage	0$' stdout || fail "no Pictures in the tree"
+  grep -q '^Pictures/alpha	stream	' stdout || fail "no picture in the tree"
+  ls -A | grep -q '^\.fxbox' && fail "a hidden file is left"
+  return 0
+}
+
+test_folder() {
+  box_round_trip shots/
+  [ -f shots_kv/Pictures/alpha ] || fail "no file for alpha"
+  run 0 box list shots_kv/
+  find . -name '.fxbox*' | grep -q . && fail "a hidden file is left"
+  return 0
+}
+
+test_foreign_files() {
+  pictures
+  : >empty.box
+  printf 'this is no box' >text.box
+  for file in empty.box text.box opaque.ppm; do
+    cp $file before
+    for command in "list $file" "check $file" "tree $file" "info $file a" "delete $file a" \
+      "add $file alpha.pam" "note $file a b"; do
+      run 1 box $command
+      [ "$(wc -l <stderr)" -eq 1 ] || fail "not one line: $command"
+      same $file before
+    done
+  done
+  run 1 box list absent.box
+  [ ! -e absent.box ] || fail "a box was made by looking"
+  run 1 box list absent/
+  run 2 box get shots.box
+  run 2 box add shots.box opaque.ppm --native --dib
+  run 2 box add shots.box opaque.ppm --at 1
+}
+
+test_names() {
+  pictures
+  run 0 box add shots.box opaque.ppm --name 'a/b:c'
+  run 0 box get shots.box 'a/b:c' -o out.ppm
+  run 0 box get shots.box 'A_B_C' -o out.ppm
+  for name in . .. PicMask x.inf; do
+    run 1 box add shots.box opaque.ppm --name "$name"
+    error_has "no picture can have this name"
+  done
+  run 1 box add shots.box opaque.ppm --name abcdefghijklmnopqrstuvwxyzabcdefgh
+  error_has "longer than 31 letters"
+  run 0 box list shots.box
+  [ "$(wc -l <stdout)" -eq 1 ] || fail "another picture is there"
+}
+
+test_damage() {
+  pictures
+  run 0 box add shots/ opaque.ppm alpha.pam
+  picture=shots_kv/Pictures/alpha
+  size=$(wc -c <$picture)
+  head -c $((size - 4)) $picture >cut && cp cut $picture
+  run 1 box check shots/
+  output_is "alpha: the end marker is missing or wrong"
+  head -c 20 $picture >cut && cp cut $picture
+  run 1 box check shots/
+  run 1 box get shots/ alpha -o out.png
+  error_has "the picture is damaged"
+  [ ! -e out.png ] || fail "half a picture was written"
+  printf 'KVQX\377\377\377\377' >shots_kv/Pictures/opaque.inf
+  run 1 box check shots/
+  grep -q '^opaque.inf: the note is broken$' stdout || fail "the note is not told"
+  run 0 box note shots/ opaque better
+  run 0 box info shots/ opaque
+  grep -q '^text	better$' stdout || fail "the note was not written anew"
+}
+
+# What a killed command leaves: each picture as it was or as it should be.
+state() {
+  rm -f now.*
+  for name in one two; do
+    run 0 box get "$1" $name -o now.$name.ppm
+    cmp -s now.$name.ppm opaque.ppm || cmp -s now.$name.ppm other.ppm || fail "$name is neither old nor new"
+  done
+  same now.two.ppm opaque.ppm
+  run 0 box check "$1"
+}
+
+test_kills() {
+  pictures
+  # Large enough for the kill to come in the middle.
+  printf 'P6\n600 400\n255\n' >other.ppm
+  head -c 720000 /dev/urandom >>other.ppm
+  for box in shots.box shots/; do
+    run 0 box add "$box" opaque.ppm --name one
+    run 0 box add "$box" opaque.ppm --name two
+    i=0
+    while [ $i -lt "${FXBOX_SOAK:-20}" ]; do
+      $prefix box add "$box" other.ppm --name one --replace >/dev/null 2>&1 &
+      writer=$!
+      sleep 0.0$((i % 8))$((i % 10))
+      kill -9 $writer 2>/dev/null
+      wait $writer 2>/dev/null
+      state "$box"
+      run 0 box add "$box" opaque.ppm --name one --replace
+      $prefix box copy "$box" two "$box" three >/dev/null 2>&1 &
+      writer=$!
+      sleep 0.00$((i % 10))
+      kill -9 $writer 2>/dev/null
+      wait $writer 2>/dev/null
+      state "$box"
+      $prefix box delete "$box" three >/dev/null 2>&1 &
+      writer=$!
+      sleep 0.00$((i % 10))
+      kill -9 $writer 2>/dev/null
+      wait $writer 2>/dev/null
+      state "$box"
+      i=$((i + 1))
+    done
+    run 0 box list "$box"
+    grep -q fxbox stdout && fail "a staged picture is listed"
+  done
+  return 0
+}
+
+test_two_writers() {
+  pictures
+  for i in 1 2 3 4 5 6; do
+    $prefix box add shots.box opaque.ppm --name a$i 2>err.a$i &
+    first=$!
+    $prefix box add shots.box opaque.ppm --name b$i 2>err.b$i &
+    second=$!
+    wait $first || grep -q 'in use' err.a$i || fail "a$i"
+    wait $second || grep -q 'in use' err.b$i || fail "b$i"
+  done
+  run 0 box check shots.box
+  run 0 box list shots.box
+  [ "$(wc -l <stdout)" -ge 6 ] || fail "pictures are lost"
+}
+
+# Needs a small file system of its own; without the right to mount one, the limit of file sizes.
+test_full_disk() {
+  pictures
+  printf 'P6\n600 400\n255\n' >other.ppm
+  head -c 720000 /dev/urandom >>other.ppm
+  for box in shots.box shots/; do
+    run 0 box add "$box" opaque.ppm --name one
+    (
+      trap '' XFSZ
+      ulimit -f 200
+      $prefix box add "$box" other.ppm --name one --replace >/dev/null 2>stderr
+    ) && fail "a full disk went unnoticed"
+    [ "$(wc -l <stderr)" -eq 1 ] || fail "expected one error line"
+    run 0 box get "$box" one -o out.ppm
+    same out.ppm opaque.ppm
+    run 0 box check "$box"
+  done
+}
+
+"test_$case_name"

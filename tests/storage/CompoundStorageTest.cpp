@@ -1,0 +1,317 @@
+// The storages over compound files: how long they wait for what, and what they say to absent
+// elements.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+
+#include "platform/StoragePath.h"
+#include "platform/component/ComObject.h"
+#include "platform/component/SystemInterfaces.h"
+#include "storage/KvPrivateStorage.h"
+#include "storage/KvStorage.h"
+#include "tests/platform/Support.h"
+#include "tests/storage/MemoryStream.h"
+#include "tests/storage/StorageSupport.h"
+
+using test::Names;
+using test::Put;
+using test::ReadAll;
+using test::StoragePtr;
+using testing_support::ReadFile;
+using testing_support::TemporaryFolder;
+using testing_support::WriteFile;
+
+namespace {
+
+// An element that answers every call with one status and counts them.
+class RefusingStorage final : public platform::ComObject<RefusingStorage, IStorage> {
+ public:
+  explicit RefusingStorage(HRESULT answer) : status(answer) {}
+
+  HRESULT STDMETHODCALLTYPE CreateStream(const OLECHAR*, DWORD mode, DWORD, DWORD,
+                                         IStream**) override {
+    ++creates;
+    lastMode = mode;
+    return status;
+  }
+  HRESULT STDMETHODCALLTYPE OpenStream(const OLECHAR*, void*, DWORD mode, DWORD,
+                                       IStream**) override {
+    ++opens;
+    lastMode = mode;
+    return status;
+  }
+  HRESULT STDMETHODCALLTYPE CreateStorage(const OLECHAR*, DWORD mode, DWORD, DWORD,
+                                          IStorage**) override {
+    ++creates;
+    lastMode = mode;
+    return status;
+  }
+  HRESULT STDMETHODCALLTYPE OpenStorage(const OLECHAR*, IStorage*, DWORD mode, SNB, DWORD,
+                                        IStorage**) override {
+    ++opens;
+    lastMode = mode;
+    return status;
+  }
+  HRESULT STDMETHODCALLTYPE CopyTo(DWORD, const IID*, SNB, IStorage*) override { return status; }
+  HRESULT STDMETHODCALLTYPE MoveElementTo(const OLECHAR*, IStorage*, const OLECHAR*,
+                                          DWORD) override {
+    return status;
+  }
+  HRESULT STDMETHODCALLTYPE Commit(DWORD) override { return status; }
+  HRESULT STDMETHODCALLTYPE Revert() override { return status; }
+  HRESULT STDMETHODCALLTYPE EnumElements(DWORD, void*, DWORD, IEnumSTATSTG**) override {
+    return status;
+  }
+  HRESULT STDMETHODCALLTYPE DestroyElement(const OLECHAR*) override { return status; }
+  HRESULT STDMETHODCALLTYPE RenameElement(const OLECHAR*, const OLECHAR*) override {
+    return status;
+  }
+  HRESULT STDMETHODCALLTYPE SetElementTimes(const OLECHAR*, const FILETIME*, const FILETIME*,
+                                            const FILETIME*) override {
+    return status;
+  }
+  HRESULT STDMETHODCALLTYPE SetClass(REFCLSID) override { return status; }
+  HRESULT STDMETHODCALLTYPE SetStateBits(DWORD, DWORD) override { return status; }
+  HRESULT STDMETHODCALLTYPE Stat(STATSTG*, DWORD) override { return status; }
+
+  HRESULT status;
+  int creates = 0;
+  int opens = 0;
+  DWORD lastMode = 0;
+};
+
+struct Counts {
+  int opens;
+  int creates;
+  bool operator==(const Counts&) const = default;
+};
+
+enum class Call { CreateStream, OpenStream, CreateStorage, OpenStorage };
+
+Counts CallsUntilGivenUp(Call call, HRESULT status, unsigned mode) {
+  auto* element = new RefusingStorage(status);
+  KvStorage storage(element);
+  switch (call) {
+    case Call::CreateStream:
+      EXPECT_EQ(storage.CreateStream("a", mode), nullptr);
+      break;
+    case Call::OpenStream:
+      EXPECT_EQ(storage.OpenStream("a", mode), nullptr);
+      break;
+    case Call::CreateStorage:
+      EXPECT_EQ(storage.CreateStorage("a", mode, false, false), nullptr);
+      break;
+    case Call::OpenStorage:
+      EXPECT_EQ(storage.OpenStorage("a", mode, false, false), nullptr);
+      break;
+  }
+  return {element->opens, element->creates};
+}
+
+std::string PathText(const std::filesystem::path& path) {
+  return platform::StoragePathOf(path);
+}
+
+StoragePtr OpenBox(const std::string& path, unsigned mode) {
+  return StoragePtr(KvStorage::CreateNewKvStorage(path.c_str(), mode, false, false));
+}
+
+}  // namespace
+
+TEST(CompoundStorage, WaitsForWhatSomebodyElseHolds) {
+  constexpr unsigned kChange = OpenModeRead | OpenModeWrite;
+  for (const HRESULT held : {STG_E_ACCESSDENIED, STG_E_SHAREVIOLATION, STG_E_LOCKVIOLATION}) {
+    EXPECT_EQ(CallsUntilGivenUp(Call::CreateStream, held, kChange), (Counts{0, 100}));
+    EXPECT_EQ(CallsUntilGivenUp(Call::CreateStorage, held, kChange), (Counts{0, 100}));
+    EXPECT_EQ(CallsUntilGivenUp(Call::OpenStorage, held, kChange), (Counts{3, 0}));
+    const int tries = held == STG_E_ACCESSDENIED ? 100 : 1;
+    EXPECT_EQ(CallsUntilGivenUp(Call::OpenStream, held, kChange), (Counts{tries, 0}));
+  }
+}
+
+TEST(CompoundStorage, MakesWhatIsAbsentInTheSameAttempt) {
+  for (const HRESULT absent : {STG_E_FILENOTFOUND, STG_E_PATHNOTFOUND}) {
+    EXPECT_EQ(CallsUntilGivenUp(Call::OpenStream, absent, OpenModeReadWrite), (Counts{1, 1}));
+    EXPECT_EQ(CallsUntilGivenUp(Call::OpenStorage, absent, OpenModeReadWrite), (Counts{1, 1}));
+    EXPECT_EQ(CallsUntilGivenUp(Call::OpenStream, absent, OpenModeRead), (Counts{1, 0}));
+  }
+  EXPECT_EQ(CallsUntilGivenUp(Call::OpenStream, STG_E_READFAULT, OpenModeReadWrite),
+            (Counts{1, 0}));
+}
+
+TEST(CompoundStorage, OpensExclusivelyInEveryMode) {
+  auto* element = new RefusingStorage(E_FAIL);
+  KvStorage storage(element);
+  const std::pair<unsigned, DWORD> kModes[] = {{1, 0x1010 - 0x1000}, {2, 0x11},     {3, 0x12},
+                                               {9, 0x1010},          {0xA, 0x1011}, {0xB, 0x1012}};
+  for (const auto& [mode, flags] : kModes) {
+    storage.CreateStream("a", mode);
+    EXPECT_EQ(element->lastMode, flags) << mode;
+    storage.OpenStream("a", mode);
+    EXPECT_EQ(element->lastMode, flags & ~DWORD{0x1000}) << mode;
+  }
+}
+
+TEST(CompoundStorage, WithoutAnElementDoesNothing) {
+  KvStorage empty(nullptr);
+  KvString name;
+  unsigned attributes = 0;
+  EXPECT_FALSE(empty.IsBad());
+  EXPECT_STREQ(empty.GetPathText(), "");
+  EXPECT_EQ(empty.CreateStream("a", OpenModeReadWrite), nullptr);
+  EXPECT_EQ(empty.OpenStorage("a", OpenModeReadWrite, false, false), nullptr);
+  EXPECT_FALSE(empty.FindFirst(name, attributes));
+  EXPECT_FALSE(empty.FindNext(name, attributes));
+  EXPECT_FALSE(empty.DeleteStream("a"));
+  KvStorage other(nullptr);
+  EXPECT_TRUE(empty.CopyTo(&other));
+  EXPECT_TRUE(empty.CopyTo(nullptr));
+  const KvStorage pathless("", OpenModeReadWrite, false, false);
+  EXPECT_TRUE(const_cast<KvStorage&>(pathless).IsBad());
+  EXPECT_EQ(KvStorage::CreateNewKvStorage("", OpenModeRead, false, false), nullptr);
+}
+
+TEST(CompoundStorage, KeepsElementsInAFile) {
+  const TemporaryFolder folder;
+  const std::string path = PathText(folder / "box.kv");
+  const std::string large = test::MixedBytes(100000);
+  EXPECT_EQ(OpenBox(path, OpenModeRead), nullptr);
+  EXPECT_EQ(folder.Names(), std::vector<std::string>());
+  {
+    const StoragePtr box = OpenBox(path, OpenModeReadWrite);
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->GetStorageKind(), 3);
+    EXPECT_EQ(box->GetPath(), PathText(folder.Path()).c_str());
+    EXPECT_STREQ(box->GetPathText(), path.c_str());
+    Put(*box, "large", large);
+    Put(*box, "small", "tiny");
+    Put(*box, "f\xFCr", "umlaut");
+    const StoragePtr below(box->OpenStorage("below", OpenModeReadWrite, false, false));
+    ASSERT_TRUE(below);
+    Put(*below, "inner", "deep");
+    EXPECT_FALSE(box->RemoveStorage("below"));
+  }
+  const StoragePtr box = OpenBox(path, OpenModeRead | OpenModeWrite);
+  ASSERT_TRUE(box);
+  EXPECT_EQ(Names(*box), (std::vector<std::string>{"f\xFCr", "below/", "large", "small"}));
+  EXPECT_TRUE(box->Exists("large"));
+  EXPECT_FALSE(box->Exists("LARGE"));
+  EXPECT_EQ(ReadAll(*box, "LARGE"), large);
+  EXPECT_EQ(ReadAll(*box, "small"), "tiny");
+  EXPECT_TRUE(box->DeleteStream("below"));
+  EXPECT_FALSE(box->Exists("below"));
+  EXPECT_EQ(box->OpenStream("absent", OpenModeRead), nullptr);
+}
+
+TEST(CompoundStorage, StreamsSeekAndResize) {
+  const TemporaryFolder folder;
+  const StoragePtr box = OpenBox(PathText(folder / "box"), OpenModeReadWrite);
+  IKvStream* stream = box->CreateStream("a", OpenModeReadWrite);
+  ASSERT_NE(stream, nullptr);
+  EXPECT_EQ(stream->Write("0123456789", 10), 10u);
+  EXPECT_EQ(stream->Seek(-7, 1), 3);
+  EXPECT_EQ(stream->GetLength(), 10u);
+  EXPECT_EQ(stream->GetPosition(), 3u);
+  EXPECT_EQ(stream->Seek(0, 2), 10);
+  stream->SetLength(5);
+  EXPECT_EQ(stream->GetLength(), 5u);
+  EXPECT_EQ(stream->GetFile(), nullptr);
+  EXPECT_EQ(stream->LockRange(0, 1), 0);
+  char buffer[10] = {};
+  stream->Seek(0, 0);
+  EXPECT_EQ(stream->Read(buffer, 10), 5u);
+  EXPECT_STREQ(buffer, "01234");
+  EXPECT_EQ(stream->Read(buffer, 10), 0u);
+  stream->Close();
+}
+
+TEST(CompoundStorage, ASecondUserWaitsForTheFirst) {
+  const TemporaryFolder folder;
+  const std::string path = PathText(folder / "box");
+  StoragePtr first = OpenBox(path, OpenModeReadWrite);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(OpenBox(path, OpenModeRead | OpenModeWrite), nullptr);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(950));
+  std::thread release([&first] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    first.reset();
+  });
+  EXPECT_NE(OpenBox(path, OpenModeRead | OpenModeWrite), nullptr);
+  release.join();
+}
+
+TEST(CompoundStorage, NeverTakesAnotherFile) {
+  const TemporaryFolder folder;
+  for (const char* content : {"", "no compound file", "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1 cut"}) {
+    WriteFile(folder / "file", content);
+    EXPECT_EQ(OpenBox(PathText(folder / "file"), OpenModeReadWrite), nullptr);
+    EXPECT_EQ(ReadFile(folder / "file"), content);
+  }
+}
+
+TEST(CompoundStorage, CopiesEverything) {
+  const TemporaryFolder folder;
+  StoragePtr from = OpenBox(PathText(folder / "from"), OpenModeReadWrite);
+  StoragePtr to = OpenBox(PathText(folder / "to"), OpenModeReadWrite);
+  Put(*from, "a", "one");
+  Put(*to, "b", "two");
+  EXPECT_TRUE(static_cast<KvStorage&>(*from).CopyTo(static_cast<KvStorage*>(to.get())));
+  EXPECT_EQ(Names(*to), (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(ReadAll(*to, "a"), "one");
+}
+
+TEST(PrivateStorage, AnswersAtOnceAndCommitsAtItsClose) {
+  const TemporaryFolder folder;
+  auto* held = new RefusingStorage(STG_E_ACCESSDENIED);
+  KvPrivateStorage refusing(held);
+  EXPECT_EQ(refusing.CreateStream("a", 3), nullptr);
+  EXPECT_EQ(refusing.OpenStream("a", OpenModeReadWrite), nullptr);
+  EXPECT_EQ(held->creates, 2);
+  EXPECT_EQ(held->opens, 1);
+
+  const std::string path = PathText(folder / "box");
+  StoragePtr box(new KvPrivateStorage(path.c_str(), OpenModeReadWrite));
+  Put(*box, "a", "one");
+  EXPECT_FALSE(box->Exists("a"));
+  EXPECT_EQ(box->GetPath(), "");
+  EXPECT_STREQ(box->GetPathText(), path.c_str());
+  EXPECT_EQ(box->GetStorageKind(), 2);
+  box.reset();
+  box.reset(new KvPrivateStorage(path.c_str(), OpenModeRead));
+  EXPECT_EQ(ReadAll(*box, "a"), "one");
+}
+
+TEST(MemoryStorage, IsDumpedOnce) {
+  const TemporaryFolder folder;
+  const std::string path = PathText(folder / "dump");
+  KvMemoryStorage memory(0);
+  Put(memory, "a", test::MixedBytes(50000));
+  memory.DumpToFile(path.c_str());
+  EXPECT_EQ(memory.CreateStream("b", OpenModeReadWrite), nullptr);
+  std::filesystem::remove(folder / "dump.copy");
+  std::filesystem::copy_file(folder / "dump", folder / "dump.copy");
+  std::filesystem::remove(folder / "dump");
+  memory.DumpToFile(path.c_str());
+  EXPECT_FALSE(std::filesystem::exists(folder / "dump"));
+  const StoragePtr box = OpenBox(PathText(folder / "dump.copy"), OpenModeRead);
+  ASSERT_TRUE(box);
+  EXPECT_EQ(ReadAll(*box, "a"), test::MixedBytes(50000));
+}
+
+TEST(MemoryStorage, HoldsTheTemporaryStream) {
+  KvTemporaryStream temporary;
+  ASSERT_NE(temporary.Stream(), nullptr);
+  EXPECT_EQ(temporary.Stream()->Write("abc", 3), 3u);
+  temporary.Stream()->Seek(0, 0);
+  char buffer[4] = {};
+  EXPECT_EQ(temporary.Stream()->Read(buffer, 4), 3u);
+  EXPECT_STREQ(buffer, "abc");
+}
+
+TEST(ResourceStorage, WithoutTheResourceDoesNothing) {
+  KvResourceStorage resource(nullptr);
+  EXPECT_EQ(resource.GetStorageKind(), 5);
+  EXPECT_EQ(resource.OpenStorage("Pictures", OpenModeRead, false, false), nullptr);
+  EXPECT_EQ(resource.OpenStream("a", OpenModeReadWrite), nullptr);
+}

@@ -1,0 +1,210 @@
+// Folders as storages: names, files that appear whole, enumeration, locks.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <thread>
+
+#include "platform/RawFile.h"
+#include "platform/StoragePath.h"
+#include "storage/KvErrors.h"
+#include "storage/KvFile.h"
+#include "storage/KvSimpStorage.h"
+#include "tests/platform/Support.h"
+#include "tests/storage/StorageSupport.h"
+
+using test::Names;
+using test::Put;
+using test::ReadAll;
+using test::StoragePtr;
+using testing_support::ReadFile;
+using testing_support::TemporaryFolder;
+using testing_support::WriteFile;
+
+namespace {
+
+namespace fs = std::filesystem;
+
+StoragePtr FolderOn(const fs::path& path) {
+  return StoragePtr(
+      new KvSimpStorage(platform::StoragePathOf(path).c_str(), OpenModeReadWrite, true, false));
+}
+
+StoragePtr BoxFolder(const char* path, bool external) {
+  return StoragePtr(KvSimpStorage::CreateNewKvStorage(path, OpenModeRead, false, external));
+}
+
+}  // namespace
+
+TEST(FolderStorage, NamesItsFolders) {
+  EXPECT_STREQ(BoxFolder("box/pic", false)->GetPathText(), "box_kv\\pic\\");
+  EXPECT_STREQ(BoxFolder("C:\\a", false)->GetPathText(), "C:\\a_kv\\");
+  EXPECT_STREQ(BoxFolder("a/b/c", false)->GetPathText(), "a_kv\\b\\c\\");
+  EXPECT_STREQ(BoxFolder("a/b", true)->GetPathText(), "a\\b\\");
+  EXPECT_STREQ(BoxFolder("", true)->GetPathText(), ".\\");
+  EXPECT_TRUE(BoxFolder("a", true)->IsExternal());
+  EXPECT_EQ(BoxFolder("a", false)->GetStorageKind(), 1);
+}
+
+TEST(FolderStorage, MakesFoldersWithTheFirstStreamAndRemovesEmptyOnes) {
+  const TemporaryFolder folder;
+  const StoragePtr storage = FolderOn(folder / "deep");
+  const StoragePtr below(storage->OpenStorage("below", OpenModeReadWrite, true, false));
+  EXPECT_EQ(folder.Names(), std::vector<std::string>());
+  Put(*below, "a.txt", "one");
+  EXPECT_EQ(ReadFile(folder / "deep" / "below" / "a.txt"), "one");
+  EXPECT_FALSE(storage->RemoveStorage("below"));
+  EXPECT_FALSE(storage->DeleteStream("below"));
+  EXPECT_TRUE(below->DeleteStream("a.txt"));
+  EXPECT_FALSE(below->DeleteStream("a.txt"));
+  EXPECT_TRUE(storage->RemoveStorage("below"));
+  EXPECT_TRUE(storage->RemoveStorage(nullptr));
+  EXPECT_EQ(folder.Names(), std::vector<std::string>());
+}
+
+TEST(FolderStorage, OpensWithoutMaking) {
+  const TemporaryFolder folder;
+  const StoragePtr storage = FolderOn(folder.Path());
+  EXPECT_EQ(storage->OpenStream("absent", OpenModeRead), nullptr);
+  EXPECT_EQ(storage->OpenStream("absent", OpenModeRead | OpenModeWrite), nullptr);
+  fs::create_directory(folder / "folder");
+  EXPECT_EQ(storage->OpenStream("folder", OpenModeRead), nullptr);
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"folder"});
+  EXPECT_TRUE(storage->Exists("folder"));
+  EXPECT_FALSE(storage->Exists("absent"));
+  IKvStream* made = storage->OpenStream("made", OpenModeReadWrite);
+  ASSERT_NE(made, nullptr);
+  made->Close();
+  EXPECT_TRUE(storage->Exists("made"));
+}
+
+TEST(FolderStorage, AStreamTakesItsPlaceWhenItIsClosed) {
+  const TemporaryFolder folder;
+  const StoragePtr storage = FolderOn(folder.Path());
+  Put(*storage, "a", "the content from before");
+  IKvStream* stream = storage->OpenStream("a", OpenModeReadWrite);
+  char start[4] = {};
+  EXPECT_EQ(stream->Read(start, 3), 3u);
+  EXPECT_STREQ(start, "the");
+  EXPECT_EQ(stream->Write(" new", 4), 4u);
+  EXPECT_EQ(ReadFile(folder / "a"), "the content from before");
+  EXPECT_EQ(Names(*storage), std::vector<std::string>{"a"});
+  stream->Close();
+  EXPECT_EQ(ReadFile(folder / "a"), "the new");
+  // One that was only looked at stays.
+  stream = storage->OpenStream("a", OpenModeReadWrite);
+  EXPECT_EQ(stream->GetLength(), 7u);
+  stream->Close();
+  EXPECT_EQ(ReadFile(folder / "a"), "the new");
+  stream = storage->CreateStream("a", OpenModeRewrite);
+  EXPECT_EQ(stream->GetLength(), 0u);
+  stream->Close();
+  EXPECT_EQ(ReadFile(folder / "a"), "");
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"a"});
+}
+
+TEST(FolderStorage, AFileThatIsNotClosedLeavesNothing) {
+  const TemporaryFolder folder;
+  WriteFile(folder / "a", "before");
+  {
+    KvFile file(platform::StoragePathOf(folder / "a").c_str(), OpenModeRewrite);
+    EXPECT_EQ(file.Write("after", 5), 5u);
+  }
+  EXPECT_EQ(ReadFile(folder / "a"), "before");
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"a"});
+}
+
+TEST(FolderStorage, SeeksAsStreamsDo) {
+  const TemporaryFolder folder;
+  const StoragePtr storage = FolderOn(folder.Path());
+  Put(*storage, "a", "0123456789");
+  IKvStream* stream = storage->OpenStream("a", OpenModeRead);
+  EXPECT_EQ(stream->Seek(0, 2), 10);
+  EXPECT_EQ(stream->GetPosition(), stream->GetLength());
+  EXPECT_EQ(stream->Seek(-3, 1), 7);
+  EXPECT_EQ(stream->GetLength(), 10u);
+  EXPECT_EQ(stream->GetPosition(), 7u);
+  EXPECT_EQ(stream->Seek(0, 3), -1);
+  EXPECT_EQ(stream->Seek(-1, 0), -1);
+  EXPECT_EQ(stream->GetPosition(), 7u);
+  EXPECT_NE(stream->GetFile(), nullptr);
+  EXPECT_EQ(stream->LockRange(0, 5), 1);
+  EXPECT_EQ(stream->UnlockRange(0, 5), 1);
+  EXPECT_EQ(stream->Write("x", 1), 0u);
+  stream->Close();
+}
+
+TEST(FolderStorage, FindsNamesWithoutCase) {
+  const TemporaryFolder folder;
+  const StoragePtr storage = FolderOn(folder.Path());
+  Put(*storage, "Photo.JPG", "one");
+  EXPECT_EQ(ReadAll(*storage, "photo.jpg"), "one");
+  EXPECT_TRUE(storage->Exists("PHOTO.JPG"));
+  Put(*storage, "photo.jpg", "two");
+  EXPECT_EQ(folder.Names(), std::vector<std::string>{"photo.jpg"});
+  EXPECT_EQ(ReadAll(*storage, "Photo.JPG"), "two");
+  EXPECT_TRUE(storage->DeleteStream("PHOTO.jpg"));
+  EXPECT_EQ(folder.Names(), std::vector<std::string>());
+}
+
+TEST(FolderStorage, EnumeratesSortedAndWithoutHiddenNames) {
+  const TemporaryFolder folder;
+  const StoragePtr storage = FolderOn(folder.Path());
+  EXPECT_EQ(Names(*storage), std::vector<std::string>());
+  for (const char* name : {"b.txt", "a.jpg", ".fxbox-1.jpg", "noext"}) Put(*storage, name, "x");
+  fs::create_directory(folder / "sub");
+  EXPECT_EQ(Names(*storage), (std::vector<std::string>{"a.jpg", "b.txt", "noext", "sub/"}));
+  EXPECT_EQ(Names(*storage, "*.*"), Names(*storage));
+  EXPECT_EQ(Names(*storage, "*.T?T"), std::vector<std::string>{"b.txt"});
+  EXPECT_EQ(Names(*storage, "?.*"), (std::vector<std::string>{"a.jpg", "b.txt"}));
+  EXPECT_EQ(Names(*storage, "*o*t"), std::vector<std::string>{"noext"});
+  KvString name;
+  unsigned attributes = 0;
+  EXPECT_FALSE(storage->FindNext(name, attributes));
+}
+
+TEST(FolderStorage, KeepsNamesOfAnyAlphabet) {
+  const TemporaryFolder folder;
+  const StoragePtr storage = FolderOn(folder.Path());
+  Put(*storage, "f\xFCr", "x");
+  EXPECT_EQ(Names(*storage), std::vector<std::string>{"f\xFCr"});
+  EXPECT_TRUE(fs::exists(folder.Path() / fs::path(u"f\u00FCr")));
+  EXPECT_EQ(ReadAll(*storage, "F\xDCR"), "x");
+}
+
+TEST(FolderStorage, WaitsForALockedFile) {
+  const TemporaryFolder folder;
+  const StoragePtr storage = FolderOn(folder.Path());
+  WriteFile(folder / "a", "before");
+  int error = 0;
+  auto holder = platform::RawFile::Open(folder / "a", platform::FileUse::Change, error);
+  ASSERT_TRUE(holder);
+  // Readers are not kept out.
+  EXPECT_EQ(ReadAll(*storage, "a"), "before");
+  const auto start = std::chrono::steady_clock::now();
+  try {
+    storage->OpenStream("a", OpenModeReadWrite);
+    FAIL() << "the file is locked";
+  } catch (const KvFileException& failure) {
+    EXPECT_TRUE(failure.Cause() == FileCause::LockViolation ||
+                failure.Cause() == FileCause::SharingViolation);
+  }
+  const auto waited = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(waited, std::chrono::milliseconds(390));
+
+  std::thread release([&holder] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    holder.reset();
+  });
+  Put(*storage, "a", "after");
+  release.join();
+  EXPECT_EQ(ReadFile(folder / "a"), "after");
+}
+
+TEST(FolderStorage, ThrowsWhereNoFolderCanBe) {
+  const TemporaryFolder folder;
+  WriteFile(folder / "file", "x");
+  const StoragePtr storage = FolderOn(folder / "file" / "below");
+  EXPECT_THROW(storage->CreateStream("a", OpenModeReadWrite), KvFileException);
+  EXPECT_EQ(storage->OpenStream("a", OpenModeRead), nullptr);
+}

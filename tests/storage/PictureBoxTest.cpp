@@ -1,0 +1,455 @@
+// The picture box: the bytes of every generation, what is found first, what is refused.
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <memory>
+
+#include "imageio/ImageLoader.h"
+#include "imageio/StoredBitmap.h"
+#include "platform/StoragePath.h"
+#include "storage/KvErrors.h"
+#include "storage/KvFile.h"
+#include "storage/KvPrivateStorage.h"
+#include "storage/KvSimpStorage.h"
+#include "storage/PictureNames.h"
+#include "storage/kvPicBox.h"
+#include "tests/platform/Support.h"
+#include "tests/storage/StorageSupport.h"
+
+using picbox::Bytes;
+using test::Names;
+using test::Put;
+using test::ReadAll;
+using test::StoragePtr;
+using testing_support::TemporaryFolder;
+
+namespace {
+
+// A picture whose every byte differs from its neighbours.
+Bytes Bitmap(int width, int height) {
+  Bytes bitmap = imageio::BlankColourBitmap(width, height);
+  std::uint8_t level = 1;
+  for (BYTE* row : imageio::RowsOf(bitmap)) {
+    for (int x = 0; x < 3 * width; ++x) row[x] = level += 7;
+  }
+  return bitmap;
+}
+
+Bytes Mask(int width, int height) {
+  Bytes bitmap = imageio::BlankMaskBitmap(width, height);
+  std::uint8_t level = 0;
+  for (BYTE* row : imageio::RowsOf(bitmap)) {
+    for (int x = 0; x < width; ++x) row[x] = level += 31;
+  }
+  return bitmap;
+}
+
+std::string Text(const Bytes& bytes) {
+  return {bytes.begin(), bytes.end()};
+}
+
+std::string Number(std::uint32_t number) {
+  std::string text;
+  for (int shift = 0; shift < 32; shift += 8) text += static_cast<char>(number >> shift);
+  return text;
+}
+
+std::string Sized(const Bytes& bitmap) {
+  return Number(static_cast<std::uint32_t>(bitmap.size())) + Text(bitmap);
+}
+
+std::string Packed(const std::string& plain) {
+  uLongf size = compressBound(static_cast<uLong>(plain.size()));
+  std::string packed(size, '\0');
+  compress(reinterpret_cast<Bytef*>(packed.data()), &size,
+           reinterpret_cast<const Bytef*>(plain.data()), static_cast<uLong>(plain.size()));
+  packed.resize(size);
+  return packed;
+}
+
+std::string Bytes10(char kind) {
+  return std::string(1, kind) + std::string("JPG\0\x08\0\0\0\0", 9);
+}
+
+Bytes FileOf(const Bytes& picture, int type) {
+  imageio::ImageLoader loader;
+  loader.SetImage(picture);
+  return loader.Save(type);
+}
+
+// A box in memory, or in a folder.
+struct Box {
+  explicit Box(bool isFolder = false) {
+    if (isFolder) {
+      parent.reset(new KvSimpStorage(platform::StoragePathOf(folder / "box_kv").c_str(),
+                                     OpenModeReadWrite, true, false));
+    } else {
+      parent.reset(new KvMemoryStorage(0));
+    }
+    box = std::make_unique<kvPicBox>(parent.get(), OpenModeReadWrite);
+  }
+  IKvStorage& At(picbox::Place place) { return *box->StorageOf(place); }
+
+  // What a reader sees, in three words.
+  std::string Read(const char* name) {
+    Bytes picture, mask;
+    box->GetQuick(name, "", &picture, &mask);
+    std::string told = picture.empty() ? "none" : "picture";
+    if (!mask.empty()) told += " mask";
+    if (box->HasFailed()) told += " failed";
+    return told;
+  }
+
+  TemporaryFolder folder;
+  StoragePtr parent;
+  std::unique_ptr<kvPicBox> box;
+};
+
+}  // namespace
+
+TEST(PictureNames, AreCleanedAndGetTheirEndings) {
+  EXPECT_EQ(picbox::CleanName("a*b/c:d;e<f>g?h\\i|j\"k\xE4\x7Fl m"), "a_b_c_d_e_f_g_h_i_j_k__l m");
+  EXPECT_EQ(picbox::AddExtension("a.b.JPG", "png"), "a.b.png");
+  EXPECT_EQ(picbox::AddExtension("a.note", "png"), "a.note.png");
+  EXPECT_EQ(picbox::AddExtension("a.note", "NOTE"), "a.NOTE");
+  EXPECT_EQ(picbox::AddExtension("a.jpg", ""), "a.jpg");
+  for (const char* refused : {"", ".", "..", "PicMask", "onlypic", "a.INF"}) {
+    EXPECT_FALSE(picbox::CanBeName(refused)) << refused;
+  }
+  EXPECT_STREQ(picbox::TagOfType(12), "gif");
+  EXPECT_STREQ(picbox::SuffixOfType(13), ".JPEG");
+  EXPECT_STREQ(picbox::SuffixOfType(99), ".JPG");
+}
+
+TEST(PictureBox, WritesTheNewFormatToTheByte) {
+  Box box;
+  const Bytes picture = Bitmap(3, 2), mask = Mask(3, 2);
+  const unsigned stored = box.box->AddFile("a", picture, mask, -93, -51, false, false, false);
+  EXPECT_EQ(stored, picture.size() + mask.size());
+  EXPECT_EQ(
+      ReadAll(box.At(picbox::kPictures), "a"),
+      Bytes10(1) + Packed(Number(0xFFFFFFA3) + Number(0xFFFFFFCD) + Sized(picture) + Sized(mask)));
+  Bytes readPicture, readMask;
+  std::int32_t x = 0, y = 0;
+  box.box->GetQuick("a", "", &readPicture, &readMask, -1, -1, &x, &y);
+  EXPECT_EQ(readPicture, picture);
+  EXPECT_EQ(readMask, mask);
+  EXPECT_EQ(x, -93);
+  EXPECT_EQ(y, -51);
+}
+
+TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
+  Box box;
+  const Bytes picture = Bitmap(20, 20), mask = Mask(20, 20);
+  EXPECT_GT(box.box->AddFile("a", picture, mask, 5, 6, true, false, false), 0u);
+  const std::string stored = ReadAll(box.At(picbox::kPictures), "a");
+  EXPECT_EQ(stored.substr(0, 10), std::string("\x01JPG\0\x08\x01\0\0\0", 10));
+  auto found = box.box->OpenPicture(1, "a");
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->headerSize, 14);
+  EXPECT_EQ(stored.substr(14, 3), "\xFF\xD8\xFF");
+  EXPECT_EQ(stored.substr(14 + found->size), Packed(Number(5) + Number(6) + Sized(mask)));
+  found.reset();
+  EXPECT_EQ(box.Read("a"), "picture mask");
+  KvString tag;
+  EXPECT_EQ(box.box->AnalyzeFile("a", tag), imageio::kTypePng);
+  EXPECT_EQ(tag, "PNG");
+  EXPECT_GT(box.box->AddFile("b", picture, {}, 0, 0, true, false, false), 0u);
+  EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "b.JPG").substr(0, 3), "\xFF\xD8\xFF");
+  EXPECT_EQ(box.box->FoundType(), imageio::kTypeJpeg);
+}
+
+TEST(PictureBox, ReadsEveryGeneration) {
+  const Bytes picture = Bitmap(5, 4), mask = Mask(5, 4);
+  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
+  const std::string place = Number(1) + Number(2);
+  const std::string plainHead = std::string("\x08\0\0\0\0", 5);
+  const std::string encodedHead =
+      std::string("\x08\x01\0\0\0", 5) + Number(static_cast<std::uint32_t>(jpeg.size()));
+  Box box;
+  Put(box.At(picbox::kPictures), "native.JPG", jpeg);
+  Put(box.At(picbox::kPictures), "bare", jpeg);
+  Put(box.At(picbox::kPictures), "absent",
+      std::string("\x02JPG\0\0", 6) + Packed(place + Sized(picture)));
+  Put(box.At(picbox::kOnlyPic), "old2", plainHead + Packed(place + Sized(picture)));
+  Put(box.At(picbox::kPicMask), "old1", plainHead + Packed(place + Sized(picture) + Sized(mask)));
+  Put(box.At(picbox::kOnlyMask), "old3", plainHead + Packed(place + Sized(mask)));
+  Put(box.At(picbox::kRootPicMask), "oldest", encodedHead + jpeg + Packed(place));
+  Put(box.At(picbox::kRootPicMask2), "oldest2",
+      plainHead + Packed(place + Sized(picture) + Sized(mask)));
+  struct Row {
+    const char* name;
+    const char* read;
+    bool native;
+    int kind;
+    int headerSize;
+    unsigned really;
+  };
+  const Row rows[] = {
+      {"native", "picture", true, 2, 0, 0},     {"bare", "picture", true, 2, 0, 0},
+      {"absent", "picture", false, 2, 14, 6},   {"old2", "picture", false, 2, 5, 5},
+      {"old1", "picture mask", false, 1, 9, 5}, {"old3", "none", false, 3, 9, 5},
+      {"oldest", "picture", false, 2, 9, 9},    {"oldest2", "picture mask", false, 1, 9, 5}};
+  for (const Row& row : rows) {
+    EXPECT_EQ(box.Read(row.name), row.read) << row.name;
+    const auto found = box.box->OpenPicture(1, row.name);
+    ASSERT_TRUE(found) << row.name;
+    EXPECT_EQ(found->native, row.native) << row.name;
+    EXPECT_EQ(found->kind, row.kind) << row.name;
+    EXPECT_EQ(found->headerSize, row.headerSize) << row.name;
+    EXPECT_EQ(found->head.bytes, row.really) << row.name;
+  }
+  EXPECT_FALSE(box.box->OpenPicture(1, "nowhere"));
+  EXPECT_FALSE(box.box->OpenPicture(1, ""));
+}
+
+TEST(PictureBox, TakesAHeadOnlyWithAWholeTagAndAKind) {
+  Box box;
+  const std::string body = Packed(Number(0) + Number(0) + Sized(Bitmap(1, 1)));
+  const std::string rest = std::string("\x08\0\0\0\0", 5) + body;
+  const std::pair<std::string, bool> cases[] = {
+      {std::string("\x02jpg\0", 5), true},     {std::string("\x02TIFF", 5), true},
+      {std::string("\x02TYPE", 5), true},      {std::string("\x02PG\0\0", 5), false},
+      {std::string("\x02\0\0\0\0", 5), false}, {std::string("\x04JPG\0", 5), false},
+      {std::string("\0JPG\0", 5), false},      {std::string("\x02JPGX", 5), false}};
+  for (const auto& [head, counts] : cases) {
+    Put(box.At(picbox::kPictures), "a", head + rest);
+    int kind = -1;
+    IKvStream* stream = box.At(picbox::kPictures).OpenStream("a", OpenModeRead);
+    const KvString tag = box.box->Read5BytesHeader(stream, &kind);
+    EXPECT_EQ(kind == 2, counts) << head;
+    EXPECT_EQ(stream->GetPosition(), counts ? 5u : 0u) << head;
+    if (head.find("TYPE") != head.npos) EXPECT_EQ(tag, "");
+    stream->Close();
+  }
+}
+
+TEST(PictureBox, TellsAMaskByWhatStandsBehindThePicture) {
+  Box box;
+  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
+  const std::string head = std::string("\x01JPG\0\x08\x01\0\0\0", 10) +
+                           Number(static_cast<std::uint32_t>(jpeg.size())) + jpeg;
+  for (const std::size_t behind : {36u, 37u}) {  // with the head 50 and 51
+    Put(box.At(picbox::kPictures), "a", head + std::string(behind, 'x'));
+    EXPECT_EQ(box.box->OpenPicture(1, "a")->kind, behind == 36 ? 2 : 1);
+  }
+}
+
+TEST(PictureBox, HalfAPictureIsNone) {
+  const Bytes picture = Bitmap(9, 9), mask = Mask(9, 9), other = Mask(9, 8);
+  const std::string place = Number(0) + Number(0);
+  Bytes top = picture, packed = picture, wide = picture, deep = picture;
+  top[8] = 0xF7, top[9] = top[10] = top[11] = 0xFF;  // height -9
+  packed[16] = 1;
+  wide[6] = 0x10;
+  deep[14] = 16;
+  const std::pair<const char*, std::string> cases[] = {
+      {"no position", Bytes10(2) + Packed("abc")},
+      {"no size", Bytes10(2) + Packed(place)},
+      {"short picture", Bytes10(2) + Packed(place + Number(500) + "abc")},
+      {"size beyond all memory", Bytes10(2) + Packed(place + Number(0xFFFFFFFF) + Text(picture))},
+      {"no mask", Bytes10(1) + Packed(place + Sized(picture))},
+      {"short mask", Bytes10(1) + Packed(place + Sized(picture) + Number(2000) + Text(mask))},
+      {"other mask", Bytes10(1) + Packed(place + Sized(picture) + Sized(other))},
+      {"top down", Bytes10(2) + Packed(place + Sized(top))},
+      {"compressed", Bytes10(2) + Packed(place + Sized(packed))},
+      {"too wide", Bytes10(2) + Packed(place + Sized(wide))},
+      {"16 bits", Bytes10(2) + Packed(place + Sized(deep))},
+      {"cut stream", (Bytes10(2) + Packed(place + Sized(picture))).substr(0, 30)},
+      {"no JPEG", std::string("\x02JPG\0\x08\x01\0\0\0\x05\0\0\0hello", 19) + Packed(place)},
+  };
+  for (const auto& [what, bytes] : cases) {
+    Box box;
+    Put(box.At(picbox::kPictures), "a", bytes);
+    EXPECT_EQ(box.Read("a"), "none failed") << what;
+  }
+}
+
+TEST(PictureBox, ReadsBitmapsOfAllDepths) {
+  for (const int bits : {1, 4, 8, 24, 32, -8}) {
+    const int depth = bits < 0 ? 8 : bits;
+    const std::size_t stride = static_cast<std::size_t>((5 * depth + 31) / 32 * 4);
+    const std::size_t table = bits > 0 && bits < 9 ? std::size_t{4} << bits : 0;
+    Bytes bitmap(40 + table + 3 * stride + 2, 0xAA);
+    std::fill_n(bitmap.begin(), 40, std::uint8_t{0});
+    bitmap[0] = 40, bitmap[4] = 5, bitmap[8] = 3, bitmap[12] = 1;
+    bitmap[14] = static_cast<std::uint8_t>(bits);
+    bitmap[15] = bits < 0 ? 0xFF : 0;
+    const auto layout = imageio::StoredBitmap::Parse(bitmap);
+    ASSERT_TRUE(layout) << bits;
+    EXPECT_EQ(layout->Bytes(), bitmap.size() - 2) << bits;
+    EXPECT_EQ(layout->Bits(), bits);
+    bitmap.resize(bitmap.size() - 3);
+    EXPECT_FALSE(imageio::StoredBitmap::Parse(bitmap)) << bits;
+  }
+}
+
+TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
+  Box box;
+  std::string block = "XXXXX0123456789012345678901234567890";
+  ASSERT_TRUE(box.box->WriteImageInfo("a", "a text", block.data()));
+  EXPECT_EQ(block.substr(0, 6), "V10000");
+  const std::string stored = ReadAll(box.At(picbox::kPictures), "a.inf");
+  EXPECT_EQ(stored, "KVQX" + Number(7) + std::string("a text\0", 7) + Number(36) + block);
+  std::string read(36, '\0');
+  EXPECT_EQ(box.box->GetImageInfo("a", read.data()), "a text");
+  EXPECT_EQ(read, block);
+  ASSERT_TRUE(box.box->WriteImageInfo("a", "b", nullptr));
+  EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "a.inf").size(), 8u + 2 + 4 + 36);
+  for (const std::string& broken :
+       {std::string("KVQY") + stored.substr(4), std::string("KVQ"),
+        "KVQX" + Number(0xFFFFFFFF) + "text", "KVQX" + Number(500) + stored.substr(8)}) {
+    Put(box.At(picbox::kPictures), "a.inf", broken);
+    EXPECT_EQ(box.box->GetImageInfo("a", read.data()), "");
+  }
+  EXPECT_EQ(read, block);
+  EXPECT_EQ(box.box->GetImageInfo("b", nullptr), "");
+}
+
+TEST(PictureBox, CutsAJpegBehindItsScanHead) {
+  Box box;
+  const auto header = [&](const std::string& jpeg) {
+    Put(box.At(picbox::kPictures), "a.JPG", jpeg);
+    Bytes bytes;
+    box.box->GetJPegHeader("a", &bytes);
+    return Text(bytes);
+  };
+  const std::string start = "\xFF\xD8";
+  const std::string scan = std::string("\xFF\xDA\0\x04zz", 6);
+  EXPECT_EQ(header(start + std::string("\xFF\xE0\0\x03x", 5) + scan + "data"),
+            start + std::string("\xFF\xE0\0\x03x", 5) + scan);
+  const std::string sixFill(5, '\xFF');
+  EXPECT_EQ(header(start + sixFill + scan + "data"), start + sixFill + scan);
+  EXPECT_EQ(header("no JPEG"), "");
+  EXPECT_FALSE(box.box->HasFailed());
+  for (const std::string& broken :
+       {start + sixFill + "\xFF" + scan, start + std::string("\xFF\xE0\0\x01x", 5) + scan,
+        start + std::string("\xFF\xE0\x7F\xFFx", 5), start}) {
+    Box other;
+    Put(other.At(picbox::kPictures), "a.JPG", broken);
+    Bytes bytes;
+    EXPECT_EQ(other.box->GetJPegHeader("a", &bytes), 0u);
+    EXPECT_TRUE(other.box->HasFailed());
+  }
+}
+
+TEST(PictureBox, GivesStoredBytesWithoutDecoding) {
+  Box box;
+  const Bytes picture = Bitmap(4, 4), mask = Mask(4, 4);
+  box.box->AddFile("a", picture, mask, 0, 0, false, false, false);
+  bool wantPicture = true, wantMask = false;
+  Bytes buffer(picture.size());
+  unsigned size = 10;
+  EXPECT_EQ(box.box->GetImageFileInfo("a", &wantPicture, &wantMask, &size, buffer.data()), 10u);
+  EXPECT_EQ(size, picture.size());
+  EXPECT_EQ(box.box->GetImageFileInfo("a", &wantPicture, &wantMask, &size, buffer.data()), size);
+  EXPECT_EQ(buffer, picture);
+  box.box->AddFile("b", picture, {}, 0, 0, false, false, false);
+  wantMask = true;
+  EXPECT_EQ(box.box->GetImageFileInfo("b", &wantPicture, &wantMask, &size, buffer.data()), 0u);
+  EXPECT_TRUE(wantPicture);
+  EXPECT_FALSE(wantMask);
+}
+
+TEST(PictureBox, DeletesPicturesAndNothingElse) {
+  for (const bool isFolder : {false, true}) {
+    Box box(isFolder);
+    const Bytes picture = Bitmap(2, 2);
+    for (const char* name : {"a.txt", "a.tif", "b.JPG", "ab.tif", "c"}) {
+      Put(box.At(picbox::kPictures), name, "x");
+    }
+    box.box->WriteImageInfo("a", "text", nullptr);
+    EXPECT_FALSE(box.box->Delete("PicMask"));
+    EXPECT_FALSE(box.box->Delete(""));
+    EXPECT_TRUE(box.box->Delete("A"));
+    EXPECT_FALSE(box.box->Delete("a"));
+    EXPECT_TRUE(box.box->Delete("b"));
+    EXPECT_TRUE(box.box->Delete("c"));
+    std::vector<std::string> left = Names(box.At(picbox::kPictures));
+    std::erase_if(left, [](const std::string& name) { return name.back() == '/'; });
+    EXPECT_EQ(left, (std::vector<std::string>{"a.txt", "ab.tif"}));
+  }
+}
+
+TEST(PictureBox, FolderBoxesRenameFindCopiesAndLoseEmptyFolders) {
+  Box box(true);
+  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
+  Put(box.At(picbox::kPictures), "i5-small.jpg", jpeg);
+  Put(box.At(picbox::kPictures), "photo.jpg", jpeg);
+  box.box->WriteImageInfo("photo", "note", nullptr);
+  const auto found = box.box->OpenPicture(1, "i5--1x-1", "jpg");
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->streamName, "i5-small.jpg");
+  EXPECT_FALSE(box.box->Rename("photo", "i5-small", "jpg"));
+  EXPECT_TRUE(box.box->Rename("photo", "new", "jpg"));
+  EXPECT_EQ(Names(box.At(picbox::kPictures)),
+            (std::vector<std::string>{"i5-small.jpg", "new.inf", "new.jpg"}));
+  EXPECT_EQ(box.box->GetImageInfo("new", nullptr), "note");
+  Put(box.At(picbox::kOnlyPic), "old", "x");
+  EXPECT_TRUE(box.box->Delete("old"));
+  EXPECT_EQ(Names(box.At(picbox::kPictures)),
+            (std::vector<std::string>{"i5-small.jpg", "new.inf", "new.jpg"}));
+}
+
+TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
+  const Bytes picture = Bitmap(6, 5), mask = Mask(6, 5);
+  const Bytes jpeg = FileOf(Bitmap(16, 16), imageio::kTypeJpeg);
+  for (const bool fromFolder : {false, true}) {
+    for (const bool toFolder : {false, true}) {
+      Box from(fromFolder), to(toFolder);
+      from.box->AddFile("dib", picture, mask, 1, 2, false, false, false);
+      from.box->WriteImageInfo("dib", "note", nullptr);
+      Put(from.At(picbox::kPictures), "file.JPG", Text(jpeg));
+      KvString ext;
+      EXPECT_TRUE(from.box->CopyImage("dib", *to.box, "copy", true, ext, false));
+      Bytes readPicture, readMask;
+      std::int32_t x = 0;
+      to.box->GetQuick("copy", "", &readPicture, &readMask, -1, -1, &x);
+      EXPECT_EQ(readPicture, picture);
+      EXPECT_EQ(readMask, mask);
+      EXPECT_EQ(x, 1);
+      EXPECT_EQ(to.box->OpenPicture(1, "copy")->place, picbox::kPicMask);
+      EXPECT_EQ(to.box->GetImageInfo("copy", nullptr), "note");
+      ext = "JPG";
+      EXPECT_TRUE(from.box->CopyImage("file", *to.box, "file", true, ext, true));
+      EXPECT_EQ(to.Read("file"), "picture");
+      EXPECT_TRUE(from.box->CopyImage("dib", *from.box, "dib", true, ext, false));
+      EXPECT_EQ(from.Read("dib"), "picture mask");
+      EXPECT_FALSE(from.box->CopyImage("absent", *to.box, "x", true, ext, false));
+    }
+  }
+}
+
+TEST(PictureBox, EnumeratesStageByStage) {
+  Box box;
+  Put(box.At(picbox::kOnlyMask), "m", "x");
+  Put(box.At(picbox::kPicMask), "p", "x");
+  Put(box.At(picbox::kOnlyPic), "o", "x");
+  std::string all;
+  for (KvString name = box.box->FindFirstPicture(); !name.IsEmpty();
+       name = box.box->FindNextPicture()) {
+    all += name.ToStdString() + " ";
+  }
+  EXPECT_EQ(all, "OnlyPic PicMask OnlyMask p o m ");
+  EXPECT_EQ(box.box->FindNextPicture(), "");
+}
+
+TEST(PictureBox, WithoutPicturesRefuses) {
+  KvMemoryStorage memory(0);
+  kvPicBox box(&memory, OpenModeRead);
+  EXPECT_TRUE(box.HasFailed());
+  EXPECT_FALSE(box.OpenPicture(1, "a"));
+  EXPECT_EQ(box.GetPath(), "");
+  const Bytes picture = Bitmap(1, 1);
+  try {
+    box.AddFile("a", picture, {}, 0, 0, false, false, false);
+    FAIL();
+  } catch (CKvError* error) {
+    EXPECT_EQ(error->Code(), 0x88870004u);
+    delete error;
+  }
+  Box whole;
+  EXPECT_EQ(whole.box->AddFile("a", {}, {}, 0, 0, false, false, false), 0u);
+  EXPECT_EQ(whole.box->AddFile("PicMask", picture, {}, 0, 0, false, false, false), 0u);
+  EXPECT_EQ(whole.box->AddFile("a", picture, Mask(2, 2), 0, 0, false, false, false), 0u);
+}

@@ -1,0 +1,50 @@
+// Short forms for what the tests of storages do again and again.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/KvInterfaces.h"
+#include "storage/CheckedStream.h"
+
+namespace test {
+
+struct CloseStorage {
+  void operator()(IKvStorage* storage) const { storage->Close(); }
+};
+using StoragePtr = std::unique_ptr<IKvStorage, CloseStorage>;
+
+// Makes or replaces a stream.
+inline void Put(IKvStorage& storage, const char* name, const std::string& bytes) {
+  IKvStream* stream = storage.CreateStream(name, OpenModeRewrite);
+  ASSERT_NE(stream, nullptr) << name;
+  const auto count = static_cast<unsigned>(bytes.size());
+  EXPECT_EQ(stream->Write(bytes.data(), count), count);
+  EXPECT_TRUE(CloseChecked(stream));
+}
+
+inline std::string ReadAll(IKvStorage& storage, const char* name) {
+  IKvStream* stream = storage.OpenStream(name, OpenModeRead);
+  if (!stream) return "(no stream)";
+  std::string bytes(stream->GetLength(), '\0');
+  bytes.resize(stream->Read(bytes.data(), static_cast<unsigned>(bytes.size())));
+  stream->Close();
+  return bytes;
+}
+
+// Of all elements in the order in which they come; storages end in "/".
+inline std::vector<std::string> Names(IKvStorage& storage, const char* pattern = "") {
+  std::vector<std::string> names;
+  KvString name(pattern);
+  unsigned attributes = 0;
+  for (bool any = storage.FindFirst(name, attributes); any;
+       any = storage.FindNext(name, attributes)) {
+    names.push_back(name.ToStdString() + (attributes == kStorageElement ? "/" : ""));
+  }
+  return names;
+}
+
+}  // namespace test
