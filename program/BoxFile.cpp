@@ -169,10 +169,11 @@ void BoxFile::Keep() {
 }
 
 void BoxFile::MoveCopy() {
-  box.reset();
-  root.reset();
-  original.reset();
+  // Open, and so locked, up to here: what nobody has open is taken for a leftover of the dead.
   const auto move = [this](const fs::path& temporary) {
+    box.reset();
+    root.reset();
+    original.reset();
     std::error_code error;
     fs::rename(copy, temporary, error);
     return !error;

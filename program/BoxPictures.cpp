@@ -75,9 +75,10 @@ void DescribeNote(BoxFile& box, const BoxEntry& entry, PictureDetails& details) 
   const std::string spelled[] = {entry.name, entry.Title()};
   IKvStorage* pictures = box.Pictures().StorageOf(picbox::kPictures);
   for (const std::string& name : spelled) {
-    const picbox::StreamPtr note(pictures->OpenStream((name + ".inf").c_str(), OpenModeRead));
+    picbox::StreamPtr note(pictures->OpenStream((name + ".inf").c_str(), OpenModeRead));
     if (!note) continue;
     const unsigned length = note->GetLength();
+    note.reset();
     std::string block(kvPicBox::kBlockBytes, '\0');
     details.text = box.Pictures().GetImageInfo(name.c_str(), block.data()).ToStdString();
     const bool hasBlock = std::string_view(block).starts_with(kvPicBox::GetVersion());

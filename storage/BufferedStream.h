@@ -9,7 +9,7 @@
 
 // Reads ahead, never more than the stream has left: a stream that fails and gives zeros for ever
 // ends too.
-class BufferedReader final : public IKvRead {
+class FXBOX_API BufferedReader final : public IKvRead {
  public:
   // Begins at the stream's position. The stream, which has to live longer, is the caller's.
   explicit BufferedReader(IKvStream& stream);
@@ -26,7 +26,7 @@ class BufferedReader final : public IKvRead {
 };
 
 // Writes out with Flush, which the caller calls at the end.
-class BufferedWriter final : public IKvWrite {
+class FXBOX_API BufferedWriter final : public IKvWrite {
  public:
   explicit BufferedWriter(IKvWrite& stream);
   // 0 from the first failure on.

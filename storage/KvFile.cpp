@@ -184,17 +184,19 @@ bool KvFile::Close() {
   if (fresh && !hasFailed && !fresh->SetLength(writtenEnd)) hasFailed = true;
   const bool moves = fresh != nullptr;
   existing.reset();
-  fresh.reset();
   if (!moves) return !hasFailed;
-  if (!hasFailed && MoveInPlace()) return true;
+  const bool isKept = !hasFailed && MoveInPlace();
+  fresh.reset();
   std::error_code ignored;
-  fs::remove(freshPlace, ignored);
-  return false;
+  if (!isKept) fs::remove(freshPlace, ignored);
+  return isKept;
 }
 
 bool KvFile::MoveInPlace() {
+  // Open, and so locked, up to here: what nobody has open is taken for a leftover of the dead.
   const auto move = [this](const fs::path& temporary) {
     std::error_code error;
+    fresh.reset();
     fs::rename(freshPlace, temporary, error);
     return !error;
   };

@@ -219,7 +219,9 @@ TEST(PictureBox, TakesAHeadOnlyWithAWholeTagAndAKind) {
     const KvString tag = box.box->Read5BytesHeader(stream, &kind);
     EXPECT_EQ(kind == 2, counts) << head;
     EXPECT_EQ(stream->GetPosition(), counts ? 5u : 0u) << head;
-    if (head.find("TYPE") != head.npos) EXPECT_EQ(tag, "");
+    if (head.find("TYPE") != head.npos) {
+      EXPECT_EQ(tag, "");
+    }
     stream->Close();
   }
 }
