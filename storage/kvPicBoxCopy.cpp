@@ -76,13 +76,14 @@ bool kvPicBox::CopyImage(const char* source, kvPicBox& target, const char* targe
       [&] { return CopyInternal(source, target, targetName, newFormat, ext, keepNative); });
 }
 
-// By the storages' paths, which tell a compound file's elements apart only with their root's.
+// By the storages' paths; a storage without a path is nobody else's.
 bool kvPicBox::IsSamePicture(const char* source, kvPicBox& target, const char* targetName) {
   if (!picbox::SameText(picbox::CleanName(source), picbox::CleanName(targetName))) return false;
   if (this == &target) return true;
-  const bool bothHave = parent && target.parent && !target.external;
-  return bothHave && GetPath() == target.GetPath() &&
-         KvTextView(parent->GetPathText()) == KvTextView(target.parent->GetPathText());
+  if (!parent || !target.parent || target.external) return false;
+  const KvTextView path(parent->GetPathText());
+  return !path.empty() && GetPath() == target.GetPath() &&
+         path == KvTextView(target.parent->GetPathText());
 }
 
 std::string kvPicBox::TargetFolder() {
