@@ -46,7 +46,7 @@ same() {
 pictures() {
   printf 'P6\n2 1\n255\n\001\002\003\004\005\006' >opaque.ppm
   printf 'P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n\001\002\003\200\004\005\006\377' >alpha.pam
-  run 0 apply --quiet -c 'ZNFilter.Null.1()' -o photo.jpg opaque.ppm
+  run 0 apply --quiet -c 'ZNFilter.Invert.1(Inversity=000)' -o photo.jpg opaque.ppm
 }
 
 # What every kind of box does.
@@ -97,7 +97,7 @@ box_round_trip() {
   error_has "there is no such picture"
   [ ! -e out5.jpg ] || fail "an output without a picture"
   run 1 box delete "$box" PicMask
-  run 0 apply --quiet -c 'ZNFilter.Null.1()' -o applied.pam "$box::alpha"
+  run 0 apply --quiet -c 'ZNFilter.Invert.1(Inversity=000)' -o applied.pam "$box::alpha"
   same applied.pam alpha.pam
 }
 
