@@ -4,7 +4,7 @@ sources = $(shell find . \( -path ./build -o -path ./.git \) -prune -o \
 	\( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print)
 
 .NOTPARALLEL:
-.PHONY: help demo icons test bench windows arm64 sanitize fuzz soak format tidy install clean
+.PHONY: help demo docs icons test bench windows arm64 sanitize fuzz soak format tidy install clean
 
 help: ## this list
 	@sed -n 's/^\([a-z0-9]*\):.*## /make \1\t/p' Makefile | expand -t 20
@@ -53,6 +53,11 @@ soak: ## long runs: full counts of repeated tests, the thread sanitizer, an hour
 	@FXBOX_SOAK=200 scripts/test.sh linux-tsan
 	@scripts/build.sh linux-fuzz fxbox_fuzz
 	@scripts/fuzz.sh 3600
+
+docs: ## write docs/filters.md, docs/glossary.md and the sample pictures in docs/samples/
+	@scripts/setup.sh native
+	@scripts/build.sh linux fxbox
+	@scripts/docs.sh
 
 format: ## format all sources
 	@scripts/setup.sh tools

@@ -97,6 +97,15 @@ constexpr Setting kSettings[] = {
     {"ZNFilter.BlurSel.1", "Threshold=30,Radius=10", Planes::Colour, "radius10"},
     {"ZNFilter.FindEdges.1", "EdgeEnhance=050", Planes::Colour, "opaque", true},
     {"ZNFilter.FindEdges.1", "EdgeEnhance=050", Planes::Colour, "mask"},
+    {"ZNFilter.Gamma.1", "S10=20,S20=-35,S31=60,S33=-40", Planes::Colour, "shift"},
+    {"ZNFilter.Gamma.1", "S10=20,S31=60,S40=10,S51=-30", Planes::Colour, "all"},
+    {"ZNFilter.RgbMixer.1", "BOnK=1", Planes::Colour, "grey"},
+    {"ZNFilter.RgbMixer.1", "BOnK=0,BOnR=1,BOnG=1,BOnB=1,rG=30,gB=-20,bR=40,BRgb3=1",
+     Planes::Colour, "channels"},
+    {"ZNFilter.SoftFrame.1", "FrameWidth=020", Planes::Mask, "narrow"},
+    {"ZNFilter.SoftFrame.1", "FrameWidth=100", Planes::Mask, "whole"},
+    {"ZNFilter.Text.1", "Size=060,PosY=050,Text=One%20line%20of%20text", Planes::Both, "line"},
+    {"ZNFilter.WaterSign.1", "Tile=1,Angle=300,Text=Sample", Planes::Both, "tiles"},
     {"ZNFilter.Emboss.1", "EmbossStrength=050", Planes::Colour, "opaque", true},
     {"ZNFilter.Emboss.1", "EmbossStrength=050", Planes::Colour, "mask"},
     {"ZNFilter.Crop.1", "", Planes::Both, "whole"},
@@ -298,7 +307,6 @@ void RegisterAll() {
   int count = 0;
   const FilterClass* const classes = FxboxFilterClasses(&count);
   for (int i = 0; i < count; ++i) {
-    if (classes[i].state != ClassState::Built) continue;
     for (const Setting& setting : SettingsOf(classes[i])) {
       Register(ShortName(setting), [setting](benchmark::State& state, const PictureSize& size) {
         RunFilter(state, setting, size);

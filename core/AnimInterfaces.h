@@ -74,6 +74,8 @@ struct IAnimFilterSrcCallsThis : IUnknown {
   // Stores the source without calling it back.
   virtual HRESULT STDMETHODCALLTYPE AttachSource(IUnknown* source) = 0;
   // Questions to the host at the tail. The caller frees `expanded` as the host says.
+  // UTF-8 both ways. The answer belongs to the caller, who frees it with CoTaskMemFree; a host that
+  // has none to give leaves `expanded` alone.
   virtual HRESULT STDMETHODCALLTYPE ExpandText(const char* text, char** expanded) = 0;
   virtual HRESULT STDMETHODCALLTYPE QueryPrintScale(double* scale) = 0;
   // Numbers that only the host knows the meaning of.

@@ -10,13 +10,6 @@
 
 class CPdibFilter;
 
-// Where a class stands.
-enum class ClassState {
-  Built,      // does its work
-  NotBuilt,   // keeps its text and passes rows through until its time comes
-  ListedOnly  // the same for good: the class exists so that stored chains survive
-};
-
 // All texts live as long as the library; a text that the class does not have is null.
 struct FilterClass {
   int sortKey = 0;                  // GetKind, and the order of lists
@@ -29,10 +22,11 @@ struct FilterClass {
   const char* helpKey = nullptr;
   const char* defaultText = nullptr;  // what a new dialog shows
   const char* gloss = nullptr;        // what it does, in a few English words
-  ClassState state = ClassState::Built;
+  // Parameters that show what the class does; null where its first key alone shows that.
+  const char* example = nullptr;
   // A new filter with one reference, which is the caller's.
   CPdibFilter* (*make)(const FilterClass& row) = nullptr;
-  // The keys of the parameter text; empty for classes that are not built.
+  // The keys of the parameter text.
   std::vector<ParameterDescription> (*describe)() = nullptr;
 };
 

@@ -1,7 +1,6 @@
 #include "filters/FilterClasses.h"
 
 #include "filters/NullFilter.h"
-#include "filters/TextKeepingFilter.h"
 #include "filters/colour/AdoptColorFilter.h"
 #include "filters/colour/BlackWhiteFilter.h"
 #include "filters/colour/ColCorExFilter.h"
@@ -45,6 +44,8 @@
 #include "filters/geometry/size/PrintPadFilter.h"
 #include "filters/geometry/size/Scale100Filter.h"
 #include "filters/geometry/size/ScaleFilter.h"
+#include "filters/text/TextFilter.h"
+#include "filters/text/WaterSignFilter.h"
 
 FilterClassTable FilterClasses() {
   static const FilterClass classes[] = {

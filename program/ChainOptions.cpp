@@ -1,8 +1,10 @@
 #include "program/ChainOptions.h"
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 
 #include "program/ChainCheck.h"
+#include "program/ChainTexts.h"
 #include "program/Messages.h"
 #include "program/Presets.h"
 #include "program/StandardStreams.h"
@@ -20,6 +22,12 @@ std::string ReadChainFile(const std::string& file) {
   const auto bytes =
       file == kStandard ? ReadStandardInput(IsShort) : ReadPipe(PathOf(file), IsShort);
   return {bytes.begin(), bytes.end()};
+}
+
+// What relative paths in the chain start from.
+std::filesystem::path FolderOf(const ChainOptions& options) {
+  const auto here = std::filesystem::current_path();
+  return options.file ? here / PathOf(*options.file).parent_path() : here;
 }
 
 }  // namespace
@@ -60,7 +68,9 @@ ChainText TakeChain(const ChainOptions& options, IAnimFilterCreator& creator) {
   ChainText chain{ChainTextOf(outside), ChainTextOf(options.open), ChainTextOf(options.close)};
   if (options.lenient) return chain;
   try {
-    chain.text = CheckChainText(chain, ListFilters(creator), creator);
+    const std::vector<FilterEntry> filters = ListFilters(creator);
+    chain.text = CheckChainText(chain, filters, creator);
+    chain = WithFullPaths(chain, filters, FolderOf(options));
   } catch (const ChainError& error) {
     throw UsageError((options.file ? *options.file + ": " : "") + error.what());
   }

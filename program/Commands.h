@@ -19,6 +19,8 @@ void AddApplyCommand(CLI::App& program, Action& action);
 void AddFiltersCommand(CLI::App& program, Action& action);
 void AddDescribeCommand(CLI::App& program, Action& action);
 void AddTextCommand(CLI::App& program, Action& action);
+void AddTextKeyCommand(CLI::App& program, Action& action);
+void AddFontsCommand(CLI::App& program, Action& action);
 void AddCurveCommand(CLI::App& program, Action& action);
 void AddSizeCommand(CLI::App& program, Action& action);
 void AddModuleCommands(CLI::App& program, Action& action);

@@ -21,6 +21,13 @@ struct DescribeOptions {
 constexpr char kExamples[] = R"(Example:
   fxbox describe ZNFilter.Sepia.1)";
 
+constexpr char kTextHint[] =
+    "  A text is percent-encoded UTF-8; fxbox text-key writes it, fxbox fonts lists the families\n";
+
+bool IsText(const KeyFacts& key) {
+  return key.kind == "text";
+}
+
 const FilterEntry& Find(const std::vector<FilterEntry>& filters, const std::string& progId) {
   if (const FilterEntry* const entry = FindFilter(filters, progId)) return *entry;
   std::vector<std::string> names;
@@ -74,6 +81,7 @@ void Print(const FilterFacts& facts) {
   if (!facts.keys.empty()) {
     std::cout << "Keys (the range is what dialogs offer; any number is taken)\n";
     PrintKeys(facts.keys);
+    if (std::any_of(facts.keys.begin(), facts.keys.end(), IsText)) std::cout << kTextHint;
   }
   if (!facts.preview.empty())
     std::cout << "Preview (--fit)\n  " << PreviewText(facts.preview) << '\n';

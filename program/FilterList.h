@@ -30,7 +30,7 @@ std::string FilterTextBehind(IAnimFilterCreator& creator, const std::string& pro
 
 // Whether its keys are known: the class is one of ours and does its work.
 inline bool IsBuilt(const FilterEntry& entry) {
-  return entry.row && entry.row->state == ClassState::Built;
+  return entry.row != nullptr;
 }
 
 // One "Key=value" of a parameter text. White space around it is left out, within it is not.

@@ -78,16 +78,7 @@ const char* PreviewOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
 }
 
 std::string NoteOf(const FilterEntry& entry) {
-  if (!entry.row) return "class of another module: its keys are not known here";
-  switch (entry.row->state) {
-    case ClassState::Built:
-      return {};
-    case ClassState::NotBuilt:
-      return "not built yet: keeps its text and passes the picture through";
-    case ClassState::ListedOnly:
-      break;
-  }
-  return "listed only: keeps its text and passes the picture through";
+  return entry.row ? "" : "class of another module: its keys are not known here";
 }
 
 // Three quarters of the range: strong enough to be seen where 0 means nothing.
@@ -108,9 +99,11 @@ std::string NumberedExample(const std::vector<KeyFacts>& keys) {
   return parameters;
 }
 
-std::string ExampleOf(const FilterFacts& facts) {
+std::string ExampleOf(const FilterEntry& entry, const FilterFacts& facts) {
   std::string parameters = facts.defaultText.value_or(facts.newText);
-  if (!facts.keys.empty()) {
+  if (entry.row && entry.row->example) {
+    parameters = entry.row->example;
+  } else if (!facts.keys.empty()) {
     parameters = facts.keys.back().isNumbered ? NumberedExample(facts.keys)
                                               : ExampleParameter(facts.keys.front());
   }
@@ -143,11 +136,19 @@ std::string KeyTable(const FilterFacts& facts) {
   return text + "\n";
 }
 
+// "Sepia" of "ZNFilter.Sepia.1".
+std::string ShortName(const FilterFacts& facts) {
+  const std::size_t start = facts.progId.find('.') + 1;
+  return facts.progId.substr(start, facts.progId.rfind('.') - start);
+}
+
 std::string Section(const FilterFacts& facts) {
   std::string text = "## " + facts.progId + "\n\n";
   if (!facts.icon.empty()) text += "![](../resources/icons/" + facts.icon + ".svg)\n";
   text += facts.gloss + ". Class `" + facts.className + "`, order " + std::to_string(facts.order) +
           ".\n\n";
+  const std::string name = ShortName(facts);
+  text.append("![").append(name).append("](samples/").append(name).append(".jpg)\n\n");
   if (!facts.note.empty()) text += "This class is " + facts.note + ".\n\n";
   if (!facts.keys.empty()) text += KeyTable(facts);
   if (facts.defaultText) text += "Default: `" + *facts.defaultText + "`\n\n";
@@ -190,7 +191,7 @@ FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
     for (const auto& row : entry.row->describe()) facts.keys.push_back(KeyFactsOf(row, newText));
   }
   if (IsBuilt(entry)) facts.preview = PreviewOf(entry, creator);
-  facts.example = ExampleOf(facts);
+  facts.example = ExampleOf(entry, facts);
   return facts;
 }
 
@@ -232,6 +233,14 @@ std::string FilterReference(IAnimFilterCreator& creator) {
       "lower orders first.\n\n";
   for (const FilterFacts& facts : OwnFacts(creator)) text += Section(facts);
   text.pop_back();
+  return text;
+}
+
+std::string Examples(IAnimFilterCreator& creator) {
+  std::string text;
+  for (const FilterFacts& facts : OwnFacts(creator)) {
+    text += ShortName(facts) + " " + facts.example + "\n";
+  }
   return text;
 }
 

@@ -16,6 +16,7 @@ struct FiltersOptions {
   bool json = false;
   bool markdown = false;
   bool glossary = false;
+  bool examples = false;
 };
 
 constexpr char kExamples[] = R"(Examples:
@@ -25,15 +26,7 @@ constexpr char kExamples[] = R"(Examples:
 
 const char* StateName(const FilterEntry& entry) {
   if (!entry.row) return "other module";
-  switch (entry.row->state) {
-    case ClassState::Built:
-      return "built";
-    case ClassState::NotBuilt:
-      return "not built yet";
-    case ClassState::ListedOnly:
-      break;
-  }
-  return "listed only";
+  return "built";
 }
 
 Json JsonOf(const FilterEntry& entry) {
@@ -51,7 +44,6 @@ void PrintEntry(const FilterEntry& entry) {
   std::string name = base::ToUtf8(entry.progId);
   name.resize(std::max<std::size_t>(name.size() + 2, 32), ' ');
   std::string gloss = entry.row ? base::ToUtf8(entry.row->gloss) : "class of another module";
-  if (entry.row && !IsBuilt(entry)) gloss += std::string(" (") + StateName(entry) + ")";
   std::cout << name << gloss << ", order " << entry.order << '\n';
   if (const auto text = DefaultTextOf(entry)) std::cout << "    " << *text << '\n';
 }
@@ -62,6 +54,8 @@ int ListAll(const FiltersOptions& options) {
     std::cout << FilterReference(*creator.Get());
   } else if (options.glossary) {
     std::cout << Glossary(*creator.Get());
+  } else if (options.examples) {
+    std::cout << Examples(*creator.Get());
   } else if (options.json) {
     Json list = Json::array();
     for (const FilterEntry& entry : ListFilters(*creator.Get())) list.push_back(JsonOf(entry));
@@ -81,6 +75,7 @@ void AddFiltersCommand(CLI::App& program, Action& action) {
   // For the project's own documents, and so not in the help.
   command->add_flag("--markdown", options->markdown)->group("");
   command->add_flag("--glossary", options->glossary)->group("");
+  command->add_flag("--examples", options->examples)->group("");
   command->footer(ForShell(kExamples));
   command->callback([options, &action] { action = [options] { return ListAll(*options); }; });
 }

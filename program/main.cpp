@@ -31,6 +31,8 @@ void AddCommands(CLI::App& app, Action& action) {
   AddFiltersCommand(app, action);
   AddDescribeCommand(app, action);
   AddTextCommand(app, action);
+  AddTextKeyCommand(app, action);
+  AddFontsCommand(app, action);
   AddSizeCommand(app, action);
   AddCurveCommand(app, action);
   AddDialogCommand(app, action);

@@ -18,6 +18,11 @@ duo='ZNFilter.DuoColor.1(Intensity=080, ColorRed=020, ColorGreen=030, ColorBlue=
 framed='ZNFilter.Passpartout.1(Borderhori=024, Borderverti=024, Radius=030, Blue=225, Green=238, Red=244)
 ZNFilter.Shadow.1(LightDirection=1350, LightIntensity=025, ShadowDensity=070, ShadowBlur=060, ShadowDistance=012)
 ZNFilter.ImgBg.1(Blue=255, Green=255, Red=255)'
+# A black mat of equal width on all sides, the picture's title on its lower edge, and a name across the
+# picture, hardly seen.
+titled="ZNFilter.WaterSign.1(Tile=1, Size=045, Angle=300, Opacity=018, Spacing=120, $("$fxbox" text-key "demo print"))
+ZNFilter.Passpartout.1(Borderhori=060, Borderverti=060, Blue=018, Green=014, Red=012)
+ZNFilter.Text.1(Size=042, PosX=500, PosY=052, Italic=1, Red=235, Green=225, Blue=200, $("$fxbox" text-key "Night launch · Größe XXL"))"
 
 mkdir -p demo-out
 printf '%s\n' "$chain" >demo-out/old-print.chain
@@ -32,6 +37,9 @@ echo "$duo"
 say "A frame with its shadow"
 echo "$framed"
 "$fxbox" apply --quiet -c "$framed" -o demo-out/framed.png "$photo"
+say "A border with a title, and a watermark"
+echo "$titled"
+"$fxbox" apply --quiet -c "$titled" -o demo-out/titled.jpg "$photo"
 
 say "Written:"
 stat --format '      %n (%s bytes)' demo-out/*

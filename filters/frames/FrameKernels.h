@@ -6,13 +6,10 @@
 #include <cstdint>
 
 #include "filters/pixels/ByteTableKernels.h"
+#include "filters/pixels/Compose.h"
 #include "filters/pixels/simd/Simd.h"
 
 namespace kernels {
-
-// Lays a row of colour and mask over another.
-void ComposeRow(std::uint8_t* colour, std::uint8_t* mask, const std::uint8_t* overColour,
-                const std::uint8_t* overMask, int width);
 
 // Adds a relief, of which 128 is flat, to the colours; or takes it off, which turns the light.
 void AddRelief(std::uint8_t* colour, const std::uint8_t* relief, int width, bool isInner);

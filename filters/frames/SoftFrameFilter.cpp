@@ -15,6 +15,7 @@ const FilterClass kSoftFrameClass = {
     .helpKey = "HLP_SOFTFRAME",
     .defaultText = "SoftCorner=1,FrameWidth=0,Links=1,Oben=1,Rechts=1,Unten=1",
     .gloss = "Soft frame",
+    .example = "FrameWidth=040",
     .make = MakeFilter<CSoftFrameFilter>,
     .describe = CSoftFrameFilter::Describe};
 

@@ -85,7 +85,6 @@ const FilterClass kRow = {
     .helpKey = nullptr,
     .defaultText = nullptr,
     .gloss = "Swap red and blue",
-    .state = ClassState::Built,
     .make = [](const FilterClass& row) -> CPdibFilter* { return new SwapFilter(row); },
     .describe = nullptr,
 };

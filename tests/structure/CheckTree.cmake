@@ -27,6 +27,11 @@ foreach(family colour/tone colour detail frames geometry/size geometry/rotation)
   endforeach()
   list(APPEND rules "filters/${family}/|${pixels} editing base")
 endforeach()
+foreach(kind Filter Parameters)
+  list(APPEND rules "filters/text/[A-Za-z0-9]*${kind}[.]|${pixels} ${pipeline}")
+endforeach()
+# Reads fonts and pictures, still without the pipeline.
+list(APPEND rules "filters/text/|${pixels} imageio picture platform base")
 list(APPEND rules
   "filters/geometry/|filters/geometry/size filters/geometry/rotation ${pixels} ${pipeline}"
   "filters/FilterClasses[.]|ANY"

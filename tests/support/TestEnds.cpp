@@ -1,5 +1,7 @@
 #include "tests/support/TestEnds.h"
 
+#include <objbase.h>
+
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
@@ -121,9 +123,12 @@ HRESULT TestDestination::AttachSource(IUnknown* newSource) {
   return S_OK;
 }
 
-HRESULT TestDestination::ExpandText(const char* text, char**) {
+HRESULT TestDestination::ExpandText(const char* text, char** expanded) {
   calls.push_back(std::string("ExpandText ") + text);
-  return S_FALSE;
+  if (expansion.empty()) return S_FALSE;
+  *expanded = static_cast<char*>(CoTaskMemAlloc(expansion.size() + 1));
+  std::memcpy(*expanded, expansion.c_str(), expansion.size() + 1);
+  return S_OK;
 }
 
 HRESULT TestDestination::QueryPrintScale(double* scale) {

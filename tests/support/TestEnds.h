@@ -80,7 +80,7 @@ class TestDestination final : public platform::ComObject<TestDestination, IAnimF
   HRESULT STDMETHODCALLTYPE Lock() override;
   HRESULT STDMETHODCALLTYPE Unlock() override;
   HRESULT STDMETHODCALLTYPE AttachSource(IUnknown* newSource) override;
-  HRESULT STDMETHODCALLTYPE ExpandText(const char* text, char**) override;
+  HRESULT STDMETHODCALLTYPE ExpandText(const char* text, char** expanded) override;
   HRESULT STDMETHODCALLTYPE QueryPrintScale(double* scale) override;
   HRESULT STDMETHODCALLTYPE HostCall3(std::intptr_t a, std::intptr_t b, std::intptr_t c) override {
     return Record("HostCall3", a, b, c);
@@ -94,6 +94,7 @@ class TestDestination final : public platform::ComObject<TestDestination, IAnimF
     const std::lock_guard lock(recording);
     return std::exchange(calls, {});
   }
+  std::string expansion;  // what ExpandText answers; empty for no answer
   // "L" and "U" in turn.
   std::string locks;
   std::string TakeLocks() { return std::exchange(locks, {}); }

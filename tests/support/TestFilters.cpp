@@ -22,7 +22,6 @@ const FilterClass& TestClass(const char* progId, int order, int sortKey,
                   .helpKey = nullptr,
                   .defaultText = nullptr,
                   .gloss = "Test",
-                  .state = ClassState::Built,
                   .make = make ? make : MakeFilter<RecordingFilter>,
                   .describe = nullptr});
   return rows.back();

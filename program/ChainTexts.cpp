@@ -1,0 +1,120 @@
+#include "program/ChainTexts.h"
+
+#include <cstring>
+#include <optional>
+#include <string_view>
+
+#include "base/PercentText.h"
+#include "core/ChainText.h"
+#include "filters/text/FontChoice.h"
+#include "filters/text/PictureSign.h"
+#include "imageio/ImageFile.h"
+#include "program/ChainCheck.h"
+#include "program/Messages.h"
+
+namespace program {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kFont = "Font";
+constexpr std::string_view kPicture = "Picture";
+
+// Where the value of a key lies, as the filters find it.
+struct Place {
+  std::size_t start, length;
+};
+
+std::optional<Place> PlaceOfValue(std::string_view parameters, std::string_view key) {
+  const std::size_t found = parameters.find(std::string(key).append("="));
+  if (found == std::string_view::npos) return std::nullopt;
+  const std::size_t start = found + key.size() + 1;
+  const std::size_t end = std::min(parameters.find(',', start), parameters.size());
+  return Place{start, end - start};
+}
+
+bool HasTextKey(const FilterEntry& entry, std::string_view key) {
+  if (!entry.row) return false;
+  for (const ParameterDescription& row : entry.row->describe()) {
+    if (row.kind == ParameterKind::Text && row.key == key) return true;
+  }
+  return false;
+}
+
+class Completion {
+ public:
+  Completion(const ChainText& chain, const std::vector<FilterEntry>& filters,
+             const fs::path& folder)
+      : chain_(chain), filters_(filters), folder_(folder) {}
+
+  ChainText Run() {
+    ChainText completed = chain_;
+    std::size_t from = 0;
+    for (const ChainTextItem& item :
+         SplitChainText(chain_.text.c_str(), chain_.open.c_str(), chain_.close.c_str())) {
+      ++number_;
+      name_ = item.name;
+      // Behind the name, which may stand in other items' parameters as well.
+      from = completed.text.find(item.parameters, completed.text.find(item.name, from));
+      const std::string parameters = Completed(item);
+      completed.text.replace(from, item.parameters.size(), parameters);
+      from += parameters.size();
+    }
+    return completed;
+  }
+
+ private:
+  std::string Completed(const ChainTextItem& item) const {
+    std::string parameters = item.parameters;
+    const FilterEntry* const entry = FindFilter(filters_, item.name);
+    if (!entry) return parameters;
+    if (HasTextKey(*entry, kFont)) CheckFont(parameters);
+    const auto place = PlaceOfValue(parameters, kPicture);
+    if (!place || place->length == 0 || !HasTextKey(*entry, kPicture)) return parameters;
+    const std::string given = base::PercentDecode(parameters.substr(place->start, place->length));
+    return parameters.replace(place->start, place->length, base::PercentEncode(FullPath(given)));
+  }
+
+  void CheckFont(const std::string& parameters) const {
+    const auto place = PlaceOfValue(parameters, kFont);
+    if (!place) return;
+    const std::string family = base::PercentDecode(parameters.substr(place->start, place->length));
+    const text::FamilyChoice choice = text::ChooseFamily(family);
+    if (!choice.isSubstitute) return;
+    PrintError(Where() + "the font \"" + family + "\" is not there, taking \"" + choice.family +
+               "\" (fxbox fonts lists them)");
+  }
+
+  // Of a picture whose head can be read.
+  std::string FullPath(const std::string& given) const {
+    const std::string full = Utf8Of(folder_ / PathOf(given));
+    try {
+      text::CheckSignPath(full);
+      const imageio::ImageReader reader(PathOf(full));
+    } catch (const text::SignError& error) {
+      throw ChainError(Where() + given + ": " + error.what());
+    } catch (const imageio::ImageError& error) {
+      throw ChainError(Where() + given + ": " + error.what());
+    }
+    return full;
+  }
+
+  std::string Where() const {
+    return "chain item " + std::to_string(number_) + " (" + name_ + "): ";
+  }
+
+  const ChainText& chain_;
+  const std::vector<FilterEntry>& filters_;
+  const fs::path& folder_;
+  int number_ = 0;  // of the item at hand, from 1
+  std::string name_;
+};
+
+}  // namespace
+
+ChainText WithFullPaths(const ChainText& chain, const std::vector<FilterEntry>& filters,
+                        const fs::path& folder) {
+  return Completion(chain, filters, folder).Run();
+}
+
+}  // namespace program
