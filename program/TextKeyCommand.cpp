@@ -17,12 +17,12 @@ struct TextKeyOptions {
   std::string key = "Text";
 };
 
-constexpr char kExamples[] = R"(Examples:
+constexpr char kExamples[] = R"text(Examples:
   fxbox text-key "Größe, 2 m"
       prints Text=Gr%C3%B6%C3%9Fe%2C%202%20m
   fxbox text-key "Summer" "in the hills"
       two lines
-  fxbox apply -c "ZNFilter.Text.1($(fxbox text-key "Größe"))" -o out.png photo.jpg)";
+  fxbox apply -c "ZNFilter.Text.1($(fxbox text-key "Größe"))" -o out.png photo.jpg)text";
 
 int PrintKey(const TextKeyOptions& options) {
   std::string text;

@@ -30,6 +30,7 @@ const FilterClass kAdoptColorClass = {
     .helpKey = "HLP_COLORIZE",
     .defaultText = "ColorRed=000,ColorGreen=000,ColorBlue=000,Intensity=100",
     .gloss = "Adopt a colour",
+    .example = "Intensity=080,ColorRed=230,ColorGreen=140,ColorBlue=040",
     .make = MakeFilter<CAdoptColorFilter>,
     .describe = CAdoptColorFilter::Describe};
 

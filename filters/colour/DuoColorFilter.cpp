@@ -17,6 +17,7 @@ const FilterClass kDuoColorClass = {
         "ColorRed=000,ColorGreen=000,ColorBlue=000,Red2=255,Green2=255,Blue2=255,"
         "Intensity=100",
     .gloss = "Two-tone picture",
+    .example = "Intensity=090,ColorRed=020,ColorBlue=090,Red2=255,Green2=240,Blue2=200",
     .make = MakeFilter<CDuoColorFilter>,
     .describe = CDuoColorFilter::Describe};
 

@@ -13,6 +13,7 @@ const FilterClass kFarbEqualizerClass = {
     .helpKey = "HLP_FARBEQUALIZER",
     .defaultText = "SatR=000,SatY=000,SatG=000,SatC=000,SatB=000,SatM=000",
     .gloss = "Colour equaliser by hue",
+    .example = "SatB=-90",
     .make = MakeFilter<CFarbEqualizerFilter>,
     .describe = CFarbEqualizerFilter::Describe};
 

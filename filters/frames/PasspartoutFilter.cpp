@@ -64,6 +64,7 @@ const FilterClass kPasspartoutClass = {
         "Radius=005,Red=000,Green=000,Blue=105,Transparency=000,Poscorhori=000,"
         "Poscorverti=000",
     .gloss = "Passepartout frame",
+    .example = "Borderhori=018,Borderverti=018,Radius=030,Red=244,Green=238,Blue=225",
     .make = MakeFilter<CPasspartoutFilter>,
     .describe = CPasspartoutFilter::Describe};
 

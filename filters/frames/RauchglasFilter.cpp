@@ -21,6 +21,7 @@ const FilterClass kRauchglasClass = {
         "BordersizeOn=1,Borderhori=75,Borderverti=75,TotalHori=150,TotalVerti=150,Radius=5,"
         "Red=180,Green=180,Blue=180,Transparency=000,Poscorhori=000,Poscorverti=000",
     .gloss = "Smoked glass",
+    .example = "Borderhori=060,Borderverti=050,Radius=060,Transparency=065",
     .make = MakeFilter<CRauchglasFilter>,
     .describe = CRauchglasFilter::Describe};
 

@@ -60,6 +60,7 @@ const FilterClass kSchattenClass = {
         "LightDirection=1350,LightIntensity=0,InnerOn=0,ShadowDensity=0,ShadowBlur=20,Size=0,"
         "ShadowDistance=3,ShadowRed=0,ShadowGreen=0,ShadowBlue=0",
     .gloss = "Shadow and light",
+    .example = "LightIntensity=040,ShadowDensity=080,ShadowBlur=030,ShadowDistance=008",
     .make = MakeFilter<CSchattenFilter>,
     .describe = CSchattenFilter::Describe};
 

@@ -25,6 +25,7 @@ const FilterClass kPrintScaleClass = {
     .iconName = "icons_scale",
     .nameKey = "PrintScale",
     .gloss = "Scale and turn for printing",
+    .example = "PrintWidth=160,PrintHeight=120",
     .make = MakeFilter<CPrintScaleFilter>,
     .describe = CPrintScaleFilter::Describe};
 

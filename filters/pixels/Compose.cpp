@@ -8,6 +8,11 @@ using base::kBytesPerPixel;
 
 void ComposeRow(std::uint8_t* colour, std::uint8_t* mask, const std::uint8_t* overColour,
                 const std::uint8_t* overMask, int width) {
+  if (!colour) {
+    for (int x = 0; x < width; ++x)
+      mask[x] = static_cast<std::uint8_t>(overMask[x] * mask[x] / 255);
+    return;
+  }
   for (int x = 0; x < width; ++x, colour += kBytesPerPixel, overColour += kBytesPerPixel) {
     const int s = overMask[x];
     const int t = mask[x];

@@ -7,7 +7,7 @@
 
 namespace kernels {
 
-// Lays a row of colour and mask over another.
+// Lays a row of colour and mask over another. Without a row of colour the mask alone changes.
 void ComposeRow(std::uint8_t* colour, std::uint8_t* mask, const std::uint8_t* overColour,
                 const std::uint8_t* overMask, int width);
 

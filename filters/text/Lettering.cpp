@@ -4,6 +4,7 @@
 #include <map>
 #include <tuple>
 
+#include "base/Rows.h"
 #include "filters/pixels/Compose.h"
 #include "filters/text/Overlay.h"
 
@@ -111,8 +112,9 @@ void Lettering::Lay(const Piece& piece, std::uint8_t* colour, std::uint8_t* mask
     overMask[at] = static_cast<std::uint8_t>(255 - covered * ink_.opacity / 100);
   }
   const auto first = static_cast<std::size_t>(piece.first);
-  kernels::ComposeRow(colour + 3 * first, mask + first, overColour.data() + 3 * first,
-                      overMask.data() + first, piece.end - piece.first);
+  kernels::ComposeRow(colour ? colour + 3 * first : nullptr, mask + first,
+                      overColour.data() + 3 * first, overMask.data() + first,
+                      piece.end - piece.first);
 }
 
 void Lettering::ComposeRow(std::uint8_t* colour, std::uint8_t* mask, int x, int y,
@@ -130,7 +132,7 @@ void Lettering::ComposeRow(std::uint8_t* colour, std::uint8_t* mask, int x, int 
         Gather(prints_[number], from, y, until - from, piece);
       }
       if (piece.first < piece.end) {
-        Lay(piece, colour + 3 * static_cast<std::ptrdiff_t>(from - x), mask + (from - x));
+        Lay(piece, colour ? colour + base::ColourOffset(from - x) : nullptr, mask + (from - x));
       }
     }
     from = until;

@@ -34,7 +34,7 @@ struct LetteringParameters {
 };
 
 // What lies over a picture of this size, with `written` in the text's place; null for nothing. A
-// picture that cannot be drawn is told in the log.
+// picture that cannot be drawn is reply in the log.
 std::shared_ptr<const text::Overlay> MakeOverlay(const LetteringParameters& parameters,
                                                  const std::string& written, int width, int height);
 
@@ -113,17 +113,17 @@ class LetteringFilter : public ParameterFilter<RectangleFilter, P> {
   // component hosts free texts.
   std::string Expanded(const std::string& written) {
     if (written.empty()) return written;
-    char* told = nullptr;
-    this->ExpandText(written.c_str(), &told);
-    if (!told) return written;
-    std::string expanded = told;
-    CoTaskMemFree(told);
+    char* reply = nullptr;
+    this->ExpandText(written.c_str(), &reply);
+    if (!reply) return written;
+    std::string expanded = reply;
+    CoTaskMemFree(reply);
     return expanded;
   }
 
   bool ChangeRectangle(const PullRectangle& rectangle) override {
     const auto laid = published.Get();
-    if (!laid || !laid->overlay || !rectangle.colourRows) return true;
+    if (!laid || !laid->overlay || !rectangle.maskRows) return true;
     const PullRectangle inside = rectangle.CutTo(laid->width, laid->height);
     return inside.ChangeRows(this->abort, [&](BYTE* colour, BYTE* mask, int i) {
       laid->overlay->ComposeRow(colour, mask, inside.srcX, inside.srcY + i, inside.width);

@@ -22,6 +22,7 @@ class Overlay {
  public:
   virtual ~Overlay() = default;
   // Lays its part of `count` pixels of row y, from column x on, over them; all lie in the picture.
+  // Without a row of colour the mask alone changes.
   virtual void ComposeRow(std::uint8_t* colour, std::uint8_t* mask, int x, int y,
                           int count) const = 0;
 };

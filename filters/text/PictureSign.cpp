@@ -210,7 +210,7 @@ class SignOverlay final : public Overlay {
         static_cast<int>(std::min(left + placed_.picture->Width(), std::int64_t{x} + count));
     if (from >= until) return;
     const auto first = static_cast<int>(from - left);
-    kernels::ComposeRow(colour + base::ColourOffset(from - x), mask + (from - x),
+    kernels::ComposeRow(colour ? colour + base::ColourOffset(from - x) : nullptr, mask + (from - x),
                         placed_.picture->ColourRows()[row] + base::ColourOffset(first),
                         placed_.picture->MaskRows()[row] + first, until - from);
   }

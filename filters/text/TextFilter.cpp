@@ -11,7 +11,7 @@ const FilterClass kTextClass = {.sortKey = 38,
                                 .nameKey = "IDS_TEXT_NAME",
                                 .helpKey = "HLP_TEXT",
                                 .gloss = "Text in the picture",
-                                .example = "Size=120,PosY=150,Outline=040,Text=Sunrise",
+                                .example = "Size=180,PosY=180,Outline=040,Text=Sunrise",
                                 .make = MakeFilter<CTextFilter>,
                                 .describe = CTextFilter::Describe};
 

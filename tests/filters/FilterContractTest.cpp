@@ -612,8 +612,9 @@ TEST_P(FilterContract, AChainTakesItsTextBack) {
   }
 }
 
-// The number 1 in the format of a key.
+// What becomes of "001" in the format of a key: the number 1, or the text.
 std::string OneAsPrinted(const ParameterDescription& key) {
+  if (key.kind == ParameterKind::Text) return "001";
   const bool isDouble = key.kind == ParameterKind::Double;
   const char* const precision = std::strchr(std::strchr(key.printed, '%'), '.');
   const auto digits = static_cast<std::size_t>(precision ? precision[1] - '0' : isDouble ? 6 : 1);

@@ -60,6 +60,7 @@ const FilterClass kGradCurvesClass = {
         "yB1=000, yB2=255, yB3=255, yB4=255, yB5=255, yB6=255, yB7=255, "
         "yB8=255, yB9=255, yB10=255, yB11=255, yB12=255",
     .gloss = "Gradation curves",
+    .example = "nL=03,xL2=080,yL2=150",
     .make = MakeFilter<CGradCurvesFilter>,
     .describe = CGradCurvesFilter::Describe};
 

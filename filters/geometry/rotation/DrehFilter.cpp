@@ -31,6 +31,7 @@ const FilterClass kDrehClass = {.sortKey = 4,
                                 .helpKey = "HLP_DREH",
                                 .defaultText = "Angle=0.000,MirrorOn=0",
                                 .gloss = "Rotate and mirror",
+                                .example = "Angle=12.5",
                                 .make = MakeFilter<CDrehFilter>,
                                 .describe = CDrehFilter::Describe};
 

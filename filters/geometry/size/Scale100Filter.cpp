@@ -29,6 +29,7 @@ const FilterClass kScale100Class = {
     .helpKey = "HLP_SCALE100",
     .defaultText = "HorizontalProz=100,VerticalProz=100,KeepProportions=1,AllowEnlarge=1",
     .gloss = "Scale by percent",
+    .example = "HorizontalProz=50,VerticalProz=50",
     .make = MakeFilter<CScale100Filter>,
     .describe = CScale100Filter::Describe};
 

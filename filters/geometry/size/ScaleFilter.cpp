@@ -41,6 +41,7 @@ const FilterClass kScaleClass = {
     .defaultText =
         "MaximumHorizontalSize=100,MaximumVerticalSize=100,KeepProportions=1,AllowEnlarge=0",
     .gloss = "Scale to a size in pixels",
+    .example = "MaximumHorizontalSize=120,MaximumVerticalSize=120",
     .make = MakeFilter<CScaleFilter>,
     .describe = CScaleFilter::Describe};
 

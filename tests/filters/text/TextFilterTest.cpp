@@ -156,13 +156,14 @@ TEST(TextFilter, BytesAreTheSameEverywhere) {
     const char* parameters;
     std::uint64_t hash;
   } cases[] = {
-      {kText, "Size=150,Text=Office%20AVA%20%C3%84q%CC%83", 0},
+      {kText, "Size=150,Text=Office%20AVA%20%C3%84q%CC%83", 13756572587478300339u},
       {kText,
-       "Size=200,Font=DejaVu%20Serif,Bold=1,Italic=1,Outline=050,Angle=137,Text=R%26D%0A%C3%9F", 0},
+       "Size=200,Font=DejaVu%20Serif,Bold=1,Italic=1,Outline=050,Angle=137,Text=R%26D%0A%C3%9F",
+       15587497348864117846u},
       {kText, "Size=180,Opacity=65,Text=%D8%A8%D9%8E%D8%A8%20abc%20%D7%A9%D7%81%D7%9C%D7%95%D7%9D",
-       0},
-      {kText, "Size=999,PosX=-100,Align=0,Outline=009,Text=%40%40", 0},
-      {kSign, "Size=080,Tile=1,Angle=-333,Spacing=037,Text=sample%0Atwo", 0}};
+       6717459738364671938u},
+      {kText, "Size=999,PosX=-100,Align=0,Outline=009,Text=%40%40", 13080583012320369009u},
+      {kSign, "Size=080,Tile=1,Angle=-333,Spacing=037,Text=sample%0Atwo", 4938075475792218496u}};
   for (const auto& c : cases) {
     const Picture picture = Drawn(c.progId, c.parameters, Gradient(317, 211, Masks::Noise));
     EXPECT_EQ(HashOf(picture), c.hash) << c.parameters;
@@ -316,7 +317,9 @@ TEST_F(SignPicture, IsScaledTurnedAndRepeated) {
     for (int x = 0; x < 40; ++x) {
       ASSERT_EQ(tiled.Mask(30 + x, 40 + y), sign.Mask(x, y));
       ASSERT_EQ(tiled.Mask(30 + x, 63 + y), sign.Mask(x, y));
-      if (x < 27) ASSERT_EQ(tiled.Mask(73 + x, 40 + y), sign.Mask(x, y));
+      if (x < 27) {
+        ASSERT_EQ(tiled.Mask(73 + x, 40 + y), sign.Mask(x, y));
+      }
     }
   }
 }
