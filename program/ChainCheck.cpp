@@ -237,10 +237,6 @@ class Checker {
       current.clear();
       Fail("unknown filter " + Quoted(item.name) + PlaceOf(item.name) + hint);
     }
-    if (entry->row && !IsBuilt(*entry)) {
-      Fail("this class is listed only and passes the picture through" + PlaceOf(item.name) +
-           "; --lenient takes it");
-    }
     // What a filter prints is good, even where it has no keys.
     const std::string kept = FilterTextBehind(creator, entry->progId, std::string(item.parameters));
     if (entry->row && item.parameters != kept) {

@@ -28,7 +28,7 @@ std::string NewFilterText(IAnimFilterCreator& creator, const std::string& progId
 std::string FilterTextBehind(IAnimFilterCreator& creator, const std::string& progId,
                              const std::string& parameters);
 
-// Whether its keys are known: the class is one of ours and does its work.
+// Whether its keys are known: the class is one of ours.
 inline bool IsBuilt(const FilterEntry& entry) {
   return entry.row != nullptr;
 }

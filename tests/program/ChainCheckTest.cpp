@@ -141,14 +141,12 @@ TEST_F(ChainCheck, RefusesNumbersThatTheFilterDoesNotKeep) {
   }
 }
 
-TEST_F(ChainCheck, RefusesClassesThatAreListedOnly) {
-  FilterClass row = *filters.front().row;
-  row.state = ClassState::ListedOnly;
-  filters.front().row = &row;
-  EXPECT_EQ(Message(filters.front().progId + "()"),
-            "chain item 1 (" + filters.front().progId +
-                "): this class is listed only and passes the picture through at character 1; "
-                "--lenient takes it");
+TEST_F(ChainCheck, TakesTextsAsPeopleWriteThem) {
+  for (const char* item : {"Text.1(Text=two words)", "Text.1(Text=%C3%A4%zz,Font=,Size=060)",
+                           "Text.1(Text=)", "WaterSign.1(Text=a%3Db)"}) {
+    EXPECT_EQ(Message("ZNFilter." + std::string(item)), "") << item;
+  }
+  EXPECT_THAT(Message("ZNFilter.Text.1(Text=a,Siez=9)"), HasSubstr("unknown key \"Siez\""));
 }
 
 TEST_F(ChainCheck, RefusesMarkersThatTellNothingApart) {
