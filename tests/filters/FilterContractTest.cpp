@@ -755,7 +755,7 @@ TEST_P(FilterContract, AChangeDuringAPullIsNotLost) {
   };
   GuardedRows rows(200, 200);
   rig.Pull(rows, {0, 0, 0, 0, rig.destination->width, rig.destination->height});
-  if (contract.hasKeys || contract.keepsText) {
+  if (contract.hasKeys) {
     EXPECT_TRUE(rig.Prepare());
   }
   EXPECT_EQ(Difference(expected, rig.PullWhole()), "");
