@@ -91,8 +91,7 @@ std::vector<ParameterRow<P>> LetteringRows(bool isWatermark) {
 template <class P>
 class LetteringFilter : public ParameterFilter<RectangleFilter, P> {
  public:
-  explicit LetteringFilter(const FilterClass& row)
-      : ParameterFilter<RectangleFilter, P>(row, {.needsMask = true}) {}
+  explicit LetteringFilter(const FilterClass& row) : ParameterFilter<RectangleFilter, P>(row) {}
 
   void Commit() override {
     const P now = this->CommitParameters();
@@ -121,6 +120,7 @@ class LetteringFilter : public ParameterFilter<RectangleFilter, P> {
     return expanded;
   }
 
+  bool NeedsMask() const override { return true; }
   bool ChangeRectangle(const PullRectangle& rectangle) override {
     const auto laid = published.Get();
     if (!laid || !laid->overlay || !rectangle.maskRows) return true;
