@@ -9,7 +9,7 @@ set(cases
   "base/A.h|#include \"platform/B.h\"|may not include"
   "platform/A.h|#include \"core/B.h\"|may not include"
   "platform/linux/A.cpp|#ifdef _WIN32|"
-  "picture/A.cpp|#include \"imageio/B.h\"|may not include"
+  "picture/A.cpp|#include \"core/B.h\"|may not include"
   "picture/A.cpp|#include \"platform/linux/B.h\"|on one system alone"
   "core/A.cpp|#include \"platform/fake/B.h\"|is for tests"
   "core/A.cpp|#include \"filters/B.h\"|may not include"
