@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cmath>
 #include <filesystem>
+#include <system_error>
 
 #include "base/Arithmetic.h"
 #include "base/Rows.h"
@@ -20,8 +21,13 @@ using base::kBytesPerPixel;
 
 constexpr char kTooLarge[] = "the picture is too large for a watermark";
 
+// A system that keeps names in UTF-16 has none for bytes that are no UTF-8.
 fs::path PathOf(const std::string& utf8) {
-  return fs::path(std::u8string(utf8.begin(), utf8.end()));
+  try {
+    return fs::path(std::u8string(utf8.begin(), utf8.end()));
+  } catch (const std::system_error&) {
+    throw SignError("the picture's path is no UTF-8");
+  }
 }
 
 using Picture = std::unique_ptr<MemoryPicture>;
