@@ -114,6 +114,11 @@ class Files {
   using WriteFile = std::function<bool(const std::filesystem::path& temporary)>;
   virtual std::optional<std::string> Replace(const std::filesystem::path& target,
                                              const WriteFile& write) = 0;
+  // Moves a finished file of the caller's, which lies in the same folder and may still be open with
+  // RawFile, into the place of `target` in one step. Gives the reason when it cannot; both files
+  // then stay as they are.
+  virtual std::optional<std::string> Move(const std::filesystem::path& finished,
+                                          const std::filesystem::path& target) = 0;
   // Opens the file, or makes it; null when that fails. With `writeThrough` a line that was appended
   // is on the disk, else in the care of the system.
   virtual std::unique_ptr<GrowingFile> OpenGrowing(const std::filesystem::path& file,

@@ -169,16 +169,10 @@ void BoxFile::Keep() {
 }
 
 void BoxFile::MoveCopy() {
-  // Open, and so locked, up to here: what nobody has open is taken for a leftover of the dead.
-  const auto move = [this](const fs::path& temporary) {
-    box.reset();
-    root.reset();
-    original.reset();
-    std::error_code error;
-    fs::rename(copy, temporary, error);
-    return !error;
-  };
-  const auto failure = platform::CurrentServices().files->Replace(path, move);
+  box.reset();
+  root.reset();
+  original.reset();
+  const auto failure = platform::CurrentServices().files->Move(copy, path);
   if (failure) Fail("the box cannot be replaced: " + *failure);
 }
 

@@ -194,13 +194,9 @@ bool KvFile::Close() {
 
 bool KvFile::MoveInPlace() {
   // Open, and so locked, up to here: what nobody has open is taken for a leftover of the dead.
-  const auto move = [this](const fs::path& temporary) {
-    std::error_code error;
-    fresh.reset();
-    fs::rename(freshPlace, temporary, error);
-    return !error;
-  };
-  if (const auto failure = platform::CurrentServices().files->Replace(place, move)) {
+  const auto failure = platform::CurrentServices().files->Move(freshPlace, place);
+  fresh.reset();
+  if (failure) {
     TraceLog(1).Format(1, "%s: %s", static_cast<const char*>(path), failure->c_str());
     return false;
   }

@@ -151,6 +151,11 @@ std::optional<std::string> FailingFiles::Replace(const std::filesystem::path& ta
   return reason && reason->empty() ? std::optional<std::string>(kReason) : reason;
 }
 
+std::optional<std::string> FailingFiles::Move(const std::filesystem::path& finished,
+                                              const std::filesystem::path& target) {
+  return failing.IsNow() ? std::optional<std::string>(kReason) : inner.Move(finished, target);
+}
+
 std::unique_ptr<GrowingFile> FailingFiles::OpenGrowing(const std::filesystem::path& file,
                                                        bool writeThrough) {
   return inner.OpenGrowing(file, writeThrough);

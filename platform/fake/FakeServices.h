@@ -94,6 +94,8 @@ class FailingFiles final : public Files {
 
   std::optional<std::string> Replace(const std::filesystem::path& target,
                                      const WriteFile& write) override;
+  std::optional<std::string> Move(const std::filesystem::path& finished,
+                                  const std::filesystem::path& target) override;
   std::unique_ptr<GrowingFile> OpenGrowing(const std::filesystem::path& file,
                                            bool writeThrough) override;
   bool CanReadAndWrite(const std::filesystem::path& path) override;

@@ -186,6 +186,14 @@ std::optional<std::string> Pipe(const fs::path& target, const Files::WriteFile& 
   return failure ? std::optional(ReasonOf(failure)) : std::nullopt;
 }
 
+std::optional<std::string> PutInPlace(const fs::path& finished, const Descriptor& file,
+                                      const Destination& to) {
+  if (const int error = Finish(to, file)) return ReasonOf(error);
+  if (rename(finished.c_str(), to.file.c_str()) != 0) return ReasonOf(errno);
+  SyncFolder(to.file.parent_path());
+  return std::nullopt;
+}
+
 class FileService final : public Files {
  public:
   std::optional<std::string> Replace(const fs::path& target, const WriteFile& write) override {
@@ -200,11 +208,18 @@ class FileService final : public Files {
     if (made.error) return ReasonOf(made.error);
     TemporaryFile temporary(made.path);
     if (!write(made.path)) return "";
-    if (const int error = Finish(to, made.file)) return ReasonOf(error);
-    if (rename(made.path.c_str(), to.file.c_str()) != 0) return ReasonOf(errno);
+    if (auto failure = PutInPlace(made.path, made.file, to)) return failure;
     temporary.Keep();
-    SyncFolder(to.file.parent_path());
     return std::nullopt;
+  }
+
+  std::optional<std::string> Move(const fs::path& finished, const fs::path& target) override {
+    const Destination to = Resolve(target);
+    if (to.error) return ReasonOf(to.error);
+    if (!to.replaceable) return ReasonOf(EINVAL);
+    if (to.exists && access(to.file.c_str(), W_OK) != 0) return ReasonOf(errno);
+    const Descriptor file(open(finished.c_str(), O_RDWR | O_CLOEXEC));
+    return file ? PutInPlace(finished, file, to) : ReasonOf(errno);
   }
 
   std::unique_ptr<GrowingFile> OpenGrowing(const fs::path& path, bool writeThrough) override {

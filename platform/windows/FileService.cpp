@@ -167,6 +167,14 @@ std::optional<std::string> Pipe(const fs::path& target, const Files::WriteFile& 
   return failure ? std::optional(ReasonOf(failure)) : std::nullopt;
 }
 
+// The file is open up to here, so that nobody takes it for a left-over meanwhile.
+std::optional<std::string> PutInPlace(const fs::path& finished, const Handle& file,
+                                      const Destination& to) {
+  if (!FlushFileBuffers(file.Get())) return ReasonOf(GetLastError());
+  const DWORD error = MoveInPlace(finished, to.file);
+  return error ? std::optional(ReasonOf(error)) : std::nullopt;
+}
+
 class FileService final : public Files {
  public:
   std::optional<std::string> Replace(const fs::path& target, const WriteFile& write) override {
@@ -178,11 +186,18 @@ class FileService final : public Files {
     if (made.error) return ReasonOf(made.error);
     TemporaryFile temporary(made.path);
     if (!write(made.path)) return "";
-    if (!FlushFileBuffers(made.file.Get())) return ReasonOf(GetLastError());
-    // Still open, so that nobody takes it for a left-over meanwhile.
-    if (const DWORD error = MoveInPlace(made.path, to.file)) return ReasonOf(error);
+    if (auto failure = PutInPlace(made.path, made.file, to)) return failure;
     temporary.Keep();
     return std::nullopt;
+  }
+
+  std::optional<std::string> Move(const fs::path& finished, const fs::path& target) override {
+    const Destination to = Resolve(target);
+    if (to.error) return ReasonOf(to.error);
+    if (!to.replaceable) return ReasonOf(ERROR_INVALID_PARAMETER);
+    const Handle file(CreateFileW(finished.c_str(), GENERIC_READ | GENERIC_WRITE, kShareAll,
+                                  nullptr, OPEN_EXISTING, 0, nullptr));
+    return file ? PutInPlace(finished, file, to) : ReasonOf(GetLastError());
   }
 
   std::unique_ptr<GrowingFile> OpenGrowing(const fs::path& path, bool writeThrough) override {

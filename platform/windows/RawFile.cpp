@@ -106,7 +106,9 @@ class SystemFile final : public RawFile {
 std::unique_ptr<RawFile> RawFile::Open(const std::filesystem::path& path, FileUse use, int& error) {
   const bool writes = use != FileUse::Read;
   const DWORD access = writes ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ;
-  const DWORD share = FILE_SHARE_READ | FILE_SHARE_DELETE | (writes ? 0 : FILE_SHARE_WRITE);
+  // Nobody knows the name of a new file but who makes it.
+  const bool isAlone = use == FileUse::Change;
+  const DWORD share = FILE_SHARE_READ | FILE_SHARE_DELETE | (isAlone ? 0 : FILE_SHARE_WRITE);
   const DWORD how = use == FileUse::MakeNew ? CREATE_NEW : OPEN_EXISTING;
   const DWORD attributes = GetFileAttributesW(path.c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY)) {

@@ -38,6 +38,10 @@ class ElsewhereFiles final : public platform::Files {
   std::optional<std::string> Replace(const std::filesystem::path&, const WriteFile&) override {
     return "not here";
   }
+  std::optional<std::string> Move(const std::filesystem::path&,
+                                  const std::filesystem::path&) override {
+    return "not here";
+  }
   std::unique_ptr<platform::GrowingFile> OpenGrowing(const std::filesystem::path&, bool) override {
     return nullptr;
   }

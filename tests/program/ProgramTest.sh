@@ -39,7 +39,7 @@ run() {
 
 # error_is LINE: the only line on standard error.
 error_is() {
-  [ "$(cat stderr)" = "$1" ] || fail "expected the error line: $1"
+  [ "$(tr -d '\r' <stderr)" = "$1" ] || fail "expected the error line: $1"
 }
 
 # error_starts TEXT: the same for the beginning, where the rest is the system's wording.
