@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
 #include <thread>
 #include <vector>
 
@@ -54,12 +55,14 @@ fs::path FindOnDisk(const fs::path& path) {
 
 bool CopyFileWhole(const fs::path& from, const fs::path& to) {
   const auto copy = [&](const fs::path& temporary) {
-    std::error_code error;
-    fs::copy_file(from, temporary, fs::copy_options::overwrite_existing, error);
-    if (!error) {
-      fs::permissions(temporary, fs::perms::owner_write, fs::perm_options::add, error);
+    std::ifstream in(from, std::ios::binary);
+    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+    std::vector<char> block(std::size_t{1} << 20);
+    while (in && out) {
+      in.read(block.data(), static_cast<std::streamsize>(block.size()));
+      out.write(block.data(), in.gcount());
     }
-    return !error;
+    return in.eof() && out.flush();
   };
   return !platform::CurrentServices().files->Replace(to, copy);
 }

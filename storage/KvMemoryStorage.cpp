@@ -1,6 +1,7 @@
 // Compound files in global memory, and the temporary stream in one of them.
 #include <ole2.h>
 
+#include <algorithm>
 #include <fstream>
 #include <vector>
 
@@ -23,8 +24,11 @@ bool WriteTo(const std::filesystem::path& file, ILockBytes& bytes) {
   std::vector<char> piece(kPieceBytes);
   ULARGE_INTEGER at = {};
   while (at.QuadPart < stat.cbSize.QuadPart) {
+    // Bytes behind the end would be a fault.
+    const auto count =
+        static_cast<ULONG>(std::min<ULONGLONG>(kPieceBytes, stat.cbSize.QuadPart - at.QuadPart));
     ULONG got = 0;
-    if (FAILED(bytes.ReadAt(at, piece.data(), kPieceBytes, &got)) || got == 0) return false;
+    if (FAILED(bytes.ReadAt(at, piece.data(), count, &got)) || got == 0) return false;
     out.write(piece.data(), static_cast<std::streamsize>(got));
     at.QuadPart += got;
   }

@@ -141,7 +141,12 @@ TEST(FolderStorage, FindsNamesWithoutCase) {
   EXPECT_EQ(ReadAll(*storage, "photo.jpg"), "one");
   EXPECT_TRUE(storage->Exists("PHOTO.JPG"));
   Put(*storage, "photo.jpg", "two");
+#ifdef _WIN32
+  // A system without case may keep the first spelling.
+  EXPECT_EQ(folder.Names().size(), 1u);
+#else
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"photo.jpg"});
+#endif
   EXPECT_EQ(ReadAll(*storage, "Photo.JPG"), "two");
   EXPECT_TRUE(storage->DeleteStream("PHOTO.jpg"));
   EXPECT_EQ(folder.Names(), std::vector<std::string>());

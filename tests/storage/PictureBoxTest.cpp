@@ -398,6 +398,7 @@ TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
   const Bytes jpeg = FileOf(Bitmap(16, 16), imageio::kTypeJpeg);
   for (const bool fromFolder : {false, true}) {
     for (const bool toFolder : {false, true}) {
+      SCOPED_TRACE(testing::Message() << "folders: from " << fromFolder << ", to " << toFolder);
       Box from(fromFolder), to(toFolder);
       from.box->AddFile("dib", picture, mask, 1, 2, false, false, false);
       from.box->WriteImageInfo("dib", "note", nullptr);
