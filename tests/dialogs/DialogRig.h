@@ -51,6 +51,9 @@ class TextFilter final : public platform::ComObject<TextFilter, IAnimFilterParam
 class DialogRig : public testing::Test {
  protected:
   ~DialogRig() override {
+    // A dialog that is open holds itself.
+    for (int pages = 0; dialog && backend.LastWindow() && pages < 4; ++pages) dialog->Close();
+    runnable.Reset();
     dialog.Reset();
     if (host) ReleaseDialogHost(host);
   }

@@ -517,7 +517,9 @@ TEST_P(FilterContract, AbortFromAnotherThreadLeavesFinishedRows) {
     int y = height - 1;
     while (y >= 0 && rowIs(whole, y)) --y;
     const bool answersDone = contract.abortAnswersDone && y == height - 1;
-    EXPECT_EQ(result, y < 0 || answersDone ? S_OK : 1);
+    // Rows that the filter leaves as they are look finished and untouched at once.
+    const bool tellsNothing = y < 0 && rowIs(before, 0);
+    EXPECT_TRUE(tellsNothing || result == (y < 0 || answersDone ? S_OK : 1)) << result;
     while (y >= 0 && rowIs(before, y)) --y;
     ASSERT_EQ(y, -1) << "a row is neither finished nor untouched";
   }
