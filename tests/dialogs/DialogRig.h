@@ -64,6 +64,7 @@ class DialogRig : public testing::Test {
     ASSERT_TRUE(unknown) << progId;
     dialog = platform::ComPtr<IAnimFilterDialog>::Query(unknown.Get());
     runnable = platform::ComPtr<IAnimRunnable>::Query(unknown.Get());
+    if (host) ReleaseDialogHost(host);
     host = NewDialogHost(lacks);
     platform::ComPtr<IAnimLinkable>::Query(unknown.Get())
         ->Link(static_cast<IUnknown*>(DialogHostUnknown(host)), &linkStatus);
