@@ -9,13 +9,16 @@ cd "$project"
 scripts/build.sh "$preset"
 say "Testing $preset"
 around=()
+again=()
 case "$preset" in
   windows)
     around=(scripts/with-display.sh)
     FXBOX_WINEPREFIX="$(scripts/wine-prefix.sh --where)" # once here, not once a test
     export FXBOX_WINEPREFIX
+    # Now and then a program does not end under Wine after its last test has passed.
+    again=(--repeat after-timeout:2)
     ;;
   # The thread sanitizer cannot place its memory where the kernel scatters addresses too widely.
   linux-tsan) if setarch -R true 2>/dev/null; then around=(setarch -R); fi ;;
 esac
-"${around[@]}" ctest --preset "$preset" --no-tests=error -j "$(nproc)" "$@"
+"${around[@]}" ctest --preset "$preset" --no-tests=error -j "$(nproc)" "${again[@]}" "$@"
