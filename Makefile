@@ -48,7 +48,7 @@ fuzz: ## build the fuzz targets, into build/linux-fuzz/
 	@scripts/build.sh linux-fuzz fxbox_fuzz
 
 soak: ## long runs: full counts of repeated tests, the thread sanitizer, an hour of the fuzz targets
-	@scripts/setup.sh native tests
+	@scripts/setup.sh native tests soak
 	@FXBOX_SOAK=1000 scripts/test.sh linux
 	@FXBOX_SOAK=200 scripts/test.sh linux-tsan
 	@scripts/build.sh linux-fuzz fxbox_fuzz

@@ -2,16 +2,13 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <functional>
-#include <iostream>
 #include <memory>
-#include <span>
+#include <thread>
 
-#include "platform/Services.h"
-#include "program/ApplyRun.h"
+#include "program/ApplySession.h"
 #include "program/ChainOptions.h"
 #include "program/Commands.h"
 #include "program/Interrupt.h"
-#include "program/Json.h"
 #include "program/Messages.h"
 
 namespace program {
@@ -28,7 +25,11 @@ struct ApplyOptions {
   std::optional<double> zoom;
   int bandRows = 0;
   int quality = 92;
+  std::optional<std::string> listFile;
+  bool zeros = false;
+  std::optional<int> jobs;
   bool json = false;
+  bool jsonLines = false;
   bool quiet = false;
 };
 
@@ -44,6 +45,8 @@ constexpr char kExamples[] = R"(Examples:
       the 100 by 50 pixels at the lower left of the result
   fxbox apply -f old-print.chain --format png - <photo.jpg >photo.png
       from standard input to standard output
+  find shots -name '*.jpg' | fxbox apply -f old-print.chain --files-from - --json-lines -o out/
+      each picture as soon as its name comes, with a line of JSON for each that is finished
 Exit status: 0 all done, 1 some input failed (the others are done), 2 wrong use, 130 interrupted.)";
 
 const CLI::Range kZoomRange(0.0001, 10000.0);
@@ -95,8 +98,23 @@ void AddOutputOptions(CLI::App& command, ApplyOptions& options) {
                    "Leave outputs alone that are there, as a finished part of the same work");
 }
 
+void AddListOptions(CLI::App& command, ApplyOptions& options) {
+  command
+      .add_option("--files-from", options.listFile,
+                  "File with the names of the inputs, one a line, in the place of INPUT; - for "
+                  "standard input, where each is done as soon as it comes")
+      ->type_name("LIST");
+  command.add_flag("--null", options.zeros, "Names in the list end with a zero byte");
+  command
+      .add_option("-j,--jobs", options.jobs,
+                  "Pictures side by side. Default: as many as there are processors")
+      ->check(CLI::Range(1, 1024))
+      ->type_name("N");
+}
+
 void AddOptions(CLI::App& command, ApplyOptions& options) {
   AddChainOptions(command, options.chain);
+  AddListOptions(command, options);
   AddOutputOptions(command, options);
   AddSizeOptions(command, options);
   command.add_option("--quality", options.quality, "Quality of JPEG files")
@@ -104,6 +122,9 @@ void AddOptions(CLI::App& command, ApplyOptions& options) {
       ->type_name("1..100")
       ->capture_default_str();
   command.add_flag("--json", options.json, "Report on standard output as JSON");
+  command.add_flag("--json-lines", options.jsonLines,
+                   "Report each picture when it is finished: a line of JSON with its status, time "
+                   "and SHA-256 sum");
   command.add_flag("--quiet", options.quiet, "Print nothing but errors");
   command
       .add_option("--limit", options.limit,
@@ -113,7 +134,6 @@ void AddOptions(CLI::App& command, ApplyOptions& options) {
   command
       .add_option("INPUT", options.inputs,
                   "Picture files; - for standard input, shared:ID for what fxbox share keeps")
-      ->required()
       ->type_name("");
 }
 
@@ -126,97 +146,78 @@ ApplyRequest RequestOf(const ApplyOptions& options, IAnimFilterCreator& creator)
   request.zoom = options.zoom;
   request.bandRows = options.bandRows;
   request.jpegQuality = options.quality;
+  request.takesDigests = options.jsonLines;
   request.chain = TakeChain(options.chain, creator);
   return request;
 }
 
-std::string SizeText(Size size) {
-  return std::to_string(size.width) + "x" + std::to_string(size.height);
-}
-
-Json JsonSize(Size size) {
-  return {{"width", size.width}, {"height", size.height}};
-}
-
-Json JsonOf(const PlannedFile& file, const FileResult& result) {
-  Json entry{{"input", Utf8Of(file.input)}};
-  entry["output"] = result.isWritten ? Json(Utf8Of(file.output)) : Json(nullptr);
-  entry["inputSize"] = result.size.width > 0 ? JsonSize(result.size) : Json(nullptr);
-  entry["outputSize"] = result.isWritten ? JsonSize(result.resultSize) : Json(nullptr);
-  entry["milliseconds"] = result.milliseconds;
-  entry["skipped"] = file.isThere;
-  entry["notes"] = result.notes;
-  entry["error"] = result.error.empty() ? Json(nullptr) : Json(result.error);
-  return entry;
-}
-
-// Goes through the files, says what came of each, and gives the exit status.
-class Session {
- public:
-  Session(const ApplyOptions& given, std::size_t fileCount)
-      : options(given),
-        bar(std::cerr, given.quiet ? 0 : platform::CurrentServices().terminal->ErrorWidth(),
-            fileCount, std::chrono::milliseconds(fileCount > 1 ? 0 : 500)) {}
-
-  int Run(std::span<const PlannedFile> files, const ApplyRequest& request,
-          IAnimFilterCreator& creator) {
-    ApplyRun run(request, creator, bar);
-    for (const PlannedFile& file : files) {
-      const FileResult result = file.isThere ? FileResult() : run.Do(file);
-      if (IsInterrupted() && !result.isWritten) break;
-      Tell(file, result);
-    }
-    bar.Hide();
-    if (options.json) PrintJson({{"files", report}, {"interrupted", IsInterrupted()}});
-    return IsInterrupted() ? kInterrupted : status;
-  }
-
- private:
-  void Tell(const PlannedFile& file, const FileResult& result) {
-    if (options.json) report.push_back(JsonOf(file, result));
-    bar.Hide();
-    if (!result.error.empty()) {
-      PrintError(result.error);
-      status = std::max(status, result.wrongUse ? kWrongUse : kSomeFailed);
-    } else if (!options.quiet && !options.json) {
-      TellResult(file, result);
-    }
-  }
-
-  // Standard output is the picture's own when it goes there.
-  static void TellResult(const PlannedFile& file, const FileResult& result) {
-    for (const std::string& note : result.notes) {
-      PrintError(Utf8Of(file.input) + ": note: " + note);
-    }
-    if (file.ToStandard()) return;
-    const std::string what = file.isThere ? "is there, skipped" : SizeText(result.resultSize);
-    std::cout << Utf8Of(file.output) << "  " << what << '\n' << std::flush;
-  }
-
-  const ApplyOptions& options;
-  ProgressBar bar;
-  Json report = Json::array();
-  int status = kDone;
-};
-
 // Standard input and output serve one purpose each.
-void CheckStandard(const ApplyOptions& options, const std::vector<PlannedFile>& files) {
-  const auto any = [&](auto test) { return std::any_of(files.begin(), files.end(), test); };
-  if (options.chain.file == kStandard && any(std::mem_fn(&PlannedFile::FromStandard))) {
-    throw UsageError("standard input cannot be the chain and a picture");
+void CheckStandard(const ApplyOptions& options) {
+  const bool isPicture = std::count(options.inputs.begin(), options.inputs.end(), kStandard) > 0;
+  const bool isList = options.listFile == kStandard;
+  if (options.chain.file == kStandard && (isPicture || isList)) {
+    throw UsageError(isList ? "standard input cannot be the chain and the list"
+                            : "standard input cannot be the chain and a picture");
   }
-  if (options.json && any(std::mem_fn(&PlannedFile::ToStandard))) {
+}
+
+void CheckReport(const ApplyOptions& options, const std::vector<PlannedFile>& files) {
+  if (!options.json && !options.jsonLines) return;
+  if (std::any_of(files.begin(), files.end(), std::mem_fn(&PlannedFile::ToStandard))) {
     throw UsageError("standard output cannot be the report and a picture");
   }
 }
 
+void CheckInputs(const ApplyOptions& options) {
+  if (options.inputs.empty() == !options.listFile) {
+    throw UsageError(options.listFile ? "give the inputs or --files-from, not both"
+                                      : "the inputs are missing: name them, or give --files-from");
+  }
+  if (options.zeros && !options.listFile) throw UsageError("--null belongs to --files-from");
+  if (options.json && options.jsonLines) {
+    throw UsageError("--json and --json-lines exclude each other");
+  }
+  CheckStandard(options);
+}
+
+InputList OpenList(const ApplyOptions& options) {
+  return {*options.listFile,
+          options.zeros ? InputList::Separator::ZeroByte : InputList::Separator::LineEnd};
+}
+
+std::vector<std::string> ReadList(const ApplyOptions& options) {
+  InputList list = OpenList(options);
+  std::vector<std::string> names;
+  while (std::optional<std::string> name = list.Next()) names.push_back(std::move(*name));
+  return names;
+}
+
+// A list from standard input may come from somebody who waits for the first results.
+ApplyTasks TasksOf(const ApplyOptions& options) {
+  if (options.listFile == kStandard) return {OpenList(options), options.output};
+  std::vector<PlannedFile> files = options.listFile
+                                       ? PlanListOutputs(ReadList(options), options.output)
+                                       : PlanOutputs(options.inputs, options.output);
+  CheckReport(options, files);
+  return ApplyTasks(std::move(files));
+}
+
+int JobsOf(const ApplyOptions& options, const ApplyTasks& tasks) {
+  const int processors = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
+  const int wanted = options.jobs.value_or(processors);
+  return tasks.Count() == 0 ? wanted
+                            : static_cast<int>(std::min<std::size_t>(
+                                  tasks.Count(), static_cast<std::size_t>(wanted)));
+}
+
 int Apply(const ApplyOptions& options) {
+  CheckInputs(options);
   const auto creator = MakeCreator();
   const ApplyRequest request = RequestOf(options, *creator.Get());
-  const std::vector<PlannedFile> files = PlanOutputs(options.inputs, options.output);
-  CheckStandard(options, files);
   CatchInterrupts();
-  return Session(options, files.size()).Run(files, request, *creator.Get());
+  ApplyTasks tasks = TasksOf(options);
+  return RunSession(tasks, request,
+                    {JobsOf(options, tasks), options.json, options.jsonLines, options.quiet});
 }
 
 }  // namespace

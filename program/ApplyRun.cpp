@@ -75,7 +75,7 @@ FileResult ApplyRun::Do(const PlannedFile& file) {
   const Clock::time_point start = Clock::now();
   FileResult result;
   measured = 0;
-  bar.Show(done, 0);
+  show(0);
   try {
     Try(file, result);
   } catch (const UsageError& error) {
@@ -88,16 +88,21 @@ FileResult ApplyRun::Do(const PlannedFile& file) {
   } catch (const std::exception& error) {
     result.error = InputName(file) + ": " + error.what();
   }
-  ++done;
   result.milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
   return result;
 }
 
 void ApplyRun::Try(const PlannedFile& file, FileResult& result) {
+  if (IsLeftAlone(file)) return Skip(file, result);
   const Rendered rendered = Render(file, result);
   if (!rendered.picture) return;
   if (file.intoFolder) MakeFolderOf(file.output);
-  result.isWritten = Write(file, rendered);
+  result.isWritten = Write(file, rendered, result);
+}
+
+void ApplyRun::Skip(const PlannedFile& file, FileResult& result) const {
+  if (request.takesDigests) result.digest = DigestOf(file.output);
+  result.isSkipped = true;
 }
 
 ApplyRun::Rendered ApplyRun::Render(const PlannedFile& file, FileResult& result) {
@@ -163,16 +168,19 @@ Rectangle ApplyRun::PartOf(Size result) const {
 }
 
 // False when it was stopped.
-bool ApplyRun::Write(const PlannedFile& file, const Rendered& rendered) {
+bool ApplyRun::Write(const PlannedFile& file, const Rendered& rendered, FileResult& result) {
   const MemoryPicture& picture = *rendered.picture;
   imageio::WriteOptions options{request.jpegQuality, rendered.metadata};
   imageio::DropThumbnail(options.metadata.exif);
   imageio::SetPictureSize(options.metadata, picture.Width(), picture.Height());
   const imageio::Rows rows{picture.ColourRows(), picture.MaskRows()};
   return WriteOut(file, [&](const std::filesystem::path& temporary) {
-    return imageio::WriteImage(temporary, rendered.format, picture.Width(), picture.Height(), rows,
-                               options, Report(kFiltered, 1)) &&
-           !IsInterrupted();
+    const bool complete =
+        imageio::WriteImage(temporary, rendered.format, picture.Width(), picture.Height(), rows,
+                            options, Report(kFiltered, 1)) &&
+        !IsInterrupted();
+    if (complete && request.takesDigests) result.digest = DigestOf(temporary);
+    return complete;
   });
 }
 
@@ -194,7 +202,7 @@ bool ApplyRun::WriteOut(const PlannedFile& file, const platform::Files::WriteFil
 imageio::Progress ApplyRun::Report(double first, double last) {
   return [this, first, last](double share) {
     const double ofRest = first + share * (last - first);
-    bar.Show(done, measured + (1 - measured) * ofRest);
+    show(measured + (1 - measured) * ofRest);
     return !IsInterrupted();
   };
 }

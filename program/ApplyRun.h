@@ -1,6 +1,7 @@
 // The work of the apply command on one picture after the other.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,7 +10,7 @@
 #include "program/OutputNames.h"
 #include "program/PictureInput.h"
 #include "program/Pipeline.h"
-#include "program/ProgressBar.h"
+#include "program/Sha256.h"
 
 namespace program {
 
@@ -23,6 +24,7 @@ struct ApplyRequest {
   int bandRows = 0;               // 0: one pull for all rows
   int jpegQuality = 92;
   PictureLimits limits;
+  bool takesDigests = false;  // of every output, and of those that are left alone
 };
 
 struct FileResult {
@@ -30,25 +32,30 @@ struct FileResult {
   Size resultSize;  // that was written
   double milliseconds = 0;
   bool isWritten = false;
-  std::vector<std::string> notes;  // what the file holds and the result lacks, in words
-  std::string error;               // the whole line behind "fxbox: "
-  bool wrongUse = false;           // the error is one of use
+  bool isSkipped = false;
+  std::optional<FileDigest> digest;  // of the output
+  std::vector<std::string> notes;    // what the file holds and the result lacks, in words
+  std::string error;                 // the whole line behind "fxbox: "
+  bool wrongUse = false;             // the error is one of use
 };
 
+// One thread at a time; any number of them side by side.
 class ApplyRun {
  public:
+  // `progress` hears which share of the picture in work is done.
   ApplyRun(const ApplyRequest& everyPicture, IAnimFilterCreator& filterCreator,
-           ProgressBar& progressBar)
-      : request(everyPicture), creator(filterCreator), bar(progressBar) {}
+           std::function<void(double share)> progress)
+      : request(everyPicture), creator(filterCreator), show(std::move(progress)) {}
 
-  // Reads, filters and writes one picture; failures are in the result. An interrupt leaves neither
-  // output nor error.
+  // Reads, filters and writes one picture, or leaves it alone; failures are in the result. An
+  // interrupt leaves neither output nor error.
   FileResult Do(const PlannedFile& file);
 
  private:
   struct Rendered;
 
   void Try(const PlannedFile& file, FileResult& result);
+  void Skip(const PlannedFile& file, FileResult& result) const;
   Rendered Render(const PlannedFile& file, FileResult& result);
   // What the filters measure on the full picture, so that a preview shows what its result will be.
   // Empty when they measure nothing, or when it was stopped.
@@ -56,16 +63,15 @@ class ApplyRun {
   std::unique_ptr<MemoryPicture> PullPart(Pipeline& pipeline, const Rectangle& part, int bandRows,
                                           const imageio::Progress& report);
   Rectangle PartOf(Size result) const;
-  bool Write(const PlannedFile& file, const Rendered& rendered);
+  bool Write(const PlannedFile& file, const Rendered& rendered, FileResult& result);
   bool WriteOut(const PlannedFile& file, const platform::Files::WriteFile& write);
-  // Reports to the bar; the work takes the shares from `first` to `last` of what is left of the
-  // file's behind the measuring.
+  // Shows how far the file is; the work takes the shares from `first` to `last` of what is left of
+  // the file's behind the measuring.
   imageio::Progress Report(double first, double last);
 
   const ApplyRequest& request;
   IAnimFilterCreator& creator;
-  ProgressBar& bar;
-  std::size_t done = 0;
+  const std::function<void(double share)> show;
   double measured = 0;  // the share of the file's time that went into measuring
 };
 

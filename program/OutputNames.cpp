@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <map>
 
 #include "base/CodePage.h"
 #include "program/BoxPictures.h"
@@ -39,8 +38,9 @@ bool IsFolderName(const fs::path& path) {
 // Names that lead to the same file compare equal. Systems with the backslash do not tell case.
 fs::path::string_type SameFileKey(const fs::path& path) {
   std::error_code error;
-  fs::path whole = fs::weakly_canonical(path, error);
-  if (error) whole = fs::absolute(path, error);
+  const fs::path from = fs::absolute(path, error);  // else what is made meanwhile would count
+  fs::path whole = fs::weakly_canonical(from, error);
+  if (error) whole = from;
   fs::path::string_type key = whole.lexically_normal().native();
   if (fs::path::preferred_separator == '\\') {
     for (auto& unit : key) {
@@ -48,43 +48,6 @@ fs::path::string_type SameFileKey(const fs::path& path) {
     }
   }
   return key;
-}
-
-void RefuseSameOutput(const std::vector<PlannedFile>& plan) {
-  std::map<fs::path::string_type, const PlannedFile*> taken;
-  for (const PlannedFile& file : plan) {
-    const auto [place, isNew] = taken.emplace(SameFileKey(file.output), &file);
-    if (isNew) continue;
-    throw UsageError(Utf8Of(file.input) + ": would overwrite the result of " +
-                     Utf8Of(place->second->input) + " in " + Utf8Of(file.output));
-  }
-}
-
-bool IsSameFile(const fs::path& a, const fs::path& b) {
-  std::error_code error;
-  const bool same = fs::equivalent(a, b, error);
-  return error ? SameFileKey(a) == SameFileKey(b) : same;
-}
-
-// Whatever the names are: links lead to the same file too.
-void RefuseLostInputs(const std::vector<PlannedFile>& plan, bool inPlace) {
-  for (const PlannedFile& file : plan) {
-    std::error_code ignored;
-    if (file.ToStandard() || !fs::exists(file.output, ignored)) continue;
-    for (const PlannedFile& other : plan) {
-      if (other.FromStandard() || !IsSameFile(file.output, other.input)) continue;
-      if (&other == &file && inPlace) continue;
-      throw UsageError(Utf8Of(file.output) + ": the result of " + Utf8Of(file.input) +
-                       (&other == &file ? " would take the place of its input (--in-place does so)"
-                                        : " would take the place of another input"));
-    }
-  }
-}
-
-void RefuseTwoStandards(const std::vector<PlannedFile>& plan) {
-  if (std::count_if(plan.begin(), plan.end(), std::mem_fn(&PlannedFile::FromStandard)) > 1) {
-    throw UsageError("standard input can be read once only");
-  }
 }
 
 void CheckOptions(const OutputOptions& options) {
@@ -115,11 +78,11 @@ fs::path NameOf(const fs::path& input) {
 }
 
 // Whether the results lie in the folder that `out` names.
-bool IntoFolder(std::size_t inputs, const OutputOptions& options) {
+bool IntoFolder(bool several, const OutputOptions& options) {
   if (!options.out || *options.out == kStandard) return false;
   const fs::path target = PathOf(*options.out);
   std::error_code ignored;
-  if (inputs == 1) return IsFolderName(target);
+  if (!several) return IsFolderName(target);
   if (fs::exists(target, ignored) && !fs::is_directory(target, ignored)) {
     throw UsageError(*options.out + ": is no folder, and there are several inputs");
   }
@@ -165,27 +128,92 @@ PlannedFile Plan(const std::string& input, bool intoFolder, const OutputOptions&
   }
   file.output = OutputOf(file, options);
   file.format = FormatOf(file, options);
-  std::error_code ignored;
-  file.isThere =
-      options.skipExisting && !file.ToStandard() && fs::is_regular_file(file.output, ignored);
+  file.skipIfThere = options.skipExisting && !file.ToStandard();
   return file;
+}
+
+std::vector<PlannedFile> PlanAll(const std::vector<std::string>& inputs, bool intoFolder,
+                                 const OutputOptions& options) {
+  OutputPlanner planner(options, intoFolder);
+  for (const std::string& input : inputs) planner.Expect(input);
+  std::vector<PlannedFile> plan;
+  for (const std::string& input : inputs) plan.push_back(planner.Add(input));
+  return plan;
 }
 
 }  // namespace
 
+bool IsLeftAlone(const PlannedFile& file) {
+  std::error_code ignored;
+  return file.skipIfThere && fs::is_regular_file(file.output, ignored);
+}
+
 std::vector<PlannedFile> PlanOutputs(const std::vector<std::string>& inputs,
                                      const OutputOptions& options) {
+  return PlanAll(inputs, inputs.size() > 1, options);
+}
+
+std::vector<PlannedFile> PlanListOutputs(const std::vector<std::string>& inputs,
+                                         const OutputOptions& options) {
+  return PlanAll(inputs, true, options);
+}
+
+OutputPlanner::OutputPlanner(const OutputOptions& outputOptions, bool several)
+    : options(outputOptions), intoFolder(false) {
   CheckOptions(options);
-  if (inputs.size() > 1 && options.out == kStandard) {
+  if (several && options.out == kStandard) {
     throw UsageError("standard output takes one picture, and there are several inputs");
   }
-  const bool intoFolder = IntoFolder(inputs.size(), options);
-  std::vector<PlannedFile> plan;
-  for (const std::string& input : inputs) plan.push_back(Plan(input, intoFolder, options));
-  RefuseTwoStandards(plan);
-  RefuseSameOutput(plan);
-  RefuseLostInputs(plan, options.inPlace);
-  return plan;
+  intoFolder = IntoFolder(several, options);
+}
+
+void OutputPlanner::Expect(const std::string& input) {
+  const fs::path file = PathOf(input);
+  if (file != kStandard) inputs.emplace(SameFileKey(file), file);
+}
+
+PlannedFile OutputPlanner::Add(const std::string& input) {
+  Expect(input);
+  const PlannedFile file = Plan(input, intoFolder, options);
+  if (file.FromStandard()) {
+    if (standardIsTaken) throw UsageError("standard input can be read once only");
+    standardIsTaken = true;
+  }
+  if (file.ToStandard()) return file;
+  RefuseTakenOutput(file);
+  RefuseLostInput(file);
+  return file;
+}
+
+void OutputPlanner::RefuseTakenOutput(const PlannedFile& file) {
+  const auto before = file.FromStandard() ? outputs.end() : outputs.find(SameFileKey(file.input));
+  if (before != outputs.end() && before->second != file.input) {
+    throw UsageError(Utf8Of(file.input) + ": is the result of " + Utf8Of(before->second));
+  }
+  const auto [place, isNew] = outputs.emplace(SameFileKey(file.output), file.input);
+  if (isNew) return;
+  throw UsageError(Utf8Of(file.input) + ": would overwrite the result of " + Utf8Of(place->second) +
+                   " in " + Utf8Of(file.output));
+}
+
+// Whatever the names are: links lead to the same file too. Symbolic ones are resolved in the keys;
+// for others, which are few, all inputs are looked at.
+void OutputPlanner::RefuseLostInput(const PlannedFile& file) const {
+  std::error_code ignored;
+  if (!fs::exists(file.output, ignored)) return;
+  const auto refuse = [&](const fs::path& lost) {
+    const bool isOwn = !file.FromStandard() && SameFileKey(lost) == SameFileKey(file.input);
+    if (isOwn && options.inPlace) return;
+    throw UsageError(Utf8Of(file.output) + ": the result of " + Utf8Of(file.input) +
+                     (isOwn ? " would take the place of its input (--in-place does so)"
+                            : " would take the place of another input"));
+  };
+  const auto named = inputs.find(SameFileKey(file.output));
+  if (named != inputs.end()) return refuse(named->second);
+  if (fs::hard_link_count(file.output, ignored) < 2) return;
+  for (const auto& [key, input] : inputs) {
+    if (fs::equivalent(file.output, input, ignored)) refuse(input);
+  }
 }
 
 }  // namespace program

@@ -1,26 +1,16 @@
 // The fxbox command line: reads the arguments and runs the command that they name.
-#include <objbase.h>
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 
 #include "platform/Services.h"
 #include "program/Commands.h"
+#include "program/ComponentRuntime.h"
 #include "program/FilterList.h"
 #include "program/Messages.h"
 
 namespace program {
 namespace {
-
-// The component runtime, on this thread, while it lives.
-class ComponentRuntime {
- public:
-  ComponentRuntime() { CoInitialize(nullptr); }
-  ~ComponentRuntime() { CoUninitialize(); }
-  ComponentRuntime(const ComponentRuntime&) = delete;
-  ComponentRuntime& operator=(const ComponentRuntime&) = delete;
-};
 
 void AddCommands(CLI::App& app, Action& action) {
   // Before the commands are added, which take it over: "/" begins a path on every system.

@@ -1,8 +1,9 @@
 #!/bin/bash
-# Installs what is missing: setup.sh [native|tests|windows|tools|arm64|all]...
+# Installs what is missing: setup.sh [native|tests|soak|windows|tools|arm64|all]...
 #   native   compilers and libraries that build and test the project on this machine
 #   tests    what only tests need: a second compiler with its fuzzer, the formatter, broken sample
 #            pictures, other readers of compound files
+#   soak     what only the long runs need
 #   windows  cross compiler, Wine, the picture libraries for Windows and the Wine prefix
 #   tools    formatter and checker of sources, renderer of icons
 #   arm64    cross compiler for 64-bit ARM
@@ -15,7 +16,8 @@ native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev li
   libcli11-dev nlohmann-json3-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libgsf-1-dev
   libfreetype-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev fonts-dejavu-core libgtk-4-dev)
 tests=(clang clang-format libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
-  xvfb xauth xdotool adwaita-icon-theme)
+  xvfb xauth xdotool adwaita-icon-theme parallel)
+soak=(python3-distributed)
 # The picture and text libraries stand here too: their versions say which sources are built for
 # Windows, so that a file decodes, and a text is drawn, to the same bytes on both systems.
 windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
@@ -60,11 +62,12 @@ for part in "$@"; do
   case "$part" in
     native) packages+=("${native[@]}") ;;
     tests) packages+=("${tests[@]}") ;;
+    soak) packages+=("${soak[@]}") ;;
     windows) packages+=("${windows[@]}") ;;
     tools) packages+=("${tools[@]}") ;;
     arm64) packages+=("${arm64[@]}") ;;
     all) packages+=("${native[@]}" "${tests[@]}" "${windows[@]}") ;;
-    *) die "unknown part: $part (native, tests, windows, tools, arm64 or all)" ;;
+    *) die "unknown part: $part (native, tests, soak, windows, tools, arm64 or all)" ;;
   esac
 done
 installMissing "${packages[@]}"

@@ -1,4 +1,5 @@
 // The terminal that a command-line program runs in.
+#include <poll.h>
 #include <signal.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -14,6 +15,8 @@ namespace {
 std::atomic<void (*)()> interruptHandler{nullptr};
 static_assert(std::atomic<void (*)()>::is_always_lock_free, "is read in a signal handler");
 
+std::atomic<bool> interrupted{false};
+
 constexpr int kSignals[] = {SIGINT, SIGTERM};
 
 void SetDisposition(int number, void (*handler)(int)) {
@@ -26,6 +29,7 @@ void SetDisposition(int number, void (*handler)(int)) {
 
 // From the second signal on the program ends at once.
 void Interrupted(int) {
+  interrupted = true;
   for (const int number : kSignals) SetDisposition(number, SIG_DFL);
   if (void (*handler)() = interruptHandler.load()) handler();
 }
@@ -47,6 +51,12 @@ class SystemTerminalService final : public Terminal {
   void Start(std::ostream&, std::ostream&) override { signal(SIGPIPE, SIG_IGN); }
 
   std::optional<std::size_t> ReadInput(void* to, std::size_t count) override {
+    // The signal may come to another thread, so that nothing ends the wait by itself.
+    constexpr int kPause = 100;
+    pollfd waiting = {STDIN_FILENO, POLLIN, 0};
+    while (poll(&waiting, 1, kPause) == 0) {
+      if (interrupted) return std::nullopt;
+    }
     for (;;) {
       const ssize_t got = read(STDIN_FILENO, to, count);
       if (got >= 0) return static_cast<std::size_t>(got);

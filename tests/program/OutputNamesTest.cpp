@@ -88,9 +88,22 @@ TEST(OutputNames, WhatIsThereCanBeLeftAlone) {
   testing_support::WriteFile(folder / "a-fxbox.png", "done");
   const auto plan =
       PlanOutputs({Generic(folder / "a.png"), Generic(folder / "b.png")}, {.skipExisting = true});
-  EXPECT_TRUE(plan[0].isThere);
-  EXPECT_FALSE(plan[1].isThere);
-  EXPECT_FALSE(PlanOutputs({Generic(folder / "a.png")}, {}).front().isThere);
+  EXPECT_TRUE(IsLeftAlone(plan[0]));
+  EXPECT_FALSE(IsLeftAlone(plan[1]));
+  testing_support::WriteFile(folder / "b-fxbox.png", "by somebody else meanwhile");
+  EXPECT_TRUE(IsLeftAlone(plan[1]));
+  EXPECT_FALSE(IsLeftAlone(PlanOutputs({Generic(folder / "a.png")}, {}).front()));
+}
+
+// A list may have one name, and names of which nobody knew before.
+TEST(OutputNames, ListsCountAsSeveral) {
+  EXPECT_EQ(Generic(PlanListOutputs({"a/b.jpg"}, {.out = "new"}).front().output), "new/b.jpg");
+  EXPECT_THROW(PlanListOutputs({"a/b.jpg"}, {.out = "-"}), UsageError);
+  OutputPlanner planner({.out = "new"}, true);
+  EXPECT_EQ(Generic(planner.Add("a/x.png").output), "new/x.png");
+  EXPECT_THROW(planner.Add("b/x.png"), UsageError);
+  EXPECT_THROW(planner.Add("new/x.png"), UsageError) << "it is a result";
+  EXPECT_EQ(Generic(planner.Add("b/y.png").output), "new/y.png");
 }
 
 }  // namespace

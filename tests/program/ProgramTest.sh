@@ -224,6 +224,107 @@ test_skip_existing() {
   is_missing out/.fxbox-0123456789ab.ppm
 }
 
+# field NAME: its value in each line of the report, as it stands there.
+field() {
+  sed -n 's/.*"'"$1"'":\("[^"]*"\|[^,}]*\).*/\1/p' stdout
+}
+
+test_files_from() {
+  mkdir in
+  for name in a 'b c' d; do picture "in/$name.ppm"; done
+  printf '%s\r\n' in/a.ppm '' 'in/b c.ppm' in/missing.ppm >list
+  run 1 apply -c '' --files-from list -o out
+  printf '%s\n' 'out/a.ppm  3x2' 'out/b c.ppm  3x2' >expected
+  tr '\\' / <stdout | cmp -s - expected || fail 'expected two results'
+  error_is 'fxbox: in/missing.ppm: the file cannot be opened: No such file or directory'
+  # A list of one is a list: its result goes into a folder.
+  printf 'in/d.ppm\0' >list
+  run 0 apply -c '' --files-from list --null -o other
+  cmp -s in/d.ppm other/d.ppm || fail 'the result is missing'
+  # From standard input; what cannot be is refused by itself.
+  printf '%s\n' in/a.ppm ./in/a.ppm - 'in/b c.ppm' >list
+  $prefix apply -c '' --files-from - -j 1 -o third <list >stdout 2>stderr
+  [ $? = 1 ] || fail 'expected the status 1'
+  printf '%s\n' 'third/a.ppm  3x2' 'third/b c.ppm  3x2' >expected
+  tr '\\' / <stdout | tr -d '\r' | cmp -s - expected || fail 'expected two results'
+  grep -q 'would overwrite the result' stderr || fail 'the same picture twice'
+  grep -q 'standard input cannot be the list and a picture' stderr || fail 'the picture from the list'
+  # A list that cannot be planned is refused as a whole.
+  printf '%s\n' in/a.ppm ./in/a.ppm >list
+  run 2 apply -c '' --files-from list -o fourth
+  is_missing fourth
+  run 1 apply -c '' --files-from nolist -o fourth
+  error_starts 'fxbox: nolist: the list cannot be opened: '
+  run 2 apply -c '' --files-from list in/a.ppm
+  error_is 'fxbox: give the inputs or --files-from, not both'
+  run 2 apply -c ''
+  error_is 'fxbox: the inputs are missing: name them, or give --files-from'
+}
+
+test_json_lines() {
+  for name in a b c; do picture $name.ppm; done
+  mkdir out
+  cp a.ppm out/b.ppm
+  run 1 apply --json-lines -c 'ZNFilter.Sepia.1(Sepia=050)' --skip-existing -o out a.ppm b.ppm missing.ppm c.ppm
+  mv stdout lines
+  sort lines >stdout # by status: done, done, failed, skipped
+  [ "$(field version | tr '\n' ' ')" = '1 1 1 1 ' ] || fail 'other versions'
+  [ "$(field status | tr '\n' ' ')" = '"done" "done" "failed" "skipped" ' ] || fail 'other statuses'
+  [ "$(field input | tr '\n' ' ')" = '"a.ppm" "c.ppm" "missing.ppm" "b.ppm" ' ] || fail 'other inputs'
+  [ "$(field bytes | tr '\n' ' ')" = '29 29 null 29 ' ] || fail 'other lengths'
+  sum_of() { sha256sum "$1" | sed 's/^\\*\([0-9a-f]*\).*/"\1"/'; }
+  [ "$(field sha256)" = "$(sum_of out/a.ppm; sum_of out/c.ppm; echo null; sum_of out/b.ppm)" ] || fail 'other sums'
+  [ "$(field error | sed -n 3p)" = '"missing.ppm: the file cannot be opened: No such file or directory"' ] || fail 'another error'
+  error_is 'fxbox: missing.ppm: the file cannot be opened: No such file or directory'
+  run 2 apply --json-lines --json -c '' a.ppm
+  run 2 apply --json-lines -c '' -o - a.ppm
+  error_is 'fxbox: standard output cannot be the report and a picture'
+}
+
+# Side by side or one after the other: the same files, told in the same order.
+test_jobs() {
+  mkdir in
+  for name in 1 2 3 4 5 6 7 8 9; do picture in/$name.ppm; done
+  printf broken >in/5.ppm
+  chain='ZNFilter.AdoptColor.1(ColorRed=200,Intensity=80)'
+  run 1 apply -j 1 -c "$chain" -o one in/*.ppm
+  sed 's/one/out/' stdout >lines
+  cp stderr errors
+  for jobs in 2 5 100; do
+    run 1 apply -j $jobs -c "$chain" -o out in/*.ppm
+    cmp -s stdout lines || fail "$jobs side by side: other lines"
+    cmp -s stderr errors || fail "$jobs side by side: other errors"
+    diff -r one out >&2 || fail "$jobs side by side: other results"
+    rm -r out
+  done
+  run 2 apply -j 0 -c '' in/1.ppm
+}
+
+# Names come through a pipe that stays open: each is done at once. An interrupt ends the wait.
+test_list_as_it_comes() {
+  picture a.ppm
+  picture b.ppm
+  mkfifo names
+  env --default-signal=INT $prefix apply -c '' --files-from - --json-lines -o out <names >stdout 2>stderr &
+  program=$!
+  exec 3>names
+  for name in a b; do
+    echo $name.ppm >&3
+    tries=0
+    until grep -q "$name.ppm" stdout; do
+      tries=$((tries + 1))
+      [ $tries -lt 600 ] || fail "$name.ppm is not done"
+      sleep 0.05
+    done
+  done
+  kill -INT $program
+  wait $program
+  status=$?
+  exec 3>&-
+  [ $status = 130 ] || fail "status $status instead of 130"
+  [ ! -s stderr ] || fail 'an interrupt is no error'
+}
+
 test_refused_outputs() {
   picture in.ppm
   mkdir other
