@@ -63,6 +63,28 @@ std::string TextOf(HGLOBAL block) {
   return text;
 }
 
+FORMATETC RecordOf(UINT format) {
+  return {static_cast<CLIPFORMAT>(format), nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
+}
+
+void AddText(IDataObject* object, FORMATETC record, const char* text) {
+  if (!object || !text) return;
+  STGMEDIUM medium = {};
+  medium.tymed = TYMED_HGLOBAL;
+  medium.hGlobal = BlockOf(text);
+  if (!medium.hGlobal) return;
+  if (FAILED(object->SetData(&record, &medium, TRUE))) ReleaseStgMedium(&medium);
+}
+
+std::optional<std::string> ReadText(IDataObject* object, FORMATETC record) {
+  STGMEDIUM medium = {};
+  if (!object || FAILED(object->GetData(&record, &medium))) return std::nullopt;
+  std::optional<std::string> text;
+  if (medium.tymed == TYMED_HGLOBAL) text = TextOf(medium.hGlobal);
+  ReleaseStgMedium(&medium);
+  return text;
+}
+
 bool HoldsAny(IDataObject* object, std::span<const TransferFormat> formats) {
   return std::any_of(formats.begin(), formats.end(),
                      [&](TransferFormat format) { return HoldsTransferText(object, format); });
@@ -88,18 +110,11 @@ const char* TransferFormatName(TransferFormat format) {
 }
 
 FORMATETC TransferFormatRecord(TransferFormat format) {
-  const auto number = static_cast<CLIPFORMAT>(RegisterClipboardFormatA(TransferFormatName(format)));
-  return {number, nullptr, DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
+  return RecordOf(RegisterClipboardFormatA(TransferFormatName(format)));
 }
 
 void AddTransferText(IDataObject* object, TransferFormat format, const char* text) {
-  if (!object || !text) return;
-  FORMATETC record = TransferFormatRecord(format);
-  STGMEDIUM medium = {};
-  medium.tymed = TYMED_HGLOBAL;
-  medium.hGlobal = BlockOf(text);
-  if (!medium.hGlobal) return;
-  if (FAILED(object->SetData(&record, &medium, TRUE))) ReleaseStgMedium(&medium);
+  AddText(object, TransferFormatRecord(format), text);
 }
 
 bool HoldsTransferText(IDataObject* object, TransferFormat format) {
@@ -108,13 +123,15 @@ bool HoldsTransferText(IDataObject* object, TransferFormat format) {
 }
 
 std::optional<std::string> ReadTransferText(IDataObject* object, TransferFormat format) {
-  FORMATETC record = TransferFormatRecord(format);
-  STGMEDIUM medium = {};
-  if (!object || FAILED(object->GetData(&record, &medium))) return std::nullopt;
-  std::optional<std::string> text;
-  if (medium.tymed == TYMED_HGLOBAL) text = TextOf(medium.hGlobal);
-  ReleaseStgMedium(&medium);
-  return text;
+  return ReadText(object, TransferFormatRecord(format));
+}
+
+void AddPlainText(IDataObject* object, const char* text) {
+  AddText(object, RecordOf(CF_TEXT), text);
+}
+
+std::optional<std::string> ReadPlainText(IDataObject* object) {
+  return ReadText(object, RecordOf(CF_TEXT));
 }
 
 bool HoldsAnyFilterChain(IDataObject* object) {

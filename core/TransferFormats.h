@@ -42,6 +42,10 @@ FXBOX_API bool HoldsTransferText(IDataObject* object, TransferFormat format);
 // Nothing where the object does not hold it.
 FXBOX_API std::optional<std::string> ReadTransferText(IDataObject* object, TransferFormat format);
 
+// A text in the code page that every program takes, in the system's own format for it.
+FXBOX_API void AddPlainText(IDataObject* object, const char* text);
+FXBOX_API std::optional<std::string> ReadPlainText(IDataObject* object);
+
 // The same for each format.
 inline void AddFilterChain(IDataObject* object, const char* text) {
   AddTransferText(object, TransferFormat::FilterChain, text);

@@ -30,5 +30,6 @@ void AddConfigCommand(CLI::App& program, Action& action);
 void AddDialogCommand(CLI::App& program, Action& action);
 void AddLogCommand(CLI::App& program, Action& action);
 void AddBoxCommand(CLI::App& program, Action& action);
+void AddDragCommand(CLI::App& program, Action& action);
 
 }  // namespace program

@@ -32,6 +32,7 @@ void AddCommands(CLI::App& app, Action& action) {
   AddConfigCommand(app, action);
   AddLogCommand(app, action);
   AddBoxCommand(app, action);
+  AddDragCommand(app, action);
 }
 
 // What was printed may have been lost: the disk is full, or nobody reads any more.

@@ -622,6 +622,28 @@ preset() {
   done
 }
 
+# Not by `run`, which takes carriage returns away.
+test_drag() {
+  $prefix drag 'ZNFilter.Sepia.1(Sepia=050)' --second "$(printf 'Gr\303\274n\nund mehr')" >dragged || fail 'status'
+  file_is dragged '##KVVeltrane_DND_FILTERCHAIN_IA##ZNFilter.Sepia.1(Sepia=050)&&Gr\374n\nund mehr\r\n##KVVeltrane_DND_FILTERCHAIN_IA_END##'
+  { printf 'A mail.\r\n> '; cat dragged; printf '\r\nEnd\r\n'; } >mail
+  run 0 drag --read <mail
+  output_is "$(printf 'ZNFilter.Sepia.1(Sepia=050)\nGr\303\274n\nund mehr')"
+  $prefix drag 'ZNFilter.Offset.1(OffsetX=003,OffsetY=000)' >dragged || fail 'status'
+  file_is dragged '##KVVeltrane_DND_FILTERCHAIN##ZNFilter.Offset.1(OffsetX=003,OffsetY=000)##KVVeltrane_DND_FILTERCHAIN_END##'
+  run 0 drag --read <dragged
+  output_is 'ZNFilter.Offset.1(OffsetX=003,OffsetY=000)'
+  printf 'nothing' | run 1 drag --read
+  run 1 drag --read </dev/null
+  error_is 'fxbox: standard input: there is no pair of markers in it'
+  run 2 drag 'ZNFilter.Nothing.1(A=1)'
+  run 2 drag --lenient 'A&&B(x)'
+  error_is 'fxbox: a chain text that holds "&&" or a marker cannot be dragged'
+  run 2 drag 'ZNFilter.Sepia.1(Sepia=050)' --second '##KVVeltrane_DND_FILTERCHAIN##'
+  run 2 drag 'ZNFilter.Sepia.1(Sepia=050)' --read
+  run 2 drag
+}
+
 test_curve() {
   picture in.ppm
   preset old.fp2

@@ -1,0 +1,76 @@
+// fxbox drag: the texts that stand for chains on the clipboard and in drags.
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "base/CodePage.h"
+#include "core/DragText.h"
+#include "platform/Services.h"
+#include "program/ChainOptions.h"
+#include "program/Commands.h"
+#include "program/Messages.h"
+#include "program/StandardStreams.h"
+
+namespace program {
+namespace {
+
+struct DragOptions {
+  ChainOptions chain;
+  std::string second;
+  bool isReading = false;
+};
+
+constexpr char kExamples[] = R"(Examples:
+  fxbox drag 'ZNFilter.Sepia.1(Sepia=050)' --second 'Old paper' > dragged.txt
+  fxbox drag --read < mail.txt
+      prints the chain on the first line and what came along with it behind that)";
+
+int PrintDragText(const DragOptions& options) {
+  const auto creator = MakeCreator();
+  const ChainText chain = TakeChain(options.chain, *creator.Get());
+  const std::string second = ChainTextOf(options.second);
+  if (core::HoldsDragMarker(second)) throw UsageError("the second text holds a marker of drags");
+  const auto text = core::MakeDragText(chain.text, second);
+  if (!text) throw UsageError("a chain text that holds \"&&\" or a marker cannot be dragged");
+  if (const auto failure = platform::CurrentServices().terminal->WriteOutput(*text)) {
+    throw FileError("standard output", *failure);
+  }
+  return kDone;
+}
+
+int ReadDragged() {
+  const Bytes bytes = ReadStandardInput();
+  const auto content =
+      core::ReadDragText({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  if (!content) throw FileError("standard input", "there is no pair of markers in it");
+  std::cout << base::ToUtf8(content->chain) << '\n';
+  if (!content->second.empty()) std::cout << base::ToUtf8(content->second) << '\n';
+  return kDone;
+}
+
+int RunDrag(const DragOptions& options) {
+  if (!options.isReading) return PrintDragText(options);
+  if (options.chain.chain || options.chain.file || !options.second.empty()) {
+    throw UsageError("--read takes the text from standard input and nothing else");
+  }
+  return ReadDragged();
+}
+
+}  // namespace
+
+void AddDragCommand(CLI::App& program, Action& action) {
+  const auto options = std::make_shared<DragOptions>();
+  CLI::App* const command = program.add_subcommand(
+      "drag", "Print a chain as it is dragged and put on the clipboard, or read such a text");
+  AddChainOptions(*command, options->chain);
+  command->add_option("text", options->chain.chain, "The chain text, in place of -c")
+      ->type_name("CHAIN");
+  command->add_option("--second", options->second, "A text that goes along with the chain")
+      ->type_name("TEXT");
+  command->add_flag("--read", options->isReading,
+                    "Read a dragged text from standard input instead, with anything around it");
+  command->footer(ForShell(kExamples));
+  command->callback([options, &action] { action = [options] { return RunDrag(*options); }; });
+}
+
+}  // namespace program
