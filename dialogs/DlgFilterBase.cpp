@@ -11,9 +11,6 @@ namespace {
 constexpr int kMargin = 12;
 constexpr int kGap = 8;
 
-constexpr int kMenuCopy = 1;
-constexpr int kMenuDelete = 2;
-
 }  // namespace
 
 CDlgFilterBase::CDlgFilterBase(CPdibFilterDialog* dialog, const char* header, const char* help)
@@ -64,14 +61,14 @@ void CDlgFilterBase::MakeButtons() {
 }
 
 void CDlgFilterBase::RunCopyMenu(toolkit::Point place) {
-  const std::vector<toolkit::MenuEntry> entries = {
-      {kMenuCopy, Words("COMMON_COPY_MENU_COPY_FILTER"), isMixed, false, {}},
-      {kMenuDelete, Words("COMMON_COPY_MENU_DELETE_FILTER"), true, false, {}}};
+  CZNMenu menu;
+  const int copying =
+      menu.Add(Words("COMMON_COPY_MENU_COPY_FILTER"), [this] { Call("ButtonTop"); });
+  menu.Add(Words("COMMON_COPY_MENU_DELETE_FILTER"), [this] { Call("ButtonTopDelete"); });
+  menu.Enable(copying, isMixed);
   place.x += copy->Where().x;
   place.y += copy->Where().y;
-  const int chosen = Native()->RunMenu(place, entries);
-  if (chosen == kMenuCopy) Call("ButtonTop");
-  if (chosen == kMenuDelete) Call("ButtonTopDelete");
+  menu.Run(*this, place);
 }
 
 void CDlgFilterBase::Build() {

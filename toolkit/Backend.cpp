@@ -9,12 +9,13 @@ Backend* replaced = nullptr;
 bool isReplaced = false;
 Backend* systemBackend = nullptr;
 std::string whyNot;
+ThemeChoice chosenTheme = ThemeChoice::System;
 
 // Once a window system has refused, it is not asked again: a host may open many dialogs.
 void OpenOnce() {
   if (systemBackend || !whyNot.empty()) return;
   systemBackend = OpenSystemBackend(whyNot);
-  if (systemBackend) return;
+  if (systemBackend) return systemBackend->SetTheme(chosenTheme);
   if (whyNot.empty()) whyNot = "no window system";
   TraceLog log(0);
   log.Format(0, "No windows: %s", whyNot.c_str());
@@ -31,6 +32,16 @@ Backend* CurrentBackend(std::string* reason) {
 
 Backend* OpenBackend() {
   return isReplaced ? replaced : systemBackend;
+}
+
+void ChooseTheme(ThemeChoice choice) {
+  if (choice == chosenTheme) return;
+  chosenTheme = choice;
+  if (Backend* const backend = OpenBackend()) backend->SetTheme(choice);
+}
+
+ThemeChoice ChosenTheme() {
+  return chosenTheme;
 }
 
 ScopedBackend::ScopedBackend(Backend* replacement) : previous(replaced), wasReplaced(isReplaced) {

@@ -61,18 +61,24 @@ struct WindowSpec {
 };
 
 struct MenuEntry {
-  int id = 0;        // above 0; 0 is a separator or, with `below`, a submenu
-  std::string text;  // what stands behind a TAB is the shortcut's name
+  int id = 0;  // above 0; 0 is a separator or, with `below`, a submenu
+  std::string text;
   bool isEnabled = true;
   bool isChecked = false;
+  bool hasMark = false;  // keeps a place for a check mark
+  KeyEvent shortcut;     // is only shown; WindowEvents::OnShortcut tells that it was pressed
   std::vector<MenuEntry> below;
 };
 
-// Colours of the system's theme.
+// Colours of a theme, by default a light one.
 struct Look {
   bool isDark = false;
-  Colour window, text, field, line, accent;
+  Colour window = {246, 245, 244}, text = {46, 52, 54}, field = {255, 255, 255},
+         line = {205, 199, 194}, accent = {53, 132, 228};
+  bool operator==(const Look&) const = default;
 };
+
+enum class ThemeChoice { System, Light, Dark };
 
 enum class DragEnd { Dropped, Cancelled, Failed };
 
@@ -111,6 +117,8 @@ class NativeWindow {
   virtual void SetTitle(const std::string& title) = 0;
   virtual void SetClientSize(Size size) = 0;
   virtual void SetMenuBar(const std::vector<MenuEntry>& entries) = 0;
+  // Of an entry of the menu bar that was set last.
+  virtual void SetMenuState(int entry, bool isEnabled, bool isChecked) = 0;
   virtual void Show(bool activate) = 0;
   virtual void Hide() = 0;
   virtual bool IsVisible() = 0;
@@ -164,6 +172,8 @@ class Backend {
   // Pixels of a distance that is `units` wide at 100 % scaling.
   virtual int Scaled(int units) = 0;
   virtual Look CurrentLook() = 0;
+  // From now on the colours of this theme; WindowEvents::OnLookChanged tells all windows.
+  virtual void SetTheme(ThemeChoice choice) = 0;
   // Size of the screen's free area.
   virtual Size WorkArea() = 0;
   // Two small letters: "de", "en".
@@ -192,6 +202,10 @@ FXBOX_API Backend* CurrentBackend(std::string* reason = nullptr);
 
 // The backend in force if it is open already.
 FXBOX_API Backend* OpenBackend();
+
+// The theme of all windows, for the backend in force and those that are opened later.
+FXBOX_API void ChooseTheme(ThemeChoice choice);
+FXBOX_API ThemeChoice ChosenTheme();
 
 // Puts another backend (or none) in force while it lives. For tests; not thread-safe.
 class FXBOX_API ScopedBackend {

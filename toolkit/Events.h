@@ -28,7 +28,19 @@ enum class Key {
   Space,
   Delete,
   Insert,
+  Backspace,
   F1,
+  F2,
+  F3,
+  F4,
+  F5,
+  F6,
+  F7,
+  F8,
+  F9,
+  F10,
+  F11,
+  F12,
   Other
 };
 
@@ -36,6 +48,7 @@ struct KeyEvent {
   Key key = Key::Other;
   char32_t character = 0;  // of Key::Character, as typed
   bool shift = false, control = false, alt = false;
+  bool operator==(const KeyEvent&) const = default;
 };
 
 enum class MouseAction { Press, Move, Release, DoublePress, Leave };
@@ -62,6 +75,10 @@ class WindowEvents {
   // A key, before the system's control sees it; true keeps it from the control. Of sliders, edits,
   // canvases and, for those that no control wants, the window. Tab and mnemonics do not come here.
   virtual bool OnKey(ControlId control, const KeyEvent& event) = 0;
+  // A key that goes down anywhere in the window, before anybody else sees it; with the control or
+  // alt key the character is that of the key alone. True keeps it from all others. Not while a menu
+  // is open.
+  virtual bool OnShortcut(const KeyEvent& event) = 0;
   // Notches of a wheel, away from the person above 0, over any control but a list. No control turns
   // by itself: true says that the notches were used, otherwise they are the parent's.
   virtual bool OnWheel(ControlId control, double notches, bool hasFocus) = 0;

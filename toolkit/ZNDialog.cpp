@@ -1,6 +1,7 @@
 #include "toolkit/ZNDialog.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "settings/TraceLogStd.h"
 
@@ -84,6 +85,16 @@ void CZNDialog::SetOnTop(bool onTop) {
   if (native) native->SetOnTop(onTop);
 }
 
+CZNMenu& CZNDialog::MenuBar() {
+  if (!menuBar) menuBar = std::make_unique<CZNMenu>();
+  return *menuBar;
+}
+
+void CZNDialog::ShowMenuBar() {
+  MenuBar().shownBy = this;
+  if (native) native->SetMenuBar(menuBar->Entries());
+}
+
 int CZNDialog::RunModal() {
   if (!native) return 0;
   const EventScope scope;  // closing does not delete what runs here
@@ -140,6 +151,21 @@ bool CZNDialog::DialogKey(const toolkit::KeyEvent& event) {
   }
 }
 
+// Where one types, plain keys and those that edit the text are the control's.
+bool CZNDialog::IsForControl(const toolkit::KeyEvent& event) const {
+  const CZNControl* const control = native ? Find(native->Focused()) : nullptr;
+  if (!control) return false;
+  const bool isEdit = control->nativeKind == toolkit::ControlKind::Edit;
+  const bool isList = control->nativeKind == toolkit::ControlKind::List ||
+                      control->nativeKind == toolkit::ControlKind::ComboBox;
+  const bool isSign = event.key == toolkit::Key::Character;
+  if (!event.control && !event.alt) return isEdit ? event.key < toolkit::Key::F1 : isList && isSign;
+  constexpr std::u32string_view kEditing = U"acvxyz";
+  const bool edits =
+      isSign ? kEditing.find(event.character) != kEditing.npos : event.key < toolkit::Key::F1;
+  return isEdit && event.control && !event.alt && edits;
+}
+
 template <class Action>
 void CZNDialog::ForControl(ControlId id, Action action) {
   RunEvent([&] {
@@ -171,6 +197,16 @@ bool CZNDialog::OnKey(ControlId id, const toolkit::KeyEvent& event) {
   return used;
 }
 
+bool CZNDialog::OnShortcut(const toolkit::KeyEvent& event) {
+  bool used = false;
+  RunEvent([&] {
+    if (!isBuried && menuBar && menuBar->shownBy && !IsForControl(event)) {
+      used = menuBar->DoShortcut(event);
+    }
+  });
+  return used;
+}
+
 bool CZNDialog::OnWheel(ControlId id, double notches, bool hasFocus) {
   bool used = false;
   ForControl(id, [&](CZNControl& control) { used = control.HandleWheel(notches, hasFocus); });
@@ -195,7 +231,7 @@ void CZNDialog::OnContextMenu(ControlId id, toolkit::Point place) {
 
 void CZNDialog::OnMenu(int entry) {
   RunEvent([&] {
-    if (!isBuried) OnMenuEntry(entry);
+    if (!isBuried && menuBar) menuBar->Do(entry);
   });
 }
 

@@ -8,6 +8,7 @@
 #include "base/Export.h"
 #include "toolkit/Backend.h"
 #include "toolkit/ZNControls.h"
+#include "toolkit/ZNMenu.h"
 
 // Derive, make the controls in Build and lay them out there. All calls come on the windows' thread.
 //
@@ -31,6 +32,10 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   bool IsVisible() const;
   void SetTitle(const std::string& title);
   void SetOnTop(bool onTop);
+  // The window's menu bar, which the dialog owns; it is seen once it was filled and shown, and
+  // again after each change of its entries.
+  CZNMenu& MenuBar();
+  void ShowMenuBar();
   void* Handle() const { return native ? native->Handle() : nullptr; }
 
   // Shows the window and handles events until EndModal; gives its argument, or 0 when the window
@@ -66,7 +71,6 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   virtual void OnLook() {}
   virtual void OnResize(toolkit::Size) {}
   virtual void OnWindowMoved() {}
-  virtual void OnMenuEntry(int) {}
 
  private:
   friend class CZNControl;
@@ -74,11 +78,13 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   void Attach(CZNControl& control, const toolkit::ControlSpec& spec);
   void Detach(CZNControl& control);
   bool DialogKey(const toolkit::KeyEvent& event);
+  bool IsForControl(const toolkit::KeyEvent& event) const;
 
   void OnValue(toolkit::ControlId control, int value) override;
   void OnText(toolkit::ControlId control, const std::string& text) override;
   void OnFocus(toolkit::ControlId control, bool gained) override;
   bool OnKey(toolkit::ControlId control, const toolkit::KeyEvent& event) override;
+  bool OnShortcut(const toolkit::KeyEvent& event) override;
   bool OnWheel(toolkit::ControlId control, double notches, bool hasFocus) override;
   void OnMouse(toolkit::ControlId control, const toolkit::MouseEvent& event) override;
   void OnPaint(toolkit::ControlId control, toolkit::Painter& painter) override;
@@ -97,6 +103,7 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   std::unique_ptr<toolkit::NativeWindow> native;
   std::vector<CZNControl*> attached;  // by id - 1
   std::vector<std::unique_ptr<CZNControl>> owned;
+  std::unique_ptr<CZNMenu> menuBar;
   bool isBuried = false;
   bool isModal = false;
   int modalResult = 0;

@@ -8,6 +8,7 @@
 
 #include "toolkit/Painter.h"
 #include "toolkit/ZNDialog.h"
+#include "toolkit/ZNTheme.h"
 
 namespace {
 
@@ -26,7 +27,7 @@ class Board final : public CZNCanvas {
                 event.place.y, event.button);
   }
   bool HandleKey(const toolkit::KeyEvent& event) override {
-    if (event.key != toolkit::Key::Character) return false;
+    if (event.key != toolkit::Key::Character || event.control) return false;
     std::printf("board key %c\n", static_cast<char>(event.character));
     return true;
   }
@@ -82,10 +83,29 @@ class HostWindow final : public CZNDialog {
     auto& button = Add("button", Make<CZNButton>("&Apply", CZNButton::Kind::Default));
     button.onPress = [] { std::printf("button\n"); };
     Add("board", Make<Board>(), 4);
+    AddMenus();
     slider->SetValue(50);
     field->SetValue(20);
     Native()->SetClientSize({System().Scaled(300), next});
   }
+  void AddMenus() {
+    CZNMenu& file = MenuBar().AddBelow("&File");
+    file.Add("&Open...\tCtrl+O", [] { std::printf("menu open\n"); });
+    file.Add("&All\tCtrl+A", [] { std::printf("menu all\n"); });
+    CZNMenu& recent = file.AddBelow("&Recent");
+    recent.Add("&First", [] { std::printf("menu first\n"); });
+    CZNMenu& view = MenuBar().AddBelow("&View");
+    grid = view.AddCheck("&Grid\tF5", [this] {
+      MenuBar().Check(grid, !MenuBar().IsChecked(grid));
+      std::printf("menu grid %d\n", MenuBar().IsChecked(grid));
+    });
+    view.AddSeparator();
+    const int off = view.Add("O&ff\tF6", [] { std::printf("menu off\n"); });
+    view.Add("&Dark\tCtrl+Shift+D", [] { CZNTheme::Choose(toolkit::ThemeChoice::Dark); });
+    ShowMenuBar();
+    MenuBar().Enable(off, false);
+  }
+  void OnLook() override { std::printf("look %s\n", CZNTheme::IsDark() ? "dark" : "light"); }
   void OnCancel() override {
     isOpen = false;
     std::printf("closed\n");
@@ -109,6 +129,7 @@ class HostWindow final : public CZNDialog {
   CZNSlider* slider = nullptr;
   CZNNumberField* field = nullptr;
   int next = 0;
+  int grid = 0;
 };
 
 void PumpFor(toolkit::Backend& backend, std::chrono::milliseconds time) {

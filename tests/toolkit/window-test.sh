@@ -96,6 +96,23 @@ forget
 click board 50 50 3; refuse '^board press'
 keys alt+a; expect 'button'
 forget
+# Menus: shortcuts work wherever the focus is, but where they edit a text; the bar by its mnemonics.
+keys ctrl+o; expect 'menu open'
+keys F5; expect 'menu grid 1'
+keys F6; refuse '^menu off'
+click field 50 50; forget
+keys ctrl+a; refuse '^menu all'
+keys F5; expect 'menu grid 0'
+click board 50 50; keys ctrl+a; expect 'menu all'
+forget
+keys alt+f; sleep 0.5; keys Down Return
+expect 'menu \(open\|all\)'
+forget
+# Escape closes an open menu, not the window.
+keys alt+f; sleep 0.5; keys Escape; refuse '^closed'
+click board 50 50; click board 50 50
+keys ctrl+shift+d; expect 'look dark'
+forget
 keys Escape; expect 'closed'
 wait $host || failures=$((failures + 1))
 [ $failures -eq 0 ] || { echo "$failures wrong" >&2; exit 1; }

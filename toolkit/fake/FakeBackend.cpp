@@ -188,8 +188,24 @@ bool FakeWindow::Type(ControlId edit, const std::string& text) {
   return true;
 }
 
-bool FakeWindow::Press(Key key, char32_t character) {
-  return events.OnKey(focused, {key, character});
+bool FakeWindow::Press(const KeyEvent& event) {
+  return events.OnShortcut(event) || events.OnKey(focused, event);
+}
+
+bool FakeWindow::ChooseMenu(const std::vector<std::string>& path) {
+  const std::vector<MenuEntry>* level = &menuBar;
+  int chosen = 0;
+  for (const std::string& name : path) {
+    const auto found = std::find_if(level->begin(), level->end(), [&](const MenuEntry& entry) {
+      return ShownText(entry.text) == name;
+    });
+    if (found == level->end() || !found->isEnabled) return false;
+    chosen = found->id;
+    level = &found->below;
+  }
+  if (chosen == 0) return false;
+  events.OnMenu(chosen);
+  return true;
 }
 
 bool FakeWindow::Wheel(ControlId control, double notches) {
@@ -291,6 +307,19 @@ void FakeWindow::Redraw(ControlId canvas) {
   if (FakeControl* found = Find(canvas)) ++found->redraws;
 }
 
+static void SetStateIn(std::vector<MenuEntry>& entries, int id, bool isEnabled, bool isChecked) {
+  for (MenuEntry& entry : entries) {
+    SetStateIn(entry.below, id, isEnabled, isChecked);
+    if (entry.id != id) continue;
+    entry.isEnabled = isEnabled;
+    entry.isChecked = isChecked;
+  }
+}
+
+void FakeWindow::SetMenuState(int entry, bool isEnabled, bool isChecked) {
+  SetStateIn(menuBar, entry, isEnabled, isChecked);
+}
+
 void FakeWindow::Show(bool activate) {
   isVisible = true;
   if (activate) ++activations;
@@ -361,10 +390,16 @@ Size FakeBackend::PreferredSize(ControlKind kind, const std::string& text) {
 }
 
 Look FakeBackend::CurrentLook() {
-  if (isDark) {
-    return {true, {53, 53, 53}, {238, 238, 238}, {45, 45, 45}, {90, 90, 90}, {21, 83, 158}};
+  const bool wantsDark = theme == ThemeChoice::System ? isDark : theme == ThemeChoice::Dark;
+  if (!wantsDark) return {};
+  return {true, {53, 53, 53}, {238, 238, 238}, {45, 45, 45}, {90, 90, 90}, {21, 83, 158}};
+}
+
+void FakeBackend::SetTheme(ThemeChoice choice) {
+  theme = choice;
+  for (FakeWindow* window : std::vector(windows)) {
+    if (window) window->ChangeLook();
   }
-  return {false, {246, 245, 244}, {46, 52, 54}, {255, 255, 255}, {205, 199, 194}, {53, 132, 228}};
 }
 
 bool FakeBackend::Pump(bool wait) {

@@ -61,7 +61,10 @@ class FakeWindow final : public NativeWindow {
   bool Choose(ControlId list, int index);
   bool Type(ControlId edit, const std::string& text);  // replaces the text
   // To the control with the focus, or the window. True when somebody used it.
-  bool Press(Key key, char32_t character = 0);
+  bool Press(Key key, char32_t character = 0) { return Press(KeyEvent{key, character}); }
+  bool Press(const KeyEvent& event);
+  // An entry of the menu bar by its path, "File", "Open...": text without mnemonics.
+  bool ChooseMenu(const std::vector<std::string>& path);
   bool Wheel(ControlId control, double notches);
   bool Mouse(ControlId canvas, MouseAction action, Point place, int button = 1);
   bool BeginDrag(ControlId control);
@@ -105,6 +108,7 @@ class FakeWindow final : public NativeWindow {
   void SetTitle(const std::string& newTitle) override { title = newTitle; }
   void SetClientSize(Size size) override { client = size; }
   void SetMenuBar(const std::vector<MenuEntry>& entries) override { menuBar = entries; }
+  void SetMenuState(int entry, bool isEnabled, bool isChecked) override;
   void Show(bool activate) override;
   void Hide() override { isVisible = false; }
   bool IsVisible() override { return isVisible; }
@@ -153,7 +157,8 @@ class FakeBackend final : public Backend {
 
   bool refusesWindows = false;
   bool echoes = false;  // values that are set come back as events, as some systems have it
-  bool isDark = false;
+  bool isDark = false;  // the system's own theme
+  ThemeChoice theme = ThemeChoice::System;
   std::string language = "en";
   int scale = 100;  // percent
 
@@ -161,6 +166,7 @@ class FakeBackend final : public Backend {
   Size PreferredSize(ControlKind kind, const std::string& text) override;
   int Scaled(int units) override { return units * scale / 100; }
   Look CurrentLook() override;
+  void SetTheme(ThemeChoice choice) override;
   Size WorkArea() override { return {1024, 768}; }
   std::string Language() override { return language; }
   bool Pump(bool wait) override;

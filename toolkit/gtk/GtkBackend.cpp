@@ -8,6 +8,7 @@
 
 #include "toolkit/gtk/GtkModule.h"
 #include "toolkit/gtk/GtkNativeWindow.h"
+#include "toolkit/gtk/GtkTheme.h"
 #include "toolkit/gtk/GtkTransfer.h"
 
 namespace toolkit {
@@ -20,6 +21,7 @@ class NoEvents final : public WindowEvents {
   void OnText(ControlId, const std::string&) override {}
   void OnFocus(ControlId, bool) override {}
   bool OnKey(ControlId, const KeyEvent&) override { return false; }
+  bool OnShortcut(const KeyEvent&) override { return false; }
   bool OnWheel(ControlId, double, bool) override { return false; }
   void OnMouse(ControlId, const MouseEvent&) override {}
   void OnPaint(ControlId, Painter&) override {}
@@ -53,6 +55,7 @@ class GtkBackend final : public Backend {
   Size PreferredSize(ControlKind kind, const std::string& text) override;
   int Scaled(int units) override;
   Look CurrentLook() override;
+  void SetTheme(ThemeChoice choice) override { theme.Choose(choice); }
   Size WorkArea() override;
   std::string Language() override;
   bool Pump(bool wait) override;
@@ -65,6 +68,7 @@ class GtkBackend final : public Backend {
   Size Measure(ControlKind kind, const std::string& text);
 
   BackendCounts counts;
+  GtkTheme theme;
   std::map<std::pair<ControlKind, std::string>, Size> measured;
   double measuredAt = 0;  // dots per inch
 };

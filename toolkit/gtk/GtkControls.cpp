@@ -4,6 +4,7 @@
 
 #include "toolkit/gtk/CairoPainter.h"
 #include "toolkit/gtk/GtkText.h"
+#include "toolkit/gtk/Pane.h"
 
 namespace toolkit {
 namespace {
@@ -423,6 +424,10 @@ void GtkControl::Listen(gpointer object, const char* signal, GCallback callback)
   listening.emplace_back(G_OBJECT(g_object_ref(object)), handler);
 }
 
+void GtkControl::Place(const Rect& place) {
+  PlaceInPane(gtk_widget_get_parent(widget), widget, place);
+}
+
 void GtkControl::SetValueText(const std::string& text) {
   if (kind != ControlKind::Slider) return;
   gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_VALUE_TEXT,
@@ -556,7 +561,19 @@ constexpr NamedKey kKeys[] = {
     {GDK_KEY_KP_Delete, Key::Delete},
     {GDK_KEY_Insert, Key::Insert},
     {GDK_KEY_KP_Insert, Key::Insert},
+    {GDK_KEY_BackSpace, Key::Backspace},
     {GDK_KEY_F1, Key::F1},
+    {GDK_KEY_F2, Key::F2},
+    {GDK_KEY_F3, Key::F3},
+    {GDK_KEY_F4, Key::F4},
+    {GDK_KEY_F5, Key::F5},
+    {GDK_KEY_F6, Key::F6},
+    {GDK_KEY_F7, Key::F7},
+    {GDK_KEY_F8, Key::F8},
+    {GDK_KEY_F9, Key::F9},
+    {GDK_KEY_F10, Key::F10},
+    {GDK_KEY_F11, Key::F11},
+    {GDK_KEY_F12, Key::F12},
 };
 
 }  // namespace
@@ -573,6 +590,13 @@ bool TakeKey(guint symbol, GdkModifierType state, KeyEvent& event) {
   const bool isLetter = event.key == Key::Other && event.character >= 32;
   if (isLetter) event.key = Key::Character;
   return !(isLetter && event.alt);
+}
+
+guint SymbolOf(const KeyEvent& event) {
+  for (const NamedKey& named : kKeys) {
+    if (named.key == event.key) return named.symbol;
+  }
+  return gdk_unicode_to_keyval(event.character);
 }
 
 }  // namespace toolkit

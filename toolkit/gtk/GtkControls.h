@@ -11,8 +11,9 @@
 
 namespace toolkit {
 
-// One control: its widget, which its parent owns, and what it tells the receiver of the window's
-// events. Nothing of the object may be looked at after an event was told: it may be gone.
+// One control: its widget, which a pane owns once it was put there, and what it tells the receiver
+// of the window's events. Nothing of the object may be looked at after an event was told: it may be
+// gone.
 class GtkControl {
  public:
   virtual ~GtkControl();
@@ -23,6 +24,11 @@ class GtkControl {
   ControlKind Kind() const { return kind; }
   ControlId Id() const { return id; }
 
+  void Place(const Rect& place);
+  void SetEnabled(bool enabled) { gtk_widget_set_sensitive(widget, enabled); }
+  void SetVisible(bool visible) { gtk_widget_set_visible(widget, visible); }
+  void Focus() { gtk_widget_grab_focus(widget); }
+  void Redraw() { gtk_widget_queue_draw(widget); }
   virtual void SetText(const std::string&) {}
   virtual void SetRange(int, int) {}
   virtual void SetValue(int) {}
@@ -71,5 +77,7 @@ std::unique_ptr<GtkControl> MakeGtkControl(ControlId id, const ControlSpec& spec
 
 // The key of an event of GTK. Tab and keys for mnemonics are none of ours: false.
 bool TakeKey(guint symbol, GdkModifierType state, KeyEvent& event);
+// GTK's symbol for the key, without regard to shift.
+guint SymbolOf(const KeyEvent& event);
 
 }  // namespace toolkit

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <utility>
 
+#include "toolkit/gtk/GtkControls.h"
 #include "toolkit/gtk/GtkText.h"
 
 namespace toolkit {
@@ -14,10 +15,18 @@ std::string ActionName(int id) {
   return "entry" + std::to_string(id);
 }
 
-// What stands behind a TAB is the name of the shortcut, which GTK shows by itself where it knows
-// it.
-std::string Label(const MenuEntry& entry) {
-  return WithGtkMnemonic(entry.text.substr(0, entry.text.find('\t')));
+// The shortcut as GTK's menus name it; it is only shown there, since an action of that name alone
+// listens to no key.
+std::string Accelerator(const KeyEvent& shortcut) {
+  if (shortcut.key == Key::Other) return {};
+  int state = 0;
+  if (shortcut.control) state |= GDK_CONTROL_MASK;
+  if (shortcut.shift) state |= GDK_SHIFT_MASK;
+  if (shortcut.alt) state |= GDK_ALT_MASK;
+  char* const name = gtk_accelerator_name(SymbolOf(shortcut), static_cast<GdkModifierType>(state));
+  const std::string accelerator = name;
+  g_free(name);
+  return accelerator;
 }
 
 void Choose(GSimpleAction* action, GVariant*, gpointer data) {
@@ -33,14 +42,26 @@ void AddAction(GSimpleActionGroup* group, const MenuEntry& entry,
                const std::function<void(int)>& onChoice) {
   const std::string name = ActionName(entry.id);
   GSimpleAction* const action =
-      entry.isChecked
-          ? g_simple_action_new_stateful(name.c_str(), nullptr, g_variant_new_boolean(TRUE))
+      entry.hasMark || entry.isChecked
+          ? g_simple_action_new_stateful(name.c_str(), nullptr,
+                                         g_variant_new_boolean(entry.isChecked))
           : g_simple_action_new(name.c_str(), nullptr);
   g_simple_action_set_enabled(action, entry.isEnabled);
   g_signal_connect_data(action, "activate", G_CALLBACK(&Choose),
                         new std::function<void(int)>(onChoice), DeleteChoice, GConnectFlags(0));
   g_action_map_add_action(G_ACTION_MAP(group), G_ACTION(action));
   g_object_unref(action);
+}
+
+void AppendEntry(GMenu* section, const MenuEntry& entry) {
+  const std::string action = std::string(kGroup) + "." + ActionName(entry.id);
+  GMenuItem* const item = g_menu_item_new(WithGtkMnemonic(entry.text).c_str(), action.c_str());
+  const std::string accelerator = Accelerator(entry.shortcut);
+  if (!accelerator.empty()) {
+    g_menu_item_set_attribute(item, "accel", "s", accelerator.c_str());
+  }
+  g_menu_append_item(section, item);
+  g_object_unref(item);
 }
 
 // Entries between separators are sections of GTK's.
@@ -57,15 +78,14 @@ GMenu* NewMenu(const std::vector<MenuEntry>& entries, GSimpleActionGroup* action
   for (const MenuEntry& entry : entries) {
     if (!entry.below.empty()) {
       GMenu* const below = NewMenu(entry.below, actions, onChoice);
-      g_menu_append_submenu(section, Label(entry).c_str(), G_MENU_MODEL(below));
+      g_menu_append_submenu(section, WithGtkMnemonic(entry.text).c_str(), G_MENU_MODEL(below));
       g_object_unref(below);
     } else if (entry.id == 0) {
       close();
       section = g_menu_new();
     } else {
       AddAction(actions, entry, onChoice);
-      const std::string action = std::string(kGroup) + "." + ActionName(entry.id);
-      g_menu_append(section, Label(entry).c_str(), action.c_str());
+      AppendEntry(section, entry);
     }
   }
   close();
@@ -133,14 +153,25 @@ GtkWidget* NewMenuBar(GtkWidget* window, const std::vector<MenuEntry>& entries,
   GMenu* const menu = g_menu_new();
   for (const MenuEntry& entry : entries) {
     GMenu* const below = NewMenu(entry.below, actions, onChoice);
-    g_menu_append_submenu(menu, Label(entry).c_str(), G_MENU_MODEL(below));
+    g_menu_append_submenu(menu, WithGtkMnemonic(entry.text).c_str(), G_MENU_MODEL(below));
     g_object_unref(below);
   }
   gtk_widget_insert_action_group(window, kGroup, G_ACTION_GROUP(actions));
-  g_object_unref(actions);
+  g_object_set_data_full(G_OBJECT(window), kGroup, actions, g_object_unref);
   GtkWidget* const bar = gtk_popover_menu_bar_new_from_model(G_MENU_MODEL(menu));
   g_object_unref(menu);
   return bar;
+}
+
+void SetMenuBarState(GtkWidget* window, int entry, bool isEnabled, bool isChecked) {
+  auto* const actions = static_cast<GActionMap*>(g_object_get_data(G_OBJECT(window), kGroup));
+  GAction* const action =
+      actions ? g_action_map_lookup_action(actions, ActionName(entry).c_str()) : nullptr;
+  if (!action) return;
+  g_simple_action_set_enabled(G_SIMPLE_ACTION(action), isEnabled);
+  if (g_action_get_state_type(action)) {
+    g_simple_action_set_state(G_SIMPLE_ACTION(action), g_variant_new_boolean(isChecked));
+  }
 }
 
 // The choice comes after the menu has closed, so the menu waits for the events that are under way.

@@ -16,6 +16,8 @@ namespace toolkit {
 // A new menu bar for the window, floating; `onChoice` hears the entries that were chosen.
 GtkWidget* NewMenuBar(GtkWidget* window, const std::vector<MenuEntry>& entries,
                       std::function<void(int)> onChoice);
+// Of an entry of the window's menu bar.
+void SetMenuBarState(GtkWidget* window, int entry, bool isEnabled, bool isChecked);
 
 // Each of these waits until the person is done.
 int RunPopupMenu(GtkWidget* over, Point place, const std::vector<MenuEntry>& entries);

@@ -59,6 +59,10 @@ void GtkNativeWindow::ListenToWindow() {
   GtkEventController* const keys = gtk_event_controller_key_new();
   g_signal_connect(keys, "key-pressed", G_CALLBACK(&KeyPressed), this);
   gtk_widget_add_controller(GTK_WIDGET(window), keys);
+  GtkEventController* const shortcuts = gtk_event_controller_key_new();
+  gtk_event_controller_set_propagation_phase(shortcuts, GTK_PHASE_CAPTURE);
+  g_signal_connect(shortcuts, "key-pressed", G_CALLBACK(&ShortcutPressed), this);
+  gtk_widget_add_controller(GTK_WIDGET(window), shortcuts);
 }
 
 void GtkNativeWindow::ListenToLook() {
@@ -76,6 +80,13 @@ gboolean GtkNativeWindow::CloseAsked(GtkWindow*, gpointer data) {
   return TRUE;
 }
 
+gboolean GtkNativeWindow::ShortcutPressed(GtkEventControllerKey*, guint symbol, guint,
+                                          GdkModifierType state, gpointer data) {
+  KeyEvent event;
+  TakeKey(gdk_keyval_to_lower(symbol), state, event);
+  return event.key != Key::Other && static_cast<GtkNativeWindow*>(data)->events.OnShortcut(event);
+}
+
 // Controls that tell their keys themselves have told this one already.
 gboolean GtkNativeWindow::KeyPressed(GtkEventControllerKey*, guint symbol, guint,
                                      GdkModifierType state, gpointer data) {
@@ -88,13 +99,8 @@ gboolean GtkNativeWindow::KeyPressed(GtkEventControllerKey*, guint symbol, guint
   return !hasTold && TakeKey(symbol, state, event) && self->events.OnKey(0, event);
 }
 
-GtkControl* GtkNativeWindow::Find(ControlId control) const {
-  const bool exists = control >= 1 && static_cast<std::size_t>(control) <= controls.size();
-  return exists ? controls[static_cast<std::size_t>(control) - 1].get() : nullptr;
-}
-
 ControlId GtkNativeWindow::Add(const ControlSpec& spec) {
-  const auto id = static_cast<ControlId>(controls.size()) + 1;
+  const ControlId id = NextId();
   const bool isRadio = spec.kind == ControlKind::RadioButton;
   if (!isRadio || spec.opensGroup) firstRadio = nullptr;
   controls.push_back(MakeGtkControl(id, spec, firstRadio, events));
@@ -119,49 +125,9 @@ void GtkNativeWindow::NameNext(const GtkControl& added) {
   unnamedLabel = nullptr;
 }
 
-void GtkNativeWindow::Place(ControlId control, const Rect& place) {
-  if (const GtkControl* found = Find(control)) PlaceInPane(pane, found->Widget(), place);
-}
-
-void GtkNativeWindow::SetText(ControlId control, const std::string& text) {
-  if (GtkControl* found = Find(control)) found->SetText(text);
-}
-
-void GtkNativeWindow::SetRange(ControlId slider, int least, int greatest) {
-  if (GtkControl* found = Find(slider)) found->SetRange(least, greatest);
-}
-
-void GtkNativeWindow::SetValue(ControlId control, int value) {
-  if (GtkControl* found = Find(control)) found->SetValue(value);
-}
-
-void GtkNativeWindow::SetItems(ControlId control, const std::vector<std::string>& items) {
-  if (GtkControl* found = Find(control)) found->SetItems(items);
-}
-
-void GtkNativeWindow::SetColour(ControlId colourButton, Colour colour) {
-  if (GtkControl* found = Find(colourButton)) found->SetColour(colour);
-}
-
-void GtkNativeWindow::SetEnabled(ControlId control, bool enabled) {
-  if (const GtkControl* found = Find(control)) gtk_widget_set_sensitive(found->Widget(), enabled);
-}
-
-void GtkNativeWindow::SetVisible(ControlId control, bool visible) {
-  if (const GtkControl* found = Find(control)) gtk_widget_set_visible(found->Widget(), visible);
-}
-
-void GtkNativeWindow::SetValueText(ControlId control, const std::string& text) {
-  if (GtkControl* found = Find(control)) found->SetValueText(text);
-}
-
 void GtkNativeWindow::SetBubble(ControlId control, const std::string& text) {
   const GtkControl* const found = Find(control);
   if (found) gtk_widget_set_tooltip_text(found->Widget(), text.empty() ? nullptr : text.c_str());
-}
-
-void GtkNativeWindow::Focus(ControlId control) {
-  if (const GtkControl* found = Find(control)) gtk_widget_grab_focus(found->Widget());
 }
 
 ControlId GtkNativeWindow::Focused() {
@@ -171,14 +137,6 @@ ControlId GtkNativeWindow::Focused() {
     if (focus && (focus == widget || gtk_widget_is_ancestor(focus, widget))) return control->Id();
   }
   return 0;
-}
-
-void GtkNativeWindow::SelectAll(ControlId edit) {
-  if (GtkControl* found = Find(edit)) found->SelectAll();
-}
-
-void GtkNativeWindow::Redraw(ControlId canvas) {
-  if (const GtkControl* found = Find(canvas)) gtk_widget_queue_draw(found->Widget());
 }
 
 // --- the window
@@ -192,8 +150,15 @@ void GtkNativeWindow::SetClientSize(Size size) {
   if (isTool) {
     SetPaneSize(pane, size);
   } else {
-    gtk_window_set_default_size(window, size.width, size.height);
+    clientSize = size;
+    gtk_window_set_default_size(window, size.width, size.height + MenuBarHeight());
   }
+}
+
+int GtkNativeWindow::MenuBarHeight() const {
+  GtkRequisition natural = {};
+  if (menuBar) gtk_widget_get_preferred_size(menuBar, nullptr, &natural);
+  return natural.height;
 }
 
 void GtkNativeWindow::SetMenuBar(const std::vector<MenuEntry>& entries) {
@@ -202,6 +167,11 @@ void GtkNativeWindow::SetMenuBar(const std::vector<MenuEntry>& entries) {
                 ? nullptr
                 : NewMenuBar(GTK_WIDGET(window), entries, [this](int id) { events.OnMenu(id); });
   if (menuBar) gtk_box_prepend(GTK_BOX(box), menuBar);
+  if (!isTool && !IsVisible() && clientSize.width > 0) SetClientSize(clientSize);
+}
+
+void GtkNativeWindow::SetMenuState(int entry, bool isEnabled, bool isChecked) {
+  if (menuBar) SetMenuBarState(GTK_WIDGET(window), entry, isEnabled, isChecked);
 }
 
 void GtkNativeWindow::Show(bool activate) {

@@ -6,35 +6,25 @@
 #include <memory>
 #include <vector>
 
+#include "toolkit/ControlWindow.h"
 #include "toolkit/gtk/GtkControls.h"
 
 namespace toolkit {
 
-class GtkNativeWindow final : public NativeWindow {
+class GtkNativeWindow final : public ControlWindow<GtkControl> {
  public:
   // `counts` outlives the window.
   GtkNativeWindow(const WindowSpec& spec, WindowEvents& receiver, BackendCounts& counts);
   ~GtkNativeWindow() override;
 
   ControlId Add(const ControlSpec& spec) override;
-  void Place(ControlId control, const Rect& place) override;
-  void SetText(ControlId control, const std::string& text) override;
-  void SetRange(ControlId slider, int least, int greatest) override;
-  void SetValue(ControlId control, int value) override;
-  void SetItems(ControlId control, const std::vector<std::string>& items) override;
-  void SetColour(ControlId colourButton, Colour colour) override;
-  void SetEnabled(ControlId control, bool enabled) override;
-  void SetVisible(ControlId control, bool visible) override;
-  void SetValueText(ControlId control, const std::string& text) override;
   void SetBubble(ControlId control, const std::string& text) override;
-  void Focus(ControlId control) override;
   ControlId Focused() override;
-  void SelectAll(ControlId edit) override;
-  void Redraw(ControlId canvas) override;
 
   void SetTitle(const std::string& title) override;
   void SetClientSize(Size size) override;
   void SetMenuBar(const std::vector<MenuEntry>& entries) override;
+  void SetMenuState(int entry, bool isEnabled, bool isChecked) override;
   void Show(bool activate) override;
   void Hide() override;
   bool IsVisible() override;
@@ -54,10 +44,12 @@ class GtkNativeWindow final : public NativeWindow {
   bool SaveImage(const std::filesystem::path& file) override;
 
  private:
-  GtkControl* Find(ControlId control) const;
   void ListenToWindow();
   void ListenToLook();
+  int MenuBarHeight() const;
   void NameNext(const GtkControl& added);
+  static gboolean ShortcutPressed(GtkEventControllerKey*, guint symbol, guint,
+                                  GdkModifierType state, gpointer data);
   static gboolean CloseAsked(GtkWindow*, gpointer data);
   static gboolean KeyPressed(GtkEventControllerKey*, guint symbol, guint, GdkModifierType state,
                              gpointer data);
@@ -67,10 +59,10 @@ class GtkNativeWindow final : public NativeWindow {
   GtkWindow* window;
   GtkWidget* box;
   GtkWidget* menuBar = nullptr;
+  Size clientSize;  // of a main window, as it was set
   GtkWidget* pane;
   bool isTool;
   bool isOnTop;
-  std::vector<std::unique_ptr<GtkControl>> controls;
   GtkControl* firstRadio = nullptr;  // of the group that is being made
   GtkLabel* unnamedLabel = nullptr;  // whose mnemonic goes to the next control
   gulong lookHandlers[4] = {};

@@ -13,12 +13,6 @@ bool IsDown(int key) {
   return GetKeyState(key) < 0;
 }
 
-void FillWith(HDC device, const RECT& place, Colour colour) {
-  HBRUSH brush = CreateSolidBrush(RefOf(colour));
-  ::FillRect(device, &place, brush);
-  DeleteObject(brush);
-}
-
 // --- texts
 
 class TextControl final : public WindowsControl {
@@ -431,20 +425,32 @@ struct NamedKey {
   Key key;
 };
 constexpr NamedKey kKeys[] = {
-    {VK_LEFT, Key::Left},     {VK_RIGHT, Key::Right},   {VK_UP, Key::Up},
-    {VK_DOWN, Key::Down},     {VK_PRIOR, Key::PageUp},  {VK_NEXT, Key::PageDown},
-    {VK_HOME, Key::Home},     {VK_END, Key::End},       {VK_RETURN, Key::Enter},
-    {VK_ESCAPE, Key::Escape}, {VK_DELETE, Key::Delete}, {VK_INSERT, Key::Insert},
-    {VK_F1, Key::F1},
+    {VK_LEFT, Key::Left},     {VK_RIGHT, Key::Right},    {VK_UP, Key::Up},
+    {VK_DOWN, Key::Down},     {VK_PRIOR, Key::PageUp},   {VK_NEXT, Key::PageDown},
+    {VK_HOME, Key::Home},     {VK_END, Key::End},        {VK_RETURN, Key::Enter},
+    {VK_ESCAPE, Key::Escape}, {VK_DELETE, Key::Delete},  {VK_INSERT, Key::Insert},
+    {VK_SPACE, Key::Space},   {VK_BACK, Key::Backspace}, {VK_TAB, Key::Tab},
 };
+
+KeyEvent WithModifiers() {
+  KeyEvent event;
+  event.shift = IsDown(VK_SHIFT);
+  event.control = IsDown(VK_CONTROL);
+  event.alt = IsDown(VK_MENU);
+  return event;
+}
+
+// What stands on a key in the person's layout: small letters, digits, signs.
+char32_t SignOf(WPARAM code) {
+  const UINT sign = MapVirtualKeyW(static_cast<UINT>(code), MAPVK_VK_TO_CHAR) & 0x7FFFFFFF;
+  return sign >= 'A' && sign <= 'Z' ? sign - 'A' + 'a' : sign;
+}
 
 }  // namespace
 
 // A letter comes as a character, with the control key as the key that was pressed.
 bool TakeKey(const MSG& message, KeyEvent& event) {
-  event.shift = IsDown(VK_SHIFT);
-  event.control = IsDown(VK_CONTROL);
-  event.alt = IsDown(VK_MENU);
+  event = WithModifiers();
   const bool isAltGr = event.control && event.alt;
   if (message.message == WM_CHAR) {
     if (message.wParam < 32 || (event.control && !isAltGr)) return false;
@@ -453,16 +459,31 @@ bool TakeKey(const MSG& message, KeyEvent& event) {
     return true;
   }
   if (message.message != WM_KEYDOWN) return false;
-  for (const NamedKey& named : kKeys) {
-    if (named.code == message.wParam) event.key = named.key;
-  }
-  const bool isSign = message.wParam >= '0' && message.wParam <= 'Z';
-  if (event.key == Key::Other && event.control && !isAltGr && isSign) {
-    event.key = Key::Character;
-    event.character =
-        static_cast<char32_t>(message.wParam >= 'A' ? message.wParam - 'A' + 'a' : message.wParam);
-  }
+  const KeyEvent pressed = PressedKey(message);
+  const bool isSign = pressed.key == Key::Character || pressed.key == Key::Space;
+  const bool isFunction = pressed.key > Key::F1 && pressed.key <= Key::F12;
+  if (isFunction || pressed.key == Key::Tab || pressed.key == Key::Backspace) return false;
+  if (isSign && (!event.control || isAltGr)) return false;
+  event = pressed;
   return event.key != Key::Other;
+}
+
+KeyEvent PressedKey(const MSG& message) {
+  KeyEvent event = WithModifiers();
+  const WPARAM code = message.wParam;
+  for (const NamedKey& named : kKeys) {
+    if (named.code == code) event.key = named.key;
+  }
+  if (code >= VK_F1 && code <= VK_F12) {
+    event.key = static_cast<Key>(static_cast<WPARAM>(Key::F1) + (code - VK_F1));
+  }
+  if (event.key != Key::Other) return event;
+  const char32_t sign = SignOf(code);
+  const bool isModifier = code == VK_SHIFT || code == VK_CONTROL || code == VK_MENU;
+  if (isModifier || sign <= 32 || (event.control && event.alt)) return event;
+  event.key = Key::Character;
+  event.character = sign;
+  return event;
 }
 
 // --- WindowsControl

@@ -23,6 +23,13 @@ class WindowsControl {
   ControlKind Kind() const { return spec.kind; }
   ControlId Id() const { return id; }
 
+  void SetEnabled(bool enabled) { EnableWindow(handle, enabled); }
+  void SetVisible(bool visible) { ShowWindow(handle, visible ? SW_SHOWNA : SW_HIDE); }
+  // The system's screen readers read sliders and edits by themselves.
+  void SetValueText(const std::string&) {}
+  void Focus() { SetFocus(handle); }
+  void SelectAll() { SendMessageW(handle, EM_SETSEL, 0, -1); }
+  void Redraw() { InvalidateRect(handle, nullptr, FALSE); }
   virtual void Place(const Rect& place);
   virtual void SetText(const std::string& text);
   virtual void SetRange(int, int) {}
@@ -70,5 +77,7 @@ inline constexpr wchar_t kCanvasClass[] = L"FxboxCanvas4";
 
 // What a key message says of a key; false for keys that are nobody's event.
 bool TakeKey(const MSG& message, KeyEvent& event);
+// The key of a message of a key that goes down; Key::Other for those that mean nothing alone.
+KeyEvent PressedKey(const MSG& message);
 
 }  // namespace toolkit

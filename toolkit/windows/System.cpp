@@ -11,7 +11,7 @@ Colour ColourOf(COLORREF ref) {
   return {GetRValue(ref), GetGValue(ref), GetBValue(ref)};
 }
 
-bool WantsDark() {
+bool SystemIsDark() {
   DWORD isLight = 1, size = sizeof isLight;
   RegGetValueW(HKEY_CURRENT_USER,
                L"Software\\Microsoft\\Windows\\CurrentVersion\\Themes\\Personalize",
@@ -19,16 +19,27 @@ bool WantsDark() {
   return isLight == 0;
 }
 
-Look LookOf(bool isDark) {
-  if (isDark) {
-    return {true, {32, 32, 32}, {240, 240, 240}, {45, 45, 45}, {100, 100, 100}, {76, 160, 230}};
-  }
+// Whoever needs strong contrasts has chosen the colours himself.
+bool IsHighContrast() {
+  HIGHCONTRASTW contrast = {};
+  contrast.cbSize = sizeof contrast;
+  return SystemParametersInfoW(SPI_GETHIGHCONTRAST, sizeof contrast, &contrast, 0) &&
+         (contrast.dwFlags & HCF_HIGHCONTRASTON);
+}
+
+Look SystemLook() {
   return {false,
           ColourOf(GetSysColor(COLOR_3DFACE)),
           ColourOf(GetSysColor(COLOR_WINDOWTEXT)),
           ColourOf(GetSysColor(COLOR_WINDOW)),
           ColourOf(GetSysColor(COLOR_3DSHADOW)),
           ColourOf(GetSysColor(COLOR_HIGHLIGHT))};
+}
+
+Look LookOf(ThemeChoice choice) {
+  const bool isDark = choice == ThemeChoice::System ? SystemIsDark() : choice == ThemeChoice::Dark;
+  if (!isDark || IsHighContrast()) return SystemLook();
+  return {true, {32, 32, 32}, {240, 240, 240}, {45, 45, 45}, {100, 100, 100}, {76, 160, 230}};
 }
 
 // The context lives as long as the module: windows keep what they were made with.
@@ -55,21 +66,32 @@ HINSTANCE WindowsSystem::Module() {
   HMODULE module = nullptr;
   GetModuleHandleExW(
       GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-      reinterpret_cast<LPCWSTR>(&WantsDark), &module);
+      reinterpret_cast<LPCWSTR>(&SystemIsDark), &module);
   return module;
 }
 
-void WindowsSystem::Open() {
+WindowsSystem::Setting WindowsSystem::CurrentSetting() const {
   NONCLIENTMETRICSW metrics = {};
   metrics.cbSize = sizeof metrics;
   SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
-  font = CreateFontIndirectW(&metrics.lfMessageFont);
-  metrics.lfMessageFont.lfWeight = FW_BOLD;
-  boldFont = CreateFontIndirectW(&metrics.lfMessageFont);
-  look = LookOf(WantsDark());
-  windowBrush = CreateSolidBrush(RefOf(look.window));
-  fieldBrush = CreateSolidBrush(RefOf(look.field));
-  dpi = static_cast<int>(GetDpiForSystem());
+  return {metrics.lfMessageFont, LookOf(choice), static_cast<int>(GetDpiForSystem())};
+}
+
+bool WindowsSystem::AreEqual(const Setting& one, const Setting& other) {
+  const LOGFONTW &first = one.font, &second = other.font;
+  return one.look == other.look && one.dpi == other.dpi && first.lfHeight == second.lfHeight &&
+         first.lfWeight == second.lfWeight && first.lfItalic == second.lfItalic &&
+         std::wstring_view(first.lfFaceName) == second.lfFaceName;
+}
+
+void WindowsSystem::Open() {
+  setting = CurrentSetting();
+  LOGFONTW bold = setting.font;
+  bold.lfWeight = FW_BOLD;
+  font = CreateFontIndirectW(&setting.font);
+  boldFont = CreateFontIndirectW(&bold);
+  windowBrush = CreateSolidBrush(RefOf(setting.look.window));
+  fieldBrush = CreateSolidBrush(RefOf(setting.look.field));
   counts.fonts += 2;
   counts.drawings += 2;
 }
@@ -83,13 +105,15 @@ void WindowsSystem::Close() {
   counts.drawings -= 2;
 }
 
-void WindowsSystem::Refresh() {
+bool WindowsSystem::Refresh() {
+  if (AreEqual(setting, CurrentSetting())) return false;
   Close();
   Open();
+  return true;
 }
 
 int WindowsSystem::Scaled(int units) const {
-  return MulDiv(units, dpi, 96);
+  return MulDiv(units, setting.dpi, 96);
 }
 
 Size WindowsSystem::TextSize(const std::string& text, bool isBold) const {
@@ -100,6 +124,19 @@ Size WindowsSystem::TextSize(const std::string& text, bool isBold) const {
   SelectObject(screen, before);
   ReleaseDC(nullptr, screen);
   return {text.empty() ? 0 : static_cast<int>(place.right), static_cast<int>(place.bottom)};
+}
+
+std::string SystemLanguage() {
+  wchar_t name[16] = L"";
+  GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SISO639LANGNAME, name, 16);
+  const std::string language = Utf8Of(name);
+  return language.empty() ? "en" : language;
+}
+
+void FillWith(HDC device, const RECT& place, Colour colour) {
+  HBRUSH brush = CreateSolidBrush(RefOf(colour));
+  FillRect(device, &place, brush);
+  DeleteObject(brush);
 }
 
 ThemedControls::ThemedControls() {

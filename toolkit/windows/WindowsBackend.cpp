@@ -49,8 +49,9 @@ class WindowsBackend final : public Backend {
   }
   int Scaled(int units) override { return system.Scaled(units); }
   Look CurrentLook() override { return system.Colours(); }
+  void SetTheme(ThemeChoice choice) override;
   Size WorkArea() override;
-  std::string Language() override;
+  std::string Language() override { return SystemLanguage(); }
   bool Pump(bool wait) override;
   void Post(std::function<void()> task) override;
   bool SetClipboard(IDataObject* object) override { return SUCCEEDED(OleSetClipboard(object)); }
@@ -149,11 +150,9 @@ Size WindowsBackend::WorkArea() {
   return {static_cast<int>(area.right - area.left), static_cast<int>(area.bottom - area.top)};
 }
 
-std::string WindowsBackend::Language() {
-  wchar_t name[16] = L"";
-  GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SISO639LANGNAME, name, 16);
-  const std::string language = Utf8Of(name);
-  return language.empty() ? "en" : language;
+void WindowsBackend::SetTheme(ThemeChoice choice) {
+  system.Choose(choice);
+  WindowsWindow::TakeLook(system);
 }
 
 bool WindowsBackend::Pump(bool wait) {

@@ -18,20 +18,31 @@ DWORD ExtendedStyleOf(const WindowSpec& spec) {
   return WS_EX_CONTROLPARENT | (spec.isOnTop ? WS_EX_TOPMOST : 0u);
 }
 
-HMENU MenuOf(const std::vector<MenuEntry>& entries, HMENU menu) {
-  for (const MenuEntry& entry : entries) {
-    const std::wstring text = WideOf(entry.text);
-    if (!entry.below.empty()) {
-      HMENU below = MenuOf(entry.below, CreatePopupMenu());
-      AppendMenuW(menu, MF_POPUP, reinterpret_cast<UINT_PTR>(below), text.c_str());
-    } else if (entry.id == 0) {
-      AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
-    } else {
-      const UINT flags = (entry.isEnabled ? 0u : MF_GRAYED) | (entry.isChecked ? MF_CHECKED : 0u);
-      AppendMenuW(menu, MF_STRING | flags, static_cast<UINT_PTR>(entry.id), text.c_str());
-    }
-  }
-  return menu;
+void SetStateIn(MenuEntry& entry, int id, bool isEnabled, bool isChecked) {
+  for (MenuEntry& below : entry.below) SetStateIn(below, id, isEnabled, isChecked);
+  if (entry.id != id) return;
+  entry.isEnabled = isEnabled;
+  entry.isChecked = isChecked;
+}
+
+// The title bar, where the system can draw a dark one.
+void ShowDarkFrame(HWND window, bool isDark) {
+  using SetAttribute = HRESULT(WINAPI*)(HWND, DWORD, LPCVOID, DWORD);
+  constexpr DWORD kUseDarkMode = 20;
+  static HMODULE const library =
+      LoadLibraryExW(L"dwmapi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+  static const auto set = library ? reinterpret_cast<SetAttribute>(reinterpret_cast<void*>(
+                                        GetProcAddress(library, "DwmSetWindowAttribute")))
+                                  : nullptr;
+  const BOOL wanted = isDark;
+  if (set) set(window, kUseDarkMode, &wanted, sizeof wanted);
+}
+
+bool IsMenuOpen() {
+  GUITHREADINFO info = {};
+  info.cbSize = sizeof info;
+  constexpr DWORD kInMenu = GUI_INMENUMODE | GUI_POPUPMENUMODE | GUI_SYSTEMMENUMODE;
+  return GetGUIThreadInfo(GetCurrentThreadId(), &info) && (info.flags & kInMenu);
 }
 
 bool TellsKeys(ControlKind kind) {
@@ -67,14 +78,16 @@ WindowsWindow::WindowsWindow(const WindowSpec& spec, WindowEvents& receiver,
       CreateWindowExW(ExtendedStyleOf(spec), kWindowClass, WideOf(spec.title).c_str(),
                       StyleOf(spec), CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
                       static_cast<HWND>(spec.owner), nullptr, WindowsSystem::Module(), this);
-  if (window) ++system.counts.windows;
+  if (!window) return;
+  ++system.counts.windows;
+  ShowDarkFrame(window, system.Colours().isDark);
 }
 
 WindowsWindow::~WindowsWindow() {
   if (!window) return;
   SetWindowLongPtrW(window, GWLP_USERDATA, 0);
   controls.clear();
-  if (HMENU menu = GetMenu(window)) DestroyMenu(menu);
+  SetMenu(window, nullptr);
   DestroyWindow(window);
   --system.counts.windows;
 }
@@ -89,11 +102,6 @@ WindowsWindow* WindowsWindow::Of(HWND windowOrControl) {
 
 // --- controls
 
-WindowsControl* WindowsWindow::Find(ControlId control) const {
-  const bool exists = control >= 1 && static_cast<std::size_t>(control) <= controls.size();
-  return exists ? controls[static_cast<std::size_t>(control) - 1].get() : nullptr;
-}
-
 // A part of a combo box counts as the combo box.
 WindowsControl* WindowsWindow::ByHandle(HWND handle) const {
   for (const auto& control : controls) {
@@ -105,7 +113,7 @@ WindowsControl* WindowsWindow::ByHandle(HWND handle) const {
 // The control behind a group of radio buttons ends it.
 ControlId WindowsWindow::Add(const ControlSpec& spec) {
   const ThemedControls themed;
-  const auto id = static_cast<ControlId>(controls.size()) + 1;
+  const ControlId id = NextId();
   controls.push_back(MakeWindowsControl(window, id, spec, events, system));
   HWND const handle = controls.back()->Handle();
   const bool isRadio = spec.kind == ControlKind::RadioButton;
@@ -116,39 +124,6 @@ ControlId WindowsWindow::Add(const ControlSpec& spec) {
   SetWindowPos(handle, HWND_BOTTOM, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
   if (spec.isDefault) defaultButton = id;
   return id;
-}
-
-void WindowsWindow::Place(ControlId control, const Rect& place) {
-  if (WindowsControl* found = Find(control)) found->Place(place);
-}
-
-void WindowsWindow::SetText(ControlId control, const std::string& text) {
-  if (WindowsControl* found = Find(control)) found->SetText(text);
-}
-
-void WindowsWindow::SetRange(ControlId slider, int least, int greatest) {
-  if (WindowsControl* found = Find(slider)) found->SetRange(least, greatest);
-}
-
-void WindowsWindow::SetValue(ControlId control, int value) {
-  if (WindowsControl* found = Find(control)) found->SetValue(value);
-}
-
-void WindowsWindow::SetItems(ControlId control, const std::vector<std::string>& items) {
-  if (WindowsControl* found = Find(control)) found->SetItems(items);
-}
-
-void WindowsWindow::SetColour(ControlId colourButton, Colour colour) {
-  if (WindowsControl* found = Find(colourButton)) found->SetColour(colour);
-}
-
-void WindowsWindow::SetEnabled(ControlId control, bool enabled) {
-  if (const WindowsControl* found = Find(control)) EnableWindow(found->Handle(), enabled);
-}
-
-void WindowsWindow::SetVisible(ControlId control, bool visible) {
-  const WindowsControl* const found = Find(control);
-  if (found) ShowWindow(found->Handle(), visible ? SW_SHOWNA : SW_HIDE);
 }
 
 void WindowsWindow::SetBubble(ControlId control, const std::string& text) {
@@ -170,21 +145,9 @@ void WindowsWindow::SetBubble(ControlId control, const std::string& text) {
   if (!text.empty()) SendMessageW(bubbles, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
 }
 
-void WindowsWindow::Focus(ControlId control) {
-  if (const WindowsControl* found = Find(control)) SetFocus(found->Handle());
-}
-
 ControlId WindowsWindow::Focused() {
   const WindowsControl* const found = ByHandle(GetFocus());
   return found ? found->Id() : 0;
-}
-
-void WindowsWindow::SelectAll(ControlId edit) {
-  if (const WindowsControl* found = Find(edit)) SendMessageW(found->Handle(), EM_SETSEL, 0, -1);
-}
-
-void WindowsWindow::Redraw(ControlId canvas) {
-  if (const WindowsControl* found = Find(canvas)) InvalidateRect(found->Handle(), nullptr, FALSE);
 }
 
 // --- the window
@@ -203,9 +166,27 @@ void WindowsWindow::SetClientSize(Size size) {
 }
 
 void WindowsWindow::SetMenuBar(const std::vector<MenuEntry>& entries) {
-  HMENU const before = GetMenu(window);
-  SetMenu(window, entries.empty() ? nullptr : MenuOf(entries, CreateMenu()));
-  if (before) DestroyMenu(before);
+  barEntries = entries;
+  ShowMenuBar();
+}
+
+// A bar that comes or goes before the window is seen takes no place from the controls.
+void WindowsWindow::ShowMenuBar() {
+  auto next =
+      barEntries.empty() ? nullptr : std::make_unique<WindowsMenu>(barEntries, true, system);
+  RECT client = {};
+  GetClientRect(window, &client);
+  const bool movesControls = !next != !bar && !IsVisible();
+  SetMenu(window, next ? next->Handle() : nullptr);
+  bar = std::move(next);
+  if (movesControls) {
+    SetClientSize({static_cast<int>(client.right), static_cast<int>(client.bottom)});
+  }
+}
+
+void WindowsWindow::SetMenuState(int entry, bool isEnabled, bool isChecked) {
+  for (MenuEntry& top : barEntries) SetStateIn(top, entry, isEnabled, isChecked);
+  if (bar) bar->SetState(entry, isEnabled, isChecked);
 }
 
 void WindowsWindow::Show(bool activate) {
@@ -239,13 +220,12 @@ void WindowsWindow::Move(Point place) {
 }
 
 int WindowsWindow::RunMenu(Point place, const std::vector<MenuEntry>& entries) {
-  HMENU menu = MenuOf(entries, CreatePopupMenu());
+  const WindowsMenu menu(entries, false, system);
   POINT corner = {place.x, place.y};
   ClientToScreen(window, &corner);
-  const int chosen = TrackPopupMenu(menu, TPM_RETURNCMD | TPM_NONOTIFY | TPM_RIGHTBUTTON, corner.x,
-                                    corner.y, 0, window, nullptr);
-  DestroyMenu(menu);
-  return chosen;
+  const BOOL command = TrackPopupMenu(menu.Handle(), TPM_RETURNCMD | TPM_NONOTIFY | TPM_RIGHTBUTTON,
+                                      corner.x, corner.y, 0, window, nullptr);
+  return WindowsMenu::EntryOf(static_cast<UINT>(command));
 }
 
 std::optional<Colour> WindowsWindow::AskColour(const std::string&, Colour start,
@@ -301,32 +281,46 @@ LRESULT WindowsWindow::Handle(HWND handle, UINT message, WPARAM wide, LPARAM mor
       return 0;
     case WM_NOTIFY:
       return HandleNotice(*reinterpret_cast<NMHDR*>(more), more);
-    case WM_DRAWITEM: {
-      const auto& item = *reinterpret_cast<DRAWITEMSTRUCT*>(more);
-      if (WindowsControl* control = ByHandle(item.hwndItem)) control->Draw(item);
-      return TRUE;
-    }
+    case WM_MEASUREITEM:
+    case WM_DRAWITEM:
     case WM_CTLCOLORSTATIC:
     case WM_CTLCOLORBTN:
     case WM_CTLCOLOREDIT:
     case WM_CTLCOLORLISTBOX:
-      return ColoursOf(message, reinterpret_cast<HDC>(wide));
-    case WM_ERASEBKGND: {
-      RECT client;
-      GetClientRect(handle, &client);
-      FillRect(reinterpret_cast<HDC>(wide), &client, system.WindowBrush());
-      return 1;
-    }
-    case WM_ACTIVATE:
-      if (LOWORD(wide) == WA_INACTIVE) {
-        lastFocus = GetFocus();
-      } else if (lastFocus && IsWindow(lastFocus)) {
-        SetFocus(lastFocus);
-        return 0;
-      }
-      break;
+    case WM_ERASEBKGND:
+      return HandleDrawing(message, wide, more);
     case DM_GETDEFID:
       return defaultButton ? MAKELRESULT(defaultButton, DC_HASDEFID) : 0;
+    default:
+      return HandleWindow(handle, message, wide, more);
+  }
+}
+
+LRESULT WindowsWindow::HandleDrawing(UINT message, WPARAM wide, LPARAM more) {
+  if (message == WM_MEASUREITEM) {
+    auto& item = *reinterpret_cast<MEASUREITEMSTRUCT*>(more);
+    if (item.CtlType == ODT_MENU) WindowsMenu::Measure(system, item);
+    return TRUE;
+  }
+  if (message == WM_DRAWITEM) {
+    const auto& item = *reinterpret_cast<DRAWITEMSTRUCT*>(more);
+    WindowsControl* const control = item.CtlType == ODT_MENU ? nullptr : ByHandle(item.hwndItem);
+    if (item.CtlType == ODT_MENU) WindowsMenu::Draw(system, item);
+    if (control) control->Draw(item);
+    return TRUE;
+  }
+  if (message != WM_ERASEBKGND) return ColoursOf(message, reinterpret_cast<HDC>(wide));
+  RECT client;
+  GetClientRect(window, &client);
+  FillRect(reinterpret_cast<HDC>(wide), &client, system.WindowBrush());
+  return 1;
+}
+
+LRESULT WindowsWindow::HandleWindow(HWND handle, UINT message, WPARAM wide, LPARAM more) {
+  switch (message) {
+    case WM_ACTIVATE:
+      if (RestoreFocus(wide)) return 0;
+      break;
     case WM_CLOSE:
       events.OnCloseRequest();
       return 0;
@@ -339,7 +333,7 @@ LRESULT WindowsWindow::Handle(HWND handle, UINT message, WPARAM wide, LPARAM mor
     case WM_SYSCOLORCHANGE:
     case WM_THEMECHANGED:
     case WM_SETTINGCHANGE:
-      TakeLook();
+      TakeLook(system);
       return 0;
     default:
       if (message == RegisterWindowMessageA("MsgColorsDialogChanged")) events.OnLookChanged();
@@ -348,13 +342,24 @@ LRESULT WindowsWindow::Handle(HWND handle, UINT message, WPARAM wide, LPARAM mor
   return DefWindowProcW(handle, message, wide, more);
 }
 
+// A window that comes back has the focus where it was.
+bool WindowsWindow::RestoreFocus(WPARAM activation) {
+  if (LOWORD(activation) == WA_INACTIVE) {
+    lastFocus = GetFocus();
+    return false;
+  }
+  if (!lastFocus || !IsWindow(lastFocus)) return false;
+  SetFocus(lastFocus);
+  return true;
+}
+
 // Without a control's handle the message comes from the menu, or stands for a key that the system
 // has turned into one: the default button's.
 LRESULT WindowsWindow::HandleCommand(WPARAM wide, LPARAM more) {
   if (WindowsControl* control = more ? ByHandle(reinterpret_cast<HWND>(more)) : nullptr) {
     control->HandleCommand(HIWORD(wide));
-  } else if (GetMenu(window) && HIWORD(wide) == 0 && LOWORD(wide) > IDCANCEL) {
-    events.OnMenu(LOWORD(wide));
+  } else if (const int entry = more == 0 ? WindowsMenu::EntryOf(LOWORD(wide)) : 0) {
+    events.OnMenu(entry);
   }
   return 0;
 }
@@ -373,10 +378,25 @@ LRESULT WindowsWindow::ColoursOf(UINT message, HDC device) {
   return reinterpret_cast<LRESULT>(isField ? system.FieldBrush() : system.WindowBrush());
 }
 
-void WindowsWindow::TakeLook() {
-  system.Refresh();
+// The windows are looked for anew one by one: an event of one may close another.
+void WindowsWindow::TakeLook(WindowsSystem& system) {
+  if (!system.Refresh()) return;
+  std::vector<HWND> windows;
+  const auto collect = +[](HWND window, LPARAM data) -> BOOL {
+    if (Of(window)) reinterpret_cast<std::vector<HWND>*>(data)->push_back(window);
+    return TRUE;
+  };
+  EnumThreadWindows(GetCurrentThreadId(), collect, reinterpret_cast<LPARAM>(&windows));
+  for (HWND window : windows) {
+    if (WindowsWindow* self = IsWindow(window) ? Of(window) : nullptr) self->ShowLook();
+  }
+}
+
+void WindowsWindow::ShowLook() {
   for (const auto& control : controls) control->SetFont();
-  InvalidateRect(window, nullptr, TRUE);
+  ShowMenuBar();
+  ShowDarkFrame(window, system.Colours().isDark);
+  RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
   events.OnLookChanged();
 }
 
@@ -395,6 +415,12 @@ bool WindowsWindow::WantsItself(const WindowsControl& control, Key key) {
          key != Key::Insert;
 }
 
+bool WindowsWindow::TellShortcut(const MSG& message) {
+  if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
+  const KeyEvent event = PressedKey(message);
+  return event.key != Key::Other && events.OnShortcut(event);
+}
+
 bool WindowsWindow::TellKey(const MSG& message) {
   KeyEvent event;
   if (!TakeKey(message, event)) return false;
@@ -407,9 +433,9 @@ bool WindowsWindow::TellKey(const MSG& message) {
 bool WindowsWindow::TakeMessage(MSG& message) {
   if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) return false;
   WindowsWindow* const self = Of(message.hwnd);
-  if (!self) return false;
+  if (!self || IsMenuOpen()) return false;
   HWND const window = self->window;
-  const bool isUsed = self->TellKey(message);
+  const bool isUsed = self->TellShortcut(message) || (IsWindow(window) && self->TellKey(message));
   if (isUsed || !IsWindow(window)) return true;
   return IsDialogMessageW(window, &message) != FALSE;
 }

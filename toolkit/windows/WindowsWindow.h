@@ -6,36 +6,26 @@
 #include <memory>
 #include <vector>
 
+#include "toolkit/ControlWindow.h"
 #include "toolkit/windows/Controls.h"
+#include "toolkit/windows/Menus.h"
 
 namespace toolkit {
 
-class WindowsWindow : public NativeWindow {
+class WindowsWindow : public ControlWindow<WindowsControl> {
  public:
   WindowsWindow(const WindowSpec& spec, WindowEvents& receiver, WindowsSystem& windowsSystem);
   ~WindowsWindow() override;
   bool IsMade() const { return window != nullptr; }
 
   ControlId Add(const ControlSpec& spec) override;
-  void Place(ControlId control, const Rect& place) override;
-  void SetText(ControlId control, const std::string& text) override;
-  void SetRange(ControlId slider, int least, int greatest) override;
-  void SetValue(ControlId control, int value) override;
-  void SetItems(ControlId control, const std::vector<std::string>& items) override;
-  void SetColour(ControlId colourButton, Colour colour) override;
-  void SetEnabled(ControlId control, bool enabled) override;
-  void SetVisible(ControlId control, bool visible) override;
-  // The system's screen readers read sliders and edits by themselves.
-  void SetValueText(ControlId, const std::string&) override {}
   void SetBubble(ControlId control, const std::string& text) override;
-  void Focus(ControlId control) override;
   ControlId Focused() override;
-  void SelectAll(ControlId edit) override;
-  void Redraw(ControlId canvas) override;
 
   void SetTitle(const std::string& title) override;
   void SetClientSize(Size size) override;
   void SetMenuBar(const std::vector<MenuEntry>& entries) override;
+  void SetMenuState(int entry, bool isEnabled, bool isChecked) override;
   void Show(bool activate) override;
   void Hide() override;
   bool IsVisible() override;
@@ -58,6 +48,8 @@ class WindowsWindow : public NativeWindow {
   static WindowsWindow* Of(HWND windowOrControl);
   // Takes a message that the thread is about to handle; true when it is done with.
   static bool TakeMessage(MSG& message);
+  // Where theme, font or scale have changed, gives all windows of the thread the new ones.
+  static void TakeLook(WindowsSystem& system);
 
   static void RegisterClasses();
   static void UnregisterClasses();
@@ -67,10 +59,14 @@ class WindowsWindow : public NativeWindow {
   LRESULT Handle(HWND handle, UINT message, WPARAM wide, LPARAM more);
   LRESULT HandleCommand(WPARAM wide, LPARAM more);
   LRESULT HandleNotice(const NMHDR& notice, LPARAM more);
+  LRESULT HandleDrawing(UINT message, WPARAM wide, LPARAM more);
+  LRESULT HandleWindow(HWND handle, UINT message, WPARAM wide, LPARAM more);
   LRESULT ColoursOf(UINT message, HDC device);
-  void TakeLook();
-  WindowsControl* Find(ControlId control) const;
+  bool RestoreFocus(WPARAM activation);
+  void ShowLook();
+  void ShowMenuBar();
   WindowsControl* ByHandle(HWND handle) const;
+  bool TellShortcut(const MSG& message);
   bool TellKey(const MSG& message);
   static bool WantsItself(const WindowsControl& control, Key key);
 
@@ -81,7 +77,8 @@ class WindowsWindow : public NativeWindow {
   HWND lastFocus = nullptr;
   int defaultButton = 0;
   bool wasRadio = false;  // the control that was made last
-  std::vector<std::unique_ptr<WindowsControl>> controls;
+  std::vector<MenuEntry> barEntries;
+  std::unique_ptr<WindowsMenu> bar;
 };
 
 }  // namespace toolkit
