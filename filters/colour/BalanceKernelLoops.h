@@ -16,22 +16,22 @@ struct EntryNumbers {
 
 [[gnu::always_inline]] inline void FindEntries(const Ordered& ordered, EntryNumbers& numbers) {
   for (int i = 0; i < kPixels; i += kLanes<Doubles>) {
-    const Hls<Doubles> colour = ToHls(ordered, i);
+    const auto span = ShareAt(ordered.high.at + i) - ShareAt(ordered.low.at + i);
     const auto grey = All<Doubles>(kGreyEntry);
-    StoreTruncated(numbers.of + i, colour.saturation == 0.0 ? grey : colour.hue);
+    StoreTruncated(numbers.of + i, span == 0.0 ? grey : HueOf(ordered, span, i));
   }
 }
 
-// Adds to one channel what the entries say.
-[[gnu::always_inline]] inline void AddShifts(Plane& plane, const EntryNumbers& numbers,
-                                             const Balance& balance,
-                                             std::int16_t BalanceEntry::*shift) {
-  alignas(kVectorBytes) std::int16_t shifts[kPixels];
-  for (int i = 0; i < kPixels; ++i) shifts[i] = balance.entries[numbers.of[i]].*shift;
+// Adds what the entries say. A fourth byte of each shift is overwritten by the next pixel.
+[[gnu::always_inline]] inline Block Shifted(const Block& block, const EntryNumbers& numbers,
+                                            const Balance& balance) {
+  alignas(kVectorBytes) std::uint8_t shifts[kBlockBytes + kVectorBytes];
   for (int i = 0; i < kPixels; ++i) {
-    const auto sum = static_cast<std::int16_t>(plane.at[i] + shifts[i]);
-    plane.at[i] = static_cast<std::uint8_t>(sum < 0 ? 0 : sum > 255 ? 255 : sum);
+    __builtin_memcpy(shifts + 3 * i, balance.entries[numbers.of[i]].shifts, 4);
   }
+  const Block added = LoadBlock(shifts);
+  return {AddSignedLimited(block.part0, added.part0), AddSignedLimited(block.part1, added.part1),
+          AddSignedLimited(block.part2, added.part2)};
 }
 
 [[gnu::always_inline]] inline void Recolour(Hls<Doubles>& colour, const EntryNumbers& numbers,
@@ -47,43 +47,40 @@ struct EntryNumbers {
 }
 
 // Pixels that are not recoloured keep the bytes that they have.
-[[gnu::always_inline]] inline void RecolourBlock(Channels& c, const EntryNumbers& numbers,
-                                                 const Balance& balance) {
-  std::uint8_t takes[kPixels];
-  int taken = 0;
-  for (int i = 0; i < kPixels; ++i) {
-    takes[i] = MaskIf(balance.entries[numbers.of[i]].recolours);
-    taken += takes[i];
-  }
-  if (taken == 0) return;
+[[gnu::always_inline]] inline Block Recoloured(const Block& block, const EntryNumbers& numbers,
+                                               const Balance& balance) {
+  Plane takes;
+  for (int i = 0; i < kPixels; ++i) takes.at[i] = MaskIf(balance.entries[numbers.of[i]].recolours);
+  if (!IsAny(takes.Get())) return block;
+  Channels channels;
   Ordered ordered;
   Drawn drawn;
-  Order(c, ordered);
+  TakeApart(block, channels);
+  Order(channels, ordered);
   for (int i = 0; i < kPixels; i += kLanes<Doubles>) {
     Hls<Doubles> colour = ToHls(ordered, i);
     Recolour(colour, numbers, balance, i);
     FromHls(colour, drawn, i);
   }
-  Channels changed;
-  Arrange(drawn, changed);
-  for (int i = 0; i < kPixels; ++i) {
-    c.blue.at[i] = takes[i] ? changed.blue.at[i] : c.blue.at[i];
-    c.green.at[i] = takes[i] ? changed.green.at[i] : c.green.at[i];
-    c.red.at[i] = takes[i] ? changed.red.at[i] : c.red.at[i];
-  }
+  Arrange(drawn, channels);
+  const Block changed = PutTogether(channels);
+  const Block taken = Spread(takes.Get());
+  return {Where(taken.part0, changed.part0, block.part0),
+          Where(taken.part1, changed.part1, block.part1),
+          Where(taken.part2, changed.part2, block.part2)};
 }
 
 inline void BalanceLoop(std::uint8_t* colour, int width, const Balance& balance) {
-  ChangeChannels(
-      colour, width, [&](Channels & c) __attribute__((always_inline)) {
+  ChangeRow(
+      colour, width, [&](const Block& block) __attribute__((always_inline)) {
+        Channels channels;
         Ordered ordered;
         EntryNumbers numbers;
-        Order(c, ordered);
+        TakeApart(block, channels);
+        Order(channels, ordered);
         FindEntries(ordered, numbers);
-        AddShifts(c.blue, numbers, balance, &BalanceEntry::blue);
-        AddShifts(c.green, numbers, balance, &BalanceEntry::green);
-        AddShifts(c.red, numbers, balance, &BalanceEntry::red);
-        RecolourBlock(c, numbers, balance);
+        const Block shifted = Shifted(block, numbers, balance);
+        return balance.recolours ? Recoloured(shifted, numbers, balance) : shifted;
       });
 }
 

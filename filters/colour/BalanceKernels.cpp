@@ -35,9 +35,9 @@ void Recolour(std::uint8_t* pixel, const BalanceEntry& entry) {
 void BalanceColours(std::uint8_t* colour, int width, const Balance& balance) {
   for (int x = 0; x < width; ++x, colour += base::kBytesPerPixel) {
     const BalanceEntry& entry = EntryOf(colour, balance);
-    colour[kBlue] = base::ClampByte(colour[kBlue] + entry.blue);
-    colour[kGreen] = base::ClampByte(colour[kGreen] + entry.green);
-    colour[kRed] = base::ClampByte(colour[kRed] + entry.red);
+    for (int channel = 0; channel < base::kBytesPerPixel; ++channel) {
+      colour[channel] = base::ClampByte(colour[channel] + entry.shifts[channel]);
+    }
     if (entry.recolours) Recolour(colour, entry);
   }
 }

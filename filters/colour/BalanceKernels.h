@@ -12,16 +12,17 @@ namespace kernels {
 
 // What becomes of the pixels of a hue.
 struct BalanceEntry {
-  std::int16_t blue = 0, green = 0, red = 0;  // added, -127..127
-  bool recolours = false;                     // the two that follow count
-  double lightness = 0;                       // added
-  double saturation = 1;                      // factor, finite
+  std::int8_t shifts[3] = {};  // added to blue, green and red, -127..127
+  bool recolours = false;      // the two that follow count
+  double lightness = 0;        // added
+  double saturation = 1;       // factor, finite
 };
 
 // One entry for each whole degree of hue, as in HlsKernels.h, and one for greys.
 inline constexpr int kGreyEntry = kHues;
 struct Balance {
   BalanceEntry entries[kHues + 1];
+  bool recolours = false;  // any of them does
 };
 
 // Adds to the channels, limited to 0..255; then changes lightness and saturation of the colour that

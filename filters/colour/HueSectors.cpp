@@ -72,13 +72,14 @@ double FactorOf(int percent) {
 template <class ValueOf>
 BalanceEntry EntryOf(const BalanceSettings& settings, const ValueOf& valueOf) {
   const auto shift = [&](const BalanceSlider& slider) {
-    return static_cast<std::int16_t>(LimitPercent(valueOf(slider)) * 127 / 100);
+    return static_cast<std::int8_t>(LimitPercent(valueOf(slider)) * 127 / 100);
   };
   const int lightness = LimitPercent(valueOf(settings.lightness));
   const int saturation = LimitPercent(valueOf(settings.saturation));
-  return {shift(settings.blue), shift(settings.green),
-          shift(settings.red),  lightness != 0 || saturation != 0,
-          lightness / 100.0,    FactorOf(saturation)};
+  return {{shift(settings.blue), shift(settings.green), shift(settings.red)},
+          lightness != 0 || saturation != 0,
+          lightness / 100.0,
+          FactorOf(saturation)};
 }
 
 }  // namespace
@@ -106,6 +107,8 @@ void BuildBalance(const BalanceSettings& settings, Balance& balance) {
   }
   balance.entries[kGreyEntry] =
       EntryOf(settings, [](const BalanceSlider& slider) { return slider.everywhere; });
+  balance.recolours = std::any_of(std::begin(balance.entries), std::end(balance.entries),
+                                  [](const BalanceEntry& entry) { return entry.recolours; });
 }
 
 void BuildSaturationFactors(const SectorValues& percentages, HueFactors& factors) {

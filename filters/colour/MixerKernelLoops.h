@@ -1,8 +1,8 @@
-// The mixer over planes of bytes, which the compiler widens.
+// The mixer over vectors of any width.
 //
-// Sums are whole floats. For weights of up to kMostWeight altogether they stay below 2^21, and a
-// half is far more than the product with the reciprocal rounds away: it truncates to the exact
-// quotient.
+// Sums are whole numbers of 32 bits. For weights of up to kMostWeight altogether they stay below
+// 2^21, and a half is far more than what the product with the reciprocal rounds away in floats: it
+// truncates to the exact quotient.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ constexpr std::int64_t Size(std::int64_t value) {
   return value < 0 ? -value : value;
 }
 
-inline bool FitsFloats(const ChannelRecipe& recipe) {
+inline bool Fits(const ChannelRecipe& recipe) {
   return Size(recipe.blue) + Size(recipe.green) + Size(recipe.red) <= kMostWeight &&
          Size(recipe.constant) <= kMostConstant;
 }
@@ -30,43 +30,98 @@ inline bool Same(const ChannelRecipe& a, const ChannelRecipe& b) {
          a.constant == b.constant;
 }
 
-[[gnu::always_inline]] inline void MixPlane(const Channels& c, const ChannelRecipe& recipe,
-                                            Plane& to) {
-  const auto ofBlue = static_cast<float>(recipe.blue);
-  const auto ofGreen = static_cast<float>(recipe.green);
-  const auto ofRed = static_cast<float>(recipe.red);
-  const float share = 1.0f / static_cast<float>(recipe.divisor);
-  const auto constant = static_cast<float>(recipe.constant);
-  for (int i = 0; i < kPixels; ++i) {
-    const float sum = ofBlue * static_cast<float>(c.blue.at[i]) +
-                      ofGreen * static_cast<float>(c.green.at[i]) +
-                      ofRed * static_cast<float>(c.red.at[i]);
-    const float quotient = (sum + __builtin_copysignf(0.5f, sum)) * share;
-    const float value = static_cast<float>(static_cast<int>(quotient)) + constant;
-    const float atLeast0 = value < 0 ? 0 : value;
-    to.at[i] = static_cast<std::uint8_t>(static_cast<int>(atLeast0 > 255 ? 255 : atLeast0));
-  }
+// Bytes of two planes side by side as numbers of 16 bits: a quarter of the pixels in each vector.
+struct Pairs {
+  Shorts quarters[4];
+};
+
+[[gnu::always_inline]] inline Pairs PairUp(Bytes even, Bytes odd) {
+  const Bytes low = UnpackLow(even, odd);
+  const Bytes high = UnpackHigh(even, odd);
+  const Bytes none = {};
+  return {(Shorts)UnpackLow(low, none), (Shorts)UnpackHigh(low, none),
+          (Shorts)UnpackLow(high, none), (Shorts)UnpackHigh(high, none)};
 }
 
+class ChannelMix {
+ public:
+  explicit ChannelMix(const ChannelRecipe& recipe)
+      : ofBlueGreen_(Weights(recipe.blue, recipe.green)),
+        ofRed_(Weights(recipe.red, 0)),
+        share_(All<Floats>(1.0f / static_cast<float>(recipe.divisor))),
+        constant_(All<Ints>(recipe.constant)) {}
+
+  [[gnu::always_inline]] Bytes operator()(const Pairs& blueGreen, const Pairs& red) const {
+    const auto quarter = [&](int i) __attribute__((always_inline)) {
+      return Quotient(MultiplyPairs(blueGreen.quarters[i], ofBlueGreen_) +
+                      MultiplyPairs(red.quarters[i], ofRed_)) +
+             constant_;
+    };
+    return Pack((Words)Pack(quarter(0), quarter(1)), (Words)Pack(quarter(2), quarter(3)));
+  }
+
+ private:
+  static Shorts Weights(int even, int odd) {
+    return (Shorts)All<Ints>(odd * 65536 + (even & 65535));
+  }
+
+  // A half of the sum's own sign is added.
+  [[gnu::always_inline]] Ints Quotient(Ints sum) const {
+    const auto half = (Floats)((sum & All<Ints>(-0x7FFFFFFF - 1)) | (Ints)All<Floats>(0.5f));
+    return __builtin_convertvector((__builtin_convertvector(sum, Floats) + half) * share_, Ints);
+  }
+
+  Shorts ofBlueGreen_, ofRed_;
+  Floats share_;
+  Ints constant_;
+};
+
+class Mixer {
+ public:
+  explicit Mixer(const Mixture& mixture)
+      : blue_(mixture.blue),
+        green_(mixture.green),
+        red_(mixture.red),
+        keepsBlue_(Same(mixture.blue, kKeepBlue)),
+        keepsGreen_(Same(mixture.green, kKeepGreen)),
+        keepsRed_(Same(mixture.red, kKeepRed)) {}
+
+  [[gnu::always_inline]] Block operator()(const Block& block) const {
+    const Planes old = Split(block);
+    const Pairs blueGreen = PairUp(old.blue, old.green);
+    const Pairs red = PairUp(old.red, Bytes{});
+    return Join({keepsBlue_ ? old.blue : blue_(blueGreen, red),
+                 keepsGreen_ ? old.green : green_(blueGreen, red),
+                 keepsRed_ ? old.red : red_(blueGreen, red)});
+  }
+
+ private:
+  ChannelMix blue_, green_, red_;
+  bool keepsBlue_, keepsGreen_, keepsRed_;
+};
+
+class GreyMixer {
+ public:
+  explicit GreyMixer(const ChannelRecipe& recipe) : grey_(recipe) {}
+
+  [[gnu::always_inline]] Block operator()(const Block& block) const {
+    const Planes old = Split(block);
+    const Bytes grey = grey_(PairUp(old.blue, old.green), PairUp(old.red, Bytes{}));
+    return Join({grey, grey, grey});
+  }
+
+ private:
+  ChannelMix grey_;
+};
+
 inline void MixLoop(std::uint8_t* colour, int width, const Mixture& mixture) {
-  if (!FitsFloats(mixture.blue) || !FitsFloats(mixture.green) || !FitsFloats(mixture.red)) {
+  if (!Fits(mixture.blue) || !Fits(mixture.green) || !Fits(mixture.red)) {
     return MixChannels(colour, width, mixture);
   }
   if (Same(mixture.blue, mixture.green) && Same(mixture.blue, mixture.red)) {
-    return ChangeChannels(
-        colour, width, [&](Channels & c) __attribute__((always_inline)) {
-          Plane grey;
-          MixPlane(c, mixture.blue, grey);
-          c.blue = c.green = c.red = grey;
-        });
+    return ChangeRow(colour, width, GreyMixer(mixture.blue));
   }
-  ChangeChannels(
-      colour, width, [&](Channels & c) __attribute__((always_inline)) {
-        const Channels old = c;
-        if (!Same(mixture.blue, kKeepBlue)) MixPlane(old, mixture.blue, c.blue);
-        if (!Same(mixture.green, kKeepGreen)) MixPlane(old, mixture.green, c.green);
-        if (!Same(mixture.red, kKeepRed)) MixPlane(old, mixture.red, c.red);
-      });
+  ChangeRow(colour, width, Mixer(mixture));
 }
 
 constexpr MixerKernels kMixerLoops = {MixLoop};

@@ -4,16 +4,16 @@
 
 namespace kernels {
 
-void FadeByShares(std::uint8_t* mask, const double* shares, int count) {
-  FadeBySharesLoop(mask, shares, count);
+void FadeByShares(std::uint8_t* mask, FadeNumbers shares, int count) {
+  FadeExactly(mask, ByShares{shares}, 0, count);
 }
 
-void FadeByWays(std::uint8_t* mask, const double* ways, double across, int count) {
-  FadeByWaysLoop(mask, ways, across, count);
+void FadeByWays(std::uint8_t* mask, FadeNumbers ways, double across, int count) {
+  FadeExactly(mask, ByWays{ways, across}, 0, count);
 }
 
-void FadeByDistance(std::uint8_t* mask, const double* ways, double across, int count) {
-  FadeByDistanceLoop(mask, ways, across, count);
+void FadeByDistance(std::uint8_t* mask, FadeNumbers ways, double across, int count) {
+  FadeExactly(mask, ByDistance{ways, across}, 0, count);
 }
 
 const EdgeFadeKernels& EdgeFadeKernels::Plain() {

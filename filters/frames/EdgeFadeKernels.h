@@ -10,13 +10,19 @@
 
 namespace kernels {
 
+// The same numbers twice: in full, and rounded for kernels that are often right with that.
+struct FadeNumbers {
+  const double* exact;
+  const float* about;
+};
+
 // With a share for each pixel.
-void FadeByShares(std::uint8_t* mask, const double* shares, int count);
+void FadeByShares(std::uint8_t* mask, FadeNumbers shares, int count);
 
 // Where two edges meet: how far outwards each pixel lies along the row and all of them across it,
-// 0..1. The further of the two counts, or the distance.
-void FadeByWays(std::uint8_t* mask, const double* ways, double across, int count);
-void FadeByDistance(std::uint8_t* mask, const double* ways, double across, int count);
+// 0..1, the latter above 0. The further of the two counts, or the distance.
+void FadeByWays(std::uint8_t* mask, FadeNumbers ways, double across, int count);
+void FadeByDistance(std::uint8_t* mask, FadeNumbers ways, double across, int count);
 
 // The same functions, byte for byte, at the speed of a vector unit.
 struct EdgeFadeKernels {

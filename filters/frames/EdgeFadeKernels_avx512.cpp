@@ -1,5 +1,5 @@
 // Fading masks for AVX-512.
-#include "filters/frames/EdgeFadeLoops.h"
+#include "filters/frames/EdgeFadeVectorLoops.h"
 
 namespace kernels {
 

@@ -1,5 +1,5 @@
-// Loops that fade masks, which the compiler widens: every file that includes this has a copy of its
-// own, compiled for the processors of that file. Doubles all the way, in the order written.
+// The shares of faded masks in doubles, in the order written: exact, for the plain kernels and for
+// the pixels that the fast ones are in doubt of.
 #pragma once
 
 #include <cstdint>
@@ -14,32 +14,39 @@ namespace {
   return depth * depth * (3 - 2 * depth);
 }
 
-[[gnu::always_inline]] inline std::uint8_t Faded(std::uint8_t mask, double share) {
-  return static_cast<std::uint8_t>(255 - static_cast<int>((255 - mask) * share));
-}
+// Share(x) of each kind is what is left of the opacity of pixel x.
+struct ByShares {
+  FadeNumbers shares;
+  [[gnu::always_inline]] double Share(int x) const { return shares.exact[x]; }
+};
 
-inline void FadeBySharesLoop(std::uint8_t* mask, const double* shares, int count) {
-  for (int x = 0; x < count; ++x) mask[x] = Faded(mask[x], shares[x]);
-}
-
-inline void FadeByWaysLoop(std::uint8_t* mask, const double* ways, double across, int count) {
-  for (int x = 0; x < count; ++x) {
-    const double further = ways[x] > across ? ways[x] : across;
-    mask[x] = Faded(mask[x], ShareAtDepth(1 - further));
+struct ByWays {
+  FadeNumbers ways;
+  double across;
+  [[gnu::always_inline]] double Share(int x) const {
+    const double way = ways.exact[x];
+    return ShareAtDepth(1 - (way > across ? way : across));
   }
-}
+};
+
+struct ByDistance {
+  FadeNumbers ways;
+  double across;
+  [[gnu::always_inline]] double Share(int x) const {
+    const double way = ways.exact[x];
+    const double distance = __builtin_sqrt(way * way + across * across);
+    return ShareAtDepth(1 - (distance < 1 ? distance : 1));
+  }
+};
 
 // A root that tells errors nobody asks for would not be widened.
-[[gnu::optimize("no-math-errno")]] inline void FadeByDistanceLoop(std::uint8_t* mask,
-                                                                  const double* ways, double across,
-                                                                  int count) {
-  for (int x = 0; x < count; ++x) {
-    const double distance = __builtin_sqrt(ways[x] * ways[x] + across * across);
-    mask[x] = Faded(mask[x], ShareAtDepth(1 - (distance < 1 ? distance : 1)));
+template <class Kind>
+[[gnu::optimize("no-math-errno")]] inline void FadeExactly(std::uint8_t* mask, const Kind& kind,
+                                                           int first, int end) {
+  for (int x = first; x < end; ++x) {
+    mask[x] = static_cast<std::uint8_t>(255 - static_cast<int>((255 - mask[x]) * kind.Share(x)));
   }
 }
-
-constexpr EdgeFadeKernels kEdgeFadeLoops = {FadeBySharesLoop, FadeByWaysLoop, FadeByDistanceLoop};
 
 }  // namespace
 }  // namespace kernels

@@ -84,32 +84,54 @@ struct Drawn {
   }
 }
 
-// The nearest double to value / divisor, by a product with the reciprocal and the remainder that it
-// leaves. `reciprocal` is the nearest double to 1 / divisor; for 255 and 60 it is so close that the
-// product lies less than a unit in the last place off, and then the remainder is exact and the
-// correction rounds to the nearest double.
-[[gnu::always_inline]] inline Doubles Divide(Doubles value, double divisor, double reciprocal) {
-  const auto estimate = value * reciprocal;
-  const Doubles rest = MultiplyAdd(estimate, All<Doubles>(-divisor), value);
-  return MultiplyAdd(rest, All<Doubles>(reciprocal), estimate);
-}
+// A whole number that divides by a product with its reciprocal, in two parts of which the second
+// continues the first. The nearest double to the sum of both products is the nearest one to the
+// quotient: that lies at least 2^-62 of itself from the middle between two doubles, for 255 and 60,
+// as no product of such a middle with either is a double; the sum is 2^-105 off at most.
+struct Divisor {
+  double reciprocal, rest;
+
+  explicit constexpr Divisor(int number)
+      : reciprocal(1.0 / number), rest(RestOf(number, 1.0 / number)) {}
+
+  [[gnu::always_inline]] friend Doubles operator/(Doubles value, const Divisor& divisor) {
+    return MultiplyAdd(value, All<Doubles>(divisor.reciprocal), value * divisor.rest);
+  }
+
+ private:
+  // 1 - number * reciprocal is a small multiple of a power of two, which the halves of the
+  // reciprocal give exactly.
+  static constexpr double RestOf(int number, double reciprocal) {
+    const double high = static_cast<double>(static_cast<float>(reciprocal));
+    const double low = reciprocal - high;
+    return ((1.0 - number * high) - number * low) / number;
+  }
+};
+constexpr Divisor kBy255(255);
+constexpr Divisor kBy60(60);
 
 [[gnu::always_inline]] inline Doubles ShareAt(const std::uint8_t* bytes) {
-  return Divide(LoadDoubles(bytes), 255.0, 1.0 / 255.0);
+  return LoadDoubles(bytes) / kBy255;
 }
 
-// A grey divides 0 by a number above 0 for hue and saturation; the limits of the divisors lie below
-// those of all other pixels.
+constexpr double kAboveZero = 1.0 / 1024;  // and below the divisors of all pixels but greys
+
+[[gnu::always_inline]] inline Doubles HueOf(const Ordered& ordered, Doubles span, int i) {
+  const auto leading = ShareAt(ordered.first.at + i) - ShareAt(ordered.second.at + i);
+  const auto sixths =
+      leading / Max(span, All<Doubles>(kAboveZero)) + LoadDoubles(ordered.sixths.at + i);
+  const auto hue = sixths * 60.0;
+  return hue < 0.0 ? hue + 360.0 : hue;
+}
+
+// A grey divides 0 by a number above 0 for hue and saturation.
 [[gnu::always_inline]] inline Hls<Doubles> ToHls(const Ordered& ordered, int i) {
-  const auto aboveZero = All<Doubles>(1.0 / 1024);
   const auto high = ShareAt(ordered.high.at + i);
   const auto low = ShareAt(ordered.low.at + i);
   const auto sum = high + low;
   const auto span = high - low;
-  const auto leading = ShareAt(ordered.first.at + i) - ShareAt(ordered.second.at + i);
-  const auto sixths = leading / Max(span, aboveZero) + LoadDoubles(ordered.sixths.at + i);
-  const auto hue = sixths * 60.0;
-  return {hue < 0.0 ? hue + 360.0 : hue, sum * 0.5, span / Max(Min(sum, 2.0 - sum), aboveZero)};
+  return {HueOf(ordered, span, i), sum * 0.5,
+          span / Max(Min(sum, 2.0 - sum), All<Doubles>(kAboveZero))};
 }
 
 [[gnu::always_inline]] inline void FromHls(const Hls<Doubles>& colour, Drawn& drawn, int i) {
@@ -119,7 +141,7 @@ struct Drawn {
   // A grey has no span, and all of its channels are the lightness.
   const auto low = saturation <= 0.000001 ? lightness : coloured;
   const auto high = 2.0 * lightness - low;
-  const auto turn = Divide(hue, 60.0, 1.0 / 60.0);
+  const auto turn = hue / kBy60;
   // How far the turn is from where two channels are equal: exact.
   const auto way = Magnitude(turn - 2.0 * Nearest(turn * 0.5));
   const auto between = low + (high - low) * way;

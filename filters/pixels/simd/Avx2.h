@@ -47,12 +47,19 @@ template <class Vector>
 [[gnu::always_inline]] inline Bytes Pack(Words low, Words high) {
   return (Bytes)_mm256_packus_epi16((Bits)low, (Bits)high);
 }
+[[gnu::always_inline]] inline Shorts Pack(Ints low, Ints high) {
+  return (Shorts)_mm256_packs_epi32((Bits)low, (Bits)high);
+}
 
 // --- products and sums
 
 // Products of bytes and of bytes with a sign, each two neighbours added: no sum may leave 16 bits.
 [[gnu::always_inline]] inline Words MultiplyPairs(Bytes bytes, Bytes signedBytes) {
   return (Words)_mm256_maddubs_epi16((Bits)bytes, (Bits)signedBytes);
+}
+// Products of numbers with a sign, each two neighbours added.
+[[gnu::always_inline]] inline Ints MultiplyPairs(Shorts a, Shorts b) {
+  return (Ints)_mm256_madd_epi16((Bits)a, (Bits)b);
 }
 // The upper halves of the products.
 [[gnu::always_inline]] inline Words MultiplyHigh(Words a, Words b) {
@@ -68,8 +75,48 @@ template <class Vector>
 [[gnu::always_inline]] inline Shorts AddLimited(Shorts a, Shorts b) {
   return (Shorts)_mm256_adds_epi16((Bits)a, (Bits)b);
 }
+// Of bytes and of bytes with a sign.
+[[gnu::always_inline]] inline Bytes AddSignedLimited(Bytes bytes, Bytes signedBytes) {
+  const Bytes half = All<Bytes>(128);
+  return half ^ (Bytes)_mm256_adds_epi8((Bits)(bytes ^ half), (Bits)signedBytes);
+}
 [[gnu::always_inline]] inline Words AddOneWhereLess(Words number, Shorts a, Shorts b) {
   return number - (Words)(a < b);
+}
+
+// --- floats
+
+[[gnu::always_inline]] inline Floats Max(Floats value, Floats limit) {
+  return _mm256_max_ps(value, limit);
+}
+[[gnu::always_inline]] inline Floats Min(Floats value, Floats limit) {
+  return _mm256_min_ps(value, limit);
+}
+// a * b + c, rounded once.
+[[gnu::always_inline]] inline Floats MultiplyAdd(Floats a, Floats b, Floats c) {
+  return _mm256_fmadd_ps(a, b, c);
+}
+// The nearest whole number, the even one of two.
+[[gnu::always_inline]] inline Floats Nearest(Floats value) {
+  return _mm256_round_ps(value, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+}
+[[gnu::always_inline]] inline Floats Magnitude(Floats value) {
+  return _mm256_andnot_ps(All<Floats>(-0.0f), value);
+}
+// The reciprocal of the square root; off by less than 2^-11.
+[[gnu::always_inline]] inline Floats AboutReciprocalRoot(Floats value) {
+  return _mm256_rsqrt_ps(value);
+}
+[[gnu::always_inline]] inline Floats LoadFloats(const std::uint8_t* bytes) {
+  const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
+  return _mm256_cvtepi32_ps(_mm256_cvtepu8_epi32(eight));
+}
+// Truncated numbers of 0..255.
+[[gnu::always_inline]] inline void StoreTruncated(std::uint8_t* bytes, Floats values) {
+  const Bits whole = _mm256_cvttps_epi32(values);
+  const __m128i words =
+      _mm_packus_epi32(_mm256_castsi256_si128(whole), _mm256_extracti128_si256(whole, 1));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes), _mm_packus_epi16(words, words));
 }
 
 // --- doubles
@@ -81,11 +128,9 @@ template <class Vector>
 [[gnu::always_inline]] inline Doubles Min(Doubles value, Doubles limit) {
   return _mm256_min_pd(value, limit);
 }
-// a * b + c, rounded once.
 [[gnu::always_inline]] inline Doubles MultiplyAdd(Doubles a, Doubles b, Doubles c) {
   return _mm256_fmadd_pd(a, b, c);
 }
-// The nearest whole number, the even one of two.
 [[gnu::always_inline]] inline Doubles Nearest(Doubles value) {
   return _mm256_round_pd(value, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
 }

@@ -59,11 +59,17 @@ template <int kNumber>
 [[gnu::always_inline]] inline Bytes Pack(Words low, Words high) {
   return (Bytes)_mm512_packus_epi16((Bits)low, (Bits)high);
 }
+[[gnu::always_inline]] inline Shorts Pack(Ints low, Ints high) {
+  return (Shorts)_mm512_packs_epi32((Bits)low, (Bits)high);
+}
 
 // --- products and sums
 
 [[gnu::always_inline]] inline Words MultiplyPairs(Bytes bytes, Bytes signedBytes) {
   return (Words)_mm512_maddubs_epi16((Bits)bytes, (Bits)signedBytes);
+}
+[[gnu::always_inline]] inline Ints MultiplyPairs(Shorts a, Shorts b) {
+  return (Ints)_mm512_madd_epi16((Bits)a, (Bits)b);
 }
 [[gnu::always_inline]] inline Words MultiplyHigh(Words a, Words b) {
   return (Words)_mm512_mulhi_epu16((Bits)a, (Bits)b);
@@ -80,10 +86,43 @@ template <int kNumber>
 [[gnu::always_inline]] inline Words AddLimited(Words a, Words b) {
   return (Words)_mm512_adds_epu16((Bits)a, (Bits)b);
 }
+[[gnu::always_inline]] inline Bytes AddSignedLimited(Bytes bytes, Bytes signedBytes) {
+  const Bytes half = All<Bytes>(128);
+  return half ^ (Bytes)_mm512_adds_epi8((Bits)(bytes ^ half), (Bits)signedBytes);
+}
 [[gnu::always_inline]] inline Words AddOneWhereLess(Words number, Shorts a, Shorts b) {
   const Bits less = (Bits)All<Words>(-1);
   return (Words)_mm512_mask_sub_epi16((Bits)number, _mm512_cmplt_epi16_mask((Bits)a, (Bits)b),
                                       (Bits)number, less);
+}
+
+// --- floats
+
+[[gnu::always_inline]] inline Floats Max(Floats value, Floats limit) {
+  return _mm512_maskz_max_ps(kAll16, value, limit);
+}
+[[gnu::always_inline]] inline Floats Min(Floats value, Floats limit) {
+  return _mm512_maskz_min_ps(kAll16, value, limit);
+}
+[[gnu::always_inline]] inline Floats MultiplyAdd(Floats a, Floats b, Floats c) {
+  return _mm512_fmadd_ps(a, b, c);
+}
+[[gnu::always_inline]] inline Floats Nearest(Floats value) {
+  return _mm512_maskz_roundscale_ps(kAll16, value, 0);
+}
+[[gnu::always_inline]] inline Floats Magnitude(Floats value) {
+  return _mm512_abs_ps(value);
+}
+[[gnu::always_inline]] inline Floats AboutReciprocalRoot(Floats value) {
+  return _mm512_maskz_rsqrt14_ps(kAll16, value);
+}
+[[gnu::always_inline]] inline Floats LoadFloats(const std::uint8_t* bytes) {
+  const __m128i sixteen = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+  return _mm512_maskz_cvtepi32_ps(kAll16, _mm512_maskz_cvtepu8_epi32(kAll16, sixteen));
+}
+[[gnu::always_inline]] inline void StoreTruncated(std::uint8_t* bytes, Floats values) {
+  const Bits whole = _mm512_maskz_cvttps_epi32(kAll16, values);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm512_maskz_cvtepi32_epi8(kAll16, whole));
 }
 
 // --- doubles

@@ -66,6 +66,10 @@ struct Channels {
   channels.red.Set(planes.red);
 }
 
+[[gnu::always_inline]] inline Block PutTogether(const Channels& channels) {
+  return Join({channels.blue.Get(), channels.green.Get(), channels.red.Get()});
+}
+
 // Changes a row block by block: change(channels) works on the channels of a block in place.
 template <class Change>
 [[gnu::always_inline]] inline void ChangeChannels(std::uint8_t* colour, int width,
@@ -75,7 +79,7 @@ template <class Change>
         Channels channels;
         TakeApart(block, channels);
         change(channels);
-        return Join({channels.blue.Get(), channels.green.Get(), channels.red.Get()});
+        return PutTogether(channels);
       });
 }
 

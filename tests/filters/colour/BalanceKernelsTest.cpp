@@ -25,15 +25,15 @@ TEST(BalanceKernels, SlidersAreMixedAndLimited) {
                                      .blue = {-60, {-90}},
                                      .lightness = {0, {0, 0, 25}},
                                      .saturation = {-40, {0, 0, 0, 0, 0, 141}}});
-  EXPECT_EQ(balance.entries[30].red, -3);
-  EXPECT_EQ(balance.entries[0].green, 127);
-  EXPECT_EQ(balance.entries[0].blue, -127);
+  EXPECT_EQ(balance.entries[30].shifts[2], -3);
+  EXPECT_EQ(balance.entries[0].shifts[1], 127);
+  EXPECT_EQ(balance.entries[0].shifts[0], -127);
   EXPECT_EQ(balance.entries[120].lightness, 0.25);
   EXPECT_EQ(balance.entries[300].saturation, 101.0);
   EXPECT_EQ(balance.entries[0].saturation, 0.6);
   const kernels::BalanceEntry& grey = balance.entries[kernels::kGreyEntry];
-  EXPECT_EQ(grey.red, -8);  // -7 x 127 / 100
-  EXPECT_EQ(grey.green, 76);
+  EXPECT_EQ(grey.shifts[2], -8);  // -7 x 127 / 100
+  EXPECT_EQ(grey.shifts[1], 76);
   EXPECT_EQ(grey.lightness, 0);
   EXPECT_TRUE(grey.recolours);
   EXPECT_FALSE(BalanceOf({.red = {100, {}}}).entries[7].recolours);

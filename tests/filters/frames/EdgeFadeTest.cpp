@@ -74,18 +74,41 @@ TEST(EdgeFade, EveryLevelGivesTheSameBytes) {
   const EdgeFadeKernels& plain = EdgeFadeKernels::Plain();
   std::vector<double> ways;
   for (int i = 0; i < 400; ++i) ways.push_back((i * 37 % 401) / 400.0);
+  const std::vector<float> about(ways.begin(), ways.end());
+  const kernels::FadeNumbers numbers = {ways.data() + 5, about.data() + 5};
   for (const auto level : {kernels::SimdLevel::Avx2, kernels::SimdLevel::Avx512}) {
     if (level > kernels::ProcessorSimdLevel()) continue;
     const EdgeFadeKernels& own = kernels::Choose<EdgeFadeKernels>(level);
     ASSERT_NE(own.byDistance, plain.byDistance);
     for (int count = 0; count < 300; ++count) {
       const Row row = testing_support::RandomRow(400, static_cast<unsigned>(count));
-      const double across = count / 299.0;
+      const double across = (count + 1) / 300.0;
       testing_support::ExpectSameRow(plain, own, row, [&](auto& k, std::uint8_t* at) {
-        k.byShares(at + 9, ways.data() + 5, count);
-        k.byWays(at + 10, ways.data() + 5, across, count);
-        k.byDistance(at + 11, ways.data() + 5, across, count);
+        k.byShares(at + 9, numbers, count);
+        k.byWays(at + 10, numbers, across, count);
+        k.byDistance(at + 11, numbers, across, count);
       });
+    }
+  }
+}
+
+// The sizes of real pictures, where neighbours differ by little and many products come close to a
+// whole number.
+TEST(EdgeFade, EveryLevelGivesTheSameBytesInLargePictures) {
+  constexpr int kWidth = 3001;
+  std::vector<double> ways;
+  for (int x = 0; x < kWidth; ++x) ways.push_back(1 - std::min((x + 0.5) / 1000, 1.0));
+  const std::vector<float> about(ways.begin(), ways.end());
+  for (const auto level : {kernels::SimdLevel::Avx2, kernels::SimdLevel::Avx512}) {
+    if (level > kernels::ProcessorSimdLevel()) continue;
+    for (int y = 0; y < 1000; ++y) {
+      const double across = 1 - (y + 0.5) / 1000;
+      const Row row(kWidth, static_cast<std::uint8_t>(y % 3 == 0 ? 0 : y));
+      testing_support::ExpectSameRow(
+          EdgeFadeKernels::Plain(), kernels::Choose<EdgeFadeKernels>(level), row,
+          [&](auto& k, std::uint8_t* at) {
+            (y % 2 ? k.byDistance : k.byWays)(at, {ways.data(), about.data()}, across, 1000);
+          });
     }
   }
 }
