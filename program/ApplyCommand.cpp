@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "program/ApplySession.h"
+#include "program/Arguments.h"
 #include "program/ChainOptions.h"
 #include "program/Commands.h"
 #include "program/Interrupt.h"

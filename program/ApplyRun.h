@@ -6,10 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "program/Measurements.h"
+#include "program/Host.h"
 #include "program/OutputNames.h"
 #include "program/PictureInput.h"
-#include "program/Pipeline.h"
 #include "program/Sha256.h"
 
 namespace program {

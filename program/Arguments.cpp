@@ -1,8 +1,6 @@
 #include "program/Arguments.h"
 
-#include <algorithm>
 #include <charconv>
-#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -25,13 +23,6 @@ std::vector<int> SplitNumbers(std::string_view text, char separator) {
     if (*next != separator) return {};
     at = next + 1;
   }
-}
-
-// Parts of one axis below 0 and beyond the picture go.
-void CutAxis(int& from, int& length, int size) {
-  const std::int64_t end = std::min<std::int64_t>(std::int64_t{from} + length, size);
-  from = std::max(from, 0);
-  length = static_cast<int>(std::max<std::int64_t>(end - from, 0));
 }
 
 }  // namespace
@@ -59,14 +50,6 @@ Rectangle ParseRectangle(const std::string& text, const std::string& option) {
     throw UsageError(option + ": the rectangle " + Quoted(text) + " is empty");
   }
   return {numbers[0], numbers[1], numbers[2], numbers[3]};
-}
-
-Rectangle CutTo(const Rectangle& rectangle, Size picture) {
-  Rectangle cut = rectangle;
-  CutAxis(cut.x, cut.width, picture.width);
-  CutAxis(cut.y, cut.height, picture.height);
-  if (cut.width == 0 || cut.height == 0) cut = {};
-  return cut;
 }
 
 }  // namespace program

@@ -3,8 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 
-#include "program/ChainCheck.h"
-#include "program/ChainTexts.h"
+#include "program/Host.h"
 #include "program/Messages.h"
 #include "program/Presets.h"
 #include "program/StandardStreams.h"
@@ -22,6 +21,10 @@ std::string ReadChainFile(const std::string& file) {
   const auto bytes =
       file == kStandard ? ReadStandardInput(IsShort) : ReadPipe(PathOf(file), IsShort);
   return {bytes.begin(), bytes.end()};
+}
+
+void TellOfFont(const std::string& warning) {
+  PrintError(warning + " (fxbox fonts lists them)");
 }
 
 // What relative paths in the chain start from.
@@ -70,7 +73,7 @@ ChainText TakeChain(const ChainOptions& options, IAnimFilterCreator& creator) {
   try {
     const std::vector<FilterEntry> filters = ListFilters(creator);
     chain.text = CheckChainText(chain, filters, creator);
-    chain = WithFullPaths(chain, filters, FolderOf(options));
+    chain = WithFullPaths(chain, filters, FolderOf(options), TellOfFont);
   } catch (const ChainError& error) {
     throw UsageError((options.file ? *options.file + ": " : "") + error.what());
   }

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "program/Pipeline.h"
+#include "program/Host.h"
 
 namespace CLI {
 class App;

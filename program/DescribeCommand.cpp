@@ -6,9 +6,9 @@
 
 #include "program/Commands.h"
 #include "program/FilterReference.h"
+#include "program/Host.h"
 #include "program/Json.h"
 #include "program/Messages.h"
-#include "program/Pipeline.h"
 
 namespace program {
 namespace {

@@ -10,9 +10,8 @@
 #include "core/AnimInterfaces.h"
 #include "platform/component/ComObject.h"
 #include "platform/component/SystemInterfaces.h"
-#include "program/ChainCheck.h"
 #include "program/Commands.h"
-#include "program/FilterList.h"
+#include "program/Host.h"
 #include "program/Messages.h"
 
 namespace program {

@@ -1,9 +1,8 @@
 #include "program/Messages.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
-
-#include "base/CodePage.h"
 
 namespace program {
 namespace {
@@ -22,24 +21,6 @@ void PrintError(const std::string& message) {
   std::cerr << "fxbox: " + line + "\n" << std::flush;
 }
 
-std::filesystem::path PathOf(const std::string& utf8) {
-  return std::filesystem::path(std::u8string(utf8.begin(), utf8.end()));
-}
-
-std::string Utf8Of(const std::filesystem::path& path) {
-  const std::u8string text = path.u8string();
-  return {text.begin(), text.end()};
-}
-
-std::string ChainTextOf(std::string_view outside) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  if (outside.substr(0, kByteOrderMark.size()) == kByteOrderMark) {
-    outside.remove_prefix(kByteOrderMark.size());
-  }
-  std::string converted = base::FromUtf8(outside);
-  return base::ToUtf8(converted) == outside ? converted : std::string(outside);
-}
-
 std::string ForShell(std::string help) {
   const bool takesSingle = std::filesystem::path::preferred_separator == '/';
   std::size_t start = 0;
@@ -52,12 +33,6 @@ std::string ForShell(std::string help) {
     start = end + 1;
   }
   return help;
-}
-
-std::string Quoted(std::string_view codePageText) {
-  constexpr std::size_t kLongest = 40;
-  const bool isLong = codePageText.size() > kLongest;
-  return '"' + base::ToUtf8(codePageText.substr(0, kLongest)) + (isLong ? "...\"" : "\"");
 }
 
 }  // namespace program

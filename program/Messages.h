@@ -1,10 +1,10 @@
 // What the program says to its user, and how texts and file names come in and go out.
 #pragma once
 
-#include <filesystem>
 #include <stdexcept>
 #include <string>
-#include <string_view>
+
+#include "program/Host.h"
 
 namespace program {
 
@@ -30,19 +30,8 @@ class FileError : public std::runtime_error {
 // Writes "fxbox: message" on standard error, always as one line.
 void PrintError(const std::string& message);
 
-// File names are UTF-8 on the command line and in messages.
-std::filesystem::path PathOf(const std::string& utf8);
-std::string Utf8Of(const std::filesystem::path& path);
-
-// A text from the command line or a chain file in the code page of the library: UTF-8 is converted,
-// anything else is taken as code page text already.
-std::string ChainTextOf(std::string_view outside);
-
 // Help in which the lines of commands, which begin with "  fxbox", have the quotation marks that
 // this system's shell takes.
 std::string ForShell(std::string help);
-
-// The text as part of a message: in quotation marks, shortened, in UTF-8.
-std::string Quoted(std::string_view codePageText);
 
 }  // namespace program

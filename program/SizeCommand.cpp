@@ -3,6 +3,7 @@
 #include <iostream>
 #include <memory>
 
+#include "program/Arguments.h"
 #include "program/ChainOptions.h"
 #include "program/Commands.h"
 #include "program/Messages.h"

@@ -6,7 +6,7 @@
 #include "platform/Services.h"
 #include "program/Commands.h"
 #include "program/ComponentRuntime.h"
-#include "program/FilterList.h"
+#include "program/Host.h"
 #include "program/Messages.h"
 
 namespace program {

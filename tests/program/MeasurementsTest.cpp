@@ -1,4 +1,4 @@
-#include "program/Measurements.h"
+#include "program/Host.h"
 
 #include <gtest/gtest.h>
 

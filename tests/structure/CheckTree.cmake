@@ -39,6 +39,7 @@ list(APPEND rules
   "toolkit/|editing core settings picture platform base"
   "dialogs/|toolkit editing core settings picture platform base"
   "component/|ANY"
+  "host/|component filters filters/text editing core settings imageio picture platform base"
   "program/|ANY"
   "benchmarks/|ANY"
   "tests/|ANY")
@@ -101,7 +102,7 @@ function(is_allowed file rule included out)
 endfunction()
 
 set(top_folders base platform settings picture imageio storage core editing filters toolkit dialogs component
-  program benchmarks tests)
+  host program benchmarks tests)
 set(count 0)
 foreach(top IN LISTS top_folders)
   file(GLOB_RECURSE files RELATIVE ${TREE} ${TREE}/${top}/*.h ${TREE}/${top}/*.cpp ${TREE}/${top}/*.c)

@@ -1,10 +1,10 @@
-#include "program/Pipeline.h"
+#include "host/Pipeline.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 
-namespace program {
+namespace host {
 namespace {
 
 constexpr Size kSize{4, 3};
@@ -122,4 +122,4 @@ TEST_F(PipelineTest, APictureThatIsTooLargeIsRefusedByThePull) {
 }
 
 }  // namespace
-}  // namespace program
+}  // namespace host

@@ -1,4 +1,4 @@
-// A chain between the program's source and destination, as every host builds it.
+// A chain between source and destination: from a chain text to rows.
 #pragma once
 
 #include <functional>
@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "core/AnimChain.h"
+#include "host/PictureDestination.h"
+#include "host/PictureSource.h"
 #include "picture/MemoryPicture.h"
-#include "program/PictureDestination.h"
-#include "program/PictureSource.h"
 
-namespace program {
+namespace host {
 
 // A chain text in the library's code page with the markers that tell its items apart.
 struct ChainText {
@@ -20,17 +20,18 @@ struct ChainText {
 };
 
 // The library's creator of filters. A std::runtime_error when it cannot be had.
-platform::ComPtr<IAnimFilterCreator> MakeCreator();
+FXBOX_API platform::ComPtr<IAnimFilterCreator> MakeCreator();
 
 // A source for questions that need no rows; pulled, it leaves them as they are.
-platform::ComPtr<PictureSource> MakeBlankSource(Size size, Size target,
-                                                std::optional<double> zoom = {});
+FXBOX_API platform::ComPtr<PictureSource> MakeBlankSource(Size size, Size target,
+                                                          std::optional<double> zoom = {});
 
 // The size of what a filter gives out, in the state in which its chain is.
-Size SizeBehind(IUnknown* filter);
+FXBOX_API Size SizeBehind(IUnknown* filter);
 
-// Failures are std::runtime_errors in words for the user.
-class Pipeline {
+// One thread at a time; Tail().SetAbort may come from any. The creator has to live longer. Failures
+// are std::runtime_errors in words for the user.
+class FXBOX_API Pipeline {
  public:
   Pipeline(IAnimFilterCreator& filterCreator, platform::ComPtr<PictureSource> pictureSource);
   ~Pipeline();
@@ -67,4 +68,4 @@ class Pipeline {
   platform::ComPtr<IAnimFilterChain> chain;
 };
 
-}  // namespace program
+}  // namespace host

@@ -8,7 +8,7 @@
 #include "core/AnimChain.h"
 #include "core/FilterClass.h"
 
-namespace program {
+namespace host {
 
 struct FilterEntry {
   std::string progId;
@@ -17,16 +17,17 @@ struct FilterEntry {
 };
 
 // What the creator lists, in its order.
-std::vector<FilterEntry> ListFilters(IAnimFilterCreator& creator);
+FXBOX_API std::vector<FilterEntry> ListFilters(IAnimFilterCreator& creator);
 
 // Null when there is no such class.
-const FilterEntry* FindFilter(const std::vector<FilterEntry>& filters, const std::string& progId);
+FXBOX_API const FilterEntry* FindFilter(const std::vector<FilterEntry>& filters,
+                                        const std::string& progId);
 
 // The parameter text of a new filter; empty when it gives none.
-std::string NewFilterText(IAnimFilterCreator& creator, const std::string& progId);
+FXBOX_API std::string NewFilterText(IAnimFilterCreator& creator, const std::string& progId);
 // The one that such a filter prints when it was given these parameters.
-std::string FilterTextBehind(IAnimFilterCreator& creator, const std::string& progId,
-                             const std::string& parameters);
+FXBOX_API std::string FilterTextBehind(IAnimFilterCreator& creator, const std::string& progId,
+                                       const std::string& parameters);
 
 // Whether its keys are known: the class is one of ours.
 inline bool IsBuilt(const FilterEntry& entry) {
@@ -41,10 +42,10 @@ struct ParameterItem {
 };
 
 // Splits at the commas; a text of white space alone has no items.
-std::vector<ParameterItem> SplitParameters(std::string_view text);
+FXBOX_API std::vector<ParameterItem> SplitParameters(std::string_view text);
 
 // The entry of `words` that is most like a misspelt word, in the form `, did you mean "Sepia"?`;
 // empty when none is.
-std::string Suggestion(std::string_view misspelt, const std::vector<std::string>& words);
+FXBOX_API std::string Suggestion(std::string_view misspelt, const std::vector<std::string>& words);
 
-}  // namespace program
+}  // namespace host

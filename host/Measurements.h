@@ -7,21 +7,21 @@
 #include <string>
 #include <vector>
 
-#include "program/Pipeline.h"
+#include "host/Pipeline.h"
 
-namespace program {
+namespace host {
 
 // For each filter of a chain the text that repeats its measurement; empty for one that has none.
 using Measurements = std::vector<std::string>;
 
 // Whether a class prints what it measured, and the text of a new filter that does; else empty.
-std::string MeasuringText(IAnimFilterCreator& creator, const std::string& progId);
+FXBOX_API std::string MeasuringText(IAnimFilterCreator& creator, const std::string& progId);
 
 // Tells the filters that measure to print it. False when the chain has no such filter.
-bool StartMeasuring(const Pipeline& pipeline, IAnimFilterCreator& creator);
+FXBOX_API bool StartMeasuring(const Pipeline& pipeline, IAnimFilterCreator& creator);
 // What they measured in a pull of the whole result.
-Measurements TakeMeasurements(const Pipeline& pipeline);
+FXBOX_API Measurements TakeMeasurements(const Pipeline& pipeline);
 // Gives it to the filters of the same chain on another picture, ahead of Settle.
-void RepeatMeasurements(const Pipeline& pipeline, const Measurements& measurements);
+FXBOX_API void RepeatMeasurements(const Pipeline& pipeline, const Measurements& measurements);
 
-}  // namespace program
+}  // namespace host

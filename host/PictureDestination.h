@@ -5,12 +5,13 @@
 #include "platform/component/ComObject.h"
 #include "platform/component/ComPtr.h"
 
-namespace program {
+namespace host {
 
-// The program pulls in the thread that changes the chain, so Lock and Unlock have nothing to stop,
-// and it asks for sizes when it wants them, so what it is told is not kept. Questions that a
-// picture window or a printer would answer stay open: no wanted size, no print scale.
-class PictureDestination final
+// For a host that pulls in the thread that changes the chain, so that Lock and Unlock have nothing
+// to stop, and that asks for sizes when it wants them, so that what it is told is not kept.
+// Questions that a picture window or a printer would answer stay open: no wanted size, no print
+// scale. A host with windows brings a destination of its own.
+class FXBOX_API PictureDestination final
     : public platform::ComObject<PictureDestination, IAnimFilterSrcCallsThis> {
  public:
   // The last filter, or the source itself under an empty chain; null when nothing is linked.
@@ -39,4 +40,4 @@ class PictureDestination final
   platform::ComPtr<IAnimFilterDestCallsThis> source;
 };
 
-}  // namespace program
+}  // namespace host

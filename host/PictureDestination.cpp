@@ -1,6 +1,6 @@
-#include "program/PictureDestination.h"
+#include "host/PictureDestination.h"
 
-namespace program {
+namespace host {
 
 HRESULT PictureDestination::QuerySize(int* width, int* height, double) {
   if (!width || !height) return E_POINTER;
@@ -13,4 +13,4 @@ HRESULT PictureDestination::AttachSource(IUnknown* newSource) {
   return S_OK;
 }
 
-}  // namespace program
+}  // namespace host

@@ -1,4 +1,4 @@
-#include "program/PictureSource.h"
+#include "host/PictureSource.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <new>
 #include <vector>
 
-namespace program {
+namespace host {
 namespace {
 
 constexpr Size kSize{5, 4};
@@ -172,4 +172,4 @@ TEST_F(PictureSourceTest, RevisionTellsEachConsumerOfAChangeOnce) {
 }
 
 }  // namespace
-}  // namespace program
+}  // namespace host

@@ -1,4 +1,4 @@
-#include "program/ChainTexts.h"
+#include "host/ChainTexts.h"
 
 #include <cstring>
 #include <optional>
@@ -8,11 +8,11 @@
 #include "core/ChainText.h"
 #include "filters/text/FontChoice.h"
 #include "filters/text/PictureSign.h"
+#include "host/ChainCheck.h"
+#include "host/Texts.h"
 #include "imageio/ImageFile.h"
-#include "program/ChainCheck.h"
-#include "program/Messages.h"
 
-namespace program {
+namespace host {
 namespace {
 
 namespace fs = std::filesystem;
@@ -41,11 +41,13 @@ bool HasTextKey(const FilterEntry& entry, std::string_view key) {
   return false;
 }
 
+using Warn = std::function<void(const std::string&)>;
+
 class Completion {
  public:
   Completion(const ChainText& chain, const std::vector<FilterEntry>& filters,
-             const fs::path& folder)
-      : chain_(chain), filters_(filters), folder_(folder) {}
+             const fs::path& folder, const Warn& warn)
+      : chain_(chain), filters_(filters), folder_(folder), warn_(warn) {}
 
   ChainText Run() {
     ChainText completed = chain_;
@@ -80,9 +82,8 @@ class Completion {
     if (!place) return;
     const std::string family = base::PercentDecode(parameters.substr(place->start, place->length));
     const text::FamilyChoice choice = text::ChooseFamily(family);
-    if (!choice.isSubstitute) return;
-    PrintError(Where() + "the font \"" + family + "\" is not there, taking \"" + choice.family +
-               "\" (fxbox fonts lists them)");
+    if (!choice.isSubstitute || !warn_) return;
+    warn_(Where() + "the font \"" + family + "\" is not there, taking \"" + choice.family + '"');
   }
 
   // Of a picture whose head can be read.
@@ -92,9 +93,9 @@ class Completion {
       text::CheckSignPath(full);
       const imageio::ImageReader reader(PathOf(full));
     } catch (const text::SignError& error) {
-      throw ChainError(Where() + given + ": " + error.what());
+      throw ChainError(Where() + given + ": " + error.what(), {number_, 0, 0, name_});
     } catch (const imageio::ImageError& error) {
-      throw ChainError(Where() + given + ": " + error.what());
+      throw ChainError(Where() + given + ": " + error.what(), {number_, 0, 0, name_});
     }
     return full;
   }
@@ -106,6 +107,7 @@ class Completion {
   const ChainText& chain_;
   const std::vector<FilterEntry>& filters_;
   const fs::path& folder_;
+  const Warn& warn_;
   int number_ = 0;  // of the item at hand, from 1
   std::string name_;
 };
@@ -113,8 +115,8 @@ class Completion {
 }  // namespace
 
 ChainText WithFullPaths(const ChainText& chain, const std::vector<FilterEntry>& filters,
-                        const fs::path& folder) {
-  return Completion(chain, filters, folder).Run();
+                        const fs::path& folder, const Warn& warn) {
+  return Completion(chain, filters, folder, warn).Run();
 }
 
-}  // namespace program
+}  // namespace host

@@ -6,16 +6,29 @@
 #include <string>
 #include <vector>
 
-#include "program/FilterList.h"
-#include "program/Pipeline.h"
+#include "host/FilterList.h"
+#include "host/Pipeline.h"
 
-namespace program {
+namespace host {
+
+// Where a chain text is wrong. All count from 1; 0 where it is not known.
+struct ChainPlace {
+  int item = 0;
+  int line = 0;
+  int character = 0;   // of the line, in bytes
+  std::string filter;  // of the item, UTF-8; empty where it is not known
+};
 
 // Names the item and the place: `chain item 2 (ZNFilter.Sepia.1): unknown key "Sepai" at character
-// 31`. Characters and lines count from 1.
-class ChainError : public std::runtime_error {
+// 31`.
+class FXBOX_API ChainError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit ChainError(const std::string& what, const ChainPlace& where = {})
+      : std::runtime_error(what), place(where) {}
+  const ChainPlace& Place() const { return place; }
+
+ private:
+  ChainPlace place;
 };
 
 // Takes both layouts, "name(parameters)" and "(name(parameters)", with white space between the
@@ -27,7 +40,8 @@ class ChainError : public std::runtime_error {
 //
 // Returns the text as the library takes it: without the white space between the items. Throws
 // ChainError.
-std::string CheckChainText(const ChainText& chain, const std::vector<FilterEntry>& filters,
-                           IAnimFilterCreator& creator);
+FXBOX_API std::string CheckChainText(const ChainText& chain,
+                                     const std::vector<FilterEntry>& filters,
+                                     IAnimFilterCreator& creator);
 
-}  // namespace program
+}  // namespace host

@@ -1,4 +1,4 @@
-#include "program/PictureSource.h"
+#include "host/PictureSource.h"
 
 #include <cstring>
 #include <utility>
@@ -8,7 +8,7 @@
 #include "base/Rows.h"
 #include "platform/component/Guard.h"
 
-namespace program {
+namespace host {
 namespace {
 
 // What a pull answers when its rows are not complete. Filters ask for a positive value.
@@ -178,4 +178,4 @@ HRESULT PictureSource::AttachDestination(IUnknown* newDestination) {
   return S_OK;
 }
 
-}  // namespace program
+}  // namespace host

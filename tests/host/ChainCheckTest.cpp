@@ -1,4 +1,4 @@
-#include "program/ChainCheck.h"
+#include "host/ChainCheck.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "program/FilterReference.h"
+#include "host/FilterFacts.h"
 
-namespace program {
+namespace host {
 namespace {
 
 using testing::HasSubstr;
@@ -155,5 +155,18 @@ TEST_F(ChainCheck, RefusesMarkersThatTellNothingApart) {
   EXPECT_NE(Message(std::string("ZNFilter.Sepia.1(Sepia=050)\0ZNFilter.Zero.1()", 45)), "");
 }
 
+TEST_F(ChainCheck, ErrorsCarryThePlace) {
+  try {
+    Check("ZNFilter.Zero.1()\n ZNFilter.Sepia.1(Sepia=050, Sepai=1)");
+    FAIL();
+  } catch (const ChainError& error) {
+    EXPECT_EQ(error.Place().item, 2);
+    EXPECT_EQ(error.Place().filter, "ZNFilter.Sepia.1");
+    EXPECT_EQ(error.Place().line, 2);
+    EXPECT_EQ(error.Place().character, 30);
+    EXPECT_THAT(error.what(), HasSubstr(" at line 2, character 30"));
+  }
+}
+
 }  // namespace
-}  // namespace program
+}  // namespace host

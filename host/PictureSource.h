@@ -1,4 +1,5 @@
-// The picture at the head of the chain: decodes a file into the rows that a pull brings.
+// The picture at the head of the chain: fills the rows that a pull brings, out of a file, a shared
+// picture or the memory of a caller.
 #pragma once
 
 #include <atomic>
@@ -8,13 +9,13 @@
 #include <string>
 
 #include "core/AnimInterfaces.h"
+#include "host/Sizes.h"
 #include "imageio/ImageFile.h"
 #include "picture/MemoryPicture.h"
 #include "platform/component/ComObject.h"
 #include "platform/component/ComPtr.h"
-#include "program/Arguments.h"
 
-namespace program {
+namespace host {
 
 // What the source tells downstream about its picture.
 struct SourcePicture {
@@ -28,7 +29,8 @@ struct SourcePicture {
 // request is cut to the picture; nothing outside is written.
 //
 // Linking, Prepare and pulls are one thread's; SetAbort may come from any.
-class PictureSource final : public platform::ComObject<PictureSource, IAnimFilterDestCallsThis> {
+class FXBOX_API PictureSource final
+    : public platform::ComObject<PictureSource, IAnimFilterDestCallsThis> {
  public:
   // Fills rows of the picture's size; false when `progress` stopped it. May throw.
   using Decode = std::function<bool(const imageio::Rows& rows, const imageio::Progress& progress)>;
@@ -79,4 +81,4 @@ class PictureSource final : public platform::ComObject<PictureSource, IAnimFilte
   std::atomic<bool> abort{false};
 };
 
-}  // namespace program
+}  // namespace host

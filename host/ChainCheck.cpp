@@ -1,4 +1,4 @@
-#include "program/ChainCheck.h"
+#include "host/ChainCheck.h"
 
 #include <algorithm>
 #include <charconv>
@@ -11,10 +11,10 @@
 
 #include "base/CodePage.h"
 #include "core/ChainText.h"
-#include "program/Measurements.h"
-#include "program/Messages.h"
+#include "host/Measurements.h"
+#include "host/Texts.h"
 
-namespace program {
+namespace host {
 namespace {
 
 constexpr std::string_view kWhite = " \t\r\n\v\f";
@@ -235,7 +235,7 @@ class Checker {
       const auto names = NamesOf(filters, [](const FilterEntry& known) { return known.progId; });
       const std::string hint = Suggestion(item.name, names);
       current.clear();
-      Fail("unknown filter " + Quoted(item.name) + PlaceOf(item.name) + hint);
+      FailAt("unknown filter " + Quoted(item.name), item.name, hint);
     }
     // What a filter prints is good, even where it has no keys.
     const std::string kept = FilterTextBehind(creator, entry->progId, std::string(item.parameters));
@@ -262,8 +262,8 @@ class Checker {
           });
       if (same == shown.end() || item.whole.empty() || isChanged) continue;
       if (IsKept(item.value, same->value, FindKey(keys, item.key)->second)) continue;
-      Fail(Quoted(item.whole) + PlaceOf(item.whole) + ": the filter takes " +
-           base::ToUtf8(same->value) + " instead");
+      FailAt(Quoted(item.whole), item.whole,
+             ": the filter takes " + base::ToUtf8(same->value) + " instead");
     }
   }
 
@@ -279,17 +279,17 @@ class Checker {
     for (const ParameterItem& item : given) {
       // A comma at the end parts it from nothing.
       if (item.whole.empty() && &item == &given.back() && given.size() > 1) continue;
-      if (item.whole.empty()) Fail("a parameter is missing" + PlaceOf(item.whole));
+      if (item.whole.empty()) FailAt("a parameter is missing", item.whole);
       if (!item.value.data() || item.key.empty()) {
-        Fail(Quoted(item.whole) + PlaceOf(item.whole) + " is not Key=number");
+        FailAt(Quoted(item.whole), item.whole, " is not Key=number");
       }
       const auto known = FindKey(keys, item.key);
       if (known == keys.end()) {
         const auto names = NamesOf(keys, [](const auto& key) { return key.first; });
-        Fail("unknown key " + Quoted(item.key) + PlaceOf(item.key) + Suggestion(item.key, names));
+        FailAt("unknown key " + Quoted(item.key), item.key, Suggestion(item.key, names));
       }
       if (!IsNumber(item.value, known->second)) {
-        Fail(Quoted(item.whole) + PlaceOf(item.whole) + " is not Key=" + NameOf(known->second));
+        FailAt(Quoted(item.whole), item.whole, std::string(" is not Key=") + NameOf(known->second));
       }
     }
   }
@@ -308,27 +308,47 @@ class Checker {
     return joined;
   }
 
-  // " at character 31", in a text of several lines " at line 2, character 5".
-  std::string PlaceOf(std::string_view part) const {
+  // Of a part of the text.
+  ChainPlace PlaceOf(std::string_view part) const {
     const auto offset = static_cast<std::size_t>(part.data() - text.data());
     const std::string_view before = text.substr(0, offset);
     const std::size_t lineStart = before.rfind('\n') + 1;  // 0 when there is none
-    const std::string character = "character " + std::to_string(offset - lineStart + 1);
+    const auto breaks = std::count(before.begin(), before.end(), '\n');
+    ChainPlace place = ItemPlace();
+    place.line = static_cast<int>(breaks) + 1;
+    place.character = static_cast<int>(offset - lineStart) + 1;
+    return place;
+  }
+
+  ChainPlace ItemPlace() const { return {std::max(number, 1), 0, 0, current}; }
+
+  // " at character 31", in a text of several lines " at line 2, character 5".
+  std::string WordsFor(const ChainPlace& place) const {
+    const std::string character = "character " + std::to_string(place.character);
     if (text.find('\n') == kNone) return " at " + character;
-    const auto line = std::count(before.begin(), before.end(), '\n') + 1;
-    return " at line " + std::to_string(line) + ", " + character;
+    return " at line " + std::to_string(place.line) + ", " + character;
   }
 
   [[noreturn]] void FailMissing(std::string_view marker, const char* where) const {
     const std::string_view rest = text.substr(at);
     const std::size_t end = std::min(rest.find_first_of("\r\n"), rest.size());
     const std::string_view line = rest.substr(0, end);
-    Fail(Quoted(marker) + " is missing " + where + " " + Quoted(line) + PlaceOf(rest));
+    FailAt(Quoted(marker) + " is missing " + where + " " + Quoted(line), rest);
   }
 
-  [[noreturn]] void Fail(const std::string& what) const {
-    const std::string item = "chain item " + std::to_string(std::max(number, 1));
-    throw ChainError(item + (current.empty() ? "" : " (" + current + ")") + ": " + what);
+  // Tells the place between the words in front and those behind.
+  [[noreturn]] void FailAt(const std::string& front, std::string_view part,
+                           const std::string& back = {}) const {
+    const ChainPlace place = PlaceOf(part);
+    Fail(front + WordsFor(place) + back, place);
+  }
+
+  [[noreturn]] void Fail(const std::string& what) const { Fail(what, ItemPlace()); }
+
+  [[noreturn]] static void Fail(const std::string& what, const ChainPlace& place) {
+    const std::string item = "chain item " + std::to_string(place.item);
+    const std::string filter = place.filter.empty() ? "" : " (" + place.filter + ")";
+    throw ChainError(item + filter + ": " + what, place);
   }
 
   const ChainText& chain;
@@ -349,4 +369,4 @@ std::string CheckChainText(const ChainText& chain, const std::vector<FilterEntry
   return Checker(chain, filters, creator).Run();
 }
 
-}  // namespace program
+}  // namespace host

@@ -1,4 +1,4 @@
-#include "program/FilterList.h"
+#include "host/FilterList.h"
 
 #include <algorithm>
 #include <numeric>
@@ -9,7 +9,7 @@
 #include "core/AnimInterfaces.h"
 #include "platform/component/ComPtr.h"
 
-namespace program {
+namespace host {
 namespace {
 
 const FilterClass* RowOf(const std::string& progId) {
@@ -141,4 +141,4 @@ std::string Suggestion(std::string_view misspelt, const std::vector<std::string>
   return best ? ", did you mean \"" + base::ToUtf8(*best) + "\"?" : "";
 }
 
-}  // namespace program
+}  // namespace host

@@ -1,8 +1,8 @@
-#include "program/Measurements.h"
+#include "host/Measurements.h"
 
 #include <algorithm>
 
-namespace program {
+namespace host {
 namespace {
 
 using platform::ComPtr;
@@ -65,4 +65,4 @@ void RepeatMeasurements(const Pipeline& pipeline, const Measurements& measuremen
   }
 }
 
-}  // namespace program
+}  // namespace host

@@ -1,4 +1,4 @@
-#include "program/Pipeline.h"
+#include "host/Pipeline.h"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include "component/Fxbox4.h"
 #include "core/ChainText.h"
 
-namespace program {
+namespace host {
 
 platform::ComPtr<IAnimFilterCreator> MakeCreator() {
   platform::ComPtr<IAnimFilterCreator> creator;
@@ -123,4 +123,4 @@ bool Pipeline::Pull(const Rectangle& part, int bandRows, MemoryPicture& into,
   return true;
 }
 
-}  // namespace program
+}  // namespace host
