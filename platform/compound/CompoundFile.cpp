@@ -33,7 +33,7 @@ std::shared_ptr<CompoundFile> CompoundFile::Open(std::unique_ptr<ByteStore> stor
   for (const Sector sector : chain.sectors) {
     read += file->table.Read(sector, 0, &entries[read], head.SectorSize());
   }
-  file->isFaulty = !chain.isWhole || read < entries.size();
+  file->isFaulty = !chain.IsWhole() || read < entries.size();
   entries.resize(read - read % kEntrySize);
   file->directoryChain = std::move(chain.sectors);
   file->directory = Directory(entries, head.version > 3);
@@ -49,39 +49,34 @@ MiniStream& CompoundFile::Small() {
 
 // --- changes
 
-bool CompoundFile::MarkStreams(std::vector<bool>& used) {
-  std::vector<bool> usedPieces;
-  for (const Id id : directory.Descendants(kRoot)) {
-    const Element& element = directory.At(id);
-    if (element.type != Type::Stream || element.size == 0) continue;
-    if (element.size < kSmallBelow) {
-      const auto size = static_cast<std::size_t>(element.size);
-      if (!Small().MarkPieces(element.start, size, usedPieces)) return false;
-      continue;
-    }
-    const Chain chain = table.Follow(element.start);
-    const std::uint64_t room = std::uint64_t{chain.sectors.size()} * table.SectorSize();
-    if (!chain.isWhole || room < element.size || !MarkAll(chain.sectors, used)) return false;
-  }
-  return true;
+FaultSearch CompoundFile::SearchFaults() {
+  return FaultSearch({isFaulty, table, directoryChain, directory, Small()});
 }
 
-// Whether every chain is whole and no sector lies in two of them, so that none that is written to
+std::vector<Fault> CompoundFile::Faults(std::size_t most) {
+  return SearchFaults().Find(most);
+}
+
+bool CompoundFile::CanAppend() {
+  return directory.IsWhole() && table.IsWhole() && table.StartAppending();
+}
+
+// Every chain has to be whole and no sector may lie in two of them, so that none that is written to
 // can be another's.
-bool CompoundFile::IsRight() {
-  if (isFaulty || !directory.IsWhole() || !table.IsWhole()) return false;
-  std::vector<bool> used(table.Count());
-  return MarkAll(directoryChain, used) && Small().MarkSectors(used) && MarkStreams(used) &&
-         table.StartWriting(std::move(used));
+void CompoundFile::StartReplacing() {
+  FaultSearch search = SearchFaults();
+  isFaulty = !search.Find(1).empty();
+  if (isFaulty) Fail(STG_E_DOCFILECORRUPT);
+  table.StartWriting(search.UsedSectors());
+  isPrepared = true;
 }
 
-void CompoundFile::Prepare() {
+void CompoundFile::Prepare(Change change) {
   if (access == Access::Read) Fail(STG_E_ACCESSDENIED);
   if (isFaulty) Fail(STG_E_DOCFILECORRUPT);
   if (isPrepared) return;
-  isFaulty = !IsRight();
-  if (isFaulty) Fail(STG_E_DOCFILECORRUPT);
-  isPrepared = true;
+  if (change == Change::Adds) isAppending = isAppending || CanAppend();
+  if (change == Change::Replaces || !isAppending) StartReplacing();
 }
 
 void CompoundFile::DropContent(Id stream) {
@@ -104,7 +99,7 @@ void CompoundFile::DestroyAllBelow(Id storage) {
 }
 
 void CompoundFile::Destroy(Id id) {
-  Prepare();
+  Prepare(Change::Replaces);
   DestroyAllBelow(id);
   const auto found = opened.find(id);
   if (found != opened.end()) {
@@ -162,7 +157,9 @@ void CompoundFile::WriteNewHead() {
 }
 
 void CompoundFile::Commit() {
-  if (!isPrepared || !(directory.HasChanges() || table.HasChanges())) return;
+  if (!isPrepared && !isAppending) return;
+  if (!directory.HasChanges() && !table.HasChanges()) return;
+  if (isFaulty) Fail(STG_E_DOCFILECORRUPT);
   if (isSmallLoaded) {
     small.WriteTable();
     Element& root = directory.At(kRoot);
@@ -185,8 +182,8 @@ void CompoundFile::FlushOpen() {
 }
 
 void CompoundFile::Close() {
-  if (!isPrepared || access == Access::Read) return;
-  Commit();
+  if ((!isPrepared && !isAppending) || access == Access::Read) return;
+  if (!isFaulty) Commit();
   store->Sync();
   table.Synced();
   if (store->Size() > table.UsedLength()) store->SetSize(table.UsedLength());

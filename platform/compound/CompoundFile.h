@@ -5,8 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/compound/Directory.h"
-#include "platform/compound/MiniStream.h"
+#include "platform/compound/FaultSearch.h"
 
 namespace platform::compound {
 
@@ -18,6 +17,11 @@ class OpenElement {
   virtual void Leave(bool keeps) = 0;
   // What was written becomes part of what the next commit brings to the disk.
   virtual void Flush() {}
+};
+
+enum class Change {
+  Adds,      // something new; all that the file holds stays where it is
+  Replaces,  // anything else
 };
 
 class CompoundFile {
@@ -37,9 +41,12 @@ class CompoundFile {
   SectorTable& Sectors() { return table; }
   MiniStream& Small();
 
-  // Comes before every change. The first time it checks the whole file and throws
-  // STG_E_DOCFILECORRUPT when there is a fault anywhere.
-  void Prepare();
+  // Comes before every change. The first time it looks at the whole file and throws
+  // STG_E_DOCFILECORRUPT when there is a fault anywhere; where something is added to a large file,
+  // at as much of it as the change touches.
+  void Prepare(Change change);
+  // What such a look finds, at most so many faults.
+  std::vector<Fault> Faults(std::size_t most);
   // Gives the space of a stream back.
   void DropContent(Id stream);
   // Destroys the element with all below it; what is open of it leaves.
@@ -60,8 +67,9 @@ class CompoundFile {
  private:
   CompoundFile(std::unique_ptr<ByteStore> bytes, const Head& start, Access wanted, bool isNew);
 
-  bool IsRight();
-  bool MarkStreams(std::vector<bool>& used);
+  FaultSearch SearchFaults();
+  bool CanAppend();
+  void StartReplacing();
   void PlaceDirectory();
   void WriteNewHead();
 
@@ -73,7 +81,8 @@ class CompoundFile {
   Directory directory;
   MiniStream small;
   bool isSmallLoaded;
-  bool isPrepared;
+  bool isAppending = false;  // prepared for what is new
+  bool isPrepared;           // for everything
   bool isFaulty = false;
   std::map<Id, OpenElement*> opened;
 };

@@ -5,20 +5,12 @@
 
 namespace platform::compound {
 
-bool MarkAll(const std::vector<Sector>& sectors, std::vector<bool>& used) {
-  for (const Sector sector : sectors) {
-    if (sector >= used.size() || used[sector]) return false;
-    used[sector] = true;
-  }
-  return true;
-}
-
 // The pieces are those that there are sectors for, whatever the root says about the length.
 void MiniStream::Load(Sector firstTable, Sector stream) {
   const auto follow = [this](Sector first) {
     if (first == kEndOfChain || first == kFree) return std::vector<Sector>();
     Chain chain = table.Follow(first);
-    isWhole = isWhole && chain.isWhole;
+    isWhole = isWhole && chain.IsWhole();
     return std::move(chain.sectors);
   };
   tableChain = follow(firstTable);
@@ -35,40 +27,28 @@ void MiniStream::Load(Sector firstTable, Sector stream) {
   changed.assign(tableChain.size(), false);
 }
 
-Chain MiniStream::Follow(Sector first) const {
-  Chain chain;
+bool MiniStream::Walk(Sector first, const VisitSector& visit) const {
   Sector at = first;
-  for (; at < next.size() && chain.sectors.size() <= next.size(); at = next[at]) {
-    chain.sectors.push_back(at);
+  for (; at < next.size(); at = next[at]) {
+    if (!visit(at)) return false;
   }
-  chain.isWhole = at == kEndOfChain;
-  return chain;
+  return at == kEndOfChain;
 }
 
 Bytes MiniStream::Read(Sector first, std::size_t size) {
   Bytes content;
   std::set<Sector> seen;
-  for (Sector at = first; at < next.size() && content.size() < size; at = next[at]) {
-    if (!seen.insert(at).second) break;
+  Walk(first, [&](Sector at) {
+    if (!seen.insert(at).second) return false;
     const std::size_t wanted = std::min(kMiniSize, size - content.size());
     const std::size_t before = content.size();
     content.resize(before + wanted);
     const std::size_t read = table.Read(streamChain[at / PerSector()], at % PerSector() * kMiniSize,
                                         &content[before], wanted);
     content.resize(before + read);
-    if (read < wanted) break;
-  }
+    return read == wanted && content.size() < size;
+  });
   return content;
-}
-
-bool MiniStream::MarkSectors(std::vector<bool>& used) const {
-  return isWhole && MarkAll(tableChain, used) && MarkAll(streamChain, used);
-}
-
-bool MiniStream::MarkPieces(Sector first, std::size_t size, std::vector<bool>& used) const {
-  const Chain chain = Follow(first);
-  used.resize(next.size());
-  return chain.isWhole && chain.sectors.size() * kMiniSize >= size && MarkAll(chain.sectors, used);
 }
 
 void MiniStream::Set(Sector piece, Sector value) {
@@ -122,7 +102,12 @@ Sector MiniStream::Add(const Bytes& content) {
 }
 
 void MiniStream::Remove(Sector first) {
-  for (const Sector piece : Follow(first).sectors) {
+  std::vector<Sector> pieces;
+  Walk(first, [&pieces](Sector piece) {
+    pieces.push_back(piece);
+    return true;
+  });
+  for (const Sector piece : pieces) {
     Set(piece, kFree);
     search = std::min<std::size_t>(search, piece);
   }

@@ -20,10 +20,13 @@ class MiniStream {
   Sector Add(const Bytes& content);
   void Remove(Sector first);
 
-  // Marks the sectors of table and stream; false when one of them is used already.
-  bool MarkSectors(std::vector<bool>& used) const;
-  // The same for the pieces of one stream; false also when they do not hold `size` bytes.
-  bool MarkPieces(Sector first, std::size_t size, std::vector<bool>& used) const;
+  // Whether the sectors of table and stream could all be found.
+  bool IsWhole() const { return isWhole; }
+  const std::vector<Sector>& TableChain() const { return tableChain; }
+  const std::vector<Sector>& StreamChain() const { return streamChain; }
+  std::size_t Count() const { return next.size(); }
+  // As that of the sectors, over the pieces.
+  bool Walk(Sector first, const VisitSector& visit) const;
 
   // Writes the changed parts of the table to sectors that the disk does not use.
   void WriteTable();
@@ -35,7 +38,6 @@ class MiniStream {
   std::uint64_t StreamSize() const { return next.size() * kMiniSize; }
 
  private:
-  Chain Follow(Sector first) const;
   Sector Allocate();
   void Set(Sector piece, Sector value);
   void Write(Sector piece, const std::uint8_t* bytes, std::size_t count);
@@ -50,8 +52,5 @@ class MiniStream {
   std::vector<bool> changed;  // sectors of the table
   std::size_t search = 0;     // no piece below is free
 };
-
-// Sets a mark for each; false when one is out of range or has its mark already.
-bool MarkAll(const std::vector<Sector>& sectors, std::vector<bool>& used);
 
 }  // namespace platform::compound

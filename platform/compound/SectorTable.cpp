@@ -5,6 +5,11 @@
 namespace platform::compound {
 namespace {
 
+// Tables of so many pages are read as a whole before the first change: half a megabyte.
+constexpr std::size_t kFewPages = 1024;
+// Larger ones each time that the file has grown by this many sectors.
+constexpr std::size_t kSpan = std::size_t{1} << 17;
+
 std::size_t CountSectors(std::uint64_t size, std::size_t sectorSize) {
   const std::uint64_t behindHead = size > sectorSize ? size - sectorSize : 0;
   return static_cast<std::size_t>(
@@ -12,8 +17,9 @@ std::size_t CountSectors(std::uint64_t size, std::size_t sectorSize) {
 }
 
 // Cuts the chain in front of the first sector that it has had already.
-void CutAtRepetition(std::vector<Sector>& chain, std::size_t count) {
-  std::vector<bool> seen(count);
+void CutAtRepetition(std::vector<Sector>& chain) {
+  if (chain.empty()) return;
+  std::vector<bool> seen(std::size_t{*std::max_element(chain.begin(), chain.end())} + 1);
   const auto isSeen = [&seen](Sector sector) {
     if (seen[sector]) return true;
     seen[sector] = true;
@@ -83,52 +89,78 @@ Sector SectorTable::Next(Sector sector) {
   return page < pages.size() ? Loaded(page).next[sector % perPage] : kFree;
 }
 
-// A second walker of half the speed meets the first one when the chain runs in a circle.
-Chain SectorTable::Follow(Sector first) {
-  Chain chain;
+bool SectorTable::Walk(Sector first, const VisitSector& visit) {
   Sector at = first;
   try {
     for (; at < count; at = Next(at)) {
-      chain.sectors.push_back(at);
-      const std::size_t length = chain.sectors.size();
-      if (length > 1 && chain.sectors[length / 2 - 1] == at) break;
+      if (!visit(at)) return false;
     }
   } catch (const Failure& failure) {
     if (failure.code != STG_E_DOCFILECORRUPT) throw;
   }
-  chain.isWhole = at == kEndOfChain;
-  if (at < count) CutAtRepetition(chain.sectors, count);
+  return at == kEndOfChain;
+}
+
+// A second walker of half the speed meets the first one when the chain runs in a circle: before
+// that nothing in the first half is repeated.
+void SectorTable::Follow(Chain& chain, std::size_t atLeast) {
+  std::vector<Sector>& sectors = chain.sectors;
+  const std::size_t wanted = 2 * std::min<std::size_t>(atLeast, kMostSectors) + 2;
+  try {
+    while (chain.next < count && sectors.size() < wanted) {
+      sectors.push_back(chain.next);
+      const bool isCircle = sectors.size() > 1 && sectors[sectors.size() / 2 - 1] == chain.next;
+      chain.next = isCircle ? kFree : Next(chain.next);
+      if (isCircle) CutAtRepetition(sectors);
+    }
+  } catch (const Failure& failure) {
+    if (failure.code != STG_E_DOCFILECORRUPT) throw;
+    chain.next = kFree;
+  }
+  if (chain.next >= count && chain.next != kEndOfChain) chain.next = kFree;
+}
+
+Chain SectorTable::Follow(Sector first) {
+  Chain chain = {{}, first};
+  Follow(chain, kMostSectors);
   return chain;
+}
+
+std::vector<Sector> SectorTable::OwnSectors() const {
+  std::vector<Sector> own = difat;
+  for (const Page& page : pages) own.push_back(page.place);
+  return own;
+}
+
+bool SectorTable::IsCutOff() {
+  return count > 0 && store.Size() < OffsetOf(static_cast<Sector>(count)) &&
+         Next(static_cast<Sector>(count - 1)) != kFree;
 }
 
 // --- changes
 
-bool SectorTable::MarkOwn(std::vector<bool>& used) const {
-  const auto mark = [&used](Sector sector) {
-    if (sector >= used.size() || used[sector]) return false;
-    used[sector] = true;
-    return true;
-  };
-  bool isOnce = true;
-  for (const Page& page : pages) isOnce = mark(page.place) && isOnce;
-  for (const Sector sector : difat) isOnce = mark(sector) && isOnce;
-  return isOnce;
+bool SectorTable::StartAppending() {
+  if (pages.size() < kFewPages || count % kSpan < kSpan / 16 || IsCutOff()) return false;
+  for (std::size_t sector = count; sector < Covered(); ++sector) {
+    if (Next(static_cast<Sector>(sector)) != kFree) return false;
+  }
+  taken.assign(count, true);
+  fresh.assign(count, false);
+  kept = search = count;
+  return true;
 }
 
-bool SectorTable::StartWriting(std::vector<bool> used) {
+void SectorTable::StartWriting(std::vector<bool> used) {
   used.resize(count);
-  if (!MarkOwn(used)) return false;
-  // What is cut off a sector would come back as zeros when the file grows.
-  if (count > 0 && used.back() && store.Size() < OffsetOf(static_cast<Sector>(count))) return false;
-  for (std::size_t page = 0; page < pages.size(); ++page) {
-    const std::vector<Sector>& next = Loaded(page).next;
-    for (std::size_t i = 0; i < perPage && page * perPage + i < count; ++i) {
-      if (next[i] != kFree) used[page * perPage + i] = true;
-    }
+  for (std::size_t sector = 0; sector < std::min(count, Covered()); ++sector) {
+    if (Next(static_cast<Sector>(sector)) != kFree) used[sector] = true;
+  }
+  fresh.resize(count);
+  for (const auto* const list : {&freshList, &dropped, &droppedBefore}) {
+    for (const Sector sector : *list) used[sector] = used[sector] || taken[sector];
   }
   taken = std::move(used);
-  fresh.assign(count, false);
-  return true;
+  kept = search = 0;
 }
 
 Sector SectorTable::Allocate() {
@@ -155,7 +187,9 @@ void SectorTable::Set(Sector sector, Sector next) {
 }
 
 void SectorTable::Release(Sector sector) {
-  taken[sector] = fresh[sector] = false;
+  fresh[sector] = false;
+  if (sector < kept) return;
+  taken[sector] = false;
   search = std::min<std::size_t>(search, sector);
 }
 

@@ -4,6 +4,7 @@
 // and the old one is free again only when a head that does without it is on the disk for certain.
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "platform/compound/ByteStore.h"
@@ -11,11 +12,15 @@
 
 namespace platform::compound {
 
-// A chain as it was found: the part in front of a fault when it is not whole.
+// A chain as far as it was followed: the part in front of a fault when it is not whole.
 struct Chain {
   std::vector<Sector> sectors;
-  bool isWhole = true;
+  Sector next = kEndOfChain;  // where it goes on
+  bool IsWhole() const { return next == kEndOfChain; }
 };
+
+// Is told the sectors of a chain one after the other, and says whether it wants to go on.
+using VisitSector = std::function<bool(Sector)>;
 
 class SectorTable {
  public:
@@ -27,18 +32,33 @@ class SectorTable {
   std::size_t Count() const { return count; }
   // Whether the list of the table's own sectors is right.
   bool IsWhole() const { return isWhole; }
+  // Sectors that the table says something about.
+  std::size_t Covered() const { return pages.size() * perPage; }
   Chain Follow(Sector first);
+  // The same for at least so many of the first sectors, where there are as many.
+  void Follow(Chain& chain, std::size_t atLeast);
+  // True when the chain has come to its end; a circle is for the visitor to see.
+  bool Walk(Sector first, const VisitSector& visit);
+  // Those of the table itself.
+  std::vector<Sector> OwnSectors() const;
+  // Whether the file ends within a sector that the table says is in use.
+  bool IsCutOff();
 
   // Bytes within one sector. Short where the file ends.
   std::size_t Read(Sector sector, std::size_t offset, void* buffer, std::size_t bytes);
   void Write(Sector sector, std::size_t offset, const void* buffer, std::size_t bytes);
   std::uint64_t OffsetOf(Sector sector) const;
 
-  // --- changes; StartWriting comes first
+  // --- changes; one of the first two comes first
 
-  // `used` are the sectors that lie in a chain, by number; the table adds its own and all that it
-  // says are not free. False when one is used twice or cut off.
-  bool StartWriting(std::vector<bool> used);
+  // Only what lies behind the end of the file is written to from now on, and nothing that the file
+  // has used becomes free, so that nobody has to know who uses what. False in a small file, where
+  // knowing it costs little, now and then in a growing one, which would keep its gaps for ever, and
+  // where the table tells of sectors behind the end.
+  bool StartAppending();
+  // `used` are the sectors that lie in a chain, by number; the table adds all that it says are not
+  // free. May come after StartAppending.
+  void StartWriting(std::vector<bool> used);
 
   // A free sector, the end of a chain of one once Set has said so.
   Sector Allocate();
@@ -74,7 +94,6 @@ class SectorTable {
   Page& Loaded(std::size_t page);
   Sector Next(Sector sector);
   void Release(Sector sector);
-  bool MarkOwn(std::vector<bool>& used) const;
   void Cover();
   bool PlacePages();
   bool PlaceDifat();
@@ -91,6 +110,7 @@ class SectorTable {
 
   bool hasChanges = false;
   bool isDifatChanged = false;
+  std::size_t kept = 0;               // no sector below becomes free
   std::size_t search = 0;             // no sector below is free
   std::vector<bool> taken;            // on the disk, or since
   std::vector<bool> fresh;            // taken since

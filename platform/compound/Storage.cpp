@@ -86,9 +86,9 @@ HRESULT Storage::CreateStream(const OLECHAR* child, DWORD flags, DWORD reserved1
   if (reserved1 || reserved2) return STG_E_INVALIDPARAMETER;
   return Answer([&] {
     CheckChild(child, flags, true);
-    file->Prepare();
     Directory& elements = file->Elements();
     Id found = MakeRoomFor(child, flags);
+    file->Prepare(found == kNone ? Change::Adds : Change::Replaces);
     if (found != kNone && elements.At(found).type == Type::Storage) {
       file->Destroy(found);
       found = kNone;
@@ -119,8 +119,8 @@ HRESULT Storage::CreateStorage(const OLECHAR* child, DWORD flags, DWORD reserved
   if (reserved1 || reserved2) return STG_E_INVALIDPARAMETER;
   return Answer([&] {
     CheckChild(child, flags, true);
-    file->Prepare();
     const Id found = MakeRoomFor(child, flags);
+    file->Prepare(Change::Adds);
     if (found != kNone) file->Destroy(found);
     const Id made = file->Elements().Add(id, child, Type::Storage);
     file->Elements().List(made);
@@ -173,7 +173,7 @@ HRESULT Storage::RenameElement(const OLECHAR* oldName, const OLECHAR* newName) {
     if (found == kNone) Fail(STG_E_FILENOTFOUND);
     if (there != kNone && there != found) Fail(STG_E_FILEALREADYEXISTS);
     if (file->IsOpen(found)) Fail(STG_E_ACCESSDENIED);
-    file->Prepare();
+    file->Prepare(Change::Adds);
     elements.Rename(found, newName);
   });
 }
@@ -230,7 +230,7 @@ HRESULT Storage::Revert() {
 HRESULT Storage::SetClass(REFCLSID classId) {
   return Answer([&] {
     NeedWriting();
-    file->Prepare();
+    file->Prepare(Change::Adds);
     file->Elements().At(id).classId = classId;
     file->Elements().Touch(id);
   });
@@ -239,7 +239,7 @@ HRESULT Storage::SetClass(REFCLSID classId) {
 HRESULT Storage::SetStateBits(DWORD bits, DWORD mask) {
   return Answer([&] {
     NeedWriting();
-    file->Prepare();
+    file->Prepare(Change::Adds);
     std::uint32_t& stored = file->Elements().At(id).stateBits;
     stored = (stored & ~mask) | (bits & mask);
     file->Elements().Touch(id);

@@ -87,7 +87,7 @@ std::shared_ptr<CompoundFile> CreateOrEmpty(const OLECHAR* path, DWORD mode) {
   }
   auto file = CompoundFile::Open(platform::compound::OpenFile(path, FileAccessOf(mode)),
                                  CompoundFile::Access::Write);
-  file->Prepare();
+  file->Prepare(platform::compound::Change::Replaces);
   file->DestroyAllBelow(kRoot);
   file->Elements().At(kRoot).classId = {};
   file->Elements().At(kRoot).stateBits = 0;

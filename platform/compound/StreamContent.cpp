@@ -58,7 +58,7 @@ void StreamContent::Load() {
     small.clear();
     if (length > 0) small = file->Small().Read(element.start, static_cast<std::size_t>(length));
   } else {
-    sectors = file->Sectors().Follow(element.start).sectors;
+    chain.next = element.start;
   }
   isLoaded = true;
 }
@@ -86,18 +86,19 @@ std::size_t StreamContent::Read(std::uint64_t at, void* buffer, std::size_t coun
 std::size_t StreamContent::ReadLarge(std::uint64_t at, std::uint8_t* buffer, std::size_t count) {
   SectorTable& table = File().Sectors();
   const std::size_t size = table.SectorSize();
+  table.Follow(chain, static_cast<std::size_t>((at + count) / size + 1));
   std::size_t done = 0;
   while (done < count) {
     const auto index = static_cast<std::size_t>((at + done) / size);
     const auto offset = static_cast<std::size_t>((at + done) % size);
-    if (index >= sectors.size()) break;
+    if (index >= chain.sectors.size()) break;
     std::size_t end = index + 1;
-    while (end < sectors.size() && sectors[end] == sectors[end - 1] + 1 &&
+    while (end < chain.sectors.size() && chain.sectors[end] == chain.sectors[end - 1] + 1 &&
            (end - index) * size < offset + count - done) {
       ++end;
     }
     const std::size_t wanted = std::min(count - done, (end - index) * size - offset);
-    const std::size_t read = table.Read(sectors[index], offset, buffer + done, wanted);
+    const std::size_t read = table.Read(chain.sectors[index], offset, buffer + done, wanted);
     done += read;
     if (read < wanted) break;
   }
@@ -107,9 +108,11 @@ std::size_t StreamContent::ReadLarge(std::uint64_t at, std::uint8_t* buffer, std
 // --- writing
 
 void StreamContent::Change(const std::function<void()>& change) {
-  File().Prepare();
+  File().Prepare(file->Elements().At(id).isListed ? compound::Change::Replaces
+                                                  : compound::Change::Adds);
   if (failure != S_OK) Fail(failure);
   Load();
+  file->Sectors().Follow(chain, kMostSectors);
   isChanged = true;
   try {
     change();
@@ -200,10 +203,11 @@ void StreamContent::WritePart(std::size_t index, std::size_t offset, const std::
                               std::size_t count) {
   SectorTable& table = file->Sectors();
   Bytes sector(table.SectorSize());
-  if (index < sectors.size()) table.Read(sectors[index], 0, sector.data(), sector.size());
+  if (index < chain.sectors.size())
+    table.Read(chain.sectors[index], 0, sector.data(), sector.size());
   std::copy_n(bytes, count, sector.begin() + static_cast<std::ptrdiff_t>(offset));
   OwnSector(index);
-  table.Write(sectors[index], 0, sector.data(), sector.size());
+  table.Write(chain.sectors[index], 0, sector.data(), sector.size());
 }
 
 void StreamContent::WriteRun(std::size_t index, const std::uint8_t* bytes, std::size_t count) {
@@ -212,8 +216,8 @@ void StreamContent::WriteRun(std::size_t index, const std::uint8_t* bytes, std::
   for (std::size_t i = 0; i < count; ++i) OwnSector(index + i);
   for (std::size_t first = 0; first < count;) {
     std::size_t end = first + 1;
-    while (end < count && sectors[index + end] == sectors[index + end - 1] + 1) ++end;
-    table.Write(sectors[index + first], 0, bytes + first * size, (end - first) * size);
+    while (end < count && chain.sectors[index + end] == chain.sectors[index + end - 1] + 1) ++end;
+    table.Write(chain.sectors[index + first], 0, bytes + first * size, (end - first) * size);
     first = end;
   }
 }
@@ -229,24 +233,24 @@ void StreamContent::WriteZeros(std::uint64_t from, std::uint64_t to) {
 
 void StreamContent::OwnSector(std::size_t index) {
   SectorTable& table = file->Sectors();
-  if (index == sectors.size()) {
-    sectors.push_back(table.Allocate());
-  } else if (!table.IsUnlinked(sectors[index])) {
-    replaced.push_back(sectors[index]);
-    sectors[index] = table.Allocate();
+  if (index == chain.sectors.size()) {
+    chain.sectors.push_back(table.Allocate());
+  } else if (!table.IsUnlinked(chain.sectors[index])) {
+    replaced.push_back(chain.sectors[index]);
+    chain.sectors[index] = table.Allocate();
   }
 }
 
 void StreamContent::DropSectorsFrom(std::size_t index) {
   SectorTable& table = file->Sectors();
-  while (sectors.size() > index) {
-    const Sector last = sectors.back();
+  while (chain.sectors.size() > index) {
+    const Sector last = chain.sectors.back();
     if (table.IsUnlinked(last)) {
       table.Drop(last);
     } else {
       replaced.push_back(last);
     }
-    sectors.pop_back();
+    chain.sectors.pop_back();
   }
 }
 
@@ -257,13 +261,15 @@ void StreamContent::Flush() {
   if (failure != S_OK) Fail(failure);
   Directory& directory = file->Elements();
   SectorTable& table = file->Sectors();
+  // The sectors of small streams hold others as well.
+  if (isSmall && !small.empty()) file->Prepare(compound::Change::Replaces);
   const Sector first =
-      isSmall ? (small.empty() ? kEndOfChain : file->Small().Add(small)) : sectors.front();
+      isSmall ? (small.empty() ? kEndOfChain : file->Small().Add(small)) : chain.sectors.front();
   compound::Element& element = directory.At(id);
   if (element.size > 0 && element.size < kSmallBelow) file->Small().Remove(element.start);
   for (const Sector sector : replaced) table.Drop(sector);
-  for (std::size_t i = 0; i < sectors.size(); ++i) {
-    table.Set(sectors[i], i + 1 < sectors.size() ? sectors[i + 1] : kEndOfChain);
+  for (std::size_t i = 0; i < chain.sectors.size(); ++i) {
+    table.Set(chain.sectors[i], i + 1 < chain.sectors.size() ? chain.sectors[i + 1] : kEndOfChain);
   }
   replaced.clear();
   element.start = first;
@@ -277,7 +283,7 @@ void StreamContent::Discard() {
   if (!isChanged || !file) return;
   isChanged = false;
   SectorTable& table = file->Sectors();
-  for (const Sector sector : sectors) {
+  for (const Sector sector : chain.sectors) {
     if (table.IsUnlinked(sector)) table.Drop(sector);
   }
   if (!file->Elements().At(id).isListed) file->Elements().Remove(id);

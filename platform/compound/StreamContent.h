@@ -56,7 +56,7 @@ class StreamContent final : public OpenElement {
   std::uint64_t length = 0;
   bool isSmall = true;
   Bytes small;                   // the content, when it is small
-  std::vector<Sector> sectors;   // where it lies, when it is not
+  Chain chain;                   // where it lies, when it is not; all of it after a change
   std::vector<Sector> replaced;  // what the file still uses for it
 };
 

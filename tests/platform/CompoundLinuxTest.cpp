@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "platform/CompoundCheck.h"
 #include "platform/compound/CompoundFile.h"
 #include "platform/compound/SiblingTree.h"
 #include "tests/platform/CompoundLinuxSupport.h"
@@ -461,17 +462,24 @@ TEST_F(CompoundLinuxTest, AnotherProcessIsKeptOut) {
 
 // --- cost
 
-TEST(CompoundCostTest, FollowsTheChangeNotTheFile) {
-  const LoggedPtr bytes = NewBytes();
+// A file with so many pictures of a megabyte.
+LoggedPtr ManyPictures(std::size_t count, const std::string& picture) {
+  LoggedPtr bytes = NewBytes();
   bytes->isLogging = false;
+  const StoragePtr root = CreateOn(bytes);
+  for (std::size_t i = 0; i < count; ++i) WriteStream(root, Numbered(u"picture", i), picture);
+  return bytes;
+}
+
+TEST(CompoundCostTest, FollowsTheChangeNotTheFile) {
   const std::string picture = Pattern(1 << 20, 1);
-  {
-    const StoragePtr root = CreateOn(bytes);
-    for (std::size_t i = 0; i < 100; ++i) WriteStream(root, Numbered(u"picture", i), picture);
-  }
+  const LoggedPtr bytes = ManyPictures(100, picture);
   bytes->bytesRead = 0;
   EXPECT_TRUE(ReadStream(OpenOn(bytes, kReading), u"picture50") == picture);
   EXPECT_LT(bytes->bytesRead, picture.size() + 60000);
+  bytes->bytesRead = 0;
+  WriteStream(OpenOn(bytes), u"added", picture);
+  EXPECT_LT(bytes->bytesRead, 100000u);
   const StoragePtr root = OpenOn(bytes);
   for (const char16_t* name : {u"new", u"picture7", u"picture99"}) {
     bytes->bytesWritten = 0;
@@ -481,6 +489,48 @@ TEST(CompoundCostTest, FollowsTheChangeNotTheFile) {
     WriteStream(root, name, "small");
     EXPECT_LT(bytes->bytesWritten, 100000u);
   }
+}
+
+// Of every stream as much as can be read.
+Contents WhatIsThere(const LoggedPtr& bytes) {
+  Contents contents;
+  const StoragePtr root = OpenOn(bytes, kReading);
+  for (const std::u16string& name : NamesOf(root)) {
+    std::string content(1 << 20, '\0');
+    ULONG read = 0;
+    OpenStream(root, name)->Read(content.data(), 1 << 20, &read);
+    contents[name] = content.substr(0, read);
+  }
+  return contents;
+}
+
+// What is added to a large file without a look at all of it harms nothing, whatever is wrong there;
+// everything else finds the fault.
+TEST(CompoundCostTest, AddsToALargeFileWithAFault) {
+  const std::string picture = Pattern(1 << 20, 1);
+  const LoggedPtr bytes = ManyPictures(70, picture);
+  const auto at = [&bytes](std::size_t offset) {
+    return reinterpret_cast<std::uint8_t*>(&bytes->bytes[offset]);
+  };
+  // The chain of a picture in the middle runs into one that is free for all that its table says.
+  const std::size_t page = (std::size_t{platform::compound::Get32(at(76 + 4 * 30))} + 1) * 512;
+  const std::uint32_t next = platform::compound::Get32(at(page));
+  ASSERT_EQ(next, platform::compound::Get32(at(page + 4)) - 1);
+  platform::compound::Put32(at(page + 4), 0xFFFFFFFF);
+  const Contents before = WhatIsThere(bytes);
+  StoragePtr root = OpenOn(bytes);
+  WriteStream(root, u"added", picture);
+  StreamPtr stream = CreateStream(root, u"small");
+  EXPECT_EQ(stream->Write("x", 1, nullptr), S_OK);
+  EXPECT_EQ(stream->Commit(STGC_DEFAULT), STG_E_DOCFILECORRUPT);
+  EXPECT_EQ(root->DestroyElement(u"picture1"), STG_E_DOCFILECORRUPT);
+  EXPECT_EQ(root->CreateStream(u"late", kWriting, 0, 0, stream.Put()), STG_E_DOCFILECORRUPT);
+  stream.Reset();
+  root.Reset();
+  Contents after = WhatIsThere(bytes);
+  EXPECT_TRUE(after[u"added"] == picture);
+  after.erase(u"added");
+  EXPECT_TRUE(after == before);
 }
 
 // --- faults
@@ -531,18 +581,31 @@ TEST_F(FaultTest, OneStreamsFaultIsItsOwn) {
   const std::uint32_t second = WordAt(FatEntry(first));
   const std::uint32_t foreign = WordAt(EntryOf(u"other") + 116);
   const std::string whole = bytes->bytes;
-  const std::pair<std::size_t, std::uint32_t> faults[] = {
-      {FatEntry(second), first},              // a circle
-      {FatEntry(second), 100000},             // beyond the end
-      {FatEntry(second), 0xFFFFFFFF},         // free
-      {EntryOf(u"large") + 120, 0x7FFFFFFF},  // longer than its chain
-      {FatEntry(second), foreign},            // another one's
-      {EntryOf(u"small") + 116, 0x00FFFFFF},  // no such piece
-      {EntryOf(u"small") + 120, 4000},
+  const struct {
+    std::size_t offset;
+    std::uint32_t word;
+    const char* told;
+  } faults[] = {
+      {FatEntry(second), first, "the stream runs in a circle"},
+      {FatEntry(second), 100000, "the stream's chain of sectors has no end"},
+      {FatEntry(second), 0xFFFFFFFF, "the stream's chain of sectors has no end"},
+      {EntryOf(u"large") + 120, 0x7FFFFFFF, "the stream is shorter than its size says"},
+      {FatEntry(second), foreign, "the stream has the same sectors as"},
+      {FatEntry(second), WordAt(48), "the stream has sectors of the file's tables"},
+      {EntryOf(u"small") + 116, 0x00FFFFFF, "the stream's chain of sectors has no end"},
+      {EntryOf(u"small") + 120, 4000, "the stream is shorter than its size says"},
   };
-  for (const auto& [offset, word] : faults) {
+  TemporaryFolder folder;
+  WriteFile(folder / "whole", whole);
+  EXPECT_TRUE(platform::FindCompoundFaults(folder / "whole", 10).empty());
+  for (const auto& [offset, word, told] : faults) {
     bytes->bytes = whole;
     SetWord(offset, word);
+    WriteFile(folder / "box", bytes->bytes);
+    const auto found = platform::FindCompoundFaults(folder / "box", 10);
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].words, told);
+    EXPECT_EQ(found[0].other.empty(), word != foreign);
     const std::string before = bytes->bytes;
     {
       const StoragePtr root = OpenOn(bytes);
