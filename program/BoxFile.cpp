@@ -63,6 +63,10 @@ fs::path HiddenBeside(const fs::path& file) {
          (".fxbox-" + std::to_string(platform::CurrentServices().process->ProcessId()));
 }
 
+KvStorage* Exclusive(const fs::path& file, unsigned mode) {
+  return new KvStorage(platform::StoragePathOf(file).c_str(), mode, false, false);
+}
+
 // Whether it can be a plain file of this name.
 bool HasStem(const BoxEntry& entry, std::string_view stem) {
   return entry.place == picbox::kPictures && imageio::ImageLoader::IsImage(entry.name.c_str()) &&
@@ -89,8 +93,7 @@ fs::path BoxFolder(const std::string& argument) {
 }
 
 CompoundFile::CompoundFile(const std::string& name)
-    : storage(new KvStorage(platform::StoragePathOf(PathOf(name)).c_str(), OpenModeRead, false,
-                            false)) {
+    : storage(KvStorage::OpenShared(platform::StoragePathOf(PathOf(name)).c_str())) {
   const HRESULT status = storage->OpenStatus();
   if (storage->IsBad()) throw FileError(name, WordsFor(status));
 }
@@ -118,37 +121,37 @@ void BoxFile::OpenFolder(BoxAccess access) {
   root.reset(new KvSimpStorage(platform::StoragePathOf(path).c_str(), ModeOf(access), true, false));
 }
 
-KvStorage* BoxFile::OpenStorage(const fs::path& file, unsigned mode) {
-  auto storage =
-      std::make_unique<KvStorage>(platform::StoragePathOf(file).c_str(), mode, false, false);
+KvStorage* BoxFile::Opened(KvStorage* storage) {
+  std::unique_ptr<KvStorage> holder(storage);
   if (storage->IsBad()) Fail(WordsFor(storage->OpenStatus()));
-  return storage.release();
+  return holder.release();
 }
 
 void BoxFile::OpenCompound(BoxAccess access) {
   std::error_code error;
   isNew = access == BoxAccess::Make && !fs::exists(path, error);
-  if (access == BoxAccess::Read || platform::CompoundFilesSurviveKills()) {
-    compound = OpenStorage(path, ModeOf(access));
+  if (access == BoxAccess::Read) {
+    compound = Opened(KvStorage::OpenShared(platform::StoragePathOf(path).c_str()));
+  } else if (platform::CompoundFilesSurviveKills()) {
+    compound = Opened(Exclusive(path, ModeOf(access)));
   } else {
-    OpenCopy(access);
+    OpenCopy();
   }
   root.reset(compound);
 }
 
-void BoxFile::OpenCopy(BoxAccess access) {
+void BoxFile::OpenCopy() {
   KvStorage* source = nullptr;
   if (!isNew) {
-    source = OpenStorage(path, OpenModeRead);
+    source = Opened(Exclusive(path, OpenModeRead));
     original.reset(source);
   }
   copy = HiddenBeside(path);
-  compound = OpenStorage(copy, OpenModeReadWrite);
+  compound = Opened(Exclusive(copy, OpenModeReadWrite));
   if (source && !source->CopyTo(compound)) {
     root.reset(compound);
     Fail("the box cannot be copied");
   }
-  static_cast<void>(access);
 }
 
 BoxFile::~BoxFile() {
@@ -247,6 +250,13 @@ std::vector<BoxEntry> BoxFile::SameTitle(const std::string& title) {
     return !picbox::SameText(entry.name, title) && !entry.native;
   });
   return all;
+}
+
+std::string BoxFile::PathIn(const BoxEntry& entry) {
+  constexpr const char* kFolders[] = {"Pictures/",         "Pictures/OnlyPic/",
+                                      "Pictures/PicMask/", "Pictures/OnlyMask/",
+                                      "Pic_Mask/",         "PicMask/"};
+  return kFolders[entry.place] + base::ToUtf8(entry.name);
 }
 
 BoxEntry BoxFile::Need(const std::string& wanted) {

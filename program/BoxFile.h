@@ -58,6 +58,8 @@ class BoxFile {
   std::vector<BoxEntry> Find(const std::string& wanted);
   // Those that a new picture of this name would stand beside.
   std::vector<BoxEntry> SameTitle(const std::string& title);
+  // Where its stream lies in the box: in UTF-8, joined with "/".
+  static std::string PathIn(const BoxEntry& entry);
   // The first one; a FileError when there is none.
   BoxEntry Need(const std::string& wanted);
   picbox::FoundPicture Open(const BoxEntry& entry);
@@ -77,8 +79,8 @@ class BoxFile {
  private:
   void OpenFolder(BoxAccess access);
   void OpenCompound(BoxAccess access);
-  KvStorage* OpenStorage(const std::filesystem::path& file, unsigned mode);
-  void OpenCopy(BoxAccess access);
+  KvStorage* Opened(KvStorage* storage);
+  void OpenCopy();
   void MoveCopy();
   void MarkNative(std::vector<BoxEntry>& entries);
 
@@ -94,7 +96,7 @@ class BoxFile {
   std::unique_ptr<kvPicBox> box;
 };
 
-// Any compound file, opened for reading. A FileError when it cannot be.
+// Any compound file, opened for reading beside other readers. A FileError when it cannot be.
 class CompoundFile {
  public:
   explicit CompoundFile(const std::string& name);

@@ -13,10 +13,19 @@ class FXBOX_API CheckedStream : public IKvStream {
   // Ends the stream but for Close: nothing else is called behind it. False when what was written
   // could not be kept; the element of a folder then has the content from before.
   virtual bool Finish() = 0;
+  // Ends the stream and destroys the object. A file of a folder keeps the content from before; in a
+  // compound file what was written stays, for its storage to delete.
+  virtual void Abandon() = 0;
 
  protected:
   ~CheckedStream() = default;
 };
+
+// Ends any stream whose content is not wanted after all.
+inline void Abandon(IKvStream* stream) {
+  auto* checked = dynamic_cast<CheckedStream*>(stream);
+  checked ? checked->Abandon() : stream->Close();
+}
 
 // Closes any stream; true where a stream cannot tell.
 inline bool CloseChecked(IKvStream* stream) {

@@ -81,6 +81,7 @@ class FileStream final : public CheckedStream {
   void SetLength(unsigned length) override { file.SetLength(length); }
   KvFile* GetFile() override { return &file; }
   void GetStat(STATSTG*) override {}
+  void Abandon() override { delete this; }
   bool Finish() override {
     if (!isFinished) isKept = file.Close();
     isFinished = true;

@@ -41,10 +41,17 @@ KvString FolderOf(const KvString& path) {
 // --- the file
 
 KvStorage::KvStorage(const char* filePath, unsigned mode, bool, bool)
+    : KvStorage(filePath, stg::OpenFlagsOf(mode), mode) {}
+
+KvStorage* KvStorage::OpenShared(const char* path) {
+  return new KvStorage(path, STGM_READ | STGM_SHARE_DENY_WRITE, OpenModeRead);
+}
+
+KvStorage::KvStorage(const char* filePath, DWORD openFlags, unsigned mode)
     : enumeration(std::make_unique<stg::Enumeration>()), path(filePath) {
   HRESULT status = S_OK;
   for (int i = 0; i < kTries; ++i) {
-    status = OpenFile(mode);
+    status = OpenFile(openFlags, mode);
     if (SUCCEEDED(status)) break;
     TellOpenFailure(status);
     if (!stg::IsHeld(status)) break;
@@ -63,10 +70,9 @@ KvStorage::~KvStorage() {
   if (storage) storage->Release();
 }
 
-HRESULT KvStorage::OpenFile(unsigned mode) {
+HRESULT KvStorage::OpenFile(DWORD openFlags, unsigned mode) {
   const stg::WideName wide = stg::WidePathOf(path);
-  HRESULT status =
-      StgOpenStorage(wide.c_str(), nullptr, stg::OpenFlagsOf(mode), nullptr, 0, &storage);
+  HRESULT status = StgOpenStorage(wide.c_str(), nullptr, openFlags, nullptr, 0, &storage);
   if (FAILED(status) && (mode & OpenModeCreate) && stg::IsAbsent(status)) {
     status = StgCreateDocfile(wide.c_str(), stg::FlagsOf(mode), 0, &storage);
   }

@@ -34,6 +34,9 @@ class FXBOX_API KvStorage : public IKvStorage {
 
   // Null where the constructor would leave a bad object. The caller ends it with Close.
   static KvStorage* CreateNewKvStorage(const char* path, unsigned mode, bool native, bool external);
+  // Opens the file for reading beside others who do the same, while the constructor's modes keep
+  // them out. Nobody writes as long as it is open. Bad where the constructor's object would be.
+  static KvStorage* OpenShared(const char* path);
   // Does nothing and gives false.
   static bool FlushAll() { return false; }
 
@@ -71,7 +74,8 @@ class FXBOX_API KvStorage : public IKvStorage {
   HRESULT OpenStatus() const { return openStatus; }
 
  private:
-  HRESULT OpenFile(unsigned mode);
+  KvStorage(const char* path, DWORD openFlags, unsigned mode);
+  HRESULT OpenFile(DWORD openFlags, unsigned mode);
   void TellOpenFailure(HRESULT status) const;
 
   IStorage* storage = nullptr;

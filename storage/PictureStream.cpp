@@ -3,8 +3,12 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <utility>
 
+#include "base/Dib.h"
 #include "storage/PictureNames.h"
+
+using imageio::StoredBitmap;
 
 namespace picbox {
 namespace {
@@ -15,6 +19,8 @@ constexpr std::string_view kTags[] = {"JPG", "JPEG", "TIF", "TIFF", "GIF",
 constexpr std::string_view kUnknownTag = "TYPE";
 constexpr BYTE kPresent = 8;
 constexpr std::uint64_t kPieceBytes = 1 << 20;
+// More than any writer leaves behind what is read. Compressed zeros could go on for ever.
+constexpr std::uint32_t kMostBehind = 1 << 20;
 
 bool IsTag(std::string_view text) {
   return std::find(std::begin(kTags), std::end(kTags), text) != std::end(kTags);
@@ -29,9 +35,8 @@ void StoreNumber(BYTE* at, std::uint32_t number) {
   for (int i = 0; i < 4; ++i) at[i] = static_cast<BYTE>(number >> (8 * i));
 }
 
-// What was read, as many bytes as there were; the sources are all that counts.
-Bytes ReadGrowing(IKvRead& source, std::uint64_t count) {
-  Bytes bytes;
+// Adds to `bytes` until they are so many or there are no more: memory grows with what is there.
+Bytes ReadGrowing(IKvRead& source, std::uint64_t count, Bytes bytes = {}) {
   while (bytes.size() < count) {
     const auto piece = static_cast<unsigned>(std::min(kPieceBytes, count - bytes.size()));
     const std::size_t before = bytes.size();
@@ -115,7 +120,26 @@ Bytes ReadStored(IKvStream& stream, std::uint64_t count) {
   return ReadGrowing(stream, std::min(count, left));
 }
 
+std::uint64_t CopyRest(IKvStream& from, IKvWrite& to) {
+  Bytes block(kPieceBytes);
+  std::uint64_t done = 0;
+  std::uint64_t left = from.GetLength() - std::min(from.GetPosition(), from.GetLength());
+  while (left > 0) {
+    const auto wanted = static_cast<unsigned>(std::min<std::uint64_t>(left, kPieceBytes));
+    const unsigned got = std::min(from.Read(block.data(), wanted), wanted);
+    const unsigned put = got > 0 ? to.Write(block.data(), got) : 0;
+    done += put;
+    left -= got;
+    if (got == 0 || put < got) break;
+  }
+  return done;
+}
+
 // --- bodies
+
+bool FitsBlock(const std::optional<StoredBitmap>& bitmap, std::uint32_t size) {
+  return bitmap && bitmap->Bytes() <= size && size - bitmap->Bytes() <= kMostBehind;
+}
 
 PictureBody::PictureBody(IKvStream& stream, const PictureHead& head)
     : buffered(
@@ -149,7 +173,9 @@ std::optional<std::uint32_t> PictureBody::ReadSize() {
 std::optional<Bytes> PictureBody::ReadBitmap() {
   const auto size = ReadSize();
   if (!size) return std::nullopt;
-  Bytes bitmap = ReadGrowing(zlib, *size);
+  Bytes bitmap = ReadStart(*size, sizeof(base::DibHeader));
+  if (!FitsBlock(StoredBitmap::ParseHead(bitmap), *size)) return std::nullopt;
+  bitmap = ReadGrowing(zlib, *size, std::move(bitmap));
   if (bitmap.size() < *size) return std::nullopt;
   return bitmap;
 }
@@ -170,7 +196,10 @@ bool PictureBody::Skip(std::uint64_t count) {
 
 bool PictureBody::ReachesEnd() {
   BYTE block[4096];
-  while (zlib.Read(block, sizeof block) == sizeof block) {
+  std::uint32_t behind = 0;
+  unsigned got = sizeof block;
+  for (; got == sizeof block && behind < kMostBehind; behind += got) {
+    got = zlib.Read(block, sizeof block);
   }
   return zlib.IsComplete();
 }

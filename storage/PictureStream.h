@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "imageio/StoredBitmap.h"
 #include "storage/BufferedStream.h"
 #include "storage/KvZlib.h"
 #include "storage/PictureHead.h"
@@ -27,6 +28,14 @@ FXBOX_API Bytes SizeHead(std::int32_t encoded, std::uint32_t size);
 // At most `count` bytes from the stream's position; memory grows with what is there.
 FXBOX_API Bytes ReadStored(IKvStream& stream, std::uint64_t count);
 
+// Everything from the stream's position on, piece by piece. Gives the number of bytes that were
+// written.
+FXBOX_API std::uint64_t CopyRest(IKvStream& from, IKvWrite& to);
+
+// Whether a block of this size can hold the bitmap: not much more than it, where anything else
+// would have to be read as well.
+FXBOX_API bool FitsBlock(const std::optional<imageio::StoredBitmap>& bitmap, std::uint32_t size);
+
 // Reads a body from the place behind the image file on, piece by piece in the order of the file.
 // May throw what the stream throws, and KvStreamException.
 class FXBOX_API PictureBody {
@@ -35,14 +44,14 @@ class FXBOX_API PictureBody {
 
   // False when it is cut off.
   bool ReadPosition(std::int32_t& x, std::int32_t& y);
-  // A packed bitmap behind its size; nothing when it is cut off.
+  // A packed bitmap behind its size; nothing when it is cut off or does not fit its size.
   std::optional<Bytes> ReadBitmap();
   // The size and, as far as they are there, the first bytes of a bitmap.
   std::optional<std::uint32_t> ReadSize();
   Bytes ReadStart(std::uint32_t size, std::uint32_t most);
   // Passes over bytes in constant memory; false when they are not all there.
   bool Skip(std::uint64_t count);
-  // Reads the rest in constant memory. False when the data end without an end marker.
+  // Reads the rest, a megabyte at most. False when there is no end marker.
   bool ReachesEnd();
 
  private:

@@ -61,6 +61,7 @@ class CompoundStream final : public CheckedStream {
   KvFile* GetFile() override { return nullptr; }
   void GetStat(STATSTG* out) override { stream->Stat(out, STATFLAG_DEFAULT); }
 
+  void Abandon() override { Close(); }
   bool Finish() override {
     if (!isWritten || hasFailed) return !hasFailed;
     const HRESULT status = stream->Commit(STGC_DEFAULT);

@@ -21,7 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int kDetail = 5;  // the level of lines that tell the way of a copy
-constexpr unsigned kBlockBytes = 1 << 20;
 
 bool IsFilm(std::string_view ext) {
   constexpr std::string_view kFilms[] = {"AVI", "MPG", "MPEG", "MOV", "WMV", "ASF"};
@@ -40,22 +39,6 @@ fs::path OnDisk(const std::string& path) {
 void MakeFolderOf(const fs::path& file) {
   std::error_code ignored;
   if (file.has_parent_path()) fs::create_directories(file.parent_path(), ignored);
-}
-
-// Everything from the stream's position on. Gives the number of bytes that were written.
-std::uint64_t CopyRest(IKvStream& from, IKvWrite& to) {
-  Bytes block(kBlockBytes);
-  std::uint64_t done = 0;
-  std::uint64_t left = from.GetLength() - std::min(from.GetPosition(), from.GetLength());
-  while (left > 0) {
-    const auto wanted = static_cast<unsigned>(std::min<std::uint64_t>(left, kBlockBytes));
-    const unsigned got = std::min(from.Read(block.data(), wanted), wanted);
-    const unsigned put = got > 0 ? to.Write(block.data(), got) : 0;
-    done += put;
-    left -= got;
-    if (got == 0 || put < got) break;
-  }
-  return done;
 }
 
 }  // namespace
@@ -259,7 +242,7 @@ bool kvPicBox::CopyStream(FoundPicture& found, kvPicBox& target, const char* tar
   const std::uint64_t count = length - std::min<std::uint64_t>(found.head.bytes, length);
   if (count < 1) Log().Format(1, "      kvPicBox::CopyImage(): invalid stream size");
   found.stream->Seek(static_cast<long>(found.head.bytes), 0);
-  const std::uint64_t done = CopyRest(*found.stream, *stream);
+  const std::uint64_t done = picbox::CopyRest(*found.stream, *stream);
   Log().Format(kDetail, "      kvPicBox::CopyImage(): Dest image '%s.%s', %d of %d bytes written",
                targetName, tag.c_str(), static_cast<int>(done), static_cast<int>(count));
   return CloseChecked(stream) && done == count && count > 0;
@@ -274,7 +257,7 @@ void kvPicBox::CopyNote(const char* source, kvPicBox& target, const char* target
   const std::string targetNote = picbox::CleanName(targetName) + ".inf";
   IKvStream* copy = to->CreateStream(targetNote.c_str(), OpenModeRewrite);
   if (!copy) return;
-  CopyRest(*note, *copy);
+  picbox::CopyRest(*note, *copy);
   copy->Close();
 }
 

@@ -241,6 +241,20 @@ TEST(CompoundStorage, ASecondUserWaitsForTheFirst) {
   release.join();
 }
 
+TEST(CompoundStorage, ReadersWhoShareKeepOutWritersAlone) {
+  const auto isShared = [](const std::string& path) {
+    const std::unique_ptr<KvStorage> opened(KvStorage::OpenShared(path.c_str()));
+    return !opened->IsBad();
+  };
+  const TemporaryFolder folder;
+  const std::string path = PathText(folder / "box");
+  EXPECT_FALSE(isShared(path));
+  OpenBox(path, OpenModeReadWrite);
+  const StoragePtr first(KvStorage::OpenShared(path.c_str()));
+  EXPECT_TRUE(isShared(path));
+  EXPECT_EQ(OpenBox(path, OpenModeRead | OpenModeWrite), nullptr);
+}
+
 TEST(CompoundStorage, NeverTakesAnotherFile) {
   const TemporaryFolder folder;
   for (const char* content : {"", "no compound file", "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1 cut"}) {
