@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <memory>
+#include <utility>
 
 #include "base/CodePage.h"
 #include "imageio/ImageLoader.h"
 #include "imageio/StoredBitmap.h"
+#include "platform/CompoundCheck.h"
 #include "platform/StoragePath.h"
 #include "platform/component/OleText.h"
 #include "program/BoxFile.h"
@@ -23,6 +27,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kLongestElement = 31;
+constexpr std::size_t kPieceBytes = 1 << 20;
 
 std::string CheckedName(const BoxFile& box, const std::string& wanted) {
   const std::string clean = picbox::CleanName(wanted);
@@ -38,31 +43,89 @@ void CheckLength(const BoxFile& box, const std::string& streamName) {
   }
 }
 
-PictureBytes ReadWhole(const fs::path& file) {
+std::ifstream OpenFile(const fs::path& file) {
   std::error_code error;
   if (fs::is_directory(file, error)) throw FileError(Utf8Of(file), "this is a folder");
   std::ifstream stream(file, std::ios::binary);
   if (!stream) throw FileError(Utf8Of(file), "the file cannot be read");
+  return stream;
+}
+
+PictureBytes ReadWhole(const fs::path& file) {
+  std::ifstream stream = OpenFile(file);
   return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+// Writes the bytes of a picture; false when not all of them could be kept.
+using WriteBytes = std::function<bool(IKvStream& target)>;
+
+bool WriteAll(IKvStream& target, const PictureBytes& bytes) {
+  const auto count = static_cast<unsigned>(bytes.size());
+  return target.Write(bytes.data(), count) == count;
+}
+
+WriteBytes FromMemory(PictureBytes bytes) {
+  return [bytes = std::move(bytes)](IKvStream& target) { return WriteAll(target, bytes); };
+}
+
+// Reads the file when it is written, a piece at a time.
+WriteBytes FromFile(const fs::path& file) {
+  return [file](IKvStream& target) {
+    std::ifstream stream = OpenFile(file);
+    PictureBytes piece(kPieceBytes);
+    bool isKept = true;
+    while (isKept && stream) {
+      stream.read(reinterpret_cast<char*>(piece.data()), kPieceBytes);
+      piece.resize(static_cast<std::size_t>(stream.gcount()));
+      isKept = WriteAll(target, piece);
+    }
+    if (isKept && !stream.eof()) throw FileError(Utf8Of(file), "the file cannot be read");
+    return isKept;
+  };
+}
+
+// What stands behind the head of a stored picture, behind another head.
+WriteBytes FromStream(picbox::FoundPicture found, PictureBytes head) {
+  const auto source = std::make_shared<picbox::FoundPicture>(std::move(found));
+  return [source, head = std::move(head)](IKvStream& target) {
+    IKvStream& stream = *source->stream;
+    stream.Seek(static_cast<long>(source->head.bytes), 0);
+    const std::uint64_t count = stream.GetLength() - source->head.bytes;
+    return WriteAll(target, head) && picbox::CopyRest(stream, target) == count;
+  };
 }
 
 // A picture on its way into a box.
 struct NewPicture {
   picbox::Place place = picbox::kPictures;
   std::string streamName;
-  PictureBytes bytes;
+  WriteBytes write;
 };
 
+// Closes the stream in any case. The source of the bytes is closed before: it may be what is
+// replaced.
+bool IsWritten(WriteBytes& write, IKvStream* stream) try {
+  const bool isWhole = std::exchange(write, nullptr)(*stream);
+  if (isWhole) return CloseChecked(stream);
+  Abandon(stream);
+  return false;
+} catch (...) {
+  Abandon(stream);
+  throw;
+}
+
 // Writes the stream and puts it in the place of what has its name.
-void Store(BoxFile& box, const NewPicture& picture, const std::vector<BoxEntry>& replaced) {
+void Store(BoxFile& box, NewPicture picture, const std::vector<BoxEntry>& replaced) {
   CheckLength(box, picture.streamName);
   IKvStorage* storage = box.Pictures().StorageOf(picture.place);
   const std::string staged = box.StagedName(picture.streamName);
   IKvStream* stream = storage ? storage->CreateStream(staged.c_str(), OpenModeRewrite) : nullptr;
-  if (!stream) box.FailPicture(picture.streamName, "the picture cannot be stored");
-  const auto count = static_cast<unsigned>(picture.bytes.size());
-  const bool isWritten = stream->Write(picture.bytes.data(), count) == count;
-  if (!CloseChecked(stream) || !isWritten) {
+  if (!stream) {
+    const bool isDamaged = !box.IsFolder() && !platform::FindCompoundFaults(box.Path(), 1).empty();
+    box.FailPicture(picture.streamName, isDamaged ? "the box is damaged and stays as it is"
+                                                  : "the picture cannot be stored");
+  }
+  if (!IsWritten(picture.write, stream)) {
     if (!box.IsFolder()) storage->DeleteStream(staged.c_str());
     box.FailPicture(picture.streamName, "the picture cannot be written; is the disk full?");
   }
@@ -76,9 +139,9 @@ std::string ExtensionOf(const fs::path& file) {
   return extension.empty() ? std::string() : picbox::CleanName(extension.substr(1));
 }
 
-NewPicture AsPlainFile(const std::string& name, PictureBytes bytes, const std::string& extension) {
+NewPicture AsPlainFile(const std::string& name, WriteBytes write, const std::string& extension) {
   const std::string streamName = extension.empty() ? name : name + "." + extension;
-  return {picbox::kPictures, streamName, std::move(bytes)};
+  return {picbox::kPictures, streamName, std::move(write)};
 }
 
 PictureBytes SaveAs(int type, const PictureBytes& picture, const PictureBytes& mask,
@@ -93,27 +156,29 @@ PictureBytes SaveAs(int type, const PictureBytes& picture, const PictureBytes& m
 }
 
 NewPicture Prepare(const fs::path& file, const std::string& name, const AddRequest& request) {
-  PictureBytes bytes = ReadWhole(file);
-  const std::string where = Utf8Of(file);
   if (request.as == StoreAs::Native) {
-    const std::string extension = ExtensionOf(file);
-    return AsPlainFile(name, std::move(bytes), extension);
+    OpenFile(file);  // before anything of the box is touched
+    return AsPlainFile(name, FromFile(file), ExtensionOf(file));
   }
+  const PictureBytes bytes = ReadWhole(file);
+  const std::string where = Utf8Of(file);
   imageio::ImageLoader loader(bytes);
   if (loader.HadError()) throw FileError(where, loader.Error());
   const PictureBytes& picture = loader.ImageDIB();
   const PictureBytes& mask = loader.MaskDIB();
   if (request.as == StoreAs::Bitmap) {
-    return {picbox::kPictures, name, picbox::NewStream(picture, mask, request.x, request.y, {})};
+    return {picbox::kPictures, name,
+            FromMemory(picbox::NewStream(picture, mask, request.x, request.y, {}))};
   }
   if (mask.empty()) {
     PictureBytes jpeg = loader.Type() == imageio::kTypeJpeg
                             ? bytes
                             : SaveAs(imageio::kTypeJpeg, picture, {}, loader.FileMetadata(), where);
-    return AsPlainFile(name, std::move(jpeg), "JPG");
+    return AsPlainFile(name, FromMemory(std::move(jpeg)), "JPG");
   }
   const PictureBytes jpeg = SaveAs(imageio::kTypeJpeg, picture, {}, loader.FileMetadata(), where);
-  return {picbox::kPictures, name, picbox::NewStream({}, mask, request.x, request.y, jpeg)};
+  return {picbox::kPictures, name,
+          FromMemory(picbox::NewStream({}, mask, request.x, request.y, jpeg))};
 }
 
 void AddOne(BoxFile& box, const std::string& file, const AddRequest& request) {
@@ -125,8 +190,7 @@ void AddOne(BoxFile& box, const std::string& file, const AddRequest& request) {
   if (!existing.empty() && !request.replaces) {
     box.FailPicture(name, "there is such a picture already (--replace takes its place)");
   }
-  const NewPicture picture = Prepare(path, name, request);
-  Store(box, picture, existing);
+  Store(box, Prepare(path, name, request), existing);
   if (!existing.empty()) {
     box.Pictures().StorageOf(picbox::kPictures)->DeleteStream((name + ".inf").c_str());
   }
@@ -246,48 +310,36 @@ int NotePicture(const std::string& boxName, const std::string& name, const std::
 
 namespace {
 
-PictureBytes Behind(picbox::FoundPicture& found) {
-  found.stream->Seek(static_cast<long>(found.head.bytes), 0);
-  return picbox::ReadStored(*found.stream, found.stream->GetLength());
-}
-
-void Append(PictureBytes& bytes, const PictureBytes& more) {
-  bytes.insert(bytes.end(), more.begin(), more.end());
-}
-
 // The same content under a head of the generation that is wanted.
-NewPicture WithHead(picbox::FoundPicture& found, const std::string& title, bool toOld) {
+NewPicture WithHead(picbox::FoundPicture found, const std::string& title, bool toOld) {
   constexpr picbox::Place kOldPlaces[] = {picbox::kPicMask, picbox::kOnlyPic, picbox::kOnlyMask};
-  const auto encoded = static_cast<std::int32_t>(found.encoded);
-  NewPicture picture;
-  picture.streamName = title;
-  if (toOld) {
-    picture.place = kOldPlaces[found.kind - picbox::kPictureAndMask];
-  } else {
-    picture.bytes = picbox::TagHead(found.kind, found.tag.empty() ? "JPG" : found.tag);
-  }
-  Append(picture.bytes, picbox::SizeHead(encoded, found.size));
-  Append(picture.bytes, Behind(found));
-  return picture;
+  const picbox::Place place =
+      toOld ? kOldPlaces[found.kind - picbox::kPictureAndMask] : picbox::kPictures;
+  PictureBytes head;
+  if (!toOld) head = picbox::TagHead(found.kind, found.tag.empty() ? "JPG" : found.tag);
+  const PictureBytes sizes = picbox::SizeHead(static_cast<std::int32_t>(found.encoded), found.size);
+  head.insert(head.end(), sizes.begin(), sizes.end());
+  return {place, title, FromStream(std::move(found), std::move(head))};
 }
 
 NewPicture PlainCopy(BoxFile& box, const BoxEntry& entry, const std::string& title) {
   PictureBytes bytes = PictureFileOf(box, entry, imageio::Format::Png);
   const int type = imageio::ImageLoader::GetType(bytes);
-  return AsPlainFile(title, std::move(bytes), picbox::TagOfType(type));
+  return AsPlainFile(title, FromMemory(std::move(bytes)), picbox::TagOfType(type));
 }
 
 NewPicture CopyOf(BoxFile& box, const BoxEntry& entry, const std::string& title,
                   const CopyRequest& request) {
   picbox::FoundPicture found = box.Open(entry);
   if (found.native && !request.toOld) {
-    return {picbox::kPictures, title + entry.name.substr(entry.Title().size()), Behind(found)};
+    const std::string tail = entry.name.substr(entry.Title().size());
+    return {picbox::kPictures, title + tail, FromStream(std::move(found), {})};
   }
   if (request.toNative) {
     found.stream.reset();
     return PlainCopy(box, entry, title);
   }
-  return WithHead(found, title, request.toOld);
+  return WithHead(std::move(found), title, request.toOld);
 }
 
 PictureBytes NoteOf(BoxFile& box, const std::string& title) {
@@ -324,10 +376,10 @@ int CopyBetween(BoxFile& source, BoxFile& target, const CopyRequest& request) {
       request.newName ? CheckedName(target, ChainTextOf(*request.newName)) : entry.Title();
   std::vector<BoxEntry> replaced = target.SameTitle(title);
   const bool isSame = &source == &target && picbox::SameText(title, entry.Title());
-  const NewPicture picture = CopyOf(source, entry, title, request);
+  NewPicture picture = CopyOf(source, entry, title, request);
   if (isSame && picture.place == entry.place && picture.streamName == entry.name) return kDone;
   const PictureBytes note = NoteOf(source, entry.Title());
-  Store(target, picture, replaced);
+  Store(target, std::move(picture), replaced);
   if (!isSame) StoreNote(target, title, note);
   target.Keep();
   return kDone;

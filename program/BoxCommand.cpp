@@ -4,9 +4,11 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <set>
 
 #include "imageio/ImageLoader.h"
 #include "imageio/StoredBitmap.h"
+#include "platform/CompoundCheck.h"
 #include "platform/Services.h"
 #include "program/BoxChanges.h"
 #include "program/BoxFile.h"
@@ -38,6 +40,8 @@ struct BoxOptions {
   bool toNew = false;
   bool toOld = false;
 };
+
+constexpr std::size_t kMostFaults = 1000;
 
 constexpr char kExamples[] = R"(Examples:
   fxbox box add shots.box photo.jpg             keeps the photo's pixels in a compound file
@@ -134,23 +138,26 @@ int Info(const BoxOptions& options) {
 
 // --- tree and check
 
-std::vector<TreeElement> TreeOf(const std::string& name, bool reads) {
+// The folder that is meant; nothing when it is a file.
+std::optional<std::filesystem::path> FolderOf(const std::string& name) {
   std::error_code error;
   const bool isFolder = std::filesystem::is_directory(PathOf(name), error);
-  if (isFolder) return TreeOfFolder(PathOf(name));
-  if (NamesFolder(name)) {
-    if (!std::filesystem::is_directory(BoxFolder(name), error)) {
-      throw FileError(name, "there is no such folder");
-    }
-    return TreeOfFolder(BoxFolder(name));
+  if (isFolder) return PathOf(name);
+  if (!NamesFolder(name)) return std::nullopt;
+  if (!std::filesystem::is_directory(BoxFolder(name), error)) {
+    throw FileError(name, "there is no such folder");
   }
-  const CompoundFile file(name);
-  return TreeOfCompound(*file.Element(), reads);
+  return BoxFolder(name);
+}
+
+std::vector<TreeElement> TreeOf(const std::string& name) {
+  const auto folder = FolderOf(name);
+  return folder ? TreeOfFolder(*folder) : TreeOfCompound(*CompoundFile(name).Element());
 }
 
 int Tree(const BoxOptions& options) {
   Json list = Json::array();
-  for (const TreeElement& element : TreeOf(options.box, false)) {
+  for (const TreeElement& element : TreeOf(options.box)) {
     const char* type = element.isStorage ? "storage" : "stream";
     if (options.json) {
       list.push_back({{"path", element.path}, {"type", type}, {"bytes", element.bytes}});
@@ -162,24 +169,48 @@ int Tree(const BoxOptions& options) {
   return kDone;
 }
 
-int Check(const BoxOptions& options) {
-  int status = kDone;
-  const auto tell = [&status](const std::string& name, const std::string& fault) {
-    std::cout << name << ": " << fault << '\n';
-    status = kSomeFailed;
-  };
-  for (const TreeElement& element : TreeOf(options.box, true)) {
-    if (!element.fault.empty()) tell(element.path, element.fault);
+// Tells what is broken and keeps the names.
+class Faults {
+ public:
+  void Tell(const std::string& name, const std::string& words) {
+    names.insert(name);
+    std::cout << name << ": " << words << '\n';
   }
+  const std::set<std::string>& Names() const { return names; }
+
+ private:
+  std::set<std::string> names;
+};
+
+// What shares sectors with something else is told first and is not read: a file of such streams
+// could keep a reader busy for ever.
+void CheckCompound(const std::string& name, Faults& faults) {
+  const CompoundFile file(name);
+  for (const auto& fault : platform::FindCompoundFaults(PathOf(name), kMostFaults)) {
+    const std::string other = fault.other.empty() ? "" : " " + ShownName(fault.other);
+    faults.Tell(fault.path.empty() ? name : ShownName(fault.path), fault.words + other);
+  }
+  if (faults.Names().size() >= kMostFaults) throw FileError(name, "there are too many faults");
+  const std::set<std::string> unread = faults.Names();
+  for (const TreeElement& element : TreeOfCompound(*file.Element(), &unread)) {
+    if (!element.fault.empty()) faults.Tell(element.path, element.fault);
+  }
+}
+
+int Check(const BoxOptions& options) {
+  Faults faults;
+  if (!FolderOf(options.box)) CheckCompound(options.box, faults);
+  const std::set<std::string> unread = faults.Names();
   BoxFile box(options.box, BoxAccess::Read);
   for (const BoxEntry& entry : box.Entries()) {
+    if (unread.count(BoxFile::PathIn(entry)) > 0) continue;
     const std::string fault = FaultOf(box, entry);
-    if (!fault.empty()) tell(base::ToUtf8(entry.name), fault);
+    if (!fault.empty()) faults.Tell(base::ToUtf8(entry.name), fault);
   }
   for (const std::string& note : BrokenNotes(box)) {
-    tell(base::ToUtf8(note), "the note is broken");
+    faults.Tell(base::ToUtf8(note), "the note is broken");
   }
-  return status;
+  return faults.Names().empty() ? kDone : kSomeFailed;
 }
 
 // --- get

@@ -16,6 +16,8 @@ using imageio::StoredBitmap;
 using picbox::FoundPicture;
 using picbox::PictureBody;
 
+// These tell what kind of file it is.
+constexpr std::uint64_t kTypeBytes = 4096;
 // Heads of picture files are rarely longer.
 constexpr std::uint64_t kStartBytes = 256 * 1024;
 constexpr std::uint32_t kBitmapHeadBytes = 40;
@@ -53,9 +55,11 @@ bool DescribeFile(const PictureBytes& file, PictureDetails& details) try {
 void DescribeEncoded(FoundPicture& found, PictureDetails& details) {
   const std::uint64_t size = found.native ? found.stream->GetLength() : found.size;
   details.encodedBytes = size;
-  for (const std::uint64_t most : {std::min(size, kStartBytes), size}) {
+  for (const std::uint64_t most : {kTypeBytes, kStartBytes, size}) {
     found.stream->Seek(static_cast<long>(found.head.bytes), 0);
-    if (DescribeFile(picbox::ReadStored(*found.stream, most), details) || most == size) return;
+    const PictureBytes start = picbox::ReadStored(*found.stream, std::min(most, size));
+    if (imageio::ImageLoader::GetType(start) == imageio::kTypeNone) return;
+    if (DescribeFile(start, details) || most >= size) return;
   }
 }
 
@@ -116,7 +120,7 @@ std::string FaultOfBitmap(PictureBody& body, bool isMask) {
   const PictureBytes start = body.ReadStart(*size, kBitmapHeadBytes + kMostTableBytes);
   const auto head = StoredBitmap::ParseHead(start);
   if (!head || (isMask && !head->IsMask())) return what + " is damaged";
-  if (head->Bytes() > *size) return what + " is shorter than its size says";
+  if (!picbox::FitsBlock(head, *size)) return what + " has another length than its size says";
   return body.Skip(*size - start.size()) ? "" : what + " ends early";
 }
 

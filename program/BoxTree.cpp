@@ -17,18 +17,9 @@ using platform::ComPtr;
 constexpr DWORD kReadElement = STGM_READ | STGM_SHARE_EXCLUSIVE;
 // What a file can say about itself and still be shown.
 constexpr std::size_t kMostElements = 1 << 20;
+constexpr std::size_t kMostLevels = 64;
 
 using WideName = std::basic_string<OLECHAR>;
-
-std::string Utf8OfName(const WideName& name) {
-  const std::u16string wide(name.begin(), name.end());
-  const std::u8string text = fs::path(wide).u8string();
-  std::string result(text.begin(), text.end());
-  // Some names begin with a control character, which nobody wants on a terminal.
-  std::replace_if(
-      result.begin(), result.end(), [](char c) { return c >= 0 && c < 32; }, '?');
-  return result;
-}
 
 struct Element {
   WideName name;
@@ -78,7 +69,16 @@ struct Level {
 
 }  // namespace
 
-std::vector<TreeElement> TreeOfCompound(IStorage& root, bool reads) {
+std::string ShownName(std::u16string_view name) {
+  const std::u8string text = fs::path(name).u8string();
+  std::string result(text.begin(), text.end());
+  // Some names begin with a control character, which nobody wants on a terminal.
+  std::replace_if(
+      result.begin(), result.end(), [](char c) { return c >= 0 && c < 32; }, '?');
+  return result;
+}
+
+std::vector<TreeElement> TreeOfCompound(IStorage& root, const std::set<std::string>* unread) {
   std::vector<TreeElement> tree;
   std::vector<Level> levels;
   levels.push_back({ComPtr<IStorage>(&root), "", ElementsOf(root)});
@@ -90,11 +90,16 @@ std::vector<TreeElement> TreeOfCompound(IStorage& root, bool reads) {
     }
     const Element element = level.elements[level.next++];
     TreeElement& told = tree.emplace_back();
-    told.path = level.path + Utf8OfName(element.name);
+    told.path = level.path + ShownName(std::u16string(element.name.begin(), element.name.end()));
     told.isStorage = element.type == STGTY_STORAGE;
     told.bytes = told.isStorage ? 0 : element.bytes;
-    if (!told.isStorage && reads) told.fault = FaultOfStream(*level.storage.Get(), element);
+    const bool isRead = unread && unread->count(told.path) == 0;
+    if (!told.isStorage && isRead) told.fault = FaultOfStream(*level.storage.Get(), element);
     if (!told.isStorage) continue;
+    if (levels.size() == kMostLevels) {
+      told.fault = "the storage lies too deep";
+      continue;
+    }
     ComPtr<IStorage> below;
     const HRESULT status = level.storage->OpenStorage(element.name.c_str(), nullptr, kReadElement,
                                                       nullptr, 0, below.Put());

@@ -15,6 +15,8 @@ case "$preset" in
     around=(scripts/with-display.sh)
     FXBOX_WINEPREFIX="$(scripts/wine-prefix.sh --where)" # once here, not once a test
     export FXBOX_WINEPREFIX
+    # One test lets the programs of both systems exchange their files.
+    scripts/build.sh linux fxbox
     # Now and then a program does not end under Wine after its last test has passed.
     again=(--repeat after-timeout:2)
     ;;

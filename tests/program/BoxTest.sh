@@ -15,7 +15,7 @@ cd "$folder" || exit 1
 fail() {
   echo "FAILED: $*" >&2
   for log in stdout stderr; do
-    [ -s $log ] && sed "s/^/  $log: /" $log >&2
+    [ -s $log ] && head -n 20 $log | sed "s/^/  $log: /" >&2
   done
   exit 1
 }
@@ -175,48 +175,145 @@ test_damage() {
   grep -q '^text	better$' stdout || fail "the note was not written anew"
 }
 
-# What a killed command leaves: each picture as it was or as it should be.
-state() {
-  rm -f now.*
-  for name in one two; do
-    run 0 box get "$1" $name -o now.$name.ppm
-    cmp -s now.$name.ppm opaque.ppm || cmp -s now.$name.ppm other.ppm || fail "$name is neither old nor new"
+# A photograph goes from each system's program to the other's and comes back byte for byte.
+# FXBOX_LINUX_PROGRAM is the other program, FXBOX_PHOTO the photograph.
+test_exchange() {
+  here=$prefix
+  there=$FXBOX_LINUX_PROGRAM
+  [ -x "$there" ] || fail "$there is missing: scripts/build.sh linux fxbox"
+  pictures
+  cp "$FXBOX_PHOTO" photo.jpg
+  for box in shots.box shots/; do
+    for way in there:here here:there; do
+      name=${way%:*}
+      eval "prefix=\$$name"
+      run 0 box add "$box" photo.jpg --native --name "$name-native"
+      run 0 box add "$box" photo.jpg --name "$name-pixels"
+      run 0 box add "$box" photo.jpg --encoded --name "$name-encoded"
+      run 0 box add "$box" alpha.pam --at -93,-51 --name "$name-alpha"
+      run 0 box note "$box" "$name-alpha" "$(printf 'gr\303\274n')"
+      run 0 box get "$box" "$name-pixels" -o written.ppm
+      run 0 box get "$box" "$name-alpha" -o written.raw
+      run 0 box info "$box" "$name-alpha"
+      cp stdout written.info
+      eval "prefix=\$${way#*:}"
+      run 0 box check "$box"
+      output_is ""
+      for kind in native encoded; do
+        run 0 box get "$box" "$name-$kind" -o read.jpg
+        same read.jpg photo.jpg
+      done
+      run 0 box get "$box" "$name-pixels" -o read.ppm
+      same read.ppm written.ppm
+      run 0 box get "$box" "$name-alpha" -o read.raw
+      same read.raw written.raw
+      run 0 box get "$box" "$name-alpha" -o read.pam
+      same read.pam alpha.pam
+      run 0 box info "$box" "$name-alpha"
+      same stdout written.info
+      run 0 box list "$box"
+      rm -f read.* written.*
+    done
+    [ "$(wc -l <stdout)" -eq 8 ] || fail "not all pictures are there"
   done
-  same now.two.ppm opaque.ppm
+}
+
+# Two pictures that have the same sectors read well and are told all the same; the box is left alone.
+test_shared_sectors() {
+  printf 'P6\n60 40\n255\n' >other.ppm
+  head -c 7200 /dev/urandom >>other.ppm
+  run 0 box add shots.box other.ppm --name one_of_two
+  run 0 box add shots.box other.ppm --name two_of_two
+  entries() {
+    LC_ALL=C grep -abo "$(printf "$1" | sed 's/./&./g')" shots.box | cut -d: -f1
+  }
+  from=$(entries one_of_two | tail -n 1)
+  for to in $(entries two_of_two); do
+    dd if=shots.box of=shots.box bs=1 skip=$((from + 116)) seek=$((to + 116)) count=4 conv=notrunc 2>/dev/null
+  done
+  run 0 box get shots.box two_of_two -o out.ppm
+  same out.ppm other.ppm
+  run 1 box check shots.box
+  output_is "Pictures/two_of_two: the stream has the same sectors as Pictures/one_of_two"
+}
+
+# What a kill leaves: one and the copies as they were or as they should be, two untouched.
+state() {
+  for name in one two new copied; do
+    rm -f now.ppm
+    $prefix box get "$1" $name -o now.ppm 2>stderr || [ $name = new ] || [ $name = copied ] || fail "$name is gone"
+    [ ! -e now.ppm ] || cmp -s now.ppm opaque.ppm || { cmp -s now.ppm other.ppm && [ $name != two ]; } ||
+      fail "$name is neither old nor new"
+  done
+  run 0 box info "$1" one
+  grep -qE '^text	(first|second)$' stdout || grep -q '^text	null$' stdout || fail "the note is neither old nor new"
   run 0 box check "$1"
 }
 
+milliseconds() {
+  echo $(($(date +%s%N) / 1000000))
+}
+
+# kill_in_time SHARE ARGUMENT...: after so many hundredths of the time that a command takes.
+kill_in_time() {
+  pause=$(printf %04d $((duration * $1 / 100)))
+  shift
+  $prefix "$@" >/dev/null 2>&1 &
+  writer=$!
+  sleep "${pause%???}.${pause#?}"
+  kill -9 $writer 2>/dev/null
+  wait $writer 2>/dev/null
+  [ $? -eq 0 ] || kills=$((kills + 1))
+}
+
+# kill_in_writing SHARE ARGUMENT...: when it has written so many hundredths of the large picture to a
+# file, or behind the end of the box.
+kill_in_writing() {
+  size=$(($(wc -c <other.ppm) * $1 / 100))
+  [ ! -f "$box" ] || size=$((size + $(wc -c <"$box")))
+  shift
+  (
+    ulimit -c 0
+    ulimit -f $((size / 512 + 1))
+    $prefix "$@" >/dev/null 2>&1
+  ) 2>/dev/null
+  [ $? -eq 0 ] || kills=$((kills + 1))
+}
+
+# FXBOX_SOAK kills for each kind of box.
 test_kills() {
   pictures
   # Large enough for the kill to come in the middle.
   printf 'P6\n600 400\n255\n' >other.ppm
   head -c 720000 /dev/urandom >>other.ppm
+  count=${FXBOX_SOAK:-20}
   for box in shots.box shots/; do
     run 0 box add "$box" opaque.ppm --name one
     run 0 box add "$box" opaque.ppm --name two
+    run 0 box add "$box" other.ppm --name copy
+    start=$(milliseconds)
+    run 0 box note "$box" one first
+    duration=$(($(milliseconds) - start))
+    kills=0
     i=0
-    while [ $i -lt "${FXBOX_SOAK:-20}" ]; do
-      $prefix box add "$box" other.ppm --name one --replace >/dev/null 2>&1 &
-      writer=$!
-      sleep 0.0$((i % 8))$((i % 10))
-      kill -9 $writer 2>/dev/null
-      wait $writer 2>/dev/null
-      state "$box"
+    while [ $i -lt "$count" ]; do
+      share=$((i * 37 % 100 + 10))
+      way=kill_in_time
+      [ $((i / 5 % 2)) -eq 0 ] || way=kill_in_writing
       run 0 box add "$box" opaque.ppm --name one --replace
-      $prefix box copy "$box" two "$box" three >/dev/null 2>&1 &
-      writer=$!
-      sleep 0.00$((i % 10))
-      kill -9 $writer 2>/dev/null
-      wait $writer 2>/dev/null
-      state "$box"
-      $prefix box delete "$box" three >/dev/null 2>&1 &
-      writer=$!
-      sleep 0.00$((i % 10))
-      kill -9 $writer 2>/dev/null
-      wait $writer 2>/dev/null
+      run 0 box note "$box" one first
+      case $((i % 5)) in
+        0) $way $share box add "$box" other.ppm --name new ;;
+        1) $way $share box add "$box" other.ppm --name one --replace ;;
+        2) $way $share box note "$box" one second ;;
+        3) $way $share box copy "$box" copy "$box" copied ;;
+        4) $way $share box delete "$box" new ;;
+      esac
       state "$box"
       i=$((i + 1))
     done
+    echo "$kills of $count commands on $box were killed"
+    [ $kills -gt 0 ] || fail "no kill came in time"
     run 0 box list "$box"
     grep -q fxbox stdout && fail "a staged picture is listed"
   done
@@ -255,6 +352,40 @@ test_full_disk() {
     same out.ppm opaque.ppm
     run 0 box check "$box"
   done
+}
+
+# Any file at all: an exit status and a line, within 2 s of the processor and 256 MB beside the program
+# itself; it is as it was before. FXBOX_HOSTILE makes the files.
+test_hostile() {
+  pictures
+  printf 'P6\n60 40\n255\n' >other.ppm
+  head -c 7200 /dev/urandom >>other.ppm
+  run 0 box add whole.box other.ppm --name a
+  python3 "$FXBOX_HOSTILE" whole.box || fail "the files cannot be made"
+  mkdir -p shots_kv/Pictures
+  mv bomb huge endless encoded note.inf shots_kv/Pictures
+  for file in *.box shots/; do
+    [ $file != whole.box ] || continue
+    sum=
+    [ ! -f $file ] || sum=$(stat -c "%s %y" $file)
+    for command in "list $file" "tree $file" "check $file" "info $file a" "get $file a -o out.png" \
+      "copy $file a target.box" "note $file a text" "add $file opaque.ppm --name b" "rename $file a c" \
+      "delete $file a" "info $file s1" "get $file bomb -o out.png" "info $file bomb"; do
+      (
+        ulimit -v 360000
+        ulimit -t 2
+        exec timeout 60 $prefix box $command >stdout 2>stderr
+      )
+      status=$?
+      [ $status -le 1 ] || fail "status $status: $command"
+      [ $status -eq 0 ] || [ "$(wc -l <stderr)" -eq 1 ] || [ "${command%% *}" = check ] || fail "not one line: $command"
+      # What can be written to is as it should be.
+      [ $status -eq 0 ] || [ ! -f $file ] || [ "$(stat -c "%s %y" $file)" = "$sum" ] || fail "changed: $command"
+      [ $status -ne 0 ] || [ ! -f $file ] || sum=$(stat -c "%s %y" $file)
+    done
+    rm -f $file
+  done
+  return 0
 }
 
 "test_$case_name"
