@@ -12,6 +12,7 @@ set(rules
   "picture/|storage settings imageio platform base"
   "imageio/|platform base"
   "storage/|imageio settings platform base"
+  "core/IconPicture[.]|storage settings picture platform base"
   "core/|settings picture platform base"
   "editing/|core settings picture platform base"
   "filters/pixels/simd/|base"

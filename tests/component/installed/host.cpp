@@ -1,11 +1,12 @@
 // A program that uses the installed library as its documentation says: a creator, a filter, a
-// parameter.
+// parameter, the icons and scripts.
 #include <component/Fxbox4.h>
 #include <core/AnimChain.h>
 #include <core/AnimInterfaces.h>
 #include <core/FilterShapes.h>
 #include <imageio/ImageFile.h>
 #include <platform/component/ComPtr.h>
+#include <storage/KvPrivateStorage.h>
 
 #include <cstdio>
 #include <cstring>
@@ -21,6 +22,11 @@ int main() {
   if (!filter || FAILED(filter->SetParameter("Sepia=042", 0))) return 2;
   filter->GetParameter(text, sizeof text);
   std::puts(text);
+  // What it carries is in the program itself where that is linked statically.
+  KvResourceStorage resource(reinterpret_cast<HMODULE>(&FxboxCreateCreator));
+  IKvStorage* const scripts = resource.OpenStorage("Scripts", OpenModeRead, false, false);
+  if (!scripts) return 4;
+  scripts->Close();
   const bool isPng = imageio::FormatOfName("a.png") == imageio::Format::Png;
   return std::strcmp(text, "Sepia=042") == 0 && isPng ? 0 : 3;
 }
