@@ -5,6 +5,7 @@ include(CMakePackageConfigHelpers)
 set(FXBOX_SANITIZE "" CACHE STRING "Sanitizers to build with: address (with undefined), thread, or none")
 option(FXBOX_FUZZ "Build the fuzz targets (needs clang)" OFF)
 option(FXBOX_TESTS "Build the tests" ON)
+option(FXBOX_PRECOMPILE "Read the standard headers once for all sources" OFF)
 option(FXBOX_WARNINGS_AS_ERRORS "Stop at the first warning" OFF)
 if(WIN32)
   option(FXBOX_BENCHMARKS "Build the benchmarks" OFF)
@@ -55,6 +56,23 @@ else()
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform/native>)
 endif()
 
+# fxbox_read_ahead(NAME [HEADER]...): NAME has read the standard headers and those named, for the
+# targets that say target_precompile_headers(... REUSE_FROM NAME). A source still includes what it
+# uses: the release build for Linux reads nothing ahead.
+function(fxbox_read_ahead name)
+  set(headers algorithm array atomic cmath cstdint cstdlib cstring filesystem fstream functional map
+    memory mutex optional random span string string_view thread utility vector ${ARGN})
+  list(TRANSFORM headers REPLACE "(.+)" "<\\1>")
+  set(source ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
+  file(WRITE ${source} "")
+  add_library(${name} OBJECT ${source})
+  target_link_libraries(${name} PRIVATE fxbox_system fxbox_warnings)
+  target_precompile_headers(${name} PRIVATE ${headers})
+endfunction()
+if(FXBOX_PRECOMPILE)
+  fxbox_read_ahead(fxbox_headers)
+endif()
+
 # fxbox_room(NAME SOURCES ... ROOMS ... LIBRARIES ...): the static library of one folder. ROOMS are the
 # folders that it may include, LIBRARIES what it needs from outside.
 function(fxbox_room name)
@@ -64,6 +82,9 @@ function(fxbox_room name)
   list(TRANSFORM ROOM_ROOMS PREPEND fxbox_)
   target_link_libraries(fxbox_${name} PUBLIC fxbox_system ${ROOM_ROOMS} ${ROOM_LIBRARIES}
     PRIVATE $<BUILD_INTERFACE:fxbox_warnings>)
+  if(FXBOX_PRECOMPILE)
+    target_precompile_headers(fxbox_${name} REUSE_FROM fxbox_headers)
+  endif()
 endfunction()
 
 if(WIN32)

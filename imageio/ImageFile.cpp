@@ -140,7 +140,7 @@ struct ImageReader::State {
     info.notes = head.notes;
     if (!info.metadata.profile.empty() && !DescribesRgb(info.metadata.profile)) {
       info.metadata.profile.clear();
-      info.notes.push_back("its colour profile is not of red, green and blue and is left out");
+      info.notes.emplace_back("its colour profile is not of red, green and blue and is left out");
     }
     ResetExifOrientation(info.metadata.exif);
     ResetXmpOrientation(info.metadata.xmp);
