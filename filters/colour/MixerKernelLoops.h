@@ -30,19 +30,6 @@ inline bool Same(const ChannelRecipe& a, const ChannelRecipe& b) {
          a.constant == b.constant;
 }
 
-// Bytes of two planes side by side as numbers of 16 bits: a quarter of the pixels in each vector.
-struct Pairs {
-  Shorts quarters[4];
-};
-
-[[gnu::always_inline]] inline Pairs PairUp(Bytes even, Bytes odd) {
-  const Bytes low = UnpackLow(even, odd);
-  const Bytes high = UnpackHigh(even, odd);
-  const Bytes none = {};
-  return {(Shorts)UnpackLow(low, none), (Shorts)UnpackHigh(low, none),
-          (Shorts)UnpackLow(high, none), (Shorts)UnpackHigh(high, none)};
-}
-
 class ChannelMix {
  public:
   explicit ChannelMix(const ChannelRecipe& recipe)
@@ -51,13 +38,12 @@ class ChannelMix {
         share_(All<Floats>(1.0f / static_cast<float>(recipe.divisor))),
         constant_(All<Ints>(recipe.constant)) {}
 
-  [[gnu::always_inline]] Bytes operator()(const Pairs& blueGreen, const Pairs& red) const {
-    const auto quarter = [&](int i) __attribute__((always_inline)) {
+  [[gnu::always_inline]] Bytes operator()(const BytePairs& blueGreen, const BytePairs& red) const {
+    return PackQuarters([&](int i) __attribute__((always_inline)) {
       return Quotient(MultiplyPairs(blueGreen.quarters[i], ofBlueGreen_) +
                       MultiplyPairs(red.quarters[i], ofRed_)) +
              constant_;
-    };
-    return Pack((Words)Pack(quarter(0), quarter(1)), (Words)Pack(quarter(2), quarter(3)));
+    });
   }
 
  private:
@@ -88,8 +74,8 @@ class Mixer {
 
   [[gnu::always_inline]] Block operator()(const Block& block) const {
     const Planes old = Split(block);
-    const Pairs blueGreen = PairUp(old.blue, old.green);
-    const Pairs red = PairUp(old.red, Bytes{});
+    const BytePairs blueGreen = PairUp(old.blue, old.green);
+    const BytePairs red = PairUp(old.red, Bytes{});
     return Join({keepsBlue_ ? old.blue : blue_(blueGreen, red),
                  keepsGreen_ ? old.green : green_(blueGreen, red),
                  keepsRed_ ? old.red : red_(blueGreen, red)});

@@ -93,8 +93,8 @@ void InvertAvx2(std::uint8_t* bytes, std::size_t count, int percent, const ByteT
 
 const PointKernelTable& PointKernelTable::Avx2() {
   static constexpr PointKernelTable kTable = {
-      SepiaAvx2, BlackWhiteAvx2, ShiftColoursLoop,     InvertAvx2,
-      FadeLoop,  InvertMaskLoop, PutBackgroundInBlocks};
+      SepiaAvx2, BlackWhiteAvx2,     ShiftColoursLoop,     InvertAvx2,
+      FadeLoop,  InvertMaskInBlocks, PutBackgroundInBlocks};
   return kTable;
 }
 

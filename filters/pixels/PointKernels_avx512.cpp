@@ -158,8 +158,8 @@ void FadeAvx512(std::uint8_t* mask, std::size_t count, std::uint8_t, const ByteT
 
 const PointKernelTable& PointKernelTable::Avx512() {
   static constexpr PointKernelTable kTable = {
-      SepiaAvx512, BlackWhiteAvx512, ShiftColoursLoop,     InvertAvx512,
-      FadeAvx512,  InvertMaskLoop,   PutBackgroundInBlocks};
+      SepiaAvx512, BlackWhiteAvx512,   ShiftColoursLoop,     InvertAvx512,
+      FadeAvx512,  InvertMaskInBlocks, PutBackgroundInBlocks};
   return kTable;
 }
 

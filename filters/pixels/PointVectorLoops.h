@@ -4,6 +4,7 @@
 // of which the second factors have a sign.
 #pragma once
 
+#include "filters/pixels/MaskMixLoops.h"
 #include "filters/pixels/PointKernelLoops.h"
 #include "filters/pixels/PointKernelTable.h"
 #include "filters/pixels/simd/PixelBlocks.h"
@@ -66,43 +67,6 @@ inline void ShiftColoursLoop(std::uint8_t* colour, int width, const ColourOffset
                      SubtractLimited(AddLimited(block.part1, raise.part1), lower.part1),
                      SubtractLimited(AddLimited(block.part2, raise.part2), lower.part2)};
       });
-}
-
-// With 1 more than the sum, which is 128 x 255 too low, the quotient is exact.
-[[gnu::always_inline]] inline Words Part255(Bytes weights, Bytes centredPairs) {
-  const Words sum = MultiplyPairs(weights, centredPairs) + All<Words>(128 * 255 + 1);
-  return (sum + (sum >> 8)) >> 8;
-}
-
-[[gnu::always_inline]] inline Bytes LaidBehind(Bytes bytes, Bytes fill, Bytes masks) {
-  const Bytes kept = ~masks;
-  const Bytes shown = Centred(bytes);
-  const Bytes laid = Centred(fill);
-  return Pack(Part255(UnpackLow(kept, masks), UnpackLow(shown, laid)),
-              Part255(UnpackHigh(kept, masks), UnpackHigh(shown, laid)));
-}
-
-// A background that nothing shines through: all sums are parts of 255, and no mask is left.
-inline void PutOpaqueBackground(std::uint8_t* colour, std::uint8_t* mask, int width, Colour fill) {
-  const Block fills = Join({All<Bytes>(fill.blue), All<Bytes>(fill.green), All<Bytes>(fill.red)});
-  for (; width >= kPixels; width -= kPixels, colour += kBlockBytes, mask += kPixels) {
-    Prefetch(colour);
-    const auto masks = Load<Bytes>(mask);
-    if (!IsAny(masks)) continue;
-    const Block block = LoadBlock(colour);
-    const Block spread = Spread(masks);
-    StoreBlock(colour, {LaidBehind(block.part0, fills.part0, spread.part0),
-                        LaidBehind(block.part1, fills.part1, spread.part1),
-                        LaidBehind(block.part2, fills.part2, spread.part2)});
-    Store(mask, Bytes{});
-  }
-  MixRow(colour, mask, width, fill, OpaqueBackground{});
-}
-
-inline void PutBackgroundInBlocks(std::uint8_t* colour, std::uint8_t* mask, int width,
-                                  Colour background, int percent) {
-  if (percent == 0) return PutOpaqueBackground(colour, mask, width, background);
-  PutBackgroundLoop(colour, mask, width, background, percent);
 }
 
 }  // namespace

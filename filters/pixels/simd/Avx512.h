@@ -56,6 +56,12 @@ template <int kNumber>
 [[gnu::always_inline]] inline Bytes UnpackHigh(Bytes even, Bytes odd) {
   return (Bytes)_mm512_unpackhi_epi8((Bits)even, (Bits)odd);
 }
+[[gnu::always_inline]] inline Words UnpackLow(Words even, Words odd) {
+  return (Words)_mm512_unpacklo_epi16((Bits)even, (Bits)odd);
+}
+[[gnu::always_inline]] inline Words UnpackHigh(Words even, Words odd) {
+  return (Words)_mm512_unpackhi_epi16((Bits)even, (Bits)odd);
+}
 [[gnu::always_inline]] inline Bytes Pack(Words low, Words high) {
   return (Bytes)_mm512_packus_epi16((Bits)low, (Bits)high);
 }

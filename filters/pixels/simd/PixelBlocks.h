@@ -29,6 +29,24 @@ constexpr std::size_t kBlockBytes = 3 * kPixels;
   Store(at + 2 * kVectorBytes, block.part2);
 }
 
+// Bytes of two planes side by side as numbers of 16 bits, a quarter of the pixels in each vector.
+// Packs bring the pixels back in order.
+struct BytePairs {
+  Shorts quarters[4];
+};
+[[gnu::always_inline]] inline BytePairs PairUp(Bytes even, Bytes odd) {
+  const Bytes low = UnpackLow(even, odd);
+  const Bytes high = UnpackHigh(even, odd);
+  const Bytes none = {};
+  return {(Shorts)UnpackLow(low, none), (Shorts)UnpackHigh(low, none),
+          (Shorts)UnpackLow(high, none), (Shorts)UnpackHigh(high, none)};
+}
+// numbers(i) gives those of a quarter, which are limited to 0..255.
+template <class Numbers>
+[[gnu::always_inline]] inline Bytes PackQuarters(const Numbers& numbers) {
+  return Pack((Words)Pack(numbers(0), numbers(1)), (Words)Pack(numbers(2), numbers(3)));
+}
+
 // Changes a row block by block; the last pixels go through a block aside.
 template <class Change>
 [[gnu::always_inline]] inline void ChangeRow(std::uint8_t* colour, int width,
@@ -43,6 +61,35 @@ template <class Change>
   __builtin_memcpy(rest, colour, bytes);
   StoreBlock(rest, change(LoadBlock(rest)));
   __builtin_memcpy(colour, rest, bytes);
+}
+
+// The same with a mask row beside it: change(block, masks) changes both.
+template <class Change>
+[[gnu::always_inline]] inline void ChangeBlockWithMasks(std::uint8_t* colour, std::uint8_t* mask,
+                                                        const Change& change) {
+  Block block = LoadBlock(colour);
+  auto masks = Load<Bytes>(mask);
+  change(block, masks);
+  StoreBlock(colour, block);
+  Store(mask, masks);
+}
+template <class Change>
+[[gnu::always_inline]] inline void ChangeRowWithMasks(std::uint8_t* colour, std::uint8_t* mask,
+                                                      int width, const Change& change) {
+  for (; width >= kPixels; width -= kPixels, colour += kBlockBytes, mask += kPixels) {
+    Prefetch(colour);
+    __builtin_prefetch(mask + 1024);
+    ChangeBlockWithMasks(colour, mask, change);
+  }
+  if (width <= 0) return;
+  const auto pixels = static_cast<std::size_t>(width);
+  std::uint8_t colours[kBlockBytes] = {};
+  std::uint8_t masks[kPixels] = {};
+  __builtin_memcpy(colours, colour, 3 * pixels);
+  __builtin_memcpy(masks, mask, pixels);
+  ChangeBlockWithMasks(colours, masks, change);
+  __builtin_memcpy(colour, colours, 3 * pixels);
+  __builtin_memcpy(mask, masks, pixels);
 }
 
 // --- Blocks in memory, for loops over single pixels that the compiler widens.

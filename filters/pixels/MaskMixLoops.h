@@ -1,0 +1,135 @@
+// Mixes of colours with a fill, by the masks of their pixels, over vectors of any width.
+//
+// Sums are whole numbers below 2^23, which floats hold. The quotient of two is worked out from the
+// reciprocal of the divisor and the exact remainder that it leaves: it is exact where it is whole,
+// and elsewhere less than 2^-16 off, where the next whole number is 1 / 25500 away at least.
+#pragma once
+
+#include <cstdint>
+
+#include "filters/pixels/PointKernels.h"
+#include "filters/pixels/simd/PixelBlocks.h"
+
+namespace kernels {
+namespace {
+
+// A hundredth and a 255th, truncated, for numbers up to 25500 and 65025.
+[[gnu::always_inline]] inline Words Hundredths(Words number) {
+  return MultiplyHigh(number, All<Words>(5243)) >> 3;
+}
+[[gnu::always_inline]] inline Words PartsOf255(Words number) {
+  return (number + 1 + ((number + 1) >> 8)) >> 8;
+}
+
+// What becomes of pixels of masks m: (fill * Fill + colour * Keep) / Whole, and their new masks.
+class MaskInversionWeights {
+ public:
+  explicit MaskInversionWeights(int percent)
+      : percent_(All<Words>(percent)), rest_(All<Words>(100 - percent)) {}
+
+  [[gnu::always_inline]] Words Fill(Words m) const { return m * percent_; }
+  // A pixel without any weight keeps its colour.
+  [[gnu::always_inline]] Words Keep(Words m) const {
+    const Words keep = (255 - m) * rest_;
+    return keep - (Words)((Fill(m) | keep) == 0);
+  }
+  [[gnu::always_inline]] Words Whole(Words m) const { return Fill(m) + Keep(m); }
+  [[gnu::always_inline]] Words Mask(Words m) const {
+    return Hundredths((255 - m) * percent_ + m * rest_);
+  }
+
+ private:
+  Words percent_, rest_;
+};
+
+// Of a background whose bare mask is `level`, 0..254.
+class BackgroundWeights {
+ public:
+  explicit BackgroundWeights(int level) : level_(All<Words>(level)) {}
+
+  [[gnu::always_inline]] Words Fill(Words m) const { return m; }
+  [[gnu::always_inline]] Words Keep(Words m) const { return 255 - m; }
+  [[gnu::always_inline]] Words Whole(Words m) const { return 255 - Mask(m); }
+  [[gnu::always_inline]] Words Mask(Words m) const { return PartsOf255(m * level_); }
+
+ private:
+  Words level_;
+};
+
+// The weights of a quarter of a block.
+class QuarterMix {
+ public:
+  [[gnu::always_inline]] QuarterMix(Words fillAndKeep, Words whole)
+      : weights_((Shorts)fillAndKeep),
+        whole_(__builtin_convertvector((Ints)whole, Floats)),
+        reciprocal_(1.0f / whole_) {}
+
+  [[gnu::always_inline]] Ints operator()(Shorts fillAndColour) const {
+    const Floats sum = __builtin_convertvector(MultiplyPairs(fillAndColour, weights_), Floats);
+    const Floats about = sum * reciprocal_;
+    const Floats rest = MultiplyAdd(-about, whole_, sum);
+    return __builtin_convertvector(MultiplyAdd(rest, reciprocal_, about), Ints);
+  }
+
+ private:
+  Shorts weights_;
+  Floats whole_, reciprocal_;
+};
+
+template <class Weights>
+[[gnu::always_inline]] inline void MixBlock(Block& block, Bytes& masks, const Planes& fills,
+                                            const Weights& weights) {
+  const Words none = {};
+  const Words low = (Words)UnpackLow(masks, (Bytes)none);
+  const Words high = (Words)UnpackHigh(masks, (Bytes)none);
+  const Words wholeLow = weights.Whole(low), wholeHigh = weights.Whole(high);
+  const QuarterMix quarters[] = {
+      {UnpackLow(weights.Fill(low), weights.Keep(low)), UnpackLow(wholeLow, none)},
+      {UnpackHigh(weights.Fill(low), weights.Keep(low)), UnpackHigh(wholeLow, none)},
+      {UnpackLow(weights.Fill(high), weights.Keep(high)), UnpackLow(wholeHigh, none)},
+      {UnpackHigh(weights.Fill(high), weights.Keep(high)), UnpackHigh(wholeHigh, none)}};
+  const auto mixed = [&](Bytes fill, Bytes channel) __attribute__((always_inline)) {
+    const BytePairs pairs = PairUp(fill, channel);
+    return PackQuarters([&](int i) __attribute__((always_inline)) {
+      return quarters[i](pairs.quarters[i]);
+    });
+  };
+  const Planes planes = Split(block);
+  block = Join({mixed(fills.blue, planes.blue), mixed(fills.green, planes.green),
+                mixed(fills.red, planes.red)});
+  masks = Pack(weights.Mask(low), weights.Mask(high));
+}
+
+[[gnu::always_inline]] inline Planes PlanesOf(Colour fill) {
+  return {All<Bytes>(fill.blue), All<Bytes>(fill.green), All<Bytes>(fill.red)};
+}
+
+inline void InvertMaskInBlocks(std::uint8_t* colour, std::uint8_t* mask, int width, Colour fill,
+                               int percent) {
+  if (percent < 0 || percent > 100) return InvertMask(colour, mask, width, fill, percent);
+  const Planes fills = PlanesOf(fill);
+  const MaskInversionWeights weights(percent);
+  ChangeRowWithMasks(
+      colour, mask, width, [&](Block & block, Bytes & masks) __attribute__((always_inline)) {
+        MixBlock(block, masks, fills, weights);
+      });
+}
+
+inline void PutBackgroundInBlocks(std::uint8_t* colour, std::uint8_t* mask, int width,
+                                  Colour background, int percent) {
+  if (percent < 0 || percent >= 100) return PutBackground(colour, mask, width, background, percent);
+  const int level = percent * 255 / 100;
+  const auto behind = [level](int channel) {
+    return static_cast<std::uint8_t>(channel * (255 - level) / 255);
+  };
+  const Planes fills =
+      PlanesOf({behind(background.blue), behind(background.green), behind(background.red)});
+  const BackgroundWeights weights(level);
+  ChangeRowWithMasks(
+      colour, mask, width, [&](Block & block, Bytes & masks) __attribute__((always_inline)) {
+        if (IsAny(masks)) MixBlock(block, masks, fills, weights);
+      });
+}
+
+}  // namespace
+}  // namespace kernels
