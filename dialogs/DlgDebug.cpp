@@ -27,7 +27,10 @@ void CDlgDebug::ShowFor(CPdibFilterDialog* dialog) {
   Provide(dialog);
   CDlgDebug& debug = *Current();
   debug.owner = dialog;
-  if (debug.CreateModeless({.title = "Debug"})) debug.Show();
+  if (!debug.CreateModeless({.title = "Debug"})) return;
+  debug.edit->SetEditText(dialog->ShownText());
+  debug.Show();
+  debug.edit->Focus();
 }
 
 std::string CDlgDebug::Text() {

@@ -5,6 +5,7 @@
 #include "base/CodePage.h"
 #include "dialogs/DlgDebug.h"
 #include "dialogs/PdibFilterDialog.h"
+#include "toolkit/Shortcut.h"
 
 namespace {
 
@@ -134,6 +135,13 @@ void CDlgFilterBase::OnHelp() {
   if (!owner || !helpKey) return;
   const std::string text = base::FromUtf8(Words(helpKey));
   owner->Dispatch("GetContexthelp", reinterpret_cast<std::intptr_t>(text.c_str()), 0, 0);
+}
+
+// For developers: the window that gives the filters any text.
+bool CDlgFilterBase::OnAnyKey(const toolkit::KeyEvent& event) {
+  if (!owner || !toolkit::IsShortcut(event, toolkit::ShortcutOf("Ctrl+Shift+D"))) return false;
+  CDlgDebug::ShowFor(owner);
+  return true;
 }
 
 void CDlgFilterBase::OnWindowMoved() {

@@ -42,6 +42,7 @@ class CDlgFilterBase : public CZNDialog {
   void Build() override;
   void OnCancel() override;
   void OnHelp() override;
+  bool OnAnyKey(const toolkit::KeyEvent& event) override;
   void OnLook() override { Arrange(); }
   void OnWindowMoved() override;
   void MakeButtons();

@@ -114,10 +114,29 @@ int ChannelOf(const PanelValues& values) {
   return std::clamp(static_cast<int>(values.Number("Channel")), 0, kCurves - 1);
 }
 
-// The curve of the channel on show.
+using Sample = std::vector<std::uint8_t>;
+
+// The byte of a pixel (blue, green, red) that a curve works on.
+int LevelOf(const std::uint8_t* pixel, int curve) {
+  if (curve == 0) return (77 * pixel[2] + 151 * pixel[1] + 28 * pixel[0]) >> 8;
+  return pixel[kCurves - 1 - curve];
+}
+
+CZNCurveEditor::Histogram HistogramOf(const Sample& sample, int curve) {
+  CZNCurveEditor::Histogram counts = {};
+  for (std::size_t i = 0; i + 2 < sample.size(); i += 3) {
+    ++counts[static_cast<std::size_t>(LevelOf(&sample[i], curve))];
+  }
+  return counts;
+}
+
+// The curve of the channel on show, over what the picture has in it.
 class CurveCanvas final : public CZNCurveEditor {
  public:
-  CurveCanvas(CZNDialog& dialog, const std::string& name) : CZNCurveEditor(dialog, name, kNodes) {}
+  CurveCanvas(CZNDialog& dialog, const std::string& name, std::function<Sample()> readSample)
+      : CZNCurveEditor(dialog, name, kNodes) {
+    onHistogram = [this, read = std::move(readSample)] { return HistogramOf(read(), channel); };
+  }
 
   void Show(const PanelValues& values) override {
     channel = ChannelOf(values);
@@ -141,11 +160,13 @@ class CurveCanvas final : public CZNCurveEditor {
 
 class CDlgGradation final : public CDlgPanel {
  public:
-  using CDlgPanel::CDlgPanel;
+  CDlgGradation(CPdibFilterDialog* dialog, const DialogClass& dialogClass,
+                std::function<Sample()> sample)
+      : CDlgPanel(dialog, dialogClass), readSample(std::move(sample)) {}
 
  private:
   CZNPanelCanvas* MakeCanvas(const PanelRow&) override {
-    return editor = &Make<CurveCanvas>(Words("IDS_GRADCURVES_CURVE"));
+    return editor = &Make<CurveCanvas>(Words("IDS_GRADCURVES_CURVE"), readSample);
   }
 
   void BuildMore() override {
@@ -308,6 +329,7 @@ class CDlgGradation final : public CDlgPanel {
     FillPresets("");
   }
 
+  std::function<Sample()> readSample;
   CurveCanvas* editor = nullptr;
   CZNStatic* caption = nullptr;
   CZNComboBox* presets = nullptr;
@@ -324,7 +346,7 @@ class CGradCurvesDialog final : public CPanelDialog {
 
  private:
   std::unique_ptr<CDlgFilterBase> NewWindow() override {
-    return std::make_unique<CDlgGradation>(this, Class());
+    return std::make_unique<CDlgGradation>(this, Class(), [this] { return ReadSample(); });
   }
 };
 

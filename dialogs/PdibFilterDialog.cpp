@@ -8,6 +8,7 @@
 
 #include "base/CodePage.h"
 #include "core/AnimInterfaces.h"
+#include "core/AnimSample.h"
 #include "core/DataXferObj.h"
 #include "core/GrowingText.h"
 #include "core/ParameterText.h"
@@ -264,6 +265,22 @@ void CPdibFilterDialog::ApplyToFilters() {
 void CPdibFilterDialog::ApplyDebugToFilters() {
   const std::string text = CDlgDebug::Text();
   if (!text.empty()) GiveText(text);
+}
+
+std::vector<std::uint8_t> CPdibFilterDialog::ReadSample() const {
+  constexpr int kMost = 16384;
+  std::vector<std::uint8_t> pixels;
+  const auto filters = sinks;
+  for (const auto& sink : filters) {
+    const auto filter = ComPtr<IAnimPictureSample>::Query(sink.Get());
+    if (!filter) continue;
+    int count = 0;
+    pixels.resize(3 * kMost);
+    filter->ReadSample(pixels.data(), kMost, &count);
+    pixels.resize(3 * static_cast<std::size_t>(std::clamp(count, 0, kMost)));
+    break;
+  }
+  return pixels;
 }
 
 void CPdibFilterDialog::AnnounceFirstChange() {

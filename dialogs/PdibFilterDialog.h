@@ -79,6 +79,8 @@ class CPdibFilterDialog
   // The words for a key, UTF-8: the host's, or ours, or the key itself.
   std::string Words(const char* key);
   const char* InstanceId() const { return instanceId; }
+  // The text of the values on show; empty without a window.
+  std::string ShownText() { return WindowToParameter(); }
 
  protected:
   using Status = int;
@@ -102,6 +104,8 @@ class CPdibFilterDialog
   virtual void OnNamedCall(const char*, std::intptr_t) {}
   virtual HRESULT OnForward(int, std::intptr_t, std::intptr_t) { return S_OK; }
 
+  // Pixels (blue, green, red) of what comes into the first filter that can tell; none otherwise.
+  std::vector<std::uint8_t> ReadSample() const;
   // Reads the attached filters; *result becomes the common text, or the dialog's own.
   Status CollectParameter(std::string* result);
   void Refresh();

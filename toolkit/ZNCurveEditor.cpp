@@ -6,6 +6,7 @@
 
 #include "toolkit/Painter.h"
 #include "toolkit/ZNDialog.h"
+#include "toolkit/ZNTheme.h"
 
 namespace {
 
@@ -29,11 +30,6 @@ void CZNCurveEditor::SetCurve(const std::vector<editing::CurveNode>& nodes, bool
   curve.linear = linear;
   curve.current = std::clamp(curve.current, 0, curve.Count() - 1);
   Changed();
-}
-
-void CZNCurveEditor::SetHistogram(const Histogram& counts) {
-  histogram = counts;
-  Redraw();
 }
 
 // The curve's own mapping gives the square of 256 by 256 a place of its range on the screen: the
@@ -123,6 +119,8 @@ void CZNCurveEditor::Drag(toolkit::Point place) {
 
 void CZNCurveEditor::HandleMouse(const toolkit::MouseEvent& event) {
   Fit();
+  const bool isIn = event.action != MouseAction::Leave;
+  if (std::exchange(isMouseIn, isIn) != isIn && isIn) Redraw();
   if (event.action == MouseAction::Press && event.button == 1) return Press(event.place);
   if (!isHeld) return;
   if (event.action == MouseAction::Release) isHeld = false;
@@ -164,16 +162,24 @@ bool CZNCurveEditor::HandleKey(const toolkit::KeyEvent& event) {
   }
 }
 
+// The root of the counts: one colour that fills half the picture leaves the others to be seen.
+void CZNCurveEditor::DrawHistogram(toolkit::Painter& painter, const toolkit::Look& look) {
+  const Histogram counts = onHistogram ? onHistogram() : Histogram{};
+  const double most = std::sqrt(*std::max_element(counts.begin(), counts.end()));
+  const toolkit::Colour colour = CZNTheme::Mixed(look.field, look.text, 0.25);
+  for (int i = 0; most > 0 && i < 256; ++i) {
+    const double share = std::sqrt(counts[static_cast<std::size_t>(i)]) / most;
+    const auto foot = curve.ToScreen({i, 0});
+    const auto end = curve.ToScreen({i, static_cast<int>(share * kTop)});
+    if (end.y >= foot.y) continue;
+    painter.FillRect({foot.x, end.y, 1 + curve.right / 256, foot.y - end.y}, colour);
+  }
+}
+
 void CZNCurveEditor::DrawBack(toolkit::Painter& painter, const toolkit::Look& look) {
   const toolkit::Size area = painter.Area();
   painter.FillRect({0, 0, area.width, area.height}, look.field);
-  const std::uint32_t most = *std::max_element(histogram.begin(), histogram.end());
-  for (int i = 0; most > 0 && i < 256; ++i) {
-    const double share = double(histogram[static_cast<std::size_t>(i)]) / most;
-    const auto foot = curve.ToScreen({i, 0});
-    const auto end = curve.ToScreen({i, static_cast<int>(share * kTop)});
-    painter.FillRect({foot.x, end.y, 1 + curve.right / 256, foot.y - end.y}, look.line);
-  }
+  DrawHistogram(painter, look);
   for (int i = 0; i <= 4; ++i) {
     if (!hasGrid && i > 0 && i < 4) continue;
     const int at = i * kTop / 4;

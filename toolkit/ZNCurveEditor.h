@@ -25,8 +25,9 @@ class FXBOX_API CZNCurveEditor : public CZNPanelCanvas {
   void SetGrid(bool isShown) { hasGrid = isShown; }
   // The place of the current node is written in percent of the square.
   void SetPercent(bool isShown) { inPercent = isShown; }
-  // Drawn behind the curve; all 0 draws none.
-  void SetHistogram(const Histogram& counts);
+  // What is drawn behind the curve; all 0 draws nothing. Asked each time that the canvas is drawn,
+  // which is also when the mouse comes in: the picture may have changed meanwhile.
+  std::function<Histogram()> onHistogram;
   // A node in the largest gap; the node behind the smallest gap goes.
   void AddNode();
   void ThinOut();
@@ -42,14 +43,15 @@ class FXBOX_API CZNCurveEditor : public CZNPanelCanvas {
   void Fit();
   void Changed();
   std::string PlaceText() const;
+  void DrawHistogram(toolkit::Painter& painter, const toolkit::Look& look);
   void DrawBack(toolkit::Painter& painter, const toolkit::Look& look);
   void DrawCurve(toolkit::Painter& painter, const RCNodeCurve& shown, toolkit::Colour colour,
                  double thickness);
 
   RCNodeCurve curve;
   std::vector<RCNodeCurve> behind;
-  Histogram histogram = {};
   bool hasGrid = true;
   bool inPercent = false;
   bool isHeld = false;
+  bool isMouseIn = false;
 };

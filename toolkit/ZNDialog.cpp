@@ -200,9 +200,9 @@ bool CZNDialog::OnKey(ControlId id, const toolkit::KeyEvent& event) {
 bool CZNDialog::OnShortcut(const toolkit::KeyEvent& event) {
   bool used = false;
   RunEvent([&] {
-    if (!isBuried && menuBar && menuBar->shownBy && !IsForControl(event)) {
-      used = menuBar->DoShortcut(event);
-    }
+    if (isBuried || IsForControl(event)) return;
+    used = menuBar && menuBar->shownBy && menuBar->DoShortcut(event);
+    if (!used && !isBuried) used = OnAnyKey(event);
   });
   return used;
 }

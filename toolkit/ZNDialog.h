@@ -67,6 +67,9 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   virtual void OnEnter() {}
   // F1.
   virtual void OnHelp() {}
+  // Any key, before the control with the focus has it, where it is no shortcut of the menu bar;
+  // true when it was used.
+  virtual bool OnAnyKey(const toolkit::KeyEvent&) { return false; }
   // Colours, fonts or scale have changed: lay out and draw anew.
   virtual void OnLook() {}
   virtual void OnResize(toolkit::Size) {}

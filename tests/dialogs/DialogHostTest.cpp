@@ -7,6 +7,7 @@
 #include "core/TransferFormats.h"
 #include "filters/FilterClasses.h"
 #include "tests/dialogs/DialogRig.h"
+#include "toolkit/Shortcut.h"
 
 namespace {
 
@@ -340,6 +341,29 @@ TEST_F(DialogHost, ResetMessageBringsTheDefaultBack) {
   receiver->OnHostMessage(&reset);
   EXPECT_EQ(filter->text, "Sepia=000");
   EXPECT_EQ(Position("Strength"), 0);
+}
+
+// --- the debug window
+
+TEST_F(DialogHost, AKeyOpensAWindowThatGivesTheFiltersAnyText) {
+  TextFilter* const filter = Attach("Sepia=033");
+  OpenDialog();
+  toolkit::FakeWindow& own = Window();
+  EXPECT_FALSE(own.Press(toolkit::ShortcutOf("Ctrl+D")));
+  EXPECT_TRUE(own.Press(toolkit::ShortcutOf("Ctrl+Shift+D")));
+  toolkit::FakeWindow& debug = Window();
+  ASSERT_NE(&debug, &own);
+  const auto edit = debug.ByName("Parameter", toolkit::ControlKind::Edit);
+  EXPECT_EQ(debug.At(edit).text, "Sepia=033");
+  TakeLog();
+  debug.Type(edit, "Sepia=077");
+  EXPECT_TRUE(debug.Click(debug.ByName("Apply", toolkit::ControlKind::Button)));
+  EXPECT_EQ(filter->given, std::vector<std::string>{"Sepia=077"});
+  EXPECT_EQ(Log(), "messages 5 page=1 59925 0 4\nmessages 5 page=1 59926 0 4\n");
+  EXPECT_EQ(own.At(own.ByName("Strength", toolkit::ControlKind::Slider)).value, 77);
+  dialog->Close();
+  DropDialog();
+  EXPECT_EQ(backend.Counts(), toolkit::BackendCounts()) << "it goes with the dialog";
 }
 
 // --- named calls

@@ -3,10 +3,12 @@
 #include <sstream>
 
 #include "core/PresetFiles.h"
+#include "filters/colour/tone/GradCurvesFilter.h"
 #include "platform/PathText.h"
 #include "platform/fake/FakeServices.h"
 #include "tests/dialogs/DialogRig.h"
 #include "tests/platform/Support.h"
+#include "tests/support/TestFilters.h"
 
 namespace {
 
@@ -83,6 +85,38 @@ TEST_F(GradationDialog, EditsTheChannelOnShow) {
   EXPECT_EQ(filter->given.size(), 1u);
   Window().Click(Window().ByName("Straight lines", ControlKind::CheckBox));
   EXPECT_NE(filter->text.find("Linear=1,"), std::string::npos);
+}
+
+// A picture of one colour stands as one bar at that colour's level, once a pull has brought it.
+TEST_F(GradationDialog, ShowsWhatTheHostsPictureHasInIt) {
+  testing_support::Picture picture(8, 8);
+  for (int i = 0; i < 64; ++i) picture.Colour(i % 8, i / 8)[2] = 100;  // red
+  std::fill(picture.mask.begin(), picture.mask.end(), BYTE{0});
+  testing_support::Rig rig(picture, kGradCurvesClass);
+  DWORD cookie = 0;
+  platform::ComPtr<IConnectionPoint>::Query(dialog.Get())
+      ->Advise(static_cast<IAnimFilter*>(&rig.Filter()), &cookie);
+  const auto bars = [&] { return Window().Paint(Canvas()).Count("FillRect") - 1; };
+  EXPECT_EQ(bars(), 0);
+  rig.PullWhole();
+  const int redraws = Window().At(Canvas()).redraws;
+  Window().Mouse(Canvas(), MouseAction::Move, {5, 5}, 0);
+  EXPECT_EQ(Window().At(Canvas()).redraws, redraws + 1) << "the mouse came in";
+  EXPECT_EQ(bars(), 1);
+  const auto placeOfBar = [&](int channel) {
+    Window().Choose(Window().ByName("Channel", ControlKind::ComboBox), channel);
+    int x = -1;
+    for (const std::string& call : Window().Paint(Canvas()).calls) {
+      if (call.starts_with("FillRect") && call.find(" 0,0 ") == std::string::npos) {
+        x = std::stoi(call.substr(9));
+      }
+    }
+    return x;
+  };
+  const int luminance = placeOfBar(0), red = placeOfBar(1), blue = placeOfBar(3);
+  EXPECT_LT(blue, luminance);
+  EXPECT_LT(luminance, red);
+  EXPECT_NEAR(red - blue, 101, 3) << "level 100, on a canvas of 258 pixels for 256 levels";
 }
 
 TEST_F(GradationDialog, SavesLoadsAndDeletesPresets) {

@@ -143,10 +143,12 @@ TEST_F(Curves, HoldsNoMoreNodesThanTheFilterTakes) {
 
 TEST_F(Curves, DrawsHistogramGridAndNodes) {
   CZNCurveEditor::Histogram histogram = {};
-  histogram[10] = 5;
-  editor->SetHistogram(histogram);
+  histogram[10] = 400;
+  histogram[30] = 100;
+  editor->onHistogram = [&] { return histogram; };
   const auto painter = Window().Paint(editor->Id());
   EXPECT_EQ(painter.Count("FillRect 16,6 1x255 "), 1) << "the highest count fills the square";
+  EXPECT_EQ(painter.Count("FillRect 36,134 1x127 "), 1) << "a quarter of it half the square";
   EXPECT_EQ(painter.Count("FillCircle"), 2);
   EXPECT_EQ(painter.Count("FillCircle 6.5,261.5"), 1);
   editor->SetGrid(false);

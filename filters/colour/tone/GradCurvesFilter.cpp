@@ -64,12 +64,38 @@ const FilterClass kGradCurvesClass = {
     .make = MakeFilter<CGradCurvesFilter>,
     .describe = CGradCurvesFilter::Describe};
 
+HRESULT CGradCurvesFilter::QueryInterface(REFIID iid, void** result) {
+  if (!result || !base::SameGuid(iid, IAnimPictureSample::kIid)) {
+    return CPdibFilter::QueryInterface(iid, result);
+  }
+  *result = static_cast<IAnimPictureSample*>(this);
+  AddRef();
+  return S_OK;
+}
+
+HRESULT CGradCurvesFilter::ReadSample(BYTE* pixels, int most, int* count) {
+  if (!pixels || !count) return E_POINTER;
+  *count = 0;
+  return platform::Guard([&] {
+    *count = sample.Read(pixels, most);
+    return S_OK;
+  });
+}
+
 bool CGradCurvesFilter::ChangeRectangle(const PullRectangle& rectangle) {
   auto held = HoldState();
   const P later = pending;
   const P now = active;
+  sample.Begin(input.width, input.height);
   held.unlock();
-  if (!later.filterOn) return true;
+  const int width = rectangle.width;
+  const auto show = [&](BYTE* colour, BYTE* mask, int i) {
+    sample.TakeRow(colour, mask, rectangle.srcX, rectangle.srcY + i, width);
+  };
+  if (!later.filterOn) {
+    rectangle.ChangeRows(abort, show);
+    return true;
+  }
   const bool keepsColours = now.yiqOn;
   const auto table = [&](int k) {
     return TableOf(now.curves[k], later.curves[k].count, now.linear);
@@ -81,9 +107,9 @@ bool CGradCurvesFilter::ChangeRectangle(const PullRectangle& rectangle) {
       *channel = Through(luminance, *channel);
     }
   }
-  const int width = rectangle.width;
-  return rectangle.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
+  return rectangle.ChangeRows(abort, [&](BYTE* colour, BYTE* mask, int i) {
     if (!colour) return;
+    show(colour, mask, i);
     if (keepsColours) kernels::Choose<kernels::YiqKernels>().mapLuminance(colour, width, luminance);
     kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, width, channels);
   });

@@ -2,17 +2,29 @@
 // nodes.
 #pragma once
 
+#include "core/AnimSample.h"
 #include "core/FilterShapes.h"
+#include "core/PictureSample.h"
 #include "editing/GradCurvesParameters.h"
 
 extern const FilterClass kGradCurvesClass;
 
-// A pull works with the active nodes, but with the pending counts and the pending `filterOn`.
-class CGradCurvesFilter final : public ParameterFilter<RectangleFilter, GradCurvesParameters> {
+// A pull works with the active nodes, but with the pending counts and the pending `filterOn`. The
+// dialog shows what came in behind its curves.
+class CGradCurvesFilter final : public ParameterFilter<RectangleFilter, GradCurvesParameters>,
+                                public IAnimPictureSample {
  public:
   explicit CGradCurvesFilter(const FilterClass& row)
       : ParameterFilter(row, {SourceResult::StopsUnlessZero, true}) {}
 
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override;
+  ULONG STDMETHODCALLTYPE AddRef() override { return CPdibFilter::AddRef(); }
+  ULONG STDMETHODCALLTYPE Release() override { return CPdibFilter::Release(); }
+
+  HRESULT STDMETHODCALLTYPE ReadSample(BYTE* pixels, int most, int* count) override;
+
  private:
   bool ChangeRectangle(const PullRectangle& rectangle) override;
+
+  PictureSample sample;
 };
