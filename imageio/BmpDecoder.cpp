@@ -18,6 +18,7 @@ class BmpDecoder final : public Decoder {
     dataPosition = std::max<std::uint64_t>(rowsAt, cursor.Position());
   }
 
+  bool BeginsAtTop() const override { return layout.topDown; }
   bool Decode(RowSink& sink) override {
     return layout.HasRuns() ? DecodeRuns(sink) : DecodeRows(sink);
   }

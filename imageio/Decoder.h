@@ -38,6 +38,9 @@ class Decoder {
   // following calls of Decode give it. Most formats know their full size only.
   virtual Size Reduce(Size /*wanted*/) { return head.size; }
 
+  // Whether the first row that Decode hands out is the top one as stored.
+  virtual bool BeginsAtTop() const { return true; }
+
   // Hands every row to the sink exactly once, from the top to the bottom or the other way around.
   // False as soon as the sink wants no more.
   virtual bool Decode(RowSink& sink) = 0;

@@ -25,6 +25,27 @@ Picture::Picture(int pictureWidth, int pictureHeight, const Rows& from)
       rows(from),
       hasAlpha(AnyTransparent(width, height, rows)) {}
 
+Picture::Picture(int pictureWidth, int pictureHeight, bool withAlpha, const RowFeed& rowFeed)
+    : width(pictureWidth), height(pictureHeight), feed(&rowFeed), hasAlpha(withAlpha) {}
+
+Picture Picture::WithoutMask() const {
+  Picture opaque = *this;
+  opaque.hasAlpha = false;
+  return opaque;
+}
+
+PictureRow Picture::Row(int y) const {
+  if (!feed) {
+    const int row = height - 1 - y;
+    return {rows.colour[row], hasAlpha ? rows.mask[row] : nullptr};
+  }
+  if (y != fedRow) {
+    fed = (*feed)(y);
+    fedRow = y;
+  }
+  return fed;
+}
+
 void Picture::Interleave(int y, bool redFirst, BYTE* to) const {
   const BYTE* colour = Colour(y);
   const BYTE* mask = hasAlpha ? Mask(y) : nullptr;

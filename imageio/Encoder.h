@@ -22,16 +22,18 @@ inline constexpr char kCannotWrite[] = "the file cannot be written";
 class Picture {
  public:
   Picture(int width, int height, const Rows& rows);
+  // One that is made while it is written: rows can be had in order alone.
+  Picture(int width, int height, bool hasAlpha, const RowFeed& feed);
 
   int Width() const { return width; }
   int Height() const { return height; }
-  Picture WithoutMask() const { return Picture(width, height, {rows.colour, nullptr}); }
+  Picture WithoutMask() const;
   // Some mask byte is not 0: the file needs an alpha channel.
   bool HasAlpha() const { return hasAlpha; }
   // Row y counts from the top.
-  const BYTE* Colour(int y) const { return rows.colour[height - 1 - y]; }
+  const BYTE* Colour(int y) const { return Row(y).colour; }
   // Only where HasAlpha.
-  const BYTE* Mask(int y) const { return rows.mask[height - 1 - y]; }
+  const BYTE* Mask(int y) const { return Row(y).mask; }
 
   // Row y as blue, green, red and, where HasAlpha, alpha; in the order red, green, blue with
   // `redFirst`.
@@ -42,9 +44,14 @@ class Picture {
   }
 
  private:
+  PictureRow Row(int y) const;
+
   int width;
   int height;
   Rows rows;
+  const RowFeed* feed = nullptr;  // in the place of the rows
+  mutable PictureRow fed;         // what it gave last
+  mutable int fedRow = -1;
   bool hasAlpha;
 };
 

@@ -153,6 +153,7 @@ struct ImageReader::State {
   }
 
   bool Read(const Rows& rows, const Progress& progress);
+  bool Decode(RowSink& sink, const Progress& progress);
   bool Turned() const { return decoder->GetHead().orientation > 4; }
 
   // `size` as stored, before it is turned.
@@ -202,37 +203,79 @@ bool ImageReader::Read(const Rows& rows, const Progress& progress) {
   return Guarded([&] { return state->Read(rows, progress); });
 }
 
+bool ImageReader::GivesRowsInOrder() const {
+  return state->decoder->GetHead().orientation == 1 && state->decoder->BeginsAtTop();
+}
+
+bool ImageReader::ReadRows(RowSink& sink) {
+  return Guarded([&] { return state->Decode(sink, {}); });
+}
+
 bool ImageReader::State::Read(const Rows& rows, const Progress& progress) {
   const Head& head = decoder->GetHead();
-  const Size decoded = decoder->Reduce(result);
   OrientedRows oriented(rows, result.width, result.height, head.orientation, head.hasMask);
+  return Decode(oriented, progress);
+}
+
+// To the size of the result.
+bool ImageReader::State::Decode(RowSink& sink, const Progress& progress) {
+  const Size decoded = decoder->Reduce(result);
   std::optional<AreaMean> mean;
   if (decoded != result) {
-    mean.emplace(oriented, decoded.width, decoded.height, result.width, result.height,
-                 head.hasMask);
+    mean.emplace(sink, decoded.width, decoded.height, result.width, result.height,
+                 decoder->GetHead().hasMask);
   }
-  RowSink& last = mean ? static_cast<RowSink&>(*mean) : oriented;
-  ReportedRows reported(last, decoded.height, progress);
+  RowSink& first = mean ? static_cast<RowSink&>(*mean) : sink;
+  ReportedRows reported(first, decoded.height, progress);
   return decoder->Decode(reported);
 }
 
-bool WriteImage(const std::filesystem::path& file, Format format, int width, int height,
-                const Rows& rows, const WriteOptions& options, const Progress& progress) {
+namespace {
+
+void CheckWritable(Format format, int width, int height) {
   if (width < 1 || height < 1) throw ImageError("the picture has no size");
   if (format == Format::Unknown) throw ImageError("pictures of this kind cannot be written");
+}
+
+bool WriteFile(const std::filesystem::path& file, Format format, const Picture& picture,
+               const WriteOptions& options, const Progress& progress) {
+  Output output(file);
+  try {
+    const bool complete = Encode(output, format, picture, options, progress);
+    output.Close();
+    return complete;
+  } catch (const ImageError&) {
+    // What a library says of it is only that it failed.
+    if (output.HasFailed()) throw ImageError(output.Failure());
+    throw;
+  }
+}
+
+}  // namespace
+
+bool WriteImage(const std::filesystem::path& file, Format format, int width, int height,
+                const Rows& rows, const WriteOptions& options, const Progress& progress) {
+  CheckWritable(format, width, height);
+  return Guarded(
+      [&] { return WriteFile(file, format, Picture(width, height, rows), options, progress); });
+}
+
+bool WriteImageRows(const std::filesystem::path& file, Format format, int width, int height,
+                    bool hasAlpha, const RowFeed& feed, const WriteOptions& options,
+                    const Progress& progress) {
+  CheckWritable(format, width, height);
+  if (!TakesRowsInOrder(format)) throw ImageError("pictures of this kind are written as a whole");
   return Guarded([&] {
-    const Picture picture(width, height, rows);
-    Output output(file);
-    try {
-      const bool complete = Encode(output, format, picture, options, progress);
-      output.Close();
-      return complete;
-    } catch (const ImageError&) {
-      // What a library says of it is only that it failed.
-      if (output.HasFailed()) throw ImageError(output.Failure());
-      throw;
-    }
+    return WriteFile(file, format, Picture(width, height, hasAlpha, feed), options, progress);
   });
+}
+
+bool TakesRowsInOrder(Format format) {
+  return format != Format::Unknown && format != Format::Bmp;
+}
+
+bool LooksAtMask(Format format) {
+  return format != Format::Pnm;
 }
 
 void SetPictureSize(Metadata& metadata, int width, int height) {
@@ -242,8 +285,7 @@ void SetPictureSize(Metadata& metadata, int width, int height) {
 
 std::vector<std::uint8_t> EncodeImage(Format format, int width, int height, const Rows& rows,
                                       const WriteOptions& options) {
-  if (width < 1 || height < 1) throw ImageError("the picture has no size");
-  if (format == Format::Unknown) throw ImageError("pictures of this kind cannot be written");
+  CheckWritable(format, width, height);
   return Guarded([&] {
     const Picture picture(width, height, rows);
     Output output;

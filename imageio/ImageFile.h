@@ -70,6 +70,8 @@ struct Rows {
 // Called now and then during long work with the share done, 0 to 1. False stops the work.
 using Progress = std::function<bool(double share)>;
 
+class RowSink;  // imageio/RowSink.h
+
 // Reads one picture file. The constructor reads the head only; Read decodes straight into the
 // caller's rows, as often as it is called. One thread at a time. Every failure is an ImageError.
 class FXBOX_API ImageReader {
@@ -101,14 +103,29 @@ class FXBOX_API ImageReader {
   // of a progressive JPEG, one strip or one row of tiles of a TIFF.
   bool Read(const Rows& rows, const Progress& progress = {});
 
+  // Whether the rows come as they are shown, from the top to the bottom: the picture stands upright
+  // in the file and begins with its top row. Then ReadRows hands them out one by one, in the size
+  // of Info(), so that nobody needs room for all. `sink` gives room for the mask where the file has
+  // one (Info().hasMask) and may end the reading, which gives false.
+  bool GivesRowsInOrder() const;
+  bool ReadRows(RowSink& sink);
+
  private:
   struct State;
   std::unique_ptr<State> state;
 };
 
+// All without loss. None is the fastest by far; the bytes of Deflate depend on the version of its
+// library, those of the others do not.
+enum class TiffCompression { None, PackBits, Lzw, Deflate };
+
 struct WriteOptions {
   int jpegQuality = 92;  // 1 to 100
   Metadata metadata;  // written where the format holds it: JPEG, PNG and TIFF; BMP has a resolution
+  TiffCompression tiffCompression = TiffCompression::None;
+  // 0 to 9, the latter the smallest. 4 takes a third of the time of 6 for a photograph, and makes
+  // the file a twelfth larger.
+  int pngLevel = 4;
 };
 
 // Writes a picture in the format that the file's extension names. Formats with alpha (PNG, PAM,
@@ -120,6 +137,26 @@ struct WriteOptions {
 FXBOX_API bool WriteImage(const std::filesystem::path& file, Format format, int width, int height,
                           const Rows& rows, const WriteOptions& options = {},
                           const Progress& progress = {});
+
+// One row from left to right; `mask` may be null in a picture without alpha.
+struct PictureRow {
+  const BYTE* colour = nullptr;
+  const BYTE* mask = nullptr;
+};
+// Gives row `y`, counted from the top. Each is asked for once, from the top to the bottom, and is
+// used until the next one is asked for. What it throws ends the writing and comes out of it.
+using RowFeed = std::function<PictureRow(int y)>;
+
+// The same for a picture that is made while it is written. Whether it has alpha must be known
+// beforehand: with `hasAlpha` the file gets alpha even if all masks are 0, without it no mask is
+// looked at. Gives the same bytes as WriteImage where `hasAlpha` is right.
+FXBOX_API bool WriteImageRows(const std::filesystem::path& file, Format format, int width,
+                              int height, bool hasAlpha, const RowFeed& feed,
+                              const WriteOptions& options = {}, const Progress& progress = {});
+// Whether files of this format begin with the top row; WriteImageRows writes no others.
+FXBOX_API bool TakesRowsInOrder(Format format);
+// Whether a mask makes a difference to the file.
+FXBOX_API bool LooksAtMask(Format format);
 
 // The same as a file in memory.
 FXBOX_API std::vector<std::uint8_t> EncodeImage(Format format, int width, int height,

@@ -229,7 +229,7 @@ PictureBytes ImageLoader::SaveAs(Format format) {
     const std::vector<BYTE*> maskRows = fits ? MaskRowsOf(*alpha) : std::vector<BYTE*>();
     return EncodeImage(format, picture->Width(), picture->Height(),
                        {colours.rows.data(), fits ? maskRows.data() : nullptr},
-                       {jpegQuality, metadata});
+                       {jpegQuality, metadata, TiffCompression::Lzw});
   } catch (const ImageError& failure) {
     error = failure.what();
     return {};

@@ -304,6 +304,12 @@ class TiffDecoder final : public Decoder {
   void ReadPalette(const TiffHandle& handle);
   void ReadMetadata(TIFF* tiff);
   void NoteLosses(TIFF* tiff);
+  // Bytes that need no more than another order.
+  bool IsPlain() const {
+    using Kind = SampleLayout::Kind;
+    return layout->bits == 8 && !layout->planes && !layout->associated &&
+           (layout->kind == Kind::Grey || layout->kind == Kind::Rgb);
+  }
   bool DecodeSamples(RowSink& sink);
   void StoreRow(BYTE* samples, const RowBuffer& row) const;
   bool Convert(RowSink& sink);
@@ -393,6 +399,11 @@ bool TiffDecoder::DecodeSamples(RowSink& sink) {
   std::vector<BYTE> samples(static_cast<std::size_t>(width) * static_cast<std::size_t>(used));
   for (int y = 0; y < head.size.height; ++y) {
     const BYTE* packed = rows.Row(y, 0);
+    if (IsPlain()) {
+      StoreSamples(packed, width, used, layout->samples, sink.Begin(y));
+      if (!sink.End(y)) return false;
+      continue;
+    }
     for (int i = 0; i < used; ++i) {
       if (layout->planes && i > 0) packed = rows.Row(y, i);
       UnpackSamples(packed, *layout, layout->planes ? 0 : i, layout->planes ? 1 : layout->samples,

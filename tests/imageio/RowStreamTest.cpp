@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "imageio/RowSink.h"
+#include "tests/imageio/TestPicture.h"
+
+// Pictures that go through row by row, from the top to the bottom, and compressions.
+namespace {
+
+using imageio::Format;
+using imageio::ImageReader;
+using test::Bytes;
+using test::TemporaryFile;
+using test::TestPicture;
+
+constexpr Format kStreamed[] = {Format::Pnm, Format::Pam, Format::Png, Format::Jpeg, Format::Tiff};
+
+// Hands out the rows of a picture and checks that they are asked for in order.
+class Feed {
+ public:
+  explicit Feed(TestPicture from) : picture(std::move(from)), rows(picture.Rows()) {}
+  imageio::PictureRow operator()(int y) {
+    EXPECT_EQ(y, next++);
+    const int row = picture.height - 1 - y;
+    // Only the row that was asked for last may be looked at.
+    colour.assign(rows.colour[row], rows.colour[row] + 3 * picture.width);
+    mask.assign(rows.mask[row], rows.mask[row] + picture.width);
+    return {colour.data(), mask.data()};
+  }
+
+ private:
+  TestPicture picture;
+  imageio::Rows rows;
+  Bytes colour, mask;
+  int next = 0;
+};
+
+Bytes WrittenByRows(Format format, const TestPicture& picture, bool hasAlpha) {
+  const TemporaryFile file;
+  Feed feed(picture);
+  EXPECT_TRUE(imageio::WriteImageRows(file.path, format, picture.width, picture.height, hasAlpha,
+                                      [&feed](int y) { return feed(y); }));
+  return test::ReadBytes(file.path);
+}
+
+TEST(RowStream, WritesTheSameBytes) {
+  for (const Format format : kStreamed) {
+    for (const bool masked : {false, true}) {
+      SCOPED_TRACE(testing::Message() << static_cast<int>(format) << (masked ? " with mask" : ""));
+      const TestPicture picture = TestPicture::Random(61, 43, masked);
+      EXPECT_TRUE(imageio::TakesRowsInOrder(format));
+      EXPECT_EQ(WrittenByRows(format, picture, masked), test::Written(format, picture));
+    }
+  }
+  EXPECT_FALSE(imageio::TakesRowsInOrder(Format::Bmp)) << "its first row is the bottom one";
+  EXPECT_THROW(WrittenByRows(Format::Bmp, TestPicture(3, 3), false), imageio::ImageError);
+}
+
+TEST(RowStream, WhatTheFeedThrowsComesOut) {
+  const TemporaryFile file;
+  for (const Format format : kStreamed) {
+    const auto feed = [](int y) -> imageio::PictureRow {
+      static const BYTE row[300] = {};
+      if (y == 7) throw std::out_of_range("the feed");
+      return {row, row};
+    };
+    EXPECT_THROW(imageio::WriteImageRows(file.path, format, 100, 50, false, feed),
+                 std::out_of_range);
+  }
+}
+
+// Rows of its own, each once and in order.
+class Collector final : public imageio::RowSink {
+ public:
+  Collector(int width, int height, int rowsWanted = 1 << 30)
+      : picture(width, height), rows(picture.Rows()), wanted(rowsWanted) {}
+  imageio::RowBuffer Begin(int y) override {
+    EXPECT_EQ(y, next);
+    const int row = picture.height - 1 - y;
+    return {rows.colour[row], rows.mask[row]};
+  }
+  bool End(int y) override {
+    EXPECT_EQ(y, next++);
+    return next < wanted;
+  }
+
+  TestPicture picture;
+  imageio::Rows rows;
+  int next = 0;
+
+ private:
+  const int wanted;
+};
+
+TEST(RowStream, ReadsTheSameRows) {
+  for (const Format format : kStreamed) {
+    for (const bool masked : {false, true}) {
+      SCOPED_TRACE(testing::Message() << static_cast<int>(format) << (masked ? " with mask" : ""));
+      const Bytes bytes = test::Written(format, TestPicture::Random(61, 43, masked));
+      ImageReader reader(bytes.data(), bytes.size());
+      EXPECT_TRUE(reader.GivesRowsInOrder());
+      const TestPicture whole = TestPicture::Of(reader);
+      Collector all(61, 43);
+      EXPECT_TRUE(reader.ReadRows(all));
+      EXPECT_EQ(all.next, 43);
+      EXPECT_EQ(all.picture.colour, whole.colour);
+      if (reader.Info().hasMask) EXPECT_EQ(all.picture.mask, whole.mask);
+      Collector few(61, 43, 5);
+      EXPECT_FALSE(reader.ReadRows(few));
+      EXPECT_EQ(few.next, 5);
+      reader.ReduceToFit(20, 20);
+      const TestPicture reduced = TestPicture::Of(reader);
+      Collector small(reduced.width, reduced.height);
+      EXPECT_TRUE(reader.ReadRows(small));
+      EXPECT_EQ(small.picture.colour, reduced.colour);
+    }
+  }
+}
+
+TEST(RowStream, TurnedAndUpsideDownPicturesDoNotComeInOrder) {
+  const Bytes bottomUp = test::Written(Format::Bmp, TestPicture::Random(5, 4, false));
+  EXPECT_FALSE(ImageReader(bottomUp.data(), bottomUp.size()).GivesRowsInOrder());
+  imageio::WriteOptions turned;
+  turned.metadata.exif = {'I', 'I', 42, 0, 8, 0, 0, 0, 1, 0, 0x12, 1, 3,
+                          0,   1,   0,  0, 0, 6, 0, 0, 0, 0, 0,    0, 0};
+  const Bytes jpeg = test::Written(Format::Jpeg, TestPicture::Random(5, 4, false), turned);
+  EXPECT_FALSE(ImageReader(jpeg.data(), jpeg.size()).GivesRowsInOrder());
+}
+
+TEST(Compression, TiffKeepsEveryByteInEach) {
+  using imageio::TiffCompression;
+  for (const bool masked : {false, true}) {
+    const TestPicture picture = TestPicture::Random(300, 57, masked);
+    TestPicture smooth = TestPicture::Smooth(300, 57);
+    std::size_t least = 0;
+    for (const TiffCompression compression : {TiffCompression::None, TiffCompression::PackBits,
+                                              TiffCompression::Lzw, TiffCompression::Deflate}) {
+      imageio::WriteOptions options;
+      options.tiffCompression = compression;
+      const Bytes noise = test::Written(Format::Tiff, picture, options);
+      EXPECT_TRUE(TestPicture::OfBytes(noise) == picture) << static_cast<int>(compression);
+      const Bytes bytes = test::Written(Format::Tiff, smooth, options);
+      EXPECT_TRUE(TestPicture::OfBytes(bytes) == smooth) << static_cast<int>(compression);
+      if (compression == TiffCompression::None) least = bytes.size();
+      if (compression >= TiffCompression::Lzw) EXPECT_LT(bytes.size(), least * 3 / 4);
+    }
+  }
+}
+
+TEST(Compression, PngLevelsTradeTimeForBytes) {
+  const TestPicture picture = TestPicture::Smooth(300, 57);
+  std::vector<std::size_t> sizes;
+  for (const int level : {0, 1, 9}) {
+    imageio::WriteOptions options;
+    options.pngLevel = level;
+    const Bytes bytes = test::Written(Format::Png, picture, options);
+    EXPECT_TRUE(TestPicture::OfBytes(bytes) == picture) << level;
+    sizes.push_back(bytes.size());
+  }
+  EXPECT_GT(sizes[0], sizes[1]);
+  EXPECT_GT(sizes[1], sizes[2]);
+}
+
+}  // namespace
