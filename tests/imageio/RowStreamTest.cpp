@@ -106,7 +106,9 @@ TEST(RowStream, ReadsTheSameRows) {
       EXPECT_TRUE(reader.ReadRows(all));
       EXPECT_EQ(all.next, 43);
       EXPECT_EQ(all.picture.colour, whole.colour);
-      if (reader.Info().hasMask) EXPECT_EQ(all.picture.mask, whole.mask);
+      if (reader.Info().hasMask) {
+        EXPECT_EQ(all.picture.mask, whole.mask);
+      }
       Collector few(61, 43, 5);
       EXPECT_FALSE(reader.ReadRows(few));
       EXPECT_EQ(few.next, 5);
@@ -144,7 +146,9 @@ TEST(Compression, TiffKeepsEveryByteInEach) {
       const Bytes bytes = test::Written(Format::Tiff, smooth, options);
       EXPECT_TRUE(TestPicture::OfBytes(bytes) == smooth) << static_cast<int>(compression);
       if (compression == TiffCompression::None) least = bytes.size();
-      if (compression >= TiffCompression::Lzw) EXPECT_LT(bytes.size(), least * 3 / 4);
+      if (compression >= TiffCompression::Lzw) {
+        EXPECT_LT(bytes.size(), least * 3 / 4);
+      }
     }
   }
 }
