@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <functional>
+#include <map>
 #include <memory>
 #include <thread>
 
@@ -25,7 +26,7 @@ struct ApplyOptions {
   std::optional<std::string> part;
   std::optional<double> zoom;
   int bandRows = 0;
-  int quality = 92;
+  imageio::WriteOptions writing;
   std::optional<std::string> listFile;
   bool zeros = false;
   std::optional<int> jobs;
@@ -113,15 +114,35 @@ void AddListOptions(CLI::App& command, ApplyOptions& options) {
       ->type_name("N");
 }
 
+const std::map<std::string, imageio::TiffCompression> kCompressions = {
+    {"none", imageio::TiffCompression::None},
+    {"packbits", imageio::TiffCompression::PackBits},
+    {"lzw", imageio::TiffCompression::Lzw},
+    {"deflate", imageio::TiffCompression::Deflate}};
+
+void AddWritingOptions(CLI::App& command, imageio::WriteOptions& options) {
+  command.add_option("--quality", options.jpegQuality, "Quality of JPEG files")
+      ->check(CLI::Range(1, 100))
+      ->type_name("1..100")
+      ->capture_default_str();
+  command
+      .add_option("--compression", options.tiffCompression,
+                  "Of TIFF files, always without loss: none (the default, the fastest), packbits, "
+                  "lzw (half the size of a photograph), deflate (a little smaller)")
+      ->transform(CLI::CheckedTransformer(kCompressions).description(""))
+      ->type_name("KIND");
+  command.add_option("--png-level", options.pngLevel, "How hard PNG files are compressed")
+      ->check(CLI::Range(0, 9))
+      ->type_name("0..9")
+      ->capture_default_str();
+}
+
 void AddOptions(CLI::App& command, ApplyOptions& options) {
   AddChainOptions(command, options.chain);
   AddListOptions(command, options);
   AddOutputOptions(command, options);
+  AddWritingOptions(command, options.writing);
   AddSizeOptions(command, options);
-  command.add_option("--quality", options.quality, "Quality of JPEG files")
-      ->check(CLI::Range(1, 100))
-      ->type_name("1..100")
-      ->capture_default_str();
   command.add_flag("--json", options.json, "Report on standard output as JSON");
   command.add_flag("--json-lines", options.jsonLines,
                    "Report each picture when it is finished: a line of JSON with its status, time "
@@ -146,7 +167,7 @@ ApplyRequest RequestOf(const ApplyOptions& options, IAnimFilterCreator& creator)
   if (options.limit) request.limits = ParseLimit(*options.limit);
   request.zoom = options.zoom;
   request.bandRows = options.bandRows;
-  request.jpegQuality = options.quality;
+  request.writing = options.writing;
   request.takesDigests = options.jsonLines;
   request.chain = TakeChain(options.chain, creator);
   return request;

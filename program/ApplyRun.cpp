@@ -170,7 +170,8 @@ Rectangle ApplyRun::PartOf(Size result) const {
 // False when it was stopped.
 bool ApplyRun::Write(const PlannedFile& file, const Rendered& rendered, FileResult& result) {
   const MemoryPicture& picture = *rendered.picture;
-  imageio::WriteOptions options{request.jpegQuality, rendered.metadata};
+  imageio::WriteOptions options = request.writing;
+  options.metadata = rendered.metadata;
   imageio::DropThumbnail(options.metadata.exif);
   imageio::SetPictureSize(options.metadata, picture.Width(), picture.Height());
   const imageio::Rows rows{picture.ColourRows(), picture.MaskRows()};

@@ -21,7 +21,7 @@ struct ApplyRequest {
   std::optional<double> zoom;     // the zoom that is told, instead of that of `fit`
   std::optional<Rectangle> part;  // of the result
   int bandRows = 0;               // 0: one pull for all rows
-  int jpegQuality = 92;
+  imageio::WriteOptions writing;  // all but the metadata, which are the picture's
   PictureLimits limits;
   bool takesDigests = false;  // of every output, and of those that are left alone
 };

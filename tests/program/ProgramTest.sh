@@ -300,6 +300,24 @@ test_jobs() {
   run 2 apply -j 0 -c '' in/1.ppm
 }
 
+test_compressions() {
+  { printf 'P6\n200 100\n255\n'; head -c 60000 /dev/zero; } >in.ppm
+  run 0 apply -c '' -o default.tif in.ppm
+  run 0 apply -c '' --compression none -o none.tif in.ppm
+  cmp -s default.tif none.tif || fail 'the default is another'
+  for kind in packbits lzw deflate; do
+    run 0 apply -c '' --compression $kind -o $kind.tif in.ppm
+    [ "$(wc -c <$kind.tif)" -lt 10000 ] || fail "$kind does not compress"
+    run 0 apply -c '' -o back.ppm $kind.tif
+    cmp -s in.ppm back.ppm || fail "$kind changes the picture"
+  done
+  run 0 apply -c '' --png-level 0 -o 0.png in.ppm
+  run 0 apply -c '' --png-level 9 -o 9.png in.ppm
+  [ "$(wc -c <0.png)" -gt 60000 ] && [ "$(wc -c <9.png)" -lt 1000 ] || fail 'the levels make no difference'
+  run 2 apply -c '' --compression zip -o x.tif in.ppm
+  run 2 apply -c '' --png-level 10 -o x.png in.ppm
+}
+
 # Names come through a pipe that stays open: each is done at once. An interrupt ends the wait.
 test_list_as_it_comes() {
   picture a.ppm
