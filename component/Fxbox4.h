@@ -33,6 +33,13 @@ FXBOX_API const struct FilterClass* STDAPICALLTYPE FxboxFilterClasses(int* count
 // window system has ended.
 FXBOX_API HRESULT STDAPICALLTYPE FxboxPumpEvents(BOOL wait);
 
+// Lends threads (base/AnimWorkers.h) to all pulls of the process, in place of those lent before;
+// null takes them back, and everything runs on the thread that pulls. Holds a reference until the
+// next call, and pulls that run keep theirs to their end: call it with null before the workers'
+// module goes. Any thread.
+struct IAnimWorkers;
+FXBOX_API HRESULT STDAPICALLTYPE FxboxSetWorkers(struct IAnimWorkers* workers);
+
 // Assigns a text to a KvString (base/KvString.h), for hosts that know it as a pointer alone: what
 // IAnimHostPage::Localize of core/AnimHost.h has to fill in. A null text empties it. E_POINTER
 // without a string.

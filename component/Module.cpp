@@ -2,6 +2,7 @@
 #include "component/Fxbox4.h"
 
 #include "base/KvString.h"
+#include "base/Workers.h"
 #include "component/ModuleClasses.h"
 #include "component/ModuleLife.h"
 #include "component/Registration.h"
@@ -46,6 +47,13 @@ HRESULT STDAPICALLTYPE FxboxPumpEvents(BOOL wait) {
   return Guard([&] {
     toolkit::Backend* const backend = toolkit::OpenBackend();
     return backend && backend->Pump(wait != FALSE) ? S_OK : S_FALSE;
+  });
+}
+
+HRESULT STDAPICALLTYPE FxboxSetWorkers(IAnimWorkers* workers) {
+  return Guard([&] {
+    base::SetWorkers(workers);
+    return S_OK;
   });
 }
 

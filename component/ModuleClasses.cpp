@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "core/AnimChain.h"
-#include "core/PdibFilter.h"
+#include "core/FilterObject.h"
 #include "core/PdibFilterChain.h"
 #include "core/PdibFilterCreator.h"
 #include "filters/FilterClasses.h"

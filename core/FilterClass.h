@@ -8,7 +8,7 @@
 
 #include "core/ParameterText.h"
 
-class CPdibFilter;
+class FilterObject;
 
 // All texts live as long as the library; a text that the class does not have is null.
 struct FilterClass {
@@ -25,14 +25,14 @@ struct FilterClass {
   // Parameters that show what the class does; null where its first key alone shows that.
   const char* example = nullptr;
   // A new filter with one reference, which is the caller's.
-  CPdibFilter* (*make)(const FilterClass& row) = nullptr;
+  FilterObject* (*make)(const FilterClass& row) = nullptr;
   // The keys of the parameter text.
   std::vector<ParameterDescription> (*describe)() = nullptr;
 };
 
 // What the row of a class whose constructor takes its row makes.
 template <class Filter>
-CPdibFilter* MakeFilter(const FilterClass& row) {
+FilterObject* MakeFilter(const FilterClass& row) {
   return new Filter(row);
 }
 

@@ -41,10 +41,12 @@ class FXBOX_API StateLock {
  public:
   void lock();
   void unlock() { mutex.unlock(); }
+  // Whether another thread waits for it. Any thread may ask.
+  bool IsWanted() const { return waiting != 0; }
   // For a pull that works on many rows with what the lock guards, between two of them: whoever
   // waits has the lock first. The holder must have taken it once.
   void GiveWay() {
-    if (waiting != 0) LetOthersHaveIt();
+    if (IsWanted()) LetOthersHaveIt();
   }
 
  private:

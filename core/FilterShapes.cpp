@@ -54,18 +54,35 @@ HRESULT RowFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width,
     if (ended != S_OK) return ended;
     const PullRectangle rows{
         destX, destY, srcX, srcY, width, height, WorksOnMask() ? nullptr : colourRows, maskRows};
-    const auto held = HoldState();
-    const bool complete = rows.ChangeRows(abort, [&](BYTE* colour, BYTE* mask) {
-      state.GiveWay();
-      if (WorksOnMask() ? mask : colour) ChangeRow(colour, mask, width);
-    });
-    if (!complete) {
+    if (!ChangeAll(rows)) {
       if (policy.abortMarksChange) selfChanged = true;
       return kPullStopped;
     }
     ClearChanges();
     return S_OK;
   });
+}
+
+// Holds the state for all threads at once. They leave their places when somebody waits for it.
+bool RowFilter::ChangeAll(const PullRectangle& rows) {
+  const auto held = HoldState();
+  const int least = base::RowsPerBand(rows.width);
+  std::atomic<int> left{rows.height};
+  const auto change = [&](BYTE* colour, BYTE* mask) {
+    if (WorksOnMask() ? mask : colour) ChangeRow(colour, mask, rows.width);
+  };
+  const auto takeBands = [&](int, int) {
+    do {
+      const int end = left.fetch_sub(least);
+      if (!rows.ChangeBand(std::max(0, end - least), end, abort, change)) return false;
+    } while (left > 0 && !state.IsWanted());
+    return true;
+  };
+  while (left > 0) {
+    state.GiveWay();
+    if (!base::ForEachBand((rows.height - 1) / least + 1, 1, takeBands)) return false;
+  }
+  return true;
 }
 
 HRESULT RowFilter::ReadPixel(BYTE* pixel) {
@@ -183,16 +200,22 @@ bool WholePictureFilter::BringUpToDate() {
 bool WholePictureFilter::CopyOut(const PullRectangle& rectangle) {
   const PullRectangle cut = rectangle.CutTo(result.width, result.height);
   const MemoryPicture& from = *Result();
-  for (int i = cut.height - 1; i >= 0; --i) {
-    if (abort) return false;
-    if (cut.width < 1) continue;
-    FinishRow(cut.srcY + i);
+  const auto copy = [&](BYTE* colour, BYTE* mask, int i) {
     const int y = policy.frame + cut.srcY + i;
     const int x = policy.frame + cut.srcX;
-    CopyRow(from.ColourRows()[y] + base::ColourOffset(x), from.MaskRows()[y] + x, cut.Colour(i),
-            cut.Mask(i), cut.width);
-  }
-  return true;
+    CopyRow(from.ColourRows()[y] + base::ColourOffset(x), from.MaskRows()[y] + x, colour, mask,
+            cut.width);
+  };
+  return base::ForEachBand(cut.height, base::RowsPerBand(cut.width), [&](int first, int end) {
+    constexpr int kTogether = 8;
+    for (int last = end; last > first; last -= kTogether) {
+      const int begin = std::max(first, last - kTogether);
+      if (abort) return false;
+      FinishRows(cut.srcY + begin, cut.srcY + last);
+      if (!cut.ChangeBand(begin, last, abort, copy)) return false;
+    }
+    return true;
+  });
 }
 
 void WholePictureFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,

@@ -5,6 +5,7 @@
 #include <type_traits>
 
 #include "base/Rows.h"
+#include "base/Workers.h"
 #include "core/PdibFilter.h"
 
 // A rectangle of a pull as a filter works on it: row i of the rectangle starts at Colour(i),
@@ -22,16 +23,25 @@ struct PullRectangle {
   // The part of it that lies in a picture of this size; width and height are 0 where none does.
   FXBOX_API PullRectangle CutTo(int pictureWidth, int pictureHeight) const;
 
-  // Calls change(colour, mask), or change(colour, mask, i), for each row from the last to the
-  // first, with an abort test before each. False when it stopped. A width below 1 has rows, but
-  // nothing in them to change.
+  // Calls change(colour, mask), or change(colour, mask, i), for each row, with an abort test before
+  // each. False when it stopped. Workers share the rows, so that `change` may run for several at
+  // once; without them they come from the last to the first. A width below 1 has rows, but nothing
+  // in them to change.
   template <class Change>
-  bool ChangeRows(const std::atomic<bool>& abort, Change change) const {
-    for (int i = std::max(height, 0) - 1; i >= 0; --i) {
+  bool ChangeRows(const std::atomic<bool>& abort, const Change& change) const {
+    return base::ForEachBand(height, base::RowsPerBand(width), [&](int first, int end) {
+      return ChangeBand(first, end, abort, change);
+    });
+  }
+
+  // The same for the rows `first` to `end` - 1, on the calling thread, from the last to the first.
+  template <class Change>
+  bool ChangeBand(int first, int end, const std::atomic<bool>& abort, const Change& change) const {
+    for (int i = end - 1; i >= first; --i) {
       if (abort) return false;
       if (width < 1) continue;
-      if (i > 0) AnnounceColour(i - 1);
-      if constexpr (std::is_invocable_v<Change&, BYTE*, BYTE*, int>) {
+      if (i > first) AnnounceColour(i - 1);
+      if constexpr (std::is_invocable_v<const Change&, BYTE*, BYTE*, int>) {
         change(Colour(i), Mask(i), i);
       } else {
         change(Colour(i), Mask(i));
@@ -56,7 +66,8 @@ enum class SourceResult {
 
 // Derive from RowFilter when a pixel's result depends on that pixel alone. The shape pulls the
 // source with the same rectangle and changes the rows that come back, in place, from the last to
-// the first, with an abort test before each; it allocates nothing and copies nothing.
+// the first, with an abort test before each; it allocates nothing and copies nothing. The host's
+// workers share the rows.
 class FXBOX_API RowFilter : public CPdibFilter {
  public:
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
@@ -71,13 +82,16 @@ class FXBOX_API RowFilter : public CPdibFilter {
   };
   RowFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
-  // Changes `width` pixels, at least one, while the state is held: a Commit comes between two rows,
-  // never within one. The plane that the class works on is never null; the other one may be.
+  // Changes `width` pixels, at least one, while the pull holds the state: a Commit comes between
+  // two rows, never within one. Runs on several threads at once, with a row for each, and must not
+  // take the state itself. The plane that the class works on is never null; the other one may be.
   virtual void ChangeRow(BYTE* colour, BYTE* mask, int width) = 0;
   // Whether it works on the mask rows, not on the colour rows.
   virtual bool WorksOnMask() const { return false; }
 
  private:
+  bool ChangeAll(const PullRectangle& rows);
+
   const Policy policy;
 };
 
@@ -149,9 +163,10 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   virtual bool Rebuild() = 0;
   // Before the rows of each pull are given out, with the request as it came, not cut.
   virtual void PrepareCopy(const PullRectangle&) {}
-  // Runs before a part of a row is given out, each time. For a class that finishes its result row
-  // by row as it is asked for.
-  virtual void FinishRow(int /*row*/) {}
+  // Runs before parts of the rows `first` to `end` - 1, a few, are given out, each time. For a
+  // class that finishes its result as it is asked for. Like CopyRow it runs on several threads at
+  // once, with rows of its own for each.
+  virtual void FinishRows(int /*first*/, int /*end*/) {}
   // Gives out a part of one row of the result. Either target may be null.
   virtual void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                        int width);

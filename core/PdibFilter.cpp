@@ -1,14 +1,9 @@
 #include "core/PdibFilter.h"
 
-#include <objbase.h>
-
 #include <mutex>
 
 #include "base/Arithmetic.h"
-#include "core/AnimDialog.h"
-#include "core/FilterIcon.h"
 #include "core/ParameterReaders.h"
-#include "platform/component/OleText.h"
 
 namespace {
 
@@ -61,48 +56,11 @@ bool EnsurePicture(std::unique_ptr<MemoryPicture>& picture, const char* name, in
 
 }  // namespace
 
-CPdibFilter::CPdibFilter(const FilterClass& row) : classRow(row), order(row.order) {
-  SetClassId(row.classId);
-}
+CPdibFilter::CPdibFilter(const FilterClass& row) : FilterObject(row) {}
 
 CPdibFilter::~CPdibFilter() = default;
 
-void CPdibFilter::MapSize(int w, int h, int* inW, int* inH) {
-  *inW = w;
-  *inH = h;
-}
-
 // --- IAnimFilter
-
-HRESULT CPdibFilter::GetName(char* buffer, int size) {
-  if (!buffer || size < 1) return S_OK;
-  buffer[0] = 0;
-  CopyParameterText(name.View(), 0, buffer, size);
-  return S_OK;
-}
-
-HRESULT CPdibFilter::CreateIcon(REFIID iid, void** result) {
-  if (!result) return E_POINTER;
-  *result = nullptr;
-  if (!classRow.iconName) return E_NOINTERFACE;
-  return Guard([&] {
-    auto icon = ComPtr<IAnimFilterIcon>::Attach(new CFilterIcon(classRow));
-    const HRESULT status = icon->QueryInterface(iid, result);
-    return FAILED(status) ? E_NOINTERFACE : status;
-  });
-}
-
-HRESULT CPdibFilter::GetOrder(int* result) {
-  if (!result) return E_POINTER;
-  *result = order;
-  return S_OK;
-}
-
-HRESULT CPdibFilter::GetKind(int* kind) {
-  if (!kind) return E_POINTER;
-  *kind = classRow.sortKey;
-  return S_OK;
-}
 
 HRESULT CPdibFilter::GetDestination(REFIID iid, void** result) {
   return QueryNeighbour(destination, iid, result);
@@ -146,36 +104,6 @@ HRESULT CPdibFilter::AttachDestination(IUnknown* newDestination) {
     if (IsThis(newDestination)) return E_INVALIDARG;
     sourceChanged = true;
     Exchange(destination, newDestination);
-    return S_OK;
-  });
-}
-
-bool CPdibFilter::IsThis(IUnknown* other) {
-  return ComPtr<IUnknown>::Query(other) == static_cast<IAnimFilter*>(this);
-}
-
-HRESULT CPdibFilter::CreateDialog(REFIID iid, void** result) {
-  if (!result) return E_POINTER;
-  *result = nullptr;
-  return Guard([&] {
-    const core::DialogMaker make = core::CurrentDialogMaker();
-    const auto dialog = ComPtr<IUnknown>::Attach(make ? make(classRow.progId) : nullptr);
-    return dialog ? dialog->QueryInterface(iid, result) : E_NOINTERFACE;
-  });
-}
-
-HRESULT CPdibFilter::SetClassId(REFCLSID newClassId) {
-  return Guard([&] {
-    classId = newClassId;
-    LPOLESTR progId = nullptr;
-    if (SUCCEEDED(ProgIDFromCLSID(newClassId, &progId))) {
-      name = platform::TakeOleText(progId).c_str();
-    } else if (base::SameGuid(newClassId, classRow.classId)) {
-      // A class of this module knows its name without being registered.
-      name = classRow.progId;
-    } else {
-      name.Empty();
-    }
     return S_OK;
   });
 }
@@ -382,28 +310,6 @@ HRESULT CPdibFilter::ReadPixel(BYTE* pixel) {
 
 HRESULT CPdibFilter::SendToSource(std::intptr_t message) {
   return Forward(source, [&](auto& previous) { return previous.SendToSource(message); });
-}
-
-// --- IAnimFilterParameter
-
-HRESULT CPdibFilter::SetNamedValue(const char* key, const char* value) {
-  if (!key || !value) return E_POINTER;
-  return Guard([&] {
-    const auto held = HoldState();
-    namedValues[key] = value;
-    return S_OK;
-  });
-}
-
-HRESULT CPdibFilter::GetNamedValue(const char* key, char* buffer, int size) {
-  if (!key || !buffer) return E_POINTER;
-  return Guard([&] {
-    const auto held = HoldState();
-    const auto found = namedValues.find(key);
-    if (size < 1 || found == namedValues.end() || found->second.GetLength() >= size) return E_FAIL;
-    CopyParameterText(found->second.View(), 0, buffer, size);
-    return S_OK;
-  });
 }
 
 // --- for the classes

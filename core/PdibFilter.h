@@ -3,16 +3,10 @@
 #pragma once
 
 #include <atomic>
-#include <map>
 #include <memory>
 
-#include "base/Export.h"
-#include "base/KvString.h"
-#include "core/AnimInterfaces.h"
-#include "core/FilterClass.h"
-#include "core/FilterLocks.h"
+#include "core/FilterObject.h"
 #include "picture/MemoryPicture.h"
-#include "platform/component/ComObject.h"
 #include "platform/component/ComPtr.h"
 #include "platform/component/Guard.h"
 
@@ -32,69 +26,64 @@ inline constexpr HRESULT kPullStopped = 1;
 
 // Derive from one of the three shapes in core/FilterShapes.h, which own the pull, rather than from
 // this class directly. A filter whose output has another size than its input overrides Commit
-// (writes `output`), SetTargetSize (forwards the changed size) and MapSize (its inverse).
+// (writes `output`, which comes as a copy of `input`), SetTargetSize (forwards the changed size)
+// and MapSize (its inverse).
 //
 // Any thread may call any operation. Fields are guarded by one lock (HoldState), which nobody holds
 // during a call to a neighbour: whoever sets parameters or prepares never waits for a pull that
 // waits for its source. Pulls of one filter wait for each other, and an abort ends those that wait.
 // Pending parameters become active in Commit alone, and a pull reads active ones. Links are the
 // chain's: nobody changes them during a pull.
-class FXBOX_API CPdibFilter
-    : public platform::ComObject<CPdibFilter, IAnimFilter, IAnimFilterSrcCallsThis,
-                                 IAnimFilterDestCallsThis, IAnimFilterParameter> {
+//
+// The operations do what core/AnimInterfaces.h says of them. What is told below is what this class
+// makes of them, so that an override knows what it replaces.
+class FXBOX_API CPdibFilter : public FilterObject {
  public:
-  // These four stand behind the slots of IAnimFilter, in this order.
-  //
-  // True when the pending parameters differ from the active ones.
-  virtual bool IsDirty() = 0;
-  // Makes the pending parameters active and computes `output`, which holds a copy of `input`.
-  virtual void Commit() = 0;
-  // The input size that an output of w by h needs.
-  virtual void MapSize(int w, int h, int* inW, int* inH);
-  virtual ~CPdibFilter();
+  ~CPdibFilter() override;
 
-  HRESULT STDMETHODCALLTYPE GetName(char* buffer, int size) override;
-  HRESULT STDMETHODCALLTYPE CreateIcon(REFIID iid, void** result) override;
-  HRESULT STDMETHODCALLTYPE GetOrder(int* result) override;
-  HRESULT STDMETHODCALLTYPE GetKind(int* kind) override;
   HRESULT STDMETHODCALLTYPE GetDestination(REFIID iid, void** result) override;
   HRESULT STDMETHODCALLTYPE GetSource(REFIID iid, void** result) override;
+  // All four count as a change of the picture, and exchange the reference only when it is another
+  // object's. E_INVALIDARG for the filter itself.
   HRESULT STDMETHODCALLTYPE SetDestination(IUnknown* newDestination) override;
   HRESULT STDMETHODCALLTYPE SetSource(IUnknown* newSource) override;
-  HRESULT STDMETHODCALLTYPE CreateDialog(REFIID iid, void** result) override;
-  HRESULT STDMETHODCALLTYPE SetClassId(REFCLSID newClassId) override;
+  HRESULT STDMETHODCALLTYPE AttachDestination(IUnknown* newDestination) override;
+  HRESULT STDMETHODCALLTYPE AttachSource(IUnknown* newSource) override;
 
+  // These write `told`. The last one passes the size on as well.
   HRESULT STDMETHODCALLTYPE SetPictureSize(int width, int height) override;
   HRESULT STDMETHODCALLTYPE SetOffset(int x, int y) override;
   HRESULT STDMETHODCALLTYPE SetExtent(int width, int height) override;
   HRESULT STDMETHODCALLTYPE SetTargetSize(int width, int height) override;
+  // MapSize of what the destination answers, where that is above 0.
   HRESULT STDMETHODCALLTYPE QuerySize(int* width, int* height, double aspect) override;
+  // Keep what they are given and pass it on. Neither marks a change.
   HRESULT STDMETHODCALLTYPE SetZoom(double newZoom) override;
   HRESULT STDMETHODCALLTYPE SetMark(int a, int b) override;
+  // The destination's answer; without one 0, and E_FAIL of HostCall1.
   HRESULT STDMETHODCALLTYPE GetMark(int* a, int* b) override;
   HRESULT STDMETHODCALLTYPE Lock() override;
   HRESULT STDMETHODCALLTYPE Unlock() override;
-  HRESULT STDMETHODCALLTYPE AttachSource(IUnknown* newSource) override;
   HRESULT STDMETHODCALLTYPE ExpandText(const char* text, char** expanded) override;
   HRESULT STDMETHODCALLTYPE QueryPrintScale(double* scale) override;
   HRESULT STDMETHODCALLTYPE HostCall3(std::intptr_t a, std::intptr_t b, std::intptr_t c) override;
   HRESULT STDMETHODCALLTYPE HostCall1(std::intptr_t a) override;
   HRESULT STDMETHODCALLTYPE HostCall1b(std::intptr_t a) override;
 
-  // The pull of a filter that changes nothing.
+  // The pull of a filter that changes nothing. 1 without a source.
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
+  // Reaches the source first, then the pull of this filter and those that wait for their turn.
   HRESULT STDMETHODCALLTYPE SetAbort(bool newAbort) override;
+  // Prepares the source, commits when something is pending or was told anew, and tells the
+  // destination the output, changed or not.
   HRESULT STDMETHODCALLTYPE Prepare(bool* changed, int* consumerRevision,
                                     bool trackRevision) override;
   HRESULT STDMETHODCALLTYPE GetInfo(int* width, int* height, int* offsetX, int* offsetY,
                                     int* extentWidth, int* extentHeight) override;
-  HRESULT STDMETHODCALLTYPE AttachDestination(IUnknown* newDestination) override;
+  // The source's answer as it is; without one E_FAIL for a pixel, 0 for a message.
   HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;
   HRESULT STDMETHODCALLTYPE SendToSource(std::intptr_t message) override;
-
-  HRESULT STDMETHODCALLTYPE SetNamedValue(const char* key, const char* value) override;
-  HRESULT STDMETHODCALLTYPE GetNamedValue(const char* key, char* buffer, int size) override;
 
  protected:
   explicit CPdibFilter(const FilterClass& row);
@@ -103,10 +92,6 @@ class FXBOX_API CPdibFilter
   // failure, exhausted memory included, ends a pull the way an abort does.
   template <class Body>
   HRESULT RunPull(Body&& body);
-
-  // For everything that reads or writes the fields below and may run beside another thread; a class
-  // guards its own with it.
-  [[nodiscard]] std::unique_lock<StateLock> HoldState() const { return std::unique_lock(state); }
 
   // For pulls alone. Provides the work pictures, under the process's picture lock. A picture is
   // kept when it is large enough and its area is not over four times what is asked, so it can be
@@ -119,8 +104,6 @@ class FXBOX_API CPdibFilter
   // passes the changed size on.
   HRESULT PassTargetSize(int width, int height, int passedWidth, int passedHeight);
 
-  // A filter linked to itself would pull itself without end.
-  bool IsThis(IUnknown* other);
   bool Changed() const { return selfChanged || sourceChanged; }
   // As far as they were set when the pull began.
   void ClearChanges();
@@ -128,9 +111,6 @@ class FXBOX_API CPdibFilter
   void ReadVisibility(const char* text);
   const char* VisibilityText() const { return visible ? "" : ",Vis=0"; }
 
-  const FilterClass& classRow;
-  KvString name;
-  CLSID classId = {};
   PictureInfo input;              // accepted from the source
   PictureInfo output;             // given to the destination
   PictureInfo told;               // what the source said last; becomes `input` in Prepare
@@ -147,8 +127,6 @@ class FXBOX_API CPdibFilter
   platform::ComPtr<IAnimFilterDestCallsThis> source;
   std::unique_ptr<MemoryPicture> inputPicture;  // the work pictures belong to the pull
   std::unique_ptr<MemoryPicture> outputPicture;
-  std::int32_t order = 5000;
-  mutable StateLock state;  // of the fields that are neither atomic nor the pull's
 
  private:
   // A pull's turn, as long as it lives.
@@ -172,7 +150,6 @@ class FXBOX_API CPdibFilter
   PictureInfo Output() const;
   void PassInfoOn();
 
-  std::map<KvString, KvString> namedValues;
   PullGate gate;
   std::uint32_t selfChangesSeen = 0, sourceChangesSeen = 0;  // when the pull began
 };

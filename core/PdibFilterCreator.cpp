@@ -6,7 +6,7 @@
 #include <mutex>
 
 #include "core/AnimIcon.h"
-#include "core/PdibFilter.h"
+#include "core/FilterObject.h"
 #include "core/PdibFilterChain.h"
 #include "platform/Services.h"
 #include "platform/component/ClassFactory.h"

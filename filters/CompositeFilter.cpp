@@ -9,9 +9,9 @@ using platform::Guard;
 
 CompositeFilter::CompositeFilter(const FilterClass& row,
                                  std::initializer_list<const FilterClass*> partRows)
-    : CPdibFilter(row) {
+    : FilterObject(row) {
   for (const FilterClass* partRow : partRows) {
-    auto part = ComPtr<CPdibFilter>::Attach(partRow->make(*partRow));
+    auto part = ComPtr<FilterObject>::Attach(partRow->make(*partRow));
     if (!parts.empty()) Last().SetDestination(static_cast<IAnimFilter*>(part.Get()));
     parts.push_back(std::move(part));
   }
@@ -37,11 +37,11 @@ void CompositeFilter::MapSize(int w, int h, int* inW, int* inH) {
   }
 }
 
-void CompositeFilter::GiveText(CPdibFilter& part, const std::string& text) {
+void CompositeFilter::GiveText(FilterObject& part, const std::string& text) {
   part.SetParameter(text.c_str(), 0);
 }
 
-std::string CompositeFilter::ActiveText(CPdibFilter& part) {
+std::string CompositeFilter::ActiveText(FilterObject& part) {
   char text[1024] = "";
   part.GetActiveParameter(text, sizeof text);
   return text;

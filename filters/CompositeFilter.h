@@ -9,8 +9,8 @@
 // Owns a row of filters, the first of which stands at the source's side. Whatever comes from the
 // source goes to the first one, whatever comes from the destination to the last one; both ends hold
 // them by their links. The neighbours see the composite alone, so that a walk along the chain does
-// not meet the parts. What the base class holds of pictures and links stays unused.
-class CompositeFilter : public CPdibFilter {
+// not meet the parts.
+class CompositeFilter : public FilterObject {
  public:
   ~CompositeFilter() override;
 
@@ -57,13 +57,13 @@ class CompositeFilter : public CPdibFilter {
   // The classes of the parts, from the source's side on.
   CompositeFilter(const FilterClass& row, std::initializer_list<const FilterClass*> partRows);
 
-  CPdibFilter& Part(std::size_t index) const { return *parts[index].Get(); }
-  static void GiveText(CPdibFilter& part, const std::string& text);
-  static std::string ActiveText(CPdibFilter& part);
+  FilterObject& Part(std::size_t index) const { return *parts[index].Get(); }
+  static void GiveText(FilterObject& part, const std::string& text);
+  static std::string ActiveText(FilterObject& part);
 
  private:
-  CPdibFilter& First() const { return *parts.front().Get(); }
-  CPdibFilter& Last() const { return *parts.back().Get(); }
+  FilterObject& First() const { return *parts.front().Get(); }
+  FilterObject& Last() const { return *parts.back().Get(); }
 
-  std::vector<platform::ComPtr<CPdibFilter>> parts;
+  std::vector<platform::ComPtr<FilterObject>> parts;
 };

@@ -156,14 +156,10 @@ bool CPasspartoutFilter::Rebuild() {
   return !abort;
 }
 
-// Rows are asked for from the last to the first, but memory is read faster upwards: so a few at a
-// time are finished in that order.
-void CPasspartoutFilter::FinishRow(int y) {
-  constexpr int kTogether = 8;
-  if (finished[static_cast<std::size_t>(y)]) return;
-  for (int i = std::max(0, y - kTogether + 1); i <= y; ++i) {
-    if (!finished[static_cast<std::size_t>(i)]) PaintRow(i);
-    finished[static_cast<std::size_t>(i)] = true;
+void CPasspartoutFilter::FinishRows(int first, int end) {
+  for (int y = first; y < end; ++y) {
+    if (!finished[static_cast<std::size_t>(y)]) PaintRow(y);
+    finished[static_cast<std::size_t>(y)] = true;
   }
 }
 

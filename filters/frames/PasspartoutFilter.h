@@ -66,7 +66,7 @@ class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, Pass
   static Layout LayOut(const PasspartoutParameters& parameters, const PictureInfo& picture);
   void TakeParameters() override;
   bool Rebuild() override;
-  void FinishRow(int y) override;
+  void FinishRows(int first, int end) override;
   void PaintRow(int y);
   void PaintPart(Paint paint, int y, int from, int to);
   void PaintBottomBand(int y);
@@ -78,5 +78,5 @@ class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, Pass
   PasspartoutParameters painted;
   Layout layout;
   kernels::ChannelTables glaze;
-  std::vector<bool> finished;  // by row
+  std::vector<char> finished;  // by row, not bits: threads finish rows beside each other
 };

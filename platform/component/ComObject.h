@@ -20,6 +20,8 @@ class ComObject : public First, public Others... {
   ComObject(const ComObject&) = delete;
   ComObject& operator=(const ComObject&) = delete;
 
+  // A further reference to the interface with this id; E_NOINTERFACE, and null, where the class has
+  // none. The answer for an id never changes.
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
     if (!result) return E_POINTER;
     *result = Find(iid);
@@ -27,6 +29,8 @@ class ComObject : public First, public Others... {
     AddRef();
     return S_OK;
   }
+  // Both give the count that is left, for tests: other threads may have changed it already. The
+  // thread that gives back the last reference destroys the object.
   ULONG STDMETHODCALLTYPE AddRef() override {
     return references.fetch_add(1, std::memory_order_relaxed) + 1;
   }
@@ -41,6 +45,7 @@ class ComObject : public First, public Others... {
   ~ComObject() = default;
 
  private:
+  // Null where the class has no such interface.
   void* Find(REFIID iid) {
     if (base::SameGuid(iid, IID_IUnknown)) return static_cast<First*>(this);
     void* found = nullptr;
@@ -54,7 +59,7 @@ class ComObject : public First, public Others... {
   }
 
   std::atomic<ULONG> references{1};
-  [[no_unique_address]] ModuleLock moduleLock;
+  [[no_unique_address]] ModuleLock moduleLock;  // the module stays while the object lives
 };
 
 }  // namespace platform

@@ -10,13 +10,14 @@
 
 namespace platform {
 
-// Holds one reference and gives it back in the destructor. Not thread-safe itself; the object that
-// it points to counts safely.
+// Holds one reference, or none, and gives it back in the destructor. One thread at a time; the
+// object that it points to counts safely.
 template <class Interface>
 class ComPtr {
  public:
   ComPtr() = default;
   ComPtr(std::nullptr_t) {}  // NOLINT(google-explicit-constructor)
+  // Takes a reference of its own beside the caller's.
   explicit ComPtr(Interface* shared) : object(shared) {
     if (object) object->AddRef();
   }
@@ -29,29 +30,33 @@ class ComPtr {
     return *this;
   }
 
-  // Takes over a reference that the caller already owns.
+  // Takes over a reference that the caller already owns. A new object comes with one.
   static ComPtr Attach(Interface* owned) {
     ComPtr result;
     result.object = owned;
     return result;
   }
-  // Asks `unknown`, which may be null, for this interface.
+  // Asks `unknown`, which may be null, for this interface. Null where it has none.
   static ComPtr Query(IUnknown* unknown) {
     ComPtr result;
     if (unknown) unknown->QueryInterface(IidOf<Interface>(), result.PutVoid());
     return result;
   }
 
+  // Gives the reference back now.
   void Reset() {
     if (Interface* old = std::exchange(object, nullptr)) old->Release();
   }
+  // Hands the reference to the caller and holds none from then on.
   Interface* Detach() { return std::exchange(object, nullptr); }
+  // Without a reference: good for as long as this one holds it.
   Interface* Get() const { return object; }
   Interface* operator->() const { return object; }
   explicit operator bool() const { return object != nullptr; }
+  // The same interface pointer. Whether two interfaces are of one object, only IUnknown tells.
   bool operator==(const Interface* other) const { return object == other; }
 
-  // For functions that write an owned reference through a pointer.
+  // For functions that write an owned reference through a pointer. What was held goes back first.
   Interface** Put() {
     Reset();
     return &object;

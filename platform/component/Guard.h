@@ -7,8 +7,9 @@
 
 namespace platform {
 
-// Runs `body`, which returns a status code. A host may be written in a language without exceptions,
-// so none may pass: exhausted memory gives E_OUTOFMEMORY, anything else E_FAIL.
+// Runs `body`, which returns a status code, and gives its answer. A host may be written in a
+// language without exceptions, so none may pass: exhausted memory gives E_OUTOFMEMORY, anything
+// else E_FAIL. What `body` has written until then stays.
 template <class Body>
 HRESULT Guard(Body&& body) noexcept {
   try {

@@ -7,7 +7,9 @@
 
 namespace platform {
 
-// Our interfaces carry their id as `kIid`; the system's are named here.
+// The id by which QueryInterface knows `Interface`. Our interfaces carry theirs as `kIid`; the
+// system's, which cannot, are named here and in platform/component/SystemInterfaces.h. An interface
+// without an id does not compile.
 template <class Interface>
 constexpr const IID& IidOf() {
   return Interface::kIid;

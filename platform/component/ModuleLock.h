@@ -14,8 +14,10 @@ class FXBOX_API ModuleLock {
   ModuleLock(const ModuleLock&) = delete;
   ModuleLock& operator=(const ModuleLock&) = delete;
 
+  // What making and ending one does. Each Add wants a Remove.
   static void Add();
   static void Remove();
+  // Whether the module is in use: what DllCanUnloadNow answers by.
   static bool AnyHeld();
 };
 

@@ -10,6 +10,7 @@
 
 namespace platform {
 
+// Empty for null. A character that the code page lacks becomes "?".
 inline std::string FromOleText(const OLECHAR* text) {
   return text ? base::FromWide(reinterpret_cast<const char16_t*>(text)) : std::string();
 }
@@ -21,6 +22,7 @@ inline std::string TakeOleText(OLECHAR* text) {
   return result;
 }
 
+// What the runtime can be given, zero-terminated by c_str().
 inline std::basic_string<OLECHAR> ToOleText(std::string_view text) {
   const std::u16string wide = base::ToWide(text);
   return {wide.begin(), wide.end()};

@@ -8,6 +8,8 @@
 
 #include "platform/component/InterfaceId.h"
 
+// What platform/component/InterfaceId.h says of our own interfaces, for these. Include it where a
+// ComPtr or a ComObject names one of them; without it they have no id and do not compile.
 namespace platform {
 
 template <>

@@ -85,7 +85,7 @@ const FilterClass kRow = {
     .helpKey = nullptr,
     .defaultText = nullptr,
     .gloss = "Swap red and blue",
-    .make = [](const FilterClass& row) -> CPdibFilter* { return new SwapFilter(row); },
+    .make = [](const FilterClass& row) -> FilterObject* { return new SwapFilter(row); },
     .describe = nullptr,
 };
 

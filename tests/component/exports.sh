@@ -6,7 +6,7 @@ exported="$(nm -D --defined-only "$1" | awk '{print $3}')"
 status=0
 
 for name in DllGetClassObject DllCanUnloadNow DllRegisterServer DllUnregisterServer \
-  FxboxCreateCreator FxboxFilterClasses FxboxPumpEvents FxboxSetString \
+  FxboxCreateCreator FxboxFilterClasses FxboxPumpEvents FxboxSetString FxboxSetWorkers \
   DibCreate DibCreateEx DibFree DibOpenFile DibOpenFromModule \
   DibReadDib DibScale DibSetUsage DibMapToPalette DIBPaint DIBDrawWithMask DIBFileSize Make24BitDib \
   GolorGray ConvertMaskArrayToDib ConvertMaskDibToArray \

@@ -67,7 +67,7 @@ ComPtr<Probe> MakeProbe() {
 }
 
 template <class Interface>
-bool SameObject(Interface* linked, CPdibFilter& filter) {
+bool SameObject(Interface* linked, FilterObject& filter) {
   return ComPtr<IAnimFilter>::Query(linked) == &filter;
 }
 
@@ -173,7 +173,7 @@ TEST(PdibFilterPrepare, OneWalkCarriesAChangeThroughTheChain) {
   const auto head = MakeProbe();
   head->doubles = true;
   const auto tail = MakeProbe();
-  Rig rig(Picture(5, 4), {ComPtr<CPdibFilter>(head.Get()), ComPtr<CPdibFilter>(tail.Get())});
+  Rig rig(Picture(5, 4), {ComPtr<FilterObject>(head.Get()), ComPtr<FilterObject>(tail.Get())});
   EXPECT_TRUE(rig.Prepare());
   EXPECT_THAT(rig.destination->TakeCalls(),
               ElementsAre("SetTargetSize -1 -1", "SetTargetSize -1 -1", "SetPictureSize 10 8",
@@ -268,7 +268,7 @@ TEST(PdibFilter, AnAbortRunsToTheSourceFirst) {
   const auto head = MakeProbe();
   const auto tail = MakeProbe();
   head->watched = tail.Get();
-  Rig rig(Picture(5, 4), {ComPtr<CPdibFilter>(head.Get()), ComPtr<CPdibFilter>(tail.Get())});
+  Rig rig(Picture(5, 4), {ComPtr<FilterObject>(head.Get()), ComPtr<FilterObject>(tail.Get())});
   EXPECT_EQ(tail->SetAbort(true), S_OK);
   EXPECT_FALSE(head->abortSeen);
   EXPECT_TRUE(head->abort && tail->abort);

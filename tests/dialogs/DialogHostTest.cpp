@@ -421,7 +421,7 @@ TEST_F(DialogHost, LocalizeAsksTheHostFirst) {
 TEST_F(DialogHost, IconsAskTheSameHostForTheirName) {
   const FilterClass* row = FilterClasses().data();
   while (std::string(row->progId) != kSepia) ++row;
-  const auto filter = ComPtr<CPdibFilter>::Attach(row->make(*row));
+  const auto filter = ComPtr<FilterObject>::Attach(row->make(*row));
   ComPtr<IAnimFilterIcon> icon;
   ASSERT_EQ(filter->CreateIcon(IAnimFilterIcon::kIid, icon.PutVoid()), S_OK);
   const auto linkable = ComPtr<IAnimLinkable>::Query(icon.Get());

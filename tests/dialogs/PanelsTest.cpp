@@ -26,7 +26,7 @@ const FilterClass& ClassOf(const std::string& progId) {
   throw std::runtime_error(progId);
 }
 
-std::string TextOf(CPdibFilter& filter) {
+std::string TextOf(FilterObject& filter) {
   char text[8000] = "";
   filter.GetParameter(text, sizeof text);
   return text;
@@ -39,7 +39,7 @@ class Panels : public DialogRig {
     if (host) ReleaseDialogHost(std::exchange(host, nullptr));
     Make(row.progId);
     const FilterClass& filterClass = ClassOf(row.progId);
-    filter = ComPtr<CPdibFilter>::Attach(filterClass.make(filterClass));
+    filter = ComPtr<FilterObject>::Attach(filterClass.make(filterClass));
     filter->SetParameter(row.defaultText, 1);
     DWORD cookie = 0;
     ComPtr<IConnectionPoint>::Query(dialog.Get())
@@ -53,7 +53,7 @@ class Panels : public DialogRig {
     EXPECT_EQ(backend.Counts(), toolkit::BackendCounts());
   }
 
-  ComPtr<CPdibFilter> filter;
+  ComPtr<FilterObject> filter;
 };
 
 TEST_F(Panels, EveryClassHasItsDialogWithItsWords) {

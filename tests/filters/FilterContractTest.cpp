@@ -765,7 +765,7 @@ TEST_P(FilterContract, AChangeDuringAPullIsNotLost) {
 }
 
 // As for a consumer that has seen nothing yet, so that kept pictures are made anew.
-void PrepareAnew(CPdibFilter& filter) {
+void PrepareAnew(FilterObject& filter) {
   bool changed = false;
   int revision = -1;
   filter.Prepare(&changed, &revision, false);

@@ -8,7 +8,7 @@ namespace testing_support {
 using platform::ComPtr;
 
 const FilterClass& TestClass(const char* progId, int order, int sortKey,
-                             CPdibFilter* (*make)(const FilterClass&)) {
+                             FilterObject* (*make)(const FilterClass&)) {
   static std::deque<FilterClass> rows;
   CLSID classId = base::Guid("{5E57C1A5-0000-4000-8000-000000000000}");
   classId.Data2 = static_cast<std::uint16_t>(rows.size() + 1);
@@ -54,11 +54,11 @@ HRESULT RecordingFilter::GetActiveParameter(char* buffer, int size) {
   return S_OK;
 }
 
-ComPtr<CPdibFilter> Make(const FilterClass& row) {
-  return ComPtr<CPdibFilter>::Attach(row.make(row));
+ComPtr<FilterObject> Make(const FilterClass& row) {
+  return ComPtr<FilterObject>::Attach(row.make(row));
 }
 
-Rig::Rig(Picture picture, std::vector<ComPtr<CPdibFilter>> linked)
+Rig::Rig(Picture picture, std::vector<ComPtr<FilterObject>> linked)
     : source(ComPtr<TestSource>::Attach(new TestSource(std::move(picture)))),
       destination(ComPtr<TestDestination>::Attach(new TestDestination)),
       filters(std::move(linked)) {

@@ -11,14 +11,14 @@
 namespace testing_support {
 
 template <class Filter>
-CPdibFilter* MakeFilter(const FilterClass& row) {
+FilterObject* MakeFilter(const FilterClass& row) {
   return new Filter(row);
 }
 
 // A class row of its own, with a class id that nobody has registered. It lives as long as the test
 // program.
 const FilterClass& TestClass(const char* progId, int order = 5000, int sortKey = 0,
-                             CPdibFilter* (*make)(const FilterClass&) = nullptr);
+                             FilterObject* (*make)(const FilterClass&) = nullptr);
 
 // Keeps its text, passes rows through and counts what is done to it. Throws where it is told to.
 class RecordingFilter : public CPdibFilter {
@@ -50,15 +50,15 @@ class RecordingFilter : public CPdibFilter {
 // freed.
 class Rig {
  public:
-  Rig(Picture picture, std::vector<platform::ComPtr<CPdibFilter>> linked);
+  Rig(Picture picture, std::vector<platform::ComPtr<FilterObject>> linked);
   // With one filter, of a class.
   Rig(Picture picture, const FilterClass& row);
   ~Rig();
   Rig(const Rig&) = delete;
   Rig& operator=(const Rig&) = delete;
 
-  CPdibFilter& Filter(std::size_t index = 0) { return *filters[index].Get(); }
-  CPdibFilter& Tail() { return *filters.back().Get(); }
+  FilterObject& Filter(std::size_t index = 0) { return *filters[index].Get(); }
+  FilterObject& Tail() { return *filters.back().Get(); }
   // Prepares the tail for a consumer that keeps its revision. True when the picture changed.
   bool Prepare();
   // Prepares, then pulls the whole result with one call.
@@ -70,10 +70,10 @@ class Rig {
   int revision = -1;
 
  private:
-  std::vector<platform::ComPtr<CPdibFilter>> filters;
+  std::vector<platform::ComPtr<FilterObject>> filters;
 };
 
-platform::ComPtr<CPdibFilter> Make(const FilterClass& row);
+platform::ComPtr<FilterObject> Make(const FilterClass& row);
 
 // The texts of a filter, empty when it wrote nothing.
 std::string PendingText(IAnimFilterParameter& filter, int size = 4096);

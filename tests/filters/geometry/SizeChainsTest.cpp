@@ -13,8 +13,8 @@ struct Link {
   std::string name, text;
 };
 
-std::vector<platform::ComPtr<CPdibFilter>> MakeAll(const std::vector<Link>& links) {
-  std::vector<platform::ComPtr<CPdibFilter>> filters;
+std::vector<platform::ComPtr<FilterObject>> MakeAll(const std::vector<Link>& links) {
+  std::vector<platform::ComPtr<FilterObject>> filters;
   for (const Link& link : links) {
     filters.push_back(Make(ClassOf("ZNFilter." + link.name + ".1")));
     filters.back()->SetParameter(link.text.c_str(), 1);
