@@ -4,10 +4,10 @@ sources = $(shell find . \( -path ./build -o -path ./.git \) -prune -o \
 	\( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print)
 
 .NOTPARALLEL:
-.PHONY: help demo docs icons test bench windows arm64 sanitize fuzz soak format tidy install clean
+.PHONY: help demo docs icons test bench bench-peers windows arm64 sanitize fuzz soak format tidy install clean
 
 help: ## this list
-	@sed -n 's/^\([a-z0-9]*\):.*## /make \1\t/p' Makefile | expand -t 20
+	@sed -n 's/^\([a-z0-9-]*\):.*## /make \1\t/p' Makefile | expand -t 20
 
 demo: ## build the program and apply filters to a photograph, into demo-out/
 	@scripts/setup.sh native
@@ -29,6 +29,11 @@ bench: ## run the benchmarks; BENCH=REGEX chooses some
 	@scripts/setup.sh native
 	@scripts/build.sh linux fxbox_benchmarks
 	@build/linux/benchmarks/fxbox_benchmarks $(if $(BENCH),--benchmark_filter='$(BENCH)')
+
+bench-peers: ## the filters beside OpenCV and libvips, into docs/speed.md; THREADS=N (1)
+	@scripts/setup.sh native peers
+	@scripts/build.sh linux fxbox_peers
+	@build/linux/benchmarks/fxbox_peers $(THREADS) | tee docs/speed.md
 
 windows: ## build the DLL and the program for Windows, into build/windows/
 	@scripts/setup.sh windows

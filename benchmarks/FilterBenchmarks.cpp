@@ -8,25 +8,27 @@
 // FXBOX_SIMD limits the vector units.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
-#include <chrono>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "benchmarks/KeptPicture.h"
+#include "benchmarks/FilterPull.h"
+#include "benchmarks/Timing.h"
 #include "component/Fxbox4.h"
-#include "core/AnimChain.h"
 #include "core/FilterClass.h"
 #include "filters/pixels/simd/Simd.h"
 
 namespace {
 
 using benchmarks::Copy;
+using benchmarks::FilterPull;
 using benchmarks::Invert;
 using benchmarks::KeptPicture;
 using benchmarks::Planes;
+using benchmarks::Quickest;
+using benchmarks::Repeat;
+using benchmarks::Seconds;
 using platform::ComPtr;
 
 struct PictureSize {
@@ -160,30 +162,6 @@ std::string ShortName(const Setting& setting) {
   return name;
 }
 
-template <class Work>
-double Seconds(Work work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-// Whatever else the machine does only adds to a time.
-double Quickest(const std::vector<double>& times) {
-  return *std::min_element(times.begin(), times.end());
-}
-
-// Calls for half a second altogether, but three times at least. False when a call failed.
-template <class Work>
-bool Repeat(Work work) {
-  double spent = 0;
-  for (int call = 0; call < 3 || spent < 0.5; ++call) {
-    bool done = false;
-    spent += Seconds([&] { done = work(); });
-    if (!done) return false;
-  }
-  return true;
-}
-
 // One iteration stands for all calls: a filter that does nothing would otherwise be called for
 // hours between passes that are not its own.
 void Report(benchmark::State& state, const std::vector<double>& times, const PictureSize& size) {
@@ -191,55 +169,8 @@ void Report(benchmark::State& state, const std::vector<double>& times, const Pic
   state.SetItemsProcessed(std::int64_t{size.width} * size.height);
 }
 
-// A filter over a picture. Links are cut at the end, as source and filter hold each other.
-class Pull {
- public:
-  Pull(const Setting& setting, const PictureSize& size)
-      : source(
-            ComPtr<KeptPicture>::Attach(new KeptPicture(size.width, size.height, setting.opaque))) {
-    ComPtr<IAnimFilterCreator> creator;
-    FxboxCreateCreator(IAnimFilterCreator::kIid, creator.PutVoid());
-    if (!creator) return;
-    creator->CreateFilter(setting.progId, IAnimFilter::kIid, filter.PutVoid());
-    const auto parameter = ComPtr<IAnimFilterParameter>::Query(filter.Get());
-    rows = ComPtr<IAnimFilterDestCallsThis>::Query(filter.Get());
-    if (!parameter || !rows) return;
-    parameter->SetParameter(setting.text, 0);
-    filter->SetSource(source.Get());
-    if (!Prepare()) return;
-    result = std::make_unique<MemoryPicture>("result", width, height, true, true);
-    source->SetRowsThatHoldIt(*result);
-  }
-  ~Pull() {
-    if (filter) filter->SetSource(nullptr);
-    source->AttachDestination(nullptr);
-  }
-
-  bool IsReady() const { return result && result->IsValid(); }
-  const MemoryPicture& Picture() const { return source->Picture(); }
-  MemoryPicture& Result() const { return *result; }
-  // The source tells a change each time, so that a filter that keeps its result computes it again.
-  bool Prepare() {
-    int ignored = 0;
-    return rows->GetInfo(&width, &height, &ignored, &ignored, &ignored, &ignored) == S_OK &&
-           width > 0 && height > 0;
-  }
-  bool Run() {
-    return rows->ReadRows(0, 0, 0, 0, width, height, result->ColourRows(), result->MaskRows()) ==
-           S_OK;
-  }
-
- private:
-  ComPtr<KeptPicture> source;
-  ComPtr<IAnimFilter> filter;
-  ComPtr<IAnimFilterDestCallsThis> rows;
-  std::unique_ptr<MemoryPicture> result;
-  int width = 0;
-  int height = 0;
-};
-
 void RunFilter(benchmark::State& state, const Setting& setting, const PictureSize& size) {
-  Pull pull(setting, size);
+  FilterPull pull({{setting.progId, setting.text}}, size.width, size.height, setting.opaque);
   if (!pull.IsReady()) return state.SkipWithError("the filter does not start");
   // Limits are measured on rows of the picture's size, whatever the size of the result.
   MemoryPicture rows("rows", size.width, size.height, true, true);

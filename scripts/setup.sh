@@ -1,5 +1,5 @@
 #!/bin/bash
-# Installs what is missing: setup.sh [native|tests|soak|windows|tools|arm64|all]...
+# Installs what is missing: setup.sh [native|tests|soak|windows|tools|arm64|peers|all]...
 #   native   compilers and libraries that build and test the project on this machine
 #   tests    what only tests need: a second compiler with its fuzzer, the formatter, broken sample
 #            pictures, other readers of compound files
@@ -7,6 +7,7 @@
 #   windows  cross compiler, Wine, the picture libraries for Windows and the Wine prefix
 #   tools    formatter and checker of sources, renderer of icons
 #   arm64    cross compiler for 64-bit ARM
+#   peers    the libraries that the filters are compared with
 #   all      native, tests and windows (the default)
 # Does nothing, and asks for no rights, where everything is there already.
 set -euo pipefail
@@ -26,6 +27,7 @@ windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xdotool)
 tools=(clang-format clang-tidy librsvg2-bin)
 arm64=(g++-aarch64-linux-gnu)
+peers=(libopencv-core-dev libopencv-imgproc-dev libvips-dev)
 
 isInstalled() {
   [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
@@ -66,8 +68,9 @@ for part in "$@"; do
     windows) packages+=("${windows[@]}") ;;
     tools) packages+=("${tools[@]}") ;;
     arm64) packages+=("${arm64[@]}") ;;
+    peers) packages+=("${peers[@]}") ;;
     all) packages+=("${native[@]}" "${tests[@]}" "${windows[@]}") ;;
-    *) die "unknown part: $part (native, tests, soak, windows, tools, arm64 or all)" ;;
+    *) die "unknown part: $part (native, tests, soak, windows, tools, arm64, peers or all)" ;;
   esac
 done
 installMissing "${packages[@]}"
