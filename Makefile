@@ -25,7 +25,7 @@ test: ## build everything and run all tests: Linux, Windows (with Wine), Linux w
 	@scripts/test.sh windows
 	@scripts/test.sh linux-asan
 
-bench: ## run the benchmarks; BENCH=REGEX chooses some
+bench: ## a table of speeds; BENCH=REGEX chooses some, FXBOX_THREADS=1,2 the threads
 	@scripts/setup.sh native
 	@scripts/build.sh linux fxbox_benchmarks
 	@build/linux/benchmarks/fxbox_benchmarks $(if $(BENCH),--benchmark_filter='$(BENCH)')

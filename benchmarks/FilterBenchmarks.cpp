@@ -1,15 +1,20 @@
 // How fast the filters are: every class that does its work pulls a picture through the public
 // interface.
 //
-// Names are the filters' own: Sepia/24MP, Sepia/preview, and with the setting where a filter has
-// several: BlurGauss/radius10/24MP. Between two pulls the rows are inverted in
-// place and set back with memcpy, both timed: `of_memcpy` and `of_inversion` are the filter's speed
-// as a share of theirs (the quickest of each over the run).
-// FXBOX_SIMD limits the vector units.
+// Names are the filters' own: Sepia/24MP, Sepia/preview, with the setting where a filter has
+// several, BlurGauss/radius10/24MP, and with the threads where it is lent some:
+// Sepia/24MP/threads2. Between two pulls the rows are inverted in place and set back with memcpy,
+// both timed, on one thread: the shares are the filter's speed beside theirs, by the quickest of
+// each over the run. FXBOX_SIMD limits the vector units, FXBOX_THREADS says for how many threads to
+// measure: "1,2,8".
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -18,6 +23,7 @@
 #include "component/Fxbox4.h"
 #include "core/FilterClass.h"
 #include "filters/pixels/simd/Simd.h"
+#include "platform/WorkerPool.h"
 
 namespace {
 
@@ -215,20 +221,41 @@ void RunLimit(benchmark::State& state, bool invert, const PictureSize& size) {
   Report(state, times, size);
 }
 
+// FXBOX_THREADS, "1,2,8": how many threads the library is lent; one where nothing is said.
+std::vector<int> ThreadNumbers() {
+  const char* const list = std::getenv("FXBOX_THREADS");
+  std::istringstream numbers(list ? list : "1");
+  std::vector<int> threads;
+  for (std::string number; std::getline(numbers, number, ',');) {
+    threads.push_back(std::max(1, std::atoi(number.c_str())));
+  }
+  return threads;
+}
+
+void LendThreads(int threads) {
+  const auto pool = ComPtr<platform::WorkerPool>::Attach(new platform::WorkerPool(threads));
+  FxboxSetWorkers(threads > 1 ? pool.Get() : nullptr);
+}
+
 template <class Run>
-void Register(const std::string& name, Run run) {
+void Register(const std::string& name, int threads, Run run) {
   for (const PictureSize& size : kSizes) {
-    benchmark::RegisterBenchmark((name + "/" + size.name).c_str(),
-                                 [run, &size](benchmark::State& state) { run(state, size); })
+    std::string whole = name + "/" + size.name;
+    if (threads > 1) whole += "/threads" + std::to_string(threads);
+    benchmark::RegisterBenchmark(whole.c_str(),
+                                 [run, &size, threads](benchmark::State& state) {
+                                   LendThreads(threads);
+                                   run(state, size);
+                                   LendThreads(1);
+                                 })
         ->UseManualTime()
-        ->Unit(benchmark::kMillisecond)
         ->Iterations(1);
   }
 }
 
 void RegisterAll() {
   for (const bool invert : {false, true}) {
-    Register(invert ? "inversion" : "memcpy",
+    Register(invert ? "inversion" : "memcpy", 1,
              [invert](benchmark::State& state, const PictureSize& size) {
                RunLimit(state, invert, size);
              });
@@ -237,20 +264,55 @@ void RegisterAll() {
   const FilterClass* const classes = FxboxFilterClasses(&count);
   for (int i = 0; i < count; ++i) {
     for (const Setting& setting : SettingsOf(classes[i])) {
-      Register(ShortName(setting), [setting](benchmark::State& state, const PictureSize& size) {
-        RunFilter(state, setting, size);
-      });
+      for (const int threads : ThreadNumbers()) {
+        Register(ShortName(setting), threads,
+                 [setting](benchmark::State& state, const PictureSize& size) {
+                   RunFilter(state, setting, size);
+                 });
+      }
     }
   }
 }
+
+// A line for each name: millions a second, and the shares of what is measured beside it.
+class SpeedTable final : public benchmark::BenchmarkReporter {
+ public:
+  bool ReportContext(const Context&) override {
+    std::printf("vector units: %s\n%-44s %12s %10s %13s\n",
+                kernels::SimdLevelName(kernels::ActiveSimdLevel()), "", "million/s", "of memcpy",
+                "of inversion");
+    return true;
+  }
+  void ReportRuns(const std::vector<Run>& runs) override {
+    for (const Run& run : runs) {
+      if (run.error_occurred) {
+        std::printf("%-44s %s\n", run.run_name.function_name.c_str(), run.error_message.c_str());
+      } else {
+        std::printf("%-44s %12.1f %10s %13s\n", run.run_name.function_name.c_str(),
+                    run.counters.at("items_per_second") / 1e6, Share(run, "of_memcpy").c_str(),
+                    Share(run, "of_inversion").c_str());
+      }
+    }
+    std::fflush(stdout);
+  }
+
+ private:
+  static std::string Share(const Run& run, const char* counter) {
+    const auto found = run.counters.find(counter);
+    if (found == run.counters.end()) return "";
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f", static_cast<double>(found->second));
+    return text;
+  }
+};
 
 }  // namespace
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
-  benchmark::AddCustomContext("vector units", kernels::SimdLevelName(kernels::ActiveSimdLevel()));
   RegisterAll();
-  benchmark::RunSpecifiedBenchmarks();
+  SpeedTable table;
+  benchmark::RunSpecifiedBenchmarks(&table);
   benchmark::Shutdown();
 }

@@ -21,6 +21,7 @@
 #include "benchmarks/Timing.h"
 #include "component/Fxbox4.h"
 #include "filters/pixels/simd/Simd.h"
+#include "platform/WorkerPool.h"
 
 namespace {
 
@@ -311,6 +312,8 @@ int main(int argc, char** argv) {
   vips_cache_set_max(0);
   vips_concurrency_set(threads);
   cv::setNumThreads(threads);
+  FxboxSetWorkers(
+      platform::ComPtr<platform::WorkerPool>::Attach(new platform::WorkerPool(threads)).Get());
   PrintHead(threads);
   for (const Work& work : AllWork()) {
     const Speeds speeds = Measure(work);
@@ -319,5 +322,6 @@ int main(int argc, char** argv) {
                 Cell(speeds.Ratio(), "%.2f").c_str());
     std::fflush(stdout);
   }
+  FxboxSetWorkers(nullptr);
   vips_shutdown();
 }
