@@ -71,7 +71,7 @@ function(fxbox_read_ahead name)
 endfunction()
 if(FXBOX_PRECOMPILE)
   if(WIN32) # GCC warns falsely of short strings whose header was read ahead
-    target_compile_options(fxbox_warnings INTERFACE -Wno-array-bounds)
+    target_compile_options(fxbox_warnings INTERFACE -Wno-array-bounds -Wno-stringop-overread)
   endif()
   fxbox_read_ahead(fxbox_headers)
 endif()
