@@ -9,9 +9,9 @@
 #include <thread>
 #include <vector>
 
+#include "host/ComponentRuntime.h"
 #include "platform/Services.h"
 #include "program/ApplyReport.h"
-#include "program/ComponentRuntime.h"
 #include "program/Interrupt.h"
 #include "program/Messages.h"
 #include "program/ProgressBar.h"

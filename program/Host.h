@@ -3,6 +3,7 @@
 
 #include "host/ChainCheck.h"
 #include "host/ChainTexts.h"
+#include "host/ComponentRuntime.h"
 #include "host/FilterFacts.h"
 #include "host/FilterList.h"
 #include "host/Measurements.h"
@@ -16,6 +17,7 @@ using host::ChainError;
 using host::ChainText;
 using host::ChainTextOf;
 using host::CheckChainText;
+using host::ComponentRuntime;
 using host::CutTo;
 using host::DefaultTextOf;
 using host::FactsOf;

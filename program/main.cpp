@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <iostream>
 
+#include "host/ComponentRuntime.h"
 #include "platform/Services.h"
 #include "program/Commands.h"
-#include "program/ComponentRuntime.h"
 #include "program/Host.h"
 #include "program/Messages.h"
 

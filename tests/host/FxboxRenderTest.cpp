@@ -1,0 +1,275 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "component/fxbox.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+struct FreeImage {
+  void operator()(FxboxImage* image) const { FxboxFreeImage(image); }
+};
+using Result = std::unique_ptr<FxboxImage, FreeImage>;
+
+// A picture of 5 by 4 pixels, every byte from its place.
+struct Picture {
+  explicit Picture(int channelCount, int gap = 0)
+      : channels(channelCount), step(5 * channelCount + gap), bytes(std::size_t(step) * 4, 0xA5) {
+    for (int y = 0; y < 4; ++y) {
+      for (int i = 0; i < 5 * channels; ++i) bytes[std::size_t(y * step + i)] = At(y, i);
+    }
+  }
+  static std::uint8_t At(int y, int i) { return static_cast<std::uint8_t>(17 * i + 41 * y + 3); }
+  FxboxImage Image() { return {bytes.data(), step, 5, 4, channels}; }
+
+  int channels;
+  int step;
+  std::vector<std::uint8_t> bytes;
+};
+
+struct Outcome {
+  std::int32_t status = -1;
+  Result result;
+  FxboxError error{};
+};
+
+Outcome Render(FxboxImage input, const char* chain, const FxboxRenderOptions* options = nullptr) {
+  Outcome outcome;
+  FxboxImage* image = nullptr;
+  outcome.status = FxboxRender(&input, chain, options, &image, &outcome.error);
+  outcome.result.reset(image);
+  EXPECT_EQ(outcome.error.status, outcome.status);
+  EXPECT_EQ(image != nullptr, outcome.status == FXBOX_OK);
+  return outcome;
+}
+
+FxboxRenderOptions Options() {
+  FxboxRenderOptions options{};
+  options.size = sizeof options;
+  return options;
+}
+
+const std::uint8_t* PixelOf(const FxboxImage& image, int x, int y) {
+  return image.pixels + y * image.rowStep + x * image.channels;
+}
+
+// Of the colour bytes alone; alpha stays.
+void ExpectInverted(const FxboxImage& result, int channels) {
+  ASSERT_EQ(result.channels, channels);
+  ASSERT_EQ(result.width, 5);
+  ASSERT_EQ(result.height, 4);
+  for (int y = 0; y < 4; ++y) {
+    for (int i = 0; i < 5 * channels; ++i) {
+      const int byte = Picture::At(y, i);
+      const int expected = i % channels == 3 ? byte : 255 - byte;
+      EXPECT_EQ(result.pixels[y * result.rowStep + i], expected) << y << ' ' << i;
+    }
+  }
+}
+
+constexpr char kInvert[] = "ZNFilter.Invert.1(Inversity=100)";
+
+TEST(FxboxRender, TakesEveryLayoutOfRows) {
+  for (const int channels : {3, 4}) {
+    Picture packed(channels), spaced(channels, 7);
+    ExpectInverted(*Render(packed.Image(), kInvert).result, channels);
+    ExpectInverted(*Render(spaced.Image(), kInvert).result, channels);
+    FxboxImage noStep = packed.Image();
+    noStep.rowStep = 0;
+    ExpectInverted(*Render(noStep, kInvert).result, channels);
+
+    // The same rows stored bottom up.
+    Picture turned(channels);
+    for (int y = 0; y < 4; ++y) {
+      std::memcpy(&turned.bytes[std::size_t(3 - y) * std::size_t(turned.step)],
+                  &packed.bytes[std::size_t(y) * std::size_t(packed.step)],
+                  std::size_t(packed.step));
+    }
+    FxboxImage up = turned.Image();
+    up.pixels += 3 * up.rowStep;
+    up.rowStep = -up.rowStep;
+    ExpectInverted(*Render(up, kInvert).result, channels);
+    EXPECT_EQ(packed.bytes, Picture(channels).bytes) << "the input is only read";
+  }
+}
+
+TEST(FxboxRender, GivesAlphaWhereThereIsAny) {
+  Picture three(3), four(4);
+  constexpr char kHalf[] = "ZNFilter.Transparency.1(Transparency=050)";
+  const Outcome opened = Render(three.Image(), kHalf);
+  ASSERT_EQ(opened.status, FXBOX_OK) << opened.error.message;
+  EXPECT_EQ(opened.result->channels, 4);
+  EXPECT_NEAR(PixelOf(*opened.result, 2, 2)[3], 127, 2);
+  FxboxRenderOptions options = Options();
+  options.channels = 3;
+  EXPECT_EQ(Render(four.Image(), "", &options).result->channels, 3);
+  options.channels = 4;
+  const Outcome closed = Render(three.Image(), "", &options);
+  EXPECT_EQ(closed.result->channels, 4);
+  EXPECT_EQ(PixelOf(*closed.result, 4, 3)[3], 255);
+}
+
+TEST(FxboxRender, PartsCountFromTheTopLeft) {
+  Picture picture(3);
+  FxboxRenderOptions options = Options();
+  options.left = 3, options.top = 1, options.width = 9, options.height = 2;
+  const Outcome part = Render(picture.Image(), "", &options);
+  ASSERT_EQ(part.status, FXBOX_OK) << part.error.message;
+  EXPECT_EQ(part.result->width, 2);
+  EXPECT_EQ(part.result->height, 2);
+  EXPECT_EQ(PixelOf(*part.result, 0, 0)[0], Picture::At(1, 9));
+  EXPECT_EQ(PixelOf(*part.result, 1, 1)[2], Picture::At(2, 14));
+  options.left = 5;
+  const Outcome outside = Render(picture.Image(), "", &options);
+  EXPECT_EQ(outside.status, FXBOX_BAD_ARGUMENT);
+  EXPECT_THAT(outside.error.message, HasSubstr("outside the result, which is 5x4"));
+}
+
+TEST(FxboxRender, ErrorsNameItemAndPlace) {
+  Picture picture(3);
+  const Outcome wrong =
+      Render(picture.Image(), "ZNFilter.Zero.1()\nZNFilter.Sepia.1(Sepia=050, Sepai=1)");
+  EXPECT_EQ(wrong.status, FXBOX_BAD_CHAIN);
+  EXPECT_EQ(wrong.error.item, 2);
+  EXPECT_EQ(wrong.error.line, 2);
+  EXPECT_EQ(wrong.error.character, 29);
+  EXPECT_STREQ(wrong.error.filter, "ZNFilter.Sepia.1");
+  EXPECT_THAT(wrong.error.message, HasSubstr("unknown key \"Sepai\""));
+  FxboxRenderOptions options = Options();
+  options.lenient = 1;
+  EXPECT_EQ(Render(picture.Image(), "ZNFilter.None.1(A=1)", &options).status, FXBOX_OK);
+  // Long texts are cut between characters.
+  std::string longName(400, 'n');
+  for (int i = 0; i < 300; ++i) longName += "ü";
+  const Outcome cut = Render(picture.Image(), (longName + "(A=1)").c_str());
+  EXPECT_EQ(cut.status, FXBOX_BAD_CHAIN);
+  EXPECT_LT(std::strlen(cut.error.message), sizeof cut.error.message);
+}
+
+TEST(FxboxRender, RefusesWhatIsNoPicture) {
+  Picture picture(3);
+  const FxboxImage good = picture.Image();
+  FxboxImage wrong[5] = {good, good, good, good, good};
+  wrong[0].pixels = nullptr;
+  wrong[1].channels = 2;
+  wrong[2].width = 0;
+  wrong[3].height = -1;
+  wrong[4].rowStep = 14;
+  for (const FxboxImage& image : wrong) {
+    EXPECT_EQ(Render(image, kInvert).status, FXBOX_BAD_ARGUMENT);
+  }
+  EXPECT_EQ(Render(good, nullptr).status, FXBOX_BAD_ARGUMENT);
+  FxboxRenderOptions options{};  // without its size
+  EXPECT_EQ(Render(good, kInvert, &options).status, FXBOX_BAD_ARGUMENT);
+  FxboxError error;
+  EXPECT_EQ(FxboxRender(&good, kInvert, nullptr, nullptr, &error), FXBOX_BAD_ARGUMENT);
+  FxboxImage* result = nullptr;
+  EXPECT_EQ(FxboxRender(nullptr, kInvert, nullptr, &result, nullptr), FXBOX_BAD_ARGUMENT);
+  FxboxFreeImage(nullptr);
+  FxboxFreeStopper(nullptr);
+  FxboxStop(nullptr);
+}
+
+TEST(FxboxRender, ResultsBeyondTheLimitAreRefused) {
+  Picture picture(3);
+  const Outcome large = Render(picture.Image(),
+                               "ZNFilter.Scale.1(MaximumHorizontalSize=90000,"
+                               "MaximumVerticalSize=90000,AllowEnlarge=1)");
+  EXPECT_EQ(large.status, FXBOX_FAILED) << large.error.message;
+  EXPECT_THAT(large.error.message, HasSubstr("ZNFilter.Scale.1"));
+  FxboxRenderOptions options = Options();
+  options.mostPixels = 19;
+  EXPECT_EQ(Render(picture.Image(), "", &options).status, FXBOX_FAILED);
+  options.mostPixels = 20;
+  EXPECT_EQ(Render(picture.Image(), "", &options).status, FXBOX_OK);
+}
+
+TEST(FxboxRender, OptionsOfOlderHostsAreEnough) {
+  Picture picture(3);
+  FxboxRenderOptions options = Options();
+  options.size = offsetof(FxboxRenderOptions, zoom);
+  options.zoom = -1;  // behind what the host says that it knows
+  options.channels = 4;
+  const Outcome outcome = Render(picture.Image(), "", &options);
+  ASSERT_EQ(outcome.status, FXBOX_OK) << outcome.error.message;
+  EXPECT_EQ(outcome.result->channels, 4);
+}
+
+// --- progress and stopping
+
+struct Shares {
+  std::vector<double> told;
+  std::size_t most = SIZE_MAX;
+};
+
+std::int32_t Note(void* context, double share) {
+  auto& shares = *static_cast<Shares*>(context);
+  shares.told.push_back(share);
+  return shares.told.size() < shares.most;
+}
+
+TEST(FxboxRender, ProgressRisesAndStops) {
+  Picture picture(3);
+  Shares shares;
+  FxboxRenderOptions options = Options();
+  options.progress = Note;
+  options.context = &shares;
+  EXPECT_EQ(Render(picture.Image(), kInvert, &options).status, FXBOX_OK);
+  EXPECT_TRUE(std::is_sorted(shares.told.begin(), shares.told.end()));
+  ASSERT_FALSE(shares.told.empty());
+  EXPECT_EQ(shares.told.back(), 1);
+  shares = {{}, 2};
+  EXPECT_EQ(Render(picture.Image(), kInvert, &options).status, FXBOX_STOPPED);
+  EXPECT_EQ(shares.told.size(), 2u);
+}
+
+// A blur that would take many seconds.
+TEST(FxboxRender, AnotherThreadStopsIt) {
+  std::vector<std::uint8_t> bytes(std::size_t{4000} * 3000 * 3, 77);
+  const FxboxImage image{bytes.data(), 0, 4000, 3000, 3};
+  FxboxStopper* const stopper = FxboxNewStopper();
+  FxboxRenderOptions options = Options();
+  options.stopper = stopper;
+  std::atomic<bool> begun{false};
+  options.context = &begun;
+  options.progress = [](void* context, double) {
+    *static_cast<std::atomic<bool>*>(context) = true;
+    return std::int32_t{1};
+  };
+  std::string chain;
+  for (int i = 0; i < 20; ++i) chain += "ZNFilter.BlurGauss.1(Radius=40.0)";
+  std::thread other([&] {
+    while (!begun) std::this_thread::yield();
+    FxboxStop(stopper);
+  });
+  const Outcome outcome = Render(image, chain.c_str(), &options);
+  other.join();
+  EXPECT_EQ(outcome.status, FXBOX_STOPPED) << outcome.error.message;
+  // And every later one.
+  Picture small(3);
+  EXPECT_EQ(Render(small.Image(), kInvert, &options).status, FXBOX_STOPPED);
+  FxboxFreeStopper(stopper);
+}
+
+TEST(FxboxRender, ThreadsDoNotDisturbEachOther) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([] {
+      for (int round = 0; round < 5; ++round) {
+        Picture picture(4);
+        ExpectInverted(*Render(picture.Image(), kInvert).result, 4);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
