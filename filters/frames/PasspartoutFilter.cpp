@@ -143,12 +143,28 @@ void CPasspartoutFilter::TakeParameters() {
   layout = LayOut(painted, pulled);
 }
 
+// Colours that the source will write are left as they are.
+void CPasspartoutFilter::ClearForPull() {
+  const int left = layout.x.place;
+  const int right = left + layout.x.length;
+  for (int y = 0; y < result.height; ++y) {
+    BYTE* const colour = inputPicture->ColourRows()[y];
+    const bool isWritten = y >= layout.y.place && y < layout.y.place + layout.y.length;
+    std::memset(colour, 0, base::ColourBytes(isWritten ? left : result.width));
+    if (isWritten) {
+      std::memset(colour + base::ColourOffset(right), 0, base::ColourBytes(result.width - right));
+    }
+    std::memset(inputPicture->MaskRows()[y], base::kNothing,
+                static_cast<std::size_t>(result.width));
+  }
+}
+
 // A source that stopped is not told apart: the abort flag ends the rows.
 bool CPasspartoutFilter::Rebuild() {
   if (!EnsurePictures(result.width, result.height, 0, 0)) return false;
   glaze =
       kernels::BuildGlazeTables({painted.blue, painted.green, painted.red}, painted.transparency);
-  inputPicture->Clear();
+  ClearForPull();
   source->ReadRows(layout.x.place, layout.y.place, layout.x.source, layout.y.source,
                    layout.x.length, layout.y.length, inputPicture->ColourRows(),
                    inputPicture->MaskRows());

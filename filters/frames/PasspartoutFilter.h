@@ -65,6 +65,7 @@ class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, Pass
 
   static Layout LayOut(const PasspartoutParameters& parameters, const PictureInfo& picture);
   void TakeParameters() override;
+  void ClearForPull();
   bool Rebuild() override;
   void FinishRows(int first, int end) override;
   void PaintRow(int y);
