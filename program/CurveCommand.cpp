@@ -4,9 +4,11 @@
 #include <memory>
 
 #include "core/PresetFiles.h"
+#include "platform/Services.h"
 #include "program/Commands.h"
 #include "program/Messages.h"
 #include "program/Presets.h"
+#include "program/StandardStreams.h"
 
 namespace program {
 namespace {
@@ -54,7 +56,9 @@ void Print(const LoadedPreset& loaded) {
 }
 
 int WritePreset(const GradationPreset& preset, const std::string& output) {
-  const auto failure = core::WritePresetText(PathOf(output), PrintGradationPreset(preset));
+  const std::string text = PrintGradationPreset(preset);
+  const auto failure = output == kStandard ? platform::CurrentServices().terminal->WriteOutput(text)
+                                           : core::WritePresetText(PathOf(output), text);
   if (failure) throw FileError(output, *failure);
   return kDone;
 }
@@ -93,9 +97,13 @@ void AddCurveCommand(CLI::App& program, Action& action) {
   const auto options = std::make_shared<CurveOptions>();
   CLI::App* const command =
       program.add_subcommand("curve", "Check, print and convert presets of the gradation filter");
-  command->add_option("FILE", options->file, "Preset file, or the name of a preset in the folders")
+  command
+      ->add_option("FILE", options->file,
+                   "Preset file, - for standard input, or the name of a preset in the folders")
       ->type_name("");
-  command->add_option("-o,--output", options->output, "Write the preset as version 2")
+  command
+      ->add_option("-o,--output", options->output,
+                   "Write the preset as version 2; - for standard output")
       ->type_name("FILE");
   command->add_flag("--list", options->list, "List the user's and the supplied presets");
   command->footer(ForShell(kExamples));

@@ -2,6 +2,7 @@
 
 #include "core/PresetFiles.h"
 #include "program/Messages.h"
+#include "program/StandardStreams.h"
 
 namespace program {
 namespace {
@@ -30,6 +31,22 @@ fs::path FindPreset(const std::string& name) {
   return given;
 }
 
+struct PresetText {
+  std::string file;
+  std::string text;
+};
+
+PresetText TextOf(const fs::path& file) {
+  const std::optional<std::string> text = core::ReadPresetText(file);
+  if (!text) throw FileError(Utf8Of(file), "the preset cannot be read");
+  return {Utf8Of(file), *text};
+}
+
+PresetText TextOfStandardInput() {
+  const Bytes bytes = ReadStandardInput();
+  return {"standard input", {bytes.begin(), bytes.end()}};
+}
+
 std::string Trimmed(const std::string& text) {
   const std::size_t first = text.find_first_not_of(kWhite);
   if (first == std::string::npos) return {};
@@ -39,13 +56,11 @@ std::string Trimmed(const std::string& text) {
 }  // namespace
 
 LoadedPreset LoadPreset(const std::string& name) {
-  const fs::path file = FindPreset(name);
-  const std::optional<std::string> text = core::ReadPresetText(file);
-  if (!text) throw FileError(Utf8Of(file), "the preset cannot be read");
+  const PresetText found = name == kStandard ? TextOfStandardInput() : TextOf(FindPreset(name));
   std::string error;
-  const std::optional<GradationPreset> preset = ReadGradationPreset(*text, error);
-  if (!preset) throw FileError(Utf8Of(file), "no preset of the gradation filter: " + error);
-  return {Utf8Of(file), *preset};
+  const std::optional<GradationPreset> preset = ReadGradationPreset(found.text, error);
+  if (!preset) throw FileError(found.file, "no preset of the gradation filter: " + error);
+  return {found.file, *preset};
 }
 
 std::string ExpandPresets(const std::string& chain, const std::string& open,

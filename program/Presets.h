@@ -12,7 +12,8 @@ struct LoadedPreset {
   GradationPreset preset;
 };
 
-// A file, or by its name alone one of the user's or the supplied presets. A FileError when there is
+// A file, "-" for standard input, or by its name alone one of the user's or the supplied presets. A
+// FileError when there is
 // none or when it is no preset.
 LoadedPreset LoadPreset(const std::string& file);
 

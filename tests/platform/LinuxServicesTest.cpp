@@ -1,5 +1,9 @@
 // Desktop, terminal and modules of Linux.
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/ioctl.h>
+
+#include <iostream>
 
 #include "platform/SystemServices.h"
 #include "tests/platform/LinuxSupport.h"
@@ -38,6 +42,47 @@ TEST(LinuxServicesTest, AnIgnoredInterruptStaysIgnored) {
               return static_cast<int>(interrupts);
             })),
             0);
+}
+
+TEST(LinuxServicesTest, TheWidthIsThatOfTheTerminalOfErrors) {
+  EXPECT_EQ(testing_support::ExitStatus(testing_support::StartProcess([] {
+              const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+              const winsize size = {24, 77, 0, 0};
+              grantpt(terminal);
+              unlockpt(terminal);
+              ioctl(terminal, TIOCSWINSZ, &size);
+              dup2(open(ptsname(terminal), O_RDWR | O_NOCTTY), STDERR_FILENO);
+              const int width = SystemTerminal().ErrorWidth();
+              dup2(open("/dev/null", O_WRONLY), STDERR_FILENO);
+              return SystemTerminal().ErrorWidth() == 0 ? width : 1;
+            })),
+            77);
+}
+
+// 0 when all is as it should be.
+int UsePipes() {
+  int input[2];
+  int output[2];
+  if (pipe(input) != 0 || pipe(output) != 0) return 1;
+  dup2(input[0], STDIN_FILENO);
+  dup2(output[1], STDOUT_FILENO);
+  Terminal& terminal = SystemTerminal();
+  terminal.Start(std::cout, std::cerr);
+  char bytes[10];
+  if (write(input[1], "abc", 3) != 3 || terminal.ReadInput(bytes, 10) != 3u) return 2;
+  if (terminal.WriteOutput("abcd") || read(output[0], bytes, 10) != 4) return 3;
+  close(output[0]);
+  if (!terminal.WriteOutput("nobody reads")) return 4;
+  // Who waits for input that does not come hears an interrupt all the same.
+  terminal.OnInterrupt([] {});
+  raise(SIGTERM);
+  if (terminal.ReadInput(bytes, 10)) return 5;
+  close(input[1]);
+  return terminal.ReadInput(bytes, 10) == 0u ? 0 : 6;
+}
+
+TEST(LinuxServicesTest, ReadsInputAndTellsOfOutputThatIsLost) {
+  EXPECT_EQ(testing_support::ExitStatus(testing_support::StartProcess(UsePipes)), 0);
 }
 
 TEST(LinuxServicesTest, CallsAFunctionOfAModule) {

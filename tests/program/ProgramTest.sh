@@ -159,6 +159,14 @@ test_fit_and_size() {
   file_is fit.ppm 'P6\n2 1\n255\n\000\000\000\377\377\377'
   run 0 apply -c '' --fit 100 --zoom 0.5 --target 800x400 -o large.ppm in.ppm
   cmp -s in.ppm large.ppm || fail 'a picture that fits is changed'
+  # The target behind a border is that of the full picture: the box may be filled in a preview too.
+  printf 'P6\n1000 1000\n255\n' >square.ppm
+  head -c 3000000 /dev/zero >>square.ppm
+  frame='ZNFilter.Passpartout.1(Borderhori=100, Borderverti=100)ZNFilter.Scale.1(MaximumHorizontalSize=1200, MaximumVerticalSize=1200)'
+  for fit in 1000 500; do
+    run 0 apply -c "$frame" --fit $fit -o framed.ppm square.ppm
+    [ "$(sed -n 2p framed.ppm)" = '1200 1200' ] || fail "another size behind a border with --fit $fit"
+  done
   run 0 size -c 'ZNFilter.Sepia.1(Sepia=050)' 6000x4000
   output_is 6000x4000
   run 0 size -c 'ZNFilter.Offset.1(OffsetX=5)ZNFilter.Rotate.1(Angle=7.5)' 60x40
@@ -601,6 +609,41 @@ test_help() {
   grep -q '^fxbox [0-9]*\.[0-9]*\.[0-9]*$' stdout || fail 'no version'
 }
 
+# What the program shows as an example does what it says when the system's shell reads it.
+test_examples() {
+  picture in.ppm
+  run 0 apply -c '' -o photo.jpg in.ppm
+  for filter in Sepia Scale GradCurves Text; do
+    run 0 describe ZNFilter.$filter.1
+    example=$(grep '^  fxbox apply' stdout)
+    [ -n "$example" ] || fail "no example of $filter"
+    case "$prefix" in
+      *.exe)
+        printf '@"Z:%s"%s\r\n' "$(echo "${prefix##* }" | tr / '\\')" "${example#  fxbox}" >example.bat
+        ${prefix% *} cmd /c example.bat >stdout 2>stderr </dev/null
+        ;;
+      *)
+        printf '%s%s\n' "$prefix" "${example#  fxbox}" >example.sh
+        sh example.sh >stdout 2>stderr </dev/null
+        ;;
+    esac || fail "the example of $filter fails"
+    [ -s out.png ] || fail "the example of $filter writes nothing"
+    rm out.png
+  done
+}
+
+# The system's shell leaves wildcards to the programs.
+test_wildcards() {
+  for name in in1 in2 in10 other; do picture $name.ppm; done
+  mkdir in3.ppm
+  run 0 apply -c '' -o results/ 'in?.ppm'
+  [ "$(ls results)" = "$(printf 'in1.ppm\nin2.ppm')" ] || fail 'other files than those of the name'
+  run 0 apply -c '' --format png -o all/ '*.ppm'
+  [ "$(ls all | wc -l)" -eq 4 ] || fail 'not all files'
+  run 1 apply -c '' -o none/ 'no*.ppm'
+  grep -qF 'no*.ppm' stderr || fail 'the name that nothing has is not told'
+}
+
 test_filters() {
   run 0 filters
   [ "$(grep -c '^ZNFilter\.' stdout)" -eq 46 ] || fail 'not 46 filters'
@@ -676,6 +719,11 @@ test_curve() {
   cmp -s curves wanted || fail 'another description of new.fp2'
   run 0 apply -c "ZNFilter.GradCurves.1($(tail -n 1 stdout))" -o again.ppm in.ppm
   cmp -s out.ppm again.ppm || fail 'the text of the preset gives another picture'
+  $prefix curve - -o - <old.fp2 >piped.fp2 || fail 'no preset through standard input and output'
+  cmp -s piped.fp2 new.fp2 || fail 'another preset through standard input and output'
+  printf 'nothing' >nothing
+  run 1 curve - <nothing
+  error_starts 'fxbox: standard input: no preset of the gradation filter: line 1'
 
   head -c 100 old.fp2 >cut.fp2
   run 1 curve cut.fp2 -o cut.fp2
