@@ -25,6 +25,14 @@ HRESULT Answer(Body&& body) noexcept {
   }
 }
 
+// The same for one that makes an object: `*result` is what `make` gives, or null.
+template <class Interface, class Make>
+HRESULT Give(Interface** result, Make&& make) noexcept {
+  if (!result) return STG_E_INVALIDPOINTER;
+  *result = nullptr;
+  return Answer([&] { *result = make(); });
+}
+
 inline constexpr DWORD kAccessBits = 3;
 inline constexpr DWORD kShareBits = 0x70;
 

@@ -167,14 +167,19 @@ void Directory::List(Id id) {
   tree.Insert(id, [this](Id a, Id b) { return KeyOf(elements[a].name) < KeyOf(elements[b].name); });
 }
 
-void Directory::Remove(Id id) {
+// Afterwards no name leads to the element.
+void Directory::Unlist(Id id) {
   const Id owner = elements[id].owner;
   places.erase({owner, KeyOf(elements[id].name)});
-  if (elements[id].isListed) {
-    Prepare(owner);
-    SiblingTree(elements, elements[owner].child).Remove(id);
-    elements[owner].isChanged = true;
-  }
+  if (!elements[id].isListed) return;
+  Prepare(owner);
+  SiblingTree(elements, elements[owner].child).Remove(id);
+  elements[owner].isChanged = true;
+  elements[id].isListed = false;
+}
+
+void Directory::Remove(Id id) {
+  Unlist(id);
   elements[id] = Element();
   elements[id].isChanged = true;
   prepared.erase(id);
@@ -182,17 +187,10 @@ void Directory::Remove(Id id) {
 }
 
 void Directory::Rename(Id id, std::u16string_view name) {
-  const Id owner = elements[id].owner;
   const bool wasListed = elements[id].isListed;
-  places.erase({owner, KeyOf(elements[id].name)});
-  if (wasListed) {
-    Prepare(owner);
-    SiblingTree(elements, elements[owner].child).Remove(id);
-    elements[owner].isChanged = true;
-  }
+  Unlist(id);
   elements[id].name = name;
-  elements[id].isListed = false;
-  places.emplace(Place(owner, KeyOf(name)), id);
+  places.emplace(Place(elements[id].owner, KeyOf(name)), id);
   if (wasListed) List(id);
 }
 

@@ -53,6 +53,7 @@ class Directory {
   void Adopt(Id storage, const std::vector<Id>& ordered);
   std::vector<Id> Listed(Id storage) const;
   void Prepare(Id storage);
+  void Unlist(Id id);
 
   std::vector<Element> elements;
   std::map<Place, Id> places;

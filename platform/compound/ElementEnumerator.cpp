@@ -33,9 +33,7 @@ HRESULT ElementEnumerator::Reset() {
 }
 
 HRESULT ElementEnumerator::Clone(IEnumSTATSTG** result) {
-  if (!result) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  return Answer([&] { *result = new ElementEnumerator(entries, next); });
+  return Give(result, [&] { return new ElementEnumerator(entries, next); });
 }
 
 }  // namespace platform::compound

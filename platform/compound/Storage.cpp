@@ -81,10 +81,8 @@ Id Storage::MakeRoomFor(const OLECHAR* child, DWORD flags) const {
 // A stream that takes another's place leaves it the file until it is written out itself.
 HRESULT Storage::CreateStream(const OLECHAR* child, DWORD flags, DWORD reserved1, DWORD reserved2,
                               IStream** result) {
-  if (!result) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  if (reserved1 || reserved2) return STG_E_INVALIDPARAMETER;
-  return Answer([&] {
+  return Give(result, [&] {
+    if (reserved1 || reserved2) Fail(STG_E_INVALIDPARAMETER);
     CheckChild(child, flags, true);
     Directory& elements = file->Elements();
     Id found = MakeRoomFor(child, flags);
@@ -96,59 +94,51 @@ HRESULT Storage::CreateStream(const OLECHAR* child, DWORD flags, DWORD reserved1
     if (found == kNone) found = elements.Add(id, child, Type::Stream);
     auto content = std::make_shared<StreamContent>(file, found);
     content->Resize(0);
-    *result = new Stream(std::move(content), flags);
+    return new Stream(std::move(content), flags);
   });
 }
 
 HRESULT Storage::OpenStream(const OLECHAR* child, void* reserved1, DWORD flags, DWORD reserved2,
                             IStream** result) {
-  if (!result) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  if (reserved1 || reserved2) return STG_E_INVALIDPARAMETER;
-  return Answer([&] {
+  return Give(result, [&] {
+    if (reserved1 || reserved2) Fail(STG_E_INVALIDPARAMETER);
     CheckChild(child, flags, false);
     const Id found = FindChild(child, Type::Stream);
-    *result = new Stream(std::make_shared<StreamContent>(file, found), flags);
+    return new Stream(std::make_shared<StreamContent>(file, found), flags);
   });
 }
 
 HRESULT Storage::CreateStorage(const OLECHAR* child, DWORD flags, DWORD reserved1, DWORD reserved2,
                                IStorage** result) {
-  if (!result) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  if (reserved1 || reserved2) return STG_E_INVALIDPARAMETER;
-  return Answer([&] {
+  return Give(result, [&] {
+    if (reserved1 || reserved2) Fail(STG_E_INVALIDPARAMETER);
     CheckChild(child, flags, true);
     const Id found = MakeRoomFor(child, flags);
     file->Prepare(Change::Adds);
     if (found != kNone) file->Destroy(found);
     const Id made = file->Elements().Add(id, child, Type::Storage);
     file->Elements().List(made);
-    *result = new Storage(file, made, flags);
+    return new Storage(file, made, flags);
   });
 }
 
 HRESULT Storage::OpenStorage(const OLECHAR* child, IStorage* priority, DWORD flags, SNB exclude,
                              DWORD reserved, IStorage** result) {
-  if (!result) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  if (priority || exclude) return STG_E_INVALIDFUNCTION;
-  if (reserved) return STG_E_INVALIDPARAMETER;
-  return Answer([&] {
+  return Give(result, [&] {
+    if (priority || exclude) Fail(STG_E_INVALIDFUNCTION);
+    if (reserved) Fail(STG_E_INVALIDPARAMETER);
     CheckChild(child, flags, false);
-    *result = new Storage(file, FindChild(child, Type::Storage), flags);
+    return new Storage(file, FindChild(child, Type::Storage), flags);
   });
 }
 
 HRESULT Storage::EnumElements(DWORD, void*, DWORD, IEnumSTATSTG** result) {
-  if (!result) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  return Answer([&] {
+  return Give(result, [&] {
     std::vector<Entry> entries;
     for (const Id child : File().Elements().Children(id)) {
       entries.push_back(file->Elements().At(child));
     }
-    *result = new ElementEnumerator(std::move(entries));
+    return new ElementEnumerator(std::move(entries));
   });
 }
 

@@ -11,6 +11,7 @@ using platform::compound::ByteStore;
 using platform::compound::CompoundFile;
 using platform::compound::Fail;
 using platform::compound::FileAccess;
+using platform::compound::Give;
 using platform::compound::kAccessBits;
 using platform::compound::kRoot;
 using platform::compound::kShareBits;
@@ -105,27 +106,23 @@ std::shared_ptr<CompoundFile> CreateUnnamed() {
 }  // namespace
 
 HRESULT StgCreateDocfile(const OLECHAR* path, DWORD mode, DWORD reserved, IStorage** result) {
-  if (!result) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  if (reserved) return STG_E_INVALIDPARAMETER;
-  return Answer([&] {
+  return Give(result, [&] {
+    if (reserved) Fail(STG_E_INVALIDPARAMETER);
     CheckCreateMode(mode);
     if (mode & STGM_DELETEONRELEASE && path) Fail(STG_E_UNIMPLEMENTEDFUNCTION);
     const auto file = path ? CreateOrEmpty(path, mode) : CreateUnnamed();
-    *result = new Storage(file, kRoot, mode, path ? path : u"");
+    return new Storage(file, kRoot, mode, path ? path : u"");
   });
 }
 
 HRESULT StgOpenStorage(const OLECHAR* path, IStorage* priority, DWORD mode, SNB exclude,
                        DWORD reserved, IStorage** result) {
-  if (!result) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  if (!path) return STG_E_INVALIDNAME;
-  if (reserved || priority || exclude) return STG_E_INVALIDPARAMETER;
-  return Answer([&] {
+  return Give(result, [&] {
+    if (!path) Fail(STG_E_INVALIDNAME);
+    if (reserved || priority || exclude) Fail(STG_E_INVALIDPARAMETER);
     CheckOpenMode(mode);
     auto store = platform::compound::OpenFile(path, FileAccessOf(mode));
-    *result = new Storage(CompoundFile::Open(std::move(store), AccessOf(mode)), kRoot, mode, path);
+    return new Storage(CompoundFile::Open(std::move(store), AccessOf(mode)), kRoot, mode, path);
   });
 }
 
@@ -141,28 +138,26 @@ HRESULT StgIsStorageFile(const OLECHAR* path) {
 
 HRESULT StgCreateDocfileOnILockBytes(ILockBytes* bytes, DWORD mode, DWORD reserved,
                                      IStorage** result) {
-  if (!result || !bytes) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  if (reserved) return STG_E_INVALIDPARAMETER;
-  return Answer([&] {
+  return Give(result, [&] {
+    if (!bytes) Fail(STG_E_INVALIDPOINTER);
+    if (reserved) Fail(STG_E_INVALIDPARAMETER);
     CheckCreateMode(mode);
     auto file =
         CompoundFile::Create(platform::compound::StoreOn(bytes), CompoundFile::Access::Write);
     file->Commit();
-    *result = new Storage(std::move(file), kRoot, mode);
+    return new Storage(std::move(file), kRoot, mode);
   });
 }
 
 // The object decides who may have the bytes: it has no name that others could open.
 HRESULT StgOpenStorageOnILockBytes(ILockBytes* bytes, IStorage* priority, DWORD mode, SNB exclude,
                                    DWORD reserved, IStorage** result) {
-  if (!result || !bytes) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  if (reserved || priority || exclude) return STG_E_INVALIDPARAMETER;
-  return Answer([&] {
+  return Give(result, [&] {
+    if (!bytes) Fail(STG_E_INVALIDPOINTER);
+    if (reserved || priority || exclude) Fail(STG_E_INVALIDPARAMETER);
     CheckOpenMode(mode);
     auto file = CompoundFile::Open(platform::compound::StoreOn(bytes), AccessOf(mode));
-    *result = new Storage(std::move(file), kRoot, mode);
+    return new Storage(std::move(file), kRoot, mode);
   });
 }
 

@@ -120,11 +120,9 @@ HRESULT Stream::Stat(STATSTG* result, DWORD flags) {
 }
 
 HRESULT Stream::Clone(IStream** result) {
-  if (!result) return STG_E_INVALIDPOINTER;
-  *result = nullptr;
-  return Answer([&] {
+  return Give(result, [&] {
     content->File();
-    *result = new Stream(content, mode, position);
+    return new Stream(content, mode, position);
   });
 }
 

@@ -82,7 +82,16 @@ std::size_t StreamContent::Read(std::uint64_t at, void* buffer, std::size_t coun
   return read;
 }
 
-// Neighbouring sectors are read at once.
+// How many sectors from this one on lie side by side in the file, to be read or written at once.
+std::size_t StreamContent::RunFrom(std::size_t index, std::size_t most) const {
+  std::size_t run = 1;
+  while (run < most && index + run < chain.sectors.size() &&
+         chain.sectors[index + run] == chain.sectors[index] + run) {
+    ++run;
+  }
+  return run;
+}
+
 std::size_t StreamContent::ReadLarge(std::uint64_t at, std::uint8_t* buffer, std::size_t count) {
   SectorTable& table = File().Sectors();
   const std::size_t size = table.SectorSize();
@@ -92,12 +101,8 @@ std::size_t StreamContent::ReadLarge(std::uint64_t at, std::uint8_t* buffer, std
     const auto index = static_cast<std::size_t>((at + done) / size);
     const auto offset = static_cast<std::size_t>((at + done) % size);
     if (index >= chain.sectors.size()) break;
-    std::size_t end = index + 1;
-    while (end < chain.sectors.size() && chain.sectors[end] == chain.sectors[end - 1] + 1 &&
-           (end - index) * size < offset + count - done) {
-      ++end;
-    }
-    const std::size_t wanted = std::min(count - done, (end - index) * size - offset);
+    const std::size_t run = RunFrom(index, (offset + count - done + size - 1) / size);
+    const std::size_t wanted = std::min(count - done, run * size - offset);
     const std::size_t read = table.Read(chain.sectors[index], offset, buffer + done, wanted);
     done += read;
     if (read < wanted) break;
@@ -215,10 +220,9 @@ void StreamContent::WriteRun(std::size_t index, const std::uint8_t* bytes, std::
   const std::size_t size = table.SectorSize();
   for (std::size_t i = 0; i < count; ++i) OwnSector(index + i);
   for (std::size_t first = 0; first < count;) {
-    std::size_t end = first + 1;
-    while (end < count && chain.sectors[index + end] == chain.sectors[index + end - 1] + 1) ++end;
-    table.Write(chain.sectors[index + first], 0, bytes + first * size, (end - first) * size);
-    first = end;
+    const std::size_t run = RunFrom(index + first, count - first);
+    table.Write(chain.sectors[index + first], 0, bytes + first * size, run * size);
+    first += run;
   }
 }
 

@@ -45,6 +45,7 @@ class StreamContent final : public OpenElement {
   void WriteZeros(std::uint64_t from, std::uint64_t to);
   void OwnSector(std::size_t index);
   void DropSectorsFrom(std::size_t index);
+  std::size_t RunFrom(std::size_t index, std::size_t most) const;
   std::size_t ReadLarge(std::uint64_t at, std::uint8_t* buffer, std::size_t count);
   void Discard();
 
