@@ -28,7 +28,7 @@ class BadArgument : public std::runtime_error {
 // A result as it is handed out, with what holds its pixels.
 struct OwnedImage {
   FxboxImage image{};  // first: what the host has is this pointer
-  std::unique_ptr<MemoryPicture> picture;
+  std::unique_ptr<RenderedPicture> picture;
   std::vector<BYTE> pixels;
 };
 
@@ -95,41 +95,34 @@ ChainText CheckedChain(const char* text, bool lenient, IAnimFilterCreator& creat
 
 // --- what goes out
 
-// Without alpha the rows of the picture serve as they are.
-void GiveRows(OwnedImage& owned) {
-  const MemoryPicture& picture = *owned.picture;
-  BYTE** const rows = picture.ColourRows();
-  const int height = picture.Height();
-  for (int y = 0; y < height; ++y) SwapRedAndBlue(rows[y], picture.Width());
-  const std::ptrdiff_t step = height > 1 ? rows[0] - rows[1] : std::ptrdiff_t{3} * picture.Width();
-  owned.image = {rows[height - 1], step, picture.Width(), height, 3};
+// Without alpha the pixels of the picture serve as they are.
+void GiveColour(OwnedImage& owned) {
+  RenderedPicture& picture = *owned.picture;
+  const auto [width, height] = picture.size;
+  for (int y = 0; y < height; ++y) SwapRedAndBlue(picture.ColourRows()[y], width);
+  picture.mask = {};
+  owned.image = {picture.colour.data(), std::ptrdiff_t{3} * width, width, height, 3};
 }
 
 void GivePixels(OwnedImage& owned) {
-  const MemoryPicture& picture = *owned.picture;
-  const Size size{picture.Width(), picture.Height()};
+  RenderedPicture& picture = *owned.picture;
+  const Size size = picture.size;
   const std::ptrdiff_t step = std::ptrdiff_t{4} * size.width;
   owned.pixels.resize(static_cast<std::size_t>(step) * static_cast<std::size_t>(size.height));
-  Pack({picture.ColourRows(), picture.MaskRows()}, {owned.pixels.data(), step, size, 4});
+  Pack(picture.Rows(), {owned.pixels.data(), step, size, 4});
   owned.image = {owned.pixels.data(), step, size.width, size.height, 4};
   owned.picture.reset();
 }
 
-FxboxImage* ResultOf(std::unique_ptr<MemoryPicture> picture, int channels) {
+FxboxImage* ResultOf(std::unique_ptr<RenderedPicture> picture, int channels) {
   auto owned = std::make_unique<OwnedImage>();
   owned->picture = std::move(picture);
   if (channels == 3) {
-    GiveRows(*owned);
+    GiveColour(*owned);
   } else {
     GivePixels(*owned);
   }
   return &owned.release()->image;
-}
-
-int ChannelsOf(const MemoryPicture& result, int input, int wanted) {
-  if (wanted != 0 || input == 4) return wanted != 0 ? wanted : input;
-  const imageio::Rows rows{result.ColourRows(), result.MaskRows()};
-  return IsOpaque(rows, {result.Width(), result.Height()}) ? 3 : 4;
 }
 
 // Null when it was stopped.

@@ -4,6 +4,8 @@
 #include <string>
 
 #include "base/CodePage.h"
+#include "base/Rows.h"
+#include "host/PackedPixels.h"
 
 namespace host {
 
@@ -64,6 +66,15 @@ struct Watch {
   bool IsStopped() const { return stopped || (request.stopper && request.stopper->IsStopped()); }
 };
 
+// False when it was stopped.
+bool PullAll(IAnimFilterDestCallsThis& tail, const PictureSource& source, const Rectangle& part,
+             RenderedPicture& into) {
+  const HRESULT status = tail.ReadRows(0, 0, part.x, part.y, part.width, part.height,
+                                       into.ColourRows(), into.MaskRows());
+  if (!source.Failure().empty()) throw std::runtime_error(source.Failure());
+  return status == S_OK && !source.HasStopped();
+}
+
 }  // namespace
 
 Size SettleWithin(Pipeline& pipeline, std::int64_t mostPixels) {
@@ -77,21 +88,37 @@ Size SettleWithin(Pipeline& pipeline, std::int64_t mostPixels) {
   return result;
 }
 
-std::unique_ptr<MemoryPicture> Render(IAnimFilterCreator& creator, const RenderRequest& request) {
+RenderedPicture::RenderedPicture(Size pictureSize) : size(pictureSize) {
+  const auto width = static_cast<std::size_t>(size.width);
+  const auto height = static_cast<std::size_t>(size.height);
+  // What a filter leaves alone is empty, as in every new picture.
+  colour.resize(width * height * base::kBytesPerPixel);
+  mask.resize(width * height, base::kNothing);
+  for (std::size_t y = height; y-- > 0;) {
+    colourRows.push_back(colour.data() + y * width * base::kBytesPerPixel);
+    maskRows.push_back(mask.data() + y * width);
+  }
+}
+
+std::unique_ptr<RenderedPicture> Render(IAnimFilterCreator& creator, const RenderRequest& request) {
   CheckSize("the picture", request.picture.size, request.mostPixels);
   Watch watch{request};
-  Pipeline pipeline(creator, platform::ComPtr<PictureSource>::Attach(new PictureSource(
-                                 request.picture, request.fill,
-                                 [&watch](double share) { return watch.GoesOn(share); })));
+  const auto source = platform::ComPtr<PictureSource>::Attach(new PictureSource(
+      request.picture, request.fill, [&watch](double share) { return watch.GoesOn(share); }));
+  Pipeline pipeline(creator, source);
   pipeline.SetText(request.chain);
   const Rectangle part = PartOf(SettleWithin(pipeline, request.mostPixels), request.part);
-  auto picture = std::make_unique<MemoryPicture>("result", part.width, part.height, true, true);
-  if (!picture->IsValid()) throw std::bad_alloc();
+  auto picture = std::make_unique<RenderedPicture>(Size{part.width, part.height});
   const StoppablePull stoppable(request.stopper, pipeline.Tail());
-  const bool complete = pipeline.Pull(part, 0, *picture);
+  const bool complete = PullAll(pipeline.Tail(), *source.Get(), part, *picture);
   if (watch.IsStopped()) return nullptr;
   if (!complete) throw std::runtime_error("a filter stopped before the picture was complete");
   return picture;
+}
+
+int ChannelsOf(RenderedPicture& result, int channelsOfPicture, int wanted) {
+  if (wanted != 0) return wanted;
+  return channelsOfPicture == 4 || !IsOpaque(result.Rows(), result.size) ? 4 : 3;
 }
 
 }  // namespace host

@@ -67,11 +67,33 @@ struct RenderRequest {
 // together with the pictures on the way, for most filters take memory for what they give out.
 FXBOX_API Size SettleWithin(Pipeline& pipeline, std::int64_t mostPixels);
 
-// The wanted part of the result with its mask; null when it was stopped. Items of the chain that
-// the creator does not know are left out: CheckChainText finds them. Failures are
-// std::runtime_errors in words for the user, std::bad_alloc, and std::invalid_argument for a part
-// outside the result.
-FXBOX_API std::unique_ptr<MemoryPicture> Render(IAnimFilterCreator& creator,
-                                                const RenderRequest& request);
+// A result in memory of its own: the top row first, no gaps between rows.
+class FXBOX_API RenderedPicture {
+ public:
+  explicit RenderedPicture(Size pictureSize);
+
+  // As the pipeline has them: row 0 is the bottom row.
+  BYTE** ColourRows() { return colourRows.data(); }
+  BYTE** MaskRows() { return maskRows.data(); }
+  imageio::Rows Rows() { return {ColourRows(), MaskRows()}; }
+
+  const Size size;
+  std::vector<BYTE> colour;  // blue, green, red
+  std::vector<BYTE> mask;    // 0 is opaque
+
+ private:
+  std::vector<BYTE*> colourRows;
+  std::vector<BYTE*> maskRows;
+};
+
+// The wanted part of the result; null when it was stopped. Items of the chain that the creator does
+// not know are left out: CheckChainText finds them. Failures are std::runtime_errors in words for
+// the user, std::bad_alloc, and std::invalid_argument for a part outside the result.
+FXBOX_API std::unique_ptr<RenderedPicture> Render(IAnimFilterCreator& creator,
+                                                  const RenderRequest& request);
+
+// 3 or 4: as `wanted` says; where that is 0, 4 for a picture that had 4 and for a result through
+// which something shines.
+FXBOX_API int ChannelsOf(RenderedPicture& result, int channelsOfPicture, int wanted);
 
 }  // namespace host

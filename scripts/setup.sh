@@ -17,7 +17,8 @@ native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev li
   libcli11-dev nlohmann-json3-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libgsf-1-dev
   libfreetype-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev fonts-dejavu-core libgtk-4-dev)
 tests=(clang clang-format libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
-  xvfb xauth xdotool adwaita-icon-theme parallel)
+  xvfb xauth xdotool adwaita-icon-theme parallel
+  pybind11-dev python3-dev python3-numpy mypy)
 soak=(python3-distributed)
 # The picture and text libraries stand here too: their versions say which sources are built for
 # Windows, so that a file decodes, and a text is drawn, to the same bytes on both systems.
