@@ -57,6 +57,7 @@ Bits Permute(const Permutation& how, Bits bytes) {
 struct Weights {
   Bits low, high;
 
+  Weights() = default;
   explicit Weights(Bits pairs) : low(Permute(kLowBytes, pairs)), high(Permute(kHighBytes, pairs)) {}
 };
 
@@ -100,15 +101,57 @@ __m128i Load16(const void* at) {
   return _mm_loadu_si128(static_cast<const __m128i*>(at));
 }
 
+// Up to eight weights of each of two rows, which is what most windows have; the second row may be
+// missing.
+Weights PairOfWeights(const std::uint16_t* first, const std::uint16_t* second) {
+  const Bits pairs = _mm512_zextsi128_si512(Load16(first));
+  return Weights(second ? _mm512_maskz_inserti32x4(kAll16, pairs, Load16(second), 2) : pairs);
+}
+
+// The weights of the windows met last: windows with the same weights come again and again.
+class KeptWeights {
+ public:
+  explicit KeptWeights(const ReductionRows& rows) : rows_(rows) {}
+
+  static bool Fit(const ReductionRun& run, const ReductionRows& rows) {
+    return run.taps <= kTaps / 2 && rows.count <= 2 * kPairs;
+  }
+
+  // Of each pair of rows.
+  const Weights* Of(const ReductionRun& run) {
+    const std::size_t slot = run.weights / kWeightBlock % kSlots;
+    if (!isFilled_[slot] || places_[slot] != run.weights) Fill(slot, run.weights);
+    return weights_[slot];
+  }
+
+ private:
+  static constexpr int kSlots = 16;
+  static constexpr int kPairs = 8;
+
+  void Fill(std::size_t slot, std::size_t place) {
+    isFilled_[slot] = true;
+    places_[slot] = place;
+    const std::uint16_t* at = rows_.weights + place;
+    for (int y = 0; y < rows_.count; y += 2, at += 2 * rows_.weightStride) {
+      weights_[slot][y / 2] =
+          PairOfWeights(at, y + 1 < rows_.count ? at + rows_.weightStride : nullptr);
+    }
+  }
+
+  const ReductionRows& rows_;
+  bool isFilled_[kSlots] = {};
+  std::size_t places_[kSlots];
+  Weights weights_[kSlots][kPairs];
+};
+
 // Calls add(weights, colours, how to sort them by channel, mask bytes) for each pair of rows under
 // a run of up to eight taps. The second row of the last pair may be missing: nothing weighs there.
 template <bool kMasked, class Add>
 [[gnu::always_inline]] inline void ForPairs(const ReductionRun& run, const ReductionRows& rows,
-                                            Add add) {
+                                            const Weights* weights, Add add) {
   const auto colourBytes = static_cast<__mmask32>(FirstBytes(3 * run.taps));
   const auto maskBytes = static_cast<__mmask16>(FirstBytes(run.taps));
   const std::ptrdiff_t at = 3 * static_cast<std::ptrdiff_t>(run.first);
-  const std::uint16_t* weights = rows.weights + run.weights;
   const auto load = [&](int y) {
     return _mm256_maskz_loadu_epi8(colourBytes, rows.colour[y] + at);
   };
@@ -117,19 +160,15 @@ template <bool kMasked, class Add>
                    : _mm_setzero_si128();
   };
   int y = 0;
-  for (; y + 1 < rows.count; y += 2, weights += 2 * rows.weightStride) {
-    const Bits first = _mm512_maskz_broadcast_i64x4(0x0F, load(y));
-    const Bits colours = _mm512_mask_broadcast_i64x4(first, 0xF0, load(y + 1));
-    const Bits firstWeights = _mm512_maskz_broadcast_i32x4(0x0F, Load16(weights));
-    add(Weights(
-            _mm512_mask_broadcast_i32x4(firstWeights, 0xF0, Load16(weights + rows.weightStride))),
-        TurnTopBits<kPairOneAt>(colours), kPairByChannel,
-        _mm_unpacklo_epi64(loadMask(y), loadMask(y + 1)));
+  for (; y + 1 < rows.count; y += 2) {
+    const Bits first = _mm512_castsi256_si512(load(y));
+    add(weights[y / 2],
+        TurnTopBits<kPairOneAt>(_mm512_maskz_inserti64x4(kAll8, first, load(y + 1), 1)),
+        kPairByChannel, _mm_unpacklo_epi64(loadMask(y), loadMask(y + 1)));
   }
   if (y < rows.count) {
-    add(Weights(_mm512_maskz_broadcast_i32x4(0x0F, Load16(weights))),
-        TurnTopBits<kPairOneAt>(_mm512_maskz_broadcast_i64x4(0x0F, load(y))), kPairByChannel,
-        loadMask(y));
+    add(weights[y / 2], TurnTopBits<kPairOneAt>(_mm512_maskz_broadcast_i64x4(0x0F, load(y))),
+        kPairByChannel, loadMask(y));
   }
 }
 
@@ -155,10 +194,10 @@ template <bool kMasked, class Add>
 
 template <bool kMasked, class Add>
 [[gnu::always_inline]] inline void ForRun(const ReductionRun& run, const ReductionRows& rows,
-                                          Add add) {
+                                          KeptWeights& kept, Add add) {
   if (run.taps == 0) return;  // there may be no weights to load
-  if (run.taps <= kTaps / 2) {
-    ForPairs<kMasked>(run, rows, add);
+  if (KeptWeights::Fit(run, rows)) {
+    ForPairs<kMasked>(run, rows, kept.Of(run), add);
   } else {
     ForBlocks<kMasked>(run, rows, add);
   }
@@ -170,9 +209,10 @@ void Store(ColourSums& to, __m128i sums) {
 
 void SumColoursAvx512(const ReductionRun* runs, int count, int, const ReductionRows& rows,
                       ColourSums* sums) {
+  KeptWeights kept(rows);
   for (int i = 0; i < count; ++i) {
     Sums sum;
-    ForRun<false>(runs[i], rows,
+    ForRun<false>(runs[i], rows, kept,
                   [&sum](const Weights& weights, Bits colours, const Permutation& how, __m128i) {
                     sum.Add(weights, Permute(how, colours));
                   });
@@ -185,10 +225,11 @@ void SumColoursAvx512(const ReductionRun* runs, int count, int, const ReductionR
 void SumMaskedAvx512(const ReductionRun* runs, int count, int, const ReductionRows& rows,
                      ColourSums* sums, std::uint32_t* opacities) {
   const Bits ones = _mm512_set1_epi8(1);
+  KeptWeights kept(rows);
   for (int i = 0; i < count; ++i) {
     Sums sum;
     Sums opacitySum;
-    ForRun<true>(runs[i], rows,
+    ForRun<true>(runs[i], rows, kept,
                  [&](const Weights& weights, Bits colours, const Permutation& how, __m128i mask) {
                    const __mmask16 counts = _mm_cmpneq_epi8_mask(mask, _mm_set1_epi8(-1));
                    const __mmask64 inAllQuarters = __mmask64{counts} * 0x0001000100010001;
