@@ -24,12 +24,7 @@ std::span<const ParameterRow<InvertParameters>> InvertParameters::Rows() {
   return kRows;
 }
 
-void CInvertFilter::Commit() {
-  ParameterFilter::Commit();
-  table = kernels::BuildInvertTable(active.amount);
-}
-
 void CInvertFilter::ChangeRow(BYTE* colour, BYTE*, int width) {
   kernels::Choose<kernels::PointKernelTable>().invert(colour, base::ColourBytes(width),
-                                                      active.amount, table);
+                                                      active.amount);
 }

@@ -4,7 +4,6 @@
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/pixels/PointKernels.h"
 
 struct InvertParameters {
   std::int32_t amount = 0;  // percent
@@ -20,10 +19,6 @@ class CInvertFilter final : public ParameterFilter<RowFilter, InvertParameters> 
  public:
   explicit CInvertFilter(const FilterClass& row) : ParameterFilter(row, {}) {}
 
-  void Commit() override;
-
  private:
   void ChangeRow(BYTE* colour, BYTE* mask, int width) override;
-
-  kernels::ByteTable table = kernels::BuildInvertTable(active.amount);
 };

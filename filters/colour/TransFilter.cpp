@@ -24,12 +24,7 @@ std::span<const ParameterRow<TransParameters>> TransParameters::Rows() {
   return kRows;
 }
 
-void CTransFilter::Commit() {
-  ParameterFilter::Commit();
-  table = kernels::BuildTransparencyTable(active.keep);
-}
-
 void CTransFilter::ChangeRow(BYTE*, BYTE* mask, int width) {
   kernels::Choose<kernels::PointKernelTable>().fade(mask, static_cast<std::size_t>(width),
-                                                    active.keep, table);
+                                                    active.keep);
 }

@@ -4,7 +4,6 @@
 #include <span>
 
 #include "core/FilterShapes.h"
-#include "filters/pixels/PointKernels.h"
 
 struct TransParameters {
   // 255 the mask stays, 0 all transparent; the text counts the other way, 0 to 100.
@@ -21,11 +20,7 @@ class CTransFilter final : public ParameterFilter<RowFilter, TransParameters> {
  public:
   explicit CTransFilter(const FilterClass& row) : ParameterFilter(row, {}) {}
 
-  void Commit() override;
-
  private:
   void ChangeRow(BYTE* colour, BYTE* mask, int width) override;
   bool WorksOnMask() const override { return true; }
-
-  kernels::ByteTable table = kernels::BuildTransparencyTable(active.keep);
 };

@@ -156,8 +156,9 @@ inline void PutBackgroundLoop(std::uint8_t* colour, std::uint8_t* mask, int widt
          BackgroundMix{static_cast<float>(level)});
 }
 
-// For percentages 0..100. 5243 / 2^19 is close enough to 1 / 100 for sums up to 25500.
+// 5243 / 2^19 is close enough to 1 / 100 for sums up to 25500.
 inline void InvertLoop(std::uint8_t* bytes, std::size_t count, int percent) {
+  if (percent < 0 || percent > 100) return Invert(bytes, count, percent);
   const auto whole = static_cast<std::uint16_t>(255 * percent);
   const auto share = static_cast<std::uint16_t>(100 - 2 * percent);  // wraps; the sum comes right
   for (std::size_t i = 0; i < count; ++i) {
@@ -167,8 +168,7 @@ inline void InvertLoop(std::uint8_t* bytes, std::size_t count, int percent) {
   }
 }
 
-// Its table is not needed: all shares fit the loop.
-inline void FadeLoop(std::uint8_t* mask, std::size_t count, std::uint8_t keep, const ByteTable&) {
+inline void FadeLoop(std::uint8_t* mask, std::size_t count, std::uint8_t keep) {
   for (std::size_t i = 0; i < count; ++i) {
     const auto opaque = static_cast<std::uint16_t>((255 - mask[i]) * keep);
     mask[i] = static_cast<std::uint8_t>(255 - opaque / 255);

@@ -97,22 +97,17 @@ void Sepia(std::uint8_t* colour, int width, std::uint8_t keep) {
   }
 }
 
-ByteTable BuildInvertTable(int percent) {
+void Invert(std::uint8_t* bytes, std::size_t count, int percent) {
   const std::int64_t share = percent;
-  ByteTable table;
-  for (int c = 0; c < 256; ++c) {
-    table[static_cast<std::size_t>(c)] =
-        base::LowByte(((255 - c) * share + (100 - share) * c) / 100);
+  for (std::size_t i = 0; i < count; ++i) {
+    bytes[i] = base::LowByte(((255 - bytes[i]) * share + (100 - share) * bytes[i]) / 100);
   }
-  return table;
 }
 
-ByteTable BuildTransparencyTable(std::uint8_t keep) {
-  ByteTable table;
-  for (int m = 0; m < 256; ++m) {
-    table[static_cast<std::size_t>(m)] = static_cast<std::uint8_t>(255 - (255 - m) * keep / 255);
+void Fade(std::uint8_t* mask, std::size_t count, std::uint8_t keep) {
+  for (std::size_t i = 0; i < count; ++i) {
+    mask[i] = static_cast<std::uint8_t>(255 - (255 - mask[i]) * keep / 255);
   }
-  return table;
 }
 
 void BlackWhite(std::uint8_t* colour, int width, int percent) {

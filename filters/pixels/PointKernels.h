@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "filters/pixels/ByteTableKernels.h"
 #include "filters/pixels/ColourConversion.h"
 
 namespace kernels {
@@ -25,11 +24,11 @@ struct ColourOffsets {
 // Sepia and picture mixed: keep 255 leaves the picture, 0 gives full sepia. Limited to 0..255.
 void Sepia(std::uint8_t* colour, int width, std::uint8_t keep);
 
-// The negative mixed in: 0 percent leaves a byte, 100 inverts it.
-ByteTable BuildInvertTable(int percent);
+// The negative mixed in: 0 percent leaves the bytes, 100 inverts them.
+void Invert(std::uint8_t* bytes, std::size_t count, int percent);
 
-// For mask bytes: keep 255 leaves the mask, 0 makes everything transparent.
-ByteTable BuildTransparencyTable(std::uint8_t keep);
+// Keep 255 leaves the mask, 0 makes everything transparent.
+void Fade(std::uint8_t* mask, std::size_t count, std::uint8_t keep);
 
 // Grey mixed in: 0 percent leaves the picture, 100 gives grey.
 void BlackWhite(std::uint8_t* colour, int width, int percent);

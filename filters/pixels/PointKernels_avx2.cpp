@@ -82,19 +82,12 @@ void BlackWhiteAvx2(std::uint8_t* colour, int width, int percent) {
   ChangeRow(colour, width, GreyMix(percent));
 }
 
-void InvertAvx2(std::uint8_t* bytes, std::size_t count, int percent, const ByteTable& table) {
-  if (percent < 0 || percent > 100) {
-    return ByteTableKernels::Avx2().mapBytes(bytes, bytes, count, table);
-  }
-  InvertLoop(bytes, count, percent);
-}
-
 }  // namespace
 
 const PointKernelTable& PointKernelTable::Avx2() {
   static constexpr PointKernelTable kTable = {
-      SepiaAvx2, BlackWhiteAvx2,     ShiftColoursLoop,     InvertAvx2,
-      FadeLoop,  InvertMaskInBlocks, PutBackgroundInBlocks};
+      SepiaAvx2,    BlackWhiteAvx2,     ShiftColoursLoop,     InvertInBlocks,
+      FadeInBlocks, InvertMaskInBlocks, PutBackgroundInBlocks};
   return kTable;
 }
 

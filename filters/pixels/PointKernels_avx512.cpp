@@ -146,20 +146,12 @@ void BlackWhiteAvx512(std::uint8_t* colour, int width, int percent) {
   ChangeRow(colour, width, GreyMix(percent));
 }
 
-void InvertAvx512(std::uint8_t* bytes, std::size_t count, int, const ByteTable& table) {
-  ByteTableKernels::Avx512().mapBytes(bytes, bytes, count, table);
-}
-
-void FadeAvx512(std::uint8_t* mask, std::size_t count, std::uint8_t, const ByteTable& table) {
-  ByteTableKernels::Avx512().mapBytes(mask, mask, count, table);
-}
-
 }  // namespace
 
 const PointKernelTable& PointKernelTable::Avx512() {
   static constexpr PointKernelTable kTable = {
-      SepiaAvx512, BlackWhiteAvx512,   ShiftColoursLoop,     InvertAvx512,
-      FadeAvx512,  InvertMaskInBlocks, PutBackgroundInBlocks};
+      SepiaAvx512,  BlackWhiteAvx512,   ShiftColoursLoop,     InvertInBlocks,
+      FadeInBlocks, InvertMaskInBlocks, PutBackgroundInBlocks};
   return kTable;
 }
 

@@ -57,6 +57,37 @@ constexpr int kSepiaShift[] = {-55, -13, 49};
 
 // --- byte by byte
 
+// change(numbers) makes bytes of as many bytes, both in 16-bit lanes; the last ones go through a
+// vector aside.
+template <class Change>
+[[gnu::always_inline]] inline void ChangeBytes(std::uint8_t* bytes, std::size_t count,
+                                               const Change& change) {
+  const auto changed = [&](Bytes old) __attribute__((always_inline)) {
+    const Bytes none = {};
+    return Pack(change((Words)UnpackLow(old, none)), change((Words)UnpackHigh(old, none)));
+  };
+  for (; count >= kVectorBytes; count -= kVectorBytes, bytes += kVectorBytes) {
+    __builtin_prefetch(bytes + 3072);
+    Store(bytes, changed(Load<Bytes>(bytes)));
+  }
+  std::uint8_t rest[kVectorBytes] = {};
+  __builtin_memcpy(rest, bytes, count);
+  Store(rest, changed(Load<Bytes>(rest)));
+  __builtin_memcpy(bytes, rest, count);
+}
+
+inline void InvertInBlocks(std::uint8_t* bytes, std::size_t count, int percent) {
+  if (percent < 0 || percent > 100) return Invert(bytes, count, percent);
+  const auto whole = All<Words>(255 * percent);
+  const auto share = All<Words>(100 - 2 * percent);  // wraps; the sum comes right
+  ChangeBytes(bytes, count, [&](Words byte) { return Hundredths(whole + share * byte); });
+}
+
+inline void FadeInBlocks(std::uint8_t* mask, std::size_t count, std::uint8_t keep) {
+  const auto kept = All<Words>(keep);
+  ChangeBytes(mask, count, [&](Words byte) { return 255 - PartsOf255((255 - byte) * kept); });
+}
+
 inline void ShiftColoursLoop(std::uint8_t* colour, int width, const ColourOffsets& offsets) {
   const auto above = [](int offset) { return All<Bytes>(offset > 0 ? offset : 0); };
   const Block raise = Join({above(offsets.blue), above(offsets.green), above(offsets.red)});

@@ -18,18 +18,9 @@ using kernels::SimdLevel;
 using testing_support::RandomRow;
 using testing_support::Row;
 
-void InvertByTable(std::uint8_t* bytes, std::size_t count, int, const kernels::ByteTable& table) {
-  kernels::MapBytes(bytes, bytes, count, table);
-}
-
-void FadeByTable(std::uint8_t* mask, std::size_t count, std::uint8_t,
-                 const kernels::ByteTable& table) {
-  kernels::MapBytes(mask, mask, count, table);
-}
-
 constexpr PointKernelTable kReference = {
-    kernels::Sepia, kernels::BlackWhite, kernels::ShiftColours, InvertByTable,
-    FadeByTable,    kernels::InvertMask, kernels::PutBackground};
+    kernels::Sepia, kernels::BlackWhite, kernels::ShiftColours, kernels::Invert,
+    kernels::Fade,  kernels::InvertMask, kernels::PutBackground};
 
 class PointKernelLevels : public testing::TestWithParam<SimdLevel> {
  protected:
@@ -67,8 +58,6 @@ TEST_P(PointKernelLevels, HasKernelsOfItsOwn) {
 // guard.
 TEST_P(PointKernelLevels, KeepInsideTheRow) {
   constexpr int kGuard = 96;
-  const kernels::ByteTable table = kernels::BuildInvertTable(37);
-  const kernels::ByteTable fading = kernels::BuildTransparencyTable(90);
   for (int width = 0; width <= 200; ++width) {
     const int start = kGuard + width % 64;
     const Row row = RandomRow(static_cast<std::size_t>(start + 3 * width + kGuard),
@@ -79,8 +68,8 @@ TEST_P(PointKernelLevels, KeepInsideTheRow) {
       k.shiftColours(at + start, width, {17, -200, 90});
     });
     ExpectSame(row, [&](auto& k, std::uint8_t* at) {
-      k.invert(at + start, static_cast<std::size_t>(width), 37, table);
-      k.fade(at + start + width, static_cast<std::size_t>(width), 90, fading);
+      k.invert(at + start, static_cast<std::size_t>(width), 37);
+      k.fade(at + start + width, static_cast<std::size_t>(width), 90);
     });
     // The mask is part of the same row, behind a guard of its own.
     const Row both = RandomRow(static_cast<std::size_t>(start + 4 * width + 2 * kGuard), 5);
@@ -163,13 +152,11 @@ TEST_P(PointKernelLevels, EveryByteInvertedAndFaded) {
   Row row;
   for (int i = 0; i < 256; ++i) row.push_back(static_cast<std::uint8_t>(i));
   for (int percent = -300; percent <= 300; ++percent) {
-    const kernels::ByteTable table = kernels::BuildInvertTable(percent);
-    ExpectSame(row, [&](auto& k, std::uint8_t* at) { k.invert(at, 256, percent, table); });
+    ExpectSame(row, [&](auto& k, std::uint8_t* at) { k.invert(at, 256, percent); });
   }
   for (int i = 0; i < 256; ++i) {
     const auto keep = static_cast<std::uint8_t>(i);
-    const kernels::ByteTable table = kernels::BuildTransparencyTable(keep);
-    ExpectSame(row, [&](auto& k, std::uint8_t* at) { k.fade(at, 256, keep, table); });
+    ExpectSame(row, [&](auto& k, std::uint8_t* at) { k.fade(at, 256, keep); });
   }
 }
 
