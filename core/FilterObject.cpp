@@ -101,3 +101,15 @@ HRESULT FilterObject::GetNamedValue(const char* key, char* buffer, int size) {
     return S_OK;
   });
 }
+
+HRESULT FilterObject::GetRowReach(int* rows, bool* readsAll) {
+  constexpr HRESULT kOnePull = 1;
+  if (!rows || !readsAll) return E_POINTER;
+  return Guard([&] {
+    const std::optional<RowReach> reach = Reach();
+    if (!reach) return kOnePull;
+    *rows = reach->rows;
+    *readsAll = reach->readsAll;
+    return S_OK;
+  });
+}

@@ -4,10 +4,12 @@
 
 #include <map>
 #include <mutex>
+#include <optional>
 
 #include "base/Export.h"
 #include "base/KvString.h"
 #include "core/AnimInterfaces.h"
+#include "core/AnimRowReach.h"
 #include "core/FilterClass.h"
 #include "core/FilterLocks.h"
 #include "platform/component/ComObject.h"
@@ -16,7 +18,7 @@
 // class row makes one with a single reference; the last Release destroys it. Any thread.
 class FXBOX_API FilterObject
     : public platform::ComObject<FilterObject, IAnimFilter, IAnimFilterSrcCallsThis,
-                                 IAnimFilterDestCallsThis, IAnimFilterParameter> {
+                                 IAnimFilterDestCallsThis, IAnimFilterParameter, IAnimRowReach> {
  public:
   // These four stand behind the slots of IAnimFilter, in this order.
   //
@@ -40,7 +42,17 @@ class FXBOX_API FilterObject
   HRESULT STDMETHODCALLTYPE SetNamedValue(const char* key, const char* value) override;
   HRESULT STDMETHODCALLTYPE GetNamedValue(const char* key, char* buffer, int size) override;
 
+  HRESULT STDMETHODCALLTYPE GetRowReach(int* rows, bool* readsAll) override;
+
  protected:
+  // What IAnimRowReach tells of the class with its active parameters; nothing where the result
+  // depends on the rectangle that is asked for.
+  struct RowReach {
+    int rows = 0;
+    bool readsAll = false;
+  };
+  virtual std::optional<RowReach> Reach() { return std::nullopt; }
+
   // `row` lives as long as the library.
   explicit FilterObject(const FilterClass& row);
 

@@ -89,6 +89,8 @@ class FXBOX_API RowFilter : public CPdibFilter {
   // Whether it works on the mask rows, not on the colour rows.
   virtual bool WorksOnMask() const { return false; }
 
+  std::optional<RowReach> Reach() final { return RowReach(); }
+
  private:
   bool ChangeAll(const PullRectangle& rows);
 
@@ -149,6 +151,8 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   // While this holds, which is asked with the state held, rows go from the source to the caller as
   // they are, and no picture is kept.
   virtual bool PassesThrough() { return false; }
+  // For a class whose answer to a request depends on the request, an override gives nothing.
+  std::optional<RowReach> Reach() override { return RowReach{0, !PassesNow()}; }
   // Whether the source's answer counts as 0 while rows pass through.
   virtual bool PassesFailuresOver() const { return false; }
   // Whether an abort before rows are given out ends the pull with 0.

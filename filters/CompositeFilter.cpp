@@ -25,6 +25,18 @@ CompositeFilter::~CompositeFilter() {
   }
 }
 
+// Of all parts, from the destination's side on; what stands before one that reads all does not
+// count.
+std::optional<FilterObject::RowReach> CompositeFilter::Reach() {
+  RowReach all;
+  for (auto part = parts.rbegin(); part != parts.rend() && !all.readsAll; ++part) {
+    int rows = 0;
+    if ((*part)->GetRowReach(&rows, &all.readsAll) != S_OK) return std::nullopt;
+    all.rows += rows;
+  }
+  return all;
+}
+
 bool CompositeFilter::IsDirty() {
   return std::any_of(parts.begin(), parts.end(), [](auto& part) { return part->IsDirty(); });
 }

@@ -54,6 +54,8 @@ class CompositeFilter : public FilterObject {
   HRESULT STDMETHODCALLTYPE SendToSource(std::intptr_t message) override;
 
  protected:
+  std::optional<RowReach> Reach() override;
+
   // The classes of the parts, from the source's side on.
   CompositeFilter(const FilterClass& row, std::initializer_list<const FilterClass*> partRows);
 

@@ -16,4 +16,7 @@ class CNullFilter final : public CPdibFilter {
   HRESULT STDMETHODCALLTYPE GetActiveParameter(char* buffer, int size) override;
 
   static std::vector<ParameterDescription> Describe() { return {}; }
+
+ private:
+  std::optional<RowReach> Reach() override { return RowReach(); }
 };

@@ -70,9 +70,21 @@ bool PictureSource::TryServe(const Request& request) {
 }
 
 bool PictureSource::Serve(const Request& request) {
+  if (window) {
+    const auto answer = window->Bring(request.part.y, request.part.height, abort);
+    if (answer == RowWindow::Answer::Stopped) return false;
+    if (answer == RowWindow::Answer::Here) {
+      return Copy(
+          request, [this](int y) { return window->Colour(y); },
+          [this](int y) { return window->Mask(y); });
+    }
+    window.reset();  // it decodes no more, so that somebody else can
+  }
   const bool whole = Size{request.part.width, request.part.height} == picture.size;
   if (whole && request.colour && !kept && !givenWhole) return DecodeInto(request);
-  return Keep() && CopyKept(request);
+  return Keep() && Copy(
+                       request, [this](int y) { return kept->ColourRows()[y]; },
+                       [this](int y) { return kept->MaskRows()[y]; });
 }
 
 bool PictureSource::DecodeInto(const Request& request) {
@@ -95,19 +107,18 @@ bool PictureSource::Keep() {
   return true;
 }
 
-bool PictureSource::CopyKept(const Request& request) const {
+template <class ColourOf, class MaskOf>
+bool PictureSource::Copy(const Request& request, ColourOf colourOf, MaskOf maskOf) const {
   const Rectangle& part = request.part;
-  const auto width = static_cast<std::size_t>(part.width);
   for (int i = 0; i < part.height; ++i) {
     if (abort) return false;
     if (request.colour) {
       std::memcpy(request.colour[request.destY + i] + base::ColourOffset(request.destX),
-                  kept->ColourRows()[part.y + i] + base::ColourOffset(part.x),
-                  base::ColourBytes(part.width));
+                  colourOf(part.y + i) + base::ColourOffset(part.x), base::ColourBytes(part.width));
     }
     if (request.mask) {
-      std::memcpy(request.mask[request.destY + i] + request.destX,
-                  kept->MaskRows()[part.y + i] + part.x, width);
+      std::memcpy(request.mask[request.destY + i] + request.destX, maskOf(part.y + i) + part.x,
+                  static_cast<std::size_t>(part.width));
     }
   }
   return true;

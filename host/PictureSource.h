@@ -7,8 +7,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "core/AnimInterfaces.h"
+#include "host/RowWindow.h"
 #include "host/Sizes.h"
 #include "imageio/ImageFile.h"
 #include "picture/MemoryPicture.h"
@@ -38,6 +40,10 @@ class FXBOX_API PictureSource final
   // `report` hears how far a decode is, and may stop it.
   PictureSource(const SourcePicture& told, Decode decodeRows, imageio::Progress report = {});
 
+  // From now on serves pulls that go from the top of the picture down, a band after the other, from
+  // rows that are decoded meanwhile. What it cannot serve so ends it.
+  void ServeFrom(std::unique_ptr<RowWindow> rows) { window = std::move(rows); }
+
   // Some filters pass rows on even when their source stopped, so who pulls asks here afterwards:
   // whether any pull was incomplete, and why in words for the user; no words when it was told to
   // stop.
@@ -63,13 +69,16 @@ class FXBOX_API PictureSource final
   bool Serve(const Request& request);
   bool DecodeInto(const Request& request);
   bool Keep();
-  bool CopyKept(const Request& request) const;
+  // `colourOf` and `maskOf` give the start of the picture's row y.
+  template <class ColourOf, class MaskOf>
+  bool Copy(const Request& request, ColourOf colourOf, MaskOf maskOf) const;
   bool RunDecode(const imageio::Rows& rows);
   void TellDestination();
 
   const SourcePicture picture;
   const Decode decode;
   const imageio::Progress progress;
+  std::unique_ptr<RowWindow> window;  // null where nothing streams
   std::unique_ptr<MemoryPicture> kept;
   bool givenWhole = false;  // straight into a caller's rows, which are gone
   bool stopped = false;

@@ -5,7 +5,9 @@
 #include <stdexcept>
 #include <vector>
 
+#include "base/Arithmetic.h"
 #include "component/Fxbox4.h"
+#include "core/AnimRowReach.h"
 #include "core/ChainText.h"
 
 namespace host {
@@ -113,14 +115,32 @@ bool Pipeline::Pull(const Rectangle& part, int bandRows, MemoryPicture& into,
   const int band = bandRows > 0 ? std::min(bandRows, part.height) : part.height;
   for (int y = 0; y < part.height;) {
     const int rows = std::min(band, part.height - y);
-    const HRESULT status = Tail().ReadRows(0, y, part.x, part.y + y, part.width, rows,
-                                           into.ColourRows(), into.MaskRows());
-    if (!source->Failure().empty()) throw std::runtime_error(source->Failure());
-    if (status != S_OK || source->HasStopped()) return false;
+    const Rectangle bandPart{part.x, part.y + y, part.width, rows};
+    if (!PullRows(bandPart, y, into.ColourRows(), into.MaskRows())) return false;
     y += rows;
     if (progress && !progress(static_cast<double>(y) / part.height)) return false;
   }
   return true;
+}
+
+bool Pipeline::PullRows(const Rectangle& part, int destY, BYTE** colour, BYTE** mask) {
+  const HRESULT status =
+      Tail().ReadRows(0, destY, part.x, part.y, part.width, part.height, colour, mask);
+  if (!source->Failure().empty()) throw std::runtime_error(source->Failure());
+  return status == S_OK && !source->HasStopped();
+}
+
+std::optional<Pipeline::RowReach> Pipeline::Reach() const {
+  RowReach all;
+  const auto filters = Filters();
+  for (auto filter = filters.rbegin(); filter != filters.rend(); ++filter) {
+    const auto reach = platform::ComPtr<IAnimRowReach>::Query(filter->Get());
+    int rows = 0;
+    if (!reach || reach->GetRowReach(&rows, &all.readsAll) != S_OK) return std::nullopt;
+    all.rows = base::LimitToInt32(std::int64_t{all.rows} + rows);
+    if (all.readsAll) break;  // what lies before it is asked for all at once
+  }
+  return all;
 }
 
 }  // namespace host

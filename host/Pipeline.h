@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -57,6 +58,19 @@ class FXBOX_API Pipeline {
   // the bottom up (0: all at once). False when it was stopped.
   bool Pull(const Rectangle& part, int bandRows, MemoryPicture& into,
             const imageio::Progress& progress = {});
+
+  // Pulls a rectangle of the result: its row i goes to `colour[destY + i]` and `mask[destY + i]`.
+  // False when it was stopped.
+  bool PullRows(const Rectangle& part, int destY, BYTE** colour, BYTE** mask);
+
+  // How far the rows of the result reach through all filters, as Settle has left them: a pull in
+  // bands gives the same bytes as one pull when each band has so many rows more above and below.
+  // Nothing where the chain has to be pulled in one piece.
+  struct RowReach {
+    int rows = 0;
+    bool readsAll = false;  // the whole source is asked for at once, whatever is pulled
+  };
+  std::optional<RowReach> Reach() const;
 
   // Whom to tell SetAbort.
   IAnimFilterDestCallsThis& Tail() const;

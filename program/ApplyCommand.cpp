@@ -6,6 +6,8 @@
 #include <memory>
 #include <thread>
 
+#include "component/Fxbox4.h"
+#include "platform/WorkerPool.h"
 #include "program/ApplySession.h"
 #include "program/Arguments.h"
 #include "program/ChainOptions.h"
@@ -30,6 +32,7 @@ struct ApplyOptions {
   std::optional<std::string> listFile;
   bool zeros = false;
   std::optional<int> jobs;
+  std::optional<int> threads;
   bool json = false;
   bool jsonLines = false;
   bool quiet = false;
@@ -109,7 +112,13 @@ void AddListOptions(CLI::App& command, ApplyOptions& options) {
   command.add_flag("--null", options.zeros, "Names in the list end with a zero byte");
   command
       .add_option("-j,--jobs", options.jobs,
-                  "Pictures side by side. Default: as many as there are processors")
+                  "Pictures side by side. Default: as many as there are threads")
+      ->check(CLI::Range(1, 1024))
+      ->type_name("N");
+  command
+      .add_option("--threads", options.threads,
+                  "Threads that filters use, shared out among the pictures side by side; reading "
+                  "and writing go on beside them. Default: as many as there are processors")
       ->check(CLI::Range(1, 1024))
       ->type_name("N");
 }
@@ -224,13 +233,31 @@ ApplyTasks TasksOf(const ApplyOptions& options) {
   return ApplyTasks(std::move(files));
 }
 
-int JobsOf(const ApplyOptions& options, const ApplyTasks& tasks) {
-  const int processors = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-  const int wanted = options.jobs.value_or(processors);
-  return tasks.Count() == 0 ? wanted
-                            : static_cast<int>(std::min<std::size_t>(
-                                  tasks.Count(), static_cast<std::size_t>(wanted)));
+int ThreadsOf(const ApplyOptions& options) {
+  return options.threads.value_or(
+      static_cast<int>(std::max(1U, std::thread::hardware_concurrency())));
 }
+
+int JobsOf(const ApplyOptions& options, const ApplyTasks& tasks) {
+  const auto wanted = static_cast<std::size_t>(options.jobs.value_or(ThreadsOf(options)));
+  return static_cast<int>(tasks.Count() == 0 ? wanted : std::min(tasks.Count(), wanted));
+}
+
+// Threads for the filters, lent to the library while it lives.
+class LentThreads {
+ public:
+  // `threads` counts those that pull, `jobs` of them.
+  LentThreads(int threads, int jobs) {
+    const int count = threads - jobs + 1;
+    if (count < 2) return;
+    const auto pool =
+        platform::ComPtr<platform::WorkerPool>::Attach(new platform::WorkerPool(count));
+    FxboxSetWorkers(pool.Get());
+  }
+  ~LentThreads() { FxboxSetWorkers(nullptr); }
+  LentThreads(const LentThreads&) = delete;
+  LentThreads& operator=(const LentThreads&) = delete;
+};
 
 int Apply(const ApplyOptions& options) {
   CheckInputs(options);
@@ -238,8 +265,9 @@ int Apply(const ApplyOptions& options) {
   const ApplyRequest request = RequestOf(options, *creator.Get());
   CatchInterrupts();
   ApplyTasks tasks = TasksOf(options);
-  return RunSession(tasks, request,
-                    {JobsOf(options, tasks), options.json, options.jsonLines, options.quiet});
+  const int jobs = JobsOf(options, tasks);
+  const LentThreads lent(ThreadsOf(options), jobs);
+  return RunSession(tasks, request, {jobs, options.json, options.jsonLines, options.quiet});
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ constexpr double kMeasured = 0.8;
 constexpr double kDecoded = 0.4;
 constexpr double kFiltered = 0.5;
 
+constexpr char kStoppedEarly[] = "a filter stopped before the picture was complete";
 constexpr char kNoMemory[] = "there is not enough memory for the picture";
 
 std::string InputName(const PlannedFile& file) {
@@ -30,13 +31,16 @@ SourcePicture Describe(const imageio::ImageInfo& info, const ApplyRequest& reque
   return told;
 }
 
-platform::ComPtr<PictureSource> SourceOf(imageio::ImageReader& reader, const SourcePicture& told,
-                                         imageio::Progress report) {
-  const auto decode = [&reader](const imageio::Rows& rows, const imageio::Progress& progress) {
+PictureSource::Decode DecodeOf(imageio::ImageReader& reader) {
+  return [&reader](const imageio::Rows& rows, const imageio::Progress& progress) {
     return reader.Read(rows, progress);
   };
+}
+
+platform::ComPtr<PictureSource> SourceOf(imageio::ImageReader& reader, const SourcePicture& told,
+                                         imageio::Progress report) {
   return platform::ComPtr<PictureSource>::Attach(
-      new PictureSource(told, decode, std::move(report)));
+      new PictureSource(told, DecodeOf(reader), std::move(report)));
 }
 
 // The size of the result. No filter on the way may go beyond the limit either: most take memory for
@@ -62,12 +66,34 @@ void MakeFolderOf(const std::filesystem::path& output) {
 
 }  // namespace
 
+// A picture with the chain behind it, ready to be pulled.
+struct ApplyRun::Opened {
+  Opened(imageio::ImageReader opened, const ApplyRequest& request, IAnimFilterCreator& creator,
+         imageio::Progress report)
+      : reader(Fitted(std::move(opened), request)),
+        told(Describe(reader.Info(), request)),
+        source(SourceOf(reader, told, std::move(report))),
+        pipeline(creator, source) {
+    pipeline.SetText(request.chain);
+  }
+
+  static imageio::ImageReader Fitted(imageio::ImageReader reader, const ApplyRequest& request) {
+    if (request.fit) reader.ReduceToFit(request.fit->width, request.fit->height);
+    return reader;
+  }
+
+  imageio::ImageReader reader;
+  SourcePicture told;
+  platform::ComPtr<PictureSource> source;
+  Pipeline pipeline;
+  Rectangle part;  // of the result, that is wanted
+};
+
 // A finished picture. Reader and chain are gone by then: their memory is free, and the input may be
 // replaced.
 struct ApplyRun::Rendered {
   std::unique_ptr<MemoryPicture> picture;  // null when the work was stopped
   imageio::Metadata metadata;
-  imageio::Format format = imageio::Format::Unknown;
 };
 
 FileResult ApplyRun::Do(const PlannedFile& file) {
@@ -94,10 +120,23 @@ FileResult ApplyRun::Do(const PlannedFile& file) {
 
 void ApplyRun::Try(const PlannedFile& file, FileResult& result) {
   if (IsLeftAlone(file)) return Skip(file, result);
-  const Rendered rendered = Render(file, result);
-  if (!rendered.picture) return;
-  if (file.intoFolder) MakeFolderOf(file.output);
-  result.isWritten = Write(file, rendered, result);
+  const PictureInput input(file.input, request.limits);
+  const Measurements measurements = MeasureFull(input);
+  if (IsInterrupted()) return;
+  const auto open = [&] { return Open(input, measurements); };
+  std::unique_ptr<Opened> opened = open();
+  result.size = opened->told.size;
+  result.notes = opened->reader.Info().notes;
+  result.resultSize = {opened->part.width, opened->part.height};
+  const bool isNamed = file.format != imageio::Format::Unknown;
+  const imageio::Format format = isNamed ? file.format : opened->reader.Info().format;
+  if (const auto plan = PlanOf(*opened, format)) {
+    result.isWritten = Stream(file, format, *plan, std::move(opened), open, result);
+    return;
+  }
+  const Rendered rendered = Render(*opened);
+  opened.reset();
+  if (rendered.picture) result.isWritten = Write(file, format, rendered, result);
 }
 
 void ApplyRun::Skip(const PlannedFile& file, FileResult& result) const {
@@ -105,33 +144,95 @@ void ApplyRun::Skip(const PlannedFile& file, FileResult& result) const {
   result.isSkipped = true;
 }
 
-ApplyRun::Rendered ApplyRun::Render(const PlannedFile& file, FileResult& result) {
-  const PictureInput input(file.input, request.limits);
-  imageio::ImageReader reader = input.Open();
-  Measurements measurements;
-  if (request.fit) {
-    reader.ReduceToFit(request.fit->width, request.fit->height);
-    if (reader.Info().width != reader.Info().fullWidth) measurements = MeasureFull(input);
-  }
-  const SourcePicture told = Describe(reader.Info(), request);
-  result.size = told.size;
-  result.notes = reader.Info().notes;
+std::unique_ptr<ApplyRun::Opened> ApplyRun::Open(const PictureInput& input,
+                                                 const Measurements& measurements) {
+  auto opened = std::make_unique<Opened>(input.Open(), request, creator, Report(0, kDecoded));
+  RepeatMeasurements(opened->pipeline, measurements);
+  opened->part = PartOf(SettleWithin(opened->pipeline, request.limits, input.Name()));
+  return opened;
+}
 
-  Pipeline pipeline(creator, SourceOf(reader, told, Report(0, kDecoded)));
-  pipeline.SetText(request.chain);
-  RepeatMeasurements(pipeline, measurements);
-  const Rectangle part = PartOf(SettleWithin(pipeline, request.limits, input.Name()));
-  result.resultSize = {part.width, part.height};
+// --- in bands
+
+std::optional<BandPlan> ApplyRun::PlanOf(const Opened& opened, imageio::Format format) const {
+  const bool isAskedFor = request.bandRows > 0;  // then filters may see no more than that
+  if (isAskedFor || !imageio::TakesRowsInOrder(format)) return std::nullopt;
+  const auto reach = opened.pipeline.Reach();
+  if (!reach || (!reach->readsAll && !opened.reader.GivesRowsInOrder())) return std::nullopt;
+  return PlanBands(*reach, std::max(opened.told.size.width, opened.part.width), opened.part.height);
+}
+
+bool ApplyRun::Stream(const PlannedFile& file, imageio::Format format, const BandPlan& plan,
+                      std::unique_ptr<Opened> opened,
+                      const std::function<std::unique_ptr<Opened>()>& again, FileResult& result) {
+  const auto write = [&](const std::filesystem::path& temporary) {
+    bool hasAlpha = opened->reader.Info().hasMask;
+    const bool wasSo = hasAlpha;
+    bool isWritten = WriteInBands(temporary, format, *opened, plan, hasAlpha);
+    if (hasAlpha != wasSo) {  // now it is known
+      if (!opened->pipeline.Reach()->readsAll) opened = again();
+      isWritten = WriteInBands(temporary, format, *opened, plan, hasAlpha);
+    }
+    opened.reset();  // the input may be replaced now
+    return isWritten;
+  };
+  return WriteOut(file, write, result);
+}
+
+// Turns `hasAlpha` round when it was wrong.
+bool ApplyRun::WriteInBands(const std::filesystem::path& temporary, imageio::Format format,
+                            Opened& opened, const BandPlan& plan, bool& hasAlpha) {
+  const Size size{opened.part.width, opened.part.height};
+  const imageio::WriteOptions options = WritingOf(opened.reader.Info().metadata, size);
+  BandWriting writing;
+  writing.looksAtMask = imageio::LooksAtMask(format);
+  writing.hasAlpha = hasAlpha;
+  writing.write = [&](const imageio::RowFeed& feed) {
+    return imageio::WriteImageRows(temporary, format, size.width, size.height, hasAlpha, feed,
+                                   options);
+  };
+  const bool readsAll = opened.pipeline.Reach()->readsAll;
+  writing.progress = Report(readsAll ? kDecoded : 0, 1);
+  if (!readsAll) {
+    opened.source->ServeFrom(std::make_unique<host::RowWindow>(
+        opened.told.size, opened.reader.Info().hasMask, plan.window,
+        [&opened](imageio::RowSink& sink) { return opened.reader.ReadRows(sink); }));
+  }
+  const AbortOnInterrupt abortOnInterrupt(opened.pipeline.Tail());
+  const BandOutcome outcome = RenderBands(opened.pipeline, opened.part, plan, writing);
+  if (IsInterrupted()) return false;
+  if (outcome == BandOutcome::Stopped) throw std::runtime_error(kStoppedEarly);
+  if (outcome == BandOutcome::OtherAlpha) hasAlpha = !hasAlpha;
+  return outcome == BandOutcome::Written;
+}
+
+// --- as a whole
+
+ApplyRun::Rendered ApplyRun::Render(Opened& opened) {
   // In bands the source decodes first and the bands come after that; in one pull both end together.
-  auto picture = PullPart(pipeline, part, request.bandRows, Report(kDecoded, kFiltered));
-  if (!picture) return {};
-  const bool isNamed = file.format != imageio::Format::Unknown;
-  return {std::move(picture), reader.Info().metadata, isNamed ? file.format : reader.Info().format};
+  auto picture =
+      PullPart(opened.pipeline, opened.part, request.bandRows, Report(kDecoded, kFiltered));
+  return {std::move(picture), opened.reader.Info().metadata};
+}
+
+bool ApplyRun::Write(const PlannedFile& file, imageio::Format format, const Rendered& rendered,
+                     FileResult& result) {
+  const MemoryPicture& picture = *rendered.picture;
+  const Size size{picture.Width(), picture.Height()};
+  const imageio::WriteOptions options = WritingOf(rendered.metadata, size);
+  const imageio::Rows rows{picture.ColourRows(), picture.MaskRows()};
+  const auto write = [&](const std::filesystem::path& temporary) {
+    return imageio::WriteImage(temporary, format, size.width, size.height, rows, options,
+                               Report(kFiltered, 1));
+  };
+  return WriteOut(file, write, result);
 }
 
 Measurements ApplyRun::MeasureFull(const PictureInput& input) {
+  if (!request.fit) return {};
   imageio::ImageReader reader = input.Open();
   const Size full{reader.Info().width, reader.Info().height};
+  if (full.width <= request.fit->width && full.height <= request.fit->height) return {};
   Pipeline pipeline(
       creator, SourceOf(reader, {full, request.target.value_or(full), {}}, Report(0, kMeasured)));
   pipeline.SetText(request.chain);
@@ -152,7 +253,7 @@ std::unique_ptr<MemoryPicture> ApplyRun::PullPart(Pipeline& pipeline, const Rect
   const AbortOnInterrupt abortOnInterrupt(pipeline.Tail());
   const bool complete = pipeline.Pull(part, bandRows, *picture, report);
   if (IsInterrupted()) return nullptr;
-  if (!complete) throw std::runtime_error("a filter stopped before the picture was complete");
+  if (!complete) throw std::runtime_error(kStoppedEarly);
   return picture;
 }
 
@@ -167,29 +268,27 @@ Rectangle ApplyRun::PartOf(Size result) const {
   return cut;
 }
 
-// False when it was stopped.
-bool ApplyRun::Write(const PlannedFile& file, const Rendered& rendered, FileResult& result) {
-  const MemoryPicture& picture = *rendered.picture;
+imageio::WriteOptions ApplyRun::WritingOf(const imageio::Metadata& metadata, Size size) const {
   imageio::WriteOptions options = request.writing;
-  options.metadata = rendered.metadata;
+  options.metadata = metadata;
   imageio::DropThumbnail(options.metadata.exif);
-  imageio::SetPictureSize(options.metadata, picture.Width(), picture.Height());
-  const imageio::Rows rows{picture.ColourRows(), picture.MaskRows()};
-  return WriteOut(file, [&](const std::filesystem::path& temporary) {
-    const bool complete =
-        imageio::WriteImage(temporary, rendered.format, picture.Width(), picture.Height(), rows,
-                            options, Report(kFiltered, 1)) &&
-        !IsInterrupted();
-    if (complete && request.takesDigests) result.digest = DigestOf(temporary);
-    return complete;
-  });
+  imageio::SetPictureSize(options.metadata, size.width, size.height);
+  return options;
 }
 
-bool ApplyRun::WriteOut(const PlannedFile& file, const platform::Files::WriteFile& write) {
+bool ApplyRun::WriteOut(const PlannedFile& file, const platform::Files::WriteFile& write,
+                        FileResult& result) {
+  const auto writeAndSum = [&](const std::filesystem::path& temporary) {
+    const bool complete = write(temporary) && !IsInterrupted();
+    if (complete && request.takesDigests) result.digest = DigestOf(temporary);
+    return complete;
+  };
   std::optional<std::string> failure;
+  if (file.intoFolder) MakeFolderOf(file.output);
   try {
-    failure = file.ToStandard() ? WriteStandardOutput(write)
-                                : platform::CurrentServices().files->Replace(file.output, write);
+    failure = file.ToStandard()
+                  ? WriteStandardOutput(writeAndSum)
+                  : platform::CurrentServices().files->Replace(file.output, writeAndSum);
   } catch (const imageio::ImageError& error) {
     failure = error.what();
   }

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/Services.h"
+#include "program/BandRendering.h"
 #include "program/Host.h"
 #include "program/OutputNames.h"
 #include "program/PictureInput.h"
@@ -51,19 +54,36 @@ class ApplyRun {
   FileResult Do(const PlannedFile& file);
 
  private:
+  struct Opened;
   struct Rendered;
 
   void Try(const PlannedFile& file, FileResult& result);
   void Skip(const PlannedFile& file, FileResult& result) const;
-  Rendered Render(const PlannedFile& file, FileResult& result);
+  std::unique_ptr<Opened> Open(const PictureInput& input, const Measurements& measurements);
+
+  // In bands, of which no stage holds more than a few; nothing where that cannot be.
+  std::optional<BandPlan> PlanOf(const Opened& opened, imageio::Format format) const;
+  bool WriteInBands(const std::filesystem::path& temporary, imageio::Format format, Opened& opened,
+                    const BandPlan& plan, bool& hasAlpha);
+  bool Stream(const PlannedFile& file, imageio::Format format, const BandPlan& plan,
+              std::unique_ptr<Opened> opened, const std::function<std::unique_ptr<Opened>()>& again,
+              FileResult& result);
+
+  // The whole picture first, then the file. Null when it was stopped.
+  Rendered Render(Opened& opened);
+  bool Write(const PlannedFile& file, imageio::Format format, const Rendered& rendered,
+             FileResult& result);
+
   // What the filters measure on the full picture, so that a preview shows what its result will be.
-  // Empty when they measure nothing, or when it was stopped.
+  // Empty without a preview, when they measure nothing, or when it was stopped.
   Measurements MeasureFull(const PictureInput& input);
   std::unique_ptr<MemoryPicture> PullPart(Pipeline& pipeline, const Rectangle& part, int bandRows,
                                           const imageio::Progress& report);
   Rectangle PartOf(Size result) const;
-  bool Write(const PlannedFile& file, const Rendered& rendered, FileResult& result);
-  bool WriteOut(const PlannedFile& file, const platform::Files::WriteFile& write);
+  imageio::WriteOptions WritingOf(const imageio::Metadata& metadata, Size size) const;
+  // `write` makes the file and says whether it is complete.
+  bool WriteOut(const PlannedFile& file, const platform::Files::WriteFile& write,
+                FileResult& result);
   // Shows how far the file is; the work takes the shares from `first` to `last` of what is left of
   // the file's behind the measuring.
   imageio::Progress Report(double first, double last);

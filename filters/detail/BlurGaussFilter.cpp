@@ -31,14 +31,15 @@ std::span<const ParameterRow<BlurGaussParameters>> BlurGaussParameters::Rows() {
   return kRows;
 }
 
-bool CBlurGaussFilter::ChangeRectangle(const PullRectangle& rectangle) {
-  const BlurGaussParameters now = Active();
-  // The window follows the zoom, the bell does not.
+// The window follows the zoom, the bell does not.
+kernels::GaussTaps CBlurGaussFilter::Taps(const BlurGaussParameters& now) const {
   const double radius = kernels::UsedGaussRadius(now.radius);
-  kernels::GaussChange change = {
-      kernels::GaussMethod::Blur,
-      kernels::MakeGaussTaps(kernels::ZoomedGaussRadius(radius, zoom),
-                             kernels::WidenedGaussSigma(radius, now.percent))};
+  return kernels::MakeGaussTaps(kernels::ZoomedGaussRadius(radius, zoom),
+                                kernels::WidenedGaussSigma(radius, now.percent));
+}
+
+bool CBlurGaussFilter::ChangeRectangle(const PullRectangle& rectangle) {
+  kernels::GaussChange change = {kernels::GaussMethod::Blur, Taps(Active())};
   kernels::NormalizeGaussTaps(change.taps);
   return ChangeRectangleByGauss(rectangle, change, abort);
 }

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
+#include "filters/detail/GaussTaps.h"
 
 struct BlurGaussParameters {
   std::int32_t percent = 100;  // width of the bell, within the window that the radius sets
@@ -22,5 +23,8 @@ class CBlurGaussFilter final : public ParameterFilter<RectangleFilter, BlurGauss
       : ParameterFilter(row, {.sourceResult = SourceResult::StopsUnlessZero}) {}
 
  private:
+  std::optional<RowReach> Reach() override { return RowReach{kernels::ReachOf(Taps(Active()))}; }
+  // Not normalised.
+  kernels::GaussTaps Taps(const BlurGaussParameters& now) const;
   bool ChangeRectangle(const PullRectangle& rectangle) override;
 };

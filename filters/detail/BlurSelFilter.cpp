@@ -34,16 +34,19 @@ std::span<const ParameterRow<BlurSelParameters>> BlurSelParameters::Rows() {
   return kRows;
 }
 
+kernels::GaussTaps CBlurSelFilter::Taps(const BlurSelParameters& now) const {
+  const double radius = kernels::UsedGaussRadius(now.radius);
+  return kernels::MakeGaussTaps(kernels::ZoomedGaussRadius(radius, zoom),
+                                kernels::WidenedGaussSigma(radius, now.percent));
+}
+
 bool CBlurSelFilter::ChangeRectangle(const PullRectangle& rectangle) {
   constexpr float kLeastThreshold = 0.1f;
   const BlurSelParameters now = Active();
-  const double radius = kernels::UsedGaussRadius(now.radius);
   const auto third = static_cast<float>(static_cast<float>(now.threshold) / 3.0);
-  return ChangeRectangleByGauss(
-      rectangle,
-      {.method = kernels::GaussMethod::SelectiveBlur,
-       .taps = kernels::MakeGaussTaps(kernels::ZoomedGaussRadius(radius, zoom),
-                                      kernels::WidenedGaussSigma(radius, now.percent)),
-       .threshold = third < kLeastThreshold ? kLeastThreshold : third},
-      abort);
+  return ChangeRectangleByGauss(rectangle,
+                                {.method = kernels::GaussMethod::SelectiveBlur,
+                                 .taps = Taps(now),
+                                 .threshold = third < kLeastThreshold ? kLeastThreshold : third},
+                                abort);
 }

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
+#include "filters/detail/GaussTaps.h"
 
 struct BlurSelParameters {
   std::int32_t percent = 100;  // width of the bell, within the window that the radius sets
@@ -23,5 +24,8 @@ class CBlurSelFilter final : public ParameterFilter<RectangleFilter, BlurSelPara
       : ParameterFilter(row, {.sourceResult = SourceResult::StopsUnlessZero}) {}
 
  private:
+  std::optional<RowReach> Reach() override { return RowReach{kernels::ReachOf(Taps(Active()))}; }
+  // Not normalised.
+  kernels::GaussTaps Taps(const BlurSelParameters& now) const;
   bool ChangeRectangle(const PullRectangle& rectangle) override;
 };

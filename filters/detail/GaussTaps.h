@@ -22,6 +22,11 @@ double WidenedGaussSigma(double usedRadius, int percent);
 // is 1. Taps at the end that are too small to count are left out; a sigma of 0 leaves the centre.
 GaussTaps MakeGaussTaps(double zoomedRadius, double sigma);
 
+// How many pixels to each side the kernel reaches.
+inline int ReachOf(const GaussTaps& taps) {
+  return static_cast<int>(taps.size()) - 1;
+}
+
 // Scales the taps so that those of both sides add up to 1.
 void NormalizeGaussTaps(GaussTaps& taps);
 

@@ -39,13 +39,17 @@ std::span<const ParameterRow<UnsharpMaskParameters>> UnsharpMaskParameters::Rows
   return kRows;
 }
 
+// Window and bell both follow the zoom here.
+kernels::GaussTaps CUnsharpMaskFilter::Taps(const UnsharpMaskParameters& now) const {
+  const double radius = kernels::ZoomedGaussRadius(kernels::UsedGaussRadius(now.radius), zoom);
+  return kernels::MakeGaussTaps(radius, radius / 2.5);
+}
+
 bool CUnsharpMaskFilter::ChangeRectangle(const PullRectangle& rectangle) {
   const UnsharpMaskParameters now = Active();
-  // Window and bell both follow the zoom here.
-  const double radius = kernels::ZoomedGaussRadius(kernels::UsedGaussRadius(now.radius), zoom);
   kernels::GaussChange change = {
       .method = kernels::GaussMethod::SharpenBrightness,
-      .taps = kernels::MakeGaussTaps(radius, radius / 2.5),
+      .taps = Taps(now),
       .threshold = static_cast<float>(now.threshold),
       .amount = static_cast<float>(static_cast<float>(now.percent) / 100.0)};
   kernels::NormalizeGaussTaps(change.taps);

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "core/FilterShapes.h"
+#include "filters/detail/GaussTaps.h"
 
 struct UnsharpMaskParameters {
   std::int32_t percent = 120;        // strength; any number
@@ -25,5 +26,8 @@ class CUnsharpMaskFilter final : public ParameterFilter<RectangleFilter, Unsharp
       : ParameterFilter(row, {.sourceResult = SourceResult::StopsUnlessZero}) {}
 
  private:
+  std::optional<RowReach> Reach() override { return RowReach{kernels::ReachOf(Taps(Active()))}; }
+  // Not normalised.
+  kernels::GaussTaps Taps(const UnsharpMaskParameters& now) const;
   bool ChangeRectangle(const PullRectangle& rectangle) override;
 };

@@ -27,6 +27,7 @@ class CSoftFrameFilter final : public ParameterFilter<RectangleFilter, SoftFrame
   void Commit() override;
 
  private:
+  std::optional<RowReach> Reach() override { return RowReach(); }
   bool ChangeRectangle(const PullRectangle& rectangle) override;
 
   Published<kernels::EdgeFade> published;

@@ -55,6 +55,8 @@ struct Contract {
   bool passesPixels = false;
   // The result depends on the rectangle that is asked for.
   bool measuresRequest = false;
+  // Only one pull gives the picture, however much more is asked for around a band.
+  bool needsOnePull = false;
   // Rows are changed from row 0 and column 0 on, wherever they were asked for.
   bool ignoresDestination = false;
   // All rows take a first step before any takes the second.
@@ -79,7 +81,8 @@ const Contract kContracts[] = {
      .pull = Pull::PassesOn,
      .text = "RightMargin=0.8, FixRatioOn=0",
      .newObjectIsDirty = false,
-     .absentKeysGetDefaults = true},
+     .absentKeysGetDefaults = true,
+     .needsOnePull = true},
     {.className = "CPrintCropFilter",
      .pull = Pull::PassesOn,
      .text = "MarginR=0.8",
@@ -107,10 +110,12 @@ const Contract kContracts[] = {
      .text = "AutoContrastRGB=1, Med=030, Addlo=010, Addhi=-20",
      .abortMarksChange = true,
      .passesPixels = true,
+     .needsOnePull = true,
      .pullsPending = true},
     {.className = "CWhiteBlackGreyFilter",
      .text = "RedG=100, GreenG=120, BlueG=090, Mode=1, Opacity=080",
      .passesPixels = true,
+     .needsOnePull = true,
      .pullsPending = true},
     {.className = "COptimizeFilter",
      .text = "Slider1=020, Slider2=-30, Slider3=040, Slider4=020",
@@ -119,7 +124,8 @@ const Contract kContracts[] = {
     {.className = "CHistoFilter",
      .text = "Intensity=080",
      .passesPixels = true,
-     .measuresRequest = true},
+     .measuresRequest = true,
+     .needsOnePull = true},
     {.className = "CExposure2Filter",
      .text = "Red=020, Green=030, Blue=-40",
      .abortMarksChange = true,
@@ -204,7 +210,8 @@ const Contract kContracts[] = {
     {.className = "CStaubFilter",
      .pull = Pull::KeepsRequest,
      .text = "MaxRgnSize=004, GrayTolerance=080",
-     .abortMarksChange = true},
+     .abortMarksChange = true,
+     .needsOnePull = true},
     {.className = "CPasspartoutFilter",
      .pull = Pull::WholePicture,
      .text = "Borderhori=003,Borderverti=003,Radius=006,Blue=010,Transparency=030",
@@ -217,6 +224,7 @@ const Contract kContracts[] = {
      .abortMarksChange = true,
      .passesPixels = true,
      .measuresRequest = true,
+     .needsOnePull = true,
      .worksInSteps = true},
     {.className = "CSoftFrameFilter",
      .text = "FrameWidth=070,Oben=0",
@@ -247,14 +255,16 @@ const Contract kContracts[] = {
     {.className = "COffsetFilter",
      .pull = Pull::PassesOn,
      .text = "OffsetX=7, OffsetY=-12",
-     .newObjectIsDirty = false},
+     .newObjectIsDirty = false,
+     .needsOnePull = true},
     {.className = "CRedEyeFilter",
      .text = "N=2, X1=0.4, Y1=0.7, E1=20, X2=1, Y2=0.1, F2=-50",
      .newObjectIsDirty = false,
      .pulls = 2,
      .neverDirty = true,
      .absentKeysGetDefaults = true,
-     .pixelsOfItsOwn = true},
+     .pixelsOfItsOwn = true,
+     .needsOnePull = true},
     {.className = "CTextFilter",
      .text = "Size=600,Red=10,Angle=200,Outline=60,Opacity=70,Text=Ab%0Ac",
      .abortMarksChange = true,
@@ -370,6 +380,39 @@ TEST_P(FilterContract, PartsEqualTheWhole) {
       }
       if (contract.measuresRequest) break;
       ASSERT_EQ(Difference(whole, rows.Whole()), "") << "bands of " << band;
+    }
+  }
+}
+
+// From the top down, each band with as many rows more above and below as the filter says.
+TEST_P(FilterContract, BandsWithTheirReachEqualTheWhole) {
+  for (const Masks masks : {Masks::Opaque, Masks::Noise}) {
+    Test test(*this, Noise(37, 90, masks, 3));
+    int reach = -1;
+    bool readsAll = false;
+    ASSERT_EQ(test.Tail().GetRowReach(&reach, &readsAll), contract.needsOnePull ? 1 : S_OK);
+    if (contract.needsOnePull) return;
+    EXPECT_EQ(readsAll, contract.pull == Pull::WholePicture);
+    const Picture whole = test.PullWhole();
+    test.source->requests.clear();
+    const int w = test.Width();
+    const int h = test.Height();
+    for (const int band : {1, 16}) {
+      for (int end = h; end > 0; end -= band) {
+        const int first = std::max(0, end - band);
+        const int low = std::max(0, first - reach);
+        const int high = std::min(h, end + reach);
+        GuardedRows rows(w, high - low);
+        ASSERT_EQ(test.Rig::Pull(rows, {0, 0, 0, low, w, high - low}), S_OK);
+        ASSERT_EQ(Difference(PartOf(whole, {0, 0, 0, first, w, end - first}),
+                             rows.Part(0, first - low, w, end - first)),
+                  "")
+            << first << " to " << end << " reaching " << reach;
+      }
+      for (const RowRequest& asked : test.source->requests) {
+        EXPECT_LE(asked.height, band + 2 * reach) << "more than was told";
+      }
+      test.source->requests.clear();
     }
   }
 }

@@ -24,6 +24,7 @@ class CGradCurvesFilter final : public ParameterFilter<RectangleFilter, GradCurv
   HRESULT STDMETHODCALLTYPE ReadSample(BYTE* pixels, int most, int* count) override;
 
  private:
+  std::optional<RowReach> Reach() override { return RowReach(); }
   bool ChangeRectangle(const PullRectangle& rectangle) override;
 
   PictureSample sample;

@@ -48,6 +48,8 @@ class CTonwertFilter final : public ParameterFilter<WholePictureFilter, TonwertP
   std::string PrintMeasured() const;
   bool Rebuild() override;
   bool Count();
+  // What it measures is shared out by the size of the request.
+  std::optional<RowReach> Reach() override { return std::nullopt; }
   void PrepareCopy(const PullRectangle& request) override;
   void FindLimits(const PullRectangle& request);
   kernels::Limits LimitsOf(const MeasuredLimits& measured) const;

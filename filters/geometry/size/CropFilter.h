@@ -27,6 +27,7 @@ class CCropFilter final : public ParameterFilter<CPdibFilter, CropParameters> {
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
 
  private:
+  std::optional<RowReach> Reach() override { return RowReach(); }
   void ReadText(const char* text) override;
   void PrintText(const CropParameters& parameters, char* buffer, int size) override;
   void LockToRatio(CropRecord& crop) const;
