@@ -177,6 +177,7 @@ typedef struct IAnimHostOptional IAnimHostOptional;
 typedef struct IAnimHostPage IAnimHostPage;
 typedef struct IAnimHostMessages IAnimHostMessages;
 typedef struct IAnimHostDrag IAnimHostDrag;
+typedef struct IAnimRowReach IAnimRowReach;
 typedef struct AnimMessage {
   int32_t page, number;
   intptr_t first, second;
@@ -604,6 +605,27 @@ typedef struct IAnimHostDragVtbl {
 } IAnimHostDragVtbl;
 struct IAnimHostDrag {
   const IAnimHostDragVtbl* lpVtbl;
+};
+
+/* The optional fifth interface of a filter. A chain in which all filters have it and answer 0 can
+ * be pulled band by band, so that neither the host nor the source needs room for the whole picture.
+ * A filter without it, such as one of another module, is pulled whole. */
+static const GUID IID_IAnimRowReach = {0xA74997EB, 0xD681, 0x43D3, {0xA1, 0xFD, 0x9B, 0x6A, 0x8E, 0x4B, 0xD5, 0x72}};
+typedef struct IAnimRowReachVtbl {
+  FXBOX_UNKNOWN_SLOTS(IAnimRowReach)
+  /* How many rows above and below a row of the result must be asked for with it, as far as the
+   * picture has them, so that it has the same bytes as in a pull of all rows. Of what the last
+   * Prepare has made active. Holds for pulls into row 0 and column 0 of the caller's rows that are
+   * as wide as the one pull would be.
+   *
+   * 0 with a number from 0 up; 1, and no number, when the result depends on the rectangle that is
+   * asked for, so that only one pull will do. *readsAll is set when the filter asks its source for
+   * all of its picture at once and keeps it, whatever is asked for; otherwise it asks for the rows
+   * that it is asked for, moved where its picture has another size. */
+  HRESULT(FXBOX_CALL* GetRowReach)(IAnimRowReach* self, int* rows, bool* readsAll);
+} IAnimRowReachVtbl;
+struct IAnimRowReach {
+  const IAnimRowReachVtbl* lpVtbl;
 };
 /* clang-format on */
 /* --- end of the interfaces */

@@ -10,7 +10,7 @@ import sys
 
 TREE = pathlib.Path(__file__).resolve().parent.parent
 HEADERS = ["core/AnimInterfaces.h", "core/AnimChain.h", "core/AnimIcon.h", "core/AnimDialog.h",
-           "core/AnimHost.h"]
+           "core/AnimHost.h", "core/AnimRowReach.h"]
 C_HEADER = TREE / "component/fxbox.h"
 IDL = TREE / "component/windows/Fxbox4.idl"
 BEGIN = "/* --- interfaces: made by scripts/interfaces.py */\n"
