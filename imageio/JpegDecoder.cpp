@@ -13,6 +13,7 @@
 #include "base/Rows.h"
 #include "imageio/Decoder.h"
 #include "imageio/Exif.h"
+#include "imageio/ExtendedXmp.h"
 #include "imageio/Iptc.h"
 
 namespace imageio {
@@ -90,6 +91,7 @@ class JpegStream {
     jpeg.scale_num = static_cast<unsigned>(eighths);
     jpeg.scale_denom = 8;
   }
+  std::vector<std::vector<std::uint8_t>> MarkersOf(int kind, std::string_view name) const;
   std::vector<std::uint8_t> DataOf(int kind, std::string_view name, bool all) const;
   Resolution ReadResolution() const;
   bool ReadScans(RowSink& sink, const WorkLimit& limit);
@@ -152,16 +154,26 @@ void JpegStream::OnMessage(j_common_ptr jpeg, int level) {
   }
 }
 
-// The data of all markers of this kind and name, or of the first alone.
-std::vector<std::uint8_t> JpegStream::DataOf(int kind, std::string_view name, bool all) const {
-  std::vector<std::uint8_t> found;
+// The data of each marker of this kind and name.
+std::vector<std::vector<std::uint8_t>> JpegStream::MarkersOf(int kind,
+                                                             std::string_view name) const {
+  std::vector<std::vector<std::uint8_t>> found;
   for (auto* marker = jpeg.marker_list; marker != nullptr; marker = marker->next) {
     const JOCTET* data = marker->data;
     if (marker->marker != kind || marker->data_length <= name.size() ||
         std::memcmp(data, name.data(), name.size()) != 0) {
       continue;
     }
-    found.insert(found.end(), data + name.size(), data + marker->data_length);
+    found.emplace_back(data + name.size(), data + marker->data_length);
+  }
+  return found;
+}
+
+// The same of all of them together, or of the first alone.
+std::vector<std::uint8_t> JpegStream::DataOf(int kind, std::string_view name, bool all) const {
+  std::vector<std::uint8_t> found;
+  for (const auto& marker : MarkersOf(kind, name)) {
+    found.insert(found.end(), marker.begin(), marker.end());
     if (!all) break;
   }
   return found;
@@ -181,7 +193,8 @@ Metadata JpegStream::ReadMetadata() {
   const auto whole = [](const auto& name) { return std::string_view(name, sizeof name); };
   Metadata metadata;
   metadata.exif = DataOf(kExifMarker, whole(kExifName), false);
-  metadata.xmp = DataOf(kExifMarker, whole(kXmpName), false);
+  metadata.xmp = JoinXmp(DataOf(kExifMarker, whole(kXmpName), false),
+                         MarkersOf(kExifMarker, whole(kXmpExtensionName)));
   metadata.iptc = IptcOfResources(DataOf(kResourceMarker, whole(kPhotoshopName), true));
   metadata.resolution = ReadResolution();
   JOCTET* profile = nullptr;

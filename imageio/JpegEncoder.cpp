@@ -6,6 +6,7 @@
 
 #include "base/Rows.h"
 #include "imageio/Encoder.h"
+#include "imageio/ExtendedXmp.h"
 #include "imageio/Iptc.h"
 #include "imageio/JpegErrors.h"
 
@@ -47,7 +48,11 @@ class JpegWriter {
   void WriteHead(const Picture& picture, const WriteOptions& options) {
     const Metadata& metadata = options.metadata;
     const std::vector<BYTE> exif = Marker(kExifName, metadata.exif);
-    const std::vector<BYTE> xmp = Marker(kXmpName, metadata.xmp);
+    const bool isLong = metadata.xmp.size() > kLongestMarker - sizeof kXmpName;
+    const SplitXmp split = isLong ? SplitLongXmp(metadata.xmp) : SplitXmp{metadata.xmp, {}};
+    const std::vector<BYTE> xmp = Marker(kXmpName, split.main);
+    std::vector<std::vector<BYTE>> rest;
+    for (const auto& data : split.markers) rest.push_back(Marker(kXmpExtensionName, data));
     const std::vector<BYTE> iptc = Marker(
         kPhotoshopName, metadata.iptc.empty() ? metadata.iptc : ResourcesOfIptc(metadata.iptc));
     const std::vector<BYTE>& profile = metadata.profile;
@@ -57,6 +62,7 @@ class JpegWriter {
       jpeg_start_compress(&jpeg, TRUE);
       WriteMarker(kExifMarker, exif);
       WriteMarker(kExifMarker, xmp);
+      for (const std::vector<BYTE>& marker : rest) WriteMarker(kExifMarker, marker);
       WriteMarker(kResourceMarker, iptc);
       if (!profile.empty() && profile.size() <= kLongestProfile) {
         jpeg_write_icc_profile(&jpeg, profile.data(), static_cast<unsigned>(profile.size()));

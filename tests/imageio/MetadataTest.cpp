@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "imageio/ExtendedXmp.h"
+#include "imageio/Md5.h"
 #include "tests/imageio/ExifMaker.h"
 #include "tests/imageio/TestPicture.h"
 
@@ -79,6 +81,49 @@ TEST(Metadata, TextsAndResolutionTravel) {
   }
   EXPECT_DOUBLE_EQ(Travelled(Format::Bmp, metadata).resolution.y, 150);
   EXPECT_EQ(Travelled(Format::Jpeg, {}).resolution.x, 0);
+}
+
+std::string Packet(const std::string& descriptions) {
+  return "<x:xmpmeta><rdf:RDF xmlns:rdf=\"r\">" + descriptions + "</rdf:RDF></x:xmpmeta>";
+}
+
+// What no marker of a JPEG file can hold is spread over several.
+TEST(Metadata, LongXmpTravels) {
+  Metadata metadata;
+  std::string text = "<rdf:Description tiff:ImageWidth=\"7\">";
+  for (int i = 0; text.size() < 200000; ++i) text += std::to_string(i);
+  text += "</rdf:Description>";
+  metadata.xmp = test::BytesOf(Packet(text));
+  for (int round = 0; round < 2; ++round) {
+    metadata = Travelled(Format::Jpeg, metadata);
+    const std::string joined(metadata.xmp.begin(), metadata.xmp.end());
+    EXPECT_NE(joined.find(text), joined.npos) << round;
+    EXPECT_EQ(joined.find("HasExtendedXMP"), joined.npos) << round;
+  }
+}
+
+TEST(Metadata, PartsOfXmpThatDoNotFitAreLeftOut) {
+  EXPECT_EQ(imageio::Md5(test::BytesOf("")), "D41D8CD98F00B204E9800998ECF8427E");
+  EXPECT_EQ(imageio::Md5(test::BytesOf("message digest")), "F96B697D7CB7938D525A2F31AAF161D0");
+  const std::string rest = Packet("<rdf:Description b=\"2\"/>");
+  const std::string digest = imageio::Md5(test::BytesOf(rest));
+  const auto number = [](std::size_t value) { return std::string("\0\0\0", 3) + char(value); };
+  const auto part = [&](std::size_t at, std::size_t count) {
+    return test::BytesOf(digest + number(rest.size()) + number(at) + rest.substr(at, count));
+  };
+  const auto note = "<rdf:Description a=\"1\" xmpNote:HasExtendedXMP=\"" + digest + "\"/>";
+  const Bytes main = test::BytesOf(Packet(note));
+  const Bytes whole =
+      test::BytesOf(Packet("<rdf:Description a=\"1\" /><rdf:Description b=\"2\"/>"));
+  const std::vector<Bytes> parts = {part(20, 100), part(0, 20)};
+  EXPECT_EQ(imageio::JoinXmp(main, parts), whole);
+  EXPECT_EQ(imageio::JoinXmp(main, std::span(parts).first(1)), main);
+  EXPECT_EQ(imageio::JoinXmp(main, std::vector<Bytes>{part(0, 20), part(19, 100)}), main);
+  EXPECT_EQ(imageio::JoinXmp(main, std::vector<Bytes>{part(0, 20), part(20, 5)}), main);
+  EXPECT_EQ(imageio::JoinXmp(whole, parts), whole);
+  EXPECT_EQ(imageio::JoinXmp(main, std::vector<Bytes>{test::BytesOf(digest)}), main);
+  EXPECT_EQ(imageio::JoinXmp(test::BytesOf("xmpNote:HasExtendedXMP=\"12"), parts),
+            test::BytesOf("xmpNote:HasExtendedXMP=\"12"));
 }
 
 // Rows that stand upright and have another size are told so wherever the data say it.

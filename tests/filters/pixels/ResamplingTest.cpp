@@ -180,6 +180,12 @@ TEST(Resampling, FlatStaysFlatAndNarrowIsRefused) {
       abort = true;
       EXPECT_FALSE(run());
       abort = false;
+      // A transparent corner brings the mask into play, and changes nothing in the middle.
+      from.MaskRows()[0][0] = 255;
+      EXPECT_TRUE(run());
+      if (toW < 5) continue;
+      EXPECT_EQ(to.MaskRows()[toH / 2][toW / 2], 0);
+      EXPECT_EQ(to.ColourRows()[toH / 2][3 * (toW / 2)], level);
     }
   }
 }
