@@ -121,6 +121,7 @@ class LetteringFilter : public ParameterFilter<RectangleFilter, P> {
   }
 
   bool NeedsMask() const override { return true; }
+  std::optional<FilterObject::RowReach> Reach() override { return FilterObject::RowReach(); }
   bool ChangeRectangle(const PullRectangle& rectangle) override {
     const auto laid = published.Get();
     if (!laid || !laid->overlay || !rectangle.maskRows) return true;
