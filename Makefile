@@ -64,6 +64,12 @@ docs: ## write docs/filters.md, docs/glossary.md and the sample pictures in docs
 	@scripts/build.sh linux fxbox
 	@scripts/docs.sh
 
+screens: ## write docs/dialogs.md with a picture of every dialog on both systems
+	@scripts/setup.sh native tests windows tools
+	@scripts/build.sh linux dialogs_on_screen fxbox_gtk
+	@scripts/build.sh windows dialogs_on_screen
+	@scripts/screens.sh
+
 format: ## format all sources
 	@scripts/setup.sh tools
 	@clang-format -i $(sources)

@@ -50,7 +50,7 @@ constexpr PanelRow ViewRow(std::array<const char*, 4> keys) {
   PanelRow row;
   row.control = RowControl::Canvas;
   row.keys = keys;
-  row.canvas = {300, 220};
+  row.canvas = {300, 190};
   return row;
 }
 

@@ -5,7 +5,7 @@
 #            pictures, other readers of compound files
 #   soak     what only the long runs need
 #   windows  cross compiler, Wine, the picture libraries for Windows and the Wine prefix
-#   tools    formatter and checker of sources, renderer of icons
+#   tools    formatter and checker of sources, renderer of icons, converter of pictures
 #   arm64    cross compiler for 64-bit ARM
 #   peers    the libraries that the filters are compared with
 #   all      native, tests and windows (the default)
@@ -26,7 +26,7 @@ windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   cmake ninja-build googletest libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpng-dev libtiff-dev
   libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
   clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xdotool)
-tools=(clang-format clang-tidy librsvg2-bin)
+tools=(clang-format clang-tidy librsvg2-bin imagemagick)
 arm64=(g++-aarch64-linux-gnu)
 peers=(libopencv-core-dev libopencv-imgproc-dev libvips-dev)
 

@@ -36,4 +36,13 @@ struct Colour {
   bool operator==(const Colour&) const = default;
 };
 
+// `share` (0 to 1) of the second colour in the first one.
+inline Colour MixedColour(Colour first, Colour second, double share) {
+  const auto mixed = [share](int from, int to) {
+    return static_cast<std::uint8_t>(from + (to - from) * share + 0.5);
+  };
+  return {mixed(first.red, second.red), mixed(first.green, second.green),
+          mixed(first.blue, second.blue)};
+}
+
 }  // namespace toolkit

@@ -3,8 +3,9 @@
  *   dialogs_window_host LIBRARY             opens, shows and closes the dialog of every class
  *   dialogs_window_host LIBRARY PROGID      opens one and tells what happens, until it is closed
  *
- * Lines: "ready", "text TEXT" and "pixel B G R" at the end of each change, when the picture was
- * pulled anew, "closed". The exit status is 0 when everything came out as it should. */
+ * Lines: "slider X Y WIDTH HEIGHT", its place on the screen, where the system tells it; "ready";
+ * "text TEXT" and "pixel B G R" at the end of each change, when the picture was pulled anew;
+ * "closed". The last line is "well", and the exit status 0, when all came out as it should. */
 #include <stdint.h>
 #include <stdio.h>
 #include <string.h>
@@ -24,6 +25,20 @@ static void* Find(void* library, const char* name) {
 static void Sleep10(void) {
   Sleep(10);
 }
+static BOOL CALLBACK TellSlider(HWND child, LPARAM unused) {
+  char name[40] = "";
+  RECT place;
+  (void)unused;
+  GetClassNameA(child, name, sizeof name);
+  if (strcmp(name, "msctls_trackbar32") != 0) return TRUE;
+  GetWindowRect(child, &place);
+  printf("slider %ld %ld %ld %ld\n", (long)place.left, (long)place.top,
+         (long)(place.right - place.left), (long)(place.bottom - place.top));
+  return FALSE;
+}
+static void TellPlaces(void* window) {
+  EnumChildWindows((HWND)window, TellSlider, 0);
+}
 #else
 #include <dlfcn.h>
 #include <time.h>
@@ -33,6 +48,9 @@ static void* Load(const char* name) {
 }
 static void* Find(void* library, const char* name) {
   return dlsym(library, name);
+}
+static void TellPlaces(void* window) {
+  (void)window;
 }
 static void Sleep10(void) {
   const struct timespec pause = {0, 10000000};
@@ -75,6 +93,7 @@ typedef Status(CALL* PlainCall)(void*);
 typedef Status(CALL* PrepareCall)(void*, uint8_t*, int*, int);
 typedef Status(CALL* RowsCall)(void*, int, int, int, int, int, int, uint8_t**, uint8_t**);
 typedef Status(CALL* PumpCall)(int);
+typedef Status(CALL* WindowCall)(void*, void**);
 
 static void Release(void* object) {
   if (object) SLOT(object, 2, CountCall)(object);
@@ -190,7 +209,10 @@ static int RunDialog(void* creator, const char* progId, PumpCall pump, int stays
   }
   SLOT(dialog, 11, PlainCall)(dialog);
   if (stays) {
+    void* window = 0;
     for (turns = 0; turns < 5; ++turns, Sleep10()) pump(0);
+    SLOT(dialog, 15, WindowCall)(dialog, &window);
+    TellPlaces(window);
     printf("ready\n");
     fflush(stdout);
     while (!run.isClosed && pump(1) == 0) {
@@ -242,5 +264,6 @@ int main(int argc, char** argv) {
   PumpCall pump = (PumpCall)Find(library, "FxboxPumpEvents");
   status = argc > 2 ? RunDialog(creator, argv[2], pump, 1) : RunAll(creator, pump);
   Release(creator);
+  printf("%s\n", status ? "wrong" : "well");
   return status;
 }

@@ -139,8 +139,8 @@ class FakeWindow final : public NativeWindow {
   Point position;
 };
 
-// One thread, but for Post.
-class FakeBackend final : public Backend {
+// One thread, but for Post. Derive to measure in another way.
+class FakeBackend : public Backend {
  public:
   // Windows in the order of their making; null for those that are gone.
   FakeWindow* Window(std::size_t index) const;

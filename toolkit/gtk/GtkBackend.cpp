@@ -92,7 +92,7 @@ Size GtkBackend::Measure(ControlKind kind, const std::string& text) {
   ControlSpec spec;
   spec.kind = kind;
   spec.text = text;
-  const auto control = MakeGtkControl(1, spec, nullptr, none);
+  auto control = MakeGtkControl(1, spec, nullptr, none);
   GtkWidget* const widget = GTK_WIDGET(g_object_ref_sink(control->Widget()));
   if (kind == ControlKind::ComboBox || kind == ControlKind::List) control->SetItems({text});
   if (kind == ControlKind::Edit) {
@@ -101,6 +101,7 @@ Size GtkBackend::Measure(ControlKind kind, const std::string& text) {
   }
   GtkRequisition natural;
   gtk_widget_get_preferred_size(widget, nullptr, &natural);
+  control.reset();  // which still knows the widget
   g_object_unref(widget);
   Size least = {0, 0};
   if (kind == ControlKind::Slider) least = {Scaled(160), Scaled(24)};
@@ -122,6 +123,11 @@ Look GtkBackend::CurrentLook() {
   look.line = NamedColour(style, "borders", {205, 199, 194});
   look.accent = NamedColour(style, "theme_selected_bg_color", {53, 132, 228});
   look.isDark = Luma(look.window) < Luma(look.text);
+  if (look.isDark) {
+    // Dark themes have them for large areas; on a canvas they are lines.
+    look.line = MixedColour(look.field, look.text, 0.4);
+    look.accent = MixedColour(look.accent, look.text, 0.4);
+  }
   g_object_unref(probe);
   return look;
 }

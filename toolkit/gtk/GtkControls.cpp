@@ -270,7 +270,9 @@ class ColourControl final : public GtkControl {
  private:
   static void Draw(GtkDrawingArea* area, cairo_t* cairo, int width, int height, gpointer data) {
     CairoPainter painter(GTK_WIDGET(area), cairo, {width, height});
-    painter.FillRect({0, 0, width, height}, static_cast<ColourControl*>(data)->colour);
+    const Colour colour = static_cast<ColourControl*>(data)->colour;
+    painter.FillRect({0, 0, width, height}, MixedColour(colour, {128, 128, 128}, 0.5));
+    painter.FillRect({1, 1, width - 2, height - 2}, colour);
   }
   static void Clicked(GtkButton*, gpointer data) {
     static_cast<ColourControl*>(data)->TellValue(0);

@@ -1,13 +1,18 @@
 #include "toolkit/windows/Controls.h"
 
+#include <uxtheme.h>
+#include <vssym32.h>
 #include <windowsx.h>
 
 #include "toolkit/ZNControls.h"
+#include "toolkit/windows/DarkControls.h"
 #include "toolkit/windows/GdiPainter.h"
 #include "toolkit/windows/WideText.h"
 
 namespace toolkit {
 namespace {
+
+constexpr UINT kWithFrame = RDW_INVALIDATE | RDW_FRAME;
 
 bool IsDown(int key) {
   return GetKeyState(key) < 0;
@@ -62,23 +67,15 @@ class ButtonControl final : public WindowsControl {
     events.OnValue(Id(), value);
   }
 
-  // The system has no dark buttons: in a dark theme they are drawn here.
   LRESULT CustomDraw(NMCUSTOMDRAW& draw) override {
-    const bool isBox = Kind() == ControlKind::CheckBox || Kind() == ControlKind::RadioButton;
-    if (!system.Colours().isDark || isBox || draw.dwDrawStage != CDDS_PREPAINT) {
-      return CDRF_DODEFAULT;
+    if (!system.Colours().isDark || draw.dwDrawStage != CDDS_PREPAINT) return CDRF_DODEFAULT;
+    const bool isOn = Button_GetCheck(Handle()) == BST_CHECKED;
+    const bool isRound = Kind() == ControlKind::RadioButton;
+    if (isRound || Kind() == ControlKind::CheckBox) {
+      DrawDarkBox(system, draw, WideOf(TextOf(Handle())), isRound, isOn);
+    } else {
+      DrawDarkButton(system, draw, WideOf(TextOf(Handle())), isOn);
     }
-    const bool isPressed = (draw.uItemState & CDIS_SELECTED) || Button_GetCheck(Handle());
-    const Look& look = system.Colours();
-    FillWith(draw.hdc, draw.rc, look.line);
-    RECT inner = draw.rc;
-    InflateRect(&inner, -1, -1);
-    FillWith(draw.hdc, inner, isPressed ? look.accent : look.field);
-    SetBkMode(draw.hdc, TRANSPARENT);
-    SetTextColor(draw.hdc, RefOf(draw.uItemState & CDIS_DISABLED ? look.line : look.text));
-    DrawTextW(draw.hdc, WideOf(TextOf(Handle())).c_str(), -1, &inner,
-              DT_CENTER | DT_VCENTER | DT_SINGLELINE);
-    if (draw.uItemState & CDIS_FOCUS) DrawFocusRect(draw.hdc, &inner);
     return CDRF_SKIPDEFAULT;
   }
 };
@@ -98,15 +95,31 @@ class ColourControl final : public WindowsControl {
   void HandleCommand(int code) override {
     if (code == BN_CLICKED) events.OnValue(Id(), 0);
   }
+  // A button of the system's look around the colour.
   void Draw(const DRAWITEMSTRUCT& item) override {
     RECT place = item.rcItem;
-    FillWith(item.hDC, place, system.Colours().window);
-    DrawFrameControl(item.hDC, &place, DFC_BUTTON,
-                     DFCS_BUTTONPUSH | (item.itemState & ODS_SELECTED ? DFCS_PUSHED : 0u));
+    const Look& look = system.Colours();
+    const bool isOff = (item.itemState & ODS_DISABLED) != 0;
+    FillWith(item.hDC, place, look.window);
+    HTHEME theme = look.isDark ? nullptr : OpenThemeData(Handle(), L"BUTTON");
+    if (theme) {
+      const int state = isOff                           ? PBS_DISABLED
+                        : item.itemState & ODS_SELECTED ? PBS_PRESSED
+                                                        : PBS_NORMAL;
+      DrawThemeBackground(theme, item.hDC, BP_PUSHBUTTON, state, &place, nullptr);
+      CloseThemeData(theme);
+    } else {
+      FillWith(item.hDC, place, item.itemState & ODS_FOCUS ? look.accent : look.line);
+      InflateRect(&place, -1, -1);
+      FillWith(item.hDC, place, look.field);
+    }
     InflateRect(&place, -system.Scaled(5), -system.Scaled(5));
-    FillWith(item.hDC, place, item.itemState & ODS_DISABLED ? system.Colours().line : colour);
-    InflateRect(&place, 2, 2);
-    if (item.itemState & ODS_FOCUS) DrawFocusRect(item.hDC, &place);
+    FillWith(item.hDC, place, look.line);
+    InflateRect(&place, -1, -1);
+    FillWith(item.hDC, place, isOff ? look.line : colour);
+    InflateRect(&place, 3, 3);
+    const bool showsFocus = (item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT);
+    if (showsFocus) DrawFocusRect(item.hDC, &place);
   }
 
  private:
@@ -238,6 +251,10 @@ class EditControl final : public WindowsControl {
   }
 
  private:
+  bool HandleMessage(UINT message, WPARAM wide, LPARAM more, LRESULT& result) override {
+    return PaintsDarkFrame(message, wide, more, result);
+  }
+
   bool isQuiet = false;
 };
 
@@ -265,6 +282,25 @@ class ChoiceControl final : public WindowsControl {
   void HandleCommand(int code) override {
     if (code == CBN_SELCHANGE) events.OnValue(Id(), ComboBox_GetCurSel(Handle()));
   }
+
+ private:
+  // The system also draws the choice in between; what it drew is drawn over again.
+  bool HandleMessage(UINT message, WPARAM, LPARAM, LRESULT& result) override {
+    if (!system.Colours().isDark) return false;
+    if (message == WM_PAINT) {
+      PAINTSTRUCT paint;
+      HDC device = BeginPaint(Handle(), &paint);
+      DrawDarkCombo(system, Handle(), device, WideOf(TextOf(Handle())));
+      EndPaint(Handle(), &paint);
+      result = 0;
+      return true;
+    }
+    const bool isDrawn = message == CB_SETCURSEL || message == WM_ENABLE ||
+                         message == WM_MOUSELEAVE || message == WM_LBUTTONUP ||
+                         message == WM_COMMAND || message == WM_KEYDOWN;
+    if (isDrawn) InvalidateRect(Handle(), nullptr, FALSE);
+    return false;
+  }
 };
 
 class ListControl final : public WindowsControl {
@@ -285,6 +321,11 @@ class ListControl final : public WindowsControl {
   void SetValue(int value) override { ListBox_SetCurSel(Handle(), value); }
   void HandleCommand(int code) override {
     if (code == LBN_SELCHANGE) events.OnValue(Id(), ListBox_GetCurSel(Handle()));
+  }
+
+ private:
+  bool HandleMessage(UINT message, WPARAM wide, LPARAM more, LRESULT& result) override {
+    return PaintsDarkFrame(message, wide, more, result);
   }
 };
 
@@ -525,6 +566,13 @@ void WindowsControl::SetFont() {
   SendMessageW(handle, WM_SETFONT, reinterpret_cast<WPARAM>(system.Font()), TRUE);
 }
 
+bool WindowsControl::PaintsDarkFrame(UINT message, WPARAM wide, LPARAM more, LRESULT& result) {
+  if (message != WM_NCPAINT || !system.Colours().isDark) return false;
+  result = DefSubclassProc(handle, message, wide, more);
+  DrawDarkFrame(system, handle);
+  return true;
+}
+
 bool WindowsControl::HandleMessage(UINT, WPARAM, LPARAM, LRESULT&) {
   return false;
 }
@@ -538,6 +586,7 @@ LRESULT CALLBACK WindowsControl::Procedure(HWND window, UINT message, WPARAM wid
     case WM_SETFOCUS:
     case WM_KILLFOCUS:
       result = DefSubclassProc(window, message, wide, more);
+      if (self->system.Colours().isDark) RedrawWindow(window, nullptr, nullptr, kWithFrame);
       self->events.OnFocus(self->id, message == WM_SETFOCUS);
       return result;
     case WM_MOUSEWHEEL:

@@ -50,6 +50,8 @@ class WindowsControl {
                  WindowsSystem& windowsSystem);
   // Makes the child window; every constructor ends with it.
   void Create(HWND parent, const wchar_t* windowClass, DWORD style, DWORD extended = 0);
+  // Paints the frame in a dark theme; for HandleMessage of what has one.
+  bool PaintsDarkFrame(UINT message, WPARAM wide, LPARAM more, LRESULT& result);
   // Messages that a control has to itself; true when `result` is the answer.
   virtual bool HandleMessage(UINT message, WPARAM wide, LPARAM more, LRESULT& result);
 

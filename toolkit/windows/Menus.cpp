@@ -1,6 +1,7 @@
 #include "toolkit/windows/Menus.h"
 
 #include "toolkit/Shortcut.h"
+#include "toolkit/windows/DarkControls.h"
 #include "toolkit/windows/WideText.h"
 
 namespace toolkit {
@@ -27,21 +28,6 @@ SIZE MeasuredText(const WindowsSystem& system, const std::wstring& text) {
   SelectObject(screen, before);
   ReleaseDC(nullptr, screen);
   return {place.right, place.bottom};
-}
-
-void DrawStroke(HDC device, const POINT* corners, int count, int thickness, Colour colour) {
-  HPEN pen = CreatePen(PS_SOLID, thickness, RefOf(colour));
-  HGDIOBJ before = SelectObject(device, pen);
-  Polyline(device, corners, count);
-  SelectObject(device, before);
-  DeleteObject(pen);
-}
-
-void DrawCheck(const WindowsSystem& system, HDC device, const RECT& place, Colour colour) {
-  const int x = place.left + system.Scaled(9), y = (place.top + place.bottom) / 2;
-  const int unit = system.Scaled(3);
-  const POINT corners[] = {{x, y}, {x + unit, y + unit}, {x + 3 * unit, y - unit}};
-  DrawStroke(device, corners, 3, system.Scaled(2), colour);
 }
 
 void DrawArrow(const WindowsSystem& system, HDC device, const RECT& place, Colour colour) {
@@ -147,7 +133,8 @@ void WindowsMenu::Draw(const WindowsSystem& system, const DRAWITEMSTRUCT& item) 
   } else if (entry.isInBar) {
     DrawTextW(item.hDC, entry.text.c_str(), -1, &place, how | DT_CENTER);
   } else {
-    if (item.itemState & ODS_CHECKED) DrawCheck(system, item.hDC, place, colour);
+    const POINT mark = {place.left + system.Scaled(9), (place.top + place.bottom) / 2};
+    if (item.itemState & ODS_CHECKED) DrawCheck(system, item.hDC, mark, colour);
     if (entry.opensMenu) DrawArrow(system, item.hDC, place, colour);
     place.left += system.Scaled(kMarkWidth);
     place.right -= system.Scaled(kArrowWidth);

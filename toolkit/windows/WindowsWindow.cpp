@@ -81,6 +81,8 @@ WindowsWindow::WindowsWindow(const WindowSpec& spec, WindowEvents& receiver,
   if (!window) return;
   ++system.counts.windows;
   ShowDarkFrame(window, system.Colours().isDark);
+  // Marks of focus and mnemonics are shown once the keyboard is used, as the person has set it.
+  SendMessageW(window, WM_CHANGEUISTATE, MAKEWPARAM(UIS_INITIALIZE, 0), 0);
 }
 
 WindowsWindow::~WindowsWindow() {
@@ -330,6 +332,12 @@ LRESULT WindowsWindow::HandleWindow(HWND handle, UINT message, WPARAM wide, LPAR
     case WM_MOVE:
       events.OnMoved();
       return 0;
+    case WM_NCPAINT:
+    case WM_NCACTIVATE: {
+      const LRESULT result = DefWindowProcW(handle, message, wide, more);
+      if (bar && system.Colours().isDark) FillMenuBar();
+      return result;
+    }
     case WM_SYSCOLORCHANGE:
     case WM_THEMECHANGED:
     case WM_SETTINGCHANGE:
@@ -340,6 +348,26 @@ LRESULT WindowsWindow::HandleWindow(HWND handle, UINT message, WPARAM wide, LPAR
       break;
   }
   return DefWindowProcW(handle, message, wide, more);
+}
+
+// The system leaves the bar behind the last menu, and the line below it, as in a light theme.
+void WindowsWindow::FillMenuBar() {
+  MENUBARINFO info = {};
+  info.cbSize = sizeof info;
+  RECT frame;
+  if (!GetMenuBarInfo(window, OBJID_MENU, 0, &info) || !GetWindowRect(window, &frame)) return;
+  RECT last = info.rcBar;
+  last.right = last.left;
+  GetMenuItemRect(window, bar->Handle(), static_cast<UINT>(GetMenuItemCount(bar->Handle())) - 1,
+                  &last);
+  RECT rest = {last.right, info.rcBar.top, info.rcBar.right, info.rcBar.bottom};
+  RECT line = {info.rcBar.left, info.rcBar.bottom, info.rcBar.right, info.rcBar.bottom + 1};
+  HDC device = GetWindowDC(window);
+  for (RECT* place : {&rest, &line}) {
+    OffsetRect(place, -frame.left, -frame.top);
+    FillRect(device, place, system.WindowBrush());
+  }
+  ReleaseDC(window, device);
 }
 
 // A window that comes back has the focus where it was.

@@ -65,6 +65,7 @@ class WindowsWindow : public ControlWindow<WindowsControl> {
   bool RestoreFocus(WPARAM activation);
   void ShowLook();
   void ShowMenuBar();
+  void FillMenuBar();
   WindowsControl* ByHandle(HWND handle) const;
   bool TellShortcut(const MSG& message);
   bool TellKey(const MSG& message);

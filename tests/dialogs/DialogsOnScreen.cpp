@@ -1,0 +1,270 @@
+// The dialogs of all classes in real windows, over filters with a picture:
+//
+//   dialogs_on_screen pictures FOLDER [dark]   a picture of each, FOLDER/<class name>.png
+//   dialogs_on_screen list                     class name, ProgID, what the filter does, a line each
+//   dialogs_on_screen check                    sizes and texts by the system's measure, and times
+//   dialogs_on_screen repeat TIMES             opens and closes them; memory and counters stay flat
+//
+// The exit status is 0 when all is well.
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <thread>
+
+#include "core/AnimDialog.h"
+#include "core/AnimHost.h"
+#include "core/AnimIcon.h"
+#include "core/AnimInterfaces.h"
+#include "dialogs/DialogClass.h"
+#include "dialogs/Dialogs.h"
+#include "filters/FilterClasses.h"
+#include "platform/component/SystemInterfaces.h"
+#include "tests/dialogs/CDialogHost.h"
+#include "tests/dialogs/LayoutCheck.h"
+#include "tests/dialogs/ProcessUse.h"
+#include "tests/support/TestFilters.h"
+#include "toolkit/ZNTheme.h"
+
+namespace {
+
+using platform::ComPtr;
+using toolkit::Backend;
+using Clock = std::chrono::steady_clock;
+
+// The system's windows, in English, of which the last one is known.
+class ObservedBackend final : public Backend {
+ public:
+  explicit ObservedBackend(Backend& system) : real(system) {}
+  toolkit::NativeWindow* last = nullptr;
+
+  std::unique_ptr<toolkit::NativeWindow> NewWindow(const toolkit::WindowSpec& spec,
+                                                   toolkit::WindowEvents& events) override {
+    auto window = real.NewWindow(spec, events);
+    last = window.get();
+    return window;
+  }
+  toolkit::Size PreferredSize(toolkit::ControlKind kind, const std::string& text) override {
+    return real.PreferredSize(kind, text);
+  }
+  int Scaled(int units) override { return real.Scaled(units); }
+  toolkit::Look CurrentLook() override { return real.CurrentLook(); }
+  void SetTheme(toolkit::ThemeChoice choice) override { real.SetTheme(choice); }
+  toolkit::Size WorkArea() override { return real.WorkArea(); }
+  std::string Language() override { return "en"; }
+  bool Pump(bool wait) override { return real.Pump(wait); }
+  void Post(std::function<void()> task) override { real.Post(std::move(task)); }
+  bool SetClipboard(IDataObject* object) override { return real.SetClipboard(object); }
+  IDataObject* Clipboard() override { return real.Clipboard(); }
+  toolkit::BackendCounts Counts() override { return real.Counts(); }
+
+ private:
+  Backend& real;
+};
+
+// Windows in memory, with the real system's sizes of texts.
+class MeasuredBackend final : public toolkit::FakeBackend {
+ public:
+  explicit MeasuredBackend(Backend& system) : real(system) {}
+  toolkit::Size PreferredSize(toolkit::ControlKind kind, const std::string& text) override {
+    return real.PreferredSize(kind, text);
+  }
+  int Scaled(int units) override { return real.Scaled(units); }
+
+ private:
+  Backend& real;
+};
+
+// Soft hills of colour.
+testing_support::Picture Hills() {
+  testing_support::Picture picture(160, 120);
+  for (int y = 0; y < picture.height; ++y) {
+    for (int x = 0; x < picture.width; ++x) {
+      for (int i = 0; i < 3; ++i) {
+        const double height = std::sin(x * (0.02 + 0.01 * i)) * std::cos(y * 0.03 - i);
+        picture.Colour(x, y)[i] = static_cast<BYTE>(120 + 30 * i + 70 * height);
+      }
+      picture.Mask(x, y) = 0;
+    }
+  }
+  return picture;
+}
+
+const FilterClass& ClassOf(const DialogClass& dialog) {
+  for (const FilterClass& row : FilterClasses()) {
+    if (std::strcmp(row.progId, dialog.progId) == 0) return row;
+  }
+  std::abort();
+}
+
+// A dialog that is open over a filter, as a host has it.
+class OpenDialog {
+ public:
+  explicit OpenDialog(const DialogClass& row) : rig(Hills(), ClassOf(row)), host(NewDialogHost(0)) {
+    if (const char* example = ClassOf(row).example) rig.Filter().SetParameter(example, 1);
+    rig.PullWhole();
+    const auto made = ComPtr<IUnknown>::Attach(dialogs::NewFilterDialog(row.progId));
+    ComPtr<IAnimLinkable>::Query(made.Get())
+        ->Link(static_cast<IUnknown*>(DialogHostUnknown(host)), nullptr);
+    DWORD cookie = 0;
+    ComPtr<IConnectionPoint>::Query(made.Get())
+        ->Advise(static_cast<IAnimFilter*>(&rig.Filter()), &cookie);
+    dialog = ComPtr<IAnimFilterDialog>::Query(made.Get());
+    dialog->Open(0, 0, 0);
+    dialog->Show();
+  }
+  ~OpenDialog() {
+    dialog->Close();
+    dialog.Reset();
+    ReleaseDialogHost(host);
+  }
+  OpenDialog(const OpenDialog&) = delete;
+  OpenDialog& operator=(const OpenDialog&) = delete;
+
+ private:
+  testing_support::Rig rig;
+  CDialogHost* host;
+  ComPtr<IAnimFilterDialog> dialog;
+};
+
+void PumpFor(Backend& backend, int milliseconds) {
+  const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+  while (Clock::now() < end && backend.Pump(false)) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+}
+
+int Picture(ObservedBackend& backend, const std::filesystem::path& folder) {
+  int failures = 0;
+  std::filesystem::create_directories(folder);
+  for (const DialogClass* row : dialogs::DialogClasses()) {
+    const OpenDialog open(*row);
+    PumpFor(backend, 200);
+    backend.last->Move({0, 0});
+    PumpFor(backend, 100);
+    if (backend.last->SaveImage(folder / (std::string(row->className) + ".png"))) continue;
+    std::printf("%s: no picture\n", row->className);
+    ++failures;
+  }
+  return failures;
+}
+
+int List() {
+  for (const DialogClass* row : dialogs::DialogClasses()) {
+    std::printf("%s\t%s\t%s\n", row->className, row->progId, ClassOf(*row).gloss);
+  }
+  return 0;
+}
+
+// Large enough for what is shown at this scale; below a title bar.
+int CheckLayout(Backend& system) {
+  int faults = 0;
+  MeasuredBackend measured(system);
+  const toolkit::ScopedBackend scope(&measured);
+  const toolkit::Size most = {system.Scaled(1024), system.Scaled(730)};
+  for (const char* language : {"en", "de"}) {
+    measured.language = language;
+    for (const DialogClass* row : dialogs::DialogClasses()) {
+      const OpenDialog open(*row);
+      for (const auto& fault :
+           testing_support::LayoutFaults(*measured.LastWindow(), measured, most)) {
+        std::printf("%s (%s): %s\n", row->className, language, fault.c_str());
+        ++faults;
+      }
+    }
+  }
+  return faults;
+}
+
+double Milliseconds(Clock::time_point since) {
+  return std::chrono::duration<double, std::milli>(Clock::now() - since).count();
+}
+
+// On the clock, and of the processor alone: other programs may keep the machine busy.
+struct Times {
+  double clock = 0, work = 0;
+};
+
+// From the call that opens a dialog until it is drawn and nothing more waits.
+Times TimeToOpen(Backend& backend, const DialogClass& row) {
+  const auto start = Clock::now();
+  const double workBefore = ProcessTime();
+  const OpenDialog open(row);
+  backend.Pump(false);
+  const Times times = {Milliseconds(start), ProcessTime() - workBefore};
+  PumpFor(backend, 20);
+  return times;
+}
+
+// In milliseconds. What is measured on the clock has room for a busy machine.
+constexpr Times kMostFirst = {5000, 1000}, kMostLater = {1000, 100};
+
+bool IsOver(const char* name, const Times& times, const Times& most) {
+  const bool isOver = times.clock > most.clock || times.work > most.work;
+  if (isOver) std::printf("%s: %.0f ms, %.0f ms of work\n", name, times.clock, times.work);
+  return isOver;
+}
+
+int CheckTimes(Backend& backend, Clock::time_point start) {
+  const auto& rows = dialogs::DialogClasses();
+  TimeToOpen(backend, *rows.front());
+  const Times first = {Milliseconds(start), ProcessTime()};
+  int faults = IsOver("first", first, kMostFirst);
+  Times sum;
+  for (const DialogClass* row : rows) {
+    const Times times = TimeToOpen(backend, *row);
+    sum = {sum.clock + times.clock, sum.work + times.work};
+    faults += IsOver(row->className, times, kMostLater);
+  }
+  const auto count = static_cast<double>(rows.size());
+  std::printf("first %.0f ms (%.0f of work), then %.1f ms (%.1f of work) on average\n", first.clock,
+              first.work, sum.clock / count, sum.work / count);
+  return faults;
+}
+
+// After the first round all that is made once is there.
+int Repeat(Backend& backend, int times) {
+  const auto& rows = dialogs::DialogClasses();
+  std::size_t before = 0;
+  for (int i = 0; i < times; ++i) {
+    const OpenDialog open(*rows[static_cast<std::size_t>(i) % rows.size()]);
+    PumpFor(backend, 5);
+    if (i == std::max(times / 2, 2 * static_cast<int>(rows.size()))) before = ProcessMemory();
+  }
+  PumpFor(backend, 50);
+  const std::size_t after = ProcessMemory();
+  const bool isClean = backend.Counts() == toolkit::BackendCounts();
+  std::printf("%d times; memory %zu kB, then %zu kB; counters %s\n", times, before / 1024,
+              after / 1024, isClean ? "at zero" : "not at zero");
+  const bool isFlat = before == 0 || after < before + before / 20;
+  return isClean && isFlat ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  const auto start = Clock::now();
+  std::string reason;
+  Backend* const system = toolkit::CurrentBackend(&reason);
+  if (!system || count < 2) {
+    std::fprintf(stderr, "%s\n", system ? "what shall be done?" : reason.c_str());
+    return 2;
+  }
+  // As the module does at its start.
+  CZNSlider::AttachBitmaps(
+      {reinterpret_cast<void*>(&PumpFor), "IDB_SLIDER_HD", "IDB_SLIDER_CC", "IDB_SLIDER_TMB"}, true,
+      true);
+  ObservedBackend backend(*system);
+  const toolkit::ScopedBackend scope(&backend);
+  const std::string task = arguments[1];
+  if (count > 3) CZNTheme::Choose(toolkit::ThemeChoice::Dark);
+  int failures = 0;
+  if (task == "pictures" && count > 2) failures = Picture(backend, arguments[2]);
+  if (task == "list") return List();
+  if (task == "check") failures = CheckTimes(backend, start) + CheckLayout(*system);
+  if (task == "repeat" && count > 2) failures = Repeat(backend, std::atoi(arguments[2]));
+  std::printf("%s\n", failures ? "wrong" : "well");
+  return failures != 0;
+}
