@@ -36,7 +36,7 @@ std::optional<std::size_t> DibBytes(int bits, std::int64_t width, std::int64_t h
   return static_cast<std::size_t>(stride * height + fixed);
 }
 
-void BuildDib(BYTE* at, int bits, int width, int height) {
+void BuildDib(BYTE* at, int bits, int width, int height, bool isCleared) {
   DibHeader header = {};
   header.biSize = kDibHeaderBytes;
   header.biWidth = width;
@@ -49,7 +49,7 @@ void BuildDib(BYTE* at, int bits, int width, int height) {
   for (std::uint32_t i = 0; i < header.biClrUsed; ++i) {
     std::memcpy(at + kDibHeaderBytes + 4 * i, &kStandardColours[i % 16], 4);
   }
-  if (std::abs(bits) == 8) FillDib(at, 255);
+  if (isCleared) FillDib(at, std::abs(bits) == 8 ? 255 : 0);
 }
 
 void FillDib(BYTE* dib, BYTE value) {

@@ -51,9 +51,9 @@ constexpr std::int64_t DibStride(int bits, std::int64_t width) {
 // 32-bit fields of a picture block could not hold.
 std::optional<std::size_t> DibBytes(int bits, std::int64_t width, std::int64_t height);
 
-// Makes zeroed memory of DibBytes size a blank bitmap: header, colour table, bits 0 (255 in 8-bit
-// planes). The caller has checked the size. `at` is aligned to 4.
-void BuildDib(BYTE* at, int bits, int width, int height);
+// Makes memory of DibBytes size a bitmap: header, colour table and, where they are to be cleared,
+// bits 0 (255 in 8-bit planes). The caller has checked the size. `at` is aligned to 4.
+void BuildDib(BYTE* at, int bits, int width, int height, bool isCleared = true);
 
 // Sets every bit of the rows, header and colour table left alone.
 void FillDib(BYTE* dib, BYTE value);

@@ -90,12 +90,16 @@ void SetWorkers(IAnimWorkers* workers) {
   if (workers) workers->Release();
 }
 
+int BandsOf(int rows, int least) {
+  const int bands = isInBand ? 1 : std::clamp(rows / std::max(1, least), 1, kMostBands);
+  return bands > 1 && CurrentWorkers() ? bands : 1;
+}
+
 bool RunBands(int rows, int least, BandCall call, void* band) {
   if (rows < 1) return true;
-  const int bands = std::min(rows / std::max(1, least), kMostBands);
-  if (bands < 2 || isInBand) return call(band, 0, rows);
+  const int bands = BandsOf(rows, least);
   CurrentWorkers workers;
-  if (!workers) return call(band, 0, rows);
+  if (bands == 1 || !workers) return call(band, 0, rows);
   Job job(rows, bands, call, band);
   workers.Run(bands, &Job::Task, &job);
   job.Finish();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 #include <type_traits>
 
 #include "base/AnimWorkers.h"
@@ -45,6 +46,25 @@ bool ForEachBand(int rows, int least, Band&& band) {
   };
   return RunBands(rows, least, call,
                   const_cast<void*>(static_cast<const void*>(std::addressof(band))));
+}
+
+// How many bands that would be now: 1 where all rows go in one call. For work that has to prepare
+// itself for more.
+FXBOX_API int BandsOf(int rows, int least);
+
+// Counts over rows: add(part, first, end), which gives false to stop, adds a band's rows to counts
+// of its own, and `total` gets them all, by +=, in any order. So they must not depend on one. Gives
+// false when it was stopped.
+template <class Counts, class Add>
+bool CountInBands(int rows, int least, Counts& total, const Add& add) {
+  std::mutex adding;
+  return ForEachBand(rows, least, [&](int first, int end) {
+    Counts part = {};
+    const bool isComplete = add(part, first, end);
+    const std::lock_guard guard(adding);
+    total += part;
+    return isComplete;
+  });
 }
 
 }  // namespace base

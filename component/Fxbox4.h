@@ -36,7 +36,7 @@ FXBOX_API HRESULT STDAPICALLTYPE FxboxPumpEvents(BOOL wait);
 // Lends threads (base/AnimWorkers.h) to all pulls of the process, in place of those lent before;
 // null takes them back, and everything runs on the thread that pulls. Holds a reference until the
 // next call, and pulls that run keep theirs to their end: call it with null before the workers'
-// module goes. Any thread.
+// module goes. Gives the memory that is kept for further pictures back to the system. Any thread.
 struct IAnimWorkers;
 FXBOX_API HRESULT STDAPICALLTYPE FxboxSetWorkers(struct IAnimWorkers* workers);
 
@@ -50,7 +50,8 @@ FXBOX_API HRESULT STDAPICALLTYPE FxboxSetString(void* string, const char* text);
 FXBOX_MODULE_API HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID classId, REFIID iid,
                                                           void** result);
 
-// S_OK while no object, class object or server lock lives, S_FALSE otherwise.
+// S_OK while no object, class object or server lock lives, S_FALSE otherwise. The memory that is
+// kept for further pictures goes back to the system with S_OK.
 FXBOX_MODULE_API HRESULT STDAPICALLTYPE DllCanUnloadNow(void);
 
 // Enters all classes for the whole machine (on Linux: for the user, who has a registry of their

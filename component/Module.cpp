@@ -8,6 +8,7 @@
 #include "component/Registration.h"
 #include "core/PdibFilterCreator.h"
 #include "filters/FilterClasses.h"
+#include "platform/LargeBlock.h"
 #include "platform/component/ComPtr.h"
 #include "platform/component/Guard.h"
 #include "toolkit/Backend.h"
@@ -53,6 +54,7 @@ HRESULT STDAPICALLTYPE FxboxPumpEvents(BOOL wait) {
 HRESULT STDAPICALLTYPE FxboxSetWorkers(IAnimWorkers* workers) {
   return Guard([&] {
     base::SetWorkers(workers);
+    platform::FreeKeptBlocks();
     return S_OK;
   });
 }
@@ -70,7 +72,9 @@ HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID classId, REFIID iid, void** re
 }
 
 HRESULT STDAPICALLTYPE DllCanUnloadNow() {
-  return platform::ModuleLock::AnyHeld() ? S_FALSE : S_OK;
+  if (platform::ModuleLock::AnyHeld()) return S_FALSE;
+  platform::FreeKeptBlocks();
+  return S_OK;
 }
 
 HRESULT STDAPICALLTYPE DllRegisterServer() {

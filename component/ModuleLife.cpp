@@ -4,6 +4,7 @@
 #include "core/AnimDialog.h"
 #include "core/Diagnostics.h"
 #include "dialogs/Dialogs.h"
+#include "platform/LargeBlock.h"
 #include "settings/TraceLogStd.h"
 #include "settings/ZNDebugMonitor.h"
 #include "toolkit/ZNControls.h"
@@ -43,6 +44,7 @@ void ModuleStop() noexcept {
     CZNSlider::DetachBitmaps();
     core::SetDialogMaker(nullptr);
   });
+  Attempt([] { platform::FreeKeptBlocks(); });
   Attempt([] {
     EndDebugMonitor();
     TraceLog::StopLogging(false);

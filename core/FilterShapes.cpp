@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 #include "base/Arithmetic.h"
 
@@ -183,6 +184,7 @@ bool WholePictureFilter::BringUpToDate() {
   if (policy.flags == ChangeFlags::ClearedAtStart) ClearChanges();
   bool rebuilt = false;
   try {
+    finished.assign(static_cast<std::size_t>(result.height), 0);
     rebuilt = Rebuild();
   } catch (...) {
     // No memory, or a source that throws: the same as a source that failed.
@@ -211,7 +213,9 @@ bool WholePictureFilter::CopyOut(const PullRectangle& rectangle) {
     for (int last = end; last > first; last -= kTogether) {
       const int begin = std::max(first, last - kTogether);
       if (abort) return false;
-      FinishRows(cut.srcY + begin, cut.srcY + last);
+      for (int y = cut.srcY + begin; y < cut.srcY + last; ++y) {
+        if (!std::exchange(finished[static_cast<std::size_t>(y)], 1)) FinishRow(y);
+      }
       if (!cut.ChangeBand(begin, last, abort, copy)) return false;
     }
     return true;
@@ -224,8 +228,30 @@ void WholePictureFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toC
   if (toMask) std::memcpy(toMask, mask, static_cast<std::size_t>(width));
 }
 
-bool WholePictureFilter::PullInput(MemoryPicture& picture, int x, int y) {
-  picture.Clear();
+bool WholePictureFilter::Clear(MemoryPicture& picture) {
+  const int width = picture.Width();
+  return base::ForEachBand(picture.Height(), base::RowsPerBand(width), [&](int first, int end) {
+    for (int y = first; y < end && !abort; ++y) {
+      std::memset(picture.ColourRows()[y], 0, base::ColourBytes(width));
+      std::memset(picture.MaskRows()[y], base::kNothing, static_cast<std::size_t>(width));
+    }
+    return !abort;
+  });
+}
+
+HRESULT WholePictureFilter::PullInto(MemoryPicture& picture, int x, int y) {
   return source->ReadRows(x, y, 0, 0, pulled.width, pulled.height, picture.ColourRows(),
-                          picture.MaskRows()) == 0;
+                          picture.MaskRows());
+}
+
+// The source hears of an abort by being asked. What it delivered needed no clearing.
+bool WholePictureFilter::PullInput(MemoryPicture& picture, int x, int y) {
+  Clear(picture);
+  return PullInto(picture, x, y) == S_OK;
+}
+
+bool WholePictureFilter::PullWhatComes(MemoryPicture& picture, int x, int y) {
+  const bool isClear = Clear(picture);
+  PullInto(picture, x, y);
+  return isClear;
 }

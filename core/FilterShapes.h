@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <type_traits>
+#include <vector>
 
 #include "base/Rows.h"
 #include "base/Workers.h"
@@ -167,10 +168,10 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   virtual bool Rebuild() = 0;
   // Before the rows of each pull are given out, with the request as it came, not cut.
   virtual void PrepareCopy(const PullRectangle&) {}
-  // Runs before parts of the rows `first` to `end` - 1, a few, are given out, each time. For a
-  // class that finishes its result as it is asked for. Like CopyRow it runs on several threads at
-  // once, with rows of its own for each.
-  virtual void FinishRows(int /*first*/, int /*end*/) {}
+  // Finishes a row of the result, once, before anything of it is given out: for what need not be
+  // done for rows that nobody asks for. Like CopyRow it runs on several threads at once, with a row
+  // for each.
+  virtual void FinishRow(int /*row*/) {}
   // Gives out a part of one row of the result. Either target may be null.
   virtual void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                        int width);
@@ -180,9 +181,28 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   PictureInfo pulled;
   PictureInfo result;
 
-  // Clears `picture` and pulls the source's whole input into it with one call, its corner at (x,
-  // y). False when the pull stopped.
+  // Pulls the source's whole input into `picture` with one call, its corner at (x, y). Gives the
+  // source's answer.
+  HRESULT PullInto(MemoryPicture& picture, int x, int y);
+  // Clears `picture` first. False when the pull stopped.
   bool PullInput(MemoryPicture& picture, int x = 0, int y = 0);
+  // The same of a class that goes on with whatever came, or that shows what lies beside it: false
+  // only when an abort left the picture uncleared.
+  bool PullWhatComes(MemoryPicture& picture, int x = 0, int y = 0);
+  // Colour 0 and mask 255, with abort tests; false when one stopped it.
+  bool Clear(MemoryPicture& picture);
+  // Calls work(y) for the rows `first` to first + count - 1, shared by the workers, with an abort
+  // test before each, from the last to the first. False when it stopped.
+  template <class Work>
+  bool ForRows(int first, int count, const Work& work) const {
+    return base::ForEachBand(count, base::RowsPerBand(result.width), [&](int begin, int end) {
+      for (int i = end - 1; i >= begin; --i) {
+        if (abort) return false;
+        work(first + i);
+      }
+      return true;
+    });
+  }
 
  private:
   const MemoryPicture* Result() const {
@@ -196,6 +216,7 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   bool CopyOut(const PullRectangle& rectangle);
 
   const Policy policy;
+  std::vector<char> finished;  // by row; no bits, as threads finish rows beside each other
 };
 
 // Adds the parameters to a shape: `Parameters` is the struct that core/ParameterText.h describes.

@@ -49,7 +49,7 @@ bool EnsurePicture(std::unique_ptr<MemoryPicture>& picture, const char* name, in
                     Area(picture->Width(), picture->Height()) / 4 <= Area(width, height);
   if (keep) return true;
   picture.reset();
-  picture = std::make_unique<MemoryPicture>(name, width, height, true, true);
+  picture = std::make_unique<MemoryPicture>(name, width, height);
   if (!picture->IsValid()) picture.reset();
   return picture != nullptr;
 }

@@ -95,9 +95,9 @@ class FXBOX_API CPdibFilter : public FilterObject {
 
   // For pulls alone. Provides the work pictures, under the process's picture lock. A picture is
   // kept when it is large enough and its area is not over four times what is asked, so it can be
-  // larger than asked: walk the asked size, never the picture's. An input of 0 by 0 leaves
-  // `inputPicture` alone; so does an output for `outputPicture`. False when a picture could not be
-  // had; it is null then.
+  // larger than asked: walk the asked size, never the picture's. It may hold anything. An input of
+  // 0 by 0 leaves `inputPicture` alone; so does an output for `outputPicture`. False when a picture
+  // could not be had; it is null then.
   bool EnsurePictures(int inputW, int inputH, int outputW, int outputH);
 
   // SetTargetSize of a class whose output has another size than its input: keeps what was told and

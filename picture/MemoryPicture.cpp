@@ -103,6 +103,7 @@ std::size_t MemoryPicture::Content::Bytes() const {
 }
 
 void MemoryPicture::Content::WriteTo(BYTE* newBlock) const {
+  std::memset(newBlock, 0, kImageAt);
   WriteField(newBlock + kTotalAt, statedBytes);
   std::memcpy(newBlock + kValuesAt, values, sizeof values);
   WriteField(newBlock + kImageSizeAt, imageBytes);
@@ -112,12 +113,12 @@ void MemoryPicture::Content::WriteTo(BYTE* newBlock) const {
   if (image) {
     std::memcpy(imageAt, image, imageBytes);
   } else if (imageBytes != 0) {
-    base::BuildDib(imageAt, base::kColourBits, width, height);
+    base::BuildDib(imageAt, base::kColourBits, width, height, isCleared);
   }
   if (mask) {
     std::memcpy(maskAt, mask, maskBytes);
   } else if (maskBytes != 0) {
-    base::BuildDib(maskAt, base::kMaskBits, width, height);
+    base::BuildDib(maskAt, base::kMaskBits, width, height, isCleared);
   }
 }
 
@@ -126,21 +127,25 @@ MemoryPicture::MemoryPicture(const char*, int newWidth, int newHeight, bool want
   Build(BlankContent(newWidth, newHeight, wantImage, wantMask));
 }
 
+MemoryPicture::MemoryPicture(const char*, int newWidth, int newHeight) {
+  Content content = BlankContent(newWidth, newHeight, true, true);
+  content.isCleared = false;
+  Build(content);
+}
+
 MemoryPicture::MemoryPicture(const char*, const BYTE* imageDib, const BYTE* maskDib, int value3,
                              int value4, int value1, int value2) {
   Build(ContentOf(imageDib, maskDib, {value1, value2, value3, value4}));
 }
 
 MemoryPicture::~MemoryPicture() {
-  if (!shared) std::free(block);
+  if (!shared) platform::FreeLarge(block);
 }
 
 void MemoryPicture::Build(const Content& content) {
   const std::size_t bytes = content.Bytes();
-  // The system's zeros cost nothing until they are overwritten.
-  block = bytes != 0 ? static_cast<BYTE*>(std::calloc(1, bytes)) : nullptr;
+  block = bytes != 0 ? static_cast<BYTE*>(platform::AllocateLarge(bytes)) : nullptr;
   if (!block) return;
-  platform::AnnounceWholeUse(block, bytes);
   content.WriteTo(block);
   Attach(block);
 }

@@ -30,6 +30,8 @@ class FXBOX_API MemoryPicture {
   // A blank picture, colour 0 and mask 255. Sizes below 1 become 1. The name is for the reader of
   // the code alone. Width and height are those of the image: 0 without one.
   MemoryPicture(const char* name, int width, int height, bool wantImage, bool wantMask);
+  // Both planes, with anything in their rows: for whoever overwrites or clears them.
+  MemoryPicture(const char* name, int width, int height);
   // Copies packed bitmaps, either of which may be null.
   MemoryPicture(const char* name, const BYTE* image, const BYTE* mask, int value3, int value4,
                 int value1, int value2);
@@ -71,10 +73,11 @@ class FXBOX_API MemoryPicture {
     std::size_t statedBytes = 0;  // what the block says of its size
     int values[4] = {};           // 1 to 4
     bool isPossible = false;
+    bool isCleared = true;  // a blank picture
 
     // Of the block; 0 when there can be none.
     std::size_t Bytes() const;
-    // Into zeros.
+    // Into any memory.
     void WriteTo(BYTE* newBlock) const;
   };
   static Content BlankContent(int width, int height, bool wantImage, bool wantMask);

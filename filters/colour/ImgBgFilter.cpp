@@ -35,14 +35,11 @@ void CImgBgFilter::Commit() {
 // rows.
 bool CImgBgFilter::Rebuild() {
   if (!EnsurePictures(result.width, result.height, 0, 0)) return false;
-  PullInput(*inputPicture);
-  for (int y = 0; y < result.height; ++y) {
-    if (abort) return false;
-    kernels::Choose<kernels::PointKernelTable>().putBackground(
-        inputPicture->ColourRows()[y], inputPicture->MaskRows()[y], result.width,
-        {used.blue, used.green, used.red}, used.transparency);
-  }
-  return true;
+  return PullWhatComes(*inputPicture) && ForRows(0, result.height, [&](int y) {
+           kernels::Choose<kernels::PointKernelTable>().putBackground(
+               inputPicture->ColourRows()[y], inputPicture->MaskRows()[y], result.width,
+               {used.blue, used.green, used.red}, used.transparency);
+         });
 }
 
 HRESULT CImgBgFilter::ReadPixel(BYTE* pixel) {

@@ -31,15 +31,12 @@ std::span<const ParameterRow<InvertMaskParameters>> InvertMaskParameters::Rows()
   return kMaskColourRows<InvertMaskParameters>;
 }
 
-// No abort test between the rows: the picture in the cache is whole or not begun.
 bool CInvertMaskFilter::Rebuild() {
-  if (!EnsurePictures(0, 0, result.width, result.height) || !PullInput(*outputPicture)) {
-    return false;
-  }
-  for (int y = 0; y < result.height; ++y) {
-    ChangeRow(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y], result.width, used);
-  }
-  return true;
+  return EnsurePictures(0, 0, result.width, result.height) && PullInput(*outputPicture);
+}
+
+void CInvertMaskFilter::FinishRow(int y) {
+  ChangeRow(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y], result.width, used);
 }
 
 HRESULT CInvertMaskFilter::ReadPixel(BYTE* pixel) {

@@ -26,6 +26,7 @@ class CInvertMaskFilter final : public ParameterFilter<WholePictureFilter, Inver
  private:
   void TakeParameters() override { used = active; }
   bool Rebuild() override;
+  void FinishRow(int y) override;
 
   InvertMaskParameters used;  // of the picture in the cache
 };

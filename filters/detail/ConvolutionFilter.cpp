@@ -17,11 +17,9 @@ bool ConvolutionFilter::Rebuild() {
   const int height = result.height;
   if (width > kMostPixels || height > kMostPixels) return false;
   if (!EnsurePictures(0, 0, width + 2, height + 2)) return false;
-  outputPicture->Clear();
-  source->ReadRows(1, 1, 0, 0, width, height, outputPicture->ColourRows(),
-                   outputPicture->MaskRows());
-  return kernels::Convolve3x3(
-      kernels::BlendKernel(table, usedStrength),
-      {outputPicture->ColourRows(), outputPicture->MaskRows(), 0, 0, width + 2, height + 2},
-      {1, 1, width, height}, abort);
+  return PullWhatComes(*outputPicture, 1, 1) &&
+         kernels::Convolve3x3(
+             kernels::BlendKernel(table, usedStrength),
+             {outputPicture->ColourRows(), outputPicture->MaskRows(), 0, 0, width + 2, height + 2},
+             {1, 1, width, height}, abort);
 }

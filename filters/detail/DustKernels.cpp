@@ -7,6 +7,7 @@
 
 #include "base/Rows.h"
 #include "filters/detail/DustLoops.h"
+#include "filters/pixels/RowBlocks.h"
 
 namespace kernels {
 namespace {
@@ -27,21 +28,42 @@ void FindDust(const std::uint16_t* const* sums, int width, const DustLimits& lim
   for (int x = 0; x < width; ++x) isDust[x] = IsDust(sums, x, limits) ? 255 : 0;
 }
 
-// What the walk upwards remembers of rows as they were: the sums of eleven, and the colours of
-// those of three that it has changed.
+// A walk up a block of rows. What it remembers of rows as they were: the sums of eleven, and the
+// colours of those of three that it has changed.
 class DustWalk {
  public:
-  DustWalk(const PictureRows& walked, const DustKernelTable& table, const DustLimits& dust)
+  DustWalk(const PictureRows& walked, const RowBlocks& rowBlocks, int block,
+           const DustKernelTable& table, const DustLimits& dust)
       : picture(walked),
+        blocks(rowBlocks),
+        number(block),
         kernels(table),
         limits(dust),
         outside(static_cast<std::size_t>(walked.width) + kDustReach + kDustPadding, kNoSum),
         marks(static_cast<std::size_t>(walked.width)) {
     for (Sums& row : sums) row = outside;
-    for (int y = 0; y < kDustReach; ++y) AddSums(y);
+    const int first = blocks.First(number);
+    for (int y = first - kDustReach; y < first + kDustReach; ++y) AddSums(y);
   }
 
-  // Rows must be cleaned one after the other, from row 0.
+  // False when an abort ended it.
+  bool Run(const std::atomic<bool>& abort) {
+    for (int y = blocks.First(number); y < blocks.First(number + 1); ++y) {
+      if (abort) return false;
+      CleanRow(y);
+    }
+    return true;
+  }
+
+ private:
+  using Sums = std::vector<std::uint16_t>;
+
+  template <int kRows>
+  static std::size_t Slot(int y) {
+    return static_cast<std::size_t>(y) % kRows;
+  }
+
+  // Rows must be cleaned one after the other.
   void CleanRow(int y) {
     AddSums(y + kDustReach);
     changed[Slot<3>(y)] = false;
@@ -57,20 +79,10 @@ class DustWalk {
     ReplaceMarked(y);
   }
 
- private:
-  using Sums = std::vector<std::uint16_t>;
-
-  template <int kRows>
-  static std::size_t Slot(int y) {
-    return static_cast<std::size_t>(y) % kRows;
-  }
-
-  std::uint8_t* Row(int y) const {
-    return picture.colourRows[picture.y + y] + base::ColourOffset(picture.x);
-  }
+  const std::uint8_t* Row(int y) const { return blocks.Row(number, y); }
 
   void AddSums(int y) {
-    if (y >= picture.height) return;
+    if (y < 0 || y >= picture.height) return;
     kernels.addChannels(Row(y), picture.width, sums[Slot<kDustRows>(y)].data() + kDustReach);
   }
 
@@ -81,13 +93,14 @@ class DustWalk {
     if (mark == end) return;
     changed[Slot<3>(y)] = true;
     originals[Slot<3>(y)].assign(Row(y), Row(y) + base::ColourBytes(picture.width));
+    std::uint8_t* const row = picture.colourRows[picture.y + y] + base::ColourOffset(picture.x);
     const std::uint8_t* const rows[] = {Original(y - 1), Original(y), Row(y + 1)};
     for (; mark != end; mark = std::find(mark + 1, end, 255)) {
       const std::ptrdiff_t pixel = base::ColourOffset(static_cast<int>(mark - marks.begin()));
       for (std::ptrdiff_t at = pixel; at < pixel + base::kBytesPerPixel; ++at) {
         int sum = 0;
-        for (const std::uint8_t* row : rows) sum += row[at - 3] + row[at] + row[at + 3];
-        Row(y)[at] = static_cast<std::uint8_t>(sum / 9);
+        for (const std::uint8_t* old : rows) sum += old[at - 3] + old[at] + old[at + 3];
+        row[at] = static_cast<std::uint8_t>(sum / 9);
       }
     }
   }
@@ -97,6 +110,8 @@ class DustWalk {
   }
 
   const PictureRows& picture;
+  const RowBlocks& blocks;
+  const int number;
   const DustKernelTable& kernels;
   const DustLimits& limits;
   const Sums outside;
@@ -119,12 +134,14 @@ bool RemoveDust(const PictureRows& picture, int tolerance, int greatestRegion,
   // No sums are further apart than 765, and no window has more than 121 pixels.
   const DustLimits limits = {std::clamp(tolerance, 0, 766),
                              std::clamp(greatestRegion, -1, kDustRows * kDustRows)};
-  DustWalk walk(picture, Choose<DustKernelTable>(), limits);
-  for (int y = 0; y < picture.height; ++y) {
-    if (abort) return false;
-    walk.CleanRow(y);
-  }
-  return true;
+  // So that what is counted twice at the borders stays a small part.
+  const int least = std::max(8 * kDustRows, base::RowsPerBand(picture.width));
+  const RowBlocks blocks(picture.colourRows + picture.y,
+                         static_cast<std::size_t>(base::ColourOffset(picture.x)),
+                         base::ColourBytes(picture.width), picture.height, kDustReach, least);
+  return blocks.ForEach([&](int block) {
+    return DustWalk(picture, blocks, block, Choose<DustKernelTable>(), limits).Run(abort);
+  });
 }
 
 }  // namespace kernels

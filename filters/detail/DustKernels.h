@@ -15,7 +15,8 @@ namespace kernels {
 // the mean of its block of 3 x 3, truncated. All comparisons and means are those of the picture as
 // it was. The outermost rows and columns stay, and the mask plays no part.
 //
-// Works in place, from the first row on, and tests `abort` ahead of each; false when that ended it.
+// Works in place, from the first row on, in blocks that workers share, and tests `abort` ahead of
+// each row; false when that ended it.
 // Takes memory for some rows and may throw std::bad_alloc.
 bool RemoveDust(const PictureRows& picture, int tolerance, int greatestRegion,
                 const std::atomic<bool>& abort);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/Rows.h"
+#include "base/Workers.h"
 
 namespace kernels {
 namespace {
@@ -27,18 +28,72 @@ std::size_t Size(int count) {
   return static_cast<std::size_t>(count);
 }
 
-// One pass over all rows. The rows are numbered from the last to the first.
+// The picture, cut into regions of whole columns that threads change side by side. Copies of the
+// columns on either side of each border are taken first, as a region looks beyond its own. Columns,
+// and not rows: what a region needs around it in the pass across the rows is then its own.
+class GaussRegions {
+ public:
+  // Each region has at least `least` columns. The rows are numbered from the last to the first.
+  GaussRegions(std::uint8_t* const* pictureRows, int pictureWidth, int pictureHeight,
+               int kernelRadius, int least)
+      : width(pictureWidth),
+        height(pictureHeight),
+        radius(kernelRadius),
+        rows(pictureRows),
+        count(base::BandsOf(width, least)),
+        sides(Size(count - 1) * Size(height) * 2 * SideBytes()) {
+    if (count > 1)
+      base::ForEachBand(height, 64, [&](int first, int end) { KeepSides(first, end); });
+  }
+
+  int Count() const { return count; }
+  int First(int region) const { return static_cast<int>(std::int64_t{width} * region / count); }
+  std::uint8_t* Pixel(int row, int x) const {
+    return rows[height - 1 - row] + base::ColourOffset(x);
+  }
+  // As many pixels as the radius before a border, and behind it, as they were. Borders count
+  // from 1.
+  std::size_t SideBytes() const { return base::ColourBytes(radius); }
+  const std::uint8_t* Before(int border, int row) const {
+    return sides.data() + SideAt(border, row);
+  }
+  const std::uint8_t* Behind(int border, int row) const {
+    return Before(border, row) + SideBytes();
+  }
+
+  const int width, height, radius;
+
+ private:
+  std::size_t SideAt(int border, int row) const {
+    return (Size(border - 1) * Size(height) + Size(row)) * 2 * SideBytes();
+  }
+  void KeepSides(int first, int end) {
+    for (int row = first; row < end; ++row) {
+      for (int border = 1; border < count; ++border) {
+        std::memcpy(sides.data() + SideAt(border, row), Pixel(row, First(border) - radius),
+                    2 * SideBytes());
+      }
+    }
+  }
+
+  std::uint8_t* const* const rows;
+  const int count;
+  std::vector<std::uint8_t> sides;
+};
+
+// One pass over all rows of a region.
 template <class Image>
 class GaussPass {
  public:
   using Real = typename Image::Real;
 
-  GaussPass(std::uint8_t* const* pictureRows, int pictureWidth, int pictureHeight,
-            const GaussChange& change, const GaussSteps<Image>& imageSteps,
-            const std::atomic<bool>& abortFlag)
-      : rows(pictureRows),
-        width(pictureWidth),
-        height(pictureHeight),
+  GaussPass(const GaussRegions& picture, int number, const GaussChange& change,
+            const GaussSteps<Image>& imageSteps, const std::atomic<bool>& abortFlag)
+      : regions(picture),
+        region(number),
+        begin(regions.First(region)),
+        edge(regions.First(region + 1)),
+        height(regions.height),
         steps(imageSteps),
         numbers{change.taps.data(), static_cast<int>(change.taps.size()) - 1, change.threshold,
                 change.amount},
@@ -53,14 +108,14 @@ class GaussPass {
     const int lineNumbers =
         kChannels * (stripPixels + static_cast<int>(kRowBlock) + 2 * numbers.radius);
     std::fill_n(line.Row(0), lineNumbers, Real{0});
-    if (stripPixels < width) {
+    if (stripPixels < edge - begin) {
       leftOfStrip = std::make_unique_for_overwrite<std::uint8_t[]>(Size(height) * LeftBytes());
     }
   }
 
   bool Run() {
-    for (int x = 0; x < width; x += stripPixels) {
-      if (!ChangeStrip(x, std::min(stripPixels, width - x))) return false;
+    for (int x = begin; x < edge; x += stripPixels) {
+      if (!ChangeStrip(x, std::min(stripPixels, edge - x))) return false;
     }
     return true;
   }
@@ -70,7 +125,7 @@ class GaussPass {
 
   int StripPixels() const {
     const int bytes = bandRows * kChannels * static_cast<int>(sizeof(Real));  // of a column
-    const int most = width <= kMostBytes / bytes ? width : kStripBytes / bytes;
+    const int most = regions.width <= kMostBytes / bytes ? edge - begin : kStripBytes / bytes;
     return std::clamp(most, 1, kMostStripPixels);
   }
   int ChunkPixels() const {
@@ -79,9 +134,7 @@ class GaussPass {
     return std::clamp(blocks, 1, kMostFinishedPixels / block) * block / kChannels;
   }
 
-  std::uint8_t* Pixel(int row, int x) const {
-    return rows[height - 1 - row] + base::ColourOffset(x);
-  }
+  std::uint8_t* Pixel(int row, int x) const { return regions.Pixel(row, x); }
   Real* BandRow(int row) { return band.Row(row % bandRows); }
   std::size_t LeftBytes() const { return base::ColourBytes(numbers.radius); }
 
@@ -105,17 +158,21 @@ class GaussPass {
   // The pass along a row, into the band.
   void BlurRow(int row, int x, int pixels) {
     const int radius = numbers.radius;
-    const int loaded = std::min(pixels + radius, width - x);
+    const int loaded = std::min(pixels + radius, edge - x);
     Real* const first = line.Row(0) + radius * kChannels;
     steps.load(Pixel(row, x), first, loaded);
-    const Real* const last = first + (loaded - 1) * kChannels;
-    Repeat(last, first + loaded * kChannels, pixels + radius - loaded);
+    Real* const behind = first + loaded * kChannels;
+    if (edge < regions.width) {
+      steps.load(regions.Behind(region + 1, row), behind, pixels + radius - loaded);
+    } else {
+      Repeat(behind - kChannels, behind, pixels + radius - loaded);
+    }
     if (x == 0) {
       Repeat(first, line.Row(0), radius);
     } else {
-      steps.load(LeftOf(row), line.Row(0), radius);
+      steps.load(x == begin ? regions.Before(region, row) : LeftOf(row), line.Row(0), radius);
     }
-    if (stripPixels < width) KeepForNextStrip(row, x, pixels);
+    if (leftOfStrip) KeepForNextStrip(row, x, pixels);
     steps.blurLine(first, numbers, BandRow(row), WholeRowBlocks(Size(pixels * kChannels)));
   }
 
@@ -131,6 +188,8 @@ class GaussPass {
     const int radius = numbers.radius;
     if (x == 0) {
       for (std::size_t i = 0; i < LeftBytes(); ++i) left[i] = Pixel(row, 0)[i % 3];
+    } else if (x == begin) {
+      std::memcpy(left, regions.Before(region, row), LeftBytes());
     }
     const int fresh = std::min(radius, pixels);
     const std::size_t kept = base::ColourBytes(radius - fresh);
@@ -157,8 +216,10 @@ class GaussPass {
     }
   }
 
-  std::uint8_t* const* const rows;
-  const int width, height;
+  const GaussRegions& regions;
+  const int region;
+  const int begin, edge;  // of the region's columns
+  const int height;
   const GaussSteps<Image>& steps;
   const GaussNumbers numbers;
   const int bandRows, stripPixels, chunkPixels;
@@ -170,6 +231,29 @@ class GaussPass {
   const std::atomic<bool>& abort;
 };
 
+// So many columns that copies and what is loaded twice stay a small part, and that all threads
+// together stay within some 64 MiB.
+int LeastColumns(int width, int height, int radius) {
+  constexpr std::int64_t kSideBytes = 32 << 20;
+  constexpr int kNarrowest = 256;
+  const std::int64_t bandBytes = std::int64_t{12} * width * (2 * radius + kRowsAtOnce);
+  const std::int64_t sides = std::int64_t{6} * std::max(1, radius) * height;
+  const std::int64_t most = bandBytes > kMostBytes ? kMostBytes / kStripBytes : width;
+  const auto count = static_cast<int>(std::clamp<std::int64_t>(kSideBytes / sides, 1, most));
+  return std::max({kNarrowest, 4 * radius, width / count});
+}
+
+template <class Image>
+bool ChangeRegions(std::uint8_t* const* rows, int width, int height, const GaussChange& change,
+                   const GaussSteps<Image>& steps, const std::atomic<bool>& abort) {
+  const int radius = static_cast<int>(change.taps.size()) - 1;
+  const GaussRegions regions(rows, width, height, radius, LeastColumns(width, height, radius));
+  return base::ForEachBand(regions.Count(), 1, [&](int first, int end) {
+    while (first < end && GaussPass(regions, first, change, steps, abort).Run()) ++first;
+    return first == end;
+  });
+}
+
 }  // namespace
 
 bool ChangeByGauss(std::uint8_t* const* rows, int width, int height, const GaussChange& change,
@@ -177,7 +261,7 @@ bool ChangeByGauss(std::uint8_t* const* rows, int width, int height, const Gauss
   if (width < 1 || height < 1) return true;
   const GaussKernelTable& kernels = Choose<GaussKernelTable>(level);
   const auto run = [&](const auto& steps) {
-    return GaussPass(rows, width, height, change, steps, abort).Run();
+    return ChangeRegions(rows, width, height, change, steps, abort);
   };
   try {
     switch (change.method) {

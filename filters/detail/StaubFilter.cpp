@@ -65,10 +65,12 @@ CStaubFilter::Outcome CStaubFilter::Rebuild(const PullRectangle& request) {
   BYTE** const colour = outputPicture->ColourRows();
   BYTE** const mask = outputPicture->MaskRows();
   // What is beside the request stays as it was kept.
-  for (int y = 0; y < request.height; ++y) {
-    std::fill_n(colour[y], base::kBytesPerPixel * request.width, BYTE{0});
-    std::fill_n(mask[y], request.width, base::kNothing);
-  }
+  base::ForEachBand(request.height, base::RowsPerBand(request.width), [&](int first, int end) {
+    for (int y = first; y < end && !abort; ++y) {
+      std::fill_n(colour[y], base::kBytesPerPixel * request.width, BYTE{0});
+      std::fill_n(mask[y], request.width, base::kNothing);
+    }
+  });
   source->ReadRows(0, 0, request.srcX, request.srcY, request.width, request.height, colour, mask);
   if (abort) return Outcome::StoppedBefore;
   auto held = HoldState();
@@ -87,7 +89,7 @@ std::pair<int, int> CStaubFilter::PictureSize() const {
 
 // From the first row on; the row that an abort meets is still given.
 bool CStaubFilter::CopyOut(const PullRectangle& request) const {
-  for (int i = 0; i < request.height; ++i) {
+  const auto copy = [&](int i) {
     BYTE* const colour = request.Colour(i);
     BYTE* const mask = request.Mask(i);
     if (colour) {
@@ -96,7 +98,11 @@ bool CStaubFilter::CopyOut(const PullRectangle& request) const {
     if (mask) {
       std::memcpy(mask, outputPicture->MaskRows()[i], static_cast<std::size_t>(request.width));
     }
-    if (abort) return false;
-  }
-  return true;
+    return !abort;
+  };
+  return base::ForEachBand(request.height, base::RowsPerBand(request.width),
+                           [&](int first, int end) {
+                             while (first < end && copy(first)) ++first;
+                             return first == end;
+                           });
 }

@@ -6,6 +6,7 @@
 
 #include "base/Arithmetic.h"
 #include "filters/frames/FrameKernels.h"
+#include "filters/pixels/RowBlocks.h"
 
 namespace kernels {
 namespace {
@@ -38,20 +39,28 @@ std::uint8_t FirstBlurred(const MaskRows3& rows, int x) {
 // Passes that follow each other at a distance of one row. When a pass comes to a row, the pass
 // before it has just left the next one, and the pass after it has not yet reached the previous one,
 // of which the old bytes are kept aside.
+//
+// A group works on one block of rows and, so that these come out right, on copies of as many rows
+// around it as there are passes: in each pass one more of them at either end is left behind.
 class PassGroup {
  public:
   // `firstMargin` is that of the first pass; `narrows` is what each margin is less than the one
   // before.
-  PassGroup(const MaskPlane& worked, const Pass& done, int passes, int firstMargin, int narrows)
+  PassGroup(const MaskPlane& worked, RowBlocks& blocks, int block, const Pass& done, int passes,
+            int firstMargin, int narrows)
       : plane(worked),
         pass(done),
         count(passes),
         margin(firstMargin),
         step(narrows),
-        kept(2 * static_cast<std::size_t>(passes) * static_cast<std::size_t>(worked.width)) {}
+        first(std::max(0, blocks.First(block) - passes)),
+        end(std::min(plane.height, blocks.First(block + 1) + passes)),
+        kept(2 * static_cast<std::size_t>(passes) * static_cast<std::size_t>(worked.width)) {
+    for (int y = first; y < end; ++y) rows.push_back(blocks.Row(block, y));
+  }
 
   bool Run(const std::atomic<bool>& abort) {
-    for (int front = 1; front < plane.height + count; ++front) {
+    for (int front = first + 1; front < end + count; ++front) {
       if (abort) return false;
       for (int i = 0; i < count; ++i) DoRow(i, front - i);
     }
@@ -67,25 +76,29 @@ class PassGroup {
     return kept.data() + number * static_cast<std::size_t>(plane.width);
   }
 
+  std::uint8_t* Row(int y) const { return rows[static_cast<std::size_t>(y - first)]; }
+
   void DoRow(int i, int y) {
     const int edge = margin - i * step;
-    if (y < edge || y > plane.height - edge - 1) return;
-    std::uint8_t* const row = plane.rows[y];
+    const int lowest = std::max(edge, first + 1);
+    if (y < lowest || y > std::min(plane.height - edge, end - 1) - 1) return;
+    std::uint8_t* const row = Row(y);
     const auto bytes = static_cast<std::size_t>(plane.width);
     std::uint8_t* const centre = Kept(i, y);
     std::memcpy(centre, row, bytes);
-    const MaskRows3 rows = {y == edge ? plane.rows[y - 1] : Kept(i, y - 1), centre,
-                            plane.rows[y + 1]};
-    pass.row(row + edge, {rows.previous + edge, rows.centre + edge, rows.next + edge},
+    const MaskRows3 around = {y == lowest ? Row(y - 1) : Kept(i, y - 1), centre, Row(y + 1)};
+    pass.row(row + edge, {around.previous + edge, around.centre + edge, around.next + edge},
              plane.width - 2 * edge, pass.weights);
-    if (pass.first && edge > 1) row[edge] = pass.first(rows, edge);
+    if (pass.first && edge > 1) row[edge] = pass.first(around, edge);
     if (i == 0 && !changed) changed = std::memcmp(centre, row, bytes) != 0;
   }
 
   const MaskPlane& plane;
   const Pass& pass;
   const int count, margin, step;
-  std::vector<std::uint8_t> kept;  // two rows a pass
+  const int first, end;             // of the rows, those around the block among them
+  std::vector<std::uint8_t*> rows;  // from `first` on
+  std::vector<std::uint8_t> kept;   // two rows a pass
   bool changed = false;
 };
 
@@ -99,9 +112,19 @@ bool RunPasses(const MaskPlane& plane, const Pass& pass, int passes, Margin marg
   const int narrows = margin == Margin::Shrinking ? 1 : 0;
   while (left > 0) {
     const int together = std::clamp(kGroupBytes / (3 * plane.width), 1, left);
-    PassGroup group(plane, pass, together, narrows ? left : 1, narrows);
-    if (!group.Run(abort)) return false;
-    if (narrows == 0 && !group.HasChanged()) return true;
+    // So that what is worked on twice stays a small part.
+    const int least = std::max(8 * together, base::RowsPerBand(plane.width));
+    RowBlocks blocks(plane.rows, 0, static_cast<std::size_t>(plane.width), plane.height, together,
+                     least);
+    std::atomic<bool> hasChanged{false};
+    const bool isComplete = blocks.ForEach([&](int block) {
+      PassGroup group(plane, blocks, block, pass, together, narrows ? left : 1, narrows);
+      if (!group.Run(abort)) return false;
+      if (group.HasChanged()) hasChanged = true;
+      return true;
+    });
+    if (!isComplete) return false;
+    if (narrows == 0 && !hasChanged) return true;
     left -= together;
   }
   return true;

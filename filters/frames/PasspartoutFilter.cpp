@@ -143,43 +143,20 @@ void CPasspartoutFilter::TakeParameters() {
   layout = LayOut(painted, pulled);
 }
 
-// Colours that the source will write are left as they are.
-void CPasspartoutFilter::ClearForPull() {
-  const int left = layout.x.place;
-  const int right = left + layout.x.length;
-  for (int y = 0; y < result.height; ++y) {
-    BYTE* const colour = inputPicture->ColourRows()[y];
-    const bool isWritten = y >= layout.y.place && y < layout.y.place + layout.y.length;
-    std::memset(colour, 0, base::ColourBytes(isWritten ? left : result.width));
-    if (isWritten) {
-      std::memset(colour + base::ColourOffset(right), 0, base::ColourBytes(result.width - right));
-    }
-    std::memset(inputPicture->MaskRows()[y], base::kNothing,
-                static_cast<std::size_t>(result.width));
-  }
-}
-
-// A source that stopped is not told apart: the abort flag ends the rows.
+// A source that stopped is not told apart, and may have left out anything: the abort flag ends the
+// rows.
 bool CPasspartoutFilter::Rebuild() {
   if (!EnsurePictures(result.width, result.height, 0, 0)) return false;
   glaze =
       kernels::BuildGlazeTables({painted.blue, painted.green, painted.red}, painted.transparency);
-  ClearForPull();
+  const bool isClear = Clear(*inputPicture);
   source->ReadRows(layout.x.place, layout.y.place, layout.x.source, layout.y.source,
                    layout.x.length, layout.y.length, inputPicture->ColourRows(),
                    inputPicture->MaskRows());
-  finished.assign(static_cast<std::size_t>(result.height), false);
-  return !abort;
+  return isClear && !abort;
 }
 
-void CPasspartoutFilter::FinishRows(int first, int end) {
-  for (int y = first; y < end; ++y) {
-    if (!finished[static_cast<std::size_t>(y)]) PaintRow(y);
-    finished[static_cast<std::size_t>(y)] = true;
-  }
-}
-
-void CPasspartoutFilter::PaintRow(int y) {
+void CPasspartoutFilter::FinishRow(int y) {
   if (y < layout.y.first) PaintTopBand(y);
   if (y > layout.y.last) PaintBottomBand(y);
   if (y >= layout.y.first && y <= layout.y.last) PaintBetween(y);

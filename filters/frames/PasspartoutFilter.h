@@ -65,10 +65,8 @@ class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, Pass
 
   static Layout LayOut(const PasspartoutParameters& parameters, const PictureInfo& picture);
   void TakeParameters() override;
-  void ClearForPull();
   bool Rebuild() override;
-  void FinishRows(int first, int end) override;
-  void PaintRow(int y);
+  void FinishRow(int y) override;
   void PaintPart(Paint paint, int y, int from, int to);
   void PaintBottomBand(int y);
   void PaintTopBand(int y);
@@ -79,5 +77,4 @@ class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, Pass
   PasspartoutParameters painted;
   Layout layout;
   kernels::ChannelTables glaze;
-  std::vector<char> finished;  // by row, not bits: threads finish rows beside each other
 };

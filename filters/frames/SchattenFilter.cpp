@@ -138,21 +138,12 @@ bool CSchattenFilter::Rebuild() {
 }
 
 bool CSchattenFilter::Pull(MemoryPicture& picture, int x, int y) {
-  return PullInput(picture, x, y) && !abort;
+  const bool isClear = Clear(picture);
+  return PullInto(picture, x, y) == S_OK && isClear && !abort;
 }
 
 kernels::MaskPlane CSchattenFilter::ShadowMask() const {
   return {inputPicture->MaskRows(), result.width, result.height};
-}
-
-// The last row first. False when an abort ended it.
-template <class Work>
-bool CSchattenFilter::ForRows(int first, int count, Work work) const {
-  for (int y = first + count - 1; y >= first; --y) {
-    if (abort) return false;
-    work(y);
-  }
-  return true;
 }
 
 bool CSchattenFilter::AddRelief() {

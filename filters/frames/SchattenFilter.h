@@ -47,8 +47,6 @@ class CSchattenFilter final : public ParameterFilter<WholePictureFilter, Schatte
   bool SpreadShadow(bool grows);
   bool LayOverShadow(int attenuation);
   kernels::MaskPlane ShadowMask() const;
-  template <class Work>
-  bool ForRows(int first, int count, Work work) const;
 
   // Of the picture in the cache: Commit may come in the middle of a pull.
   SchattenParameters drawn;

@@ -10,6 +10,7 @@
 
 #include "base/Rows.h"
 #include "filters/pixels/ConvolutionRow.h"
+#include "filters/pixels/RowBlocks.h"
 
 namespace kernels {
 namespace {
@@ -35,6 +36,11 @@ void ConvolveRow(const Kernel3x3& kernel, const ConvolutionRows& rows, std::uint
   }
 }
 
+struct Columns {
+  int first, end;
+  int Count() const { return end - first; }
+};
+
 // A copy of one row of the area, with the pixel on either side of it.
 class FramedRow {
  public:
@@ -43,18 +49,17 @@ class FramedRow {
         colour(base::ColourBytes(areaWidth + 2) + kConvolutionPadding),
         nothing(colour.size()) {}
 
-  // Row y of the picture, from column x on. A row outside the picture does not count.
-  void Load(const PictureRows& picture, int x, int y) {
+  // Row y of the picture, from column x on, with the colours of the columns `columns`. A row
+  // outside the picture does not count.
+  void Load(const PictureRows& picture, int x, int y, const Columns& columns,
+            const std::uint8_t* colours) {
     if (y < 0 || y >= picture.height) {
       SetNothing(-1, width + 1, base::kNothing);
       anyNothing = true;
       return;
     }
-    const int first = std::max(x - 1, 0);
-    const int end = std::min(x + width + 1, picture.width);
-    std::memcpy(Colour() + base::ColourOffset(first - x),
-                picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + first),
-                base::ColourBytes(end - first));
+    std::memcpy(Colour() + base::ColourOffset(columns.first - x), colours,
+                base::ColourBytes(columns.Count()));
     if (anyNothing) SetNothing(-1, width + 1, 0);
     const std::uint8_t* const mask =
         picture.maskRows ? picture.maskRows[picture.y + y] + picture.x + x : nullptr;
@@ -133,25 +138,64 @@ const ConvolutionKernels& ConvolutionKernels::Plain() {
   return kPlain;
 }
 
+namespace {
+
+// Works on one block of the area's rows at a time.
+class Convolver {
+ public:
+  Convolver(const Kernel3x3& blended, const PictureRows& convolved, const PictureArea& part)
+      : kernel(blended),
+        picture(convolved),
+        area(part),
+        columns{std::max(area.x - 1, 0), std::min(area.x + area.width + 1, picture.width)},
+        blocks(picture.colourRows + picture.y + area.y,
+               static_cast<std::size_t>(base::ColourOffset(picture.x + columns.first)),
+               base::ColourBytes(columns.Count()), area.height, 1, base::RowsPerBand(area.width)) {}
+
+  bool Run(const std::atomic<bool>& abort) const {
+    return blocks.ForEach([&](int block) { return ConvolveBlock(block, abort); });
+  }
+
+ private:
+  bool ConvolveBlock(int block, const std::atomic<bool>& abort) const {
+    const auto convolveRow = Choose<ConvolutionKernels>().convolveRow;
+    std::array<FramedRow, 3> rows = {FramedRow(area.width), FramedRow(area.width),
+                                     FramedRow(area.width)};
+    const auto row = [&rows](int y) -> FramedRow& {
+      return rows[static_cast<std::size_t>((y + 3) % 3)];
+    };
+    const int begin = area.y + blocks.First(block);
+    const int end = area.y + blocks.First(block + 1);
+    Load(block, begin - 1, row(begin - 1));
+    Load(block, begin, row(begin));
+    for (int y = begin; y < end; ++y) {
+      if (abort) return false;
+      Load(block, y + 1, row(y + 1));
+      convolveRow(kernel, Around(row(y - 1), row(y), row(y + 1)),
+                  picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + area.x),
+                  area.width);
+    }
+    return true;
+  }
+
+  void Load(int block, int y, FramedRow& row) const {
+    const bool exists = y >= 0 && y < picture.height;
+    row.Load(picture, area.x, y, columns, exists ? blocks.Row(block, y - area.y) : nullptr);
+  }
+
+  const Kernel3x3& kernel;
+  const PictureRows& picture;
+  const PictureArea& area;
+  const Columns columns;
+  const RowBlocks blocks;
+};
+
+}  // namespace
+
 bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
                  const std::atomic<bool>& abort) {
   if (area.width < 1 || area.height < 1) return true;
-  const auto convolveRow = Choose<ConvolutionKernels>().convolveRow;
-  std::array<FramedRow, 3> rows = {FramedRow(area.width), FramedRow(area.width),
-                                   FramedRow(area.width)};
-  const auto row = [&rows](int y) -> FramedRow& {
-    return rows[static_cast<std::size_t>((y + 3) % 3)];
-  };
-  row(area.y - 1).Load(picture, area.x, area.y - 1);
-  row(area.y).Load(picture, area.x, area.y);
-  for (int y = area.y; y < area.y + area.height; ++y) {
-    if (abort) return false;
-    row(y + 1).Load(picture, area.x, y + 1);
-    convolveRow(kernel, Around(row(y - 1), row(y), row(y + 1)),
-                picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + area.x),
-                area.width);
-  }
-  return true;
+  return Convolver(kernel, picture, area).Run(abort);
 }
 
 }  // namespace kernels

@@ -47,11 +47,11 @@ struct PictureArea {
   int x, y, width, height;
 };
 
-// Convolves an area in place, row by row from its first row. A neighbour counts as if it had the
-// colour of the centre where its mask is 255 or where it lies outside the picture; outside the area
-// the neighbours are what they are. Masks stay. Tests `abort` ahead of each row; false when that
-// ended it, the rows from there on being untouched. Takes memory for a few rows and may throw
-// std::bad_alloc.
+// Convolves an area in place, row by row from its first row, in blocks that workers share. A
+// neighbour counts as if it had the colour of the centre where its mask is 255 or where it lies
+// outside the picture; outside the area the neighbours are what they are. Masks stay. Tests `abort`
+// ahead of each row; false when that ended it, the rows of a block from there on being untouched.
+// Takes memory for a few rows and may throw std::bad_alloc.
 bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
                  const std::atomic<bool>& abort);
 

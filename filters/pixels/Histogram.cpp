@@ -33,6 +33,13 @@ void LevelCounter::AddChannel(const std::uint8_t* colour, int width, int channel
   Add(colour + channel, width, base::kBytesPerPixel);
 }
 
+LevelCounter& LevelCounter::operator+=(const LevelCounter& other) {
+  for (int k = 0; k < kTables; ++k) {
+    for (int i = 0; i < 256; ++i) tables_[k][i] += other.tables_[k][i];
+  }
+  return *this;
+}
+
 Histogram LevelCounter::Total() const {
   Histogram total = {};
   for (const auto& table : tables_) {

@@ -22,6 +22,9 @@ class LevelCounter {
   // One channel of a colour row: base::kBlue, kGreen or kRed.
   void AddChannel(const std::uint8_t* colour, int width, int channel);
 
+  // Takes what another one has counted.
+  LevelCounter& operator+=(const LevelCounter& other);
+
   Histogram Total() const;
 
  private:

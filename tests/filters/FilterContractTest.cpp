@@ -2,13 +2,18 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <thread>
 #include <utility>
 
+#include "base/Workers.h"
 #include "core/PdibFilterChain.h"
 #include "filters/FilterClasses.h"
+#include "platform/WorkerPool.h"
 #include "tests/filters/ClassOf.h"
 #include "tests/support/TestFilters.h"
 
@@ -807,11 +812,158 @@ TEST_P(FilterContract, AChangeDuringAPullIsNotLost) {
   EXPECT_FALSE(rig.Prepare());
 }
 
+// Lends threads as long as it lives.
+class LentWorkers {
+ public:
+  explicit LentWorkers(int threads) {
+    const auto pool =
+        platform::ComPtr<platform::WorkerPool>::Attach(new platform::WorkerPool(threads));
+    base::SetWorkers(pool.Get());
+  }
+  ~LentWorkers() { base::SetWorkers(nullptr); }
+  LentWorkers(const LentWorkers&) = delete;
+  LentWorkers& operator=(const LentWorkers&) = delete;
+};
+
+// Of pictures that are large enough to be shared, wide and high.
+TEST_P(FilterContract, AnyNumberOfWorkersGivesTheSameBytes) {
+  for (const Picture& picture :
+       {Noise(620, 400, Masks::Opaque, 1), Noise(60, 3500, Masks::Noise, 2)}) {
+    Test reference(*this, picture);
+    const Picture whole = reference.PullWhole();
+    const RowRequest part{0, 0, 0, 0, (reference.Width() + 1) / 2, reference.Height()};
+    GuardedRows expected(part.width, part.height);
+    Test(*this, picture).Rig::Pull(expected, part);
+    for (const int threads : {1, 2, 3, 16}) {
+      SCOPED_TRACE(threads);
+      const LentWorkers workers(threads);
+      ASSERT_EQ(Difference(whole, Test(*this, picture).PullWhole()), "");
+      if (threads != 3) continue;
+      GuardedRows rows(part.width, part.height);
+      ASSERT_EQ(Test(*this, picture).Rig::Pull(rows, part), S_OK);
+      ASSERT_EQ(Difference(expected.Whole(), rows.Whole()), "") << "a part alone";
+    }
+  }
+}
+
+TEST_P(FilterContract, AbortFromAnotherThreadStopsWorkers) {
+  const Picture picture = Noise(620, 400, Masks::Noise, 1);
+  Test reference(*this, picture);
+  const Picture whole = reference.PullWhole();
+  const LentWorkers workers(3);
+  for (int round = 0; round < 4; ++round) {
+    Test test(*this, picture);
+    GuardedRows rows(test.Width(), test.Height());
+    std::atomic<bool> started{false};
+    test.source->onRow = [&](int row) { started = row >= picture.height - 1; };
+    std::thread other([&] {
+      while (!started) std::this_thread::yield();
+      std::this_thread::sleep_for(std::chrono::microseconds(round * 200));
+      test.Filter().SetAbort(true);
+    });
+    test.Rig::Pull(rows, test.Whole());
+    started = true;
+    other.join();
+    test.Filter().SetAbort(false);
+    test.source->onRow = nullptr;
+    ASSERT_EQ(Difference(whole, test.PullWhole()), "") << "the pull after the aborted one";
+  }
+}
+
 // As for a consumer that has seen nothing yet, so that kept pictures are made anew.
 void PrepareAnew(FilterObject& filter) {
   bool changed = false;
   int revision = -1;
   filter.Prepare(&changed, &revision, false);
+}
+
+// Serves a picture of any size without having it, and stops at once.
+class LargeSource final : public platform::ComObject<LargeSource, IAnimFilterDestCallsThis> {
+ public:
+  HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int, int, int width, int height,
+                                     BYTE** colourRows, BYTE** maskRows) override {
+    for (int i = height - 1; i >= 0 && !abort; --i) {
+      BYTE* const colour = colourRows[destY + i] + 3 * destX;
+      for (int x = 0; x < 3 * width; ++x) colour[x] = static_cast<BYTE>(x * x + i);
+      std::fill_n(maskRows[destY + i] + destX, width, static_cast<BYTE>(i % 2 * 50));
+    }
+    return abort ? 1 : 0;
+  }
+  HRESULT STDMETHODCALLTYPE SetAbort(bool newAbort) override {
+    abort = newAbort;
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE Prepare(bool*, int*, bool) override {
+    destination->SetTargetSize(kWidth, kHeight);
+    destination->SetPictureSize(kWidth, kHeight);
+    return destination->SetExtent(kWidth, kHeight);
+  }
+  HRESULT STDMETHODCALLTYPE GetInfo(int*, int*, int*, int*, int*, int*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE AttachDestination(IUnknown* unknown) override {
+    destination = platform::ComPtr<IAnimFilterSrcCallsThis>::Query(unknown);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE ReadPixel(BYTE*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SendToSource(std::intptr_t) override { return E_NOTIMPL; }
+
+  static constexpr int kWidth = 11600, kHeight = 8620;
+
+ private:
+  std::atomic<bool> abort{false};
+  platform::ComPtr<IAnimFilterSrcCallsThis> destination;
+};
+
+// How long a pull of 100 megapixels goes on after an abort that comes so late.
+std::chrono::microseconds TimeToStop(FilterObject& filter, BYTE** colour, BYTE** mask, int width,
+                                     int height, std::chrono::milliseconds late) {
+  using Clock = std::chrono::steady_clock;
+  PrepareAnew(filter);
+  std::atomic<bool> isDone{false};
+  Clock::time_point stopped;
+  std::thread pull([&] {
+    filter.ReadRows(0, 0, 0, 0, width, height, colour, mask);
+    stopped = Clock::now();
+    isDone = true;
+  });
+  for (const auto end = Clock::now() + late; Clock::now() < end && !isDone;) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  const auto asked = Clock::now();
+  filter.SetAbort(true);
+  pull.join();
+  filter.SetAbort(false);
+  const auto took = std::chrono::duration_cast<std::chrono::microseconds>(stopped - asked);
+  return std::max(took, std::chrono::microseconds(0));
+}
+
+// On demand, as other programs on the machine show in it: FXBOX_SOAK=1.
+TEST_P(FilterContract, StopsWithin20MillisecondsAt100Megapixels) {
+  if (!std::getenv("FXBOX_SOAK")) GTEST_SKIP() << "only on demand";
+  const auto filter = Make(Class());
+  const auto source = platform::ComPtr<LargeSource>::Attach(new LargeSource);
+  filter->SetParameter(contract.text, 1);
+  filter->SetSource(source.Get());
+  int width = 0, height = 0, ignored = 0;
+  filter->GetInfo(&width, &height, &ignored, &ignored, &ignored, &ignored);
+  const auto w = static_cast<std::size_t>(width), h = static_cast<std::size_t>(height);
+  const auto pixels = std::make_unique_for_overwrite<BYTE[]>(4 * w * h);
+  std::vector<BYTE*> colour, mask;
+  for (std::size_t y = 0; y < h; ++y) {
+    colour.push_back(pixels.get() + 3 * w * y);
+    mask.push_back(pixels.get() + 3 * w * h + w * y);
+  }
+  for (const int threads : {1, 2}) {
+    const LentWorkers workers(threads);
+    for (const int late : {0, 10, 40, 100, 150, 250, 400, 700, 1200}) {
+      const auto took = TimeToStop(*filter.Get(), colour.data(), mask.data(), width, height,
+                                   std::chrono::milliseconds(late));
+      EXPECT_LE(took.count(), 20000) << threads << " threads, " << late << " ms";
+    }
+  }
+  filter->SetSource(nullptr);
+  source->AttachDestination(nullptr);
 }
 
 // Two threads that want the rows of one filter have each their own, whole, while a third sets

@@ -29,10 +29,13 @@ std::span<const ParameterRow<HistoParameters>> HistoParameters::Rows() {
 bool CHistoFilter::ChangeRectangle(const PullRectangle& r) {
   // The rows at the front of the caller's array are counted, wherever in it the rectangle lies.
   kernels::LevelCounter counter;
-  for (int y = 0; y < r.height; ++y) {
-    if (abort) return false;
-    if (r.colourRows && r.colourRows[y]) counter.AddLuminance(r.colourRows[y], r.width);
-  }
+  const auto count = [&](kernels::LevelCounter& part, int first, int end) {
+    for (int y = first; y < end && !abort; ++y) {
+      if (r.colourRows && r.colourRows[y]) part.AddLuminance(r.colourRows[y], r.width);
+    }
+    return !abort;
+  };
+  if (!base::CountInBands(r.height, base::RowsPerBand(r.width), counter, count)) return false;
   const kernels::LuminanceFactors factors =
       kernels::EqualisingFactors(counter.Total(), Active().intensity);
   return r.ChangeRows(abort, [&](BYTE* colour, BYTE*) {

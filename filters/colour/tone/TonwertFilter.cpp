@@ -9,6 +9,28 @@
 #include "filters/colour/tone/AutoTone.h"
 #include "filters/colour/tone/ToneCurves.h"
 
+namespace {
+
+struct LevelCounters {
+  kernels::LevelCounter luminances, blues, greens, reds;
+
+  void AddRow(const BYTE* row, int width) {
+    luminances.AddLuminance(row, width);
+    blues.AddChannel(row, width, base::kBlue);
+    greens.AddChannel(row, width, base::kGreen);
+    reds.AddChannel(row, width, base::kRed);
+  }
+  LevelCounters& operator+=(const LevelCounters& other) {
+    luminances += other.luminances;
+    blues += other.blues;
+    greens += other.greens;
+    reds += other.reds;
+    return *this;
+  }
+};
+
+}  // namespace
+
 const FilterClass kTonwertClass = {
     .sortKey = 9,
     .className = "CTonwertFilter",
@@ -98,19 +120,19 @@ bool CTonwertFilter::Rebuild() {
 bool CTonwertFilter::Count() {
   luminance.Set({});
   measuredMidtone = 0;
-  kernels::LevelCounter luminances, blues, greens, reds;
-  for (int y = 0; y < result.height; ++y) {
-    if (abort) return false;
-    const BYTE* const row = outputPicture->ColourRows()[y];
-    luminances.AddLuminance(row, result.width);
-    blues.AddChannel(row, result.width, base::kBlue);
-    greens.AddChannel(row, result.width, base::kGreen);
-    reds.AddChannel(row, result.width, base::kRed);
+  LevelCounters counters;
+  const auto count = [&](LevelCounters& part, int first, int end) {
+    for (int y = first; y < end && !abort; ++y)
+      part.AddRow(outputPicture->ColourRows()[y], result.width);
+    return !abort;
+  };
+  if (!base::CountInBands(result.height, base::RowsPerBand(result.width), counters, count)) {
+    return false;
   }
-  luminanceCounts = luminances.Total();
-  blueCounts = blues.Total();
-  greenCounts = greens.Total();
-  redCounts = reds.Total();
+  luminanceCounts = counters.luminances.Total();
+  blueCounts = counters.blues.Total();
+  greenCounts = counters.greens.Total();
+  redCounts = counters.reds.Total();
   limitsAreOpen = true;
   return true;
 }

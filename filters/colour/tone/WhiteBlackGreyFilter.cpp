@@ -12,42 +12,48 @@ using kernels::Limits;
 
 enum Mode { kLinear = 0, kCurves = 1, kCurvesAutoContrast = 2, kCurvesAutoTone = 3 };
 
-// Of the histogram that `count` adds up from the rectangle's rows.
+// Of the histogram that `count` adds up from the rectangle's rows. After an abort it is whatever
+// was counted until then.
 template <class Count>
-Limits MeasureLimits(const PullRectangle& r, Count count) {
+Limits MeasureLimits(const PullRectangle& r, const std::atomic<bool>& abort, Count count) {
   LevelCounter counter;
-  for (int i = 0; i < r.height; ++i) {
-    if (r.width > 0 && r.colourRows) count(counter, r.Colour(i));
-  }
+  base::CountInBands(r.height, base::RowsPerBand(r.width), counter,
+                     [&](LevelCounter& part, int first, int end) {
+                       for (int i = first; i < end && !abort; ++i) {
+                         if (r.width > 0 && r.colourRows) count(part, r.Colour(i));
+                       }
+                       return !abort;
+                     });
   return kernels::FindLimits(counter.Total(), kernels::LimitThreshold(r.width, r.height));
 }
 
-Limits LuminanceLimits(const PullRectangle& r) {
-  return MeasureLimits(r, [&r](LevelCounter& counter, const BYTE* colour) {
+Limits LuminanceLimits(const PullRectangle& r, const std::atomic<bool>& abort) {
+  return MeasureLimits(r, abort, [&r](LevelCounter& counter, const BYTE* colour) {
     counter.AddLuminance(colour, r.width);
   });
 }
 
-Limits LimitsOfChannel(const PullRectangle& r, int channel) {
-  return MeasureLimits(r, [&r, channel](LevelCounter& counter, const BYTE* colour) {
+Limits LimitsOfChannel(const PullRectangle& r, const std::atomic<bool>& abort, int channel) {
+  return MeasureLimits(r, abort, [&r, channel](LevelCounter& counter, const BYTE* colour) {
     counter.AddChannel(colour, r.width, channel);
   });
 }
 
-GreyTables BuildTables(const GreyPoint& grey, int mode, const PullRectangle& r) {
+GreyTables BuildTables(const GreyPoint& grey, int mode, const PullRectangle& r,
+                       const std::atomic<bool>& abort) {
   switch (mode) {
     case kLinear:
       return kernels::BuildLinearGrey(grey);
     case kCurves:
       return kernels::BuildCurvedGrey(grey);
     case kCurvesAutoContrast: {
-      const Limits limits = LuminanceLimits(r);
+      const Limits limits = LuminanceLimits(r, abort);
       return kernels::BuildCurvedGrey(grey, {limits, limits, limits});
     }
     case kCurvesAutoTone:
       return kernels::BuildCurvedGrey(
-          grey, {LimitsOfChannel(r, base::kBlue), LimitsOfChannel(r, base::kGreen),
-                 LimitsOfChannel(r, base::kRed)});
+          grey, {LimitsOfChannel(r, abort, base::kBlue), LimitsOfChannel(r, abort, base::kGreen),
+                 LimitsOfChannel(r, abort, base::kRed)});
     default:
       // A white grey point bends nothing.
       return kernels::BuildLinearGrey({});
@@ -93,7 +99,7 @@ std::span<const ParameterRow<WhiteBlackGreyParameters>> WhiteBlackGreyParameters
 bool CWhiteBlackGreyFilter::ChangeRectangle(const PullRectangle& r) {
   const WhiteBlackGreyParameters now = Pending();
   if (!now.filterOn || now.opacity < 1) return true;
-  const GreyTables grey = BuildTables({now.blueG, now.greenG, now.redG}, now.mode, r);
+  const GreyTables grey = BuildTables({now.blueG, now.greenG, now.redG}, now.mode, r, abort);
   const kernels::ChannelTables tables = {MixWithLevels(grey.blue, now.opacity),
                                          MixWithLevels(grey.green, now.opacity),
                                          MixWithLevels(grey.red, now.opacity)};

@@ -1,13 +1,11 @@
 #include "filters/geometry/rotation/DrehFilter.h"
 
 #include <cmath>
-#include <new>
 #include <utility>
 
 #include "base/Arithmetic.h"
 #include "base/Guid.h"
 #include "filters/geometry/rotation/Shears.h"
-#include "platform/LargeBlock.h"
 
 using kernels::QuarterTurn;
 using kernels::RotationGeometry;
@@ -119,10 +117,10 @@ bool CDrehFilter::Rebuild() {
     return false;
   }
   if (!EnsurePictures(pulled.width, pulled.height, 0, 0)) return false;
-  // It goes with this computation, whatever happens; so it was made for it, and is clear.
+  // It goes with this computation, whatever happens.
   const auto given = std::move(inputPicture);
-  const bool isComplete = source->ReadRows(0, 0, 0, 0, pulled.width, pulled.height,
-                                           given->ColourRows(), given->MaskRows()) == 0;
+  const bool isClear = Clear(*given);
+  const bool isComplete = PullInto(*given, 0, 0) == S_OK && isClear;
   const QuarterTurn turned(
       {given->ColourRows(), given->MaskRows(), 0, 0, pulled.width, pulled.height},
       turn.quarterTurns, used.mirrorOn);
@@ -131,25 +129,33 @@ bool CDrehFilter::Rebuild() {
 }
 
 bool CDrehFilter::Turn(const QuarterTurn& turned) {
-  for (int i = 0; i < turned.Bands(); ++i) {
-    if (abort) return false;
-    turned.ReadBand(turned.BandAt(i), outputPicture->ColourRows(), outputPicture->MaskRows());
-  }
-  return true;
+  return base::ForEachBand(turned.Bands(), 1, [&](int first, int end) {
+    for (int i = first; i < end; ++i) {
+      if (abort) return false;
+      turned.ReadBand(turned.BandAt(i), outputPicture->ColourRows(), outputPicture->MaskRows());
+    }
+    return true;
+  });
 }
 
+// Each band has rows of its own to work with.
 bool CDrehFilter::Shear(const QuarterTurn& turned, const RotationGeometry& turn) {
-  kernels::Shears shears(turn, {intermediate.get(), static_cast<int>(intermediateWidth),
-                                static_cast<int>(intermediateHeight)});
-  for (int i = 0; i < turned.Bands(); ++i) {
-    if (abort) return false;
-    shears.TakeBand(turned, turned.BandAt(i));
-  }
-  for (int y = 0; y < result.height; ++y) {
-    if (abort) return false;
-    shears.ReadRow(y, outputPicture->ColourRows()[y], outputPicture->MaskRows()[y]);
-  }
-  return true;
+  const kernels::Shears shears(turn, {intermediate.get(), static_cast<int>(intermediateWidth),
+                                      static_cast<int>(intermediateHeight)});
+  const auto take = [&](int first, int end) {
+    kernels::Shears part = shears;
+    for (; first < end && !abort; ++first) part.TakeBand(turned, turned.BandAt(first));
+    return !abort;
+  };
+  const auto read = [&](int first, int end) {
+    kernels::Shears part = shears;
+    for (int y = first; y < end && !abort; ++y) {
+      part.ReadRow(y, outputPicture->ColourRows()[y], outputPicture->MaskRows()[y]);
+    }
+    return !abort;
+  };
+  return base::ForEachBand(turned.Bands(), 1, take) &&
+         base::ForEachBand(result.height, base::RowsPerBand(result.width), read);
 }
 
 bool CDrehFilter::EnsureIntermediate(std::int64_t width, std::int64_t height) {
@@ -157,9 +163,7 @@ bool CDrehFilter::EnsureIntermediate(std::int64_t width, std::int64_t height) {
   intermediate.reset();
   intermediateWidth = width;
   intermediateHeight = height;
-  const auto quads = static_cast<std::size_t>(width * height);
-  intermediate.reset(new (std::nothrow) kernels::Quad[quads]);
-  if (!intermediate) return false;
-  platform::AnnounceWholeUse(intermediate.get(), quads * sizeof(kernels::Quad));
-  return true;
+  const auto bytes = static_cast<std::size_t>(width * height) * sizeof(kernels::Quad);
+  intermediate.reset(static_cast<kernels::Quad*>(platform::AllocateLarge(bytes)));
+  return intermediate != nullptr;
 }

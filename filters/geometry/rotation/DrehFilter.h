@@ -1,12 +1,13 @@
 // Rotation ("drehen"): turns a picture by any angle, mirrored before if so wished.
 #pragma once
 
-#include <memory>
+#include <cstdint>
 
 #include "core/FilterShapes.h"
 #include "filters/FilterStatics.h"
 #include "filters/geometry/rotation/QuarterTurn.h"
 #include "filters/geometry/rotation/RotationGeometry.h"
+#include "platform/LargeBlock.h"
 
 extern const FilterClass kDrehClass;
 
@@ -35,6 +36,6 @@ class CDrehFilter final : public ParameterFilter<WholePictureFilter, RotationRec
 
   RotationRecord used;  // of the picture in the cache
   // Kept between computations of the same size.
-  std::unique_ptr<kernels::Quad[]> intermediate;
+  platform::LargeArray<kernels::Quad> intermediate;
   std::int64_t intermediateWidth = 0, intermediateHeight = 0;
 };

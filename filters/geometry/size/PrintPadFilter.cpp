@@ -108,17 +108,16 @@ bool CPrintPadFilter::Rebuild() {
   int extent[2];
   source->GetInfo(&w, &h, &offset[0], &offset[1], &extent[0], &extent[1]);
   if (!EnsurePictures(0, 0, result.width, result.height)) return false;
-  outputPicture->Clear();
+  const bool isClear = Clear(*outputPicture);
   const Overlap x(pulled.width, result.width, (result.width - pulled.width) / 2);
   const Overlap y(pulled.height, result.height,
                   used.bottomAlign ? 0 : (result.height - pulled.height) / 2);
   source->ReadRows(x.paper, y.paper, x.source, y.source, x.length, y.length,
                    outputPicture->ColourRows(), outputPicture->MaskRows());
   const kernels::Colour pad = ColourOf(used.padColor);
-  for (int row = 0; row < result.height; ++row) {
-    if (abort) return false;
-    kernels::Choose<kernels::PointKernelTable>().putBackground(
-        outputPicture->ColourRows()[row], outputPicture->MaskRows()[row], result.width, pad, 0);
-  }
-  return true;
+  return isClear && ForRows(0, result.height, [&](int row) {
+           kernels::Choose<kernels::PointKernelTable>().putBackground(
+               outputPicture->ColourRows()[row], outputPicture->MaskRows()[row], result.width, pad,
+               0);
+         });
 }

@@ -32,12 +32,13 @@ bool ResamplingFilter::Rebuild() {
     inputPicture.reset();
     return false;
   }
-  PullInput(*inputPicture);
-  const bool done = kernels::Resample(
-      {inputPicture->ColourRows(), inputPicture->MaskRows(), pulled.width, pulled.height},
-      {outputPicture->ColourRows(), outputPicture->MaskRows(), result.width, result.height},
-      {usedRatios.x, usedRatios.y, pulled.offsetX, pulled.offsetY}, abort);
+  const bool done =
+      PullWhatComes(*inputPicture) &&
+      kernels::Resample(
+          {inputPicture->ColourRows(), inputPicture->MaskRows(), pulled.width, pulled.height},
+          {outputPicture->ColourRows(), outputPicture->MaskRows(), result.width, result.height},
+          {usedRatios.x, usedRatios.y, pulled.offsetX, pulled.offsetY}, abort);
   inputPicture.reset();
-  if (!done) outputPicture->Clear();
+  if (!done) outputPicture.reset();
   return done;
 }

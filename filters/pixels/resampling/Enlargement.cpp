@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/Rows.h"
+#include "base/Workers.h"
 #include "filters/pixels/resampling/BicubicKernels.h"
 #include "filters/pixels/resampling/Resampling.h"
 
@@ -98,16 +99,18 @@ class StretchedRows {
 
 template <class Way>
 bool EnlargeBy(const Raster& from, const Raster& to, const std::atomic<bool>& abort) {
-  StretchedRows<Way> stretched(from, to.width);
   const std::vector<BicubicTap> taps = BicubicTaps(from.height, to.height);
-  for (int y = 0; y < to.height; ++y) {
-    if (abort) return false;
-    const auto [index, phase] = taps[Size(y)];
-    const typename Way::Pixel* rows[4];
-    for (int t = 0; t < 4; ++t) rows[t] = stretched[std::int64_t{index} - 1 + t];
-    Way::Blend(to, y, rows, BicubicPhases()[phase]);
-  }
-  return true;
+  return base::ForEachBand(to.height, base::RowsPerBand(to.width), [&](int first, int end) {
+    StretchedRows<Way> stretched(from, to.width);
+    for (int y = first; y < end; ++y) {
+      if (abort) return false;
+      const auto [index, phase] = taps[Size(y)];
+      const typename Way::Pixel* rows[4];
+      for (int t = 0; t < 4; ++t) rows[t] = stretched[std::int64_t{index} - 1 + t];
+      Way::Blend(to, y, rows, BicubicPhases()[phase]);
+    }
+    return true;
+  });
 }
 
 }  // namespace

@@ -7,7 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "base/Arithmetic.h"
 #include "base/Rows.h"
+#include "filters/pixels/RowBlocks.h"
 #include "filters/pixels/resampling/ReductionKernels.h"
 #include "filters/pixels/resampling/ReductionWindows.h"
 #include "filters/pixels/resampling/Resampling.h"
@@ -61,8 +63,10 @@ struct Totals {
 
 class Reducer {
  public:
-  Reducer(const Raster& source, const Raster& result, const Resampling& how, bool isOpaque)
-      : from_(source),
+  Reducer(const Raster& source, const Raster& result, const Resampling& how, bool isOpaque,
+          const std::atomic<bool>& abort)
+      : abort_(abort),
+        from_(source),
         to_(result),
         opaque_(isOpaque),
         xAxis_(source.width, result.width, how.offsetX),
@@ -204,7 +208,7 @@ class Reducer {
 
   void ReduceByRows(const ReductionWindow& window, int y) {
     totals_.assign(Size(to_.width), {});
-    for (int t = 0; t < window.count; ++t) AddRow(WeighBatch(window, t, t + 1));
+    for (int t = 0; t < window.count && !abort_; ++t) AddRow(WeighBatch(window, t, t + 1));
     std::uint8_t* const colour = to_.colour[y];
     for (std::size_t i = 0; i < totals_.size(); ++i) {
       const Totals& total = totals_[i];
@@ -237,6 +241,7 @@ class Reducer {
     }
   }
 
+  const std::atomic<bool>& abort_;
   const Raster& from_;
   const Raster& to_;
   const bool opaque_;
@@ -259,23 +264,30 @@ class Reducer {
 // ends.
 class SharpenLines {
  public:
-  SharpenLines(const Raster& picture, bool opaque)
-      : picture_(picture), opaque_(opaque), bytes_(base::ColourBytes(picture.width)) {
+  SharpenLines(const Raster& picture, bool opaque, const RowBlocks& blocks, int block)
+      : picture_(picture),
+        blocks_(blocks),
+        block_(block),
+        opaque_(opaque),
+        bytes_(base::ColourBytes(picture.width)) {
     for (auto* line : {&above_, &centre_, &below_}) {
       line->colour.resize(bytes_ + 2 * kMargin);
       line->mask.resize(opaque_ ? 0 : bytes_ + 2 * kMargin, base::kNothing);
     }
-    Read(0, centre_);
-    above_ = centre_;
-    if (!opaque_) above_.mask.assign(above_.mask.size(), base::kNothing);
+    const int first = blocks_.First(block_);
+    Read(first, centre_);
+    if (first > 0) {
+      Read(first - 1, above_);
+    } else {
+      TakeCentre(above_);
+    }
   }
 
   SharpenRows Around(int y) {
     if (y + 1 < picture_.height) {
       Read(y + 1, below_);
     } else {
-      below_ = centre_;
-      if (!opaque_) below_.mask.assign(below_.mask.size(), base::kNothing);
+      TakeCentre(below_);
     }
     return {Colour(above_), Colour(centre_), Colour(below_),
             Mask(above_),   Mask(centre_),   Mask(below_)};
@@ -292,13 +304,19 @@ class SharpenLines {
     std::vector<std::uint8_t> colour, mask;  // three bytes a pixel, both
   };
 
+  // For a line outside the picture.
+  void TakeCentre(Line& line) const {
+    line = centre_;
+    if (!opaque_) line.mask.assign(line.mask.size(), base::kNothing);
+  }
+
   static const std::uint8_t* Colour(const Line& line) { return line.colour.data() + kMargin; }
   const std::uint8_t* Mask(const Line& line) const {
     return opaque_ ? nullptr : line.mask.data() + kMargin;
   }
 
   void Read(int y, Line& line) const {
-    const std::uint8_t* const colour = picture_.colour[y];
+    const std::uint8_t* const colour = blocks_.Row(block_, y);
     std::uint8_t* const to = line.colour.data() + kMargin;
     std::memcpy(to, colour, bytes_);
     std::memcpy(to - kMargin, to, kMargin);
@@ -312,36 +330,52 @@ class SharpenLines {
   }
 
   const Raster& picture_;
+  const RowBlocks& blocks_;
+  const int block_;
   const bool opaque_;
   const std::size_t bytes_;
   Line above_, centre_, below_;
 };
 
 // Neighbours outside the picture count as the pixel itself.
-void Sharpen(const Raster& picture, const Resampling& how, bool opaque) {
+bool Sharpen(const Raster& picture, const Resampling& how, bool opaque,
+             const std::atomic<bool>& abort) {
   const double share = (2.0 - how.ratioX - how.ratioY) * 0.125;
   const SharpenWeights weights = {static_cast<std::int64_t>(65536 * (1 + 4 * share)),
                                   static_cast<std::int64_t>(-65536 * share)};
   const ReductionKernels& kernels = Choose<ReductionKernels>();
   const auto sharpen = opaque ? kernels.sharpen : kernels.sharpenMasked;
-  SharpenLines lines(picture, opaque);
-  for (int y = 0; y < picture.height; ++y) {
-    sharpen(picture.colour[y], picture.width * base::kBytesPerPixel, lines.Around(y), weights);
-    lines.Advance();
-  }
+  const RowBlocks blocks(picture.colour, 0, base::ColourBytes(picture.width), picture.height, 1,
+                         base::RowsPerBand(picture.width));
+  return blocks.ForEach([&](int block) {
+    SharpenLines lines(picture, opaque, blocks, block);
+    for (int y = blocks.First(block); y < blocks.First(block + 1); ++y) {
+      if (abort) return false;
+      sharpen(picture.colour[y], picture.width * base::kBytesPerPixel, lines.Around(y), weights);
+      lines.Advance();
+    }
+    return true;
+  });
+}
+
+// Rows of the result under which lie enough pixels to be worth a thread of their own.
+int LeastRows(const Raster& from, const Raster& to) {
+  const std::int64_t rowsUnder = from.height / to.height + 1;
+  return base::RowsPerBand(base::LimitToInt32(from.width * rowsUnder));
 }
 
 }  // namespace
 
 bool Reduce(const Raster& from, const Raster& to, const Resampling& how, bool opaque,
             const std::atomic<bool>& abort) {
-  Reducer reducer(from, to, how, opaque);
-  for (int y = 0; y < to.height; ++y) {
-    if (abort) return false;
-    reducer.ReduceRow(y);
-  }
-  Sharpen(to, how, opaque);
-  return true;
+  const Reducer windows(from, to, how, opaque, abort);
+  return base::ForEachBand(to.height, LeastRows(from, to),
+                           [&](int first, int end) {
+                             Reducer reducer = windows;
+                             for (; first < end && !abort; ++first) reducer.ReduceRow(first);
+                             return !abort;
+                           }) &&
+         Sharpen(to, how, opaque, abort);
 }
 
 }  // namespace kernels

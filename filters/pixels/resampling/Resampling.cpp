@@ -2,25 +2,31 @@
 
 #include <cstring>
 
+#include "base/Workers.h"
+
 namespace kernels {
 namespace {
 
 // A row is compared with itself, moved by a byte: equal throughout means that all bytes are those
 // of the first.
-bool IsOpaque(const Raster& picture) {
-  const auto rest = static_cast<std::size_t>(picture.width) - 1;
-  for (int y = 0; y < picture.height; ++y) {
-    const std::uint8_t* const mask = picture.mask[y];
-    if (mask[0] != 0 || std::memcmp(mask, mask + 1, rest) != 0) return false;
-  }
-  return true;
+bool IsOpaqueRow(const std::uint8_t* mask, int width) {
+  return mask[0] == 0 && std::memcmp(mask, mask + 1, static_cast<std::size_t>(width) - 1) == 0;
+}
+
+// After an abort it may be false.
+bool IsOpaque(const Raster& picture, const std::atomic<bool>& abort) {
+  const int least = base::RowsPerBand(picture.width, 1 << 19);
+  return base::ForEachBand(picture.height, least, [&](int first, int end) {
+    while (first < end && !abort && IsOpaqueRow(picture.mask[first], picture.width)) ++first;
+    return first == end;
+  });
 }
 
 }  // namespace
 
 bool Resample(const Raster& from, const Raster& to, const Resampling& how,
               const std::atomic<bool>& abort) {
-  const bool opaque = IsOpaque(from);
+  const bool opaque = IsOpaque(from, abort);
   if (how.ratioX > 1.0 || how.ratioY > 1.0) return Enlarge(from, to, opaque, abort);
   return Reduce(from, to, how, opaque, abort);
 }

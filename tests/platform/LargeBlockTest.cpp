@@ -1,0 +1,85 @@
+#include "platform/LargeBlock.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <set>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using platform::AllocateLarge;
+using platform::FreeKeptBlocks;
+using platform::FreeLarge;
+
+constexpr std::size_t kMegabyte = std::size_t{1} << 20;
+
+// Whether a block that was freed comes again; under a sanitizer none does.
+bool KeepsBlocks() {
+  FreeKeptBlocks();
+  void* const first = AllocateLarge(5 * kMegabyte);
+  std::memset(first, 17, 5 * kMegabyte);
+  FreeLarge(first);
+  auto* const second = static_cast<unsigned char*>(AllocateLarge(5 * kMegabyte));
+  const bool isKept = second == first && second[4 * kMegabyte] == 17;
+  FreeLarge(second);
+  FreeKeptBlocks();
+  return isKept;
+}
+
+TEST(LargeBlock, ComesAgainForWhatFitsIt) {
+  if (!KeepsBlocks()) GTEST_SKIP() << "a sanitizer wants them freed";
+  void* const block = AllocateLarge(8 * kMegabyte);
+  FreeLarge(block);
+  void* const larger = AllocateLarge(8 * kMegabyte + 1);
+  void* const muchSmaller = AllocateLarge(5 * kMegabyte);
+  EXPECT_NE(larger, block);
+  EXPECT_NE(muchSmaller, block);
+  void* const smaller = AllocateLarge(7 * kMegabyte);
+  EXPECT_EQ(smaller, block);
+  for (void* used : {larger, muchSmaller, smaller}) FreeLarge(used);
+  FreeKeptBlocks();
+}
+
+// Of nine blocks the first is given back, whatever their size.
+TEST(LargeBlock, IsKeptInSmallNumbers) {
+  if (!KeepsBlocks()) GTEST_SKIP() << "a sanitizer wants them freed";
+  std::vector<void*> blocks;
+  for (std::size_t i = 0; i < 9; ++i) blocks.push_back(AllocateLarge((2 * i + 2) * kMegabyte));
+  for (void* block : blocks) FreeLarge(block);
+  std::set<void*> again;
+  for (std::size_t i = 1; i < 9; ++i) again.insert(AllocateLarge((2 * i + 2) * kMegabyte));
+  EXPECT_EQ(again, std::set<void*>(blocks.begin() + 1, blocks.end()));
+  for (void* block : again) FreeLarge(block);
+  FreeKeptBlocks();
+}
+
+TEST(LargeBlock, IsFreedWhoeverMadeIt) {
+  FreeLarge(nullptr);
+  FreeLarge(std::malloc(10));
+  FreeLarge(std::malloc(10 * kMegabyte));
+  FreeLarge(AllocateLarge(0));
+  FreeLarge(AllocateLarge(10));
+  EXPECT_EQ(AllocateLarge(SIZE_MAX / 2), nullptr);
+}
+
+TEST(LargeBlock, BelongsToOneThreadAtATime) {
+  const auto work = [](unsigned char mark) {
+    for (int round = 0; round < 200; ++round) {
+      const std::size_t bytes = (2 + static_cast<std::size_t>(round) % 3) * kMegabyte;
+      auto* const block = static_cast<unsigned char*>(AllocateLarge(bytes));
+      for (std::size_t i = 0; i < bytes; i += 4096) block[i] = mark;
+      std::this_thread::yield();
+      for (std::size_t i = 0; i < bytes; i += 4096) ASSERT_EQ(block[i], mark);
+      FreeLarge(block);
+    }
+  };
+  std::thread others[] = {std::thread(work, 1), std::thread(work, 2)};
+  work(3);
+  for (std::thread& other : others) other.join();
+  FreeKeptBlocks();
+}
+
+}  // namespace
