@@ -12,6 +12,7 @@
 #include "imageio/Decoder.h"
 #include "imageio/Encoder.h"
 #include "imageio/Exif.h"
+#include "imageio/ModuleFormats.h"
 #include "imageio/Xmp.h"
 
 namespace imageio {
@@ -32,13 +33,18 @@ std::unique_ptr<Decoder> OpenDecoder(Source& source, Format format) {
       return OpenBmp(source);
     case Format::Unknown:
       break;
+    default:
+      return OpenModuleFormat(source, format);
   }
-  throw ImageError("not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM)");
+  throw ImageError(
+      "not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM, WebP, JPEG XL, AVIF, "
+      "HEIF, camera raw)");
 }
 
 Format FormatOfSource(Source& source) {
   std::array<std::uint8_t, 16> first;
-  return FormatOfBytes(first.data(), source.ReadAt(0, first.data(), first.size()));
+  const Format format = FormatOfBytes(first.data(), source.ReadAt(0, first.data(), first.size()));
+  return format == Format::Tiff && IsRawTiff(source) ? kRaw : format;
 }
 
 // A picture that was never a file.
@@ -108,9 +114,10 @@ bool Encode(Output& output, Format format, const Picture& picture, const WriteOp
     case Format::Bmp:
       return WriteBmp(output, picture, options, progress);
     case Format::Unknown:
-      break;
+      return false;
+    default:
+      return WriteModuleFormat(output, format, picture, options, progress);
   }
-  return false;
 }
 
 // Every failure of the work is an ImageError.
@@ -234,7 +241,8 @@ namespace {
 
 void CheckWritable(Format format, int width, int height) {
   if (width < 1 || height < 1) throw ImageError("the picture has no size");
-  if (format == Format::Unknown) throw ImageError("pictures of this kind cannot be written");
+  if (format == Format::Unknown || format == kRaw)
+    throw ImageError("pictures of this kind cannot be written");
 }
 
 bool WriteFile(const std::filesystem::path& file, Format format, const Picture& picture,
@@ -271,7 +279,7 @@ bool WriteImageRows(const std::filesystem::path& file, Format format, int width,
 }
 
 bool TakesRowsInOrder(Format format) {
-  return format != Format::Unknown && format != Format::Bmp;
+  return format != Format::Unknown && format != Format::Bmp && !IsModuleFormat(format);
 }
 
 bool LooksAtMask(Format format) {
@@ -301,7 +309,9 @@ Format FormatOfName(const std::filesystem::path& file) {
       {".ppm", Format::Pnm},   {".pam", Format::Pam},   {".png", Format::Png},
       {".jpg", Format::Jpeg},  {".jpeg", Format::Jpeg}, {".jpe", Format::Jpeg},
       {".jfif", Format::Jpeg}, {".tif", Format::Tiff},  {".tiff", Format::Tiff},
-      {".bmp", Format::Bmp},   {".dib", Format::Bmp}};
+      {".bmp", Format::Bmp},   {".dib", Format::Bmp},   {".webp", kWebP},
+      {".jxl", kJpegXl},       {".avif", kAvif},        {".heic", kHeif},
+      {".heif", kHeif}};
   const std::filesystem::path extension = file.extension();
   const auto same = [](auto unit, char letter) {
     return (unit >= 'A' && unit <= 'Z' ? unit - 'A' + 'a' : unit) == letter;
@@ -313,15 +323,43 @@ Format FormatOfName(const std::filesystem::path& file) {
   return Format::Unknown;
 }
 
+namespace {
+
+// By the brand of a file in boxes.
+Format FormatOfBrand(std::string_view brand) {
+  constexpr std::string_view kBrands[] = {"heic", "heix", "heim", "heis", "hevc",
+                                          "hevx", "hevm", "hevs", "mif1", "msf1"};
+  if (brand == "avif" || brand == "avis") return kAvif;
+  if (brand == "crx ") return kRaw;
+  return std::find(std::begin(kBrands), std::end(kBrands), brand) == std::end(kBrands)
+             ? Format::Unknown
+             : kHeif;
+}
+
+}  // namespace
+
 Format FormatOfBytes(const std::uint8_t* bytes, std::size_t size) {
   const auto starts = [&](std::string_view text) {
     return size >= text.size() && std::memcmp(bytes, text.data(), text.size()) == 0;
   };
   using namespace std::string_view_literals;
+  const auto has = [&](std::size_t at, std::string_view text) {
+    return size >= at + text.size() && std::memcmp(bytes + at, text.data(), text.size()) == 0;
+  };
   if (starts("\x89PNG\r\n\x1A\n"sv)) return Format::Png;
   if (starts("\xFF\xD8\xFF"sv)) return Format::Jpeg;
+  if (has(8, "CR\2"sv) || has(6, "HEAPCCDR"sv)) return kRaw;
   if (starts("II*\0"sv) || starts("MM\0*"sv)) return Format::Tiff;
   if (starts("II+\0"sv) || starts("MM\0+"sv)) return Format::Tiff;
+  if (starts("RIFF"sv) && has(8, "WEBP"sv)) return kWebP;
+  if (starts("\xFF\x0A"sv) || starts("\0\0\0\x0CJXL \r\n"sv)) return kJpegXl;
+  if (has(4, "ftyp"sv) && size >= 12) {
+    return FormatOfBrand({reinterpret_cast<const char*>(bytes) + 8, 4});
+  }
+  for (const std::string_view raw :
+       {"FUJIFILMCCD-RAW"sv, "\0MRM"sv, "FOVb"sv, "IIRO"sv, "IIRS"sv, "MMOR"sv, "IIU\0"sv}) {
+    if (starts(raw)) return kRaw;
+  }
   if (starts("BM"sv)) return Format::Bmp;
   if (starts("P7\n"sv)) return Format::Pam;
   if (size < 3 || bytes[0] != 'P' || bytes[1] < '1' || bytes[1] > '6') return Format::Unknown;

@@ -15,6 +15,7 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr char kNoDecoder[] = "no decoder";
+constexpr char kUnknownKind[] = "not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM)";
 constexpr std::size_t kStartBytes = 0x8000;
 // More would not fit the 32-bit sizes of a bitmap.
 constexpr std::int64_t kMostPixels = 700'000'000;
@@ -165,6 +166,8 @@ void ImageLoader::Decode() {
   isDecoded = true;
   try {
     if (type != kTypeNone && FormatOf(type) == Format::Unknown) throw ImageError(kNoDecoder);
+    // What only modules read is no kind of picture here, and stays unknown.
+    if (type == kTypeNone) throw ImageError(kUnknownKind);
     ImageReader reader = bytes ? ImageReader(bytes->data(), bytes->size()) : ImageReader(*path);
     if (TryDecode(reader)) return;
     error = "the picture is too large";

@@ -93,9 +93,11 @@ void AddOutputOptions(CLI::App& command, ApplyOptions& options) {
                   "for standard output. Default: beside the input, as NAME-fxbox.EXT")
       ->type_name("OUT");
   command
-      .add_option("--format", options.output.kind,
-                  "Kind of picture to write where no name says it: png, jpg, tif, bmp, ppm, pam. "
-                  "Default: the input's own")
+      .add_option(
+          "--format", options.output.kind,
+          "Kind of picture to write where no name says it: png, jpg, tif, bmp, ppm, pam, webp, "
+          "jxl, avif, heic. "
+          "Default: the input's own")
       ->type_name("KIND");
   command.add_flag("--in-place", options.output.inPlace,
                    "Let each result take the place of its input, which is refused otherwise");
@@ -130,7 +132,11 @@ const std::map<std::string, imageio::TiffCompression> kCompressions = {
     {"deflate", imageio::TiffCompression::Deflate}};
 
 void AddWritingOptions(CLI::App& command, imageio::WriteOptions& options) {
-  command.add_option("--quality", options.jpegQuality, "Quality of JPEG files")
+  command
+      .add_option(
+          "--quality", options.jpegQuality,
+          "Quality of JPEG, WebP, JPEG XL, AVIF and HEIF files; at 100 WebP, JPEG XL and AVIF "
+          "lose nothing")
       ->check(CLI::Range(1, 100))
       ->type_name("1..100")
       ->capture_default_str();

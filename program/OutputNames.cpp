@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kKinds[] = "png, jpg, tif, bmp, ppm or pam";
+constexpr char kKinds[] = "png, jpg, tif, bmp, ppm, pam, webp, jxl, avif or heic";
 
 std::string ExtensionFor(const fs::path& input, const OutputOptions& options) {
   if (options.kind) return "." + *options.kind;
@@ -110,7 +110,7 @@ imageio::Format FormatOf(const PlannedFile& file, const OutputOptions& options) 
   if (byName == imageio::Format::Unknown) {
     throw UsageError(Utf8Of(file.output) +
                      ": the name says no kind of picture that can be written: .png, .jpg, .tif, "
-                     ".bmp, .ppm, .pam");
+                     ".bmp, .ppm, .pam, .webp, .jxl, .avif, .heic");
   }
   if (options.kind && asked != byName) {
     throw UsageError(Utf8Of(file.output) + ": the name says another kind than --format " +

@@ -15,7 +15,8 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev libbenchmark-dev
   libcli11-dev nlohmann-json3-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libgsf-1-dev
-  libfreetype-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev fonts-dejavu-core libgtk-4-dev)
+  libfreetype-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev fonts-dejavu-core libgtk-4-dev
+  libwebp-dev libjxl-dev libavif-dev libheif-dev libraw-dev)
 tests=(clang clang-format libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
   xvfb xauth xdotool adwaita-icon-theme parallel
   pybind11-dev python3-dev python3-numpy mypy)

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cmath>
+#include <cstring>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
 
 #include "base/Arithmetic.h"
@@ -42,7 +45,6 @@ Picture NewPicture(std::int64_t width, std::int64_t height) {
 }
 
 Picture ReadPicture(const std::string& path) {
-  CheckSignPath(path);
   try {
     imageio::ImageReader reader(PathOf(path));
     Picture picture = NewPicture(reader.Info().width, reader.Info().height);
@@ -53,18 +55,79 @@ Picture ReadPicture(const std::string& path) {
   }
 }
 
+// A file as it was when it was read.
+struct FileVersion {
+  std::string path;
+  std::uintmax_t bytes = 0;
+  fs::file_time_type time = {};
+
+  explicit FileVersion(const std::string& utf8) : path(utf8) {
+    std::error_code error;
+    bytes = fs::file_size(PathOf(utf8), error);
+    time = fs::last_write_time(PathOf(utf8), error);
+  }
+  bool operator==(const FileVersion&) const = default;
+
+  // A file that is being changed may have the same time afterwards.
+  bool IsSettled() const {
+    return time < fs::file_time_type::clock::now() - std::chrono::seconds(2);
+  }
+};
+
+// The picture that was read last is kept: the same watermark lies over picture after picture, and a
+// dialog prepares it with each change.
+class LastRead {
+ public:
+  std::shared_ptr<const MemoryPicture> Read(const std::string& path) {
+    constexpr std::int64_t kMostPixels = 16 << 20;
+    CheckSignPath(path);
+    const FileVersion now(path);
+    {
+      const std::lock_guard hold(lock);
+      if (kept && version == now) return kept;
+    }
+    const std::shared_ptr<const MemoryPicture> fresh = ReadPicture(path);
+    if (now.IsSettled() && std::int64_t{fresh->Width()} * fresh->Height() <= kMostPixels) {
+      const std::lock_guard hold(lock);
+      kept = fresh;
+      version = now;
+    }
+    return fresh;
+  }
+
+ private:
+  std::mutex lock;
+  std::shared_ptr<const MemoryPicture> kept;
+  FileVersion version{std::string()};
+};
+
+LastRead& Signs() {
+  static LastRead signs;
+  return signs;
+}
+
 kernels::Raster RasterOf(const MemoryPicture& picture) {
   return {picture.ColourRows(), picture.MaskRows(), picture.Width(), picture.Height()};
 }
 
-Picture ScaledTo(int height, Picture picture) {
-  if (picture->Height() == height) return picture;
-  const double ratio = static_cast<double>(height) / picture->Height();
-  const auto width = static_cast<std::int64_t>(std::floor(picture->Width() * ratio + 0.5));
+Picture CopyOf(const MemoryPicture& picture) {
+  Picture copy = NewPicture(picture.Width(), picture.Height());
+  for (int y = 0; y < picture.Height(); ++y) {
+    std::memcpy(copy->ColourRows()[y], picture.ColourRows()[y], base::ColourBytes(picture.Width()));
+    std::memcpy(copy->MaskRows()[y], picture.MaskRows()[y],
+                static_cast<std::size_t>(picture.Width()));
+  }
+  return copy;
+}
+
+Picture ScaledTo(int height, const MemoryPicture& picture) {
+  if (picture.Height() == height) return CopyOf(picture);
+  const double ratio = static_cast<double>(height) / picture.Height();
+  const auto width = static_cast<std::int64_t>(std::floor(picture.Width() * ratio + 0.5));
   Picture scaled = NewPicture(std::max<std::int64_t>(width, 1), height);
   scaled->Clear();
   const std::atomic<bool> never{false};
-  if (!kernels::Resample(RasterOf(*picture), RasterOf(*scaled), {.ratioX = ratio, .ratioY = ratio},
+  if (!kernels::Resample(RasterOf(picture), RasterOf(*scaled), {.ratioX = ratio, .ratioY = ratio},
                          never)) {
     throw SignError("the picture is too narrow to be enlarged");
   }
@@ -249,7 +312,7 @@ int StepFor(double length, double spacing, const Placement& placement) {
 }
 
 std::shared_ptr<const Overlay> DrawSign(const Sign& sign, Placement placement) {
-  Picture picture = ScaledTo(sign.height, ReadPicture(sign.path));
+  Picture picture = ScaledTo(sign.height, *Signs().Read(sign.path));
   Weaken(*picture, sign.opacity);
   if (sign.repeats) {
     placement.stepX = StepFor(picture->Width(), sign.spacing, placement);

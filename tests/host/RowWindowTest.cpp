@@ -36,7 +36,7 @@ void ExpectRows(const RowWindow& window, int first, int count, bool hasMask) {
   for (int y = first; y < first + count; ++y) {
     const BYTE value = ValueOf(kSize.height - 1 - y);
     EXPECT_EQ(window.Colour(y)[3 * kSize.width - 1], value) << "row " << y;
-    EXPECT_EQ(window.Mask(y)[0], hasMask ? value + 1 : 0) << "row " << y;
+    EXPECT_EQ(window.Mask(y)[0], hasMask ? static_cast<BYTE>(value + 1) : 0) << "row " << y;
   }
 }
 

@@ -21,7 +21,7 @@ TEST(OutputNames, OneInput) {
   EXPECT_EQ(Planned("a/b.jpg", {}), "a/b-fxbox.jpg");
   EXPECT_EQ(Planned("noextension", {}), "noextension-fxbox.png");
   EXPECT_EQ(Planned("a/b.jpg", {.out = "not there/"}), "not there/b.jpg");
-  EXPECT_EQ(Planned("a/b.heic", {.out = "."}), "./b.png");
+  EXPECT_EQ(Planned("a/b.nef", {.out = "."}), "./b.png");
   EXPECT_EQ(Planned("a/b.jpg", {.kind = "tif"}), "a/b-fxbox.tif");
   EXPECT_EQ(Planned("a/b.jpg", {.out = ".", .kind = "PNG"}), "./b.PNG");
   EXPECT_EQ(PlanOutputs({"b.jpg"}, {.out = "c.tif"}).front().format, imageio::Format::Tiff);
@@ -53,7 +53,7 @@ TEST(OutputNames, TwoResultsNeverShareAFile) {
   using Inputs = std::vector<std::string>;
   const OutputOptions out{.out = "out"};
   EXPECT_EQ(PlanOutputs({"a/x.png", "a/y.png"}, out).size(), 2u);
-  for (const Inputs& inputs : {Inputs{"a/x.png", "b/x.png"}, Inputs{"x.webp", "x.png"},
+  for (const Inputs& inputs : {Inputs{"a/x.png", "b/x.png"}, Inputs{"x.gif", "x.png"},
                                Inputs{"x.png", "./x.png"}, Inputs{"a/../x.png", "x.png"}}) {
     EXPECT_THROW(PlanOutputs(inputs, out), UsageError) << inputs[0];
   }

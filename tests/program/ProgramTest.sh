@@ -188,7 +188,7 @@ test_several_inputs() {
   sed 's|\\|/|g' stdout | cmp -s - expected || fail 'expected the three results'
   printf '%s\n' 'fxbox: broken.ppm: the file ends in the middle of the picture' \
     'fxbox: missing.ppm: the file cannot be opened: No such file or directory' \
-    'fxbox: text.png: not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM)' >expected
+    'fxbox: text.png: not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM, WebP, JPEG XL, AVIF, HEIF, camera raw)' >expected
   cmp -s stderr expected || fail 'expected three errors'
   [ "$(ls out/deep | tr '\n' ' ')" = 'a.ppm b.JPG c.png ' ] || fail 'other files in the folder'
   [ "$(od -An -tx1 -N2 out/deep/b.JPG | tr -d ' ')" = ffd8 ] || fail 'b.JPG is no JPEG'
@@ -370,6 +370,28 @@ test_compressions() {
   run 2 apply -c '' --png-level 10 -o x.png in.ppm
 }
 
+# Formats of modules; with none of them all others work, and the error says what is missing.
+test_module_formats() {
+  picture in.ppm
+  for kind in webp jxl avif; do
+    run 0 apply -c '' --quality 100 -o out.$kind in.ppm
+    run 0 apply -c '' -o back.ppm out.$kind
+    cmp -s in.ppm back.ppm || fail "$kind changes the picture"
+    run 0 apply -c 'ZNFilter.Sepia.1(Sepia=050)' --quality 100 -o out/ out.$kind
+    [ -e out/out.$kind ] || fail "the result of $kind is no $kind"
+  done
+  run 0 apply -c '' -o out.heic in.ppm
+  run 0 apply -c '' -o back.ppm out.heic
+  FXBOX_MODULES=$PWD/nowhere
+  export FXBOX_MODULES
+  run 1 apply -c '' -o back.ppm out.avif
+  error_starts 'fxbox: out.avif: AVIF pictures need the module libfxbox4-avif.so.4 of the package libfxbox4-formats: '
+  run 1 apply -c '' -o out2.webp in.ppm
+  error_starts 'fxbox: out2.webp: WebP pictures need the module libfxbox4-webp.so.4 of the package '
+  is_missing out2.webp
+  run 0 apply -c '' -o out.png in.ppm
+}
+
 # Names come through a pipe that stays open: each is done at once. An interrupt ends the wait.
 test_list_as_it_comes() {
   picture a.ppm
@@ -459,7 +481,7 @@ test_standard_streams() {
   cat in.ppm | $prefix apply -c '' --format png -o folder/ - >stdout 2>stderr || fail 'no result'
   [ -s folder/stdin.png ] || fail 'no picture in the folder'
   printf 'nothing' | $prefix apply -c '' - >stdout 2>stderr && fail 'no error'
-  error_is 'fxbox: standard input: not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM)'
+  error_is 'fxbox: standard input: not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM, WebP, JPEG XL, AVIF, HEIF, camera raw)'
   output_is ''
   refuse 'standard input cannot be the chain and a picture' apply -f - -o out.ppm -
   refuse 'standard output cannot be the report and a picture' apply -c '' --json -o - in.ppm
@@ -487,7 +509,7 @@ test_pipes() {
   $prefix filters >/dev/full 2>stderr && fail 'a full disk is no success'
   error_is 'fxbox: standard output: cannot be written'
   run 1 apply -c '' -o out.ppm /dev/zero
-  error_is 'fxbox: /dev/zero: not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM)'
+  error_is 'fxbox: /dev/zero: not a picture file of a known kind (JPEG, PNG, TIFF, BMP, PNM, PAM, WebP, JPEG XL, AVIF, HEIF, camera raw)'
 }
 
 # Causes in the system's words.

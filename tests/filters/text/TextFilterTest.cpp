@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <thread>
 
@@ -322,6 +323,24 @@ TEST_F(SignPicture, IsScaledTurnedAndRepeated) {
       }
     }
   }
+}
+
+// Known by length and time, unless it is so new that it may still be written.
+TEST_F(SignPicture, IsReadOncePerVersion) {
+  namespace fs = std::filesystem;
+  TestFonts fonts;
+  const Picture blank = Uniform(100, 100, 1, 2, 3, 255);
+  const auto draw = [&] { return Drawn(kSign, "Size=200,Opacity=100" + Key(file), blank); };
+  const auto longAgo = fs::last_write_time(file) - std::chrono::hours(1);
+  fs::last_write_time(file, longAgo);
+  const Picture laid = draw();
+  ASSERT_NE(laid, blank);
+  const auto length = fs::file_size(file);
+  std::ofstream(file, std::ios::binary) << std::string(length, 'x');
+  fs::last_write_time(file, longAgo);
+  EXPECT_EQ(draw(), laid) << "the same length and time: not read again";
+  fs::last_write_time(file, longAgo + std::chrono::seconds(1));
+  EXPECT_EQ(draw(), blank) << "another time: read again, and no picture any more";
 }
 
 TEST_F(SignPicture, WhatCannotBeReadDrawsNothing) {

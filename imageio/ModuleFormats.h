@@ -1,0 +1,28 @@
+// Picture formats whose libraries lie in modules, which are loaded with the first picture of each.
+#pragma once
+
+#include "imageio/Decoder.h"
+#include "imageio/Encoder.h"
+
+namespace imageio {
+
+// Their numbers stand behind those that ImageFile.h names: whoever handles pictures of all kinds
+// alike needs no more than a Format. Raw, what cameras write, is only read.
+inline constexpr Format kWebP{7};
+inline constexpr Format kJpegXl{8};
+inline constexpr Format kAvif{9};
+inline constexpr Format kHeif{10};
+inline constexpr Format kRaw{11};
+
+bool IsModuleFormat(Format format);
+
+// Both throw an ImageError that names the format, the module and the package that has it where it
+// cannot be loaded.
+std::unique_ptr<Decoder> OpenModuleFormat(Source& source, Format format);
+bool WriteModuleFormat(Output& output, Format format, const Picture& picture,
+                       const WriteOptions& options, const Progress& progress);
+
+// Whether a TIFF file holds a camera's raw picture, of which its own directory has a small preview.
+bool IsRawTiff(Source& file);
+
+}  // namespace imageio

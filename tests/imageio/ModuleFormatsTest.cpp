@@ -1,0 +1,214 @@
+// Formats whose libraries are loaded on demand, and what travels from each format to each other.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+#include "imageio/ModuleFormats.h"
+#include "tests/imageio/ExifMaker.h"
+#include "tests/imageio/TestPicture.h"
+
+namespace {
+
+using imageio::Format;
+using imageio::ImageError;
+using imageio::ImageReader;
+using imageio::kAvif;
+using imageio::kHeif;
+using imageio::kJpegXl;
+using imageio::kRaw;
+using imageio::kWebP;
+using imageio::Metadata;
+using test::Bytes;
+using test::TestPicture;
+
+// Before the first of them is loaded.
+[[maybe_unused]] const int kModulesAreNamed = setenv("FXBOX_MODULES", FXBOX_TEST_MODULES, 1);
+
+struct NamedFormat {
+  Format format;
+  const char* name;
+};
+constexpr NamedFormat kWithModules[] = {
+    {kWebP, "WebP"}, {kJpegXl, "JPEG XL"}, {kAvif, "AVIF"}, {kHeif, "HEIF"}};
+
+Bytes WrittenAt(Format format, const TestPicture& picture, int quality,
+                const Metadata& metadata = {}) {
+  imageio::WriteOptions options;
+  options.jpegQuality = quality;
+  options.metadata = metadata;
+  return test::Written(format, picture, options);
+}
+
+double Distance(const TestPicture& a, const TestPicture& b) {
+  double sum = 0;
+  for (std::size_t i = 0; i < a.colour.size(); ++i) sum += std::abs(a.colour[i] - b.colour[i]);
+  return sum / static_cast<double>(a.colour.size());
+}
+
+TEST(ModuleFormats, AreKnownByNameAndBytes) {
+  for (const auto& [format, name] : kWithModules) {
+    const Bytes bytes = WrittenAt(format, TestPicture::Smooth(32, 24), 90);
+    ImageReader reader(bytes.data(), bytes.size());
+    EXPECT_EQ(reader.Info().format, format) << name;
+    EXPECT_EQ(imageio::FormatOfBytes(bytes.data(), 16), format) << name;
+    EXPECT_EQ(reader.Info().width, 32) << name;
+    EXPECT_EQ(reader.Info().height, 24) << name;
+    EXPECT_FALSE(reader.Info().hasMask) << name;
+  }
+  for (const auto& [name, format] :
+       {std::pair("a.webp", kWebP), std::pair("a.JXL", kJpegXl), std::pair("a.avif", kAvif),
+        std::pair("a.heic", kHeif), std::pair("a.heif", kHeif),
+        std::pair("a.nef", Format::Unknown)}) {
+    EXPECT_EQ(imageio::FormatOfName(name), format) << name;
+  }
+}
+
+TEST(ModuleFormats, KeepEveryByteAtTheHighestQuality) {
+  for (const Format format : {kWebP, kJpegXl, kAvif}) {
+    for (const bool masked : {false, true}) {
+      for (const auto& [width, height] : {std::pair(1, 1), std::pair(61, 43), std::pair(16, 300)}) {
+        SCOPED_TRACE(testing::Message() << static_cast<int>(format) << (masked ? " masked " : " ")
+                                        << width << " x " << height);
+        const TestPicture picture = TestPicture::Random(width, height, masked);
+        const Bytes bytes = WrittenAt(format, picture, 100);
+        EXPECT_EQ(ImageReader(bytes.data(), bytes.size()).Info().hasMask, masked);
+        EXPECT_TRUE(TestPicture::OfBytes(bytes) == picture);
+      }
+    }
+  }
+}
+
+TEST(ModuleFormats, AreCloseAndQualityCounts) {
+  const TestPicture picture = TestPicture::Smooth(128, 96);
+  for (const auto& [format, name] : kWithModules) {
+    const Bytes fine = WrittenAt(format, picture, 95);
+    const Bytes coarse = WrittenAt(format, picture, 20);
+    EXPECT_LT(Distance(TestPicture::OfBytes(fine), picture), 3) << name;
+    EXPECT_LT(Distance(TestPicture::OfBytes(coarse), picture), 12) << name;
+    EXPECT_GT(fine.size(), coarse.size()) << name;
+  }
+  TestPicture masked = picture;
+  for (std::size_t i = 0; i < masked.mask.size(); ++i) masked.mask[i] = static_cast<BYTE>(i % 256);
+  const TestPicture heif = TestPicture::OfBytes(WrittenAt(kHeif, masked, 95));
+  double off = 0;
+  for (std::size_t i = 0; i < heif.mask.size(); ++i) off += std::abs(heif.mask[i] - masked.mask[i]);
+  EXPECT_LT(off / static_cast<double>(heif.mask.size()), 4) << "alpha";
+}
+
+// AVIF files are turned by a property of their own, which is made of the EXIF data's orientation.
+TEST(ModuleFormats, PicturesStandUpright) {
+  TestPicture picture = TestPicture::Random(7, 5, false);
+  for (int orientation = 1; orientation <= 8; ++orientation) {
+    Metadata metadata;
+    metadata.exif = test::MakeExif(true, orientation);
+    const TestPicture jpegTurned =
+        TestPicture::OfBytes(WrittenAt(Format::Png, picture, 100, metadata));
+    for (const Format format : {kAvif, kWebP}) {
+      EXPECT_TRUE(TestPicture::OfBytes(WrittenAt(format, picture, 100, metadata)) == jpegTurned)
+          << static_cast<int>(format) << " by " << orientation;
+    }
+  }
+}
+
+TEST(ModuleFormats, DamagedFilesDoNoHarm) {
+  for (const auto& [format, name] : kWithModules) {
+    const Bytes bytes = WrittenAt(format, TestPicture::Random(40, 30, true), 90);
+    for (std::size_t length = 16; length < bytes.size(); length += bytes.size() / 10 + 1) {
+      const Bytes cut(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length));
+      EXPECT_THROW(TestPicture::OfBytes(cut), ImageError) << name << " cut at " << length;
+    }
+    for (std::size_t at = 0; at < bytes.size(); at += bytes.size() / 15 + 1) {
+      Bytes changed = bytes;
+      changed[at] = static_cast<std::uint8_t>(changed[at] ^ 0x55);
+      try {
+        TestPicture::OfBytes(changed);
+      } catch (const ImageError&) {
+      }
+    }
+  }
+}
+
+TEST(ModuleFormats, RawPicturesAreNotWritten) {
+  const test::TemporaryFile file;
+  TestPicture picture = TestPicture::Smooth(4, 4);
+  EXPECT_THROW(imageio::WriteImage(file.path, kRaw, 4, 4, picture.Rows()), ImageError);
+}
+
+// --- what travels
+
+Metadata Everything() {
+  Metadata metadata;
+  metadata.exif = test::MakeExif(true, 1);
+  metadata.profile = ImageReader(test::DataFolder() / "icc-profile.png").Info().metadata.profile;
+  metadata.xmp = test::BytesOf("<x:xmpmeta xmlns:x='adobe:ns:meta/'/>");
+  metadata.iptc = test::BytesOf("\x1C\x02\x05" + std::string("\0\x05Title\x1C\x02\x7A\0\0", 13));
+  metadata.iptc.resize(16);
+  metadata.resolution = {300, 300};
+  return metadata;
+}
+
+bool HasCamera(const Bytes& exif) {
+  return std::search(exif.begin(), exif.end(), test::kCamera,
+                     test::kCamera + sizeof test::kCamera) != exif.end();
+}
+
+Metadata Through(Format format, const Metadata& metadata) {
+  const Bytes bytes = WrittenAt(format, TestPicture::Smooth(16, 16), 100, metadata);
+  return ImageReader(bytes.data(), bytes.size()).Info().metadata;
+}
+
+// E, P, X, I and R for what is there behind both.
+std::string WhatTravels(Format from, Format to) {
+  const Metadata all = Everything();
+  const Metadata there = Through(to, Through(from, all));
+  std::string letters;
+  if (HasCamera(there.exif)) letters += 'E';
+  if (there.profile == all.profile) letters += 'P';
+  if (there.xmp == all.xmp) letters += 'X';
+  if (there.iptc == all.iptc) letters += 'I';
+  if (there.resolution.x == 300) letters += 'R';
+  return letters.empty() ? "-" : letters;
+}
+
+std::string Table() {
+  constexpr NamedFormat kFormats[] = {
+      {Format::Jpeg, "JPEG"}, {Format::Png, "PNG"}, {Format::Tiff, "TIFF"},
+      {kWebP, "WebP"},        {kJpegXl, "JPEG XL"}, {kAvif, "AVIF"},
+      {kHeif, "HEIF"},        {Format::Bmp, "BMP"}, {Format::Pnm, "PNM, PAM"}};
+  std::ostringstream text;
+  text << "| from \\ to |";
+  for (const auto& to : kFormats) text << " " << to.name << " |";
+  text << "\n| --- |";
+  for (std::size_t i = 0; i < std::size(kFormats); ++i) text << " --- |";
+  for (const auto& from : kFormats) {
+    text << "\n| " << from.name << " |";
+    for (const auto& to : kFormats) text << " " << WhatTravels(from.format, to.format) << " |";
+  }
+  return text.str() + "\n";
+}
+
+// FXBOX_WRITE_DOCS=1 in the environment writes the document anew.
+TEST(RoundTripTable, IsWhatTheDocumentSays) {
+  const std::filesystem::path document = FXBOX_TEST_DOCS "/round-trips.md";
+  const std::string begin = "<!-- table -->\n", end = "<!-- end of table -->\n";
+  std::string text;
+  {
+    std::ifstream stream(document, std::ios::binary);
+    text.assign(std::istreambuf_iterator<char>(stream), {});
+  }
+  const std::size_t from = text.find(begin), to = text.find(end);
+  ASSERT_NE(from, text.npos);
+  ASSERT_NE(to, text.npos);
+  const std::string table = Table();
+  if (std::getenv("FXBOX_WRITE_DOCS")) {
+    std::ofstream(document, std::ios::binary)
+        << text.substr(0, from + begin.size()) << table << text.substr(to);
+    return;
+  }
+  EXPECT_EQ(text.substr(from + begin.size(), to - from - begin.size()), table);
+}
+
+}  // namespace
