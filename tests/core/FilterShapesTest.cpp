@@ -51,13 +51,14 @@ class RowProbe final : public Scripted<RowFilter> {
   void ChangeRow(BYTE*, BYTE*, int) override { CountRow(); }
 };
 
-template <bool kStrict>
+template <bool kStrict, bool kNeedsMask = false>
 class RectangleProbe final : public Scripted<RectangleFilter> {
  public:
   explicit RectangleProbe(const FilterClass& row)
       : Scripted(row, kStrict ? Policy{SourceResult::EndsUnlessZero, false} : Policy{}) {}
 
  private:
+  bool NeedsMask() const override { return kNeedsMask; }
   bool ChangeRectangle(const PullRectangle& r) override {
     for (int i = 0; i < r.height && !abort; ++i) {
       CountRow();
@@ -152,6 +153,18 @@ TEST(FilterShapes, ARectangleLiesWhereTheCallerWantsIt) {
   EXPECT_EQ(rows.WrittenOutside(2, 1, 5, 4), "");
   EXPECT_EQ(rows.Part(2, 1, 1, 1).mask[0], 9);
   EXPECT_THAT(rig.source->requests, testing::ElementsAre(RowRequest{2, 1, 3, 2, 5, 4}));
+}
+
+// A filter that cannot do without a mask is lent one as large as what it is asked for, which the
+// source fills as well.
+TEST(FilterShapes, ARectangleIsLentAMask) {
+  Rig rig(Noise(11, 8, Masks::Noise, 3),
+          TestClass("Test.Shape.2", 5000, 0, MakeFilter<RectangleProbe<false, true>>));
+  rig.Prepare();
+  GuardedRows rows(14, 10);
+  EXPECT_EQ(rig.Filter().ReadRows(2, 1, 3, 2, 5, 4, rows.ColourRows(), nullptr), S_OK);
+  EXPECT_EQ(rows.WrittenOutside(2, 1, 5, 4), "");
+  EXPECT_EQ(rows.Part(2, 4, 1, 1).colour[0], 9);
 }
 
 }  // namespace
