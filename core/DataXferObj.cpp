@@ -6,44 +6,11 @@
 #include <cstring>
 
 #include "platform/component/Guard.h"
+#include "platform/component/ListEnumerator.h"
 
 namespace {
 
-// A list of formats as it was when it was asked for.
-class FormatList final : public platform::ComObject<FormatList, IEnumFORMATETC> {
- public:
-  FormatList(std::vector<FORMATETC> listed, std::size_t start)
-      : formats(std::move(listed)), next(start) {}
-
-  HRESULT STDMETHODCALLTYPE Next(ULONG count, FORMATETC* result, ULONG* fetched) override {
-    if (!result || (count != 1 && !fetched)) return E_POINTER;
-    ULONG given = 0;
-    while (given < count && next < formats.size()) result[given++] = formats[next++];
-    if (fetched) *fetched = given;
-    return given == count ? S_OK : S_FALSE;
-  }
-  HRESULT STDMETHODCALLTYPE Skip(ULONG count) override {
-    const std::size_t left = formats.size() - next;
-    next += std::min<std::size_t>(count, left);
-    return count <= left ? S_OK : S_FALSE;
-  }
-  HRESULT STDMETHODCALLTYPE Reset() override {
-    next = 0;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE Clone(IEnumFORMATETC** result) override {
-    if (!result) return E_POINTER;
-    *result = nullptr;
-    return platform::Guard([&] {
-      *result = new FormatList(formats, next);
-      return S_OK;
-    });
-  }
-
- private:
-  std::vector<FORMATETC> formats;
-  std::size_t next;
-};
+using FormatList = platform::ListEnumerator<IEnumFORMATETC, FORMATETC>;
 
 // Null when there is no memory.
 HGLOBAL CopyOf(HGLOBAL block) {

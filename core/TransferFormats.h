@@ -46,40 +46,25 @@ FXBOX_API std::optional<std::string> ReadTransferText(IDataObject* object, Trans
 FXBOX_API void AddPlainText(IDataObject* object, const char* text);
 FXBOX_API std::optional<std::string> ReadPlainText(IDataObject* object);
 
-// The same for each format.
-inline void AddFilterChain(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::FilterChain, text);
+// The same for one format.
+template <TransferFormat format>
+void AddTransferTextOf(IDataObject* object, const char* text) {
+  AddTransferText(object, format, text);
 }
-inline void AddFilterChainFitForIA(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::FilterChainFitForIA, text);
-}
-inline void AddFilter(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::Filter, text);
-}
-inline void AddFilterFitForIA(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::FilterFitForIA, text);
-}
-inline void AddScaleFilter(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::ScaleFilter, text);
-}
-inline void AddFilterNotForTrash(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::FilterNotForTrash, text);
-}
-inline void AddFilterNotForTrashFitForIA(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::FilterNotForTrashFitForIA, text);
-}
-inline void AddFilterParameter(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::FilterParameter, text);
-}
-inline void AddFilterDialog(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::FilterDialog, text);
-}
-inline void AddFilterDialogFitForIA(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::FilterDialogFitForIA, text);
-}
-inline void AddMergeChains(IDataObject* object, const char* text) {
-  AddTransferText(object, TransferFormat::MergeChains, text);
-}
+inline constexpr auto* AddFilterChain = &AddTransferTextOf<TransferFormat::FilterChain>;
+inline constexpr auto* AddFilterChainFitForIA =
+    &AddTransferTextOf<TransferFormat::FilterChainFitForIA>;
+inline constexpr auto* AddFilter = &AddTransferTextOf<TransferFormat::Filter>;
+inline constexpr auto* AddFilterFitForIA = &AddTransferTextOf<TransferFormat::FilterFitForIA>;
+inline constexpr auto* AddScaleFilter = &AddTransferTextOf<TransferFormat::ScaleFilter>;
+inline constexpr auto* AddFilterNotForTrash = &AddTransferTextOf<TransferFormat::FilterNotForTrash>;
+inline constexpr auto* AddFilterNotForTrashFitForIA =
+    &AddTransferTextOf<TransferFormat::FilterNotForTrashFitForIA>;
+inline constexpr auto* AddFilterParameter = &AddTransferTextOf<TransferFormat::FilterParameter>;
+inline constexpr auto* AddFilterDialog = &AddTransferTextOf<TransferFormat::FilterDialog>;
+inline constexpr auto* AddFilterDialogFitForIA =
+    &AddTransferTextOf<TransferFormat::FilterDialogFitForIA>;
+inline constexpr auto* AddMergeChains = &AddTransferTextOf<TransferFormat::MergeChains>;
 
 // Whether the object holds one of the formats of a group, and its text: that of the first format of
 // the group that is there.

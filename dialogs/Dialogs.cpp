@@ -11,8 +11,8 @@ namespace dialogs {
 const std::vector<const DialogClass*>& DialogClasses() {
   static const std::vector<const DialogClass*> rows = [] {
     std::vector<const DialogClass*> all;
-    for (const auto family : {ColourDialogs(), MixerDialogs(), ToneDialogs(), DetailDialogs(),
-                              GeometryDialogs(), FrameDialogs()}) {
+    for (const auto family : {ColourDialogs(), MixerDialogs(), MeasuringDialogs(), ToneDialogs(),
+                              DetailDialogs(), CropDialogs(), GeometryDialogs(), FrameDialogs()}) {
       for (const DialogClass& row : family) all.push_back(&row);
     }
     return all;

@@ -66,7 +66,7 @@ constexpr PanelRow kPadRows[] = {
     ColourRow("PadRed", "PadGreen", "PadBlue", "IDS_COMMON_COLOR"),
     NumberRow("Copy", "IDS_PRINTPAD_COPIES", 1, 1000)};
 
-std::vector<DialogClass> MakeDialogs() {
+std::vector<DialogClass> MakeCropDialogs() {
   return {{.className = "CRotCropDialog",
            .progId = "ZNFilter.RotCrop.1",
            .headerKey = "IDS_ROTCROP_HEADER",
@@ -81,22 +81,6 @@ std::vector<DialogClass> MakeDialogs() {
            .fields = PrintCropFields(),
            .rows = PrintCropRows(),
            .make = &NewCropDialog},
-          {.className = "CPrintPadDialog",
-           .progId = "ZNFilter.PrintPad.1",
-           .headerKey = "PrintPad",
-           .defaultText = "AspectRatioX=3, AspectRatioY=2, ForceRatio=0, Toggle=0, Landscape=0, "
-                          "PadColor=ffffff, BottomAlign=0, Copy=1",
-           .fields = kPadFields,
-           .rows = kPadRows,
-           .make = &NewPadDialog},
-          {.className = "CDrehDialog",
-           .progId = "ZNFilter.Rotate.1",
-           .headerKey = "IDS_DREH_HEADER",
-           .helpKey = "HLP_DREH",
-           .defaultText = "Angle=0.000,MirrorOn=0",
-           .fields = kRotateFields,
-           .rows = kRotateRows,
-           .make = &NewRotateDialog},
           {.className = "CCropDialog",
            .progId = "ZNFilter.Crop.1",
            .headerKey = "IDS_CROP_HEADER",
@@ -104,6 +88,25 @@ std::vector<DialogClass> MakeDialogs() {
            .fields = CropFields(),
            .rows = CropRows(),
            .make = &NewCropDialog},
+          {.className = "CPrintPadDialog",
+           .progId = "ZNFilter.PrintPad.1",
+           .headerKey = "PrintPad",
+           .defaultText = "AspectRatioX=3, AspectRatioY=2, ForceRatio=0, Toggle=0, Landscape=0, "
+                          "PadColor=ffffff, BottomAlign=0, Copy=1",
+           .fields = kPadFields,
+           .rows = kPadRows,
+           .make = &NewPadDialog}};
+}
+
+std::vector<DialogClass> MakeGeometryDialogs() {
+  return {{.className = "CDrehDialog",
+           .progId = "ZNFilter.Rotate.1",
+           .headerKey = "IDS_DREH_HEADER",
+           .helpKey = "HLP_DREH",
+           .defaultText = "Angle=0.000,MirrorOn=0",
+           .fields = kRotateFields,
+           .rows = kRotateRows,
+           .make = &NewRotateDialog},
           {.className = "CScaleDialog",
            .progId = "ZNFilter.Scale.1",
            .headerKey = "IDS_SCALE_HEADER",
@@ -130,8 +133,13 @@ std::vector<DialogClass> MakeDialogs() {
 
 }  // namespace
 
+std::span<const DialogClass> CropDialogs() {
+  static const std::vector<DialogClass> rows = MakeCropDialogs();
+  return rows;
+}
+
 std::span<const DialogClass> GeometryDialogs() {
-  static const std::vector<DialogClass> rows = MakeDialogs();
+  static const std::vector<DialogClass> rows = MakeGeometryDialogs();
   return rows;
 }
 

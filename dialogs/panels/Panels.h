@@ -91,8 +91,10 @@ constexpr PanelRow ShownWhen(PanelRow row, int slot, const char* key, double val
 std::span<const DialogClass> ColourDialogs();
 std::span<const DialogClass> MixerDialogs();
 std::span<const DialogClass> ToneDialogs();
+std::span<const DialogClass> MeasuringDialogs();  // of tone filters that look at the picture
 std::span<const DialogClass> DetailDialogs();
 std::span<const DialogClass> GeometryDialogs();
+std::span<const DialogClass> CropDialogs();
 std::span<const DialogClass> FrameDialogs();
 
 }  // namespace dialogs

@@ -64,7 +64,7 @@ constexpr PanelRow kGreyRows[] = {ColourRow("RedG", "GreenG", "BlueG", "IDS_WHIT
                                   ChoiceRow("Mode", "IDS_WHITEBLACKGREY_MODE", kGreyModes),
                                   SliderRow("Opacity", "IDS_COMMON_OPACITY")};
 
-std::vector<DialogClass> MakeDialogs() {
+std::vector<DialogClass> MakeMeasuringDialogs() {
   return {{.className = "CTonwertDialog",
            .progId = "ZNFilter.Tonwert.1",
            .headerKey = "IDS_TONWERT_HEADER",
@@ -89,8 +89,11 @@ std::vector<DialogClass> MakeDialogs() {
            .defaultText = GradationDefaultText(),
            .fields = GradationFields(),
            .rows = GradationRows(),
-           .make = &NewGradationDialog},
-          {.className = "CHundKDialog",
+           .make = &NewGradationDialog}};
+}
+
+std::vector<DialogClass> MakeToneDialogs() {
+  return {{.className = "CHundKDialog",
            .progId = "ZNFilter.BrightnessContrast.1",
            .headerKey = "IDS_HUNDK_HEADER",
            .helpKey = "HLP_IMAGE_ENHANCEMENT",
@@ -129,8 +132,13 @@ std::vector<DialogClass> MakeDialogs() {
 
 }  // namespace
 
+std::span<const DialogClass> MeasuringDialogs() {
+  static const std::vector<DialogClass> rows = MakeMeasuringDialogs();
+  return rows;
+}
+
 std::span<const DialogClass> ToneDialogs() {
-  static const std::vector<DialogClass> rows = MakeDialogs();
+  static const std::vector<DialogClass> rows = MakeToneDialogs();
   return rows;
 }
 

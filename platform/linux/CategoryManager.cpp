@@ -10,7 +10,7 @@
 #include "platform/Services.h"
 #include "platform/component/Guard.h"
 #include "platform/linux/ClassTable.h"
-#include "platform/linux/ListEnumerator.h"
+#include "platform/component/ListEnumerator.h"
 #include "platform/linux/WideText.h"
 
 namespace platform {

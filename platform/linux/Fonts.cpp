@@ -95,23 +95,10 @@ class FontconfigFonts final : public Fonts {
   std::string defaultFamily;
 };
 
-// Read when it is first asked for.
-class SystemFontService final : public Fonts {
- public:
-  const std::vector<FontFace>& Faces() override { return Read().Faces(); }
-  const std::string& DefaultFamily() override { return Read().DefaultFamily(); }
-
- private:
-  static FontconfigFonts& Read() {
-    static FontconfigFonts fonts;
-    return fonts;
-  }
-};
-
 }  // namespace
 
 Fonts& SystemFonts() {
-  static SystemFontService fonts;
+  static FontsWhenAsked<FontconfigFonts> fonts;
   return fonts;
 }
 

@@ -188,23 +188,10 @@ class RegisteredFonts final : public Fonts {
   std::string defaultFamily;
 };
 
-// Read when it is first asked for.
-class SystemFontService final : public Fonts {
- public:
-  const std::vector<FontFace>& Faces() override { return Read().Faces(); }
-  const std::string& DefaultFamily() override { return Read().DefaultFamily(); }
-
- private:
-  static RegisteredFonts& Read() {
-    static RegisteredFonts fonts;
-    return fonts;
-  }
-};
-
 }  // namespace
 
 Fonts& SystemFonts() {
-  static SystemFontService fonts;
+  static FontsWhenAsked<RegisteredFonts> fonts;
   return fonts;
 }
 

@@ -186,6 +186,19 @@ static void Attach(void* dialog, void* filter) {
   Release(container);
 }
 
+static void StayOpen(void* dialog, const struct Run* run, PumpCall pump) {
+  void* window = 0;
+  int turns;
+  for (turns = 0; turns < 5; ++turns, Sleep10()) pump(0);
+  SLOT(dialog, 15, WindowCall)(dialog, &window);
+  TellPlaces(window);
+  printf("ready\n");
+  fflush(stdout);
+  while (!run->isClosed && pump(1) == 0) {
+  }
+  printf("closed\n");
+}
+
 /* 1 when the class has no dialog, 0 when all went well. */
 static int RunDialog(void* creator, const char* progId, PumpCall pump, int stays) {
   struct Run run = {0, 0, 0};
@@ -209,15 +222,7 @@ static int RunDialog(void* creator, const char* progId, PumpCall pump, int stays
   }
   SLOT(dialog, 11, PlainCall)(dialog);
   if (stays) {
-    void* window = 0;
-    for (turns = 0; turns < 5; ++turns, Sleep10()) pump(0);
-    SLOT(dialog, 15, WindowCall)(dialog, &window);
-    TellPlaces(window);
-    printf("ready\n");
-    fflush(stdout);
-    while (!run.isClosed && pump(1) == 0) {
-    }
-    printf("closed\n");
+    StayOpen(dialog, &run, pump);
   } else {
     for (turns = 0; turns < 3; ++turns) pump(0);
     SLOT(dialog, 10, PlainCall)(dialog);

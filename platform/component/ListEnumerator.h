@@ -1,4 +1,4 @@
-// An enumerator of the system's kind over a list of flat records.
+// An enumerator of the system's kind over a list.
 #pragma once
 
 #include <algorithm>
@@ -10,19 +10,28 @@
 
 namespace platform {
 
+// What the caller gets of a held item: a copy. Held items that have to be counted or turned into
+// something else on their way out have a function of their own.
+template <class Item>
+void GiveCopy(const Item& held, Item& out) {
+  out = held;
+}
+
 // Gives the items as they were when it was made. Belongs to one thread at a time.
-template <class Interface, class Item>
-class ListEnumerator final : public ComObject<ListEnumerator<Interface, Item>, Interface> {
+template <class Interface, class Item, class Held = Item,
+          void (*give)(const Held&, Item&) = &GiveCopy<Item>>
+class ListEnumerator final
+    : public ComObject<ListEnumerator<Interface, Item, Held, give>, Interface> {
  public:
-  explicit ListEnumerator(std::vector<Item> list, std::size_t first = 0)
+  explicit ListEnumerator(std::vector<Held> list, std::size_t first = 0)
       : items(std::move(list)), next(first) {}
 
+  // `fetched` may be null only for one item.
   HRESULT STDMETHODCALLTYPE Next(ULONG count, Item* out, ULONG* fetched) override {
     if (fetched) *fetched = 0;
-    if (!out) return E_POINTER;
+    if (!out || (count != 1 && !fetched)) return E_POINTER;
     const ULONG given = Available(count);
-    std::copy_n(items.begin() + static_cast<std::ptrdiff_t>(next), given, out);
-    next += given;
+    for (ULONG i = 0; i < given; ++i) give(items[next++], out[i]);
     if (fetched) *fetched = given;
     return given == count ? S_OK : S_FALSE;
   }
@@ -52,7 +61,7 @@ class ListEnumerator final : public ComObject<ListEnumerator<Interface, Item>, I
     return static_cast<ULONG>(std::min<std::size_t>(count, items.size() - next));
   }
 
-  std::vector<Item> items;
+  std::vector<Held> items;
   std::size_t next;
 };
 
