@@ -1,5 +1,6 @@
 #include "filters/detail/RedEyeFilter.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -50,20 +51,25 @@ bool CRedEyeFilter::ChangeRectangle(const PullRectangle& rectangle) {
   held.unlock();
   if (width < 1 || height < 1 || !EnsurePictures(width, height, 0, 0)) return false;
   BYTE** const rows = inputPicture->ColourRows();
-  inputPicture->Clear();
-  source->ReadRows(0, 0, 0, 0, width, height, rows, inputPicture->MaskRows());
+  BYTE** const mask = inputPicture->MaskRows();
+  const bool isClear = base::ForEachBand(height, base::RowsPerBand(width), [&](int first, int end) {
+    for (int y = first; y < end && !abort; ++y) {
+      std::fill_n(rows[y], base::ColourBytes(width), BYTE{0});
+      std::fill_n(mask[y], width, base::kNothing);
+    }
+    return !abort;
+  });
+  source->ReadRows(0, 0, 0, 0, width, height, rows, mask);
+  if (!isClear) return false;
   for (int i = 0; i < now.count; ++i) {
     if (abort) return false;
     kernels::RemoveRedEye({rows, nullptr, 0, 0, width, height}, zoom,
                           now.clicks[static_cast<std::size_t>(i)], abort);
   }
   const PullRectangle cut = rectangle.CutTo(width, height);
-  for (int i = cut.height - 1; i >= 0; --i) {
-    if (abort) return false;
-    BYTE* const colour = cut.Colour(i);
-    if (!colour || cut.width < 1) continue;
+  return cut.ChangeRows(abort, [&](BYTE* colour, BYTE*, int i) {
+    if (!colour) return;
     std::memcpy(colour, rows[cut.srcY + i] + base::ColourOffset(cut.srcX),
                 base::ColourBytes(cut.width));
-  }
-  return true;
+  });
 }
