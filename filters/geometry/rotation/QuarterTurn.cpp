@@ -43,14 +43,14 @@ QuarterTurn::QuarterTurn(const PictureRows& turned, int quarterTurns, bool mirro
 // needed.
 Band QuarterTurn::BandAt(int number) const {
   if (isTransposed && !isBackwardsY) number = Bands() - 1 - number;
-  const int y = number * kTile;
-  return {y, std::min(kTile, Height() - y)};
+  const int y = number * kBandRows;
+  return {y, std::min(kBandRows, Height() - y)};
 }
 
 void QuarterTurn::ReadBand(const Band& band, Quad* quads, std::ptrdiff_t stride) const {
   if (isTransposed) {
-    for (int x = 0; x < Width(); x += kTile) {
-      ReadTransposed(x, band.y, std::min(kTile, Width() - x), band.height, quads + x, stride);
+    for (int x = 0; x < Width(); x += kColumns) {
+      ReadTransposed(x, band.y, std::min(kColumns, Width() - x), band.height, quads + x, stride);
     }
   } else {
     for (int i = 0; i < band.height; ++i) {
@@ -61,15 +61,15 @@ void QuarterTurn::ReadBand(const Band& band, Quad* quads, std::ptrdiff_t stride)
 
 void QuarterTurn::ReadBand(const Band& band, std::uint8_t* const* colour,
                            std::uint8_t* const* mask) const {
-  alignas(64) Quad tile[kTile * kTile];
+  alignas(64) Quad tile[kBandRows * kColumns];
   if (isTransposed) {
-    for (int x = 0; x < Width(); x += kTile) {
-      const int width = std::min(kTile, Width() - x);
-      ReadTransposed(x, band.y, width, band.height, tile, kTile);
+    for (int x = 0; x < Width(); x += kColumns) {
+      const int width = std::min(kColumns, Width() - x);
+      ReadTransposed(x, band.y, width, band.height, tile, kColumns);
       SplitTile(tile, x, band.y, width, band.height, colour, mask);
     }
   } else {
-    constexpr int kLongest = kTile * kTile;
+    constexpr int kLongest = kBandRows * kColumns;
     for (int y = band.y; y < band.y + band.height; ++y) {
       for (int x = 0; x < Width(); x += kLongest) {
         const int width = std::min(kLongest, Width() - x);
@@ -95,27 +95,34 @@ void QuarterTurn::ReadTransposed(int x, int y, int width, int height, Quad* quad
     quads += (height - 1) * stride;
     stride = -stride;
   }
-  alignas(64) Quad upright[kTile * kTile];
+  alignas(64) Quad upright[kBandRows * kUprightRows];
+  for (int first = 0; first < width; first += kUprightRows) {
+    const int rows = std::min(kUprightRows, width - first);
+    ReadUprightTile(x + first, column, rows, height, upright);
+    kernels.transpose(upright, kBandRows, quads + first, stride, height, rows);
+  }
+}
+
+void QuarterTurn::ReadUprightTile(int x, int column, int width, int height, Quad* upright) const {
   for (int i = 0; i < width; ++i) {
     const int row = isBackwardsX ? picture.height - 1 - x - i : x + i;
     kernels.join(picture.colourRows[row] + 3 * std::ptrdiff_t{column},
-                 picture.maskRows[row] + column, upright + i * kTile, height);
-    const int ahead = isBackwardsX ? row - kTile : row + kTile;
+                 picture.maskRows[row] + column, upright + i * kBandRows, height);
+    const int ahead = isBackwardsX ? row - kUprightRows : row + kUprightRows;
     if (ahead < 0 || ahead >= picture.height) continue;
     Announce<kForReading>(picture.colourRows[ahead] + 3 * std::ptrdiff_t{column}, 3 * height);
     Announce<kForReading>(picture.maskRows[ahead] + column, height);
   }
-  kernels.transpose(upright, kTile, quads, stride, height, width);
 }
 
 void QuarterTurn::SplitTile(const Quad* tile, int x, int y, int width, int height,
                             std::uint8_t* const* colour, std::uint8_t* const* mask) const {
-  const int next = x + width;
-  const int ahead = std::min(kTile, Width() - next);
   for (int i = 0; i < height; ++i) {
-    kernels.split(tile + i * kTile, colour[y + i] + 3 * std::ptrdiff_t{x}, mask[y + i] + x, width);
-    Announce<kForWriting>(colour[y + i] + 3 * std::ptrdiff_t{next}, 3 * ahead);
-    Announce<kForWriting>(mask[y + i] + next, ahead);
+    kernels.split(tile + i * kColumns, colour[y + i] + 3 * std::ptrdiff_t{x}, mask[y + i] + x,
+                  width);
+    if (i + 1 == height) break;
+    Announce<kForWriting>(colour[y + i + 1] + 3 * std::ptrdiff_t{x}, 3 * width);
+    Announce<kForWriting>(mask[y + i + 1] + x, width);
   }
 }
 

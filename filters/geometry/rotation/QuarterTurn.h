@@ -26,19 +26,25 @@ class QuarterTurn {
   int Height() const { return isTransposed ? picture.width : picture.height; }
 
   // The rows come in bands, numbered in the order that is the quickest.
-  int Bands() const { return (Height() + kTile - 1) / kTile; }
+  int Bands() const { return (Height() + kBandRows - 1) / kBandRows; }
   Band BandAt(int number) const;
   // The distance of the rows of `quads` is given in quads. The planes' arrays hold all rows.
   void ReadBand(const Band& band, Quad* quads, std::ptrdiff_t stride) const;
   void ReadBand(const Band& band, std::uint8_t* const* colour, std::uint8_t* const* mask) const;
 
  private:
-  static constexpr int kTile = 64;
+  // Of a tile of the result. Pieces of its rows are long enough for the processor to foresee them
+  // when they are written; a tile of quads stays in the second cache.
+  static constexpr int kBandRows = 128;
+  static constexpr int kColumns = 256;
+  // Rows of the picture that are transposed together, in the first cache.
+  static constexpr int kUprightRows = 64;
 
   void ReadUpright(int x, int y, int width, Quad* quads) const;
-  // A tile that lies in the turned picture.
+  // A tile that lies in the turned picture, and as much of it as is read upright at once.
   void ReadTransposed(int x, int y, int width, int height, Quad* quads,
                       std::ptrdiff_t stride) const;
+  void ReadUprightTile(int x, int column, int width, int height, Quad* upright) const;
   void SplitTile(const Quad* tile, int x, int y, int width, int height, std::uint8_t* const* colour,
                  std::uint8_t* const* mask) const;
 

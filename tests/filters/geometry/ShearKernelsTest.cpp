@@ -2,7 +2,10 @@
 #include "filters/geometry/rotation/ShearKernels.h"
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
+#include "filters/geometry/rotation/QuarterTurn.h"
 #include "tests/filters/pixels/KernelRows.h"
 
 namespace {
@@ -98,6 +101,61 @@ TEST_P(ShearKernelLevels, HasKernelsOfItsOwn) {
     EXPECT_NE(own.split, other.split);
     EXPECT_NE(own.blend, other.blend);
     EXPECT_NE(own.blendEach, other.blendEach);
+  }
+}
+
+// --- quarter turns
+
+constexpr int kWidth = 301, kHeight = 277;  // more than the tiles that a turn is done in
+constexpr int kSide = kWidth;               // of squares that hold the picture upright and lying
+
+std::uint8_t ByteAt(int x, int y, int c) {
+  return static_cast<std::uint8_t>(x * 7 + y * 13 + c * 31 + (x * y >> 3));
+}
+
+struct Square {
+  std::vector<std::uint8_t> bytes = std::vector<std::uint8_t>(4 * kSide * kSide);
+  std::vector<std::uint8_t*> colour, mask;
+
+  Square() {
+    for (int y = 0; y < kSide; ++y) {
+      colour.push_back(bytes.data() + 4 * kSide * y);
+      mask.push_back(colour.back() + 3 * kSide);
+    }
+  }
+  std::uint8_t& At(int x, int y, int c) { return c < 3 ? colour[y][3 * x + c] : mask[y][x]; }
+};
+
+bool IsTurned(Square& result, int turns, bool mirror) {
+  for (int i = 0; i < kWidth * kHeight; ++i) {
+    int x = mirror ? kWidth - 1 - i % kWidth : i % kWidth;
+    int y = i / kWidth;
+    for (int turn = 0; turn < turns; ++turn) {
+      std::swap(x, y);
+      x = (turn % 2 == 0 ? kHeight : kWidth) - 1 - x;
+    }
+    for (int c = 0; c < 4; ++c) {
+      if (result.At(x, y, c) != ByteAt(i % kWidth, i / kWidth, c)) return false;
+    }
+  }
+  return true;
+}
+
+TEST_P(ShearKernelLevels, QuarterTurnsOfWholePictures) {
+  Square from;
+  for (int i = 0; i < 4 * kWidth * kHeight; ++i) {
+    const int x = i / 4 % kWidth, y = i / 4 / kWidth;
+    from.At(x, y, i % 4) = ByteAt(x, y, i % 4);
+  }
+  for (int i = 0; i < 8; ++i) {
+    const kernels::QuarterTurn turned({from.colour.data(), from.mask.data(), 0, 0, kWidth, kHeight},
+                                      i / 2, i % 2 == 1,
+                                      kernels::Choose<ShearKernelTable>(GetParam()));
+    Square to;
+    for (int band = 0; band < turned.Bands(); ++band) {
+      turned.ReadBand(turned.BandAt(band), to.colour.data(), to.mask.data());
+    }
+    EXPECT_TRUE(IsTurned(to, i / 2, i % 2 == 1)) << i / 2 << " turns, mirrored: " << i % 2;
   }
 }
 
