@@ -105,7 +105,7 @@ __m128i Load16(const void* at) {
 // missing.
 Weights PairOfWeights(const std::uint16_t* first, const std::uint16_t* second) {
   const Bits pairs = _mm512_zextsi128_si512(Load16(first));
-  return Weights(second ? _mm512_maskz_inserti32x4(kAll16, pairs, Load16(second), 2) : pairs);
+  return Weights(second ? _mm512_maskz_inserti32x4(kAll16, pairs, Load16(second), 1) : pairs);
 }
 
 // The weights of the windows met last: windows with the same weights come again and again.

@@ -27,13 +27,15 @@ class ResamplingLevels : public testing::TestWithParam<SimdLevel> {
 INSTANTIATE_TEST_SUITE_P(Levels, ResamplingLevels, testing::ValuesIn(kernels::kSimdLevels),
                          [](const auto& level) { return kernels::SimdLevelName(level.param); });
 
-// Runs of every width, up to the row's last pixel and with as many rows as sums allow.
+// Runs of every width, up to the row's last pixel, with as many rows as sums allow and with few.
 TEST_P(ResamplingLevels, SumWindows) {
   const auto& plain = kernels::Choose<kernels::ReductionKernels>(SimdLevel::Plain);
   const auto& fast = kernels::Choose<kernels::ReductionKernels>(GetParam());
   std::mt19937 random(1);
-  for (int taps = 0; taps <= kernels::kMostTaps; taps += taps < 40 ? 1 : 27) {
-    const int rowCount = taps < 2 ? 128 : kernels::kMostTaps / taps;
+  for (int i = 0; i <= 2 * kernels::kMostTaps; i += i < 80 ? 1 : 53) {
+    const int taps = i / 2;
+    const int mostRows = taps < 2 ? 128 : kernels::kMostTaps / taps;
+    const int rowCount = i % 2 ? mostRows : std::min(mostRows, 1 + taps);
     const int width = taps + 9;
     const std::size_t stride = Row::size_type((taps + 15) / 16 * 16);
     const Row bytes = RandomRow(std::size_t(rowCount) * std::size_t(4 * width), unsigned(taps));
@@ -55,20 +57,20 @@ TEST_P(ResamplingLevels, SumWindows) {
     std::vector<kernels::ColourSums> sums[4];
     std::vector<std::uint32_t> opacities[2];
     Row divided[2];
-    for (int i = 0; i < 2; ++i) {
-      const auto& kernels = i ? fast : plain;
-      sums[i].resize(runs.size());
-      sums[2 + i].resize(runs.size());
-      opacities[i].resize(runs.size());
-      divided[i].assign(runs.size() * 3 + 8, 77);
-      kernels.sumColours(runs.data(), count, width, rows, sums[i].data());
-      kernels.sumMasked(runs.data(), count, width, rows, sums[2 + i].data(), opacities[i].data());
-      kernels.divide(divided[i].data(), sums[2 + i].data(), count);
+    for (int k = 0; k < 2; ++k) {
+      const auto& kernels = k ? fast : plain;
+      sums[k].resize(runs.size());
+      sums[2 + k].resize(runs.size());
+      opacities[k].resize(runs.size());
+      divided[k].assign(runs.size() * 3 + 8, 77);
+      kernels.sumColours(runs.data(), count, width, rows, sums[k].data());
+      kernels.sumMasked(runs.data(), count, width, rows, sums[2 + k].data(), opacities[k].data());
+      kernels.divide(divided[k].data(), sums[2 + k].data(), count);
     }
-    for (int i = 0; i < 4; i += 2) {
+    for (int k = 0; k < 4; k += 2) {
       for (std::size_t at = 0; at < runs.size(); ++at) {
-        for (int c = 0; c < 3; ++c) ASSERT_EQ(sums[i][at].channel[c], sums[i + 1][at].channel[c]);
-        ASSERT_EQ(sums[i][at].weight, sums[i + 1][at].weight) << taps << " taps, run " << at;
+        for (int c = 0; c < 3; ++c) ASSERT_EQ(sums[k][at].channel[c], sums[k + 1][at].channel[c]);
+        ASSERT_EQ(sums[k][at].weight, sums[k + 1][at].weight) << taps << " taps, run " << at;
       }
     }
     ASSERT_EQ(opacities[0], opacities[1]) << taps;
