@@ -5,6 +5,7 @@
 
 #include "host/ComponentRuntime.h"
 #include "platform/Services.h"
+#include "program/CommandPages.h"
 #include "program/Commands.h"
 #include "program/Host.h"
 #include "program/Messages.h"
@@ -33,6 +34,7 @@ void AddCommands(CLI::App& app, Action& action) {
   AddLogCommand(app, action);
   AddBoxCommand(app, action);
   AddDragCommand(app, action);
+  AddPagesCommand(app, FXBOX_VERSION, action);
 }
 
 // What was printed may have been lost: the disk is full, or nobody reads any more.

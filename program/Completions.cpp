@@ -1,0 +1,171 @@
+#include <CLI/CLI.hpp>
+#include <initializer_list>
+#include <string_view>
+
+#include "program/CommandPages.h"
+
+namespace program {
+namespace {
+
+std::string Joined(std::initializer_list<std::string_view> parts) {
+  std::string text;
+  for (const std::string_view part : parts) text += part;
+  return text;
+}
+
+// A command with the words that lead to it: "fxbox box list".
+struct Command {
+  std::string words;
+  const CLI::App* app;
+};
+
+void Collect(const CLI::App& app, const std::string& words, std::vector<Command>& all) {
+  all.push_back({words, &app});
+  for (const CLI::App* sub : app.get_subcommands([](const CLI::App*) { return true; })) {
+    if (!sub->get_group().empty()) Collect(*sub, Joined({words, " ", sub->get_name()}), all);
+  }
+}
+
+std::vector<Command> AllCommands(const CLI::App& program) {
+  std::vector<Command> all;
+  Collect(program, program.get_name(), all);
+  return all;
+}
+
+std::vector<const CLI::App*> SubcommandsOf(const CLI::App& app) {
+  return app.get_subcommands([](const CLI::App* sub) { return !sub->get_group().empty(); });
+}
+
+bool IsOffered(const CLI::Option& option) {
+  return !option.get_group().empty() && !option.get_positional();
+}
+
+// The first sentence or line, in single quotation marks of a shell.
+std::string ShellQuoted(const std::string& description) {
+  std::string text = description.substr(0, description.find_first_of("\n;"));
+  std::string quoted;
+  for (const char c : text) quoted += c == '\'' ? "'\\''" : std::string(1, c);
+  return Joined({"'", quoted, "'"});
+}
+
+// All words that may come behind those of a command.
+std::string WordsBehind(const CLI::App& app) {
+  std::string words;
+  for (const CLI::App* sub : SubcommandsOf(app)) words += Joined({sub->get_name(), " "});
+  for (const CLI::Option* option : app.get_options()) {
+    if (!IsOffered(*option)) continue;
+    for (const std::string& name : option->get_lnames()) words += Joined({"--", name, " "});
+    for (const std::string& name : option->get_snames()) words += Joined({"-", name, " "});
+  }
+  if (!words.empty()) words.pop_back();
+  return words;
+}
+
+std::string Bash(const std::vector<Command>& commands) {
+  std::string text =
+      "# Completion of fxbox for bash.\n"
+      "_fxbox() {\n"
+      "  local current=\"${COMP_WORDS[COMP_CWORD]}\" called=fxbox word\n"
+      "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
+      "    case \"$called $word\" in\n";
+  for (const Command& command : commands) {
+    if (command.words != "fxbox") {
+      text += Joined({"      ", ShellQuoted(command.words), ") called=\"$called $word\" ;;\n"});
+    }
+  }
+  text +=
+      "    esac\n"
+      "  done\n"
+      "  local words=\n"
+      "  case \"$called\" in\n";
+  for (const Command& command : commands) {
+    text +=
+        "    " + ShellQuoted(command.words) + ") words='" + WordsBehind(*command.app) + "' ;;\n";
+  }
+  return text +
+         "  esac\n"
+         "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
+         "  [ ${#COMPREPLY[@]} -gt 0 ] || mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n"
+         "}\n"
+         "complete -o filenames -F _fxbox fxbox\n";
+}
+
+// Words with what they mean, "word:meaning" each.
+std::string ZshWords(const CLI::App& app) {
+  std::string words;
+  const auto add = [&words](const std::string& word, const std::string& meaning) {
+    words += Joined({" ", ShellQuoted(Joined({word, ":", meaning}))});
+  };
+  for (const CLI::App* sub : SubcommandsOf(app)) add(sub->get_name(), sub->get_description());
+  for (const CLI::Option* option : app.get_options()) {
+    if (!IsOffered(*option)) continue;
+    for (const std::string& name : option->get_lnames())
+      add(Joined({"--", name}), option->get_description());
+  }
+  return words;
+}
+
+std::string Zsh(const std::vector<Command>& commands) {
+  std::string text =
+      "#compdef fxbox\n"
+      "local called=fxbox word\n"
+      "local -a offered\n"
+      "for word in ${words[2,CURRENT-1]}; do\n"
+      "  case \"$called $word\" in\n";
+  for (const Command& command : commands) {
+    if (command.words != "fxbox") {
+      text += Joined({"    ", ShellQuoted(command.words), ") called=\"$called $word\" ;;\n"});
+    }
+  }
+  text += "  esac\ndone\ncase \"$called\" in\n";
+  for (const Command& command : commands) {
+    text += Joined(
+        {"  ", ShellQuoted(command.words), ") offered=(", ZshWords(*command.app), " ) ;;\n"});
+  }
+  return text + "esac\n_describe -o fxbox offered\n_files\n";
+}
+
+// The condition under which a command's words are offered.
+std::string FishCondition(const Command& command) {
+  if (command.words == "fxbox") return "__fish_use_subcommand";
+  std::string words = command.words.substr(command.words.find(' ') + 1);
+  std::string condition;
+  for (std::size_t at = 0; at != std::string::npos;) {
+    const std::size_t end = words.find(' ', at);
+    const std::string word = words.substr(at, end - at);
+    condition += Joined({condition.empty() ? "" : "; and ", "__fish_seen_subcommand_from ", word});
+    at = end == std::string::npos ? end : end + 1;
+  }
+  return condition;
+}
+
+std::string Fish(const std::vector<Command>& commands) {
+  std::string text = "# Completion of fxbox for fish.\n";
+  for (const Command& command : commands) {
+    const std::string front = Joined({"complete -c fxbox -n '", FishCondition(command), "'"});
+    for (const CLI::App* sub : SubcommandsOf(*command.app)) {
+      text +=
+          front + " -a " + sub->get_name() + " -d " + ShellQuoted(sub->get_description()) + "\n";
+    }
+    for (const CLI::Option* option : command.app->get_options()) {
+      if (!IsOffered(*option)) continue;
+      text += front;
+      for (const std::string& name : option->get_snames()) text += Joined({" -s ", name});
+      for (const std::string& name : option->get_lnames()) text += Joined({" -l ", name});
+      if (option->get_expected_max() > 0) text += " -r";
+      text += Joined({" -d ", ShellQuoted(option->get_description()), "\n"});
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+std::vector<Page> Completions(const CLI::App& program) {
+  const std::vector<Command> commands = AllCommands(program);
+  return {{"completion/bash/fxbox", Bash(commands)},
+          {"completion/zsh/_fxbox", Zsh(commands)},
+          {"completion/fish/fxbox.fish", Fish(commands)}};
+}
+
+}  // namespace program
