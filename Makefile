@@ -4,7 +4,7 @@ sources = $(shell find . \( -path ./build -o -path ./.git \) -prune -o \
 	\( -name '*.h' -o -name '*.c' -o -name '*.cpp' \) -print)
 
 .NOTPARALLEL:
-.PHONY: help demo docs icons test bench bench-peers windows arm64 sanitize fuzz soak format tidy install clean
+.PHONY: help demo docs icons test bench bench-peers windows arm64 sanitize fuzz soak format tidy package install clean
 
 help: ## this list
 	@sed -n 's/^\([a-z0-9-]*\):.*## /make \1\t/p' Makefile | expand -t 20
@@ -78,6 +78,12 @@ tidy: ## check all sources with clang-tidy
 	@scripts/setup.sh native tests tools
 	@scripts/build.sh linux
 	@run-clang-tidy -quiet -p build/linux -extra-arg=-Wno-unknown-warning-option
+
+package: ## build the Debian packages, and zip and installer for Windows, into build/packages/
+	@scripts/setup.sh native tests windows package
+	@scripts/package-debian.sh
+	@scripts/build.sh windows fxbox4 fxbox $(if $(wildcard desk/CMakeLists.txt),fxbox-desk)
+	@scripts/package-windows.sh
 
 install: ## install library, headers and program below PREFIX (/usr/local); DESTDIR stands before it
 	@scripts/setup.sh native

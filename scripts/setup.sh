@@ -5,6 +5,7 @@
 #            pictures, other readers of compound files
 #   soak     what only the long runs need
 #   windows  cross compiler, Wine, the picture libraries for Windows and the Wine prefix
+#   package  what builds and checks packages and installers
 #   tools    formatter and checker of sources, renderer of icons, converter of pictures
 #   arm64    cross compiler for 64-bit ARM
 #   peers    the libraries that the filters are compared with
@@ -27,6 +28,9 @@ windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   cmake ninja-build googletest libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpng-dev libtiff-dev
   libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
   clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xdotool)
+# What only packages need, beside all that builds.
+package=(debhelper dh-python lintian nsis mingw-w64-tools libwine-dev llvm-14 zip unzip mmdebstrap
+  desktop-file-utils appstream shared-mime-info)
 tools=(clang-format clang-tidy librsvg2-bin imagemagick)
 arm64=(g++-aarch64-linux-gnu)
 peers=(libopencv-core-dev libopencv-imgproc-dev libvips-dev)
@@ -68,6 +72,7 @@ for part in "$@"; do
     tests) packages+=("${tests[@]}") ;;
     soak) packages+=("${soak[@]}") ;;
     windows) packages+=("${windows[@]}") ;;
+    package) packages+=("${package[@]}") ;;
     tools) packages+=("${tools[@]}") ;;
     arm64) packages+=("${arm64[@]}") ;;
     peers) packages+=("${peers[@]}") ;;
