@@ -58,6 +58,9 @@ soak: ## long runs: full counts of repeated tests, the thread sanitizer, an hour
 	@FXBOX_SOAK=200 scripts/test.sh linux-tsan
 	@scripts/build.sh linux-fuzz fxbox_fuzz
 	@scripts/fuzz.sh 3600
+	@$(MAKE) --no-print-directory package
+	@tests/packages/debian.sh
+	@scripts/with-display.sh tests/packages/windows.sh
 
 docs: ## write docs/filters.md, docs/glossary.md and the sample pictures in docs/samples/
 	@scripts/setup.sh native

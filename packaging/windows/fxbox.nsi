@@ -45,7 +45,12 @@ BrandingText "The Fxbox developers"
 
 Function .onInit
   SetRegView 64
+  ; A folder that /D= names, which the choice of the mode would forget.
+  StrCpy $R9 $INSTDIR
   !insertmacro MULTIUSER_INIT
+  ${If} $R9 != ""
+    StrCpy $INSTDIR $R9
+  ${EndIf}
 FunctionEnd
 
 Function un.onInit
