@@ -33,6 +33,9 @@ echo "installed"
 printf 'P6\n2 1\n255\n\372\240\050\050\132\310' >/tmp/in.ppm
 fxbox apply --quiet -c 'ZNFilter.Sepia.1(Sepia=080)' -o /tmp/out.ppm /tmp/in.ppm
 [ -s /tmp/out.ppm ]
+for kind in webp jxl avif heic; do
+  fxbox apply --quiet -c "" -o /tmp/out.$kind /tmp/in.ppm
+done
 python3 -c 'import fxbox, numpy; print(fxbox.render(numpy.zeros((2, 2, 3), numpy.uint8), "ZNFilter.Invert.1(Inversity=100)").tolist())'
 test -f /usr/share/man/man1/fxbox-apply.1.gz
 cmake -S /consumer -B /tmp/consumer >/dev/null
