@@ -43,6 +43,9 @@ struct PictureSource::Request {
 PictureSource::PictureSource(const SourcePicture& told, Decode decodeRows, imageio::Progress report)
     : picture(told), decode(std::move(decodeRows)), progress(std::move(report)) {}
 
+PictureSource::PictureSource(const SourcePicture& told, std::shared_ptr<const MemoryPicture> rows)
+    : picture(told), kept(std::move(rows)) {}
+
 // --- rows
 
 HRESULT PictureSource::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
@@ -99,7 +102,7 @@ bool PictureSource::DecodeInto(const Request& request) {
 
 bool PictureSource::Keep() {
   if (kept) return true;
-  auto fresh = std::make_unique<MemoryPicture>("source", picture.size.width, picture.size.height,
+  auto fresh = std::make_shared<MemoryPicture>("source", picture.size.width, picture.size.height,
                                                true, true);
   if (!fresh->IsValid()) throw std::bad_alloc();
   if (!RunDecode({fresh->ColourRows(), fresh->MaskRows()})) return false;

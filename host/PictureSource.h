@@ -40,6 +40,9 @@ class FXBOX_API PictureSource final
   // `report` hears how far a decode is, and may stop it.
   PictureSource(const SourcePicture& told, Decode decodeRows, imageio::Progress report = {});
 
+  // A picture that is in memory already: pulls are served from it, without a copy of it here.
+  PictureSource(const SourcePicture& told, std::shared_ptr<const MemoryPicture> rows);
+
   // From now on serves pulls that go from the top of the picture down, a band after the other, from
   // rows that are decoded meanwhile. What it cannot serve so ends it.
   void ServeFrom(std::unique_ptr<RowWindow> rows) { window = std::move(rows); }
@@ -79,7 +82,7 @@ class FXBOX_API PictureSource final
   const Decode decode;
   const imageio::Progress progress;
   std::unique_ptr<RowWindow> window;  // null where nothing streams
-  std::unique_ptr<MemoryPicture> kept;
+  std::shared_ptr<const MemoryPicture> kept;
   bool givenWhole = false;  // straight into a caller's rows, which are gone
   bool stopped = false;
   std::string failure;

@@ -58,6 +58,7 @@ struct WindowSpec {
   void* owner = nullptr;  // handle of the window above which it floats, if the backend knows it
   bool isTool = true;     // a floating panel with a fixed size; otherwise a main window
   bool isOnTop = false;
+  bool takesFiles = false;  // that are dropped on it, see WindowEvents::OnFilesDropped
 };
 
 struct MenuEntry {

@@ -1,7 +1,9 @@
 // What the person at the screen does to a window.
 #pragma once
 
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "toolkit/Geometry.h"
 
@@ -91,6 +93,8 @@ class WindowEvents {
   virtual void OnDragBegin(ControlId control) = 0;
   // The right button or the menu key.
   virtual void OnContextMenu(ControlId control, Point place) = 0;
+  // Files that were dropped on the window, which takes them.
+  virtual void OnFilesDropped(const std::vector<std::filesystem::path>&) {}
   // An entry of the window's menu bar.
   virtual void OnMenu(int entry) = 0;
   // The person asks the window to close. It stays open unless it is told to go.

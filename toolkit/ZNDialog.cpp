@@ -138,7 +138,7 @@ void CZNDialog::Detach(CZNControl& control) {
 bool CZNDialog::DialogKey(const toolkit::KeyEvent& event) {
   switch (event.key) {
     case toolkit::Key::Escape:
-      OnCancel();
+      OnEscape();
       return true;
     case toolkit::Key::F1:
       OnHelp();
@@ -227,6 +227,12 @@ void CZNDialog::OnDragBegin(ControlId id) {
 
 void CZNDialog::OnContextMenu(ControlId id, toolkit::Point place) {
   ForControl(id, [&](CZNControl& control) { control.HandleContextMenu(place); });
+}
+
+void CZNDialog::OnFilesDropped(const std::vector<std::filesystem::path>& files) {
+  RunEvent([&] {
+    if (!isBuried) OnFiles(files);
+  });
 }
 
 void CZNDialog::OnMenu(int entry) {

@@ -63,6 +63,8 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   virtual void Build() {}
   // Escape and the close button. The base ends a modal run and hides the window.
   virtual void OnCancel();
+  // Escape alone: the base cancels.
+  virtual void OnEscape() { OnCancel(); }
   // Enter, where no button took it.
   virtual void OnEnter() {}
   // F1.
@@ -74,6 +76,8 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   virtual void OnLook() {}
   virtual void OnResize(toolkit::Size) {}
   virtual void OnWindowMoved() {}
+  // Files were dropped on a window that takes them.
+  virtual void OnFiles(const std::vector<std::filesystem::path>&) {}
 
  private:
   friend class CZNControl;
@@ -93,6 +97,7 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   void OnPaint(toolkit::ControlId control, toolkit::Painter& painter) override;
   void OnDragBegin(toolkit::ControlId control) override;
   void OnContextMenu(toolkit::ControlId control, toolkit::Point place) override;
+  void OnFilesDropped(const std::vector<std::filesystem::path>& files) override;
   void OnMenu(int entry) override;
   void OnCloseRequest() override;
   void OnResized(toolkit::Size client) override;

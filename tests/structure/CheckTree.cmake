@@ -43,6 +43,7 @@ list(APPEND rules
   "host/|component filters filters/text editing core settings imageio picture platform base"
   "program/|ANY"
   "python/|ANY"
+  "desk/|ANY"
   "benchmarks/|ANY"
   "tests/|ANY")
 
@@ -104,7 +105,7 @@ function(is_allowed file rule included out)
 endfunction()
 
 set(top_folders base platform settings picture imageio storage core editing filters toolkit dialogs component
-  host program python benchmarks tests)
+  host program desk python benchmarks tests)
 set(count 0)
 foreach(top IN LISTS top_folders)
   file(GLOB_RECURSE files RELATIVE ${TREE} ${TREE}/${top}/*.h ${TREE}/${top}/*.cpp ${TREE}/${top}/*.c)

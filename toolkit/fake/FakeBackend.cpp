@@ -403,17 +403,21 @@ void FakeBackend::SetTheme(ThemeChoice choice) {
 }
 
 bool FakeBackend::Pump(bool wait) {
-  if (tasks.empty()) return !wait;
-  while (!tasks.empty()) {
-    const auto task = std::move(tasks.front());
-    tasks.pop_front();
+  for (bool isFirst = true;; isFirst = false) {
+    std::function<void()> task;
+    {
+      const std::lock_guard hold(tasksLock);
+      if (tasks.empty()) return !isFirst || !wait;
+      task = std::move(tasks.front());
+      tasks.pop_front();
+    }
     task();
-    if (wait) break;
+    if (wait) return true;
   }
-  return true;
 }
 
 void FakeBackend::Post(std::function<void()> task) {
+  const std::lock_guard hold(tasksLock);
   tasks.push_back(std::move(task));
 }
 

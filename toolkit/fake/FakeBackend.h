@@ -5,6 +5,7 @@
 #include <functional>
 #include <list>
 #include <map>
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
@@ -69,6 +70,7 @@ class FakeWindow final : public NativeWindow {
   bool Mouse(ControlId canvas, MouseAction action, Point place, int button = 1);
   bool BeginDrag(ControlId control);
   bool ContextMenu(ControlId control, Point place);
+  void DropFiles(const std::vector<std::filesystem::path>& files) { events.OnFilesDropped(files); }
   void AskToClose() { events.OnCloseRequest(); }
   void ChangeLook() { events.OnLookChanged(); }
 
@@ -139,7 +141,8 @@ class FakeWindow final : public NativeWindow {
   Point position;
 };
 
-// One thread, but for Post. Derive to measure in another way.
+// One thread, but for Post. Nothing waits: Pump with nothing to do gives false where it was to
+// wait. Derive to measure in another way.
 class FakeBackend : public Backend {
  public:
   // Windows in the order of their making; null for those that are gone.
@@ -179,6 +182,7 @@ class FakeBackend : public Backend {
   friend class FakeWindow;
 
   std::vector<FakeWindow*> windows;
+  std::mutex tasksLock;
   std::deque<std::function<void()>> tasks;
   int liveControls = 0;
 };

@@ -41,6 +41,7 @@ GtkNativeWindow::GtkNativeWindow(const WindowSpec& spec, WindowEvents& receiver,
   gtk_window_set_child(window, box);
   ListenToWindow();
   ListenToLook();
+  if (spec.takesFiles) ListenToDrops();
 }
 
 GtkNativeWindow::~GtkNativeWindow() {
@@ -73,6 +74,24 @@ void GtkNativeWindow::ListenToLook() {
     lookHandlers[i] = g_signal_connect(gtk_widget_get_settings(GTK_WIDGET(window)),
                                        kLookProperties[i], G_CALLBACK(changed), this);
   }
+}
+
+void GtkNativeWindow::ListenToDrops() {
+  const auto dropped =
+      +[](GtkDropTarget*, const GValue* value, double, double, gpointer data) -> gboolean {
+    std::vector<std::filesystem::path> files;
+    const auto* const list = static_cast<GSList*>(g_value_get_boxed(value));
+    for (const GSList* at = list; at; at = at->next) {
+      char* const path = g_file_get_path(static_cast<GFile*>(at->data));
+      if (path) files.emplace_back(path);
+      g_free(path);
+    }
+    static_cast<GtkNativeWindow*>(data)->events.OnFilesDropped(files);
+    return !files.empty();
+  };
+  GtkDropTarget* const target = gtk_drop_target_new(GDK_TYPE_FILE_LIST, GDK_ACTION_COPY);
+  g_signal_connect(target, "drop", G_CALLBACK(dropped), this);
+  gtk_widget_add_controller(GTK_WIDGET(window), GTK_EVENT_CONTROLLER(target));
 }
 
 gboolean GtkNativeWindow::CloseAsked(GtkWindow*, gpointer data) {

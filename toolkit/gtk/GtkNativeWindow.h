@@ -46,6 +46,7 @@ class GtkNativeWindow final : public ControlWindow<GtkControl> {
  private:
   void ListenToWindow();
   void ListenToLook();
+  void ListenToDrops();
   int MenuBarHeight() const;
   void NameNext(const GtkControl& added);
   static gboolean ShortcutPressed(GtkEventControllerKey*, guint symbol, guint,

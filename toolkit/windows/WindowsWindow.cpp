@@ -1,6 +1,7 @@
 #include "toolkit/windows/WindowsWindow.h"
 
 #include <ole2.h>
+#include <shellapi.h>
 
 #include "toolkit/windows/SystemDialogs.h"
 #include "toolkit/windows/WideText.h"
@@ -49,6 +50,18 @@ bool TellsKeys(ControlKind kind) {
   return kind == ControlKind::Slider || kind == ControlKind::Edit || kind == ControlKind::Canvas;
 }
 
+std::vector<std::filesystem::path> TakeFiles(HDROP dropped) {
+  constexpr UINT kCount = 0xFFFFFFFF;
+  std::vector<std::filesystem::path> files;
+  for (UINT i = 0; i < DragQueryFileW(dropped, kCount, nullptr, 0); ++i) {
+    std::wstring name(DragQueryFileW(dropped, i, nullptr, 0) + 1, L'\0');
+    name.resize(DragQueryFileW(dropped, i, name.data(), static_cast<UINT>(name.size())));
+    files.emplace_back(name);
+  }
+  DragFinish(dropped);
+  return files;
+}
+
 }  // namespace
 
 void WindowsWindow::RegisterClasses() {
@@ -79,6 +92,7 @@ WindowsWindow::WindowsWindow(const WindowSpec& spec, WindowEvents& receiver,
                       StyleOf(spec), CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
                       static_cast<HWND>(spec.owner), nullptr, WindowsSystem::Module(), this);
   if (!window) return;
+  if (spec.takesFiles) DragAcceptFiles(window, TRUE);
   ++system.counts.windows;
   ShowDarkFrame(window, system.Colours().isDark);
   // Marks of focus and mnemonics are shown once the keyboard is used, as the person has set it.
@@ -328,6 +342,9 @@ LRESULT WindowsWindow::HandleWindow(HWND handle, UINT message, WPARAM wide, LPAR
       return 0;
     case WM_SIZE:
       if (wide != SIZE_MINIMIZED) events.OnResized({LOWORD(more), HIWORD(more)});
+      return 0;
+    case WM_DROPFILES:
+      events.OnFilesDropped(TakeFiles(reinterpret_cast<HDROP>(wide)));
       return 0;
     case WM_MOVE:
       events.OnMoved();

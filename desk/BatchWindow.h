@@ -1,0 +1,36 @@
+// The chain over many pictures: which ones, where to, how far it is.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "desk/Session.h"
+#include "toolkit/ZNDialog.h"
+
+namespace desk {
+
+class BatchWindow final : public CZNDialog {
+ public:
+  explicit BatchWindow(Session& ofSession) : session(ofSession) {}
+  ~BatchWindow() override;
+  void Open(void* owner);
+
+ private:
+  void Build() override;
+  void OnCancel() override;
+  void OnFiles(const std::vector<std::filesystem::path>& files) override;
+  void AddPicture();
+  void ChooseFolder();
+  void Start();
+  void ShowProgress(const BatchProgress& progress);
+  void ShowState();
+
+  Session& session;
+  std::vector<std::string> inputs;
+  CZNListBox* list = nullptr;
+  CZNEdit* folder = nullptr;
+  CZNStatic* progressText = nullptr;
+  CZNButton *add = nullptr, *clear = nullptr, *start = nullptr, *stop = nullptr;
+};
+
+}  // namespace desk

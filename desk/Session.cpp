@@ -1,0 +1,438 @@
+#include "desk/Session.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+#include "base/CodePage.h"
+#include "core/ChainText.h"
+#include "host/ChainCheck.h"
+#include "host/FilterFacts.h"
+#include "host/Texts.h"
+#include "program/ApplyRun.h"
+#include "program/ComponentRuntime.h"
+#include "program/Messages.h"
+
+namespace desk {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Changes that come faster one after the other are one movement of the hand.
+constexpr std::chrono::milliseconds kGesture(900);
+
+constexpr char kChainExtension[] = ".chain";
+
+bool IsChainFile(const std::string& name) {
+  const fs::path file = host::PathOf(name);
+  return file.extension() == kChainExtension || file.extension() == ".txt";
+}
+
+bool IsInBox(const std::string& name) {
+  return name.find("::") != std::string::npos;
+}
+
+// From the least faithful to the best.
+constexpr const char* kFaithfulness[] = {"100 %", "measured", "scaled", "exact"};
+
+std::size_t RankOf(const std::string& preview) {
+  const auto found = std::find(std::begin(kFaithfulness), std::end(kFaithfulness), preview);
+  return static_cast<std::size_t>(found - std::begin(kFaithfulness));
+}
+
+ChainItems ItemsOf(const std::string& chainText) {
+  ChainItems items;
+  for (const ChainTextItem& item : SplitChainText(chainText.c_str(), "(", ")")) {
+    items.push_back({0, item.name, item.parameters, true});
+  }
+  return items;
+}
+
+std::array<BYTE, 4> PixelOf(const MemoryPicture& picture, int x, int y) {
+  const BYTE* const colour = picture.ColourRows()[y] + 3 * static_cast<std::ptrdiff_t>(x);
+  return {colour[0], colour[1], colour[2], picture.MaskRows()[y][x]};
+}
+
+}  // namespace
+
+Session::Session(Post postTo, const fs::path& state, bool takesLeft)
+    : post(std::move(postTo)),
+      creator(host::MakeCreator()),
+      renderCreator(host::MakeCreator()),
+      catalog(*creator.Get()),
+      work(state, takesLeft),
+      recent(state / "recent"),
+      bench(*creator.Get(), [this](int item) { return renderer->FilterOf(item); }),
+      renderer(std::make_unique<RenderService>(*renderCreator.Get(), [this](const auto& result) {
+        post(WhileAlive([this, result] { TakeResult(result); }));
+      })) {
+  document.onItems = [this] { TakeItems(); };
+  document.onSelection = [this] {
+    if (onSelection) onSelection();
+    Render();
+  };
+  bench.onChange = [this](const auto& changes) { document.SetParameters(changes, Gesture()); };
+  bench.onDelete = [this](const std::vector<int>& ids) {
+    document.Remove({ids.begin(), ids.end()});
+  };
+}
+
+Session::~Session() {
+  alive.reset();
+  worker.End();
+  loader.End();
+  bench.Close();
+  renderer.reset();
+}
+
+// A task that does nothing when the session is gone by then.
+std::function<void()> Session::WhileAlive(std::function<void()> task) {
+  return [task = std::move(task), still = std::weak_ptr<int>(alive)] {
+    if (still.lock()) task();
+  };
+}
+
+void Session::Tell(const std::string& message) {
+  messages.push_back(message);
+  if (onMessage) onMessage(message);
+}
+
+// --- pictures
+
+void Session::Open(const std::string& wanted) {
+  const std::uint64_t opening = ++openings;
+  const auto later = [this](std::function<void()> task) { post(WhileAlive(std::move(task))); };
+  loader.Begin([=, this, box = screen](const Background::Stop& stop) {
+    const auto take = [&](const std::shared_ptr<LoadedPicture>& loaded) {
+      later([this, wanted, loaded, opening] { TakePicture(wanted, loaded, opening); });
+    };
+    try {
+      PictureLoader::Load(host::PathOf(wanted), box, take, take, [&](double) { return !*stop; });
+    } catch (const program::FileError& error) {
+      later([this, what = std::string(error.what())] { Tell(what); });
+    } catch (const std::exception& error) {
+      later([this, what = wanted + ": " + error.what()] { Tell(what); });
+    }
+  });
+}
+
+// Comes twice for a picture of which there was a first look.
+void Session::TakePicture(const std::string& opened, const std::shared_ptr<LoadedPicture>& loaded,
+                          std::uint64_t opening) {
+  if (opening != openings) return;
+  const bool isNew = picture != loaded;
+  picture = loaded;
+  if (!isNew) return Render();
+  name = opened;
+  shown = {};
+  recent.Add(name);
+  if (!std::exchange(isRecovering, false)) LoadOwnChain();
+  work.Save({name, document.Items()});
+  if (onPicture) onPicture();
+  Render();
+}
+
+// The chain that was saved beside the picture; another picture's chain goes.
+void Session::LoadOwnChain() {
+  savedText.clear();
+  ChainItems items;
+  std::error_code ignored;
+  if (const auto text =
+          fs::exists(ChainFile(), ignored) ? ReadTextFile(ChainFile()) : std::nullopt) {
+    items = ItemsOf(host::ChainTextOf(*text));
+  }
+  bench.Close();
+  document.Reset(items);
+  savedText = TextOf(document.Items());
+}
+
+bool Session::IsPictureFile(const std::string& file, std::string& why) const {
+  try {
+    const imageio::ImageReader reader(host::PathOf(file));
+    return true;
+  } catch (const std::exception& error) {
+    why = error.what();
+    return false;
+  }
+}
+
+void Session::OpenAll(const std::vector<std::string>& names) {
+  bool isOpening = false;
+  for (const std::string& one : names) {
+    std::string why;
+    if (IsChainFile(one)) {
+      LoadChain(one);
+    } else if (!IsInBox(one) && !IsPictureFile(one, why)) {
+      Tell(one + ": " + why);
+    } else if (isOpening) {
+      recent.Add(one);
+    } else {
+      Open(one);
+      isOpening = true;
+    }
+  }
+}
+
+bool Session::Recover() {
+  if (!work.Left()) return false;
+  document.Reset(work.Left()->chain);
+  isRecovering = true;
+  if (!work.Left()->picture.empty()) Open(work.Left()->picture);
+  return true;
+}
+
+// --- the chain
+
+void Session::TakeItems() {
+  work.Save({name, document.Items()});
+  bench.Follow(document);
+  if (onItems) onItems();
+  Render();
+}
+
+void Session::AddFilter(const std::string& progId, std::optional<int> place) {
+  const CatalogEntry* const entry = catalog.Find(progId);
+  if (!entry) return;
+  const auto rank = [&](const ChainItem& item) {
+    const CatalogEntry* const known = catalog.Find(item.progId);
+    return known ? known->order : 0;
+  };
+  const ChainItems& items = document.Items();
+  const auto behind = std::find_if(
+      items.begin(), items.end(), [&](const ChainItem& item) { return rank(item) > entry->order; });
+  document.Add(progId, entry->start, place.value_or(static_cast<int>(behind - items.begin())));
+}
+
+std::string Session::CopyText() const {
+  ChainItems chosen;
+  for (const ChainItem& item : document.Items()) {
+    if (document.Selection().contains(item.id)) chosen.push_back(item);
+  }
+  return TextOf(chosen, true);
+}
+
+bool Session::Paste(const std::string& chainText, int place) {
+  ChainItems items = ItemsOf(chainText);
+  std::erase_if(items, [&](const ChainItem& item) { return !catalog.Find(item.progId); });
+  document.Insert(items, place);
+  return !items.empty();
+}
+
+fs::path Session::ChainFile() const {
+  fs::path file = host::PathOf(name);
+  if (IsInBox(name)) {
+    std::string flat = name;
+    std::replace(flat.begin(), flat.end(), ':', '-');
+    file = host::PathOf(flat);
+  }
+  return file.replace_extension(kChainExtension);
+}
+
+bool Session::TakeChainText(const std::string& text, const std::string& where) {
+  try {
+    const host::ChainText given{host::ChainTextOf(text), "(", ")"};
+    const auto filters = host::ListFilters(*creator.Get());
+    const ChainItems items = ItemsOf(host::CheckChainText(given, filters, *creator.Get()));
+    document.Replace(items);
+    return true;
+  } catch (const std::exception& error) {
+    Tell(where + ": " + error.what());
+    return false;
+  }
+}
+
+bool Session::LoadChain(const std::string& file) {
+  const auto text = ReadTextFile(host::PathOf(file));
+  if (!text) Tell(file + ": the file cannot be read");
+  return text && TakeChainText(*text, file);
+}
+
+bool Session::SaveChain(const std::string& file) {
+  const std::string text = TextOf(document.Items());
+  const auto failure = WriteTextFile(host::PathOf(file), base::ToUtf8(text) + "\n");
+  if (failure) {
+    Tell(file + ": " + *failure);
+    return false;
+  }
+  savedText = text;
+  if (onDone) onDone("The chain is saved as " + file);
+  return true;
+}
+
+bool Session::IsModified() const {
+  return TextOf(document.Items()) != savedText;
+}
+
+bool Session::EditSelection(void* ownerWindow) {
+  std::vector<ChainItem> chosen;
+  for (const ChainItem& item : document.Items()) {
+    if (document.Selection().contains(item.id)) chosen.push_back(item);
+  }
+  const bool isOneClass = std::all_of(chosen.begin(), chosen.end(), [&](const ChainItem& item) {
+    return item.progId == chosen[0].progId;
+  });
+  return !chosen.empty() && isOneClass && bench.Open(chosen, ownerWindow);
+}
+
+// Changes that follow each other quickly are one movement of the hand.
+std::uint64_t Session::Gesture() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now - lastChange > kGesture) ++gesture;
+  lastChange = now;
+  return gesture;
+}
+
+// --- work in the picture
+
+const ChainItem* Session::ToolItem() const {
+  if (document.Selection().size() != 1) return nullptr;
+  const ChainItem* const item = document.Find(*document.Selection().begin());
+  return item && item->isOn && ToolOf(item->progId) != PictureTool::None ? item : nullptr;
+}
+
+PictureTool Session::Tool() const {
+  const ChainItem* const item = ToolItem();
+  return item ? ToolOf(item->progId) : PictureTool::None;
+}
+
+std::optional<CropFrame> Session::Crop() const {
+  if (Tool() != PictureTool::Crop) return std::nullopt;
+  return CropOf(ToolItem()->parameters);
+}
+
+void Session::SetToolText(const std::string& parameters) {
+  if (!parameters.empty()) document.SetParameters({{ToolItem()->id, parameters}}, Gesture());
+}
+
+void Session::SetCrop(const CropFrame& frame) {
+  if (Tool() == PictureTool::Crop) SetToolText(WithCrop(*creator.Get(), *ToolItem(), frame));
+}
+
+void Session::ClickEye(double x, double y) {
+  constexpr double kReach = 0.02;
+  if (Tool() != PictureTool::RedEye) return;
+  SetToolText(WithClick(*creator.Get(), *ToolItem(), x, y, kReach));
+}
+
+ChainItems Session::ShownItems() const {
+  const ChainItem* const item = ToolItem();
+  return item ? ShownWith(document.Items(), item->id) : document.Items();
+}
+
+// --- what is shown
+
+void Session::SetBox(host::Size box, bool wantsFull) {
+  box = {std::max(box.width, 16), std::max(box.height, 16)};
+  if (box == screen && wantsFull == fullIsWanted) return;
+  screen = box;
+  fullIsWanted = wantsFull;
+  Render();
+}
+
+void Session::Render() {
+  if (!picture) return;
+  const ChainItems items = ShownItems();
+  const PicturePointer full = picture->Full();
+  const bool isNew = items != renderedItems || screen != renderedScreen ||
+                     picture != renderedPicture || full != renderedFull;
+  if (!isNew) return;
+  renderedItems = items;
+  renderedScreen = screen;
+  renderedPicture = picture;
+  renderedFull = full;
+  requested = renderer->Submit({picture, items, screen, fullIsWanted});
+}
+
+void Session::TakeResult(const RenderResult& result) {
+  if (result.request != requested) return;
+  if (!result.error.empty()) return Tell(result.error);
+  shown = result;
+  if (onShown) onShown();
+}
+
+std::string Session::Exactness() const {
+  if (!shown.after) return "";
+  if (Tool() == PictureTool::Crop) return "the picture ahead of the crop";
+  if (Tool() == PictureTool::RedEye) return "the picture up to the red eyes";
+  if (shown.stage == RenderStage::Full) return "as exported";
+  std::size_t worst = RankOf("exact");
+  for (const ChainItem& item : document.Items()) {
+    const CatalogEntry* const entry = catalog.Find(item.progId);
+    if (item.isOn && entry) worst = std::min(worst, RankOf(entry->preview));
+  }
+  const std::string stage = shown.stage == RenderStage::Preview ? "rough preview" : "preview";
+  return stage + ", " + kFaithfulness[worst] + ": " + host::PreviewText(kFaithfulness[worst]);
+}
+
+// Where the chain keeps the size, the pixel is taken through its filters alone; else the pixels of
+// both pictures at the same share of their sides are told.
+std::optional<PixelPair> Session::PixelAt(int x, int y) {
+  if (!shown.after || !shown.before) return std::nullopt;
+  const auto at = [&](const MemoryPicture& one) {
+    const auto share = [](int place, int of, int count) {
+      return std::clamp(static_cast<int>((place + 0.5) * count / of), 0, count - 1);
+    };
+    return PixelOf(one, share(x, shown.shown->Width(), one.Width()),
+                   share(y, shown.shown->Height(), one.Height()));
+  };
+  PixelPair pair{at(*shown.before), at(*shown.after)};
+  const bool keepsSize = shown.before->Width() == shown.after->Width() &&
+                         shown.before->Height() == shown.after->Height();
+  if (!keepsSize) return pair;
+  if (const auto after = renderer->ReadPixel(pair.before)) pair.after = *after;
+  return pair;
+}
+
+// --- results
+
+void Session::Export(const std::string& file) {
+  if (name.empty()) return;
+  RunFiles({name}, file, true);
+}
+
+void Session::Batch(const std::vector<std::string>& inputs, const std::string& folder) {
+  RunFiles(inputs, folder + "/", false);
+}
+
+void Session::RunFiles(const std::vector<std::string>& inputs, const std::string& out,
+                       bool isExport) {
+  program::ApplyRequest request;
+  request.chain.text = TextOf(document.Items());
+  worker.Begin([=, this, still = std::weak_ptr<int>(alive)](const Background::Stop& stop) {
+    BatchProgress progress;
+    progress.count = static_cast<int>(inputs.size());
+    const auto tell = [&] {
+      post(WhileAlive([this, progress, isExport, out] {
+        if (onBatch && !isExport) onBatch(progress);
+        if (!progress.isOver) return;
+        for (const std::string& error : progress.errors) Tell(error);
+        if (onDone && isExport && progress.errors.empty()) onDone("Exported as " + out);
+      }));
+    };
+    try {
+      const auto own = host::MakeCreator();
+      program::OutputOptions options;
+      options.out = out;
+      const auto plan = isExport ? program::PlanOutputs(inputs, options)
+                                 : program::PlanListOutputs(inputs, options);
+      for (const program::PlannedFile& file : plan) {
+        progress.current = host::Utf8Of(file.input);
+        progress.wasStopped = *stop;
+        if (progress.wasStopped) break;
+        progress.share = 0;
+        tell();
+        program::ApplyRun run(request, *own.Get(), [](double) {});
+        const program::FileResult result = run.Do(file);
+        if (!result.error.empty()) progress.errors.push_back(result.error);
+        ++progress.done;
+      }
+    } catch (const std::exception& error) {
+      progress.errors.push_back(error.what());
+    }
+    progress.isOver = true;
+    tell();
+  });
+}
+
+}  // namespace desk

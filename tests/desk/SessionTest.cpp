@@ -1,0 +1,319 @@
+// The desk's work without its window: pictures, chains, renders, results, and what survives.
+#include "desk/Session.h"
+
+#include <gmock/gmock.h>
+
+#include <condition_variable>
+#include <deque>
+#include <fstream>
+
+#include "host/Texts.h"
+#include "program/ApplyRun.h"
+#include "tests/platform/Support.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using desk::ChainItem;
+using desk::RenderStage;
+using desk::Session;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+// The thread of the windows, without windows.
+class TaskQueue {
+ public:
+  void Post(std::function<void()> task) {
+    {
+      const std::lock_guard hold(lock);
+      tasks.push_back(std::move(task));
+    }
+    wake.notify_all();
+  }
+  // Runs tasks until it holds; false after half a minute.
+  template <class Condition>
+  bool RunUntil(Condition condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition()) {
+      std::unique_lock hold(lock);
+      if (!wake.wait_until(hold, end, [this] { return !tasks.empty(); })) return condition();
+      const auto task = std::move(tasks.front());
+      tasks.pop_front();
+      hold.unlock();
+      task();
+    }
+    return true;
+  }
+
+ private:
+  std::mutex lock;
+  std::condition_variable wake;
+  std::deque<std::function<void()>> tasks;
+};
+
+void WritePicture(const fs::path& file, int width, int height, imageio::Format format) {
+  MemoryPicture picture("test", width, height, true, true);
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      BYTE* const pixel = picture.ColourRows()[y] + 3 * x;
+      pixel[0] = static_cast<BYTE>(x * 255 / width);
+      pixel[1] = static_cast<BYTE>(y * 255 / height);
+      pixel[2] = static_cast<BYTE>((x * 7 + y * 13) % 256);
+      picture.MaskRows()[y][x] = 0;
+    }
+  }
+  imageio::WriteImage(file, format, width, height, {picture.ColourRows(), picture.MaskRows()});
+}
+
+std::string BytesOf(const fs::path& file) {
+  return desk::ReadTextFile(file).value_or("(none)");
+}
+
+class DeskSession : public testing::Test {
+ protected:
+  DeskSession() { Begin(false); }
+
+  void Begin(bool takesLeft) {
+    session.reset();
+    session = std::make_unique<Session>(
+        [this](std::function<void()> task) { queue.Post(std::move(task)); }, folder / "state",
+        takesLeft);
+    session->SetBox({200, 150}, true);
+  }
+  std::string Picture(const char* name, int width = 640, int height = 480,
+                      imageio::Format format = imageio::Format::Pnm) {
+    WritePicture(folder.Path() / name, width, height, format);
+    return host::Utf8Of(folder / name);
+  }
+  bool OpenAndShow(const std::string& name) {
+    session->Open(name);
+    return Await(RenderStage::Full);
+  }
+  // The stage for the chain as it is now.
+  bool Await(RenderStage stage) {
+    return queue.RunUntil([&] {
+      return session->Shown().after && session->Shown().stage >= stage &&
+             session->Renderer().IsIdle();
+    });
+  }
+  void AddWith(const char* progId, const std::string& parameters) {
+    session->AddFilter(progId);
+    session->Chain().SetParameters({{*session->Chain().Selection().begin(), parameters}});
+  }
+
+  testing_support::TemporaryFolder folder;
+  TaskQueue queue;
+  std::unique_ptr<Session> session;
+};
+
+TEST_F(DeskSession, ShowsWhatIsExported) {
+  const std::string name = Picture("in.ppm");
+  std::vector<RenderStage> stages;
+  session->onShown = [&] { stages.push_back(session->Shown().stage); };
+  ASSERT_TRUE(OpenAndShow(name));
+  EXPECT_EQ(stages.back(), RenderStage::Full);
+  AddWith("ZNFilter.BlurGauss.1", "Percent=100,Radius=2.0");
+  AddWith("ZNFilter.Sepia.1", "Sepia=080");
+  ASSERT_TRUE(Await(RenderStage::Full));
+  EXPECT_EQ(session->Exactness(), "as exported");
+
+  program::ApplyRequest request;
+  request.chain.text = "ZNFilter.BlurGauss.1(Percent=100,Radius=2.0)ZNFilter.Sepia.1(Sepia=080)";
+  const auto creator = host::MakeCreator();
+  program::PlannedFile plan;
+  plan.input = folder / "in.ppm";
+  plan.output = folder / "applied.ppm";
+  plan.format = imageio::Format::Pnm;
+  EXPECT_EQ(program::ApplyRun(request, *creator.Get(), [](double) {}).Do(plan).error, "");
+
+  const MemoryPicture& shown = *session->Shown().after;
+  imageio::WriteImage(folder / "shown.ppm", imageio::Format::Pnm, shown.Width(), shown.Height(),
+                      desk::RowsOf(shown));
+  EXPECT_EQ(BytesOf(folder / "shown.ppm"), BytesOf(folder / "applied.ppm"));
+
+  bool isDone = false;
+  session->onDone = [&](const std::string&) { isDone = true; };
+  session->Export(host::Utf8Of(folder / "exported.ppm"));
+  ASSERT_TRUE(queue.RunUntil([&] { return isDone; }));
+  EXPECT_EQ(BytesOf(folder / "exported.ppm"), BytesOf(folder / "applied.ppm"));
+}
+
+TEST_F(DeskSession, LeavesOutWhatIsSwitchedOff) {
+  ASSERT_TRUE(OpenAndShow(Picture("in.ppm", 60, 40)));
+  const MemoryPicture& plain = *session->Shown().after;
+  const BYTE before = plain.ColourRows()[5][7];
+  AddWith("ZNFilter.Invert.1", "Inversity=100");
+  ASSERT_TRUE(Await(RenderStage::Full));
+  EXPECT_EQ(session->Shown().after->ColourRows()[5][7], 255 - before);
+  session->Chain().Switch(session->Chain().Selection(), false);
+  ASSERT_TRUE(queue.RunUntil([&] {
+    return session->Renderer().IsIdle() && session->Shown().after->ColourRows()[5][7] == before;
+  }));
+  session->Chain().Undo();
+  ASSERT_TRUE(queue.RunUntil([&] {
+    return session->Renderer().IsIdle() && session->Shown().after->ColourRows()[5][7] != before;
+  }));
+}
+
+TEST_F(DeskSession, ReadsPixelsThroughTheChain) {
+  ASSERT_TRUE(OpenAndShow(Picture("in.ppm", 60, 40)));
+  AddWith("ZNFilter.Invert.1", "Inversity=100");
+  ASSERT_TRUE(Await(RenderStage::Full));
+  const auto pixel = session->PixelAt(30, 10);
+  ASSERT_TRUE(pixel);
+  EXPECT_EQ(pixel->before[0], 30 * 255 / 60);
+  EXPECT_EQ(pixel->after[0], 255 - 30 * 255 / 60);
+  EXPECT_EQ(pixel->after[3], 0);
+  AddWith("ZNFilter.Scale100.1",
+          "HorizontalProz=50,VerticalProz=50,KeepProportions=1,AllowEnlarge=1");
+  ASSERT_TRUE(queue.RunUntil(
+      [&] { return session->Renderer().IsIdle() && session->Shown().after->Width() == 30; }));
+  ASSERT_TRUE(session->PixelAt(29, 19));
+}
+
+// Many changes one after the other: the last one is what is shown.
+TEST_F(DeskSession, IsOvertakenByChanges) {
+  ASSERT_TRUE(OpenAndShow(Picture("in.ppm", 1200, 900)));
+  session->AddFilter("ZNFilter.BlurGauss.1");
+  session->AddFilter("ZNFilter.HSB.1");
+  AddWith("ZNFilter.Invert.1", "Inversity=000");
+  const int last = *session->Chain().Selection().begin();
+  for (int i = 0; i <= 100; ++i) {
+    session->Chain().SetParameters({{last, "Inversity=" + std::to_string(i)}}, 1);
+    if (i % 10 == 0) session->PixelAt(50, 50);
+    if (i % 17 == 0) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  ASSERT_TRUE(queue.RunUntil(
+      [&] { return session->Shown().stage == RenderStage::Full && session->Renderer().IsIdle(); }));
+  const auto pixel = session->PixelAt(100, 70);
+  ASSERT_TRUE(pixel);
+  EXPECT_NEAR(pixel->after[1], 255 - pixel->before[1], 12);
+}
+
+TEST_F(DeskSession, TellsOfEachBadFileAndOpensTheGoodOne) {
+  std::vector<std::string> names;
+  for (int i = 0; i < 100; ++i) {
+    const std::string name = host::Utf8Of(folder.Path() / ("bad" + std::to_string(i) + ".jpg"));
+    desk::WriteTextFile(host::PathOf(name), i % 3 ? "no picture" : "");
+    names.push_back(name);
+  }
+  names.insert(names.begin() + 50, Picture("good.ppm", 60, 40));
+  names.push_back(host::Utf8Of(folder / "missing.png"));
+  session->AddFilter("ZNFilter.Sepia.1");
+  session->OpenAll(names);
+  ASSERT_TRUE(queue.RunUntil([&] { return session->HasPicture() && session->Shown().after; }));
+  EXPECT_THAT(session->Messages(), SizeIs(101));
+  for (int i = 0; i < 100; ++i) {
+    const auto& message = session->Messages()[static_cast<std::size_t>(i)];
+    EXPECT_THAT(message, HasSubstr("bad" + std::to_string(i) + ".jpg: "));
+  }
+  EXPECT_THAT(session->Name(), HasSubstr("good.ppm"));
+}
+
+TEST_F(DeskSession, KeepsThePictureWhereOpeningFails) {
+  const std::string good = Picture("good.ppm", 60, 40);
+  ASSERT_TRUE(OpenAndShow(good));
+  session->AddFilter("ZNFilter.Sepia.1");
+  desk::WriteTextFile(folder / "bad.png", "\x89PNG\r\n\x1a\n rest");
+  session->Open(host::Utf8Of(folder / "bad.png"));
+  ASSERT_TRUE(queue.RunUntil([&] { return !session->Messages().empty(); }));
+  EXPECT_EQ(session->Name(), good);
+  EXPECT_THAT(session->Chain().Items(), SizeIs(1));
+  session->Open(host::Utf8Of(folder / "none.box") + "::picture");
+  EXPECT_TRUE(queue.RunUntil([&] { return session->Messages().size() == 2; }));
+}
+
+TEST_F(DeskSession, KeepsChainsBesideThePicture) {
+  const std::string name = Picture("photo.ppm", 60, 40);
+  ASSERT_TRUE(OpenAndShow(name));
+  AddWith("ZNFilter.Sepia.1", "Sepia=033");
+  EXPECT_TRUE(session->IsModified());
+  EXPECT_EQ(session->ChainFile(), folder / "photo.chain");
+  ASSERT_TRUE(session->SaveChain(host::Utf8Of(session->ChainFile())));
+  EXPECT_FALSE(session->IsModified());
+  EXPECT_EQ(BytesOf(folder / "photo.chain"), "ZNFilter.Sepia.1(Sepia=033)\n");
+  ASSERT_TRUE(OpenAndShow(Picture("other.ppm", 50, 30)));
+  EXPECT_THAT(session->Chain().Items(), IsEmpty());
+  ASSERT_TRUE(OpenAndShow(name));
+  EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Sepia.1(Sepia=033)");
+  EXPECT_FALSE(session->IsModified());
+  EXPECT_THAT(session->Recent(), ElementsAre(name, host::Utf8Of(folder / "other.ppm")));
+
+  desk::WriteTextFile(folder / "wrong.chain", "ZNFilter.Nothing.1(A=1)");
+  EXPECT_FALSE(session->LoadChain(host::Utf8Of(folder / "wrong.chain")));
+  EXPECT_THAT(session->Messages(), ElementsAre(HasSubstr("wrong.chain: ")));
+  desk::WriteTextFile(folder / "right.chain", "ZNFilter.Invert.1(Inversity=100)\r\n");
+  EXPECT_TRUE(session->LoadChain(host::Utf8Of(folder / "right.chain")));
+  EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Invert.1(Inversity=100)");
+  session->Chain().Undo();
+  EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Sepia.1(Sepia=033)");
+}
+
+TEST_F(DeskSession, AddsByRankAndPastes) {
+  session->AddFilter("ZNFilter.Sepia.1");
+  session->AddFilter("ZNFilter.Shadow.1");
+  session->AddFilter("ZNFilter.Invert.1");
+  session->AddFilter("ZNFilter.Crop.1");
+  std::vector<std::string> order;
+  for (const ChainItem& item : session->Chain().Items()) order.push_back(item.progId);
+  EXPECT_THAT(order, ElementsAre("ZNFilter.Crop.1", "ZNFilter.Sepia.1", "ZNFilter.Invert.1",
+                                 "ZNFilter.Shadow.1"));
+  session->AddFilter("ZNFilter.Crop.1", 4);
+  EXPECT_EQ(session->Chain().Items()[4].progId, "ZNFilter.Crop.1") << "dropped at a place";
+  EXPECT_TRUE(session->Paste("ZNFilter.Emboss.1(EmbossStrength=020)Unknown(x)", 1));
+  EXPECT_EQ(session->Chain().Items()[1].progId, "ZNFilter.Emboss.1");
+  EXPECT_EQ(session->CopyText(), "ZNFilter.Emboss.1(EmbossStrength=020)");
+  EXPECT_FALSE(session->Paste("no chain", 0));
+}
+
+// A desk that never came to its end.
+TEST_F(DeskSession, BringsTheWorkBack) {
+  const std::string name = Picture("photo.ppm", 60, 40);
+  ASSERT_TRUE(OpenAndShow(name));
+  AddWith("ZNFilter.Sepia.1", "Sepia=044");
+  AddWith("ZNFilter.Invert.1", "Inversity=100");
+  session->Chain().Switch(session->Chain().Selection(), false);
+  const desk::ChainItems before = session->Chain().Items();
+  session->Flush();
+  Begin(true);
+  ASSERT_TRUE(session->Recover());
+  ASSERT_TRUE(Await(RenderStage::Full));
+  EXPECT_EQ(session->Name(), name);
+  EXPECT_EQ(TextOf(session->Chain().Items(), true), TextOf(before, true));
+  EXPECT_FALSE(session->Chain().Items()[1].isOn);
+  session->Finish();
+  Begin(true);
+  EXPECT_FALSE(session->Recover()) << "it came to its end";
+}
+
+TEST_F(DeskSession, RunsTheChainOverManyPictures) {
+  std::vector<std::string> inputs = {Picture("a.ppm", 50, 40), Picture("b.ppm", 30, 20)};
+  inputs.push_back(host::Utf8Of(folder / "missing.ppm"));
+  AddWith("ZNFilter.Invert.1", "Inversity=100");
+  std::optional<desk::BatchProgress> last;
+  session->onBatch = [&](const desk::BatchProgress& progress) { last = progress; };
+  session->Batch(inputs, host::Utf8Of(folder / "out"));
+  ASSERT_TRUE(queue.RunUntil([&] { return last && last->isOver; }));
+  EXPECT_EQ(last->done, 3);
+  EXPECT_THAT(last->errors, ElementsAre(HasSubstr("missing.ppm")));
+  EXPECT_TRUE(fs::exists(folder / "out" / "a.ppm"));
+  EXPECT_TRUE(fs::exists(folder / "out" / "b.ppm"));
+}
+
+TEST_F(DeskSession, FindsFiltersByTheirWords) {
+  const auto found = session->Catalog().Search("gauss BLUR");
+  ASSERT_THAT(found, testing::Not(IsEmpty()));
+  for (const auto* entry : found) EXPECT_NE(entry->progId, "ZNFilter.Sepia.1");
+  EXPECT_THAT(session->Catalog().Search("no such filter"), IsEmpty());
+  EXPECT_GT(session->Catalog().Entries().size(), 38u);
+  int icons = 0;
+  for (const auto& entry : session->Catalog().Entries()) {
+    EXPECT_NE(entry.name, "") << entry.progId;
+    icons += entry.icon != nullptr;
+  }
+  EXPECT_GT(icons, 30);
+}
+
+}  // namespace

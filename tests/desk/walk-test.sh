@@ -1,0 +1,123 @@
+#!/bin/bash
+# Works on a picture in the real window as a person does, and compares what is exported with what
+# the command line makes of the same chain:
+#   walk-test.sh FXBOX DESK [RUNNER...]     RUNNER: what runs programs of another system
+# FXBOX_DESK_PICTURE, when set, names a file for a picture of the window. Needs a display.
+set -eu
+fxbox=$1
+desk=$2
+shift 2
+folder="$(mktemp -d)"
+out="$folder/out"
+host=0
+trap '[ $host = 0 ] || kill $host 2>/dev/null || true; rm -rf "$folder"' EXIT
+cd "$folder"
+export XDG_STATE_HOME="$folder/state" LOCALAPPDATA="$folder/state"
+
+fail() { echo "FAILED: $*" >&2; echo "the desk said:" >&2; tail -20 "$out" >&2; exit 1; }
+
+# A picture of stripes and slopes, without a tool.
+{
+  printf 'P6\n480 320\n255\n'
+  awk 'BEGIN { for (y = 0; y < 320; ++y) for (x = 0; x < 480; ++x)
+    printf "%c%c%c", 1 + x / 4, 1 + y / 4, 1 + (x + y) % 120 }' | LC_ALL=C head -c 460800
+} >photo.ppm
+
+start() {
+  : >"$out"
+  (set -o pipefail; "$@" | sed -u 's/\r$//' >"$out") &
+  host=$!
+}
+# expect PATTERN: a line that the desk says, from the last look on.
+seen=0
+expect() {
+  for _ in $(seq 300); do
+    if tail -n +$((seen + 1)) "$out" | grep -qE "^$1"; then return; fi
+    sleep 0.1
+  done
+  fail "missing: $1"
+}
+forget() { seen="$(wc -l <"$out")"; }
+# point NAME X Y: moves the mouse to a place of a part, in pixels from its corner.
+point() {
+  read -r _ _ left top _ _ < <(grep "^place $1 " "$out" | tail -1)
+  xdotool mousemove $((left + $2)) $((top + $3))
+  sleep 0.15
+}
+click() { point "$1" "$2" "$3"; xdotool click 1; sleep 0.2; }
+keys() { xdotool key --delay 60 "$@"; sleep 0.2; }
+lastchain() { grep '^chain ' "$out" | tail -1 | cut -d' ' -f2-; }
+
+start "$@" "$desk" --tell --export exported.ppm photo.ppm
+expect 'ready'
+expect 'shown 2'
+
+# Three filters by the search field. Each opens its dialog, which Escape closes.
+add() {
+  forget
+  click search 40 10
+  keys ctrl+a
+  xdotool type --delay 60 "$1"
+  sleep 0.3
+  keys Return
+  expect "chain .*ZNFilter[.]$2[.]1"
+  sleep 1
+}
+closedialog() { xdotool mousemove 60 60; sleep 0.3; keys Escape; sleep 0.5; }
+add sepia Sepia
+# The slider of the dialog has the focus.
+forget
+xdotool mousemove 60 60
+sleep 0.3
+keys Right Right Right Right Right
+expect 'chain ZNFilter[.]Sepia[.]1[(]Sepia=005'
+closedialog
+add emboss Emboss
+closedialog
+add 'offset' Offset
+closedialog
+
+# The last one goes to the front, and back by undo.
+forget
+point chain 120 110
+xdotool mousedown 1
+sleep 0.2
+for y in 90 60 30 5; do point chain 120 $y; done
+xdotool mouseup 1
+expect 'chain ZNFilter[.]Offset[.]1.*Sepia'
+forget
+keys ctrl+z
+expect 'chain ZNFilter[.]Sepia[.]1[(]Sepia=005.*Offset'
+forget
+keys ctrl+y
+expect 'chain ZNFilter[.]Offset[.]1'
+expect 'shown 2'
+if [ -n "${FXBOX_DESK_PICTURE:-}" ]; then import -window root "$FXBOX_DESK_PICTURE"; fi
+forget
+keys ctrl+e
+expect 'done Exported'
+chain="$(lastchain)"
+"$@" "$fxbox" apply --quiet -c "$chain" -o applied.ppm photo.ppm
+cmp exported.ppm applied.ppm || fail 'another picture than apply makes'
+cmp -s exported.ppm photo.ppm && fail 'the chain did nothing'
+
+# What was not saved comes back after the end without a warning. The runner is not the program.
+if [ $# = 0 ]; then
+  sleep 0.5
+  pkill -9 -P $host -x fxbox-desk || fail 'the desk is gone already'
+  wait $host 2>/dev/null || true
+  seen=0
+  start "$desk" --tell
+  expect 'ready'
+  expect "picture .*photo.ppm"
+  expect 'shown 2'
+  [ "$(lastchain)" = "$chain" ] || fail "another chain came back: $(lastchain)"
+fi
+forget
+xdotool mousemove 640 300
+keys ctrl+q
+for _ in $(seq 50); do kill -0 $host 2>/dev/null || break; sleep 0.1; done
+kill -0 $host 2>/dev/null && fail 'it does not end'
+host=0
+ls "$folder"/state/fxbox-desk/work-* >/dev/null 2>&1 && fail 'work is left behind'
+exit 0
