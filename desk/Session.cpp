@@ -140,7 +140,7 @@ void Session::LoadOwnChain() {
   std::error_code ignored;
   if (const auto text =
           fs::exists(ChainFile(), ignored) ? ReadTextFile(ChainFile()) : std::nullopt) {
-    items = ItemsOf(host::ChainTextOf(*text));
+    items = CheckedItems(*text, host::Utf8Of(ChainFile())).value_or(ChainItems());
   }
   bench.Close();
   document.Reset(items);
@@ -229,23 +229,24 @@ fs::path Session::ChainFile() const {
   return file.replace_extension(kChainExtension);
 }
 
-bool Session::TakeChainText(const std::string& text, const std::string& where) {
+// Nothing, and a message, for a text that is no chain.
+std::optional<ChainItems> Session::CheckedItems(const std::string& text, const std::string& where) {
   try {
     const host::ChainText given{host::ChainTextOf(text), "(", ")"};
     const auto filters = host::ListFilters(*creator.Get());
-    const ChainItems items = ItemsOf(host::CheckChainText(given, filters, *creator.Get()));
-    document.Replace(items);
-    return true;
+    return ItemsOf(host::CheckChainText(given, filters, *creator.Get()));
   } catch (const std::exception& error) {
     Tell(where + ": " + error.what());
-    return false;
+    return std::nullopt;
   }
 }
 
 bool Session::LoadChain(const std::string& file) {
   const auto text = ReadTextFile(host::PathOf(file));
   if (!text) Tell(file + ": the file cannot be read");
-  return text && TakeChainText(*text, file);
+  const auto items = text ? CheckedItems(*text, file) : std::nullopt;
+  if (items) document.Replace(*items);
+  return items.has_value();
 }
 
 bool Session::SaveChain(const std::string& file) {

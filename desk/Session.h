@@ -134,7 +134,7 @@ class Session {
   void SetToolText(const std::string& parameters);
   void Render();
   bool IsPictureFile(const std::string& file, std::string& why) const;
-  bool TakeChainText(const std::string& text, const std::string& where);
+  std::optional<ChainItems> CheckedItems(const std::string& text, const std::string& where);
   void RunFiles(const std::vector<std::string>& inputs, const std::string& out, bool isExport);
 
   const Post post;

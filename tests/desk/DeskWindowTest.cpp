@@ -95,7 +95,7 @@ TEST_F(Desk, AddsAFilterThatIsSearchedAndEditsItInItsDialog) {
   EXPECT_EQ(Order(), "Se ");
   toolkit::FakeWindow* const dialog = backend.LastWindow();
   ASSERT_NE(dialog, native) << "its dialog is open";
-  const auto slider = dialog->ByName("Sepia", ControlKind::Slider);
+  const auto slider = dialog->ByName("Strength", ControlKind::Slider);
   ASSERT_NE(slider, 0);
   ASSERT_TRUE(dialog->Slide(slider, 60));
   ASSERT_TRUE(dialog->Slide(slider, 70));
@@ -115,9 +115,9 @@ TEST_F(Desk, EditsSeveralFiltersAtOnce) {
   ClickAt("Chain", {150, RowMiddle(0)});
   auto& chain = window->Work().Chain();
   chain.Select({chain.Items()[0].id, chain.Items()[2].id});
-  ASSERT_TRUE(native->Click(native->ByName("E&dit", ControlKind::Button)));
+  ASSERT_TRUE(native->Click(native->ByName("Edit", ControlKind::Button)));
   toolkit::FakeWindow* const dialog = backend.LastWindow();
-  ASSERT_TRUE(dialog->Slide(dialog->ByName("Sepia", ControlKind::Slider), 25));
+  ASSERT_TRUE(dialog->Slide(dialog->ByName("Strength", ControlKind::Slider), 25));
   EXPECT_EQ(chain.Items()[0].parameters, "Sepia=025");
   EXPECT_EQ(chain.Items()[2].parameters, "Sepia=025");
   chain.Undo();

@@ -38,7 +38,11 @@ class TaskQueue {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (!condition()) {
       std::unique_lock hold(lock);
-      if (!wake.wait_until(hold, end, [this] { return !tasks.empty(); })) return condition();
+      constexpr std::chrono::milliseconds kLook(5);
+      if (!wake.wait_for(hold, kLook, [this] { return !tasks.empty(); })) {
+        if (std::chrono::steady_clock::now() > end) return condition();
+        continue;
+      }
       const auto task = std::move(tasks.front());
       tasks.pop_front();
       hold.unlock();
@@ -89,7 +93,8 @@ class DeskSession : public testing::Test {
   }
   bool OpenAndShow(const std::string& name) {
     session->Open(name);
-    return Await(RenderStage::Full);
+    return queue.RunUntil([&] { return session->Name() == name && !session->IsLoading(); }) &&
+           Await(RenderStage::Full);
   }
   // The stage for the chain as it is now.
   bool Await(RenderStage stage) {
@@ -244,7 +249,7 @@ TEST_F(DeskSession, KeepsChainsBesideThePicture) {
   desk::WriteTextFile(folder / "wrong.chain", "ZNFilter.Nothing.1(A=1)");
   EXPECT_FALSE(session->LoadChain(host::Utf8Of(folder / "wrong.chain")));
   EXPECT_THAT(session->Messages(), ElementsAre(HasSubstr("wrong.chain: ")));
-  desk::WriteTextFile(folder / "right.chain", "ZNFilter.Invert.1(Inversity=100)\r\n");
+  desk::WriteTextFile(folder / "right.chain", "\r\nZNFilter.Invert.1(Inversity=100)\r\n");
   EXPECT_TRUE(session->LoadChain(host::Utf8Of(folder / "right.chain")));
   EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Invert.1(Inversity=100)");
   session->Chain().Undo();
