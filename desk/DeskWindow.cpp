@@ -118,6 +118,7 @@ void DeskWindow::MakeToolBar() {
 }
 
 void DeskWindow::MakePanels() {
+  searchLabel = &Make<CZNStatic>("&Search");
   search = &Make<CZNEdit>("Search for filters");
   search->SetBubble("Search for filters (Ctrl+F)");
   filters = &Make<FilterList>(session.Catalog());
@@ -321,7 +322,10 @@ void DeskWindow::Arrange() {
   const int bottom = std::max(top, client.height - statusHeight);
 
   const int editHeight = search->Preferred("Sepia").height;
-  search->Place({pad, top, leftWidth - pad, editHeight});
+  const toolkit::Size label = searchLabel->Preferred("&Search");
+  searchLabel->Place({pad, top + (editHeight - label.height) / 2, label.width, label.height});
+  const int edit = 2 * pad + label.width;
+  search->Place({edit, top, leftWidth - edit, editHeight});
   filters->Place({pad, top + editHeight + pad, leftWidth - pad,
                   std::max(1, bottom - top - editHeight - 2 * pad)});
   leftBorder->Place({leftWidth, top, border, bottom - top - pad});
@@ -375,7 +379,10 @@ void DeskWindow::AskSaveChain() {
 void DeskWindow::AskExport() {
   if (!session.HasPicture()) return;
   std::filesystem::path start = host::PathOf(session.Name());
-  start.replace_filename(start.stem().string() + "-fxbox" + start.extension().string());
+  std::filesystem::path proposed = start.stem();
+  proposed += "-fxbox";
+  proposed += start.extension();
+  start.replace_filename(proposed);
   const auto file = Native()->AskFile("Export the result", true, start, kPicturePatterns);
   if (!file) return;
   exportFile = host::Utf8Of(*file);

@@ -81,6 +81,7 @@ class DeskWindow final : public CZNDialog {
   std::vector<std::string> toolTexts;
   CZNButton *beforeButton = nullptr, *splitButton = nullptr, *maskButton = nullptr;
   CZNButton *undoButton = nullptr, *redoButton = nullptr;
+  CZNStatic* searchLabel = nullptr;
   CZNEdit* search = nullptr;
   FilterList* filters = nullptr;
   PictureView* view = nullptr;
