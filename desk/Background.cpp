@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "program/ComponentRuntime.h"
+#include "host/ComponentRuntime.h"
 
 namespace desk {
 
@@ -11,7 +11,7 @@ void Background::Begin(Job job) {
   stopping = std::make_shared<std::atomic<bool>>(false);
   running = std::make_shared<std::atomic<bool>>(true);
   thread = std::thread([run = std::move(job), stop = stopping, state = running] {
-    const program::ComponentRuntime runtime;
+    const host::ComponentRuntime runtime;
     run(stop);
     *state = false;
   });

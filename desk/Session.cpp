@@ -8,10 +8,10 @@
 #include "base/CodePage.h"
 #include "core/ChainText.h"
 #include "host/ChainCheck.h"
+#include "host/ComponentRuntime.h"
 #include "host/FilterFacts.h"
 #include "host/Texts.h"
 #include "program/ApplyRun.h"
-#include "program/ComponentRuntime.h"
 #include "program/Messages.h"
 
 namespace desk {

@@ -4,9 +4,9 @@
 
 #include "component/Fxbox4.h"
 #include "desk/DeskWindow.h"
+#include "host/ComponentRuntime.h"
 #include "platform/Services.h"
 #include "platform/WorkerPool.h"
-#include "program/ComponentRuntime.h"
 #include "program/Messages.h"
 
 namespace {
@@ -52,7 +52,7 @@ bool TakeArguments(const std::vector<std::string>& arguments, desk::DeskOptions&
 }
 
 int Run(const desk::DeskOptions& options) {
-  const program::ComponentRuntime runtime;
+  const host::ComponentRuntime runtime;
   const auto pool = platform::ComPtr<platform::WorkerPool>::Attach(new platform::WorkerPool);
   FxboxSetWorkers(pool.Get());
   int status = program::kDone;
