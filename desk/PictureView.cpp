@@ -71,6 +71,8 @@ void PictureView::Show(const RenderResult& result) {
     fullAfter = fullBefore = nullptr;
   }
   fullSize = result.fullSize;
+  beforeSides = {static_cast<double>(result.before->Width()) / result.after->Width(),
+                 static_cast<double>(result.before->Height()) / result.after->Height()};
   Redraw();
 }
 
@@ -288,6 +290,15 @@ void PictureView::Paint(toolkit::Painter& painter, const Rect& place, const Memo
   }
 }
 
+// In the middle of the result's place.
+Rect PictureView::BeforePlace() const {
+  const Rect place = PicturePlace();
+  const int width = std::max(1, static_cast<int>(std::lround(place.width * beforeSides.x)));
+  const int height = std::max(1, static_cast<int>(std::lround(place.height * beforeSides.y)));
+  return {place.x + (place.width - width) / 2, place.y + (place.height - height) / 2, width,
+          height};
+}
+
 void PictureView::PaintCrop(toolkit::Painter& painter, const Rect& place) const {
   const auto x = [&](double share) {
     return place.x + static_cast<int>(std::lround(share * place.width));
@@ -319,21 +330,24 @@ void PictureView::PaintCrop(toolkit::Painter& painter, const Rect& place) const 
 void PictureView::HandlePaint(toolkit::Painter& painter) {
   const toolkit::Look look = CZNTheme::Colours();
   const auto [width, height] = painter.Area();
-  painter.FillRect({0, 0, width, height}, CZNTheme::Mixed(look.window, {0, 0, 0}, 0.35));
+  const toolkit::Colour ground = CZNTheme::Mixed(look.window, {0, 0, 0}, 0.35);
+  painter.FillRect({0, 0, width, height}, ground);
   if (!After()) {
     return painter.WriteText({width / 2 - 120, height / 2 - 8}, "Open a picture, or drop one here",
                              CZNTheme::Mixed(look.text, look.window, 0.3));
   }
   const Rect place = PicturePlace();
   if (comparison == Comparison::Before && Before()) {
-    Paint(painter, place, *Before(), 1);
+    Paint(painter, BeforePlace(), *Before(), 1);
   } else {
     Paint(painter, place, *After(), 1);
   }
   if (comparison == Comparison::Split && Before()) {
     const int line = static_cast<int>(split * width);
-    const double share = std::clamp((line - place.x) / static_cast<double>(place.width), 0.0, 1.0);
-    Paint(painter, place, *Before(), share);
+    const Rect left = BeforePlace();
+    const double share = std::clamp((line - left.x) / static_cast<double>(left.width), 0.0, 1.0);
+    painter.FillRect({0, 0, line, height}, ground);
+    Paint(painter, left, *Before(), share);
     painter.FillRect({line - 1, 0, 2, height}, {255, 255, 255});
     painter.WriteText({line - 60, 8}, "Before", {255, 255, 255});
     painter.WriteText({line + 10, 8}, "After", {255, 255, 255});

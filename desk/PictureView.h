@@ -62,6 +62,7 @@ class PictureView final : public CZNCanvas {
 
   void Paint(toolkit::Painter& painter, const toolkit::Rect& place, const MemoryPicture& picture,
              double share);
+  toolkit::Rect BeforePlace() const;
   void PaintCrop(toolkit::Painter& painter, const toolkit::Rect& place) const;
   const PicturePointer& After() const;
   const PicturePointer& Before() const;
@@ -73,8 +74,9 @@ class PictureView final : public CZNCanvas {
 
   PicturePointer fitAfter, fitBefore, fullAfter, fullBefore;
   host::Size fullSize;
-  double zoom = 0;                 // 0: fitted
-  toolkit::Spot centre{0.5, 0.5};  // of the view, as a share of the picture, y downwards
+  toolkit::Spot beforeSides{1, 1};  // of the picture before, as shares of those of the result
+  double zoom = 0;                  // 0: fitted
+  toolkit::Spot centre{0.5, 0.5};   // of the view, as a share of the picture, y downwards
   Comparison comparison = Comparison::After;
   double split = 0.5;  // of the view's width
   bool showsMask = false;
