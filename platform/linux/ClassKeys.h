@@ -41,7 +41,9 @@ inline constexpr char kCategoriesRoot[] = "Component Categories";
 // in hexadecimal. (The system has named values there; ours are keys, because a key holds one
 // value.)
 inline std::string CategoryKey(const CATID& category) {
-  return std::string(kCategoriesRoot) + "\\" + GuidText(category);
+  std::string key = kCategoriesRoot;
+  key += '\\';
+  return key += GuidText(category);
 }
 
 }  // namespace platform
