@@ -233,7 +233,7 @@ bool WholePictureFilter::Clear(MemoryPicture& picture) {
   return base::ForEachBand(picture.Height(), base::RowsPerBand(width), [&](int first, int end) {
     for (int y = first; y < end && !abort; ++y) {
       std::memset(picture.ColourRows()[y], 0, base::ColourBytes(width));
-      std::memset(picture.MaskRows()[y], base::kNothing, static_cast<std::size_t>(width));
+      std::fill_n(picture.MaskRows()[y], width, base::kNothing);
     }
     return !abort;
   });
