@@ -37,7 +37,12 @@ printf 'P6\n40 30\n255\n' >"in/picture 7.ppm"
 # Killed in the middle: of the jobs in work nothing is said, and their pictures stay or come anew.
 setsid sh "$docs/recipes/parallel.sh" chain list out 2 2>/dev/null &
 run=$!
-until [ -e out ] && [ "$(ls out | wc -l)" -gt 2 ]; do sleep 0.02; done
+tries=0
+until [ -e out ] && [ "$(ls out | wc -l)" -gt 2 ]; do
+  tries=$((tries + 1))
+  [ $tries -lt 3000 ] || fail 'no results come'
+  sleep 0.02
+done
 kill -KILL -$run
 wait $run 2>/dev/null
 
