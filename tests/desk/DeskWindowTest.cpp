@@ -100,6 +100,7 @@ TEST_F(Desk, AddsAFilterThatIsSearchedAndEditsItInItsDialog) {
   ASSERT_TRUE(dialog->Slide(slider, 60));
   ASSERT_TRUE(dialog->Slide(slider, 70));
   EXPECT_EQ(window->Work().Chain().Items()[0].parameters, "Sepia=070");
+  native->Focus(Canvas("Chain"));  // where one types, the keys are the field's
   EXPECT_TRUE(Press(Key::Character, 'z', true));
   EXPECT_EQ(window->Work().Chain().Items()[0].parameters, "Sepia=000") << "one movement, one step";
   EXPECT_EQ(dialog->At(slider).value, 0) << "the dialog follows";
