@@ -9,8 +9,8 @@
 #include "base/CodePage.h"
 #include "platform/Services.h"
 #include "platform/component/Guard.h"
-#include "platform/linux/ClassTable.h"
 #include "platform/component/ListEnumerator.h"
+#include "platform/linux/ClassTable.h"
 #include "platform/linux/WideText.h"
 
 namespace platform {

@@ -1,9 +1,10 @@
 // The dialogs of all classes in real windows, over filters with a picture:
 //
 //   dialogs_on_screen pictures FOLDER [dark]   a picture of each, FOLDER/<class name>.png
-//   dialogs_on_screen list                     class name, ProgID, what the filter does, a line each
-//   dialogs_on_screen check                    sizes and texts by the system's measure, and times
-//   dialogs_on_screen repeat TIMES             opens and closes them; memory and counters stay flat
+//   dialogs_on_screen list                     class name, ProgID, what the filter does, a line
+//   each dialogs_on_screen check                    sizes and texts by the system's measure, and
+//   times dialogs_on_screen repeat TIMES             opens and closes them; memory and counters
+//   stay flat
 //
 // The exit status is 0 when all is well.
 #include <chrono>
