@@ -36,8 +36,9 @@ class TaskQueue {
   template <class Condition>
   void RunUntil(Condition condition) {
     while (!condition()) {
+      constexpr std::chrono::milliseconds kLook(2);
       std::unique_lock hold(lock);
-      wake.wait(hold, [this] { return !tasks.empty(); });
+      if (!wake.wait_for(hold, kLook, [this] { return !tasks.empty(); })) continue;
       const auto task = std::move(tasks.front());
       tasks.pop_front();
       hold.unlock();
@@ -114,7 +115,9 @@ class Latency {
   void Slide(desk::Session& session, const char* what, const desk::ChainItems& items, int moved,
              const char* parameters) {
     session.Chain().Reset(items);
-    queue.RunUntil([&] { return session.Shown().stage == desk::RenderStage::Full; });
+    queue.RunUntil([&] {
+      return session.Renderer().IsIdle() && session.Shown().stage == desk::RenderStage::Full;
+    });
     std::vector<double> first, screen;
     for (int round = 1; round <= rounds; ++round) {
       char text[80];
