@@ -78,12 +78,13 @@ Session::Session(Post postTo, const fs::path& state, bool takesLeft)
   };
 }
 
+// The threads make tasks that look at `alive`, so it goes behind them.
 Session::~Session() {
-  alive.reset();
   worker.End();
   loader.End();
   bench.Close();
   renderer.reset();
+  alive.reset();
 }
 
 // A task that does nothing when the session is gone by then.
