@@ -65,7 +65,7 @@ TEST(Metadata, Travels) {
 TEST(Metadata, TextsAndResolutionTravel) {
   Metadata metadata;
   metadata.xmp = test::BytesOf("<x:xmpmeta>\xC3\xA4 <dc:title/></x:xmpmeta>");
-  metadata.iptc = test::BytesOf("\x1C\x02\x05" + std::string("\0\x05Title\x1C\x02\x7A\0\0", 13));
+  metadata.iptc = test::BytesOf(std::string("\x1C\x02\x05\0\x05Title\x1C\x02\x7A\0\0", 16));
   metadata.iptc.resize(16);  // TIFF pads it to whole numbers of four bytes
   metadata.resolution = {300, 150};
   for (const bool big : {false, true}) {
