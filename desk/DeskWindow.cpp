@@ -270,7 +270,9 @@ void DeskWindow::FillRecent() {
   if (!recentMenu) return;
   recentMenu->Clear();
   for (const std::string& name : session.Recent()) {
-    recentMenu->Add(name, [this, name] { session.Open(name); });
+    recentMenu->Add(name, [this, name] {
+      if (MayLeave()) session.Open(name);
+    });
   }
   if (MenuBar().Entries().size() > 1) ShowMenuBar();
 }
@@ -359,10 +361,21 @@ void DeskWindow::AskForBox() {
 
 // --- what is asked for
 
+bool DeskWindow::MayLeave() {
+  if (!session.HasPicture() || !session.IsModified()) return true;
+  if (isAsking) return false;
+  isAsking = true;
+  const int answer = ZNAskButton("fxbox desk", "The chain of this picture is not saved.",
+                                 {"&Save", "&Do not save", "&Cancel"});
+  isAsking = false;
+  if (answer == 0) return session.SaveChain(host::Utf8Of(session.ChainFile()));
+  return answer == 1;
+}
+
 void DeskWindow::AskOpen() {
   const auto file =
       Native()->AskFile("Open a picture", false, host::PathOf(session.Name()), kPicturePatterns);
-  if (file) session.Open(host::Utf8Of(*file));
+  if (file && MayLeave()) session.Open(host::Utf8Of(*file));
 }
 
 void DeskWindow::AskLoadChain() {
@@ -482,6 +495,9 @@ void DeskWindow::Click(toolkit::Spot share) {
 void DeskWindow::OnFiles(const std::vector<std::filesystem::path>& files) {
   std::vector<std::string> names;
   for (const auto& file : files) names.push_back(host::Utf8Of(file));
+  const bool isPicture = std::any_of(files.begin(), files.end(),
+                                     [](const auto& file) { return file.extension() != ".chain"; });
+  if (isPicture && !MayLeave()) return;
   const std::size_t before = session.Messages().size();
   session.OpenAll(names);
   if (session.Messages().size() > before) ShowMessages();
@@ -489,7 +505,7 @@ void DeskWindow::OnFiles(const std::vector<std::filesystem::path>& files) {
 
 // Escape closes nothing; the close button does.
 void DeskWindow::OnCancel() {
-  if (!isOpen) return;
+  if (!isOpen || !MayLeave()) return;
   isOpen = false;
   session.Bench().Close();
   session.Finish();

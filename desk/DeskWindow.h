@@ -47,6 +47,8 @@ class DeskWindow final : public CZNDialog {
   void Arrange();
   int ArrangeToolBar(int width);
 
+  // Asks what becomes of a chain that is not saved; false when all stays as it is.
+  bool MayLeave();
   void AskOpen();
   void AskSaveChain();
   void AskLoadChain();
@@ -75,6 +77,7 @@ class DeskWindow final : public CZNDialog {
   Session session;
   bool isOpen = false;
   bool isArranged = false;
+  bool isAsking = false;
   toolkit::Size client;
 
   std::vector<CZNButton*> tools;

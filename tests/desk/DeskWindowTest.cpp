@@ -223,4 +223,15 @@ TEST_F(Desk, EndsWithItsWindow) {
   EXPECT_FALSE(native->isVisible);
 }
 
+// Nobody answers the question in this window system, which is as good as "Cancel".
+TEST_F(Desk, LeavesNoChainUnsaved) {
+  ASSERT_TRUE(OpenPicture());
+  Add("ZNFilter.Sepia.1");
+  native->AskToClose();
+  EXPECT_TRUE(window->IsOpen());
+  ASSERT_TRUE(window->Work().SaveChain(host::Utf8Of(window->Work().ChainFile())));
+  native->AskToClose();
+  EXPECT_FALSE(window->IsOpen());
+}
+
 }  // namespace
