@@ -124,6 +124,7 @@ HRESULT TestDestination::AttachSource(IUnknown* newSource) {
 }
 
 HRESULT TestDestination::ExpandText(const char* text, char** expanded) {
+  const std::lock_guard lock(recording);
   calls.push_back(std::string("ExpandText ") + text);
   if (expansion.empty()) return S_FALSE;
   *expanded = static_cast<char*>(CoTaskMemAlloc(expansion.size() + 1));
