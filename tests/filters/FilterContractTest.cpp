@@ -568,7 +568,8 @@ TEST_P(FilterContract, AbortFromAnotherThreadLeavesFinishedRows) {
     const bool answersDone = contract.abortAnswersDone && y == height - 1;
     // Rows that the filter leaves as they are look finished and untouched at once.
     const bool tellsNothing = y < 0 && rowIs(before, 0);
-    EXPECT_TRUE(tellsNothing || result == (y < 0 || answersDone ? S_OK : 1)) << result;
+    // One that comes right before the first row may be seen there or ahead of it.
+    EXPECT_TRUE(tellsNothing || answersDone || result == (y < 0 ? S_OK : 1)) << result;
     while (y >= 0 && rowIs(before, y)) --y;
     ASSERT_EQ(y, -1) << "a row is neither finished nor untouched";
   }
