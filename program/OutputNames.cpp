@@ -50,6 +50,12 @@ fs::path::string_type SameFileKey(const fs::path& path) {
   return key;
 }
 
+// Systems with the backslash are not asked: their count of links may be 1 whatever it is.
+bool MayHaveOtherNames(const fs::path& file) {
+  std::error_code ignored;
+  return fs::path::preferred_separator == '\\' || fs::hard_link_count(file, ignored) > 1;
+}
+
 void CheckOptions(const OutputOptions& options) {
   if (options.out && options.out->empty()) throw UsageError("the name of the output is empty");
   if (options.inPlace && options.skipExisting) {
@@ -210,7 +216,7 @@ void OutputPlanner::RefuseLostInput(const PlannedFile& file) const {
   };
   const auto named = inputs.find(SameFileKey(file.output));
   if (named != inputs.end()) return refuse(named->second);
-  if (fs::hard_link_count(file.output, ignored) < 2) return;
+  if (!MayHaveOtherNames(file.output)) return;
   for (const auto& [key, input] : inputs) {
     if (fs::equivalent(file.output, input, ignored)) refuse(input);
   }

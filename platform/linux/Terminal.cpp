@@ -51,10 +51,10 @@ class SystemTerminalService final : public Terminal {
   void Start(std::ostream&, std::ostream&) override { signal(SIGPIPE, SIG_IGN); }
 
   std::optional<std::size_t> ReadInput(void* to, std::size_t count) override {
-    // The signal may come to another thread, so that nothing ends the wait by itself.
+    // The signal may come to another thread, or right ahead of the wait, and ends neither then.
     constexpr int kPause = 100;
     pollfd waiting = {STDIN_FILENO, POLLIN, 0};
-    while (poll(&waiting, 1, kPause) == 0) {
+    while (poll(&waiting, 1, kPause) <= 0) {
       if (interrupted) return std::nullopt;
     }
     for (;;) {

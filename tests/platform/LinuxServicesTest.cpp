@@ -3,7 +3,9 @@
 #include <signal.h>
 #include <sys/ioctl.h>
 
+#include <chrono>
 #include <iostream>
+#include <thread>
 
 #include "platform/SystemServices.h"
 #include "tests/platform/LinuxSupport.h"
@@ -73,10 +75,16 @@ int UsePipes() {
   if (terminal.WriteOutput("abcd") || read(output[0], bytes, 10) != 4) return 3;
   close(output[0]);
   if (!terminal.WriteOutput("nobody reads")) return 4;
-  // Who waits for input that does not come hears an interrupt all the same.
+  // Who waits for input that does not come hears an interrupt all the same, in the wait too.
+  alarm(60);
   terminal.OnInterrupt([] {});
-  raise(SIGTERM);
-  if (terminal.ReadInput(bytes, 10)) return 5;
+  std::thread interrupt([waits = pthread_self()] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    pthread_kill(waits, SIGTERM);
+  });
+  const bool got = terminal.ReadInput(bytes, 10).has_value();
+  interrupt.join();
+  if (got) return 5;
   close(input[1]);
   return terminal.ReadInput(bytes, 10) == 0u ? 0 : 6;
 }
