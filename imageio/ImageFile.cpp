@@ -44,7 +44,7 @@ std::unique_ptr<Decoder> OpenDecoder(Source& source, Format format) {
 Format FormatOfSource(Source& source) {
   std::array<std::uint8_t, 16> first;
   const Format format = FormatOfBytes(first.data(), source.ReadAt(0, first.data(), first.size()));
-  return format == Format::Tiff && IsRawTiff(source) ? kRaw : format;
+  return format == Format::Tiff && IsRawTiff(source) ? Format::Raw : format;
 }
 
 // A picture that was never a file.
@@ -241,7 +241,7 @@ namespace {
 
 void CheckWritable(Format format, int width, int height) {
   if (width < 1 || height < 1) throw ImageError("the picture has no size");
-  if (format == Format::Unknown || format == kRaw)
+  if (format == Format::Unknown || format == Format::Raw)
     throw ImageError("pictures of this kind cannot be written");
 }
 
@@ -305,13 +305,13 @@ std::vector<std::uint8_t> EncodeImage(Format format, int width, int height, cons
 
 Format FormatOfName(const std::filesystem::path& file) {
   constexpr std::pair<const char*, Format> kExtensions[] = {
-      {".pnm", Format::Pnm},   {".pbm", Format::Pnm},   {".pgm", Format::Pnm},
-      {".ppm", Format::Pnm},   {".pam", Format::Pam},   {".png", Format::Png},
-      {".jpg", Format::Jpeg},  {".jpeg", Format::Jpeg}, {".jpe", Format::Jpeg},
-      {".jfif", Format::Jpeg}, {".tif", Format::Tiff},  {".tiff", Format::Tiff},
-      {".bmp", Format::Bmp},   {".dib", Format::Bmp},   {".webp", kWebP},
-      {".jxl", kJpegXl},       {".avif", kAvif},        {".heic", kHeif},
-      {".heif", kHeif}};
+      {".pnm", Format::Pnm},    {".pbm", Format::Pnm},   {".pgm", Format::Pnm},
+      {".ppm", Format::Pnm},    {".pam", Format::Pam},   {".png", Format::Png},
+      {".jpg", Format::Jpeg},   {".jpeg", Format::Jpeg}, {".jpe", Format::Jpeg},
+      {".jfif", Format::Jpeg},  {".tif", Format::Tiff},  {".tiff", Format::Tiff},
+      {".bmp", Format::Bmp},    {".dib", Format::Bmp},   {".webp", Format::WebP},
+      {".jxl", Format::JpegXl}, {".avif", Format::Avif}, {".heic", Format::Heif},
+      {".heif", Format::Heif}};
   const std::filesystem::path extension = file.extension();
   const auto same = [](auto unit, char letter) {
     return (unit >= 'A' && unit <= 'Z' ? unit - 'A' + 'a' : unit) == letter;
@@ -329,11 +329,11 @@ namespace {
 Format FormatOfBrand(std::string_view brand) {
   constexpr std::string_view kBrands[] = {"heic", "heix", "heim", "heis", "hevc",
                                           "hevx", "hevm", "hevs", "mif1", "msf1"};
-  if (brand == "avif" || brand == "avis") return kAvif;
-  if (brand == "crx ") return kRaw;
+  if (brand == "avif" || brand == "avis") return Format::Avif;
+  if (brand == "crx ") return Format::Raw;
   return std::find(std::begin(kBrands), std::end(kBrands), brand) == std::end(kBrands)
              ? Format::Unknown
-             : kHeif;
+             : Format::Heif;
 }
 
 }  // namespace
@@ -348,17 +348,17 @@ Format FormatOfBytes(const std::uint8_t* bytes, std::size_t size) {
   };
   if (starts("\x89PNG\r\n\x1A\n"sv)) return Format::Png;
   if (starts("\xFF\xD8\xFF"sv)) return Format::Jpeg;
-  if (has(8, "CR\2"sv) || has(6, "HEAPCCDR"sv)) return kRaw;
+  if (has(8, "CR\2"sv) || has(6, "HEAPCCDR"sv)) return Format::Raw;
   if (starts("II*\0"sv) || starts("MM\0*"sv)) return Format::Tiff;
   if (starts("II+\0"sv) || starts("MM\0+"sv)) return Format::Tiff;
-  if (starts("RIFF"sv) && has(8, "WEBP"sv)) return kWebP;
-  if (starts("\xFF\x0A"sv) || starts("\0\0\0\x0CJXL \r\n"sv)) return kJpegXl;
+  if (starts("RIFF"sv) && has(8, "WEBP"sv)) return Format::WebP;
+  if (starts("\xFF\x0A"sv) || starts("\0\0\0\x0CJXL \r\n"sv)) return Format::JpegXl;
   if (has(4, "ftyp"sv) && size >= 12) {
     return FormatOfBrand({reinterpret_cast<const char*>(bytes) + 8, 4});
   }
   for (const std::string_view raw :
        {"FUJIFILMCCD-RAW"sv, "\0MRM"sv, "FOVb"sv, "IIRO"sv, "IIRS"sv, "MMOR"sv, "IIU\0"sv}) {
-    if (starts(raw)) return kRaw;
+    if (starts(raw)) return Format::Raw;
   }
   if (starts("BM"sv)) return Format::Bmp;
   if (starts("P7\n"sv)) return Format::Pam;

@@ -15,7 +15,9 @@
 
 namespace imageio {
 
-enum class Format { Unknown, Pnm, Pam, Png, Jpeg, Tiff, Bmp };
+// Those behind Bmp need a module, which is loaded with the first picture of its kind. Raw is what
+// cameras write; it is only read.
+enum class Format { Unknown, Pnm, Pam, Png, Jpeg, Tiff, Bmp, WebP, JpegXl, Avif, Heif, Raw };
 
 // What went wrong with a file, in words for the user, without the file's name: "not a picture file
 // of a known kind", "the file ends in the middle of the picture".

@@ -21,9 +21,11 @@ struct ModuleRow {
   const char* module;
 };
 constexpr ModuleRow kModules[] = {
-    {kWebP, "WebP", "libfxbox4-webp.so.4"},     {kJpegXl, "JPEG XL", "libfxbox4-jxl.so.4"},
-    {kAvif, "AVIF", "libfxbox4-avif.so.4"},     {kHeif, "HEIF", "libfxbox4-heif.so.4"},
-    {kRaw, "camera raw", "libfxbox4-raw.so.4"},
+    {Format::WebP, "WebP", "libfxbox4-webp.so.4"},
+    {Format::JpegXl, "JPEG XL", "libfxbox4-jxl.so.4"},
+    {Format::Avif, "AVIF", "libfxbox4-avif.so.4"},
+    {Format::Heif, "HEIF", "libfxbox4-heif.so.4"},
+    {Format::Raw, "camera raw", "libfxbox4-raw.so.4"},
 };
 
 const ModuleRow* RowOf(Format format) {
@@ -90,7 +92,7 @@ class ModuleDecoder final : public Decoder {
     head.metadata.exif = ExifOf(told.exif);
     head.metadata.profile = BytesOf(told.profile);
     head.metadata.xmp = BytesOf(told.xmp);
-    if (format == kRaw) head.metadata.exif = ExifOfTiff(source);
+    if (format == Format::Raw) head.metadata.exif = ExifOfTiff(source);
     head.orientation = told.orientation;
     if (told.orientation < 1 || told.orientation > 8) {
       head.orientation = ExifOrientation(head.metadata.exif);

@@ -6,14 +6,6 @@
 
 namespace imageio {
 
-// Their numbers stand behind those that ImageFile.h names: whoever handles pictures of all kinds
-// alike needs no more than a Format. Raw, what cameras write, is only read.
-inline constexpr Format kWebP{7};
-inline constexpr Format kJpegXl{8};
-inline constexpr Format kAvif{9};
-inline constexpr Format kHeif{10};
-inline constexpr Format kRaw{11};
-
 bool IsModuleFormat(Format format);
 
 // Both throw an ImageError that names the format, the module and the package that has it where it

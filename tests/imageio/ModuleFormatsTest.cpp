@@ -15,11 +15,6 @@ namespace {
 using imageio::Format;
 using imageio::ImageError;
 using imageio::ImageReader;
-using imageio::kAvif;
-using imageio::kHeif;
-using imageio::kJpegXl;
-using imageio::kRaw;
-using imageio::kWebP;
 using imageio::Metadata;
 using test::Bytes;
 using test::TestPicture;
@@ -31,8 +26,10 @@ struct NamedFormat {
   Format format;
   const char* name;
 };
-constexpr NamedFormat kWithModules[] = {
-    {kWebP, "WebP"}, {kJpegXl, "JPEG XL"}, {kAvif, "AVIF"}, {kHeif, "HEIF"}};
+constexpr NamedFormat kWithModules[] = {{Format::WebP, "WebP"},
+                                        {Format::JpegXl, "JPEG XL"},
+                                        {Format::Avif, "AVIF"},
+                                        {Format::Heif, "HEIF"}};
 
 Bytes WrittenAt(Format format, const TestPicture& picture, int quality,
                 const Metadata& metadata = {}) {
@@ -59,15 +56,15 @@ TEST(ModuleFormats, AreKnownByNameAndBytes) {
     EXPECT_FALSE(reader.Info().hasMask) << name;
   }
   for (const auto& [name, format] :
-       {std::pair("a.webp", kWebP), std::pair("a.JXL", kJpegXl), std::pair("a.avif", kAvif),
-        std::pair("a.heic", kHeif), std::pair("a.heif", kHeif),
-        std::pair("a.nef", Format::Unknown)}) {
+       {std::pair("a.webp", Format::WebP), std::pair("a.JXL", Format::JpegXl),
+        std::pair("a.avif", Format::Avif), std::pair("a.heic", Format::Heif),
+        std::pair("a.heif", Format::Heif), std::pair("a.nef", Format::Unknown)}) {
     EXPECT_EQ(imageio::FormatOfName(name), format) << name;
   }
 }
 
 TEST(ModuleFormats, KeepEveryByteAtTheHighestQuality) {
-  for (const Format format : {kWebP, kJpegXl, kAvif}) {
+  for (const Format format : {Format::WebP, Format::JpegXl, Format::Avif}) {
     for (const bool masked : {false, true}) {
       for (const auto& [width, height] : {std::pair(1, 1), std::pair(61, 43), std::pair(16, 300)}) {
         SCOPED_TRACE(testing::Message() << static_cast<int>(format) << (masked ? " masked " : " ")
@@ -92,7 +89,7 @@ TEST(ModuleFormats, AreCloseAndQualityCounts) {
   }
   TestPicture masked = picture;
   for (std::size_t i = 0; i < masked.mask.size(); ++i) masked.mask[i] = static_cast<BYTE>(i % 256);
-  const TestPicture heif = TestPicture::OfBytes(WrittenAt(kHeif, masked, 95));
+  const TestPicture heif = TestPicture::OfBytes(WrittenAt(Format::Heif, masked, 95));
   double off = 0;
   for (std::size_t i = 0; i < heif.mask.size(); ++i) off += std::abs(heif.mask[i] - masked.mask[i]);
   EXPECT_LT(off / static_cast<double>(heif.mask.size()), 4) << "alpha";
@@ -106,7 +103,7 @@ TEST(ModuleFormats, PicturesStandUpright) {
     metadata.exif = test::MakeExif(true, orientation);
     const TestPicture jpegTurned =
         TestPicture::OfBytes(WrittenAt(Format::Png, picture, 100, metadata));
-    for (const Format format : {kAvif, kWebP}) {
+    for (const Format format : {Format::Avif, Format::WebP}) {
       EXPECT_TRUE(TestPicture::OfBytes(WrittenAt(format, picture, 100, metadata)) == jpegTurned)
           << static_cast<int>(format) << " by " << orientation;
     }
@@ -134,7 +131,7 @@ TEST(ModuleFormats, DamagedFilesDoNoHarm) {
 TEST(ModuleFormats, RawPicturesAreNotWritten) {
   const test::TemporaryFile file;
   TestPicture picture = TestPicture::Smooth(4, 4);
-  EXPECT_THROW(imageio::WriteImage(file.path, kRaw, 4, 4, picture.Rows()), ImageError);
+  EXPECT_THROW(imageio::WriteImage(file.path, Format::Raw, 4, 4, picture.Rows()), ImageError);
 }
 
 // --- what travels
@@ -175,9 +172,9 @@ std::string WhatTravels(Format from, Format to) {
 
 std::string Table() {
   constexpr NamedFormat kFormats[] = {
-      {Format::Jpeg, "JPEG"}, {Format::Png, "PNG"}, {Format::Tiff, "TIFF"},
-      {kWebP, "WebP"},        {kJpegXl, "JPEG XL"}, {kAvif, "AVIF"},
-      {kHeif, "HEIF"},        {Format::Bmp, "BMP"}, {Format::Pnm, "PNM, PAM"}};
+      {Format::Jpeg, "JPEG"}, {Format::Png, "PNG"},        {Format::Tiff, "TIFF"},
+      {Format::WebP, "WebP"}, {Format::JpegXl, "JPEG XL"}, {Format::Avif, "AVIF"},
+      {Format::Heif, "HEIF"}, {Format::Bmp, "BMP"},        {Format::Pnm, "PNM, PAM"}};
   std::ostringstream text;
   text << "| from \\ to |";
   for (const auto& to : kFormats) text << " " << to.name << " |";
