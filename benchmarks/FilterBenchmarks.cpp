@@ -5,8 +5,8 @@
 // several, BlurGauss/radius10/24MP, and with the threads where it is lent some:
 // Sepia/24MP/threads2. Between two pulls the rows are inverted in place and set back with memcpy,
 // both timed, on one thread: the shares are the filter's speed beside theirs, by the quickest of
-// each over the run. FXBOX_SIMD limits the vector units, FXBOX_THREADS says for how many threads to
-// measure: "1,2,8".
+// each over the run. Work on one thread is timed by its processor time. FXBOX_SIMD limits the
+// vector units, FXBOX_THREADS says for how many threads to measure: "1,2,8".
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -235,6 +235,7 @@ std::vector<int> ThreadNumbers() {
 void LendThreads(int threads) {
   const auto pool = ComPtr<platform::WorkerPool>::Attach(new platform::WorkerPool(threads));
   FxboxSetWorkers(threads > 1 ? pool.Get() : nullptr);
+  benchmarks::timedThreads = threads;
 }
 
 template <class Run>

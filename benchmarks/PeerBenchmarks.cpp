@@ -1,9 +1,10 @@
 // The filters beside OpenCV and libvips at the same work, in one run: a table in Markdown.
 //
 // fxbox_peers [THREADS]: one thread where nothing is said. All work on the same 24 megapixels in
-// memory; the three take turns, and the quickest turn of each counts. Where a filter works on
-// colour and mask, the others work on four channels, else on three. Work is the same in kind and
-// in the number of operations; bytes differ, as everyone rounds in a way of his own.
+// memory; the three take turns, and the quickest turn of each counts, on one thread by its
+// processor time. Where a filter works on colour and mask, the others work on four channels, else
+// on three. Work is the same in kind and in the number of operations; bytes differ, as everyone
+// rounds in a way of his own.
 #include <vips/vips.h>
 
 #include <cstdio>
@@ -296,7 +297,8 @@ void PrintHead(int threads) {
   std::printf(
       "# Speed beside OpenCV and libvips\n\n"
       "Million pixels a second at 24 megapixels in memory, and the ratio to the best of the\n"
-      "others. `make bench-peers` measures on this machine and writes this page.\n\n"
+      "others; with one thread by processor time. `make bench-peers` measures on this machine and\n"
+      "writes this page.\n\n"
       "- Processor: %s, %d in use; vector units: %s\n"
       "- OpenCV %s, libvips %s\n\n"
       "| Work | fxbox | OpenCV | libvips | ratio |\n|---|---:|---:|---:|---:|\n",
@@ -308,6 +310,7 @@ void PrintHead(int threads) {
 
 int main(int argc, char** argv) {
   const int threads = argc > 1 ? std::max(1, std::atoi(argv[1])) : 1;
+  benchmarks::timedThreads = threads;
   if (VIPS_INIT(argv[0]) != 0) return 1;
   vips_cache_set_max(0);
   vips_concurrency_set(threads);

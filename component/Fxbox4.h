@@ -36,7 +36,9 @@ FXBOX_API HRESULT STDAPICALLTYPE FxboxPumpEvents(BOOL wait);
 // Lends threads (base/AnimWorkers.h) to all pulls of the process, in place of those lent before;
 // null takes them back, and everything runs on the thread that pulls. Holds a reference until the
 // next call, and pulls that run keep theirs to their end: call it with null before the workers'
-// module goes. Gives the memory that is kept for further pictures back to the system. Any thread.
+// module goes. Gives back to the system the memory that is kept for further pictures: blocks of
+// pictures that are gone, half a gigabyte of them at most, each for ten seconds and until the next
+// picture comes or goes. Any thread.
 struct IAnimWorkers;
 FXBOX_API HRESULT STDAPICALLTYPE FxboxSetWorkers(struct IAnimWorkers* workers);
 

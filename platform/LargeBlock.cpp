@@ -13,7 +13,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kLargeFrom = std::size_t{1} << 20;
-constexpr std::size_t kMostKept = 8;
+constexpr std::size_t kMostKept = 64;
 constexpr std::size_t kMostKeptBytes = std::size_t{512} << 20;
 constexpr auto kKeptTime = std::chrono::seconds(10);
 
