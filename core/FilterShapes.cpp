@@ -25,6 +25,11 @@ void CutAxis(int& dest, int& src, int& length, int size) {
   length = static_cast<int>(std::max<std::int64_t>(0, end - first));
 }
 
+// Of both planes.
+std::int64_t PictureBytes(int width, int height) {
+  return std::int64_t{base::kBytesPerPixel + 1} * width * height;
+}
+
 }  // namespace
 
 PullRectangle PullRectangle::CutTo(int pictureWidth, int pictureHeight) const {
@@ -202,38 +207,44 @@ bool WholePictureFilter::BringUpToDate() {
 bool WholePictureFilter::CopyOut(const PullRectangle& rectangle) {
   const PullRectangle cut = rectangle.CutTo(result.width, result.height);
   const MemoryPicture& from = *Result();
-  const auto copy = [&](BYTE* colour, BYTE* mask, int i) {
-    const int y = policy.frame + cut.srcY + i;
-    const int x = policy.frame + cut.srcX;
-    CopyRow(from.ColourRows()[y] + base::ColourOffset(x), from.MaskRows()[y] + x, colour, mask,
-            cut.width);
-  };
+  const int x = policy.frame + cut.srcX;
   return base::ForEachBand(cut.height, base::RowsPerBand(cut.width), [&](int first, int end) {
     constexpr int kTogether = 8;
+    const base::RowWriter writer(PictureBytes(cut.width, cut.height));
+    const auto copy = [&](int i) {
+      const int y = policy.frame + cut.srcY + i;
+      CopyRow(from.ColourRows()[y] + base::ColourOffset(x), from.MaskRows()[y] + x, cut.Colour(i),
+              cut.Mask(i), cut.width, writer);
+    };
     for (int last = end; last > first; last -= kTogether) {
       const int begin = std::max(first, last - kTogether);
       if (abort) return false;
       for (int y = cut.srcY + begin; y < cut.srcY + last; ++y) {
         if (!std::exchange(finished[static_cast<std::size_t>(y)], 1)) FinishRow(y);
       }
-      if (!cut.ChangeBand(begin, last, abort, copy)) return false;
+      for (int i = last - 1; i >= begin; --i) {
+        if (abort) return false;
+        if (cut.width > 0) copy(i);
+      }
     }
     return true;
   });
 }
 
 void WholePictureFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
-                                 int width) {
-  if (toColour) std::memcpy(toColour, colour, base::ColourBytes(width));
-  if (toMask) std::memcpy(toMask, mask, static_cast<std::size_t>(width));
+                                 int width, const base::RowWriter& writer) {
+  if (toColour) writer.Copy(toColour, colour, base::ColourBytes(width));
+  if (toMask) writer.Copy(toMask, mask, static_cast<std::size_t>(width));
 }
 
 bool WholePictureFilter::Clear(MemoryPicture& picture) {
   const int width = picture.Width();
-  return base::ForEachBand(picture.Height(), base::RowsPerBand(width), [&](int first, int end) {
+  const int height = picture.Height();
+  return base::ForEachBand(height, base::RowsPerBand(width), [&](int first, int end) {
+    const base::RowWriter writer(PictureBytes(width, height));
     for (int y = first; y < end && !abort; ++y) {
-      std::memset(picture.ColourRows()[y], 0, base::ColourBytes(width));
-      std::fill_n(picture.MaskRows()[y], width, base::kNothing);
+      writer.Fill(picture.ColourRows()[y], 0, base::ColourBytes(width));
+      writer.Fill(picture.MaskRows()[y], base::kNothing, static_cast<std::size_t>(width));
     }
     return !abort;
   });

@@ -5,6 +5,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "base/RowWriter.h"
 #include "base/Rows.h"
 #include "base/Workers.h"
 #include "core/PdibFilter.h"
@@ -174,7 +175,7 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   virtual void FinishRow(int /*row*/) {}
   // Gives out a part of one row of the result. Either target may be null.
   virtual void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
-                       int width);
+                       int width, const base::RowWriter& writer);
 
   // Copies of `input` and `output` from the start of the last rebuild: Prepare may change those in
   // the middle of a pull. The picture that holds the result may be larger than `result` says.

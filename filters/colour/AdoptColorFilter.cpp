@@ -121,8 +121,8 @@ void CAdoptColorFilter::FillTable() {
 }
 
 void CAdoptColorFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
-                                int width) {
-  if (toMask) std::memcpy(toMask, mask, static_cast<std::size_t>(width));
+                                int width, const base::RowWriter& writer) {
+  if (toMask) writer.Copy(toMask, mask, static_cast<std::size_t>(width));
   if (!toColour) return;
   if (tabled && tabled->IsSame(adopted)) {
     table->AdoptColour(toColour, colour, width);

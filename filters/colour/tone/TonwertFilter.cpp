@@ -179,9 +179,9 @@ int CTonwertFilter::Midtone(const PullRectangle& request) {
 }
 
 void CTonwertFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
-                             int width) {
+                             int width, const base::RowWriter& writer) {
   const kernels::ByteTableKernels& k = kernels::Choose<kernels::ByteTableKernels>();
-  if (toMask) std::memcpy(toMask, mask, static_cast<std::size_t>(width));
+  if (toMask) writer.Copy(toMask, mask, static_cast<std::size_t>(width));
   if (!toColour) return;
   if (channelsApart) {
     k.mapChannels(toColour, colour, width, channelTables);
