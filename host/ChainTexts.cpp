@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kFont = "Font";
 constexpr std::string_view kPicture = "Picture";
+constexpr std::string_view kText = "Text";
 
 // Where the value of a key lies, as the filters find it.
 struct Place {
@@ -41,6 +42,25 @@ bool HasTextKey(const FilterEntry& entry, std::string_view key) {
   return false;
 }
 
+// Gives the chain with the parameters that `rewrite` makes of each item's, called with the item and
+// its number from 1.
+template <class Rewrite>
+ChainText Rewritten(const ChainText& chain, Rewrite rewrite) {
+  ChainText result = chain;
+  std::size_t from = 0;
+  int number = 0;
+  for (const ChainTextItem& item :
+       SplitChainText(chain.text.c_str(), chain.open.c_str(), chain.close.c_str())) {
+    // The name alone may stand in other items' parameters as well.
+    const std::string front = item.name + chain.open;
+    from = result.text.find(front + item.parameters + chain.close, from) + front.size();
+    const std::string parameters = rewrite(item, ++number);
+    result.text.replace(from, item.parameters.size(), parameters);
+    from += parameters.size();
+  }
+  return result;
+}
+
 using Warn = std::function<void(const std::string&)>;
 
 class Completion {
@@ -50,19 +70,11 @@ class Completion {
       : chain_(chain), filters_(filters), folder_(folder), warn_(warn) {}
 
   ChainText Run() {
-    ChainText completed = chain_;
-    std::size_t from = 0;
-    for (const ChainTextItem& item :
-         SplitChainText(chain_.text.c_str(), chain_.open.c_str(), chain_.close.c_str())) {
-      ++number_;
+    return Rewritten(chain_, [this](const ChainTextItem& item, int number) {
+      number_ = number;
       name_ = item.name;
-      // Behind the name, which may stand in other items' parameters as well.
-      from = completed.text.find(item.parameters, completed.text.find(item.name, from));
-      const std::string parameters = Completed(item);
-      completed.text.replace(from, item.parameters.size(), parameters);
-      from += parameters.size();
-    }
-    return completed;
+      return Completed(item);
+    });
   }
 
  private:
@@ -112,7 +124,36 @@ class Completion {
   std::string name_;
 };
 
+// Whether the filter writes a text, and no picture in its place.
+bool WritesText(const ChainTextItem& item, const std::vector<FilterEntry>& filters) {
+  const FilterEntry* const entry = FindFilter(filters, item.name);
+  if (!entry || !HasTextKey(*entry, kText)) return false;
+  const auto picture = PlaceOfValue(item.parameters, kPicture);
+  return !picture || picture->length == 0;
+}
+
+std::string WithValue(std::string parameters, std::string_view key, const std::string& value) {
+  if (const auto place = PlaceOfValue(parameters, key)) {
+    return parameters.replace(place->start, place->length, value);
+  }
+  if (!parameters.empty()) parameters += ',';
+  return parameters.append(key).append("=").append(value);
+}
+
 }  // namespace
+
+ChainText WithTexts(const ChainText& chain, const std::vector<FilterEntry>& filters,
+                    const std::vector<std::string>& texts) {
+  auto next = texts.begin();
+  const ChainText filled = Rewritten(chain, [&](const ChainTextItem& item, int) {
+    const bool isTaken = next != texts.end() && WritesText(item, filters);
+    return isTaken ? WithValue(item.parameters, kText, base::PercentEncode(*next++))
+                   : item.parameters;
+  });
+  if (next == texts.end()) return filled;
+  throw ChainError("no filter of the chain writes the text \"" + *next +
+                   "\": ZNFilter.Text.1() at its end would");
+}
 
 ChainText WithFullPaths(const ChainText& chain, const std::vector<FilterEntry>& filters,
                         const fs::path& folder, const Warn& warn) {

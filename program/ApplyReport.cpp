@@ -5,8 +5,6 @@
 namespace program {
 namespace {
 
-constexpr int kLineVersion = 1;
-
 std::string SizeText(Size size) {
   return std::to_string(size.width) + "x" + std::to_string(size.height);
 }
@@ -40,7 +38,7 @@ Json ReportOf(const PlannedFile& file, const FileResult& result) {
 
 std::string ReportLine(const PlannedFile& file, const FileResult& result) {
   const bool isThere = result.isWritten || result.isSkipped;
-  Json line{{"version", kLineVersion}, {"status", StatusOf(result)}};
+  Json line{{"version", kJsonVersion}, {"status", StatusOf(result)}};
   line["input"] = Utf8Of(file.input);
   line["output"] = isThere ? Json(Utf8Of(file.output)) : Json(nullptr);
   line["bytes"] = result.digest ? Json(result.digest->bytes) : Json(nullptr);

@@ -110,7 +110,8 @@ class Session {
   void TellRest() {
     while (!waiting.empty()) TellNext();
     bar.Hide();
-    if (options.json) PrintJson({{"files", report}, {"interrupted", IsInterrupted()}});
+    if (!options.json) return;
+    PrintJson({{"version", kJsonVersion}, {"files", report}, {"interrupted", IsInterrupted()}});
   }
 
   void Tell(const Finished& finished) {

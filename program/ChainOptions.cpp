@@ -27,6 +27,21 @@ void TellOfFont(const std::string& warning) {
   PrintError(warning + " (fxbox fonts lists them)");
 }
 
+// The chain as it was given.
+std::string GivenText(const ChainOptions& options) {
+  if (options.chain && options.file)
+    throw UsageError("give the chain with -c or with -f, not both");
+  if (options.chain) return *options.chain;
+  if (!options.file && options.texts.empty())
+    throw UsageError("the chain is missing: give it with -c or -f");
+  if (!options.file) return "ZNFilter.Text.1" + options.open + options.close;
+  try {
+    return ReadChainFile(*options.file);
+  } catch (const FileError& error) {
+    throw UsageError(error.what());
+  }
+}
+
 // What relative paths in the chain start from.
 std::filesystem::path FolderOf(const ChainOptions& options) {
   const auto here = std::filesystem::current_path();
@@ -52,28 +67,26 @@ void AddChainOptions(CLI::App& command, ChainOptions& options) {
   command.add_option("--close", options.close, "Marker behind an item's parameters")
       ->type_name("MARKER")
       ->capture_default_str();
+  command
+      .add_option("--text", options.texts,
+                  "Any text, which becomes the Text of the chain's first filter that writes one "
+                  "(ZNFilter.Text.1, ZNFilter.WaterSign.1), percent-encoded; say it again for the "
+                  "next one. Without a chain: white letters in the middle of the picture")
+      ->allow_extra_args(false)
+      ->type_name("TEXT");
   command.add_flag("--lenient", options.lenient,
                    "Take the text as the library takes it: what it does not know, it skips");
 }
 
 ChainText TakeChain(const ChainOptions& options, IAnimFilterCreator& creator) {
-  if (options.chain && options.file)
-    throw UsageError("give the chain with -c or with -f, not both");
-  if (!options.chain && !options.file)
-    throw UsageError("the chain is missing: give it with -c or -f");
-  std::string given;
-  try {
-    given = options.chain ? *options.chain : ReadChainFile(*options.file);
-  } catch (const FileError& error) {
-    throw UsageError(error.what());
-  }
-  const std::string outside = ExpandPresets(given, options.open, options.close);
+  const std::string outside = ExpandPresets(GivenText(options), options.open, options.close);
   ChainText chain{ChainTextOf(outside), ChainTextOf(options.open), ChainTextOf(options.close)};
-  if (options.lenient) return chain;
+  if (options.lenient && options.texts.empty()) return chain;
   try {
     const std::vector<FilterEntry> filters = ListFilters(creator);
-    chain.text = CheckChainText(chain, filters, creator);
-    chain = WithFullPaths(chain, filters, FolderOf(options), TellOfFont);
+    if (!options.lenient) chain.text = CheckChainText(chain, filters, creator);
+    chain = WithTexts(chain, filters, options.texts);
+    if (!options.lenient) chain = WithFullPaths(chain, filters, FolderOf(options), TellOfFont);
   } catch (const ChainError& error) {
     throw UsageError((options.file ? *options.file + ": " : "") + error.what());
   }

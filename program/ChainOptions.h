@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "program/Host.h"
 
@@ -18,12 +19,14 @@ struct ChainOptions {
   std::string open = "(";
   std::string close = ")";
   bool lenient = false;
+  std::vector<std::string> texts;  // UTF-8, for the filters that write texts
 };
 
 void AddChainOptions(CLI::App& command, ChainOptions& options);
 
-// The chain text for the library, checked unless the options are lenient. A UsageError when there
-// is none, when there are two, when the file cannot be read or the check fails.
+// The chain text for the library, checked unless the options are lenient, with the texts in it; a
+// text without a chain is one in the middle of the picture. A UsageError when there is neither,
+// when there are two, when the file cannot be read or the check fails.
 ChainText TakeChain(const ChainOptions& options, IAnimFilterCreator& creator);
 
 }  // namespace program

@@ -22,7 +22,9 @@ constexpr char kExamples[] = R"(Example:
   fxbox describe ZNFilter.Sepia.1)";
 
 constexpr char kTextHint[] =
-    "  A text is percent-encoded UTF-8; fxbox text-key writes it, fxbox fonts lists the families\n";
+    "  A text is percent-encoded UTF-8: fxbox apply --text 'any text' sets Text, fxbox text-key "
+    "writes\n"
+    "  all of them, fxbox fonts lists the families\n";
 
 bool IsText(const KeyFacts& key) {
   return key.kind == "text";
@@ -45,7 +47,9 @@ Json JsonOf(const KeyFacts& key) {
 }
 
 Json JsonOf(const FilterFacts& facts) {
-  Json json{{"progId", facts.progId}, {"class", facts.className}, {"gloss", facts.gloss}};
+  Json json{{"version", kJsonVersion}, {"progId", facts.progId}};
+  json["class"] = facts.className;
+  json["gloss"] = facts.gloss;
   json["note"] = facts.note;
   json["preview"] = facts.preview.empty() ? Json(nullptr) : Json(facts.preview);
   json["order"] = facts.order;

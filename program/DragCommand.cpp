@@ -50,7 +50,8 @@ int ReadDragged() {
 
 int RunDrag(const DragOptions& options) {
   if (!options.isReading) return PrintDragText(options);
-  if (options.chain.chain || options.chain.file || !options.second.empty()) {
+  const ChainOptions& chain = options.chain;
+  if (chain.chain || chain.file || !chain.texts.empty() || !options.second.empty()) {
     throw UsageError("--read takes the text from standard input and nothing else");
   }
   return ReadDragged();

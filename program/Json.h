@@ -10,6 +10,10 @@ namespace program {
 
 using Json = nlohmann::ordered_json;
 
+// Of every output that is an object of its own. It grows with every change of the keys, and then
+// resources/schemas/ has a file more for that output; arrays have their version there alone.
+constexpr int kJsonVersion = 1;
+
 // Texts of the library are in its code page; null stands for a text that there is not.
 inline Json JsonText(const char* codePageText) {
   return codePageText ? Json(base::ToUtf8(codePageText)) : Json(nullptr);

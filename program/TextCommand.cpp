@@ -19,6 +19,8 @@ struct TextOptions {
 constexpr char kExamples[] = R"(Examples:
   fxbox text -c 'ZNFilter.Sepia.1(Sepia=50)'
       prints ZNFilter.Sepia.1(Sepia=050)
+  fxbox text -c 'ZNFilter.Text.1(Size=040)' --text 'any text' >title.chain
+      the chain with the text percent-encoded
   fxbox text -f stored.chain --lenient
       what the library makes of a text that the check refuses)";
 

@@ -23,6 +23,7 @@ takeProgram "$built/component/Fxbox4.dll"
 takeProgram "$built/program/fxbox.exe"
 if [ -f "$built/desk/fxbox-desk.exe" ]; then takeProgram "$built/desk/fxbox-desk.exe"; fi
 cp resources/settings/Tesmar.inf "$files/"
+cp -r resources/schemas "$files/schemas"
 cp LICENSE "$files/LICENSE.txt"
 cp LICENSES.md README.md "$files/"
 

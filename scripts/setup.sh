@@ -20,7 +20,7 @@ native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev li
   libwebp-dev libjxl-dev libavif-dev libheif-dev libraw-dev)
 tests=(clang clang-format libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
   xvfb xauth xdotool adwaita-icon-theme parallel
-  pybind11-dev python3-dev python3-numpy mypy)
+  pybind11-dev python3-dev python3-numpy mypy python3-jsonschema)
 soak=(python3-distributed)
 # The picture and text libraries stand here too: their versions say which sources are built for
 # Windows, so that a file decodes, and a text is drawn, to the same bytes on both systems.

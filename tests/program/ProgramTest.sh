@@ -726,6 +726,30 @@ test_filters() {
   grep -q '"example": "ZNFilter.Sepia.1(Sepia=075)"' stdout || fail 'no example'
 }
 
+test_any_text() {
+  text=$(printf '50 %% (Gr\303\266\303\237e), a=b')
+  coded='50%20%25%20%28Gr%C3%B6%C3%9Fe%29%2C%20a%3Db'
+  run 0 text -c 'ZNFilter.Sepia.1(Sepia=050)ZNFilter.Text.1(Size=040)' --text "$text"
+  grep -q "^ZNFilter.Sepia.1(Sepia=050)ZNFilter.Text.1(.*Size=040.*,Text=$coded)\$" stdout || fail 'another chain'
+  # In the place of what is there; the second text goes to the next filter, past one with a picture.
+  picture sign.ppm
+  chain='ZNFilter.Text.1(Text=old,Size=040)ZNFilter.WaterSign.1(Picture=sign.ppm)ZNFilter.WaterSign.1()'
+  run 0 text -c "$chain" --text one --text two
+  [ "$(grep -o 'Text=[^,)]*' stdout | tr '\n' ' ')" = 'Text=one Text= Text=two ' ] || fail 'other places'
+  run 2 text -c 'ZNFilter.Text.1()' --text one --text two
+  error_is 'fxbox: no filter of the chain writes the text "two": ZNFilter.Text.1() at its end would'
+  run 2 apply in.ppm
+  run 2 drag --read --text one </dev/null
+  run 0 text -c 'unchecked, (ZNFilter.Text.1()' --lenient --text one
+  grep -q 'Text=one' stdout || fail 'no text without the check'
+  # A file after the text is a picture; without a chain the text alone is one.
+  { printf 'P6\n200 200\n255\n'; head -c 120000 /dev/zero; } >in.ppm
+  run 0 apply --quiet --text H -o without.ppm in.ppm
+  run 0 apply --quiet -c 'ZNFilter.Text.1(Text=H)' -o with.ppm in.ppm
+  cmp -s with.ppm without.ppm || fail 'another picture than that of the chain'
+  ! cmp -s in.ppm with.ppm || fail 'nothing is written'
+}
+
 test_text() {
   run 0 text -c 'ZNFilter.RGBColor.1(Red=5, Blue=-7) ZNFilter.Sepia.1(Sepia=50)'
   output_is 'ZNFilter.RGBColor.1(Red=005, Green=000, Blue=-007)ZNFilter.Sepia.1(Sepia=050)'
@@ -810,7 +834,7 @@ test_json_report() {
   run 1 apply --json -c '' -o out in.ppm missing.ppm
   sed 's/"milliseconds": [0-9.e+-]*/"milliseconds": 0/; s|\\\\|/|g; s/^ *//' stdout | tr '\n' ' ' >report
   size='{ "width": 3, "height": 2 }'
-  printf '%s' '{ "files": [ { "input": "in.ppm", "output": "out/in.ppm", ' \
+  printf '%s' '{ "version": 1, "files": [ { "input": "in.ppm", "output": "out/in.ppm", ' \
     "\"inputSize\": $size, \"outputSize\": $size, " '"milliseconds": 0, "skipped": false, "notes": [], "error": null }, ' \
     '{ "input": "missing.ppm", "output": null, "inputSize": null, "outputSize": null, ' \
     '"milliseconds": 0, "skipped": false, "notes": [], "error": "missing.ppm: the file cannot be opened: No such file or directory" } ], ' \
