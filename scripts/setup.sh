@@ -20,7 +20,8 @@ native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev li
   libwebp-dev libjxl-dev libavif-dev libheif-dev libraw-dev)
 tests=(clang clang-format libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
   xvfb xauth xdotool adwaita-icon-theme parallel
-  pybind11-dev python3-dev python3-numpy mypy python3-jsonschema)
+  pybind11-dev python3-dev python3-numpy mypy python3-jsonschema
+  groff-base desktop-file-utils appstream shared-mime-info libglib2.0-bin)
 soak=(python3-distributed)
 # The picture and text libraries stand here too: their versions say which sources are built for
 # Windows, so that a file decodes, and a text is drawn, to the same bytes on both systems.
@@ -29,8 +30,7 @@ windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
   clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xdotool)
 # What only packages need, beside all that builds.
-package=(debhelper dh-python lintian nsis mingw-w64-tools libwine-dev llvm-14 zip unzip mmdebstrap
-  desktop-file-utils appstream shared-mime-info)
+package=(debhelper dh-python lintian nsis mingw-w64-tools libwine-dev llvm-14 zip unzip mmdebstrap)
 tools=(clang-format clang-tidy librsvg2-bin imagemagick)
 arm64=(g++-aarch64-linux-gnu)
 peers=(libopencv-core-dev libopencv-imgproc-dev libvips-dev)
