@@ -5,10 +5,8 @@
 namespace kernels {
 namespace {
 
-constexpr int kTaps = 16;  // of a block, whose bytes fill a vector channel by channel
-// Where a 1 stands behind the pixels of a block, and of a pair of rows.
-constexpr int kOneAt = 48;
-constexpr int kPairOneAt = 24;
+constexpr int kTaps = 16;   // of a block, whose bytes fill a vector channel by channel
+constexpr int kOneAt = 48;  // where a 1 stands behind the pixels of a block
 static_assert(kWeightBlock == kTaps);
 
 // A quarter for each channel, and one that has the same byte throughout.
@@ -16,16 +14,6 @@ constexpr Permutation ByChannel() {
   Permutation p = {};
   for (int i = 0; i < 64; ++i) {
     p.from[i] = static_cast<std::uint8_t>(i < 48 ? 3 * (i % 16) + i / 16 : kOneAt);
-  }
-  return p;
-}
-
-// The same for eight pixels of a row and eight of another one, which is the upper half.
-constexpr Permutation PairByChannel() {
-  Permutation p = {};
-  for (int i = 0; i < 64; ++i) {
-    const int pixel = 3 * (i % 8) + (i % 16 < 8 ? 0 : 32);
-    p.from[i] = static_cast<std::uint8_t>(i < 48 ? pixel + i / 16 : kPairOneAt);
   }
   return p;
 }
@@ -38,16 +26,16 @@ constexpr Permutation EachByte(int byte) {
 }
 
 constexpr Permutation kByChannel = ByChannel();
-constexpr Permutation kPairByChannel = PairByChannel();
 constexpr Permutation kLowBytes = EachByte(0);
 constexpr Permutation kHighBytes = EachByte(1);
 
-// The first byte of each of four 32-bit numbers a quarter.
-struct alignas(64) FirstOfQuarters {
-  std::uint32_t from[16] = {0, 4, 8, 12};
+// One of the four 32-bit numbers of each quarter.
+struct alignas(64) OneOfQuarters {
+  std::uint32_t from[16];
   operator Bits() const { return _mm512_load_si512(from); }
 };
-constexpr FirstOfQuarters kFirstOfQuarters;
+constexpr OneOfQuarters kFirstOfQuarters = {{0, 4, 8, 12}};
+constexpr OneOfQuarters kLastOfQuarters = {{3, 7, 11, 15}};
 
 Bits Permute(const Permutation& how, Bits bytes) {
   return _mm512_maskz_permutexvar_epi8(kAll64, how, bytes);
@@ -69,9 +57,11 @@ class Sums {
     low_ = _mm512_dpbusd_epi32(low_, weights.low, bytes);
     high_ = _mm512_dpbusd_epi32(high_, weights.high, bytes);
   }
-  // One sum for each quarter of the bytes.
+  // One sum for each four bytes.
+  Bits Total() const { return _mm512_add_epi32(low_, _mm512_maskz_slli_epi32(kAll16, high_, 8)); }
+  // One for each quarter of the bytes.
   __m128i ByQuarter() const {
-    Bits sum = _mm512_add_epi32(low_, _mm512_maskz_slli_epi32(kAll16, high_, 8));
+    Bits sum = Total();
     sum = _mm512_add_epi32(sum, _mm512_maskz_shuffle_epi32(kAll16, sum, _MM_PERM_CDAB));
     sum = _mm512_add_epi32(sum, _mm512_maskz_shuffle_epi32(kAll16, sum, _MM_PERM_BADC));
     return _mm512_maskz_extracti32x4_epi32(
@@ -83,12 +73,9 @@ class Sums {
   Bits high_ = _mm512_setzero_si512();
 };
 
-// Turns the top bits of all bytes, which takes 128 off, and makes the one byte a 1.
-template <int kAt>
-Bits TurnTopBits(Bits bytes) {
-  const Bits turned =
-      _mm512_mask_mov_epi8(_mm512_set1_epi8(-128), __mmask64{1} << kAt, _mm512_set1_epi8(1));
-  return _mm512_xor_si512(bytes, turned);
+// Turns the top bits of all bytes, which takes 128 off.
+Bits Signed(Bits bytes) {
+  return _mm512_xor_si512(bytes, _mm512_set1_epi8(-128));
 }
 
 // What was taken off the channels, given their sums and, as the last one, that of the weights.
@@ -97,82 +84,223 @@ __m128i GiveBack(__m128i sums) {
   return _mm_add_epi32(sums, _mm_maskz_slli_epi32(7, weight, 7));
 }
 
+// The same for four pixels.
+Bits GiveBackAll(Bits sums) {
+  const Bits weights = _mm512_maskz_shuffle_epi32(kAll16, sums, _MM_PERM_DDDD);
+  return _mm512_add_epi32(sums, _mm512_maskz_slli_epi32(0x7777, weights, 7));
+}
+
 __m128i Load16(const void* at) {
   return _mm_loadu_si128(static_cast<const __m128i*>(at));
 }
 
-// Up to eight weights of each of two rows, which is what most windows have; the second row may be
-// missing.
-Weights PairOfWeights(const std::uint16_t* first, const std::uint16_t* second) {
-  const Bits pairs = _mm512_zextsi128_si512(Load16(first));
-  return Weights(second ? _mm512_maskz_inserti32x4(kAll16, pairs, Load16(second), 1) : pairs);
+// --- four pixels at once, a quarter for each
+
+constexpr int kGroup = 4;
+constexpr int kGroupTaps = 8;  // of a window, which is what most have
+constexpr int kGroupRows = 16;
+// Taps whose products come into one sum: a quarter has four of each channel, and four ones.
+constexpr int kChunk = 4;
+constexpr int kChunks = kGroupTaps / kChunk;
+// Pixels that are read of a row for a group, and mask bytes.
+constexpr int kPixelsRead = 22;
+constexpr int kMasksRead = 32;
+
+// Where the taps of a chunk lie when the windows begin at the same pixel, of a channel or of
+// masks.
+constexpr Permutation OfTaps(int chunk, bool isMask) {
+  Permutation p = {};
+  for (int i = 0; i < 64; ++i) {
+    const int tap = kChunk * chunk + i % 4;
+    const int channel = i % 16 / 4;
+    p.from[i] = static_cast<std::uint8_t>(isMask ? tap : channel < 3 ? 3 * tap + channel : 0);
+  }
+  return p;
 }
 
-// The weights of the windows met last: windows with the same weights come again and again.
-class KeptWeights {
- public:
-  explicit KeptWeights(const ReductionRows& rows) : rows_(rows) {}
-
-  static bool Fit(const ReductionRun& run, const ReductionRows& rows) {
-    return run.taps <= kTaps / 2 && rows.count <= 2 * kPairs;
+// One byte of the weights of a chunk, which stand as eight numbers of 16 bits in each quarter.
+constexpr Permutation OfWeights(int chunk, int byte) {
+  Permutation p = {};
+  for (int i = 0; i < 64; ++i) {
+    p.from[i] = static_cast<std::uint8_t>(i / 16 * 16 + 2 * (kChunk * chunk + i % 4) + byte);
   }
+  return p;
+}
 
-  // Of each pair of rows.
-  const Weights* Of(const ReductionRun& run) {
-    const std::size_t slot = run.weights / kWeightBlock % kSlots;
-    if (!isFilled_[slot] || places_[slot] != run.weights) Fill(slot, run.weights);
-    return weights_[slot];
+constexpr Permutation kColourTaps[kChunks] = {OfTaps(0, false), OfTaps(1, false)};
+constexpr Permutation kMaskTaps[kChunks] = {OfTaps(0, true), OfTaps(1, true)};
+constexpr Permutation kChunkLow[kChunks] = {OfWeights(0, 0), OfWeights(1, 0)};
+constexpr Permutation kChunkHigh[kChunks] = {OfWeights(0, 1), OfWeights(1, 1)};
+
+constexpr __mmask16 kFirstNumbers = 0x1111;  // of the quarters
+constexpr __mmask64 kColourBytes = 0x0FFF0FFF0FFF0FFF;
+constexpr __mmask64 kFirstFourBytes = 0x000F000F000F000F;
+
+// Four windows side by side.
+struct Group {
+  Bits runs;       // as they are, but counted from the first one's pixel
+  __mmask32 span;  // the pixels under them
+  int chunks;
+  Bits colours[kChunks], masks[kChunks];  // where their taps lie
+  Weights weights[kGroupRows][kChunks];
+};
+
+// The groups met last: those with the same weights at the same distances come again and again.
+class Groups {
+ public:
+  Groups(const ReductionRows& rows, int pixelsRead, int width)
+      : rows_(rows), lastFirst_(rows.count <= kGroupRows ? width - pixelsRead : -1) {}
+
+  // Null when the runs do not make a group.
+  const Group* Of(const ReductionRun* runs) {
+    if (runs[0].first > lastFirst_ || runs[0].taps == 0) return nullptr;
+    const Bits counted =
+        _mm512_mask_sub_epi32(_mm512_loadu_si512(runs), kFirstNumbers, _mm512_loadu_si512(runs),
+                              _mm512_set1_epi32(runs[0].first));
+    const std::size_t slot = runs[0].weights / kWeightBlock % kSlots;
+    Group& group = groups_[slot];
+    if (!isFilled_[slot] || _mm512_cmpneq_epi32_mask(counted, group.runs) != 0) {
+      if (!Fit(runs)) return nullptr;
+      isFilled_[slot] = true;
+      group.runs = counted;
+      Fill(group, runs);
+    }
+    return &group;
   }
 
  private:
-  static constexpr int kSlots = 16;
-  static constexpr int kPairs = 8;
+  static constexpr int kSlots = 8;
 
-  void Fill(std::size_t slot, std::size_t place) {
-    isFilled_[slot] = true;
-    places_[slot] = place;
-    const std::uint16_t* at = rows_.weights + place;
-    for (int y = 0; y < rows_.count; y += 2, at += 2 * rows_.weightStride) {
-      weights_[slot][y / 2] =
-          PairOfWeights(at, y + 1 < rows_.count ? at + rows_.weightStride : nullptr);
+  static bool Fit(const ReductionRun* runs) {
+    for (int i = 0; i < kGroup; ++i) {
+      const int distance = runs[i].first - runs[0].first;
+      if (runs[i].taps < 1 || runs[i].taps > kGroupTaps || distance < 0) return false;
+      if (3 * (distance + runs[i].taps) > kVectorBytes) return false;
+    }
+    return true;
+  }
+
+  void Fill(Group& group, const ReductionRun* runs) const {
+    int most = 0;
+    int end = 0;
+    for (int i = 0; i < kGroup; ++i) {
+      const int runEnd = runs[i].first + runs[i].taps;
+      if (runs[i].taps > most) most = runs[i].taps;
+      if (runEnd > end) end = runEnd;
+    }
+    group.chunks = most > kChunk ? kChunks : 1;
+    group.span = static_cast<__mmask32>(FirstBytes(end - runs[0].first));
+    // The distance, in all bytes of the quarter.
+    const Bits distances = _mm512_mullo_epi32(
+        _mm512_maskz_shuffle_epi32(kAll16, group.runs, _MM_PERM_AAAA), _mm512_set1_epi32(0x010101));
+    const Bits everywhere =
+        _mm512_or_si512(distances, _mm512_maskz_slli_epi32(kAll16, distances, 8));
+    for (int c = 0; c < group.chunks; ++c) {
+      group.masks[c] = _mm512_add_epi8(everywhere, kMaskTaps[c]);
+      const Bits twice = _mm512_add_epi8(everywhere, everywhere);
+      group.colours[c] = _mm512_add_epi8(_mm512_add_epi8(twice, everywhere), kColourTaps[c]);
+    }
+    const std::uint16_t* row = rows_.weights;
+    for (int y = 0; y < rows_.count; ++y, row += rows_.weightStride) {
+      Bits all = _mm512_zextsi128_si512(Load16(row + runs[0].weights));
+      all = _mm512_maskz_inserti32x4(kAll16, all, Load16(row + runs[1].weights), 1);
+      all = _mm512_maskz_inserti32x4(kAll16, all, Load16(row + runs[2].weights), 2);
+      all = _mm512_maskz_inserti32x4(kAll16, all, Load16(row + runs[3].weights), 3);
+      for (int c = 0; c < group.chunks; ++c) {
+        group.weights[y][c].low = Permute(kChunkLow[c], all);
+        group.weights[y][c].high = Permute(kChunkHigh[c], all);
+      }
     }
   }
 
   const ReductionRows& rows_;
+  const int lastFirst_;  // behind it, a group would be read beyond the row's end
   bool isFilled_[kSlots] = {};
-  std::size_t places_[kSlots];
-  Weights weights_[kSlots][kPairs];
+  Group groups_[kSlots];
 };
 
-// Calls add(weights, colours, how to sort them by channel, mask bytes) for each pair of rows under
-// a run of up to eight taps. The second row of the last pair may be missing: nothing weighs there.
-template <bool kMasked, class Add>
-[[gnu::always_inline]] inline void ForPairs(const ReductionRun& run, const ReductionRows& rows,
-                                            const Weights* weights, Add add) {
-  const auto colourBytes = static_cast<__mmask32>(FirstBytes(3 * run.taps));
-  const auto maskBytes = static_cast<__mmask16>(FirstBytes(run.taps));
-  const std::ptrdiff_t at = 3 * static_cast<std::ptrdiff_t>(run.first);
-  const auto load = [&](int y) {
-    return _mm256_maskz_loadu_epi8(colourBytes, rows.colour[y] + at);
-  };
-  const auto loadMask = [&](int y) {
-    return kMasked ? _mm_maskz_loadu_epi8(maskBytes, rows.mask[y] + run.first)
-                   : _mm_setzero_si128();
-  };
-  int y = 0;
-  for (; y + 1 < rows.count; y += 2) {
-    const Bits first = _mm512_castsi256_si512(load(y));
-    add(weights[y / 2],
-        TurnTopBits<kPairOneAt>(_mm512_maskz_inserti64x4(kAll8, first, load(y + 1), 1)),
-        kPairByChannel, _mm_unpacklo_epi64(loadMask(y), loadMask(y + 1)));
-  }
-  if (y < rows.count) {
-    add(weights[y / 2], TurnTopBits<kPairOneAt>(_mm512_maskz_broadcast_i64x4(0x0F, load(y))),
-        kPairByChannel, loadMask(y));
-  }
+// The channels of a chunk's taps, 128 off, and ones.
+Bits ColourTaps(const Group& group, int chunk, Bits colours) {
+  return _mm512_mask_permutexvar_epi8(_mm512_set1_epi8(1), kColourBytes, group.colours[chunk],
+                                      colours);
 }
 
-// The same for each block of taps in each row.
+template <int kGroupChunks>
+Bits SumGroup(const Group& group, const ReductionRows& rows, std::ptrdiff_t first) {
+  Sums sum;
+  for (int y = 0; y < rows.count; ++y) {
+    const Bits colours = Signed(_mm512_loadu_si512(rows.colour[y] + 3 * first));
+    for (int c = 0; c < kGroupChunks; ++c) {
+      sum.Add(group.weights[y][c], ColourTaps(group, c, colours));
+    }
+  }
+  return GiveBackAll(sum.Total());
+}
+
+// Opacities come into the first sums of a second vector, 128 off, and ones into the second ones.
+template <int kGroupChunks>
+Bits SumMaskedGroup(const Group& group, const ReductionRows& rows, std::ptrdiff_t first,
+                    std::uint32_t* opacities) {
+  const Bits ones = _mm512_set1_epi8(1);
+  Sums sum;
+  Sums opacitySum;
+  for (int y = 0; y < rows.count; ++y) {
+    const Bits colours = Signed(_mm512_loadu_si512(rows.colour[y] + 3 * first));
+    const Bits masks = _mm512_castsi256_si512(
+        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(rows.mask[y] + first)));
+    for (int c = 0; c < kGroupChunks; ++c) {
+      const Bits mask = _mm512_maskz_permutexvar_epi8(kAll64, group.masks[c], masks);
+      const __mmask64 counts = _mm512_cmpneq_epi8_mask(mask, _mm512_set1_epi8(-1));
+      sum.Add(group.weights[y][c], _mm512_maskz_mov_epi8(counts, ColourTaps(group, c, colours)));
+      const Bits opacity = _mm512_xor_si512(mask, _mm512_set1_epi8(127));
+      opacitySum.Add(group.weights[y][c], _mm512_mask_mov_epi8(ones, kFirstFourBytes, opacity));
+    }
+  }
+  const Bits total = opacitySum.Total();
+  const Bits taken =
+      _mm512_maskz_slli_epi32(kAll16, _mm512_maskz_shuffle_epi32(kAll16, total, _MM_PERM_BBBB), 7);
+  const Bits given =
+      _mm512_maskz_permutexvar_epi32(kAll16, kFirstOfQuarters, _mm512_add_epi32(total, taken));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(opacities), Quarter<0>(given));
+  return GiveBackAll(sum.Total());
+}
+
+// Whether all mask bytes under a group are the same, as they mostly are.
+bool HasOneMask(const Group& group, const ReductionRows& rows, std::ptrdiff_t first) {
+  const __m256i one = _mm256_set1_epi8(static_cast<char>(rows.mask[0][first]));
+  __m256i other = _mm256_setzero_si256();
+  for (int y = 0; y < rows.count; ++y) {
+    const __m256i masks =
+        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(rows.mask[y] + first));
+    other = _mm256_or_si256(other, _mm256_xor_si256(masks, one));
+  }
+  return _mm256_mask_test_epi8_mask(group.span, other, other) == 0;
+}
+
+template <int kGroupChunks>
+Bits SumGroupOfOneMask(const Group& group, const ReductionRows& rows, std::ptrdiff_t first,
+                       std::uint32_t* opacities) {
+  const int opacity = 255 - rows.mask[0][first];
+  const Bits sums =
+      opacity == 0 ? _mm512_setzero_si512() : SumGroup<kGroupChunks>(group, rows, first);
+  const Bits weights = _mm512_maskz_permutexvar_epi32(kAll16, kLastOfQuarters, sums);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(opacities),
+                   _mm_mullo_epi32(Quarter<0>(weights), _mm_set1_epi32(opacity)));
+  return sums;
+}
+
+template <int kGroupChunks>
+Bits SumAnyGroup(const Group& group, const ReductionRows& rows, std::ptrdiff_t first,
+                 std::uint32_t* opacities) {
+  if (rows.count > 0 && HasOneMask(group, rows, first)) {
+    return SumGroupOfOneMask<kGroupChunks>(group, rows, first, opacities);
+  }
+  return SumMaskedGroup<kGroupChunks>(group, rows, first, opacities);
+}
+
+// --- one pixel
+
+// Calls add(weights, colours, mask bytes) for each block of taps in each row.
 template <bool kMasked, class Add>
 [[gnu::always_inline]] inline void ForBlocks(const ReductionRun& run, const ReductionRows& rows,
                                              Add add) {
@@ -186,20 +314,9 @@ template <bool kMasked, class Add>
       const __m128i mask = kMasked ? _mm_maskz_loadu_epi8(static_cast<__mmask16>(FirstBytes(taps)),
                                                           rows.mask[y] + run.first + t)
                                    : _mm_setzero_si128();
-      add(Weights(_mm512_maskz_loadu_epi16(0xFFFF, weights + t)), TurnTopBits<kOneAt>(colours),
-          kByChannel, mask);
+      add(Weights(_mm512_maskz_loadu_epi16(0xFFFF, weights + t)),
+          _mm512_mask_mov_epi8(Signed(colours), __mmask64{1} << kOneAt, _mm512_set1_epi8(1)), mask);
     }
-  }
-}
-
-template <bool kMasked, class Add>
-[[gnu::always_inline]] inline void ForRun(const ReductionRun& run, const ReductionRows& rows,
-                                          KeptWeights& kept, Add add) {
-  if (run.taps == 0) return;  // there may be no weights to load
-  if (KeptWeights::Fit(run, rows)) {
-    ForPairs<kMasked>(run, rows, kept.Of(run), add);
-  } else {
-    ForBlocks<kMasked>(run, rows, add);
   }
 }
 
@@ -207,51 +324,83 @@ void Store(ColourSums& to, __m128i sums) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(&to), sums);
 }
 
-void SumColoursAvx512(const ReductionRun* runs, int count, int, const ReductionRows& rows,
-                      ColourSums* sums) {
-  KeptWeights kept(rows);
-  for (int i = 0; i < count; ++i) {
-    Sums sum;
-    ForRun<false>(runs[i], rows, kept,
-                  [&sum](const Weights& weights, Bits colours, const Permutation& how, __m128i) {
-                    sum.Add(weights, Permute(how, colours));
-                  });
-    Store(sums[i], GiveBack(sum.ByQuarter()));
-  }
+void SumPixel(const ReductionRun& run, const ReductionRows& rows, ColourSums& to) {
+  Sums sum;
+  ForBlocks<false>(run, rows, [&sum](const Weights& weights, Bits colours, __m128i) {
+    sum.Add(weights, Permute(kByChannel, colours));
+  });
+  Store(to, GiveBack(sum.ByQuarter()));
 }
 
 // The last quarter sums the weights of the taps whose colours count. A vector beside it has the
 // opacities, taken 128 off, and ones.
-void SumMaskedAvx512(const ReductionRun* runs, int count, int, const ReductionRows& rows,
-                     ColourSums* sums, std::uint32_t* opacities) {
+void SumMaskedPixel(const ReductionRun& run, const ReductionRows& rows, ColourSums& to,
+                    std::uint32_t& opacity) {
   const Bits ones = _mm512_set1_epi8(1);
-  KeptWeights kept(rows);
-  for (int i = 0; i < count; ++i) {
-    Sums sum;
-    Sums opacitySum;
-    ForRun<true>(runs[i], rows, kept,
-                 [&](const Weights& weights, Bits colours, const Permutation& how, __m128i mask) {
-                   const __mmask16 counts = _mm_cmpneq_epi8_mask(mask, _mm_set1_epi8(-1));
-                   const __mmask64 inAllQuarters = __mmask64{counts} * 0x0001000100010001;
-                   sum.Add(weights, _mm512_maskz_permutexvar_epi8(inAllQuarters, how, colours));
-                   const __m128i opacity = _mm_xor_si128(mask, _mm_set1_epi8(127));
-                   opacitySum.Add(weights, _mm512_mask_broadcast_i32x4(ones, 15, opacity));
-                 });
-    Store(sums[i], GiveBack(sum.ByQuarter()));
-    const __m128i opacity = opacitySum.ByQuarter();
-    opacities[i] = static_cast<std::uint32_t>(_mm_extract_epi32(opacity, 0)) +
-                   (static_cast<std::uint32_t>(_mm_extract_epi32(opacity, 1)) << 7);
+  Sums sum;
+  Sums opacitySum;
+  ForBlocks<true>(run, rows, [&](const Weights& weights, Bits colours, __m128i mask) {
+    const __mmask16 counts = _mm_cmpneq_epi8_mask(mask, _mm_set1_epi8(-1));
+    const __mmask64 inAllQuarters = __mmask64{counts} * 0x0001000100010001;
+    sum.Add(weights, _mm512_maskz_permutexvar_epi8(inAllQuarters, kByChannel, colours));
+    const __m128i opacities = _mm_xor_si128(mask, _mm_set1_epi8(127));
+    opacitySum.Add(weights, _mm512_mask_broadcast_i32x4(ones, 15, opacities));
+  });
+  Store(to, GiveBack(sum.ByQuarter()));
+  const __m128i total = opacitySum.ByQuarter();
+  opacity = static_cast<std::uint32_t>(_mm_extract_epi32(total, 0)) +
+            (static_cast<std::uint32_t>(_mm_extract_epi32(total, 1)) << 7);
+}
+
+// --- rows
+
+void SumColoursAvx512(const ReductionRun* runs, int count, int width, const ReductionRows& rows,
+                      ColourSums* sums) {
+  Groups groups(rows, kPixelsRead, width);
+  for (int i = 0; i < count;) {
+    const Group* const group = i + kGroup <= count ? groups.Of(runs + i) : nullptr;
+    if (!group) {
+      SumPixel(runs[i], rows, sums[i]);
+      ++i;
+      continue;
+    }
+    const std::ptrdiff_t first = runs[i].first;
+    _mm512_storeu_si512(sums + i, group->chunks == 1 ? SumGroup<1>(*group, rows, first)
+                                                     : SumGroup<kChunks>(*group, rows, first));
+    i += kGroup;
+  }
+}
+
+void SumMaskedAvx512(const ReductionRun* runs, int count, int width, const ReductionRows& rows,
+                     ColourSums* sums, std::uint32_t* opacities) {
+  Groups groups(rows, kMasksRead, width);
+  for (int i = 0; i < count;) {
+    const Group* const group = i + kGroup <= count ? groups.Of(runs + i) : nullptr;
+    if (!group) {
+      SumMaskedPixel(runs[i], rows, sums[i], opacities[i]);
+      ++i;
+      continue;
+    }
+    const std::ptrdiff_t first = runs[i].first;
+    _mm512_storeu_si512(sums + i, group->chunks == 1
+                                      ? SumAnyGroup<1>(*group, rows, first, opacities + i)
+                                      : SumAnyGroup<kChunks>(*group, rows, first, opacities + i));
+    i += kGroup;
   }
 }
 
 // Four pixels. A float quotient can be wrong by one, which the remainder tells: sums and weights
-// fit 32 and 24 bits.
+// fit 32 and 24 bits, and a quotient 8.
 __m128i DivideFour(Bits sums) {
   const Bits weight = _mm512_maskz_shuffle_epi32(kAll16, sums, _MM_PERM_DDDD);
   const Bits dividend = _mm512_add_epi32(sums, _mm512_maskz_srli_epi32(kAll16, weight, 1));
   const __mmask16 counts = _mm512_test_epi32_mask(weight, weight);
-  const __m512 ratio = _mm512_maskz_div_ps(counts, _mm512_maskz_cvtepu32_ps(kAll16, dividend),
-                                           _mm512_maskz_cvtepu32_ps(kAll16, weight));
+  const __m512 divisor = _mm512_maskz_cvtepu32_ps(kAll16, weight);
+  const __m512 about = _mm512_maskz_rcp14_ps(counts, divisor);
+  // One step of Newton's method: right but for the last bits, and quicker than a division.
+  const __m512 inverse =
+      _mm512_mul_ps(about, _mm512_fnmadd_ps(about, divisor, _mm512_set1_ps(2.0f)));
+  const __m512 ratio = _mm512_mul_ps(_mm512_maskz_cvtepu32_ps(kAll16, dividend), inverse);
   Bits quotient = _mm512_maskz_cvttps_epi32(kAll16, ratio);
   const Bits rest = _mm512_sub_epi32(dividend, _mm512_mullo_epi32(quotient, weight));
   const Bits one = _mm512_set1_epi32(1);
@@ -264,13 +413,12 @@ __m128i DivideFour(Bits sums) {
                           _mm_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1));
 }
 
+// Sixteen bytes are written, of which twelve are the pixels.
 void DivideAvx512(std::uint8_t* colour, const ColourSums* sums, int count) {
-  for (; count > 0; count -= 4, sums += 4, colour += 12) {
-    const int pixels = count < 4 ? count : 4;
-    const auto numbers = static_cast<__mmask16>(FirstBytes(4 * pixels));
-    _mm_mask_storeu_epi8(colour, static_cast<__mmask16>(FirstBytes(3 * pixels)),
-                         DivideFour(_mm512_maskz_loadu_epi32(numbers, sums)));
+  for (; count > 5; count -= 4, sums += 4, colour += 12) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(colour), DivideFour(_mm512_loadu_si512(sums)));
   }
+  DivideLoop(colour, sums, count);
 }
 
 }  // namespace

@@ -27,7 +27,8 @@ class ResamplingLevels : public testing::TestWithParam<SimdLevel> {
 INSTANTIATE_TEST_SUITE_P(Levels, ResamplingLevels, testing::ValuesIn(kernels::kSimdLevels),
                          [](const auto& level) { return kernels::SimdLevelName(level.param); });
 
-// Runs of every width, up to the row's last pixel, with as many rows as sums allow and with few.
+// Runs of every width, up to the row's last pixel, with as many rows as sums allow and with few: of
+// the same weights and of others, side by side, at growing distances and in no order.
 TEST_P(ResamplingLevels, SumWindows) {
   const auto& plain = kernels::Choose<kernels::ReductionKernels>(SimdLevel::Plain);
   const auto& fast = kernels::Choose<kernels::ReductionKernels>(GetParam());
@@ -36,21 +37,40 @@ TEST_P(ResamplingLevels, SumWindows) {
     const int taps = i / 2;
     const int mostRows = taps < 2 ? 128 : kernels::kMostTaps / taps;
     const int rowCount = i % 2 ? mostRows : std::min(mostRows, 1 + taps);
-    const int width = taps + 9;
-    const std::size_t stride = Row::size_type((taps + 15) / 16 * 16);
-    const Row bytes = RandomRow(std::size_t(rowCount) * std::size_t(4 * width), unsigned(taps));
+    const int width = taps + 60;
+    const std::size_t block = Row::size_type((taps + 15) / 16 * 16);
+    const std::size_t stride = 3 * block;
+    Row bytes = RandomRow(std::size_t(rowCount) * std::size_t(4 * width), unsigned(taps));
+    // Masks are mostly the same for many pixels.
+    if (i % 3 != 0) {
+      for (int y = 0; y < rowCount; ++y) {
+        const auto mask = bytes.begin() + y * 4 * width + 3 * width;
+        std::fill_n(mask, 24, std::uint8_t{0});
+        std::fill_n(mask + 24, 20, std::uint8_t{130});
+        std::fill(mask + 44, mask + width, i % 3 == 1 ? std::uint8_t{255} : std::uint8_t{7});
+      }
+    }
     std::vector<std::uint16_t> weights(std::size_t(rowCount) * stride);
     std::vector<const std::uint8_t*> colour, mask;
     for (int y = 0; y < rowCount; ++y) {
       colour.push_back(bytes.data() + y * 4 * width);
       mask.push_back(colour.back() + 3 * width);
-      for (int t = 0; t < taps; ++t) {
-        weights[std::size_t(y) * stride + std::size_t(t)] =
+      for (int t = 0; t < 3 * taps; ++t) {
+        weights[std::size_t(y) * stride + std::size_t(t / 3) + std::size_t(t % 3) * block] =
             static_cast<std::uint16_t>(random() % 5 ? random() : 65535);
       }
     }
     std::vector<kernels::ReductionRun> runs;
     for (int first = 0; first <= width - taps; ++first) runs.push_back({first, taps, 0});
+    for (const int step : {2, 3, 9}) {
+      for (int first = 0; first <= width - taps; first += step) {
+        runs.push_back({first, taps, std::size_t(first % 3) * block});
+      }
+    }
+    for (int run = 0; run < 20; ++run) {
+      const int last = width - taps;
+      runs.push_back({static_cast<int>(random() % unsigned(last + 1)), taps, random() % 3 * block});
+    }
     const int count = static_cast<int>(runs.size());
     const kernels::ReductionRows rows = {colour.data(), mask.data(), rowCount, weights.data(),
                                          stride};
