@@ -16,10 +16,17 @@ void Check(int status) {
   Fail(std::string("the raw picture cannot be read: ") + libraw_strerror(status));
 }
 
+// The library goes on behind the end of a file, with a line on standard error if nobody listens.
+// The place is below 0 where it is the end that was met.
+void NoteEnd(void* hasEnded, const char* /*file*/, const int place) {
+  if (place < 0) *static_cast<bool*>(hasEnded) = true;
+}
+
 class RawFile {
  public:
   RawFile(const std::uint8_t* bytes, std::size_t count) : file{bytes, count} {
-    const Raw raw = Open();
+    bool hasEnded = false;
+    const Raw raw = Open(hasEnded);
     Check(libraw_adjust_sizes_info_only(raw.get()));
     width = raw->sizes.iwidth;
     height = raw->sizes.iheight;
@@ -39,11 +46,13 @@ class RawFile {
   }
 
   bool Decode(const TakeRow& take) const {
-    const Raw raw = Open();
+    bool hasEnded = false;
+    const Raw raw = Open(hasEnded);
     raw->params.output_bps = 8;
     raw->params.output_color = 1;  // sRGB
     raw->params.use_camera_wb = 1;
     Check(libraw_unpack(raw.get()));
+    if (hasEnded) Check(LIBRAW_IO_ERROR);
     Check(libraw_dcraw_process(raw.get()));
     int status = LIBRAW_SUCCESS;
     const std::unique_ptr<libraw_processed_image_t, decltype(&libraw_dcraw_clear_mem)> image(
@@ -62,9 +71,11 @@ class RawFile {
  private:
   using Raw = std::unique_ptr<libraw_data_t, decltype(&libraw_close)>;
 
-  Raw Open() const {
+  // `hasEnded` lives as long as the result.
+  Raw Open(bool& hasEnded) const {
     Raw raw(libraw_init(0), &libraw_close);
     if (!raw) throw std::bad_alloc();
+    libraw_set_dataerror_handler(raw.get(), NoteEnd, &hasEnded);
     Check(libraw_open_buffer(raw.get(), const_cast<std::uint8_t*>(file.bytes), file.count));
     return raw;
   }

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/imageio/ExifMaker.h"
-#include "tests/imageio/TestPicture.h"
+#include "tests/imageio/TryFile.h"
 
 namespace {
 
@@ -9,32 +9,12 @@ using imageio::Format;
 using imageio::ImageError;
 using imageio::ImageReader;
 using test::Bytes;
+using test::Outcome;
 using test::TestPicture;
+using test::TryBytes;
 
 constexpr Format kAll[] = {Format::Pnm,  Format::Pam,  Format::Png,
                            Format::Jpeg, Format::Tiff, Format::Bmp};
-
-enum class Outcome { Picture, Error, TooLargeToTry };
-
-// Anything else than a picture or an ImageError fails the test.
-Outcome TryReader(ImageReader& reader) {
-  constexpr std::int64_t kMostPixels = 20'000'000;
-  reader.ReduceToFit(4000, 4000);
-  if (std::int64_t{reader.Info().fullWidth} * reader.Info().fullHeight > kMostPixels) {
-    return Outcome::TooLargeToTry;
-  }
-  TestPicture::Of(reader);
-  return Outcome::Picture;
-}
-
-Outcome TryBytes(const Bytes& bytes, std::string* message = nullptr) try {
-  ImageReader reader(bytes.data(), bytes.size());
-  return TryReader(reader);
-} catch (const ImageError& error) {
-  if (message != nullptr) *message = error.what();
-  EXPECT_STRNE(error.what(), "");
-  return Outcome::Error;
-}
 
 Bytes GoodFile(Format format) {
   imageio::WriteOptions options;
