@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   if (!(curves == preset->curves)) std::abort();
   for (const GradCurvesParameters::Curve& curve : curves.curves) {
     const std::span nodes(curve.nodes, static_cast<std::size_t>(curve.count));
-    kernels::ByteTable table = editing::IdentityTable();
+    editing::ByteTable table = editing::IdentityTable();
     editing::BuildSplineTable(nodes, table);
     editing::BuildLineTable(nodes, table);
   }
