@@ -53,6 +53,12 @@ DragContent TakeApart(std::string_view inside) {
   return content;
 }
 
+// Its ends must not make a marker, or an earlier "&&", with what will stand beside them.
+bool CanBeReadBack(std::string_view chain, std::string_view second) {
+  if (Holds(chain, kSecondTextMark) || (chain.ends_with('&') && !second.empty())) return false;
+  return !HoldsDragMarker(std::string("##").append(chain).append("##"));
+}
+
 }  // namespace
 
 bool HoldsDragMarker(std::string_view text) {
@@ -61,7 +67,7 @@ bool HoldsDragMarker(std::string_view text) {
 }
 
 std::optional<std::string> MakeDragText(std::string_view chain, std::string_view second) {
-  if (Holds(chain, kSecondTextMark) || HoldsDragMarker(chain)) return std::nullopt;
+  if (!CanBeReadBack(chain, second)) return std::nullopt;
   if (chain.empty()) return std::string();
   const Markers& markers = IsFitForIA(std::string(chain).c_str()) ? kFit : kNotFit;
   std::string text(markers.start);

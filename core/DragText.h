@@ -28,7 +28,7 @@ FXBOX_API bool HoldsDragMarker(std::string_view text);
 // The start marker, the chain and, where it is not empty, the second text behind "&&", then the end
 // marker. The markers tell whether the chain is fit for IA, see IsFitForIA. A second text whose
 // last line is not ended gets a CR LF. An empty chain gives an empty text; nothing for a chain that
-// could not be read back, because it holds "&&" or a marker.
+// could not be read back, because it holds "&&" or a marker, or would with what stands beside it.
 FXBOX_API std::optional<std::string> MakeDragText(std::string_view chain, std::string_view second);
 
 // What stands between the first pair of matching markers; text around the pair does not count. One

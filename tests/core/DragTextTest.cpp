@@ -47,7 +47,13 @@ TEST(DragText, RefusesWhatCouldNotBeReadBack) {
   EXPECT_EQ(MakeDragText("A&&B", ""), std::nullopt);
   EXPECT_EQ(MakeDragText("##KVVeltrane_DND_FILTERCHAIN_IA##", ""), std::nullopt);
   EXPECT_EQ(MakeDragText("A##KVVeltrane_DND_FILTERCHAIN_END##", ""), std::nullopt);
-  EXPECT_TRUE(MakeDragText("A&B##KVVeltrane_DND_FILTERCHAIN#", ""));
+  // Together with the markers and marks around it.
+  EXPECT_EQ(MakeDragText("KVVeltrane_DND_FILTERCHAIN_IA##A", ""), std::nullopt);
+  EXPECT_EQ(MakeDragText("A##KVVeltrane_DND_FILTERCHAIN_IA_END", ""), std::nullopt);
+  EXPECT_EQ(MakeDragText("A&", "words"), std::nullopt);
+  const DragContent ampersand{"A&", ""};
+  EXPECT_EQ(ReadDragText(*MakeDragText("A&", "")), ampersand);
+  EXPECT_TRUE(MakeDragText("A&B##KVVeltrane_DND_FILTERCHAIN#C", ""));
 }
 
 TEST(DragText, IsFoundInAnyText) {
