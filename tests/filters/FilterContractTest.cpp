@@ -332,16 +332,6 @@ RowRequest Inside(const RowRequest& r, int width, int height) {
   return inside;
 }
 
-Picture PartOf(const Picture& whole, const RowRequest& r) {
-  Picture part(r.width, r.height);
-  for (int y = 0; y < r.height && r.width > 0; ++y) {
-    std::copy_n(whole.Colour(r.srcX, r.srcY + y), 3 * r.width, part.Colour(0, y));
-    std::copy_n(whole.mask.begin() + (r.srcY + y) * whole.width + r.srcX, r.width,
-                &part.Mask(0, y));
-  }
-  return part;
-}
-
 // Of rectangles that lie in the picture, over its edges and beside it, and of bands.
 TEST_P(FilterContract, PartsEqualTheWhole) {
   for (const NamedPicture& given : TestPictures()) {

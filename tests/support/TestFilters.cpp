@@ -99,6 +99,37 @@ HRESULT Rig::Pull(GuardedRows& rows, const RowRequest& r) {
                          rows.MaskRows());
 }
 
+Picture Rig::PullPart(const RowRequest& r) {
+  GuardedRows rows(r.destX + r.width + 2, r.destY + r.height + 2);
+  const bool isDone =
+      Pull(rows, r) == S_OK && rows.WrittenOutside(r.destX, r.destY, r.width, r.height).empty();
+  return isDone ? rows.Part(r.destX, r.destY, r.width, r.height) : Picture();
+}
+
+Picture PartOf(const Picture& whole, const RowRequest& r) {
+  Picture part(r.width, r.height);
+  for (int y = 0; y < r.height && r.width > 0; ++y) {
+    std::copy_n(whole.Colour(r.srcX, r.srcY + y), 3 * r.width, part.Colour(0, y));
+    std::copy_n(whole.mask.begin() + (r.srcY + y) * whole.width + r.srcX, r.width,
+                &part.Mask(0, y));
+  }
+  return part;
+}
+
+RowRequest AnyRequest(std::mt19937& random, const Picture& picture, int farthest) {
+  const auto upTo = [&random](int most) {
+    return static_cast<int>(random() % static_cast<unsigned>(most + 1));
+  };
+  RowRequest request;
+  request.width = 1 + upTo(picture.width - 1);
+  request.height = 1 + upTo(picture.height - 1);
+  request.srcX = upTo(picture.width - request.width);
+  request.srcY = upTo(picture.height - request.height);
+  request.destX = upTo(farthest);
+  request.destY = upTo(farthest);
+  return request;
+}
+
 std::string PendingText(IAnimFilterParameter& filter, int size) {
   std::string text(static_cast<std::size_t>(size), '\0');
   filter.GetParameter(text.data(), size);

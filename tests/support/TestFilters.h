@@ -64,6 +64,8 @@ class Rig {
   // Prepares, then pulls the whole result with one call.
   Picture PullWhole();
   HRESULT Pull(GuardedRows& rows, const RowRequest& request);
+  // What a pull of this rectangle gives, which writes nothing else.
+  Picture PullPart(const RowRequest& request);
 
   platform::ComPtr<TestSource> source;
   platform::ComPtr<TestDestination> destination;
@@ -74,6 +76,11 @@ class Rig {
 };
 
 platform::ComPtr<FilterObject> Make(const FilterClass& row);
+
+// The part of a picture that a request asks for.
+Picture PartOf(const Picture& whole, const RowRequest& request);
+// Any rectangle of a picture, to a place at most this far from the start of the rows.
+RowRequest AnyRequest(std::mt19937& random, const Picture& picture, int farthest);
 
 // The texts of a filter, empty when it wrote nothing.
 std::string PendingText(IAnimFilterParameter& filter, int size = 4096);

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <array>
+#include <cstring>
 
 #include "core/PdibFilterCreator.h"
 #include "filters/FilterClasses.h"
@@ -61,6 +63,43 @@ TEST(PointFilters, EqualTheirModel) {
       ASSERT_EQ(Difference(ApplyModel(step, test.picture), rig.PullWhole()), "")
           << test.name << ": " << step.progId << "(" << step.parameters << ")";
     }
+  }
+}
+
+// What these classes make of a single pixel is arithmetic of its own, by hand.
+TEST(PointFilters, SinglePixelsOfTheirOwn) {
+  using Pixel = std::array<BYTE, 4>;  // blue, green, red, mask
+  const std::string colour = "Blue=030,Green=210,Red=140,Transparency=";
+  const std::string adopted = "ColorBlue=030,ColorGreen=210,ColorRed=140,Intensity=";
+  const struct {
+    const char* word;
+    std::string text;
+    Pixel given, expected;
+  } kCases[] = {{"AdoptColor", adopted + "000", {10, 120, 240, 100}, {10, 120, 240, 100}},
+                {"AdoptColor", adopted + "045", {10, 120, 240, 0}, {19, 160, 195, 0}},
+                {"AdoptColor", adopted + "045", {200, 30, 90, 77}, {123, 111, 112, 77}},
+                {"AdoptColor", adopted + "100", {200, 30, 90, 77}, {30, 210, 140, 77}},
+                {"ImgBg", colour + "000", {10, 120, 240, 100}, {17, 155, 200, 0}},
+                {"ImgBg", colour + "035", {10, 120, 240, 0}, {10, 120, 240, 0}},
+                {"ImgBg", colour + "035", {10, 120, 240, 255}, {30, 210, 140, 89}},
+                {"ImgBg", colour + "035", {200, 30, 90, 77}, {162, 69, 100, 26}},
+                {"ImgBg", colour + "100", {200, 30, 90, 77}, {200, 30, 90, 77}},
+                {"ImgBg", colour + "100", {200, 30, 90, 255}, {30, 210, 140, 255}},
+                {"Passpartout", colour + "035", {10, 120, 240, 100}, {15, 146, 210, 34}},
+                {"Passpartout", colour + "000", {200, 30, 90, 77}, {148, 84, 105, 0}},
+                // Neither turned nor scaled, and no neighbours.
+                {"Rotate", "Angle=30", {1, 2, 3, 4}, {1, 2, 3, 4}},
+                {"Scale100", "HorizontalProz=20", {1, 2, 3, 4}, {1, 2, 3, 4}},
+                {"FindEdges", "EdgeEnhance=100", {1, 2, 3, 4}, {1, 2, 3, 4}},
+                {"Emboss", "EmbossStrength=100", {1, 2, 3, 4}, {1, 2, 3, 4}}};
+  for (const auto& c : kCases) {
+    Rig rig(Picture(1, 1), ClassOf("ZNFilter." + std::string(c.word) + ".1"));
+    rig.Filter().SetParameter(c.text.c_str(), 1);
+    rig.Prepare();
+    std::memcpy(rig.source->pixel, c.given.data(), c.given.size());
+    Pixel pixel = {};
+    EXPECT_EQ(rig.Filter().ReadPixel(pixel.data()), S_OK);
+    EXPECT_EQ(pixel, c.expected) << c.word << c.text;
   }
 }
 

@@ -80,6 +80,24 @@ TEST(FrameModels, SmokedGlass) {
   ExpectEqual(PaneOver(given, {}, 1), "ZNFilter.Rauchglas.1", given, "", 1);
 }
 
+// The pane lies over whatever is asked for, as if that were all of the picture.
+TEST(FrameModels, SmokedGlassOverARequest) {
+  std::mt19937 random(4);
+  const Picture given = Noise(30, 24, Masks::Noise, 7);
+  PaneNumbers n;
+  n.hori = n.verti = 60;
+  n.radius = 80;
+  n.transparency = 30;
+  Rig rig(given, ClassOf("ZNFilter.Rauchglas.1"));
+  rig.Filter().SetParameter((FrameText(n) + TextOf({{"Radius", n.radius}})).c_str(), 1);
+  rig.Prepare();
+  for (int round = 0; round < 40; ++round) {
+    const RowRequest r = AnyRequest(random, given, 4);
+    EXPECT_EQ(Difference(PaneOver(PartOf(given, r), n, 1), rig.PullPart(r)), "")
+        << testing::PrintToString(r);
+  }
+}
+
 TEST(FrameModels, Passepartout) {
   Chance chance(2);
   for (int round = 0; round < 400; ++round) {
