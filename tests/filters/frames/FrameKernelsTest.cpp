@@ -73,7 +73,10 @@ TEST_P(FrameKernelLevels, EqualThePlainOnes) {
       ExpectSame(row, [&](const FrameKernels& k, std::uint8_t* at) {
         const kernels::MaskRows3 rows = {at + mask, at + overMask, at + overColour};
         for (const auto pass : {k.smooth, k.relief, k.grow, k.blur, k.fraction}) {
+          std::uint8_t* const end = at + start + std::max(width, 0);
+          const Row behind(end, at + start + room);
           pass(at + start, rows, width, weights);
+          ASSERT_TRUE(std::equal(behind.begin(), behind.end(), end)) << "behind " << width;
           std::rotate(at + start, at + start + room, at + start + 2 * room);
         }
       });

@@ -21,6 +21,8 @@ const LayoutCase kPasspartoutLayouts[] = {
     {"Borderhori=10,Borderverti=-3", 0.25, 20, 26, 10, {3, 0, 0, 0, 20, 10}},
     {"Borderhori=2", 2, 25, 33, 14, {4, 2, 0, 0, 20, 10}},
     {"Borderhori=5000,Borderverti=0", 1, 20, 2020, 10, {1000, 0, 0, 0, 20, 10}},
+    {"Borderhori=0,Borderverti=5000", 1, 20, 20, 2010, {0, 1000, 0, 0, 20, 10}},
+    {"Borderhori=-99,Borderverti=-99", 1, 20, 20, 10, {0, 0, 0, 0, 20, 10}},
     {"BordersizeOn=0,TotalHori=5,TotalVerti=0", 1, 20, 20, 10, {0, 0, 0, 0, 20, 10}},
     {"BordersizeOn=0,TotalHori=31,TotalVerti=15", 1, 25, 31, 15, {3, 2, 0, 0, 20, 10}},
     {"BordersizeOn=0,TotalHori=22,TotalVerti=15", 1, 25, 22, 15, {0, 2, 0, 0, 20, 10}},
