@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -74,6 +76,37 @@ TEST(RedEye, KindsByHand) {
     }
     Remove(picture, {32.5 / 90, 42.5 / 80, c.darkness, c.correction});
     EXPECT_EQ(Difference(expected, picture), "");
+  }
+}
+
+// Windows of 10, 15, 22, 33, 49 and 73 pixels to each side are too small for an eye in turn; each
+// moves the threshold by 1, but for the last one, of 109. The two pixels are at the threshold and
+// just beyond.
+TEST(RedEye, WindowsGrow) {
+  const struct {
+    int side;
+    std::array<BYTE, 3> eye, inside, beyond;
+    int grey;  // of the pixel inside
+  } kCases[] = {
+      {20, {40, 180, 60}, {60, 112, 60}, {60, 111, 60}, 42},
+      {120, {40, 180, 60}, {60, 115, 60}, {60, 114, 60}, 43},
+      {20, {220, 240, 120}, {203, 203, 100}, {202, 202, 100}, 72},
+      {120, {180, 40, 60}, {115, 60, 60}, {114, 60, 60}, 43},
+  };
+  for (const auto& c : kCases) {
+    Picture picture = testing_support::Uniform(300, 300, 60, 60, 60);
+    const auto put = [&](int x, int y, const std::array<BYTE, 3>& colour) {
+      std::copy(colour.begin(), colour.end(), picture.Colour(x, y));
+    };
+    for (int i = 0; i < c.side * c.side; ++i) {
+      put(150 + i % c.side - c.side / 2, 150 + i / c.side - c.side / 2, c.eye);
+    }
+    put(152, 153, c.inside);
+    put(147, 146, c.beyond);
+    Remove(picture, {0.5, 0.5, 0, 0});
+    EXPECT_EQ(picture.Colour(152, 153)[0], c.grey) << c.side;
+    EXPECT_EQ(picture.Colour(147, 146)[0], c.beyond[0]) << c.side;
+    EXPECT_NE(picture.Colour(150 - c.side / 2, 150)[0], c.eye[0]) << "to its side";
   }
 }
 
