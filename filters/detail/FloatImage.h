@@ -25,19 +25,24 @@ class RealRows {
 
   RealRows(int width, int height)
       : pitch(RowPitch(static_cast<std::size_t>(width) * kChannels)),
-        numbers(std::make_unique_for_overwrite<Real[]>(pitch * static_cast<std::size_t>(height))) {}
+        lines(std::make_unique_for_overwrite<Line[]>(pitch * static_cast<std::size_t>(height))) {}
 
-  Real* Row(int y) { return numbers.get() + pitch * static_cast<std::size_t>(y); }
+  Real* Row(int y) { return lines[pitch * static_cast<std::size_t>(y)].numbers; }
 
  private:
-  // An odd number of cache lines, so that the numbers of a column spread over the whole cache.
+  // Of the cache. Vectors that begin with one cross none.
+  static constexpr std::size_t kLineNumbers = 64 / sizeof(Real);
+  struct alignas(64) Line {
+    Real numbers[kLineNumbers];
+  };
+
+  // In lines: an odd number, so that the numbers of a column spread over the whole cache.
   static std::size_t RowPitch(std::size_t count) {
-    constexpr std::size_t kLine = 64 / sizeof(Real);
-    return (WholeRowBlocks(count) / kLine | 1) * kLine;
+    return WholeRowBlocks(count) / kLineNumbers | 1;
   }
 
   std::size_t pitch;
-  std::unique_ptr<Real[]> numbers;
+  std::unique_ptr<Line[]> lines;
 };
 
 using FloatImage = RealRows<float, 3>;

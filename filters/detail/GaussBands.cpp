@@ -16,16 +16,35 @@ namespace {
 constexpr int kRowsAtOnce = 16;
 // What the processor's nearest cache holds of a band beside what else it needs.
 constexpr int kCachedBytes = 32 << 10;
-// A band of whole rows may be as large as this; a larger one is cut into strips that are smaller.
-// With what a strip keeps for the next one, 24 megapixels of any shape stay below 64 MiB at every
-// radius that a text can give.
-constexpr int kMostBytes = 60 << 20;
-constexpr int kStripBytes = 8 << 20;
+// A strip of columns is so narrow that a band of it stays in the second cache, but not so narrow
+// that most of what is loaded for it lies beside it; it never takes more than this. With what a
+// strip keeps for the next one, 24 megapixels of any shape stay below 64 MiB at every radius that a
+// text can give.
+constexpr int kCachedStripBytes = 512 << 10;
+constexpr int kMostStripBytes = 8 << 20;
 // A strip is narrow enough for a quick answer to an abort.
 constexpr int kMostStripPixels = 8192;
 
 std::size_t Size(int count) {
   return static_cast<std::size_t>(count);
+}
+
+int BandRows(int height, int radius) {
+  return std::min(height, 2 * radius + kRowsAtOnce);
+}
+
+template <class Image>
+int ColumnBytes(int height, int radius) {
+  return BandRows(height, radius) * Image::kChannels *
+         static_cast<int>(sizeof(typename Image::Real));
+}
+
+template <class Image>
+int StripPixels(int height, int radius) {
+  const int bytes = ColumnBytes<Image>(height, radius);
+  const int least = std::min(4 * radius, kMostStripBytes / bytes);
+  const int pixels = std::clamp(kCachedStripBytes / bytes, std::max(1, least), kMostStripPixels);
+  return pixels < 16 ? pixels : pixels / 16 * 16;  // in whole blocks
 }
 
 // The picture, cut into regions of whole columns that threads change side by side. Copies of the
@@ -97,12 +116,11 @@ class GaussPass {
         steps(imageSteps),
         numbers{change.taps.data(), static_cast<int>(change.taps.size()) - 1, change.threshold,
                 change.amount},
-        bandRows(std::min(height, 2 * numbers.radius + kRowsAtOnce)),
-        stripPixels(StripPixels()),
+        bandRows(BandRows(height, numbers.radius)),
+        stripPixels(std::min(StripPixels<Image>(height, numbers.radius), edge - begin)),
         chunkPixels(ChunkPixels()),
         band(stripPixels, bandRows),
         line(stripPixels + static_cast<int>(kRowBlock) + 2 * numbers.radius, 1),
-        deviations(chunkPixels, 1),
         window(Size(2 * numbers.radius + kRowsAtOnce)),
         abort(abortFlag) {
     const int lineNumbers =
@@ -123,11 +141,6 @@ class GaussPass {
  private:
   static constexpr int kChannels = Image::kChannels;
 
-  int StripPixels() const {
-    const int bytes = bandRows * kChannels * static_cast<int>(sizeof(Real));  // of a column
-    const int most = regions.width <= kMostBytes / bytes ? edge - begin : kStripBytes / bytes;
-    return std::clamp(most, 1, kMostStripPixels);
-  }
   int ChunkPixels() const {
     const int block = static_cast<int>(kRowBlock);
     const int blocks = kCachedBytes / (bandRows * block * static_cast<int>(sizeof(Real)));
@@ -173,7 +186,8 @@ class GaussPass {
       steps.load(x == begin ? regions.Before(region, row) : LeftOf(row), line.Row(0), radius);
     }
     if (leftOfStrip) KeepForNextStrip(row, x, pixels);
-    steps.blurLine(first, numbers, BandRow(row), WholeRowBlocks(Size(pixels * kChannels)));
+    steps.blurLine(first, numbers, BandRow(row), WholeRowBlocks(Size(pixels * kChannels)),
+                   Pixel(std::min(row + 1, height - 1), x));
   }
 
   // Copies of a pixel.
@@ -210,9 +224,7 @@ class GaussPass {
     const std::size_t first = Size(at * kChannels);
     for (int y = row; y < end; ++y) {
       const Real* const* const around = window.data() + (y - row) + numbers.radius;
-      steps.deviateRows(around, first, numbers, deviations.Row(0),
-                        WholeRowBlocks(Size(pixels * kChannels)));
-      steps.finish(Pixel(y, x + at), *around + first, deviations.Row(0), numbers, pixels);
+      steps.finish(Pixel(y, x + at), around, first, numbers, pixels);
     }
   }
 
@@ -225,7 +237,6 @@ class GaussPass {
   const int bandRows, stripPixels, chunkPixels;
   Image band;                                   // rows after the pass along them, in a ring
   Image line;                                   // a row before it, with its surroundings
-  Image deviations;                             // of a chunk
   std::vector<const Real*> window;              // the band's rows around those that are finished
   std::unique_ptr<std::uint8_t[]> leftOfStrip;  // see LeftOf; null when there is one strip
   const std::atomic<bool>& abort;
@@ -233,13 +244,15 @@ class GaussPass {
 
 // So many columns that copies and what is loaded twice stay a small part, and that all threads
 // together stay within some 64 MiB.
+template <class Image>
 int LeastColumns(int width, int height, int radius) {
   constexpr std::int64_t kSideBytes = 32 << 20;
   constexpr int kNarrowest = 256;
-  const std::int64_t bandBytes = std::int64_t{12} * width * (2 * radius + kRowsAtOnce);
+  const std::int64_t stripBytes =
+      std::int64_t{ColumnBytes<Image>(height, radius)} * StripPixels<Image>(height, radius);
   const std::int64_t sides = std::int64_t{6} * std::max(1, radius) * height;
-  const std::int64_t most = bandBytes > kMostBytes ? kMostBytes / kStripBytes : width;
-  const auto count = static_cast<int>(std::clamp<std::int64_t>(kSideBytes / sides, 1, most));
+  const auto count = static_cast<int>(std::clamp<std::int64_t>(
+      kSideBytes / sides, 1, std::max<std::int64_t>(1, kSideBytes / stripBytes)));
   return std::max({kNarrowest, 4 * radius, width / count});
 }
 
@@ -247,7 +260,8 @@ template <class Image>
 bool ChangeRegions(std::uint8_t* const* rows, int width, int height, const GaussChange& change,
                    const GaussSteps<Image>& steps, const std::atomic<bool>& abort) {
   const int radius = static_cast<int>(change.taps.size()) - 1;
-  const GaussRegions regions(rows, width, height, radius, LeastColumns(width, height, radius));
+  const GaussRegions regions(rows, width, height, radius,
+                             LeastColumns<Image>(width, height, radius));
   return base::ForEachBand(regions.Count(), 1, [&](int first, int end) {
     while (first < end && GaussPass(regions, first, change, steps, abort).Run()) ++first;
     return first == end;

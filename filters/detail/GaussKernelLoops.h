@@ -211,8 +211,10 @@ struct LikeNeighbours {
 };
 
 template <class Neighbours, class Image, class Real = typename Image::Real>
-void BlurLine(const Real* line, const GaussNumbers& numbers, Real* blurred, std::size_t count) {
+void BlurLine(const Real* line, const GaussNumbers& numbers, Real* blurred, std::size_t count,
+              const std::uint8_t* next) {
   for (std::size_t i = 0; i < count; i += kTogether<Real>) {
+    __builtin_prefetch(next + 3 * i / Image::kChannels);
     Vector<Real> mean[kVectors];
     Neighbours::template Deviate<Real>(AlongLine<Image>{line}, i, numbers, mean);
     for (int v = 0; v < kVectors; ++v) Store(Load(line + i, v) + mean[v], blurred + i, v);
@@ -229,15 +231,25 @@ void DeviateRows(const Real* const* rows, std::size_t first, const GaussNumbers&
   }
 }
 
+// The pass across the rows, and then the bytes.
+template <class Neighbours, class Image, auto kFinish, class Real = typename Image::Real>
+void FinishRows(std::uint8_t* colour, const Real* const* rows, std::size_t first,
+                const GaussNumbers& numbers, int pixels) {
+  Real deviations[kMostFinishedPixels];
+  const auto count = static_cast<std::size_t>(pixels * Image::kChannels);
+  DeviateRows<Neighbours>(rows, first, numbers, deviations, WholeRowBlocks(count));
+  kFinish(colour, rows[0] + first, deviations, numbers, pixels);
+}
+
 constexpr GaussKernelTable kGaussKernels = {
-    {LoadColours<float>, BlurLine<WholeWindow, FloatImage>, DeviateRows<WholeWindow, float>,
-     FinishBlur<float>},
-    {LoadColours<float>, BlurLine<WholeWindow, FloatImage>, DeviateRows<WholeWindow, float>,
-     FinishSharpen},
-    {LoadBrightness, BlurLine<WholeWindow, FloatPlane>, DeviateRows<WholeWindow, float>,
-     FinishBrightness},
+    {LoadColours<float>, BlurLine<WholeWindow, FloatImage>,
+     FinishRows<WholeWindow, FloatImage, FinishBlur<float>>},
+    {LoadColours<float>, BlurLine<WholeWindow, FloatImage>,
+     FinishRows<WholeWindow, FloatImage, FinishSharpen>},
+    {LoadBrightness, BlurLine<WholeWindow, FloatPlane>,
+     FinishRows<WholeWindow, FloatPlane, FinishBrightness>},
     {LoadColours<double>, BlurLine<LikeNeighbours, DoubleImage>,
-     DeviateRows<LikeNeighbours, double>, FinishBlur<double>}};
+     FinishRows<LikeNeighbours, DoubleImage, FinishBlur<double>>}};
 
 }  // namespace
 }  // namespace kernels

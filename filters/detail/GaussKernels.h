@@ -22,7 +22,7 @@ struct GaussNumbers {
   float amount;     // sharpening: share of the deviation that is added
 };
 
-// The most pixels that are finished at once.
+// The most pixels that are finished at once, and the most of their numbers.
 inline constexpr int kMostFinishedPixels = 8 * static_cast<int>(kRowBlock);
 
 // How a filter does its work on the rows of an Image. Counts are numbers and reach the next whole
@@ -33,15 +33,13 @@ struct GaussSteps {
 
   // The numbers of a colour row.
   void (*load)(const std::uint8_t* colour, Real* numbers, int pixels);
-  // Along a row: `line` has radius * channels numbers ahead of it and behind its last block.
-  void (*blurLine)(const Real* line, const GaussNumbers& numbers, Real* blurred, std::size_t count);
-  // Across the rows rows[-radius]..rows[radius], from the number `first` of each on: how far the
-  // result lies from rows[0].
-  void (*deviateRows)(const Real* const* rows, std::size_t first, const GaussNumbers& numbers,
-                      Real* deviations, std::size_t count);
-  // Writes the pixels from the blurred line and the deviations, both at the first pixel. Truncated
-  // and limited to 0..255.
-  void (*finish)(std::uint8_t* colour, const Real* line, const Real* deviations,
+  // Along a row: `line` has radius * channels numbers ahead of it and behind its last block. The
+  // colours that are to be loaded next are fetched meanwhile.
+  void (*blurLine)(const Real* line, const GaussNumbers& numbers, Real* blurred, std::size_t count,
+                   const std::uint8_t* next);
+  // Across the rows rows[-radius]..rows[radius], from the number `first` of each on, a whole number
+  // of blocks: writes the pixels, truncated and limited to 0..255.
+  void (*finish)(std::uint8_t* colour, const Real* const* rows, std::size_t first,
                  const GaussNumbers& numbers, int pixels);
 };
 

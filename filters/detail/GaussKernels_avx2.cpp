@@ -1,10 +1,10 @@
 // The loops of the Gaussian filters for AVX2.
-#include "filters/detail/GaussKernelLoops.h"
+#include "filters/detail/GaussVectorLoops.h"
 
 namespace kernels {
 
 const GaussKernelTable& GaussKernelTable::Avx2() {
-  return kGaussKernels;
+  return kGaussVectorKernels;
 }
 
 }  // namespace kernels
