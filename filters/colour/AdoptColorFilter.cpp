@@ -90,11 +90,12 @@ bool CAdoptColorFilter::Rebuild() {
 }
 
 bool CAdoptColorFilter::Measure() {
+  const auto addLightness = kernels::Choose<kernels::LightnessKernels>().addLightness;
   kernels::LightnessStatistics statistics;
   for (int y = 0; y < result.height; ++y) {
     if (abort) return false;
-    kernels::AddLightness(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y],
-                          result.width, statistics);
+    addLightness(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y], result.width,
+                 statistics);
   }
   const kernels::LightnessMap map = kernels::FitLightness(statistics, aim.lightness);
   lightA = map.factor;

@@ -88,6 +88,28 @@ std::uint8_t TruncateInRange(double value) {
   return static_cast<std::uint8_t>(static_cast<int>(value));
 }
 
+// Out of a table.
+template <class ToByte>
+void DrawRow(std::uint8_t* colour, const std::uint8_t* source, int width, const DrawnTable& table,
+             ToByte toByte) {
+  const double kept = table.Kept();
+  for (int x = 0; x < width; ++x, colour += kBytesPerPixel, source += kBytesPerPixel) {
+    const Extremes pair = ExtremesAt(source);
+    const std::size_t number = DrawnTable::NumberOf(static_cast<std::size_t>(pair.high),
+                                                    static_cast<std::size_t>(pair.low));
+    AddKept(colour, source, kept, table.Entries()[number], toByte);
+  }
+}
+
+void DrawInRange(std::uint8_t* colour, const std::uint8_t* source, int width,
+                 const DrawnTable& table) {
+  DrawRow(colour, source, width, table, TruncateInRange);
+}
+
+bool IsShare(double kept) {
+  return kept >= 0.0 && kept <= 1.0;
+}
+
 bool HasSameBits(double a, double b) {
   return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
@@ -96,26 +118,13 @@ bool HasSameBits(double a, double b) {
 
 template <class Parameters>
 void DrawnTable::Fill(double share, const Parameters& parameters) {
-  isShare_ = share >= 0.0 && share <= 1.0;
-  for (int c = 0; c < 256; ++c) kept_[c] = c * (1.0 - share);
+  kept_ = 1.0 - share;
   Drawn* entry = drawn_;
   for (int high = 0; high < 256; ++high) {
     for (int low = 0; low <= high; ++low) {
       const auto lowest = static_cast<std::uint8_t>(low);
       *entry++ = Draw(parameters, Lightness(static_cast<std::uint8_t>(high), lowest, lowest));
     }
-  }
-}
-
-template <class ToByte>
-void DrawnTable::AddKept(std::uint8_t* colour, const std::uint8_t* source, int width,
-                         ToByte toByte) const {
-  for (int x = 0; x < width; ++x, colour += kBytesPerPixel, source += kBytesPerPixel) {
-    const Extremes pair = ExtremesAt(source);
-    const Drawn& drawn = drawn_[pair.high * (pair.high + 1) / 2 + pair.low];
-    colour[kBlue] = toByte(drawn.blue + kept_[source[kBlue]]);
-    colour[kGreen] = toByte(drawn.green + kept_[source[kGreen]]);
-    colour[kRed] = toByte(drawn.red + kept_[source[kRed]]);
   }
 }
 
@@ -140,8 +149,8 @@ void DrawnTable::Fill(const DuoColours& duo) {
 }
 
 void DrawnTable::DuoColour(std::uint8_t* colour, int width) const {
-  if (isShare_) return AddKept(colour, colour, width, TruncateInRange);
-  AddKept(colour, colour, width, base::TruncateAndClampByte);
+  if (IsShare(kept_)) return Choose<LightnessKernels>().draw(colour, colour, width, *this);
+  DrawRow(colour, colour, width, *this, base::TruncateAndClampByte);
 }
 
 void AddLightness(const std::uint8_t* colour, const std::uint8_t* mask, int width,
@@ -194,8 +203,13 @@ void DrawnTable::Fill(const AdoptedColour& adopted) {
 }
 
 void DrawnTable::AdoptColour(std::uint8_t* colour, const std::uint8_t* source, int width) const {
-  if (isShare_) return AddKept(colour, source, width, TruncateInRange);
-  AddKept(colour, source, width, base::TruncateToByte);
+  if (IsShare(kept_)) return Choose<LightnessKernels>().draw(colour, source, width, *this);
+  DrawRow(colour, source, width, *this, base::TruncateToByte);
+}
+
+const LightnessKernels& LightnessKernels::Plain() {
+  static constexpr LightnessKernels kPlain = {DrawInRange, AddLightness};
+  return kPlain;
 }
 
 }  // namespace kernels

@@ -3,9 +3,11 @@
 // Rows and widths as in PointKernels.h.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "filters/pixels/ColourConversion.h"
+#include "filters/pixels/simd/Simd.h"
 
 namespace kernels {
 
@@ -63,12 +65,12 @@ void AdoptColour(std::uint8_t* colour, const std::uint8_t* source, int width,
 
 // DuoColour or AdoptColour for many rows, byte for byte the same: a lightness follows from the
 // largest and the smallest channel of a pixel alone, and the table holds what is drawn for each
-// such pair. 773 KiB, so never on a stack, and without contents until it is filled. Any number of
+// such pair. 1 MiB, so never on a stack, and without contents until it is filled. Any number of
 // threads may read it, none while one fills.
 class DrawnTable {
  public:
   // What is drawn over a pixel, weighted with its share.
-  struct Drawn {
+  struct alignas(32) Drawn {
     double blue, green, red;
   };
 
@@ -82,15 +84,34 @@ class DrawnTable {
   void DuoColour(std::uint8_t* colour, int width) const;
   void AdoptColour(std::uint8_t* colour, const std::uint8_t* source, int width) const;
 
+  // Entries by the largest channel, then by the smallest.
+  const Drawn* Entries() const { return drawn_; }
+  static constexpr std::size_t NumberOf(std::size_t largest, std::size_t smallest) {
+    return largest * (largest + 1) / 2 + smallest;
+  }
+  // The share of the pixel that is kept.
+  double Kept() const { return kept_; }
+
  private:
   template <class Parameters>
   void Fill(double share, const Parameters& parameters);
-  template <class ToByte>
-  void AddKept(std::uint8_t* colour, const std::uint8_t* source, int width, ToByte toByte) const;
 
-  bool isShare_;             // 0..1: then no sum leaves 0..255
-  double kept_[256];         // of each byte
-  Drawn drawn_[kWorthFrom];  // by the largest channel, then by the smallest
+  double kept_;
+  Drawn drawn_[kWorthFrom];
+};
+
+// What is done for many rows, at the speed of a vector unit.
+struct LightnessKernels {
+  // Writes what the table's entries add to the kept part of each pixel: for a kept share of 0..1,
+  // where no sum leaves 0..255. The rows are the same or do not overlap.
+  void (*draw)(std::uint8_t* colour, const std::uint8_t* source, int width,
+               const DrawnTable& table);
+  decltype(&AddLightness) addLightness;
+
+  // For Choose.
+  static const LightnessKernels& Plain();
+  static const LightnessKernels& Avx2();
+  static const LightnessKernels& Avx512();
 };
 
 }  // namespace kernels

@@ -189,6 +189,12 @@ template <class Place>
   return _mm256_setr_pd(*place(0), *place(1), *place(2), *place(3));
 }
 
+// place(n) gives where four numbers are, aligned to 32 bytes, which come one after the other.
+template <class Place>
+[[gnu::always_inline]] inline Doubles LoadFours(const Place& place) {
+  return _mm256_load_pd(place(0));
+}
+
 // place(i) gives where two numbers are, the first ones and the second ones of which become a vector
 // each. Places are aligned to 16 bytes.
 struct TwoDoubles {

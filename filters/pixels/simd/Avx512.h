@@ -184,6 +184,12 @@ template <class Place>
                         *place(7));
 }
 
+template <class Place>
+[[gnu::always_inline]] inline Doubles LoadFours(const Place& place) {
+  const __m512d first = _mm512_castpd256_pd512(_mm256_load_pd(place(0)));
+  return _mm512_mask_broadcast_f64x4(first, 0xF0, _mm256_load_pd(place(1)));
+}
+
 struct TwoDoubles {
   Doubles first, second;
 };

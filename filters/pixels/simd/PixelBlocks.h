@@ -94,6 +94,13 @@ template <class Change>
 
 // --- Blocks in memory, for loops over single pixels that the compiler widens.
 
+// Makes the compiler write what it would keep in registers, where it is then read in small parts:
+// to take those out of vectors is slower.
+template <class Object>
+[[gnu::always_inline]] inline void WriteToMemory(Object& object) {
+  asm("" : "+m"(object));
+}
+
 // One byte for each pixel of a block.
 struct alignas(kVectorBytes) Plane {
   std::uint8_t at[kPixels];
