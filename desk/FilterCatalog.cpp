@@ -154,8 +154,7 @@ CatalogEntry Describe(IAnimFilterCreator& creator, const Words& words,
 FilterCatalog::FilterCatalog(IAnimFilterCreator& creator) {
   const Words words(creator);
   for (const host::FilterEntry& listed : host::ListFilters(creator)) {
-    if (ShortName(listed.progId) == "Zero" || !host::FactsOf(listed, creator).note.empty())
-      continue;
+    if (ShortName(listed.progId) == "Zero") continue;
     entries.push_back(Describe(creator, words, listed));
   }
   std::stable_sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) {

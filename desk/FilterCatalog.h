@@ -24,7 +24,6 @@ struct CatalogEntry {
 // Read once. Threads may share it when it is made.
 class FilterCatalog {
  public:
-  // What cannot be used is left out: classes that are only listed.
   explicit FilterCatalog(IAnimFilterCreator& creator);
 
   // Group by group.

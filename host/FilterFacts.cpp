@@ -125,10 +125,10 @@ FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
     facts.gloss = Utf8(entry.row->gloss);
     facts.defaultText = DefaultTextOf(entry);
   }
-  if (IsBuilt(entry)) {
+  if (IsOwnClass(entry)) {
     for (const auto& row : entry.row->describe()) facts.keys.push_back(KeyFactsOf(row, newText));
   }
-  if (IsBuilt(entry)) facts.preview = PreviewOf(entry, creator);
+  if (IsOwnClass(entry)) facts.preview = PreviewOf(entry, creator);
   facts.example = ExampleOf(entry, facts);
   return facts;
 }

@@ -25,7 +25,7 @@ struct FilterFacts {
   std::string className;  // empty for a class of another module, as are the next four
   std::string gloss;
   std::string icon;  // its name; empty where the class has none
-  std::string note;  // why there are no keys: "not built yet: ..."; empty for a built class
+  std::string note;  // why there are no keys; empty for a class of this module
   // How far a preview shows what the full picture will be: "exact", "scaled", "measured" or
   // "100 %"; empty where it is not known.
   std::string preview;

@@ -30,7 +30,7 @@ FXBOX_API std::string FilterTextBehind(IAnimFilterCreator& creator, const std::s
                                        const std::string& parameters);
 
 // Whether its keys are known: the class is one of ours.
-inline bool IsBuilt(const FilterEntry& entry) {
+inline bool IsOwnClass(const FilterEntry& entry) {
   return entry.row != nullptr;
 }
 

@@ -13,11 +13,11 @@ namespace platform {
 // it. Any thread.
 FXBOX_API void* AllocateLarge(std::size_t bytes);
 
-// For a block of AllocateLarge, or of malloc, or null. One of the first kind, of a megabyte or more,
-// is kept for the next picture: ten seconds, sixty-four blocks and half a gigabyte at most, of which
-// the first that was freed goes first. Those whose time is up go with the next call of either
-// function, so that a host which does nothing more keeps the last ones until FreeKeptBlocks, which
-// FxboxSetWorkers calls. Under a sanitizer none is kept. Any thread.
+// For a block of AllocateLarge, or of malloc, or null. One of the first kind, of a megabyte or
+// more, is kept for the next picture: ten seconds, sixty-four blocks and half a gigabyte at most,
+// of which the first that was freed goes first. Those whose time is up go with the next call of
+// either function, so that a host which does nothing more keeps the last ones until FreeKeptBlocks,
+// which FxboxSetWorkers calls. Under a sanitizer none is kept. Any thread.
 FXBOX_API void FreeLarge(void* block);
 
 // Gives all kept blocks back to the system.

@@ -61,9 +61,7 @@ std::string WordOf(std::string className) {
   return hasPrefix ? className.substr(1) : className;
 }
 
-constexpr char kMadeBy[] =
-    "<!-- Made from the class table by `cmake --build BUILD --target fxbox_docs`; do not edit. "
-    "-->\n\n";
+constexpr char kMadeBy[] = "<!-- Made from the class table by `make docs`; do not edit. -->\n\n";
 
 }  // namespace
 
@@ -71,11 +69,10 @@ std::string FilterReference(IAnimFilterCreator& creator) {
   std::string text = "# Filters\n\n";
   text += kMadeBy;
   text +=
-      "In the order of lists. A chain text names a filter and sets some of its keys: "
-      "`ZNFilter.Sepia.1(Sepia=050)`. A key\nthat is left out keeps its default. Ranges are those "
-      "that the dialogs offer; the library takes any number. A chain that\nsorts its filters "
-      "places "
-      "lower orders first.\n\n";
+      "In the order of lists. A chain text names a filter and sets some of its keys:\n"
+      "`ZNFilter.Sepia.1(Sepia=050)`. A key that is left out keeps its default. Ranges are those\n"
+      "that the dialogs offer; the library takes any number. A chain that sorts its filters\n"
+      "places lower orders first.\n\n";
   for (const FilterFacts& facts : OwnFacts(creator)) text += Section(facts);
   text.pop_back();
   return text;

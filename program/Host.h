@@ -26,7 +26,7 @@ using host::FilterFacts;
 using host::FilterTextBehind;
 using host::FindFilter;
 using host::HasRange;
-using host::IsBuilt;
+using host::IsOwnClass;
 using host::KeyFacts;
 using host::ListFilters;
 using host::MakeBlankSource;

@@ -1016,7 +1016,7 @@ test_documents() {
   for document in filters:--markdown glossary:--glossary; do
     run 0 filters ${document#*:}
     cmp -s stdout "$docs/${document%:*}.md" ||
-      fail "docs/${document%:*}.md is out of date: build the target fxbox_docs"
+      fail "docs/${document%:*}.md is out of date: run make docs"
   done
 }
 
