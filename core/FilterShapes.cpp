@@ -134,7 +134,7 @@ HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, i
     if (AbortAnswersDone() && abort) return S_OK;
     if (!current && !(policy.givesOutFailures && HoldsResult())) return kPullStopped;
     PrepareCopy(rows);
-    if (!CopyOut(rows)) {
+    if (!GiveOut(rows)) {
       if (policy.abortMarksChange) selfChanged = true;
       return kPullStopped;
     }
@@ -173,21 +173,24 @@ HRESULT WholePictureFilter::PassOn(const PullRectangle& r) {
 void WholePictureFilter::DropPictures() {
   inputPicture.reset();
   outputPicture.reset();
+  isOpen = false;
 }
 
 // After a failed rebuild the picture may be that of another result, or missing.
 bool WholePictureFilter::HoldsResult() const {
+  if (isOpen) return true;
   const MemoryPicture* const picture = Result();
   return picture && picture->Width() - 2 * policy.frame >= result.width &&
          picture->Height() - 2 * policy.frame >= result.height;
 }
 
 bool WholePictureFilter::BringUpToDate() {
-  if (Result() && !Changed()) return true;
+  if ((isOpen || Result()) && !Changed()) return true;
   if (!TakeState()) return false;
   const bool selfBefore = selfChanged;
   if (policy.flags == ChangeFlags::ClearedAtStart) ClearChanges();
   bool rebuilt = false;
+  isOpen = false;
   try {
     finished.assign(static_cast<std::size_t>(result.height), 0);
     rebuilt = Rebuild();
@@ -204,8 +207,31 @@ bool WholePictureFilter::BringUpToDate() {
   return false;
 }
 
-bool WholePictureFilter::CopyOut(const PullRectangle& rectangle) {
+bool WholePictureFilter::GiveOut(const PullRectangle& rectangle) {
   const PullRectangle cut = rectangle.CutTo(result.width, result.height);
+  if (isOpen && IsAll(cut)) {
+    return ComputeRows(cut.colourRows + cut.destY, cut.maskRows + cut.destY);
+  }
+  return (!isOpen || Close()) && CopyOut(cut);
+}
+
+// All pixels of both planes, from column 0 of the caller's rows on.
+bool WholePictureFilter::IsAll(const PullRectangle& cut) const {
+  return cut.width == result.width && cut.height == result.height && cut.destX == 0 &&
+         cut.colourRows && cut.maskRows;
+}
+
+bool WholePictureFilter::Close() {
+  if (!EnsurePictures(0, 0, result.width, result.height) ||
+      !ComputeRows(outputPicture->ColourRows(), outputPicture->MaskRows())) {
+    return false;
+  }
+  inputPicture.reset();
+  isOpen = false;
+  return true;
+}
+
+bool WholePictureFilter::CopyOut(const PullRectangle& cut) {
   const MemoryPicture& from = *Result();
   const int x = policy.frame + cut.srcX;
   return base::ForEachBand(cut.height, base::RowsPerBand(cut.width), [&](int first, int end) {

@@ -167,6 +167,12 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   // (abort, failed source, no memory). Works with the sizes of `pulled` and `result`, and with
   // copies of the parameters.
   virtual bool Rebuild() = 0;
+  // A Rebuild that sets this keeps what the result is computed from, and leaves its rows open: they
+  // are computed straight into the rows of a caller who asks for all of them, and into
+  // `outputPicture` as soon as somebody asks for a part. That one answers from then on.
+  bool isOpen = false;
+  // Computes all rows of the result; false when it could not.
+  virtual bool ComputeRows(BYTE* const* /*colour*/, BYTE* const* /*mask*/) { return false; }
   // Before the rows of each pull are given out, with the request as it came, not cut.
   virtual void PrepareCopy(const PullRectangle&) {}
   // Finishes a row of the result, once, before anything of it is given out: for what need not be
@@ -214,7 +220,10 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   HRESULT PassOn(const PullRectangle& rectangle);
   bool BringUpToDate();
   bool HoldsResult() const;
-  bool CopyOut(const PullRectangle& rectangle);
+  bool GiveOut(const PullRectangle& rectangle);
+  bool IsAll(const PullRectangle& rectangle) const;
+  bool Close();
+  bool CopyOut(const PullRectangle& cut);
 
   const Policy policy;
   std::vector<char> finished;  // by row; no bits, as threads finish rows beside each other

@@ -138,6 +138,10 @@ MemoryPicture::MemoryPicture(const char*, const BYTE* imageDib, const BYTE* mask
   Build(ContentOf(imageDib, maskDib, {value1, value2, value3, value4}));
 }
 
+bool MemoryPicture::CanHold(int width, int height) {
+  return BlankContent(width, height, true, true).Bytes() != 0;
+}
+
 MemoryPicture::~MemoryPicture() {
   if (!shared) platform::FreeLarge(block);
 }

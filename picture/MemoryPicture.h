@@ -42,6 +42,9 @@ class FXBOX_API MemoryPicture {
   MemoryPicture(const MemoryPicture&) = delete;
   MemoryPicture& operator=(const MemoryPicture&) = delete;
 
+  // Whether there can be a picture of this size with both planes.
+  static bool CanHold(int width, int height);
+
   bool IsValid() const { return block && width != 0 && height != 0; }
   // Image bits to 0, mask bits to 255.
   void Clear();

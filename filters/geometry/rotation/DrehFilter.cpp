@@ -5,7 +5,6 @@
 
 #include "base/Arithmetic.h"
 #include "base/Guid.h"
-#include "filters/geometry/rotation/Shears.h"
 
 using kernels::QuarterTurn;
 using kernels::RotationGeometry;
@@ -111,51 +110,67 @@ bool CDrehFilter::Rebuild() {
   const RotationGeometry turn = Geometry(used, pulled);
   // Too large for a picture.
   if (turn.width != result.width || turn.height != result.height) return false;
-  // The largest first: what is refused must not cost the memory of the others.
-  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
+  // What is refused must not cost memory.
+  if (!MemoryPicture::CanHold(result.width, result.height)) return false;
+  outputPicture.reset();
   if (!turn.isQuarterTurn && !EnsureIntermediate(turn.ShearedWidth(), turn.turnedHeight)) {
     return false;
   }
   if (!EnsurePictures(pulled.width, pulled.height, 0, 0)) return false;
-  // It goes with this computation, whatever happens.
-  const auto given = std::move(inputPicture);
-  const bool isClear = Clear(*given);
-  const bool isComplete = PullInto(*given, 0, 0) == S_OK && isClear;
-  const QuarterTurn turned(
-      {given->ColourRows(), given->MaskRows(), 0, 0, pulled.width, pulled.height},
-      turn.quarterTurns, used.mirrorOn);
-  const bool isTurned = turn.isQuarterTurn ? Turn(turned) : Shear(turned, turn);
-  return isTurned && isComplete;
+  const bool isClear = Clear(*inputPicture);
+  const bool isComplete = PullInto(*inputPicture, 0, 0) == S_OK;
+  if (!turn.isQuarterTurn) {
+    const auto given = std::move(inputPicture);
+    if (!TakeIntermediate(Turned(*given, turn), turn)) return false;
+  }
+  isOpen = isClear && !abort;
+  return isOpen && isComplete;
 }
 
-bool CDrehFilter::Turn(const QuarterTurn& turned) {
+QuarterTurn CDrehFilter::Turned(const MemoryPicture& given, const RotationGeometry& turn) const {
+  return QuarterTurn({given.ColourRows(), given.MaskRows(), 0, 0, pulled.width, pulled.height},
+                     turn.quarterTurns, used.mirrorOn);
+}
+
+bool CDrehFilter::ComputeRows(BYTE* const* colour, BYTE* const* mask) {
+  const RotationGeometry turn = Geometry(used, pulled);
+  return turn.isQuarterTurn ? Turn(Turned(*inputPicture, turn), colour, mask)
+                            : Shear(turn, colour, mask);
+}
+
+bool CDrehFilter::Turn(const QuarterTurn& turned, BYTE* const* colour, BYTE* const* mask) {
   return base::ForEachBand(turned.Bands(), 1, [&](int first, int end) {
     for (int i = first; i < end; ++i) {
       if (abort) return false;
-      turned.ReadBand(turned.BandAt(i), outputPicture->ColourRows(), outputPicture->MaskRows());
+      turned.ReadBand(turned.BandAt(i), colour, mask);
     }
     return true;
   });
 }
 
+kernels::Shears CDrehFilter::ShearsOf(const RotationGeometry& turn) const {
+  return kernels::Shears(turn, {intermediate.get(), static_cast<int>(intermediateWidth),
+                                static_cast<int>(intermediateHeight)});
+}
+
 // Each band has rows of its own to work with.
-bool CDrehFilter::Shear(const QuarterTurn& turned, const RotationGeometry& turn) {
-  const kernels::Shears shears(turn, {intermediate.get(), static_cast<int>(intermediateWidth),
-                                      static_cast<int>(intermediateHeight)});
+bool CDrehFilter::TakeIntermediate(const QuarterTurn& turned, const RotationGeometry& turn) {
+  const kernels::Shears shears = ShearsOf(turn);
   const auto take = [&](int first, int end) {
     kernels::Shears part = shears;
     for (; first < end && !abort; ++first) part.TakeBand(turned, turned.BandAt(first));
     return !abort;
   };
-  const auto read = [&](int first, int end) {
+  return base::ForEachBand(turned.Bands(), 1, take);
+}
+
+bool CDrehFilter::Shear(const RotationGeometry& turn, BYTE* const* colour, BYTE* const* mask) {
+  const kernels::Shears shears = ShearsOf(turn);
+  return base::ForEachBand(result.height, base::RowsPerBand(result.width), [&](int first, int end) {
     kernels::Shears part = shears;
-    for (int y = first; y < end && !abort; ++y) {
-      part.ReadRow(y, outputPicture->ColourRows()[y], outputPicture->MaskRows()[y]);
-    }
+    for (int y = end - 1; y >= first && !abort; --y) part.ReadRow(y, colour[y], mask[y]);
     return !abort;
-  };
-  return base::ForEachBand(turned.Bands(), 1, take) &&
-         base::ForEachBand(result.height, base::RowsPerBand(result.width), read);
+  });
 }
 
 bool CDrehFilter::EnsureIntermediate(std::int64_t width, std::int64_t height) {

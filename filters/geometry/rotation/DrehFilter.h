@@ -5,8 +5,8 @@
 
 #include "core/FilterShapes.h"
 #include "filters/FilterStatics.h"
-#include "filters/geometry/rotation/QuarterTurn.h"
 #include "filters/geometry/rotation/RotationGeometry.h"
+#include "filters/geometry/rotation/Shears.h"
 #include "platform/LargeBlock.h"
 
 extern const FilterClass kDrehClass;
@@ -30,8 +30,14 @@ class CDrehFilter final : public ParameterFilter<WholePictureFilter, RotationRec
   void DropPictures() override;
   void TakeParameters() override { used = active; }
   bool Rebuild() override;
-  bool Turn(const kernels::QuarterTurn& turned);
-  bool Shear(const kernels::QuarterTurn& turned, const kernels::RotationGeometry& turn);
+  bool ComputeRows(BYTE* const* colour, BYTE* const* mask) override;
+  kernels::QuarterTurn Turned(const MemoryPicture& given,
+                              const kernels::RotationGeometry& turn) const;
+  bool Turn(const kernels::QuarterTurn& turned, BYTE* const* colour, BYTE* const* mask);
+  // What the first shear leaves, and the two others from that.
+  bool TakeIntermediate(const kernels::QuarterTurn& turned, const kernels::RotationGeometry& turn);
+  bool Shear(const kernels::RotationGeometry& turn, BYTE* const* colour, BYTE* const* mask);
+  kernels::Shears ShearsOf(const kernels::RotationGeometry& turn) const;
   bool EnsureIntermediate(std::int64_t width, std::int64_t height);
 
   RotationRecord used;  // of the picture in the cache

@@ -38,12 +38,8 @@ QuarterTurn::QuarterTurn(const PictureRows& turned, int quarterTurns, bool mirro
       isBackwardsX(BackwardsOf(quarterTurns, mirror).x),
       isBackwardsY(BackwardsOf(quarterTurns, mirror).y) {}
 
-// Columns of the picture are read from the right to the left: what the processor fetches beyond
-// each piece of a row is then what was read before, and not what would be forgotten until it is
-// needed.
 Band QuarterTurn::BandAt(int number) const {
-  if (isTransposed && !isBackwardsY) number = Bands() - 1 - number;
-  const int y = number * kBandRows;
+  const int y = (Bands() - 1 - number) * kBandRows;
   return {y, std::min(kBandRows, Height() - y)};
 }
 

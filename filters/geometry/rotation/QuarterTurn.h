@@ -25,7 +25,7 @@ class QuarterTurn {
   int Width() const { return isTransposed ? picture.height : picture.width; }
   int Height() const { return isTransposed ? picture.width : picture.height; }
 
-  // The rows come in bands, numbered in the order that is the quickest.
+  // The rows come in bands, numbered from the last one on.
   int Bands() const { return (Height() + kBandRows - 1) / kBandRows; }
   Band BandAt(int number) const;
   // The distance of the rows of `quads` is given in quads. The planes' arrays hold all rows.

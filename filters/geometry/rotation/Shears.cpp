@@ -54,13 +54,13 @@ void ColumnShear::AddColumn(int x, const LineMove& move) {
 }
 
 void ColumnShear::ReadRow(std::int64_t y, Quad* result) {
-  if (isGathered && y == gatheredY + 1) {
-    std::rotate(std::begin(gathered), std::begin(gathered) + 1, std::end(gathered));
+  if (isGathered && y == gatheredY - 1) {
+    std::rotate(std::begin(gathered), std::begin(gathered) + 2, std::end(gathered));
   } else {
-    Gather(y - 1, gathered[0].data());
+    Gather(y + 1, gathered[2].data());
     Gather(y, gathered[1].data());
   }
-  Gather(y + 1, gathered[2].data());
+  Gather(y - 1, gathered[0].data());
   gatheredY = y;
   isGathered = true;
   const auto blend = [&](int first, int end, int step) {

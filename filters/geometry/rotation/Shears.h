@@ -51,8 +51,8 @@ class ColumnShear {
   // Column x is moved by (x - middle) * shear - rest. The pixels may come later.
   ColumnShear(const QuadPicture& upright, double shear, double rest, const ShearKernelTable& table);
 
-  // Any row, as counted before the move: below 0 and above the picture too. Fast where it follows
-  // the last one.
+  // Any row, as counted before the move: below 0 and above the picture too. Fast where it comes
+  // right ahead of the last one.
   void ReadRow(std::int64_t y, Quad* result);
 
  private:
@@ -90,7 +90,7 @@ class Shears {
          const ShearKernelTable& table = Choose<ShearKernelTable>());
 
   void TakeBand(const QuarterTurn& turned, const Band& band);
-  // A row of the result, of turn.width pixels, once all bands are taken; best in ascending order.
+  // A row of the result, of turn.width pixels, once all bands are taken; best in descending order.
   void ReadRow(int y, std::uint8_t* colour, std::uint8_t* mask);
 
  private:

@@ -24,21 +24,36 @@ void ResamplingFilter::SetOutput(Ratios newRatios, double width, double height) 
   output.offsetY = kernels::OutputStart(input.height, output.height, input.offsetY);
 }
 
-// A result that is too large is refused before the input takes memory. What the source answers is
-// not looked at: an abort ends the computation, and anything else is scaled as it came.
+// Of input and result the smaller one is kept. A result that is too large is refused before the
+// input takes memory. What the source answers is not looked at: an abort ends the computation, and
+// anything else is scaled as it came.
 bool ResamplingFilter::Rebuild() {
-  if (pulled.width < 1 || pulled.height < 1 || !EnsurePictures(0, 0, result.width, result.height) ||
-      !EnsurePictures(pulled.width, pulled.height, 0, 0)) {
-    inputPicture.reset();
-    return false;
+  const bool isLarger = IsLargerThanInput();
+  const bool hasResult = isLarger ? MemoryPicture::CanHold(result.width, result.height)
+                                  : EnsurePictures(0, 0, result.width, result.height);
+  if (isLarger) outputPicture.reset();
+  bool done = pulled.width > 0 && pulled.height > 0 && hasResult &&
+              EnsurePictures(pulled.width, pulled.height, 0, 0) && PullWhatComes(*inputPicture);
+  if (done && !isLarger) {
+    done = ComputeRows(outputPicture->ColourRows(), outputPicture->MaskRows());
   }
-  const bool done =
-      PullWhatComes(*inputPicture) &&
-      kernels::Resample(
-          {inputPicture->ColourRows(), inputPicture->MaskRows(), pulled.width, pulled.height},
-          {outputPicture->ColourRows(), outputPicture->MaskRows(), result.width, result.height},
-          {usedRatios.x, usedRatios.y, pulled.offsetX, pulled.offsetY}, abort);
-  inputPicture.reset();
+  isOpen = done && isLarger;
+  if (!isOpen) inputPicture.reset();
   if (!done) outputPicture.reset();
   return done;
+}
+
+bool ResamplingFilter::IsLargerThanInput() const {
+  const auto pixels = [](const PictureInfo& picture) {
+    return std::int64_t{picture.width} * picture.height;
+  };
+  return kernels::CanEnlarge(pulled.width, usedRatios.x, usedRatios.y) &&
+         pixels(result) > pixels(pulled);
+}
+
+bool ResamplingFilter::ComputeRows(BYTE* const* colour, BYTE* const* mask) {
+  return kernels::Resample(
+      {inputPicture->ColourRows(), inputPicture->MaskRows(), pulled.width, pulled.height},
+      {colour, mask, result.width, result.height},
+      {usedRatios.x, usedRatios.y, pulled.offsetX, pulled.offsetY}, abort);
 }

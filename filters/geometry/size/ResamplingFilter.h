@@ -20,6 +20,9 @@ class ResamplingFilter : public WholePictureFilter {
   bool Rebuild() override;
 
  private:
+  bool IsLargerThanInput() const;
+  bool ComputeRows(BYTE* const* colour, BYTE* const* mask) override;
+
   Ratios scaledBy = {1, 1};
   Ratios usedRatios = scaledBy;  // of the picture in the cache
 };

@@ -12,9 +12,6 @@
 namespace kernels {
 namespace {
 
-// The padding at a row's ends has no room in a narrower picture.
-constexpr int kLeastWidth = 3;
-
 constexpr std::size_t Size(int number) {
   return static_cast<std::size_t>(number);
 }
@@ -102,7 +99,7 @@ bool EnlargeBy(const Raster& from, const Raster& to, const std::atomic<bool>& ab
   const std::vector<BicubicTap> taps = BicubicTaps(from.height, to.height);
   return base::ForEachBand(to.height, base::RowsPerBand(to.width), [&](int first, int end) {
     StretchedRows<Way> stretched(from, to.width);
-    for (int y = first; y < end; ++y) {
+    for (int y = end - 1; y >= first; --y) {
       if (abort) return false;
       const auto [index, phase] = taps[Size(y)];
       const typename Way::Pixel* rows[4];
@@ -116,7 +113,7 @@ bool EnlargeBy(const Raster& from, const Raster& to, const std::atomic<bool>& ab
 }  // namespace
 
 bool Enlarge(const Raster& from, const Raster& to, bool opaque, const std::atomic<bool>& abort) {
-  if (from.width < kLeastWidth) return false;
+  if (from.width < kLeastEnlargedWidth) return false;
   return opaque ? EnlargeBy<OpaqueWay>(from, to, abort) : EnlargeBy<MaskedWay>(from, to, abort);
 }
 

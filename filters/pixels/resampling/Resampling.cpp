@@ -22,12 +22,20 @@ bool IsOpaque(const Raster& picture, const std::atomic<bool>& abort) {
   });
 }
 
+bool IsEnlargement(double ratioX, double ratioY) {
+  return ratioX > 1.0 || ratioY > 1.0;
+}
+
 }  // namespace
+
+bool CanEnlarge(int width, double ratioX, double ratioY) {
+  return width >= kLeastEnlargedWidth && IsEnlargement(ratioX, ratioY);
+}
 
 bool Resample(const Raster& from, const Raster& to, const Resampling& how,
               const std::atomic<bool>& abort) {
   const bool opaque = IsOpaque(from, abort);
-  if (how.ratioX > 1.0 || how.ratioY > 1.0) return Enlarge(from, to, opaque, abort);
+  if (IsEnlargement(how.ratioX, how.ratioY)) return Enlarge(from, to, opaque, abort);
   return Reduce(from, to, how, opaque, abort);
 }
 

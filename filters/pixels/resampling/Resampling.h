@@ -22,9 +22,16 @@ struct Resampling {
 
 // Fills `to` from `from`, whose mask is searched once: an opaque picture takes a shorter way.
 // False when `abort` was seen, which is looked at before each row, or when the source is too narrow
-// to be enlarged; `to` then holds anything. Throws std::bad_alloc.
+// to be enlarged. `to` then holds anything, but an enlargement is finished from its last row on,
+// and those ahead are untouched. Throws std::bad_alloc.
 bool Resample(const Raster& from, const Raster& to, const Resampling& how,
               const std::atomic<bool>& abort);
+
+// Whether a picture of this width is enlarged at these ratios.
+bool CanEnlarge(int width, double ratioX, double ratioY);
+
+// The padding at a row's ends has no room in a narrower picture.
+inline constexpr int kLeastEnlargedWidth = 3;
 
 // The two ways, for Resample.
 bool Reduce(const Raster& from, const Raster& to, const Resampling& how, bool opaque,

@@ -183,6 +183,46 @@ TEST(SizeChains, CompositesMapSizesThroughTheirParts) {
   }
 }
 
+// Who asks for all rows at once gets them without a picture in between; parts come from one that is
+// made then. Both hold the same, in any order, after one pull of the source.
+TEST(SizeChains, AllAtOnceEqualsItsParts) {
+  const Picture picture = Noise(61, 140, Masks::Noise, 5);
+  for (const Link& link : {kTurn, Link{"Rotate", "Angle=270,MirrorOn=1"}, kTilt,
+                           Link{"Rotate", "Angle=187.5"}, Link{"Scale100", "HorizontalProz=170"},
+                           Link{"Scale100", "HorizontalProz=300,VerticalProz=50"}}) {
+    SCOPED_TRACE(link.name + " " + link.text);
+    Rig rig(picture, MakeAll({link}));
+    rig.Prepare();
+    const int width = rig.destination->width;
+    const int height = rig.destination->height;
+    GuardedRows all(width, height), again(width, height), moved(width + 3, height + 4),
+        rows(width, height);
+    const RowRequest whole{0, 0, 0, 0, width, height};
+    ASSERT_EQ(rig.Pull(all, whole), S_OK);
+    ASSERT_EQ(rig.Pull(again, {0, 2, 0, 2, width, height - 2}), S_OK);
+    ASSERT_EQ(rig.Pull(again, {0, 0, 0, 0, width, 2}), S_OK);
+    ASSERT_EQ(rig.Pull(moved, {2, 3, -1, -1, width + 4, height + 4}), S_OK);
+    ASSERT_EQ(rig.Pull(rows, whole), S_OK);
+    EXPECT_EQ(all.WrittenOutside(0, 0, width, height), "");
+    EXPECT_EQ(moved.WrittenOutside(3, 4, width, height), "");
+    EXPECT_EQ(Difference(all.Whole(), again.Whole()), "");
+    EXPECT_EQ(Difference(all.Whole(), moved.Part(3, 4, width, height)), "");
+    EXPECT_EQ(Difference(all.Whole(), rows.Whole()), "");
+    EXPECT_EQ(rig.source->requests.size(), 1u);
+    // A change comes through in both ways.
+    rig.source->picture = Noise(61, 140, Masks::Opaque, 6);
+    ++rig.source->revision;
+    rig.Prepare();
+    ASSERT_EQ(rig.Pull(again, {0, 0, 0, 0, width, height - 1}), S_OK);
+    ASSERT_EQ(rig.Pull(again, {0, height - 1, 0, height - 1, width, 1}), S_OK);
+    ++rig.source->revision;
+    rig.Prepare();
+    ASSERT_EQ(rig.Pull(rows, whole), S_OK);
+    EXPECT_EQ(Difference(rows.Whole(), again.Whole()), "");
+    EXPECT_NE(Difference(rows.Whole(), all.Whole()), "");
+  }
+}
+
 // What a Commit makes of the numbers is no change, however often it is asked.
 TEST(SizeChains, APreparedChainIsQuiet) {
   const Link kPaper{"PrintPad", "ForceRatio=1,Landscape=0,AspectRatioX=4,AspectRatioY=3"};
