@@ -3,14 +3,20 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <cstring>
 #include <vector>
 
 #include "base/Rows.h"
-#include "filters/detail/DustLoops.h"
 #include "filters/pixels/RowBlocks.h"
 
 namespace kernels {
 namespace {
+
+void AddChannels(const std::uint8_t* colour, int width, std::uint16_t* sums) {
+  for (int x = 0; x < width; ++x) {
+    sums[x] = static_cast<std::uint16_t>(colour[3 * x] + colour[3 * x + 1] + colour[3 * x + 2]);
+  }
+}
 
 bool IsDust(const std::uint16_t* const* sums, int x, const DustLimits& limits) {
   int count = 0;
@@ -88,21 +94,28 @@ class DustWalk {
 
   // The outermost columns stay.
   void ReplaceMarked(int y) {
-    const auto end = marks.end() - 1;
-    auto mark = std::find(marks.begin() + 1, end, 255);
-    if (mark == end) return;
+    int x = NextMark(0);
+    if (x == 0) return;
     changed[Slot<3>(y)] = true;
     originals[Slot<3>(y)].assign(Row(y), Row(y) + base::ColourBytes(picture.width));
     std::uint8_t* const row = picture.colourRows[picture.y + y] + base::ColourOffset(picture.x);
     const std::uint8_t* const rows[] = {Original(y - 1), Original(y), Row(y + 1)};
-    for (; mark != end; mark = std::find(mark + 1, end, 255)) {
-      const std::ptrdiff_t pixel = base::ColourOffset(static_cast<int>(mark - marks.begin()));
+    for (; x != 0; x = NextMark(x)) {
+      const std::ptrdiff_t pixel = base::ColourOffset(x);
       for (std::ptrdiff_t at = pixel; at < pixel + base::kBytesPerPixel; ++at) {
         int sum = 0;
         for (const std::uint8_t* old : rows) sum += old[at - 3] + old[at] + old[at + 3];
         row[at] = static_cast<std::uint8_t>(sum / 9);
       }
     }
+  }
+
+  // The column of the next mark behind column x, the last one aside; 0 when there is none.
+  int NextMark(int x) const {
+    const std::uint8_t* const next = marks.data() + x + 1;
+    const auto* const mark = static_cast<const std::uint8_t*>(
+        std::memchr(next, 255, static_cast<std::size_t>(picture.width - 2 - x)));
+    return mark ? static_cast<int>(mark - marks.data()) : 0;
   }
 
   const std::uint8_t* Original(int y) const {
@@ -124,7 +137,7 @@ class DustWalk {
 }  // namespace
 
 const DustKernelTable& DustKernelTable::Plain() {
-  static constexpr DustKernelTable kPlain = {AddChannelsLoop, FindDust};
+  static constexpr DustKernelTable kPlain = {AddChannels, FindDust};
   return kPlain;
 }
 

@@ -4,7 +4,7 @@
 namespace kernels {
 
 const DustKernelTable& DustKernelTable::Avx512() {
-  static constexpr DustKernelTable kTable = {AddChannelsLoop, FindDustInBlocks};
+  static constexpr DustKernelTable kTable = {AddChannelsInBlocks, FindDustInBlocks};
   return kTable;
 }
 

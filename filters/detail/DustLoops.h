@@ -5,29 +5,38 @@
 #include <cstdint>
 
 #include "filters/detail/DustKernels.h"
-#include "filters/pixels/simd/Vectors.h"
+#include "filters/pixels/simd/PixelBlocks.h"
 
 namespace kernels {
 namespace {
 
-inline void AddChannelsLoop(const std::uint8_t* colour, int width, std::uint16_t* sums) {
-  for (int x = 0; x < width; ++x) {
-    sums[x] = static_cast<std::uint16_t>(colour[3 * x] + colour[3 * x + 1] + colour[3 * x + 2]);
+inline void AddChannelsInBlocks(const std::uint8_t* colour, int width, std::uint16_t* sums) {
+  for (; width >= kPixels; width -= kPixels, colour += kBlockBytes, sums += kPixels) {
+    Prefetch(colour);
+    Channels c;
+    TakeApart(LoadBlock(colour), c);
+    for (int i = 0; i < kPixels; ++i) {
+      sums[i] = static_cast<std::uint16_t>(c.blue.at[i] + c.green.at[i] + c.red.at[i]);
+    }
   }
+  DustKernelTable::Plain().addChannels(colour, width, sums);
 }
 
 // Counts for a block of pixels at once, ring by ring from the middle, until all have more pixels
 // like themselves than dust has. In a photograph that is mostly so within the first ring.
 class DustBlock {
  public:
+  // A sum is less than the tolerance t away from another where t - 1 plus their difference, without
+  // a sign, is less than 2 t - 1. The compared numbers have one, so both are lowered by 2^15.
   DustBlock(const std::uint16_t* const* sumRows, const DustLimits& limits)
       : sums(sumRows),
-        tolerance(All<Shorts>(limits.tolerance)),
+        raise(All<Words>(limits.tolerance - 1 - (1 << 15))),
+        limit(All<Shorts>((limits.tolerance > 0 ? 2 * limits.tolerance - 1 : 0) - (1 << 15))),
         greatestRegion(All<Shorts>(limits.greatestRegion)) {}
 
   // All bits for dust.
   [[gnu::always_inline]] Shorts Find(std::ptrdiff_t x) const {
-    const auto centre = Load<Shorts>(sums[kDustReach] + x);
+    const Words centre = Load<Words>(sums[kDustReach] + x) + raise;
     Words count = {};
     Shorts isDust = All<Shorts>(-1);
     for (int ring = 1; ring <= kDustReach && IsAny(isDust); ++ring) {
@@ -44,26 +53,27 @@ class DustBlock {
   }
 
  private:
-  [[gnu::always_inline]] void Count(int row, int column, std::ptrdiff_t x, Shorts centre,
+  [[gnu::always_inline]] void Count(int row, int column, std::ptrdiff_t x, Words centre,
                                     Words& count) const {
-    const Shorts apart = centre - Load<Shorts>(sums[kDustReach + row] + x + column);
-    count = AddOneWhereLess(count, apart < 0 ? -apart : apart, tolerance);
+    const Words apart = centre - Load<Words>(sums[kDustReach + row] + x + column);
+    count = AddOneWhereLess(count, (Shorts)apart, limit);
   }
 
   const std::uint16_t* const* sums;
-  const Shorts tolerance, greatestRegion;
+  const Words raise;
+  const Shorts limit, greatestRegion;
 };
 
 inline void FindDustInBlocks(const std::uint16_t* const* sums, int width, const DustLimits& limits,
                              std::uint8_t* isDust) {
-  constexpr std::ptrdiff_t kPixels = kLanes<Shorts>;
-  using Marks [[gnu::vector_size(kPixels)]] = std::uint8_t;
+  constexpr std::ptrdiff_t kSums = kLanes<Shorts>;
+  using Marks [[gnu::vector_size(kSums)]] = std::uint8_t;
   const DustBlock block(sums, limits);
   const auto find = [&block](std::ptrdiff_t x) __attribute__((always_inline)) {
     return __builtin_convertvector(block.Find(x), Marks);
   };
   std::ptrdiff_t x = 0;
-  for (; x + kPixels <= width; x += kPixels) Store(isDust + x, find(x));
+  for (; x + kSums <= width; x += kSums) Store(isDust + x, find(x));
   if (x == width) return;
   const Marks rest = find(x);
   __builtin_memcpy(isDust + x, &rest, static_cast<std::size_t>(width - x));

@@ -10,47 +10,6 @@ namespace {
 
 using Word = std::uint16_t;
 
-// Numerator and weights are whole and below 2^24: the quotient is exact. Where nothing has a
-// weight, the colour below stays.
-inline void ComposeBlock(std::uint8_t* colour, std::uint8_t* mask, const std::uint8_t* overColour,
-                         const std::uint8_t* overMask) {
-  const BlockMasks over = Look(overMask);
-  if (over == BlockMasks::AllNothing) return;
-  if (over == BlockMasks::AllOpaque) {
-    __builtin_memcpy(colour, overColour, kMixedBytes);
-    __builtin_memset(mask, 0, kMixedPixels);
-    return;
-  }
-  std::uint8_t overMasks[kMixedBytes];
-  std::uint8_t masks[kMixedBytes];
-  SpreadMasks(overMasks, overMask);
-  SpreadMasks(masks, mask);
-  for (int i = 0; i < kMixedBytes; ++i) {
-    const float s = overMasks[i];
-    const float laid = (255 - s) * 255;
-    const float kept = (255 - static_cast<float>(masks[i])) * s + MaskInversion::kLeast;
-    const float sum =
-        static_cast<float>(overColour[i]) * laid + static_cast<float>(colour[i]) * kept;
-    colour[i] = static_cast<std::uint8_t>(static_cast<int>(sum / (laid + kept)));
-  }
-  for (int x = 0; x < kMixedPixels; ++x) {
-    const auto both = static_cast<Word>(overMask[x] * mask[x]);
-    mask[x] = static_cast<std::uint8_t>(static_cast<Word>(both + 1 + (both >> 8)) >> 8);
-  }
-}
-
-inline void ComposeLoop(std::uint8_t* colour, std::uint8_t* mask, const std::uint8_t* overColour,
-                        const std::uint8_t* overMask, int width) {
-  for (; width >= kMixedPixels; width -= kMixedPixels) {
-    ComposeBlock(colour, mask, overColour, overMask);
-    colour += kMixedBytes;
-    mask += kMixedPixels;
-    overColour += kMixedBytes;
-    overMask += kMixedPixels;
-  }
-  ComposeRow(colour, mask, overColour, overMask, width);
-}
-
 inline void AddReliefLoop(std::uint8_t* colour, const std::uint8_t* relief, int width,
                           bool isInner) {
   const std::uint8_t turn = isInner ? 255 : 0;
@@ -151,9 +110,6 @@ inline void ReliefLoop(std::uint8_t* __restrict to, const MaskRows3& rows, int c
     ReliefRow<std::int64_t>(to, rows, count, weights.relief);
   }
 }
-
-constexpr FrameKernels kWideFrameKernels = {ComposeLoop, AddReliefLoop, SmoothLoop,  ReliefLoop,
-                                            GrowLoop,    BlurLoop,      FractionLoop};
 
 }  // namespace
 }  // namespace kernels

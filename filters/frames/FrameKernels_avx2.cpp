@@ -1,10 +1,10 @@
 // Frame kernels for AVX2.
-#include "filters/frames/FrameKernelLoops.h"
+#include "filters/frames/FrameVectorLoops.h"
 
 namespace kernels {
 
 const FrameKernels& FrameKernels::Avx2() {
-  return kWideFrameKernels;
+  return kFrameVectorLoops;
 }
 
 }  // namespace kernels

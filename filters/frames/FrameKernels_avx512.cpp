@@ -1,10 +1,10 @@
 // Frame kernels for AVX-512.
-#include "filters/frames/FrameKernelLoops.h"
+#include "filters/frames/FrameVectorLoops.h"
 
 namespace kernels {
 
 const FrameKernels& FrameKernels::Avx512() {
-  return kWideFrameKernels;
+  return kFrameVectorLoops;
 }
 
 }  // namespace kernels

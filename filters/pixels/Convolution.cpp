@@ -36,6 +36,13 @@ void ConvolveRow(const Kernel3x3& kernel, const ConvolutionRows& rows, std::uint
   }
 }
 
+void SpreadNothing(std::uint8_t* nothing, const std::uint8_t* mask, int width) {
+  for (int x = 0; x < width; ++x) {
+    nothing[3 * x] = nothing[3 * x + 1] = nothing[3 * x + 2] =
+        mask[x] == base::kNothing ? base::kNothing : base::kOpaque;
+  }
+}
+
 struct Columns {
   int first, end;
   int Count() const { return end - first; }
@@ -88,10 +95,7 @@ class FramedRow {
   // The pixels between the two on either side. False when all of them count.
   bool LoadMask(const std::uint8_t* mask) {
     if (!std::memchr(mask, base::kNothing, static_cast<std::size_t>(width))) return false;
-    std::uint8_t* to = nothing.data() + base::ColourOffset(1);
-    for (int i = 0; i < width; ++i) {
-      to[3 * i] = to[3 * i + 1] = to[3 * i + 2] = NothingAt(mask, i);
-    }
+    Choose<ConvolutionKernels>().spreadNothing(nothing.data() + base::ColourOffset(1), mask, width);
     return true;
   }
 
@@ -100,10 +104,12 @@ class FramedRow {
   bool anyNothing = false;
 };
 
-ConvolutionRows Around(const FramedRow& below, const FramedRow& row, const FramedRow& above) {
+ConvolutionRows Around(const FramedRow& below, const FramedRow& row, const FramedRow& above,
+                       const std::uint8_t* next) {
   return {{below.Colour(), row.Colour(), above.Colour()},
           {below.Nothing(), row.Nothing(), above.Nothing()},
-          below.AnyNothing() || row.AnyNothing() || above.AnyNothing()};
+          below.AnyNothing() || row.AnyNothing() || above.AnyNothing(),
+          next};
 }
 
 }  // namespace
@@ -134,7 +140,7 @@ Kernel3x3 BlendKernel(const KernelTable& table, double strength) {
 }
 
 const ConvolutionKernels& ConvolutionKernels::Plain() {
-  static constexpr ConvolutionKernels kPlain = {ConvolveRow};
+  static constexpr ConvolutionKernels kPlain = {ConvolveRow, SpreadNothing};
   return kPlain;
 }
 
@@ -171,11 +177,15 @@ class Convolver {
     for (int y = begin; y < end; ++y) {
       if (abort) return false;
       Load(block, y + 1, row(y + 1));
-      convolveRow(kernel, Around(row(y - 1), row(y), row(y + 1)),
+      convolveRow(kernel, Around(row(y - 1), row(y), row(y + 1), Behind(block, y + 1)),
                   picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + area.x),
                   area.width);
     }
     return true;
+  }
+
+  const std::uint8_t* Behind(int block, int y) const {
+    return blocks.Row(block, std::min(y + 1, picture.height - 1) - area.y);
   }
 
   void Load(int block, int y, FramedRow& row) const {

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "filters/pixels/ConvolutionRow.h"
-#include "filters/pixels/simd/Vectors.h"
+#include "filters/pixels/simd/PixelBlocks.h"
 
 namespace kernels {
 namespace {
@@ -101,6 +101,7 @@ class BlockRow {
 
   [[gnu::always_inline]] void Run(std::uint8_t* result, std::ptrdiff_t bytes) const {
     for (std::ptrdiff_t at = 0; at < bytes; at += kVectorBytes) {
+      __builtin_prefetch(rows.next + at);
       // The first and the last pixel have neighbours outside the picture.
       const bool isEdge = at == 0 || at + kVectorBytes > bytes - 3;
       const bool masked = isEdge || (rows.anyNothing && HasNothing(at));
@@ -174,7 +175,14 @@ inline void ConvolveLoop(const Kernel3x3& kernel, const ConvolutionRows& rows, s
   }
 }
 
-constexpr ConvolutionKernels kConvolutionLoops = {ConvolveLoop};
+inline void SpreadNothingLoop(std::uint8_t* nothing, const std::uint8_t* mask, int width) {
+  for (; width >= kPixels; width -= kPixels, nothing += kBlockBytes, mask += kPixels) {
+    StoreBlock(nothing, Spread((Bytes)(Load<Bytes>(mask) == 255)));
+  }
+  ConvolutionKernels::Plain().spreadNothing(nothing, mask, width);
+}
+
+constexpr ConvolutionKernels kConvolutionLoops = {ConvolveLoop, SpreadNothingLoop};
 
 }  // namespace
 }  // namespace kernels

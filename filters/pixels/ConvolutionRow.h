@@ -18,13 +18,16 @@ inline constexpr int kConvolutionPadding = 80;
 struct ConvolutionRows {
   const std::uint8_t* colour[3];
   const std::uint8_t* nothing[3];
-  bool anyNothing;  // false: at most the first and the last pixel have such neighbours
+  bool anyNothing;           // false: at most the first and the last pixel have such neighbours
+  const std::uint8_t* next;  // the row above them, which is fetched meanwhile, or any other
 };
 
 struct ConvolutionKernels {
   // Writes `width` pixels to `result`, at least one, which overlaps none of the rows.
   void (*convolveRow)(const Kernel3x3& kernel, const ConvolutionRows& rows, std::uint8_t* result,
                       int width);
+  // Writes 255 to all three bytes of a pixel that the mask says is not there, else 0.
+  void (*spreadNothing)(std::uint8_t* nothing, const std::uint8_t* mask, int width);
 
   // For Choose.
   static const ConvolutionKernels& Plain();

@@ -1,8 +1,9 @@
 // Mixes of colours with a fill, by the masks of their pixels, over vectors of any width.
 //
-// Sums are whole numbers below 2^23, which floats hold. The quotient of two is worked out from the
-// reciprocal of the divisor and the exact remainder that it leaves: it is exact where it is whole,
-// and elsewhere less than 2^-16 off, where the next whole number is 1 / 25500 away at least.
+// Sums are whole numbers below 2^24, which floats hold. The quotient of two, at most 255, is worked
+// out from the reciprocal of the divisor and the exact remainder that it leaves: it is exact where
+// it is whole, and elsewhere rounded by 2^-17 at most, where the next whole number is 1 / 65025
+// away at least.
 #pragma once
 
 #include <cstdint>
@@ -56,47 +57,86 @@ class BackgroundWeights {
   Words level_;
 };
 
-// The weights of a quarter of a block.
-class QuarterMix {
+// Divides sums of a quarter of a block, which float holds, by whole numbers.
+class QuarterQuotient {
  public:
-  [[gnu::always_inline]] QuarterMix(Words fillAndKeep, Words whole)
-      : weights_((Shorts)fillAndKeep),
-        whole_(__builtin_convertvector((Ints)whole, Floats)),
-        reciprocal_(1.0f / whole_) {}
+  [[gnu::always_inline]] explicit QuarterQuotient(Words whole)
+      : whole_(__builtin_convertvector((Ints)whole, Floats)), reciprocal_(1.0f / whole_) {}
 
-  [[gnu::always_inline]] Ints operator()(Shorts fillAndColour) const {
-    const Floats sum = __builtin_convertvector(MultiplyPairs(fillAndColour, weights_), Floats);
+  [[gnu::always_inline]] Ints operator()(Ints sums) const {
+    const Floats sum = __builtin_convertvector(sums, Floats);
     const Floats about = sum * reciprocal_;
     const Floats rest = MultiplyAdd(-about, whole_, sum);
     return __builtin_convertvector(MultiplyAdd(rest, reciprocal_, about), Ints);
   }
 
  private:
-  Shorts weights_;
   Floats whole_, reciprocal_;
 };
 
-template <class Weights>
-[[gnu::always_inline]] inline void MixBlock(Block& block, Bytes& masks, const Planes& fills,
-                                            const Weights& weights) {
+// A fill and a colour mixed by weights below 2^15.
+class QuarterMix {
+ public:
+  [[gnu::always_inline]] QuarterMix(Words fillAndKeep, Words whole)
+      : weights_((Shorts)fillAndKeep), quotient_(whole) {}
+
+  [[gnu::always_inline]] Ints operator()(Shorts fillAndColour) const {
+    return quotient_(MultiplyPairs(fillAndColour, weights_));
+  }
+
+ private:
+  Shorts weights_;
+  QuarterQuotient quotient_;
+};
+
+// By weights of 16 bits, whose products with a sign are 2^15 times the bytes too low.
+class WideQuarterMix {
+ public:
+  [[gnu::always_inline]] WideQuarterMix(Words fillAndKeep, Words whole)
+      : weights_((Shorts)(fillAndKeep ^ All<Words>(1 << 15))), quotient_(whole) {}
+
+  [[gnu::always_inline]] Ints operator()(Shorts fillAndColour) const {
+    const Ints bytes = MultiplyPairs(fillAndColour, All<Shorts>(1));
+    return quotient_(MultiplyPairs(fillAndColour, weights_) + (bytes << 15));
+  }
+
+ private:
+  Shorts weights_;
+  QuarterQuotient quotient_;
+};
+
+// The weights of two halves of a block.
+struct HalfWeights {
+  Words fill, keep, whole;
+};
+
+template <class Quarter>
+[[gnu::always_inline]] inline Planes MixPlanes(const Planes& fills, const Planes& planes,
+                                               const HalfWeights& low, const HalfWeights& high) {
   const Words none = {};
-  const Words low = (Words)UnpackLow(masks, (Bytes)none);
-  const Words high = (Words)UnpackHigh(masks, (Bytes)none);
-  const Words wholeLow = weights.Whole(low), wholeHigh = weights.Whole(high);
-  const QuarterMix quarters[] = {
-      {UnpackLow(weights.Fill(low), weights.Keep(low)), UnpackLow(wholeLow, none)},
-      {UnpackHigh(weights.Fill(low), weights.Keep(low)), UnpackHigh(wholeLow, none)},
-      {UnpackLow(weights.Fill(high), weights.Keep(high)), UnpackLow(wholeHigh, none)},
-      {UnpackHigh(weights.Fill(high), weights.Keep(high)), UnpackHigh(wholeHigh, none)}};
+  const Quarter quarters[] = {{UnpackLow(low.fill, low.keep), UnpackLow(low.whole, none)},
+                              {UnpackHigh(low.fill, low.keep), UnpackHigh(low.whole, none)},
+                              {UnpackLow(high.fill, high.keep), UnpackLow(high.whole, none)},
+                              {UnpackHigh(high.fill, high.keep), UnpackHigh(high.whole, none)}};
   const auto mixed = [&](Bytes fill, Bytes channel) __attribute__((always_inline)) {
     const BytePairs pairs = PairUp(fill, channel);
     return PackQuarters([&](int i) __attribute__((always_inline)) {
       return quarters[i](pairs.quarters[i]);
     });
   };
-  const Planes planes = Split(block);
-  block = Join({mixed(fills.blue, planes.blue), mixed(fills.green, planes.green),
-                mixed(fills.red, planes.red)});
+  return {mixed(fills.blue, planes.blue), mixed(fills.green, planes.green),
+          mixed(fills.red, planes.red)};
+}
+
+template <class Weights>
+[[gnu::always_inline]] inline void MixBlock(Block& block, Bytes& masks, const Planes& fills,
+                                            const Weights& weights) {
+  const auto weightsOf = [&](Words m) __attribute__((always_inline)) {
+    return HalfWeights{weights.Fill(m), weights.Keep(m), weights.Whole(m)};
+  };
+  const auto low = (Words)UnpackLow(masks, Bytes{});
+  const auto high = (Words)UnpackHigh(masks, Bytes{});
+  block = Join(MixPlanes<QuarterMix>(fills, Split(block), weightsOf(low), weightsOf(high)));
   masks = Pack(weights.Mask(low), weights.Mask(high));
 }
 

@@ -14,9 +14,5 @@ template <class Vector>
   return any != 0;
 }
 
-[[gnu::always_inline]] inline Words AddOneWhereLess(Words number, Shorts a, Shorts b) {
-  return number - (Words)(a < b);
-}
-
 }  // namespace
 }  // namespace kernels

@@ -40,6 +40,7 @@ struct Rows {
       view.nothing[i] = nothing[i].data() + 3;
     }
     view.anyNothing = masked;
+    view.next = colour[2].data();
   }
   std::size_t Bytes() const { return 3 * static_cast<std::size_t>(width); }
 
@@ -86,6 +87,18 @@ TEST_P(ConvolutionLevels, EqualThePlainOne) {
         ExpectSame({width, 13, masked}, *table, 77.7);
       }
     }
+  }
+}
+
+TEST_P(ConvolutionLevels, SpreadNothingLikeThePlainOne) {
+  using kernels::ConvolutionKernels;
+  for (int width = 0; width <= 200; ++width) {
+    const Row mask = RandomRow(static_cast<std::size_t>(width), static_cast<unsigned>(width));
+    testing_support::ExpectSameRow(
+        ConvolutionKernels::Plain(), kernels::Choose<ConvolutionKernels>(GetParam()),
+        Row(mask.size() * 3 + 200, 77), [&](const ConvolutionKernels& k, std::uint8_t* at) {
+          k.spreadNothing(at + width % 64, mask.data(), width);
+        });
   }
 }
 
