@@ -25,6 +25,8 @@ class QuarterTurn {
   int Width() const { return isTransposed ? picture.height : picture.width; }
   int Height() const { return isTransposed ? picture.width : picture.height; }
 
+  bool IsTransposed() const { return isTransposed; }
+
   // The rows come in bands, numbered from the last one on.
   int Bands() const { return (Height() + kBandRows - 1) / kBandRows; }
   Band BandAt(int number) const;

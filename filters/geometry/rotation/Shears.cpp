@@ -4,6 +4,8 @@
 #include <cstring>
 #include <utility>
 
+#include "base/RowWriter.h"
+
 namespace kernels {
 LineMove::LineMove(double distance) : step(distance > 0 ? 1 : -1) {
   const double length = distance * step;
@@ -82,7 +84,10 @@ void ColumnShear::GatherBlocks(std::int64_t y, Quad* row) const {
     } else if (run.width > kBlock || run.first + kBlock > picture.width) {
       std::copy_n(picture.Row(from) + run.first, run.width, row + run.first);
     } else {
-      std::memcpy(row + run.first, picture.Row(from) + run.first, kBlock * sizeof(Quad));
+      const Quad* const pixels = picture.Row(from) + run.first;
+      std::memcpy(row + run.first, pixels, kBlock * sizeof(Quad));
+      // What the row ahead will take from this run: the processor does not foresee it.
+      if (from > 0) __builtin_prefetch(pixels - picture.width);
     }
   }
 }
@@ -102,7 +107,9 @@ Shears::Shears(const RotationGeometry& turn, const QuadPicture& room, const Shea
       columns(room, turn.columnShear, turn.restY, table),
       turnedRow(static_cast<int>(turn.turnedWidth)),
       shearedRow(room.width),
-      resultRow(static_cast<std::size_t>(turn.width)) {}
+      resultRow(static_cast<std::size_t>(turn.width)),
+      resultColour(3 * resultRow.size()),
+      resultMask(resultRow.size()) {}
 
 LineMove Shears::MoveOf(std::int64_t y, double rest) const {
   const double middle = static_cast<double>(geometry.turnedHeight - 1) * 0.5;
@@ -110,15 +117,23 @@ LineMove Shears::MoveOf(std::int64_t y, double rest) const {
 }
 
 void Shears::TakeBand(const QuarterTurn& turned, const Band& band) {
-  turned.ReadBand(band, picture.Row(band.y), picture.width);
-  for (int i = band.y; i < band.y + band.height; ++i) {
-    Quad* const row = picture.Row(i);
-    // From here on there is no colour where there is no picture.
-    std::transform(row, row + turned.Width(), turnedRow.Data(),
-                   [](Quad quad) { return std::min(quad, kNothing); });
-    MoveRow(turnedRow, MoveOf(i, 0), (picture.width - turned.Width()) / 2, row, picture.width,
-            kernels);
+  if (turned.IsTransposed()) turned.ReadBand(band, picture.Row(band.y), picture.width);
+  for (int y = band.y; y < band.y + band.height; ++y) {
+    if (turned.IsTransposed()) {
+      std::copy_n(picture.Row(y), turned.Width(), turnedRow.Data());
+    } else {
+      turned.ReadBand({y, 1}, turnedRow.Data(), 0);
+    }
+    TakeRow(y, turned.Width());
   }
+}
+
+void Shears::TakeRow(int y, int width) {
+  Quad* const row = turnedRow.Data();
+  // From here on there is no colour where there is no picture.
+  std::transform(row, row + width, row, [](Quad quad) { return std::min(quad, kNothing); });
+  MoveRow(turnedRow, MoveOf(y, 0), (picture.width - width) / 2, picture.Row(y), picture.width,
+          kernels);
 }
 
 void Shears::ReadRow(int y, std::uint8_t* colour, std::uint8_t* mask) {
@@ -127,7 +142,10 @@ void Shears::ReadRow(int y, std::uint8_t* colour, std::uint8_t* mask) {
   columns.ReadRow(turnedY, shearedRow.Data());
   MoveRow(shearedRow, MoveOf(turnedY, geometry.restX), geometry.PlaceX(), resultRow.data(), width,
           kernels);
-  kernels.split(resultRow.data(), colour, mask, width);
+  kernels.split(resultRow.data(), resultColour.data(), resultMask.data(), width);
+  const base::RowWriter writer(4 * geometry.width * geometry.height);
+  writer.Copy(colour, resultColour.data(), resultColour.size());
+  writer.Copy(mask, resultMask.data(), resultMask.size());
 }
 
 }  // namespace kernels

@@ -97,13 +97,17 @@ class Shears {
   // How far the first and the last shear move a row of the turned picture, which the last may have
   // above and below it.
   LineMove MoveOf(std::int64_t y, double rest) const;
+  // The first shear of what stands in `turnedRow`.
+  void TakeRow(int y, int width);
 
   const RotationGeometry geometry;
   const QuadPicture picture;
   const ShearKernelTable& kernels;
   ColumnShear columns;
   QuadRow turnedRow, shearedRow;
+  // Of the result. A row is finished here before it goes to the memory, past the caches.
   std::vector<Quad> resultRow;
+  std::vector<std::uint8_t> resultColour, resultMask;
 };
 
 }  // namespace kernels
