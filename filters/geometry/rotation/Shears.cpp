@@ -7,6 +7,15 @@
 #include "base/RowWriter.h"
 
 namespace kernels {
+namespace {
+
+// Rows that are transposed together, in the second cache; at a distance that spreads a column over
+// all of it.
+constexpr int kTransposedRows = 64;
+constexpr int kGap = 16;
+
+}  // namespace
+
 LineMove::LineMove(double distance) : step(distance > 0 ? 1 : -1) {
   const double length = distance * step;
   const auto pixels = static_cast<std::int64_t>(length);
@@ -117,14 +126,24 @@ LineMove Shears::MoveOf(std::int64_t y, double rest) const {
 }
 
 void Shears::TakeBand(const QuarterTurn& turned, const Band& band) {
-  if (turned.IsTransposed()) turned.ReadBand(band, picture.Row(band.y), picture.width);
+  if (turned.IsTransposed()) return TakeTransposed(turned, band);
   for (int y = band.y; y < band.y + band.height; ++y) {
-    if (turned.IsTransposed()) {
-      std::copy_n(picture.Row(y), turned.Width(), turnedRow.Data());
-    } else {
-      turned.ReadBand({y, 1}, turnedRow.Data(), 0);
-    }
+    turned.ReadBand({y, 1}, turnedRow.Data(), 0);
     TakeRow(y, turned.Width());
+  }
+}
+
+void Shears::TakeTransposed(const QuarterTurn& turned, const Band& band) {
+  const std::ptrdiff_t stride = turned.Width() + kGap;
+  transposed.resize(static_cast<std::size_t>(stride * kTransposedRows));
+  const int end = band.y + band.height;
+  for (int y = band.y; y < end; y += kTransposedRows) {
+    const int count = std::min(kTransposedRows, end - y);
+    turned.ReadBand({y, count}, transposed.data(), stride);
+    for (int i = 0; i < count; ++i) {
+      std::copy_n(transposed.data() + i * stride, turned.Width(), turnedRow.Data());
+      TakeRow(y + i, turned.Width());
+    }
   }
 }
 

@@ -97,6 +97,7 @@ class Shears {
   // How far the first and the last shear move a row of the turned picture, which the last may have
   // above and below it.
   LineMove MoveOf(std::int64_t y, double rest) const;
+  void TakeTransposed(const QuarterTurn& turned, const Band& band);
   // The first shear of what stands in `turnedRow`.
   void TakeRow(int y, int width);
 
@@ -104,6 +105,7 @@ class Shears {
   const QuadPicture picture;
   const ShearKernelTable& kernels;
   ColumnShear columns;
+  std::vector<Quad> transposed;
   QuadRow turnedRow, shearedRow;
   // Of the result. A row is finished here before it goes to the memory, past the caches.
   std::vector<Quad> resultRow;
