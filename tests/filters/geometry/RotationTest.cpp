@@ -1,7 +1,9 @@
 // Offset and rotation: sizes and places along the chain, and the pixels against a naive model.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <climits>
+#include <cmath>
 #include <random>
 
 #include "tests/filters/ClassOf.h"
@@ -91,6 +93,35 @@ TEST(Rotation, PixelsAreThoseOfTheModel) {
       ASSERT_EQ(Difference(TurnByModel(given, turn, mirror), rig.PullWhole()), "")
           << text << " of " << w << " by " << h;
     }
+  }
+}
+
+// Where a bright spot comes to lie, from the middle of the result, weighted by brightness.
+std::array<double, 2> SpotOf(const Picture& picture) {
+  double sum = 0, sumX = 0, sumY = 0;
+  for (int y = 0; y < picture.height; ++y) {
+    for (int x = 0; x < picture.width; ++x) {
+      const double bright = picture.Colour(x, y)[0];
+      sum += bright;
+      sumX += bright * (x - (picture.width - 1) / 2.0);
+      sumY += bright * (y - (picture.height - 1) / 2.0);
+    }
+  }
+  return {sumX / sum, sumY / sum};
+}
+
+// Turned around the middle, whatever the angle, by the plain formula of a rotation.
+TEST(Rotation, TurnsAroundTheMiddle) {
+  Picture picture = Uniform(61, 41, 0, 0, 0);
+  for (int i = 0; i < 25; ++i) std::fill_n(picture.Colour(48 + i % 5, 6 + i / 5), 3, BYTE{255});
+  const auto before = SpotOf(picture);
+  for (int angle = -180; angle <= 360; angle += 15) {
+    RotationRig rig(picture, "Angle=" + std::to_string(angle));
+    const double radians = angle * 3.14159265358979 / 180;
+    const double cosine = std::cos(radians), sine = std::sin(radians);
+    const auto after = SpotOf(rig.PullWhole());
+    EXPECT_NEAR(after[0], before[0] * cosine - before[1] * sine, 1.6) << angle;
+    EXPECT_NEAR(after[1], before[0] * sine + before[1] * cosine, 1.6) << angle;
   }
 }
 

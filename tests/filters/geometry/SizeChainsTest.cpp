@@ -100,6 +100,22 @@ TEST(SizeChains, SizesTravelBothWays) {
   }
 }
 
+TEST(SizeChains, NoSideVanishes) {
+  Rig rig(Picture(600, 1), MakeAll({{"Scale", "MaximumHorizontalSize=10"}}));
+  rig.Prepare();
+  EXPECT_EQ(Size(rig.destination->width, rig.destination->height), Size(10, 1));
+}
+
+// What is active says how often the picture is really turned.
+TEST(SizeChains, FullTurnsAreNone) {
+  for (const auto& [turn, active] : {std::pair(0, 0), {1, 1}, {2, 2}, {3, 3}, {4, 0}}) {
+    Rig rig(Picture(40, 30), MakeAll({{"PrintScale", "PrintTurn=" + std::to_string(turn)}}));
+    rig.Prepare();
+    EXPECT_EQ(ActiveText(rig.Filter()),
+              "PrintWidth=100, PrintHeight=100, PrintTurn=" + std::to_string(active));
+  }
+}
+
 // Where no filter needs the whole picture, a part of the result takes that part of the source.
 TEST(SizeChains, CropsAskForTheRowsThatAreWanted) {
   Rig rig(Picture(40, 60), MakeAll({{"Invert", "Inversity=100"},
