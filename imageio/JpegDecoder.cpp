@@ -14,6 +14,7 @@
 #include "imageio/Decoder.h"
 #include "imageio/Exif.h"
 #include "imageio/ExtendedXmp.h"
+#include "imageio/InkProfile.h"
 #include "imageio/Iptc.h"
 
 namespace imageio {
@@ -275,6 +276,9 @@ class JpegDecoder final : public Decoder {
     JpegStream stream(*source);
     SetSize(stream.Width(), stream.Height());
     head.metadata = stream.ReadMetadata();
+    if (stream.IsCmyk()) {
+      profile = InkProfile::Take(head.metadata, {.isInverted = stream.InksAreInverted()});
+    }
     head.orientation = ExifOrientation(head.metadata.exif);
   }
 
@@ -299,7 +303,11 @@ class JpegDecoder final : public Decoder {
     for (int y = 0; y < size.height; ++y) {
       const RowBuffer row = sink.Begin(y);
       stream.ReadRow(inks.empty() ? row.colour : inks.data());
-      if (!inks.empty()) StoreInks(inks.data(), stream.InksAreInverted(), size.width, row.colour);
+      if (profile) {
+        profile->Convert(inks.data(), row.colour, size.width);
+      } else if (!inks.empty()) {
+        StoreInks(inks.data(), stream.InksAreInverted(), size.width, row.colour);
+      }
       if (!sink.End(y)) return false;
     }
     return true;
@@ -316,6 +324,7 @@ class JpegDecoder final : public Decoder {
 
   Source* source;
   int eighths = 8;
+  std::unique_ptr<InkProfile> profile;  // of inks
 };
 
 }  // namespace

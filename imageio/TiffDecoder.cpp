@@ -9,6 +9,7 @@
 #include "base/Rows.h"
 #include "imageio/Decoder.h"
 #include "imageio/Exif.h"
+#include "imageio/InkProfile.h"
 #include "imageio/Iptc.h"
 #include "imageio/TiffHandle.h"
 
@@ -278,6 +279,9 @@ class TiffDecoder final : public Decoder {
     head.hasMask = layout ? layout->hasAlpha : ConversionOf(handle).alpha != 0;
     if (layout && layout->kind == SampleLayout::Kind::Palette) ReadPalette(handle);
     ReadMetadata(tiff);
+    if (layout && layout->kind == SampleLayout::Kind::Inks) {
+      profile = InkProfile::Take(head.metadata, {.others = layout->Used() - layout->colours});
+    }
     NoteLosses(tiff);
   }
 
@@ -312,11 +316,13 @@ class TiffDecoder final : public Decoder {
   }
   bool DecodeSamples(RowSink& sink);
   void StoreRow(BYTE* samples, const RowBuffer& row) const;
+  void StoreColour(const BYTE* samples, BYTE* colour) const;
   bool Convert(RowSink& sink);
 
   Source* source;
   std::optional<SampleLayout> layout;
-  std::vector<BYTE> palette;  // red, green, blue
+  std::vector<BYTE> palette;            // red, green, blue
+  std::unique_ptr<InkProfile> profile;  // of inks
 };
 
 void TiffDecoder::Begin(const TiffHandle& handle, Conversion& conversion) {
@@ -426,19 +432,26 @@ void TiffDecoder::StoreRow(BYTE* samples, const RowBuffer& row) const {
     StoreSamples(samples, width, used, used, row);
     return;
   }
+  if (profile) profile->Convert(samples, row.colour, width);
   BYTE* colour = row.colour;
   for (int x = 0; x < width; ++x, samples += used, colour += base::kBytesPerPixel) {
-    BYTE rgb[3];
-    for (int c = 0; c < 3; ++c) {
-      rgb[c] = layout->kind == Kind::InvertedGrey ? static_cast<BYTE>(255 - samples[0])
-               : layout->kind == Kind::Inks ? MultiplyBytes(255 - samples[c], 255 - samples[3])
-                                            : palette[static_cast<std::size_t>(3 * samples[0] + c)];
-    }
-    colour[base::kRed] = rgb[0];
-    colour[base::kGreen] = rgb[1];
-    colour[base::kBlue] = rgb[2];
+    if (!profile) StoreColour(samples, colour);
     if (row.mask != nullptr) row.mask[x] = static_cast<BYTE>(255 - samples[layout->colours]);
   }
+}
+
+// Of a pixel of indices, inks or inverted greys.
+void TiffDecoder::StoreColour(const BYTE* samples, BYTE* colour) const {
+  using Kind = SampleLayout::Kind;
+  BYTE rgb[3];
+  for (int c = 0; c < 3; ++c) {
+    rgb[c] = layout->kind == Kind::InvertedGrey ? static_cast<BYTE>(255 - samples[0])
+             : layout->kind == Kind::Inks       ? MultiplyBytes(255 - samples[c], 255 - samples[3])
+                                          : palette[static_cast<std::size_t>(3 * samples[0] + c)];
+  }
+  colour[base::kRed] = rgb[0];
+  colour[base::kGreen] = rgb[1];
+  colour[base::kBlue] = rgb[2];
 }
 
 bool TiffDecoder::Convert(RowSink& sink) {

@@ -55,7 +55,7 @@ cp "$from"/sample/* "$files/sample/"
 x86_64-w64-mingw32-gcc-posix -O2 -Icomponent "$from/sample/sample.c" -o "$files/sample/sample.exe" -lole32
 cp "$files/Fxbox4.dll" "$files/Fxbox4.manifest" "$files/sample/"
 
-for package in zlib1g libjpeg62-turbo libpng16-16 libtiff6 libfreetype6 libharfbuzz0b libfribidi0; do
+for package in zlib1g libjpeg62-turbo libpng16-16 libtiff6 liblcms2-2 libfreetype6 libharfbuzz0b libfribidi0; do
   if [ -f "/usr/share/doc/$package/copyright" ]; then
     cp "/usr/share/doc/$package/copyright" "$files/licences/$package.txt"
   fi

@@ -15,7 +15,8 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
 native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev libbenchmark-dev
-  libcli11-dev nlohmann-json3-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libgsf-1-dev
+  libcli11-dev nlohmann-json3-dev zlib1g-dev libjpeg62-turbo-dev libpng-dev libtiff-dev liblcms2-dev
+  libgsf-1-dev
   libfreetype-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev fonts-dejavu-core libgtk-4-dev
   libwebp-dev libjxl-dev libavif-dev libheif-dev libraw-dev)
 tests=(clang clang-format libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
@@ -27,7 +28,7 @@ soak=(python3-distributed)
 # Windows, so that a file decodes, and a text is drawn, to the same bytes on both systems.
 windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   cmake ninja-build googletest libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpng-dev libtiff-dev
-  libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
+  liblcms2-dev libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
   clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xdotool)
 # What only packages need, beside all that builds.
 package=(debhelper dh-python lintian nsis mingw-w64-tools libwine-dev llvm-14 zip unzip mmdebstrap)

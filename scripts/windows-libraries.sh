@@ -1,9 +1,9 @@
 #!/bin/bash
 # Builds the picture and text libraries for Windows, once, into the user's cache; --where tells the folder.
 #
-# They are Debian's own sources of libjpeg-turbo, libpng, libtiff, FreeType, HarfBuzz and FriBidi, with
-# Debian's patches, of the versions that are installed for this system, so that a file decodes, and a
-# text is drawn, to the same bytes on both.
+# They are Debian's own sources of libjpeg-turbo, libpng, libtiff, Little CMS, FreeType, HarfBuzz and
+# FriBidi, with Debian's patches, of the versions that are installed for this system, so that a file
+# decodes, and a text is drawn, to the same bytes on both.
 # zlib comes from its cross package. TIFF files compressed with LZMA, Zstandard, WebP, JBIG or LERC
 # are the one difference: Debian has no cross packages of those libraries, so Windows reads none.
 set -euo pipefail
@@ -14,7 +14,7 @@ crossRoot=/usr/x86_64-w64-mingw32
 
 sourcePackages() {
   dpkg-query -W -f '${source:Package}=${source:Version}\n' libjpeg62-turbo-dev libpng-dev libtiff-dev \
-    libfreetype-dev libharfbuzz-dev libfribidi-dev 2>/dev/null ||
+    liblcms2-dev libfreetype-dev libharfbuzz-dev libfribidi-dev 2>/dev/null ||
     die "the native picture and text libraries are missing: run scripts/setup.sh windows"
 }
 
@@ -96,6 +96,17 @@ run() {
   }
 }
 
+buildLcms() {
+  say "  building lcms2"
+  local source
+  for source in "$work"/lcms2/src/cms*.c; do
+    run lcms2 x86_64-w64-mingw32-gcc-posix -O2 -DNDEBUG -ffp-contract=off "-I$work/lcms2/include" \
+      -c "$source" -o "$work/lcms2-$(basename "$source" .c).o"
+  done
+  x86_64-w64-mingw32-ar rcs "$prefix/lib/liblcms2.a" "$work"/lcms2-*.o
+  cp "$work"/lcms2/include/lcms2*.h "$prefix/include/"
+}
+
 # HarfBuzz is one file to the compiler. It gets neither GLib nor ICU: its own Unicode tables serve.
 buildHarfbuzz() {
   say "  building harfbuzz"
@@ -153,11 +164,12 @@ buildAll() {
   build freetype -DFT_REQUIRE_ZLIB=ON -DFT_DISABLE_{BZIP2,PNG,HARFBUZZ,BROTLI}=ON
   buildHarfbuzz
   buildFribidi
+  buildLcms
 
   # Package files written by the builds name the folder's passing name; CMake's own modules serve.
   rm -rf "${prefix:?}"/lib/{pkgconfig,cmake,libpng} "${prefix:?}"/{bin,share,man}
   local library
-  for library in libz libjpeg libpng libtiff libfreetype libharfbuzz libfribidi; do
+  for library in libz libjpeg libpng libtiff liblcms2 libfreetype libharfbuzz libfribidi; do
     [ -f "$prefix/lib/$library.a" ] || die "the build left no $library.a"
   done
   local codec

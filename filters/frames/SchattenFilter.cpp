@@ -147,7 +147,9 @@ kernels::MaskPlane CSchattenFilter::ShadowMask() const {
 }
 
 bool CSchattenFilter::AddRelief() {
-  const int passes = 15 + std::max(drawn.lightIntensity, 50) - 50;
+  // Each costs a walk over the picture: a light far beyond 100 percent gets no more of them.
+  constexpr int kMostPasses = 1000;
+  const int passes = std::min(std::max(drawn.lightIntensity, 50) - 50 + 15, kMostPasses);
   if (!Pull(*inputPicture, layout.left, layout.top) ||
       !kernels::SmoothMask(ShadowMask(), passes, abort) ||
       !kernels::EmbossMask(ShadowMask(), layout.relief, abort)) {

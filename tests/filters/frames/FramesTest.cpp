@@ -115,6 +115,19 @@ TEST(Passpartout, PaintsTheMat) {
             "200/0 200/0 200/0 200/0 200/0 200/0 ");
 }
 
+// Nor is a light smoothed for ever, or wraps round.
+TEST(Shadow, LightBeyondAllMeasure) {
+  const auto lit = [](const std::string& intensity) {
+    Rig rig(Noise(40, 30, Masks::Edges, 1), ClassOf("ZNFilter.Shadow.1"));
+    rig.Filter().SetParameter(("ShadowDensity=0,LightIntensity=" + intensity).c_str(), 1);
+    return rig.PullWhole();
+  };
+  const Picture brightest = lit("2147483647");
+  EXPECT_EQ(Difference(lit("2147483600"), brightest), "");
+  EXPECT_NE(Difference(lit("100"), brightest), "");
+  EXPECT_EQ(Difference(lit("-2147483648"), lit("-2147483647")), "");
+}
+
 // A blur that no shadow of this picture shows is not computed for ever.
 TEST(Shadow, BlurEndsWhereThePictureDoes) {
   const auto shadow = [](const std::string& blur) {
