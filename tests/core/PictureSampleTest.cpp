@@ -29,6 +29,20 @@ std::vector<BYTE> Taken(const PictureSample& sample, int most = 1 << 14) {
   return pixels;
 }
 
+// The pixels in the middles of at most 128 x 128 equal parts.
+std::vector<BYTE> AtMiddles(const Picture& picture) {
+  const int across = std::min(picture.width, 128), down = std::min(picture.height, 128);
+  std::vector<BYTE> pixels;
+  for (int y = 0; y < down; ++y) {
+    for (int x = 0; x < across; ++x) {
+      const BYTE* const pixel = picture.Colour((2 * x + 1) * picture.width / (2 * across),
+                                               (2 * y + 1) * picture.height / (2 * down));
+      pixels.insert(pixels.end(), pixel, pixel + 3);
+    }
+  }
+  return pixels;
+}
+
 TEST(PictureSample, PartsOfAPictureGiveWhatTheWholeGives) {
   for (const auto& [width, height] : {std::pair{7, 5}, {128, 128}, {129, 300}, {1000, 33}}) {
     const Picture picture =
@@ -39,6 +53,7 @@ TEST(PictureSample, PartsOfAPictureGiveWhatTheWholeGives) {
     const auto expected = Taken(whole);
     EXPECT_EQ(expected.size(),
               3u * static_cast<std::size_t>(std::min(width, 128) * std::min(height, 128)));
+    EXPECT_EQ(expected, AtMiddles(picture));
     const int x = width / 3, y = height / 2;
     for (const int turn : {0, 1}) {
       parts.Begin(width, height);
