@@ -102,39 +102,151 @@ void Store(ColourSums& to, __m128i sums) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(&to), sums);
 }
 
+// --- windows of up to eight taps, which most are
+
+constexpr int kBlocks = 2;
+constexpr int kNarrow = kBlocks * kTaps;
+constexpr int kKeptRows = 16;
+
+struct Window {
+  std::size_t place = 0;  // of the weights
+  int taps = 0;           // none: not filled
+  std::uint32_t weight = 0;
+  Bits weights[kKeptRows][kBlocks];  // 32768 less, in pairs
+
+  int Blocks() const { return taps > kTaps ? kBlocks : 1; }
+};
+
+// The windows met last: windows with the same weights come again and again.
+class Windows {
+ public:
+  Windows(const ReductionRows& rows, int width)
+      : rows_(rows), lastFirst_(rows.count <= kKeptRows ? width - kNarrow - 2 : -1) {}
+
+  // Null for what is too wide, or too near to the row's end for whole blocks.
+  const Window* Of(const ReductionRun& run) {
+    if (run.first > lastFirst_ || run.taps > kNarrow || run.taps < 1) return nullptr;
+    Window& window = windows_[run.weights / kWeightBlock % kSlots];
+    if (window.place != run.weights || window.taps != run.taps) Fill(window, run);
+    return &window;
+  }
+
+ private:
+  static constexpr int kSlots = 16;
+
+  void Fill(Window& window, const ReductionRun& run) const {
+    window.place = run.weights;
+    window.taps = run.taps;
+    const Bits half = _mm256_set1_epi16(-32768);
+    Bits sum = _mm256_setzero_si256();
+    const std::uint16_t* row = rows_.weights + run.weights;
+    for (int y = 0; y < rows_.count; ++y, row += rows_.weightStride) {
+      for (int block = 0; block < window.Blocks(); ++block) {
+        const Bits less = _mm256_xor_si256(PairsOfWeights(row + kTaps * block), half);
+        window.weights[y][block] = less;
+        sum = _mm256_add_epi32(sum, _mm256_madd_epi16(less, _mm256_set1_epi16(1)));
+      }
+    }
+    const __m128i both =
+        _mm_add_epi32(_mm256_castsi256_si128(sum), _mm256_extracti128_si256(sum, 1));
+    const int taken = 32768 * kTaps * window.Blocks() * rows_.count;
+    window.weight = static_cast<std::uint32_t>(_mm_cvtsi128_si32(both) + taken);
+  }
+
+  const ReductionRows& rows_;
+  const int lastFirst_;
+  Window windows_[kSlots];
+};
+
+template <int kWindowBlocks>
+__m128i SumBlocks(const Window& window, int first, const ReductionRows& rows) {
+  const Bits pairs =
+      _mm256_setr_epi8(0, kNo, 3, kNo, 1, kNo, 4, kNo, 2, kNo, 5, kNo, kNo, kNo, kNo, kNo, 6, kNo,
+                       9, kNo, 7, kNo, 10, kNo, 8, kNo, 11, kNo, kNo, kNo, kNo, kNo);
+  Bits products = _mm256_setzero_si256();
+  Bits numbers = products;
+  for (int y = 0; y < rows.count; ++y) {
+    const std::uint8_t* const colour = rows.colour[y] + 3 * static_cast<std::ptrdiff_t>(first);
+    for (int block = 0; block < kWindowBlocks; ++block) {
+      const Bits channels = _mm256_shuffle_epi8(Twice(colour + 3 * kTaps * block), pairs);
+      products = _mm256_add_epi32(products, _mm256_madd_epi16(window.weights[y][block], channels));
+      numbers = _mm256_add_epi16(numbers, channels);
+    }
+  }
+  const Bits sums =
+      _mm256_sub_epi32(products, _mm256_madd_epi16(numbers, _mm256_set1_epi16(-32768)));
+  const __m128i both =
+      _mm_add_epi32(_mm256_castsi256_si128(sums), _mm256_extracti128_si256(sums, 1));
+  return _mm_insert_epi32(both, static_cast<int>(window.weight), 3);
+}
+
+__m128i SumWindow(const Window& window, int first, const ReductionRows& rows) {
+  return window.Blocks() == 1 ? SumBlocks<1>(window, first, rows)
+                              : SumBlocks<kBlocks>(window, first, rows);
+}
+
+// Whether all mask bytes under a run are the same, as they mostly are.
+bool HasOneMask(const ReductionRun& run, const ReductionRows& rows) {
+  const auto eightAt = [&run](const std::uint8_t* row) {
+    std::uint64_t eight;
+    __builtin_memcpy(&eight, row + run.first, sizeof eight);
+    return eight;
+  };
+  const std::uint64_t one = rows.mask[0][run.first] * 0x0101010101010101u;
+  std::uint64_t other = 0;
+  for (int y = 0; y < rows.count; ++y) other |= eightAt(rows.mask[y]) ^ one;
+  return other << (64 - 8 * run.taps) == 0;
+}
+
+// --- rows
+
 void SumColoursAvx2(const ReductionRun* runs, int count, int width, const ReductionRows& rows,
                     ColourSums* sums) {
+  Windows windows(rows, width);
   for (int i = 0; i < count; ++i) {
-    if (!HasRoom(runs[i], width)) {
+    if (const Window* const window = windows.Of(runs[i])) {
+      Store(sums[i], SumWindow(*window, runs[i].first, rows));
+    } else if (HasRoom(runs[i], width)) {
+      Sums sum;
+      ForBlocks(runs[i], rows, false,
+                [&sum](Bits weights, const std::uint8_t* colour, const std::uint8_t*) {
+                  sum.Add(weights, PairsOfChannels(colour));
+                });
+      Store(sums[i], sum.Total());
+    } else {
       SumColoursLoop(runs + i, 1, width, rows, sums + i);
-      continue;
     }
-    Sums sum;
-    ForBlocks(runs[i], rows, false,
-              [&sum](Bits weights, const std::uint8_t* colour, const std::uint8_t*) {
-                sum.Add(weights, PairsOfChannels(colour));
-              });
-    Store(sums[i], sum.Total());
   }
+}
+
+void SumMasks(const ReductionRun& run, const ReductionRows& rows, ColourSums& to,
+              std::uint32_t& opacityTo) {
+  Sums sum;
+  Sums opacity;
+  ForBlocks(run, rows, true,
+            [&](Bits weights, const std::uint8_t* colour, const std::uint8_t* mask) {
+              const Masks masks(mask);
+              sum.Add(weights, _mm256_andnot_si256(masks.Nothing(), PairsOfChannels(colour)));
+              opacity.Add(weights, masks.Opacities());
+            });
+  Store(to, sum.Total());
+  opacityTo = static_cast<std::uint32_t>(_mm_cvtsi128_si32(opacity.Total()));
 }
 
 void SumMaskedAvx2(const ReductionRun* runs, int count, int width, const ReductionRows& rows,
                    ColourSums* sums, std::uint32_t* opacities) {
+  Windows windows(rows, width);
   for (int i = 0; i < count; ++i) {
-    if (!HasRoom(runs[i], width)) {
+    const Window* const window = rows.count > 0 ? windows.Of(runs[i]) : nullptr;
+    if (window && HasOneMask(runs[i], rows)) {
+      const std::uint32_t opacity = 255u - rows.mask[0][runs[i].first];
+      Store(sums[i], opacity == 0 ? _mm_setzero_si128() : SumWindow(*window, runs[i].first, rows));
+      opacities[i] = opacity * window->weight;
+    } else if (HasRoom(runs[i], width)) {
+      SumMasks(runs[i], rows, sums[i], opacities[i]);
+    } else {
       SumMaskedLoop(runs + i, 1, width, rows, sums + i, opacities + i);
-      continue;
     }
-    Sums sum;
-    Sums opacity;
-    ForBlocks(runs[i], rows, true,
-              [&](Bits weights, const std::uint8_t* colour, const std::uint8_t* mask) {
-                const Masks masks(mask);
-                sum.Add(weights, _mm256_andnot_si256(masks.Nothing(), PairsOfChannels(colour)));
-                opacity.Add(weights, masks.Opacities());
-              });
-    Store(sums[i], sum.Total());
-    opacities[i] = static_cast<std::uint32_t>(_mm_cvtsi128_si32(opacity.Total()));
   }
 }
 
