@@ -46,8 +46,8 @@ constexpr char kExamples[] = R"(Examples:
   fxbox apply -f old-print.chain --fit 800 -o preview.png photo.jpg
       a preview that looks like the full picture will: filters that measure the whole picture
       (ZNFilter.Tonwert.1, ZNFilter.AdoptColor.1) use what they measure on the full one
-  fxbox apply --text 'Summer in the hills (2026)' -o card.jpg photo.jpg
-      any text in the picture; -c 'ZNFilter.Text.1(Size=040,PosY=080)' says where and how large
+  fxbox apply -c 'ZNFilter.Text.1(Size=040,PosY=080)' --text 'Summer (2026)' -o card.jpg photo.jpg
+      any text; without -c in the middle of the picture
   fxbox apply -c 'ZNFilter.Invert.1(Inversity=100)' --rect 0,0,100,50 -o part.png photo.jpg
       the 100 by 50 pixels at the lower left of the result
   fxbox apply -f old-print.chain --format png - <photo.jpg >photo.png

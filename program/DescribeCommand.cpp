@@ -22,9 +22,9 @@ constexpr char kExamples[] = R"(Example:
   fxbox describe ZNFilter.Sepia.1)";
 
 constexpr char kTextHint[] =
-    "  A text is percent-encoded UTF-8: fxbox apply --text 'any text' sets Text, fxbox text-key "
-    "writes\n"
-    "  all of them, fxbox fonts lists the families\n";
+    R"(  A text is percent-encoded UTF-8: fxbox apply --text "any text" sets Text, fxbox text-key writes
+  all of them, fxbox fonts lists the families
+)";
 
 bool IsText(const KeyFacts& key) {
   return key.kind == "text";
