@@ -5,6 +5,7 @@
 and equal to that of a single run. Runs in `make soak` alone (FXBOX_SOAK), where Dask is installed.
 """
 import filecmp
+import json
 import os
 import random
 import signal
@@ -12,7 +13,10 @@ import subprocess
 import sys
 import tempfile
 
+import jsonschema
+
 PICTURES = 2000
+SCHEMA = os.path.dirname(__file__) + "/../../resources/schemas/apply-line-1.json"
 SKIPPED = 77
 
 
@@ -34,10 +38,13 @@ def run_cluster(recipe, folder, out, program):
                                   dashboard_address=None, silence_logs=50, local_directory=folder)
     names = sorted(entry.path for entry in os.scandir(f"{folder}/in"))
     outputs = []
+    with open(SCHEMA, encoding="utf-8") as file:
+        form = jsonschema.Draft202012Validator(json.load(file))
     with cluster, recipe.Client(cluster) as client:
         for report in recipe.run(client, names, f"{folder}/chain", out, program):
             outputs.append(report["output"])
             assert report["status"] in ("done", "skipped"), report
+            form.validate(report)
             if len(outputs) == PICTURES // 4:
                 kill_a_worker(client)
     return outputs
