@@ -8,7 +8,12 @@ namespace {
 void MapBytesAvx2(std::uint8_t* to, const std::uint8_t* from, std::size_t count,
                   const ByteTable& table) {
   const ByteLookup map(table);
-  for (; count >= 32; count -= 32, to += 32, from += 32) Store(to, map(Load<Bytes>(from)));
+  for (; count >= kBlockBytes; count -= kBlockBytes, to += kBlockBytes, from += kBlockBytes) {
+    Prefetch(from);
+    Prefetch(to);
+    const Block block = LoadBlock(from);
+    StoreBlock(to, {map(block.part0), map(block.part1), map(block.part2)});
+  }
   MapBytes(to, from, count, table);
 }
 
@@ -18,6 +23,8 @@ void MapChannelsAvx2(std::uint8_t* to, const std::uint8_t* from, int width,
   const ByteLookup green(tables.green);
   const ByteLookup red(tables.red);
   for (; width >= kPixels; width -= kPixels, to += kBlockBytes, from += kBlockBytes) {
+    Prefetch(from);
+    Prefetch(to);
     const Planes planes = Split(LoadBlock(from));
     StoreBlock(to, Join({blue(planes.blue), green(planes.green), red(planes.red)}));
   }

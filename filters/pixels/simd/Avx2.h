@@ -351,6 +351,8 @@ class ByteLookup {
     for (int i = 1; i < 8; ++i) {
       low = _mm256_subs_epi8(low, step);
       found = _mm256_xor_si256(found, _mm256_shuffle_epi8(parts[i], low));
+      // Step by step: GCC would look up all parts first and run out of registers.
+      asm("" : "+x"(found), "+x"(low));
     }
     return (Bytes)found;
   }
