@@ -11,11 +11,11 @@
 namespace kernels {
 
 // What becomes of the pixels of a hue.
-struct BalanceEntry {
-  std::int8_t shifts[3] = {};  // added to blue, green and red, -127..127
-  bool recolours = false;      // the two that follow count
+struct alignas(32) BalanceEntry {
   double lightness = 0;        // added
   double saturation = 1;       // factor, finite
+  std::int8_t shifts[3] = {};  // added to blue, green and red, -127..127
+  bool recolours = false;      // lightness and saturation count
 };
 
 // One entry for each whole degree of hue, as in HlsKernels.h, and one for greys.

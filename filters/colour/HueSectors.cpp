@@ -76,10 +76,10 @@ BalanceEntry EntryOf(const BalanceSettings& settings, const ValueOf& valueOf) {
   };
   const int lightness = LimitPercent(valueOf(settings.lightness));
   const int saturation = LimitPercent(valueOf(settings.saturation));
-  return {{shift(settings.blue), shift(settings.green), shift(settings.red)},
-          lightness != 0 || saturation != 0,
-          lightness / 100.0,
-          FactorOf(saturation)};
+  return {lightness / 100.0,
+          FactorOf(saturation),
+          {shift(settings.blue), shift(settings.green), shift(settings.red)},
+          lightness != 0 || saturation != 0};
 }
 
 }  // namespace

@@ -131,24 +131,43 @@ constexpr double kAboveZero = 1.0 / 1024;  // and below the divisors of all pixe
   const auto sum = high + low;
   const auto span = high - low;
   return {HueOf(ordered, span, i), sum * 0.5,
-          span / Max(Min(sum, 2.0 - sum), All<Doubles>(kAboveZero))};
+          Quotient(span, Max(Min(sum, 2.0 - sum), All<Doubles>(kAboveZero)))};
 }
 
-[[gnu::always_inline]] inline void FromHls(const Hls<Doubles>& colour, Drawn& drawn, int i) {
+// The numbers of a block, a vector of pixels after the other, that become bytes together.
+constexpr int kVectorsOfBlock = kPixels / kLanes<Doubles>;
+struct DrawnNumbers {
+  Doubles high[kVectorsOfBlock], between[kVectorsOfBlock], low[kVectorsOfBlock],
+      turn[kVectorsOfBlock];
+};
+
+[[gnu::always_inline]] inline void FromHls(const Hls<Doubles>& colour, DrawnNumbers& drawn, int v) {
   const auto& [hue, lightness, saturation] = colour;
   const auto coloured = lightness <= 0.5 ? lightness * (1.0 - saturation)
                                          : lightness - saturation * (1.0 - lightness);
   // A grey has no span, and all of its channels are the lightness.
   const auto low = saturation <= 0.000001 ? lightness : coloured;
-  const auto high = 2.0 * lightness - low;
+  const auto high = MultiplyAdd(lightness, All<Doubles>(2), -low);
   const auto turn = hue / kBy60;
   // How far the turn is from where two channels are equal: exact.
-  const auto way = Magnitude(turn - 2.0 * Nearest(turn * 0.5));
-  const auto between = low + (high - low) * way;
-  StoreTruncated(drawn.high.at + i, high * 255.0);
-  StoreTruncated(drawn.between.at + i, between * 255.0);
-  StoreTruncated(drawn.low.at + i, low * 255.0);
-  StoreTruncated(drawn.sextant.at + i, turn);
+  const auto way = Magnitude(MultiplyAdd(Nearest(turn * 0.5), All<Doubles>(-2), turn));
+  drawn.high[v] = high;
+  drawn.between[v] = low + (high - low) * way;
+  drawn.low[v] = low;
+  drawn.turn[v] = turn;
+}
+
+[[gnu::always_inline]] inline void ToBytes(const DrawnNumbers& numbers, Drawn& drawn) {
+  const auto bytes =
+      [](const Doubles(&shares)[kVectorsOfBlock], double scale) __attribute__((always_inline)) {
+    return BytesOf([&](int i) __attribute__((always_inline)) {
+      return shares[i / kLanes<Doubles>] * scale;
+    });
+  };
+  drawn.high.Set(bytes(numbers.high, 255));
+  drawn.between.Set(bytes(numbers.between, 255));
+  drawn.low.Set(bytes(numbers.low, 255));
+  drawn.sextant.Set(bytes(numbers.turn, 1));
 }
 
 template <class Change>
@@ -160,14 +179,14 @@ inline void ChangeColours(std::uint8_t* colour, int width, const Change& change)
         Order(channels, ordered);
         // Step by step over the block: a processor then has many short chains of operations at hand
         // in place of a few long ones.
-        Hls<Doubles> colours[kPixels / kLanes<Doubles>];
-        for (int i = 0; i < kPixels; i += kLanes<Doubles>) {
-          colours[i / kLanes<Doubles>] = ToHls(ordered, i);
+        Hls<Doubles> colours[kVectorsOfBlock];
+        DrawnNumbers numbers;
+        for (int v = 0; v < kVectorsOfBlock; ++v) {
+          colours[v] = ToHls(ordered, v * kLanes<Doubles>);
         }
         for (Hls<Doubles>& each : colours) change(each);
-        for (int i = 0; i < kPixels; i += kLanes<Doubles>) {
-          FromHls(colours[i / kLanes<Doubles>], drawn, i);
-        }
+        for (int v = 0; v < kVectorsOfBlock; ++v) FromHls(colours[v], numbers, v);
+        ToBytes(numbers, drawn);
         if constexpr (Change::kKeepsGrey) KeepGrey(ordered, drawn);
         Arrange(drawn, channels);
       });

@@ -62,7 +62,7 @@ inline void ReplaceLuminanceLoop(std::uint8_t* colour, int width, const ByteTabl
 // Multiplies each level by its factor, rounds and limits to 255.
 [[gnu::always_inline]] inline Bytes Scaled(const Plane& levels, const double* factors) {
   return BytesOf([&](int i) __attribute__((always_inline)) {
-    return LoadDoubles(levels.at + i) * Load<Doubles>(factors + i) + 0.5;
+    return Min(LoadDoubles(levels.at + i) * Load<Doubles>(factors + i) + 0.5, All<Doubles>(255));
   });
 }
 

@@ -99,9 +99,15 @@ TEST_P(HlsKernelLevels, KeepInsideTheRow) {
 }
 
 // Every grey and every 43rd of all other colours, which are enough to meet all sectors, limits and
-// ties; a fused or reordered operation shows in thousands of them.
+// ties; a fused or reordered operation shows in thousands of them. Also every pair of a largest and
+// a smallest channel, which all saturations come from.
 TEST_P(HlsKernelLevels, Colours) {
   Row row;
+  for (int pair = 0; pair < 1 << 16; ++pair) {
+    const auto first = static_cast<std::uint8_t>(pair),
+               second = static_cast<std::uint8_t>(pair >> 8);
+    row.insert(row.end(), {first, second, first});
+  }
   for (int i = 0; i < 1 << 24; i += i < 256 ? 1 : 43) {
     const int colour = i < 256 ? i * 0x010101 : i;
     for (const int shift : {0, 8, 16}) row.push_back(static_cast<std::uint8_t>(colour >> shift));
