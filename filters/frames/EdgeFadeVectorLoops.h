@@ -29,14 +29,9 @@ constexpr float kDoubt = 1.0f / 4096;
   const auto way = Load<Floats>(kind.ways.about + x);
   return AboutAtDepth(1 - Max(way, All<Floats>(kind.across)));
 }
-// Newton's step makes the root exact enough out of its reciprocal.
 [[gnu::always_inline]] inline Floats AboutShares(const ByDistance& kind, int x) {
   const auto way = Load<Floats>(kind.ways.about + x);
-  const Floats square = MultiplyAdd(way, way, All<Floats>(kind.across * kind.across));
-  const Floats reciprocal = AboutReciprocalRoot(square);
-  const Floats distance = square * reciprocal;
-  const Floats off = MultiplyAdd(-distance, reciprocal, All<Floats>(1));
-  return AboutAtDepth(1 - MultiplyAdd(distance * 0.5f, off, distance));
+  return AboutAtDepth(1 - Root(MultiplyAdd(way, way, All<Floats>(kind.across * kind.across))));
 }
 
 template <class Kind>

@@ -109,9 +109,8 @@ template <class Vector>
 [[gnu::always_inline]] inline Floats Magnitude(Floats value) {
   return _mm256_andnot_ps(All<Floats>(-0.0f), value);
 }
-// The reciprocal of the square root; off by less than 2^-11.
-[[gnu::always_inline]] inline Floats AboutReciprocalRoot(Floats value) {
-  return _mm256_rsqrt_ps(value);
+[[gnu::always_inline]] inline Floats Root(Floats value) {
+  return _mm256_sqrt_ps(value);
 }
 [[gnu::always_inline]] inline Floats LoadFloats(const std::uint8_t* bytes) {
   const __m128i eight = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));

@@ -119,8 +119,8 @@ template <int kNumber>
 [[gnu::always_inline]] inline Floats Magnitude(Floats value) {
   return _mm512_abs_ps(value);
 }
-[[gnu::always_inline]] inline Floats AboutReciprocalRoot(Floats value) {
-  return _mm512_maskz_rsqrt14_ps(kAll16, value);
+[[gnu::always_inline]] inline Floats Root(Floats value) {
+  return _mm512_maskz_sqrt_ps(kAll16, value);
 }
 [[gnu::always_inline]] inline Floats LoadFloats(const std::uint8_t* bytes) {
   const __m128i sixteen = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
