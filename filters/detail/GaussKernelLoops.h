@@ -200,8 +200,8 @@ struct LikeNeighbours {
       for (int v = 0; v < kVectors; ++v) {
         const auto a = Load(before, v) - centre[v];
         const auto b = Load(behind, v) - centre[v];
-        const auto takesA = (a <= threshold) & (a >= -threshold);
-        const auto takesB = (b <= threshold) & (b >= -threshold);
+        const auto takesA = IsWithin(a, threshold);
+        const auto takesB = IsWithin(b, threshold);
         mean[v] += ((takesA ? a : none) + (takesB ? b : none)) * weight;
         whole[v] += (takesA ? weight : none) + (takesB ? weight : none);
       }

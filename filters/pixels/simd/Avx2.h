@@ -142,6 +142,10 @@ template <class Vector>
 [[gnu::always_inline]] inline Doubles Magnitude(Doubles value) {
   return _mm256_andnot_pd(All<Doubles>(-0.0), value);
 }
+// Whether it lies in -limit..limit.
+[[gnu::always_inline]] inline auto IsWithin(Doubles value, double limit) {
+  return Magnitude(value) <= limit;
+}
 // Rounded to the nearest: by the divider, or in a way that takes none of its time. That is right
 // for the spans of colours by their lightness, of which all pairs of channels have been tried.
 [[gnu::always_inline]] inline Doubles Quotient(Doubles a, Doubles b) {

@@ -148,6 +148,9 @@ template <int kNumber>
 [[gnu::always_inline]] inline Doubles Magnitude(Doubles value) {
   return _mm512_abs_pd(value);
 }
+[[gnu::always_inline]] inline auto IsWithin(Doubles value, double limit) {
+  return Magnitude(value) <= limit;
+}
 // Two steps bring the reciprocal from 14 bits to nearly all; the remainder that the product leaves,
 // which is exact, then corrects its last place.
 [[gnu::always_inline]] inline Doubles Quotient(Doubles a, Doubles b) {

@@ -14,5 +14,9 @@ template <class Vector>
   return any != 0;
 }
 
+[[gnu::always_inline]] inline auto IsWithin(Doubles value, double limit) {
+  return (value <= limit) & (value >= -limit);
+}
+
 }  // namespace
 }  // namespace kernels
