@@ -144,7 +144,9 @@ class FXBOX_API ZNIRegistry : public virtual IKvObject {
 };
 
 // The settings object. It belongs to one thread; other objects and other processes may work on the
-// same settings at the same time. Nothing is thrown.
+// same settings at the same time. Nothing is thrown. The operations do what ZNIRegistry says of
+// them; what is told below is what this class adds. Texts that go in are read during the call
+// alone, texts that come out are copies.
 class FXBOX_API ZNRegistry : public virtual ZNIRegistry {
  public:
   ZNRegistry() = default;
@@ -163,6 +165,8 @@ class FXBOX_API ZNRegistry : public virtual ZNIRegistry {
   int GetErrorText(int code, char* buffer, int size) override;
   int FlushIniFile() override;
 
+  // --- The registry.
+
   int ReadKey(HKEY hive, const char* name, KvString& out) override;
   int ReadKey(HKEY hive, const char* name, char* buffer, int size) override;
   int WriteKey(HKEY hive, const char* name, const char* value, bool keepExisting) override;
@@ -175,6 +179,8 @@ class FXBOX_API ZNRegistry : public virtual ZNIRegistry {
   int HasIniFilePath(int* out) override;
   // Deletes everything that the product has in the registry, for the machine and for all users.
   int DeleteAll() override;
+
+  // --- The file, for the current user.
 
   int WriteUser(const char* section, const char* key, bool value) override;
   int WriteUser(const char* section, const char* key, double value) override;
@@ -200,6 +206,8 @@ class FXBOX_API ZNRegistry : public virtual ZNIRegistry {
   int ReadUserPath(const char* section, const char* key, KvString& out) override;
   int ReadUserPath(const char* section, const char* key, char* buffer, int size) override;
 
+  // --- The file, for all users.
+
   int Write(const char* section, const char* key, bool value) override;
   int Write(const char* section, const char* key, double value) override;
   int Write(const char* section, const char* key, int value) override;
@@ -222,6 +230,8 @@ class FXBOX_API ZNRegistry : public virtual ZNIRegistry {
                const char* defaultValue) override;
   int ReadPath(const char* section, const char* key, KvString& out) override;
   int ReadPath(const char* section, const char* key, char* buffer, int size) override;
+
+  // --- Beyond the interface.
 
   // Copies the file to its backup; what goes wrong stays unsaid.
   void CreateIniBackup();

@@ -78,24 +78,30 @@ class FXBOX_API kvPicBox {
   kvPicBox(const kvPicBox&) = delete;
   kvPicBox& operator=(const kvPicBox&) = delete;
 
+  // Whether anything went wrong so far, the opening included. There is no way back.
   bool HasFailed() const { return failed; }
   // Of the last loader; 0 when it could decode.
   int LoaderStatus() const { return loaderStatus; }
   // The type of the picture that was loaded last (imageio::PictureType).
   int FoundType() const { return foundType; }
+  // Whether new pictures are plain image files, and whether the box is a folder of such files.
   bool IsNative() const { return native; }
   bool IsExternal() const { return external; }
 
   // --- settings for the next operations
 
+  // How camera raw pictures are to be developed: white balance and brightness, negative for those
+  // of the camera. Kept for decoders; none that comes with the library asks for it.
   void SetRawParameters(bool autoA, bool autoB, double white1, double white2, double white3,
                         double bright1, double bright2, bool flag);
+  // The version of such development, kept likewise.
   void SetRawVersion(int version) { rawVersion = version; }
   // Metadata for the next native save; copied.
   void SetExifData(const void* bytes, std::uint32_t count);
   void SetIptcData(const void* bytes, std::uint32_t count);
   // The format of native saves (imageio::PictureType); one that has no suffix counts as JPEG.
   void SetSaveType(int type) { saveType = type; }
+  // 1 to 100, of native saves and of pictures with encoded bytes.
   void SetJpegQuality(int quality) { jpegQuality = quality; }
 
   // --- finding

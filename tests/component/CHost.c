@@ -10,6 +10,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "tests/support/Check.h"
+
 #ifdef _WIN32
 #include <objbase.h>
 #include <windows.h>
@@ -129,16 +131,6 @@ struct ChainTable {
   HRESULT(CALL* GetChainText)(Chain*, char*, int, const char*, const char*, bool);
   HRESULT(CALL* SetChainTextLocked)(Chain*, const char*, const char*, const char*, Object*);
 };
-
-static int failures = 0;
-
-#define CHECK(condition)                                                     \
-  do {                                                                       \
-    if (!(condition)) {                                                      \
-      fprintf(stderr, "%s:%d: wrong: %s\n", __FILE__, __LINE__, #condition); \
-      ++failures;                                                            \
-    }                                                                        \
-  } while (0)
 
 /* Without it nothing else makes sense. */
 #define NEED(condition)        \

@@ -4,15 +4,7 @@
 #include <stdio.h>
 #include <string.h>
 
-static int failures = 0;
-
-#define CHECK(condition)                                                     \
-  do {                                                                       \
-    if (!(condition)) {                                                      \
-      fprintf(stderr, "%s:%d: wrong: %s\n", __FILE__, __LINE__, #condition); \
-      ++failures;                                                            \
-    }                                                                        \
-  } while (0)
+#include "tests/support/Check.h"
 
 enum { kWidth = 6, kHeight = 5 };
 

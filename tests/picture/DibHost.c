@@ -5,6 +5,7 @@
 #include <string.h>
 
 #include "picture/DibFunctions.h"
+#include "tests/support/Check.h"
 
 #ifdef _WIN32
 #include <windows.h>
@@ -15,16 +16,6 @@ void* GlobalLock(void* block);
 int GlobalUnlock(void* block);
 size_t GlobalSize(void* block);
 #endif
-
-static int failures = 0;
-
-#define CHECK(condition)                                                     \
-  do {                                                                       \
-    if (!(condition)) {                                                      \
-      fprintf(stderr, "%s:%d: wrong: %s\n", __FILE__, __LINE__, #condition); \
-      ++failures;                                                            \
-    }                                                                        \
-  } while (0)
 
 enum { kHead = 40 };
 

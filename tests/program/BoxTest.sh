@@ -8,32 +8,8 @@ case_name=$1
 shift
 prefix="$*"
 
-folder=$(mktemp -d)
-trap 'chmod -R u+w "$folder"; rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
+. "$(dirname "$0")/Outside.sh"
 
-fail() {
-  echo "FAILED: $*" >&2
-  for log in stdout stderr; do
-    [ -s $log ] && head -n 20 $log | sed "s/^/  $log: /" >&2
-  done
-  exit 1
-}
-
-# run STATUS ARGUMENT...: the program must end with this status; its output goes to stdout and stderr.
-run() {
-  expected=$1
-  shift
-  $prefix "$@" >stdout.raw 2>stderr.raw
-  status=$?
-  tr -d '\r' <stdout.raw >stdout
-  tr -d '\r' <stderr.raw >stderr
-  [ $status = "$expected" ] || fail "status $status instead of $expected: $*"
-}
-
-output_is() {
-  [ "$(cat stdout)" = "$1" ] || fail "expected the output: $1"
-}
 error_has() {
   [ "$(wc -l <stderr)" -eq 1 ] || fail "expected one error line"
   grep -qF "$1" stderr || fail "expected an error line with: $1"

@@ -10,32 +10,9 @@ docs=$2
 shift 2
 prefix="$*"
 
-folder=$(mktemp -d)
-trap 'chmod -R u+w "$folder"; rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
+. "$(dirname "$0")/Outside.sh"
 XDG_CONFIG_HOME="$folder/config"
 export XDG_CONFIG_HOME
-
-fail() {
-  echo "FAILED: $*" >&2
-  for log in stdout stderr; do
-    [ -s $log ] && sed "s/^/  $log: /" $log >&2
-  done
-  exit 1
-}
-
-# run STATUS ARGUMENT...: the program must end with this status; its output goes to the files stdout
-# and stderr, without the carriage returns of the other system.
-run() {
-  expected=$1
-  shift
-  $prefix "$@" >stdout.raw 2>stderr.raw
-  status=$?
-  tr -d '\r' <stdout.raw >stdout
-  tr -d '\r' <stderr.raw >stderr
-  rm stdout.raw stderr.raw
-  [ $status = "$expected" ] || fail "status $status instead of $expected: $*"
-}
 
 # error_is LINE: the only line on standard error.
 error_is() {
@@ -46,10 +23,6 @@ error_is() {
 error_starts() {
   [ "$(wc -l <stderr)" -eq 1 ] || fail "expected one error line"
   case "$(cat stderr)" in "$1"*) ;; *) fail "expected an error line that starts: $1" ;; esac
-}
-
-output_is() {
-  [ "$(cat stdout)" = "$1" ] || fail "expected the output: $1"
 }
 
 # file_is FILE FORMAT: the bytes are those that printf makes of FORMAT.

@@ -351,6 +351,12 @@ TEST(PictureBox, GivesStoredBytesWithoutDecoding) {
   EXPECT_EQ(box.box->GetImageFileInfo("b", &wantPicture, &wantMask, &size, buffer.data()), 0u);
   EXPECT_TRUE(wantPicture);
   EXPECT_FALSE(wantMask);
+  EXPECT_FALSE(box.box->HasFailed());
+  // More bytes than there are.
+  Put(box.At(picbox::kPictures), "c", std::string("\x02JPG\0\x08\x01\0\0\0\x7F\0\0\0hello", 19));
+  size = 16;
+  EXPECT_EQ(box.box->GetImageFileInfo("c", &wantPicture, &wantMask, &size, buffer.data()), 0u);
+  EXPECT_TRUE(box.box->HasFailed());
 }
 
 TEST(PictureBox, DeletesPicturesAndNothingElse) {
@@ -420,6 +426,50 @@ TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
       EXPECT_EQ(from.Read("dib"), "picture mask");
       EXPECT_FALSE(from.box->CopyImage("absent", *to.box, "x", true, ext, false));
     }
+  }
+}
+
+// A JPEG file keeps its bytes, one with a mask has to become a file that holds both.
+TEST(PictureBox, CopiesBecomeFilesWithoutLoss) {
+  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
+  Box from, to;
+  Put(from.At(picbox::kPictures), "plain",
+      std::string("\x02JPG\0\x08\x01\0\0\0", 10) + Number(static_cast<std::uint32_t>(jpeg.size())) +
+          jpeg + Packed(Number(0) + Number(0)));
+  from.box->AddFile("masked", Bitmap(16, 16), Mask(16, 16), 0, 0, true, false, false);
+  KvString ext = "JPG";
+  EXPECT_TRUE(from.box->CopyImage("plain", *to.box, "plain", true, ext, true));
+  EXPECT_EQ(to.Read("plain"), "picture");
+  auto found = to.box->OpenPicture(1, "plain");
+  ASSERT_TRUE(found);
+  EXPECT_EQ(Text(to.box->ReadEncoded(*found)), jpeg);
+  for (const auto& [given, type] : {std::pair("JPG", "PNG"), {"TIF", "TIF"}}) {
+    ext = given;
+    EXPECT_TRUE(from.box->CopyImage("masked", *to.box, "masked", true, ext, true));
+    EXPECT_EQ(ext, type);
+    EXPECT_EQ(to.Read("masked"), "picture mask") << type;
+    to.box->Delete("masked");
+  }
+}
+
+TEST(PictureBox, FindsNamesAsTheyAreStored) {
+  Box box;
+  const Bytes picture = Bitmap(2, 2);
+  EXPECT_GT(box.box->AddFile("a*b", picture, {}, 0, 0, false, false, false), 0u);
+  EXPECT_TRUE(box.box->Exists("a*b"));
+  EXPECT_TRUE(box.box->Exists("a_b"));
+  EXPECT_FALSE(box.box->Exists("a-b"));
+}
+
+TEST(PictureBox, TellsTheTypeOfAStreamFromWhereItStands) {
+  Box box;
+  Put(box.At(picbox::kPictures), "a", "12345" + Text(FileOf(Bitmap(16, 16), imageio::kTypePng)));
+  const picbox::StreamPtr stream(box.At(picbox::kPictures).OpenStream("a", OpenModeRead));
+  stream->Seek(5, 0);
+  for (int round = 0; round < 2; ++round) {
+    KvString tag;
+    EXPECT_EQ(box.box->GetType(stream.get(), &tag), imageio::kTypePng);
+    EXPECT_EQ(stream->GetPosition(), 5u);
   }
 }
 

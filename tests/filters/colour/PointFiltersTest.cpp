@@ -125,6 +125,15 @@ TEST(PointFilters, BackgroundCoversTheExtent) {
   }
 }
 
+TEST(PointFilters, BackgroundRefusesWhatNoPictureHolds) {
+  Rig rig(Noise(13, 9, Masks::Noise, 2), ClassOf("ZNFilter.ImgBg.1"));
+  rig.source->extentWidth = rig.source->extentHeight = 1 << 30;
+  rig.Prepare();
+  GuardedRows rows(2, 2);
+  EXPECT_NE(rig.Pull(rows, {0, 0, 0, 0, 2, 2}), S_OK);
+  EXPECT_TRUE(rig.source->requests.empty());
+}
+
 // What one object measured colours the same way in another, without a measurement.
 TEST(PointFilters, AdoptColourRepeatsAMeasurement) {
   const Picture preview = Noise(30, 20, Masks::Noise, 11);

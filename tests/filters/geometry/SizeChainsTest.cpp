@@ -129,6 +129,18 @@ TEST(SizeChains, CropsAskForTheRowsThatAreWanted) {
   EXPECT_EQ(rig.source->requests, std::vector({RowRequest{1, 2, 13, 34, 5, 6}}));
 }
 
+// Filters that keep a picture of their own when there is work, and have none.
+TEST(SizeChains, WhatHasNoWorkAsksAsItIsAsked) {
+  for (const Link& idle : {Link{"Rotate", "Angle=0"}, Link{"Rotate", "Angle=0,MirrorOn=0"}}) {
+    const Picture given = Noise(40, 60, Masks::Noise, 1);
+    Rig rig(given, MakeAll({idle}));
+    rig.Prepare();
+    const RowRequest request{1, 2, 3, 4, 5, 6};
+    EXPECT_EQ(Difference(PartOf(given, request), rig.PullPart(request)), "");
+    EXPECT_EQ(rig.source->requests, std::vector({request}));
+  }
+}
+
 // Whatever a request reaches over, and when the picture has become smaller since: the source is
 // asked for pixels that it has, and the rows are those of its part of the request.
 TEST(SizeChains, CropsAskForPixelsThatExist) {

@@ -1,0 +1,30 @@
+# What tests that run the program from outside share. Read by them after $prefix, the program with
+# what runs it ahead of it. All work lies in a fresh folder that goes when the test ends.
+folder=$(mktemp -d)
+trap 'chmod -R u+w "$folder"; rm -rf "$folder"' EXIT
+cd "$folder" || exit 1
+
+fail() {
+  echo "FAILED: $*" >&2
+  for log in stdout stderr; do
+    [ -s $log ] && head -n 20 $log | sed "s/^/  $log: /" >&2
+  done
+  exit 1
+}
+
+# run STATUS ARGUMENT...: the program must end with this status; its output goes to the files stdout
+# and stderr, without the carriage returns of the other system.
+run() {
+  expected=$1
+  shift
+  $prefix "$@" >stdout.raw 2>stderr.raw
+  status=$?
+  tr -d '\r' <stdout.raw >stdout
+  tr -d '\r' <stderr.raw >stderr
+  rm stdout.raw stderr.raw
+  [ $status = "$expected" ] || fail "status $status instead of $expected: $*"
+}
+
+output_is() {
+  [ "$(cat stdout)" = "$1" ] || fail "expected the output: $1"
+}
