@@ -53,10 +53,13 @@ bool kvPicBox::CopyImage(const char* source, kvPicBox& target, const char* targe
     return CopyExternal(source, target, targetName, newFormat, ext.ToStdString());
   }
   if (IsSamePicture(source, target, targetName)) return Exists(source, ext);
-  return picbox::Guarded(
-      Log(), "kvPicBox::CopyImage CStream-Exception %s",
-      "CStream-Exception: unexpected Error in kvPicBox::CopyImage",
-      [&] { return CopyInternal(source, target, targetName, newFormat, ext, keepNative); });
+  return picbox::Guarded(Log(), "kvPicBox::CopyImage CStream-Exception %s",
+                         "CStream-Exception: unexpected Error in kvPicBox::CopyImage", [&] {
+                           const bool isCopied =
+                               CopyInternal(source, target, targetName, newFormat, ext, keepNative);
+                           if (isCopied && !target.external) CopyNote(source, target, targetName);
+                           return isCopied;
+                         });
 }
 
 // By the storages' paths; a storage without a path is nobody else's.
@@ -157,11 +160,8 @@ bool kvPicBox::CopyInternal(const char* source, kvPicBox& target, const char* ta
     ext = tag;
   }
   found->native = isNative;
-  const bool isCopied = target.external
-                            ? CopyOut(*found, target, targetName, ext.ToStdString())
-                            : CopyInto(*found, target, targetName, newFormat, tag.ToStdString());
-  if (isCopied && !target.external) CopyNote(source, target, targetName);
-  return isCopied;
+  return target.external ? CopyOut(*found, target, targetName, ext.ToStdString())
+                         : CopyInto(*found, target, targetName, newFormat, tag.ToStdString());
 }
 
 bool kvPicBox::CopyConverted(const char* source, kvPicBox& target, const char* targetName, int type,

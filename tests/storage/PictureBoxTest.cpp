@@ -437,6 +437,7 @@ TEST(PictureBox, CopiesBecomeFilesWithoutLoss) {
       std::string("\x02JPG\0\x08\x01\0\0\0", 10) + Number(static_cast<std::uint32_t>(jpeg.size())) +
           jpeg + Packed(Number(0) + Number(0)));
   from.box->AddFile("masked", Bitmap(16, 16), Mask(16, 16), 0, 0, true, false, false);
+  from.box->WriteImageInfo("masked", "note", nullptr);
   KvString ext = "JPG";
   EXPECT_TRUE(from.box->CopyImage("plain", *to.box, "plain", true, ext, true));
   EXPECT_EQ(to.Read("plain"), "picture");
@@ -447,8 +448,12 @@ TEST(PictureBox, CopiesBecomeFilesWithoutLoss) {
     ext = given;
     EXPECT_TRUE(from.box->CopyImage("masked", *to.box, "masked", true, ext, true));
     EXPECT_EQ(ext, type);
-    EXPECT_EQ(to.Read("masked"), "picture mask") << type;
-    to.box->Delete("masked");
+    Bytes picture, mask;
+    to.box->GetQuick("masked", type, &picture, &mask);
+    EXPECT_FALSE(picture.empty()) << type;
+    EXPECT_EQ(mask, Mask(16, 16)) << type;
+    EXPECT_EQ(to.box->GetImageInfo("masked", nullptr), "note") << type;
+    to.box->Delete("masked", type);
   }
 }
 
