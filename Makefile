@@ -85,7 +85,7 @@ tidy: ## check all sources with clang-tidy
 package: ## build the Debian packages, and zip and installer for Windows, into build/packages/
 	@scripts/setup.sh native tests windows package
 	@scripts/package-debian.sh
-	@scripts/build.sh windows fxbox4 fxbox $(if $(wildcard desk/CMakeLists.txt),fxbox-desk)
+	@scripts/build.sh windows fxbox4 fxbox fxbox-desk
 	@scripts/package-windows.sh
 
 install: ## install library, headers and program below PREFIX (/usr/local); DESTDIR stands before it

@@ -21,7 +21,7 @@ takeProgram() { # FILE
 }
 takeProgram "$built/component/Fxbox4.dll"
 takeProgram "$built/program/fxbox.exe"
-if [ -f "$built/desk/fxbox-desk.exe" ]; then takeProgram "$built/desk/fxbox-desk.exe"; fi
+takeProgram "$built/desk/fxbox-desk.exe"
 cp resources/settings/Tesmar.inf "$files/"
 cp -r resources/schemas "$files/schemas"
 cp LICENSE "$files/LICENSE.txt"

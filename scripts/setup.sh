@@ -31,7 +31,7 @@ windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   liblcms2-dev libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
   clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xdotool)
 # What only packages need, beside all that builds.
-package=(debhelper dh-python lintian nsis mingw-w64-tools libwine-dev llvm-14 zip unzip mmdebstrap)
+package=(debhelper dh-python lintian nsis mingw-w64-tools libwine-dev llvm-14 clang-tools-14 lld-14 zip unzip mmdebstrap)
 tools=(clang-format clang-tidy librsvg2-bin imagemagick)
 arm64=(g++-aarch64-linux-gnu)
 peers=(libopencv-core-dev libopencv-imgproc-dev libvips-dev)

@@ -68,6 +68,7 @@ Section
     DetailPrint "The component server could not be registered ($0)."
     SetErrorLevel 2
   ${EndIf}
+  CreateShortcut "$SMPROGRAMS\Fxbox Desk.lnk" "$INSTDIR\fxbox-desk.exe"
   WriteRegStr SHCTX "Software\${PRODUCT}" "InstallMode" "$MultiUser.InstallMode"
   WriteRegStr SHCTX "${UNINSTALL_KEY}" "DisplayName" "Fxbox picture filters"
   WriteRegStr SHCTX "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
@@ -84,6 +85,7 @@ Section Uninstall
   !insertmacro Register "/u "
   ; What was put there, and folders that are empty then: the user may keep files of his own here.
   !include "${FILES}.remove.nsh"
+  Delete "$SMPROGRAMS\Fxbox Desk.lnk"
   Delete "$INSTDIR\uninstall.exe"
   RMDir "$INSTDIR"
   DeleteRegKey SHCTX "${UNINSTALL_KEY}"

@@ -37,7 +37,15 @@ for kind in webp jxl avif heic; do
   fxbox apply --quiet -c "" -o /tmp/out.$kind /tmp/in.ppm
 done
 python3 -c 'import fxbox, numpy; print(fxbox.render(numpy.zeros((2, 2, 3), numpy.uint8), "ZNFilter.Invert.1(Inversity=100)").tolist())'
-test -f /usr/share/man/man1/fxbox-apply.1.gz
+for page in fxbox fxbox-apply fxbox-desk; do test -f /usr/share/man/man1/$page.1.gz; done
+for file in fxbox4/schemas/apply-line-1.json applications/fxbox-desk.desktop mime/packages/fxbox.xml \
+  metainfo/org.example.fxbox_desk.metainfo.xml icons/hicolor/scalable/apps/fxbox-desk.svg \
+  zsh/vendor-completions/_fxbox fish/vendor_completions.d/fxbox.fish; do
+  test -f /usr/share/$file
+done
+fxbox-desk --version
+bash -c '. /usr/share/bash-completion/completions/fxbox && complete -p fxbox'
+dpkg --verify $(dpkg-query -W -f '${Package}\n' '*fxbox*')
 cmake -S /consumer -B /tmp/consumer >/dev/null
 cmake --build /tmp/consumer >/dev/null
 /tmp/consumer/host_fxbox4

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Installs the package for Windows under Wine, uses it and removes it: windows.sh [PACKAGES-FOLDER]
-# For one user and for all; by its registration, and without one from the zip. The registry and the
-# folder are as before in the end. Part of `make soak`.
+# For one user and for all; by its registration, and without one from the zip; by hosts of the other
+# family of compilers. The registry and the folder are as before in the end. Part of `make soak`.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
 
@@ -40,6 +40,45 @@ check() { # WHAT COMMAND...
 
 expectChain() { grep -q '^ZNFilter.Sepia.1(Sepia=080)' "$folder/said" || { cat "$folder/said" >&2; die "$1: no chain text"; }; }
 
+# --- hosts of the other family of compilers
+
+# Its headers and run-time libraries are nobody's to pass on: those of the cross compiler stand in
+# for the system's. Tables of virtual functions and calls are the other family's own.
+crossed=/usr/x86_64-w64-mingw32/lib
+library="$(dirname "$(x86_64-w64-mingw32-gcc-posix -print-libgcc-file-name)")"
+otherCompiler() { # OBJECT OPTION... SOURCE
+  local object="$1"
+  shift
+  clang-cl-14 --target=x86_64-pc-windows-msvc -U_MSC_VER -fms-compatibility-version=0 \
+    -D__GNUC__=12 -D__GNUC_MINOR__=2 -D__MINGW32__ -D__MINGW64__ /X /Zl /GS- -w \
+    /imsvc "$folder/zip/include" "${@:1:$#-1}" /imsvc /usr/share/mingw-w64/include \
+    /c "/Fo$object" -- "${@: -1}"
+}
+otherLinker() { # PROGRAM OBJECT
+  lld-link-14 /nodefaultlib /subsystem:console /alternatename:__image_base__=__ImageBase \
+    "/out:$1" "$2" "$folder/zip/lib/msvc/Fxbox4.lib" "$crossed/crt2.o" "/libpath:$crossed" \
+    libmingw32.a libmingwex.a libmsvcrt.a libkernel32.a libuser32.a libadvapi32.a libshell32.a \
+    libole32.a libuuid.a "$library/libgcc.a"
+}
+inCpp=(/std:c++20 /GR- /EHs-c- /imsvc "$library/include/c++"
+  /imsvc "$library/include/c++/x86_64-w64-mingw32")
+
+otherHosts() {
+  local hosts="$folder/hosts" host
+  mkdir "$hosts"
+  cp "$folder/zip/Fxbox4.dll" "$hosts/"
+  cmake "-DREADME=$folder/zip/README.md" "-DOUT=$hosts/first.c" -P "$project/tests/host/ReadmeProgram.cmake"
+  otherCompiler "$hosts/first.obj" "$hosts/first.c"
+  otherCompiler "$hosts/tables.obj" "$project/tests/host/TableHost.c"
+  otherCompiler "$hosts/classes.obj" "${inCpp[@]}" "$project/tests/packages/OtherCompiler.cpp"
+  for host in first tables classes; do
+    check "other compiler: links $host" otherLinker "$hosts/$host.exe" "$hosts/$host.obj"
+    check "other compiler: runs $host" windows "$hosts/$host.exe"
+  done
+}
+
+# --- the package
+
 snapshot "$folder/before"
 mkdir "$folder/zip" "$folder/alone"
 (cd "$folder/zip" && unzip -q "$zip")
@@ -49,6 +88,10 @@ cp "$folder/zip/sample/sample.exe" "$folder/alone/"
 check "sample by its manifest" windows "$folder/zip/sample/sample.exe"
 expectChain "sample by its manifest"
 if windows "$folder/alone/sample.exe" >/dev/null 2>&1; then die "the sample runs without anything"; fi
+otherHosts
+
+# shortcuts: those of the start menu that name the program.
+shortcuts() { find "$("$project/scripts/wine-prefix.sh" --where)/drive_c" -name 'Fxbox Desk.lnk'; }
 
 target="$folder/installed"
 for mode in CurrentUser AllUsers; do
@@ -56,6 +99,10 @@ for mode in CurrentUser AllUsers; do
   [ -f "$target/fxbox.exe" ] || die "$mode: nothing was installed"
   check "program, $mode" windows "$target/fxbox.exe" filters
   [ "$(grep -c ZNFilter "$folder/said")" -ge 46 ] || die "$mode: filters are missing"
+  check "program with windows, $mode" windows "$target/fxbox-desk.exe" --version
+  grep -q '^fxbox-desk [0-9]' "$folder/said" || die "$mode: the program with windows says nothing"
+  [ -n "$(shortcuts)" ] || die "$mode: the start menu lacks the program"
+  [ -f "$target/schemas/apply-1.json" ] || die "$mode: schemas are missing"
   if [ "$mode" = AllUsers ]; then
     check "sample by registration, $mode" windows "$folder/alone/sample.exe"
     expectChain "sample by registration, $mode"
@@ -70,6 +117,7 @@ for mode in CurrentUser AllUsers; do
     sleep 0.2
   done
   [ ! -e "$target" ] || { find "$target" | head; die "$mode: files are left"; }
+  [ -z "$(shortcuts)" ] || die "$mode: the start menu still has the program"
   snapshot "$folder/after"
   diff "$folder/before" "$folder/after" || die "$mode: the registry has changed"
   say "registry and folder as before, $mode"
