@@ -27,6 +27,10 @@ export DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 HOME=/root
 apt-get -qq update
 state() { find / -xdev \( -path /proc -o -path /tmp -o -path /var/cache -o -path /var/log -o -path /var/lib/apt -o -path /root \) -prune -o -print | sort; dpkg-query -W; }
 apt-get -qq install -y --no-install-recommends g++ cmake make pkg-config >/dev/null
+# What ours need comes first and stays: other packages leave things of their own behind.
+needed="$(for package in /packages/*.deb; do dpkg-deb -f "$package" Depends; done | tr ',' '\n' |
+  sed 's/[(|:].*//; s/ //g; /fxbox/d' | sort -u)"
+apt-get -qq install -y --no-install-recommends $needed >/dev/null
 state >/tmp/before
 apt-get -qq install -y --no-install-recommends /packages/*.deb >/dev/null
 echo "installed"
@@ -55,7 +59,6 @@ cc /tmp/first.c $(pkg-config --cflags --libs fxbox4) -o /tmp/first
 /tmp/first
 echo "used"
 apt-get -qq purge -y $(dpkg-query -W -f '${Package}\n' '*fxbox*') >/dev/null
-apt-get -qq autoremove --purge -y >/dev/null
 state >/tmp/after
 diff /tmp/before /tmp/after
 echo "purged, everything as before"
