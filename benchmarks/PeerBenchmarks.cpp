@@ -15,6 +15,7 @@
 #include <opencv2/core/utility.hpp>
 #include <opencv2/imgproc.hpp>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "base/Rows.h"
@@ -293,16 +294,24 @@ std::string Processor() {
   return "an unknown processor";
 }
 
+// How many wanted the processors in the minute before.
+std::string Load() {
+  std::string load = "unknown";
+  std::ifstream("/proc/loadavg") >> load;
+  return load;
+}
+
 void PrintHead(int threads) {
   std::printf(
       "# Speed beside OpenCV and libvips\n\n"
       "Million pixels a second at 24 megapixels in memory, and the ratio to the best of the\n"
       "others; with one thread by processor time. `make bench-peers` measures on this machine and\n"
-      "writes this page.\n\n"
-      "- Processor: %s, %d in use; vector units: %s\n"
+      "writes this page. What bounds the numbers: [speed-bounds.md](speed-bounds.md).\n\n"
+      "- Processor: %s, %d of %u in use; vector units: %s; load ahead of the run: %s\n"
       "- OpenCV %s, libvips %s\n\n"
       "| Work | fxbox | OpenCV | libvips | ratio |\n|---|---:|---:|---:|---:|\n",
-      Processor().c_str(), threads, kernels::SimdLevelName(kernels::ActiveSimdLevel()),
+      Processor().c_str(), threads, std::thread::hardware_concurrency(),
+      kernels::SimdLevelName(kernels::ActiveSimdLevel()), Load().c_str(),
       cv::getVersionString().c_str(), vips_version_string());
 }
 
