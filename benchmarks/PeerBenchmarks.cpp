@@ -307,7 +307,8 @@ void PrintHead(int threads) {
       "Million pixels a second at 24 megapixels in memory, and the ratio to the best of the\n"
       "others; with one thread by processor time. `make bench-peers` measures on this machine and\n"
       "writes this page. What bounds the numbers: [speed-bounds.md](speed-bounds.md).\n\n"
-      "- Processor: %s, %d of %u in use; vector units: %s; load ahead of the run: %s\n"
+      "- Processor: %s, %d of %u in use; vector units: %s\n"
+      "- Load ahead of the run: %s\n"
       "- OpenCV %s, libvips %s\n\n"
       "| Work | fxbox | OpenCV | libvips | ratio |\n|---|---:|---:|---:|---:|\n",
       Processor().c_str(), threads, std::thread::hardware_concurrency(),
