@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "base/Export.h"
+#include "toolkit/CanvasRole.h"
 #include "toolkit/Events.h"
 #include "toolkit/Geometry.h"
 
@@ -36,7 +37,8 @@ enum class ControlKind {
   ComboBox,      // a list that drops down, without an edit; value is the index or -1
   List,          // the same, open
   ColourButton,  // a push button that shows a colour
-  Canvas         // a place that the receiver draws itself
+  Canvas,        // a place that the receiver draws itself
+  Dock           // a place for another window, which scrolls there; see NativeWindow::Dock
 };
 
 // The scale behind a slider: plain, from none to much, or with its zero in the middle.
@@ -49,7 +51,7 @@ struct ControlSpec {
   bool opensGroup = false;  // of radio buttons: the first one of a group
   bool canDrag = false;     // OnDragBegin is wanted
   bool isDefault = false;   // of buttons: Enter presses it
-  bool takesFocus = true;   // of canvases
+  CanvasRole role = CanvasRole::Picture;
   SliderLook look = SliderLook::Plain;
 };
 
@@ -58,7 +60,8 @@ struct WindowSpec {
   void* owner = nullptr;  // handle of the window above which it floats, if the backend knows it
   bool isTool = true;     // a floating panel with a fixed size; otherwise a main window
   bool isOnTop = false;
-  bool takesFiles = false;  // that are dropped on it, see WindowEvents::OnFilesDropped
+  bool takesFiles = false;    // that are dropped on it, see WindowEvents::OnFilesDropped
+  bool takesObjects = false;  // other things that are, see WindowEvents::OnObjectDropped
 };
 
 struct MenuEntry {
@@ -105,13 +108,25 @@ class NativeWindow {
   virtual void SetColour(ControlId colourButton, Colour colour) = 0;
   virtual void SetEnabled(ControlId control, bool enabled) = 0;
   virtual void SetVisible(ControlId control, bool visible) = 0;
-  // What a screen reader says of a slider's or canvas's value ("12.5"), and the bubble help.
+  // What a screen reader says of the value of a slider, canvas or colour button ("12.5"), and of
+  // the rows of a canvas that is a list. And the bubble help.
+  virtual void SetRows(ControlId canvas, const std::vector<CanvasRow>& rows) = 0;
   virtual void SetValueText(ControlId control, const std::string& text) = 0;
   virtual void SetBubble(ControlId control, const std::string& text) = 0;
   virtual void Focus(ControlId control) = 0;
   virtual ControlId Focused() = 0;
   virtual void SelectAll(ControlId edit) = 0;
   virtual void Redraw(ControlId canvas) = 0;
+
+  // --- docks
+
+  // Takes another window of the same backend, by its handle, into the dock: it has no frame there
+  // and moves with this window. Null, or another window, gives back the one that was there, with
+  // its frame and as visible as it was. False for a handle that is none of this backend's. Neither
+  // may happen inside an event of the guest.
+  virtual bool Dock(ControlId dock, void* guest) = 0;
+  // The size that the guest wants; nothing while it is hidden, or without one.
+  virtual Size DockedSize(ControlId dock) = 0;
 
   // --- the window
 
@@ -123,6 +138,8 @@ class NativeWindow {
   virtual void Show(bool activate) = 0;
   virtual void Hide() = 0;
   virtual bool IsVisible() = 0;
+  // While it is, the window that owns this one, and those docked there, take no input.
+  virtual void SetModal(bool isModal) = 0;
   // Above all other windows, without a move and without activating it. Where the display cannot do
   // it nothing happens.
   virtual void SetOnTop(bool onTop) = 0;

@@ -40,6 +40,17 @@ class ControlWindow : public NativeWindow {
   void SetValueText(ControlId control, const std::string& text) override {
     if (Control* found = Find(control)) found->SetValueText(text);
   }
+  void SetRows(ControlId canvas, const std::vector<CanvasRow>& rows) override {
+    if (Control* found = Find(canvas)) found->SetRows(rows);
+  }
+  bool Dock(ControlId dock, void* guest) override {
+    Control* const found = Find(dock);
+    return found && found->Dock(guest);
+  }
+  Size DockedSize(ControlId dock) override {
+    Control* const found = Find(dock);
+    return found ? found->DockedSize() : Size();
+  }
   void Focus(ControlId control) override {
     if (Control* found = Find(control)) found->Focus();
   }

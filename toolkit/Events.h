@@ -2,10 +2,13 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "toolkit/Geometry.h"
+
+struct IDataObject;
 
 namespace toolkit {
 
@@ -81,6 +84,9 @@ class WindowEvents {
   // alt key the character is that of the key alone. True keeps it from all others. Not while a menu
   // is open.
   virtual bool OnShortcut(const KeyEvent& event) = 0;
+  // Whether the control with the focus takes the key itself, as an edit takes letters: then it is
+  // no shortcut, of this window or of the one that it is docked in.
+  virtual bool KeepsKey(const KeyEvent&) { return false; }
   // Notches of a wheel, away from the person above 0, over any control but a list. No control turns
   // by itself: true says that the notches were used, otherwise they are the parent's.
   virtual bool OnWheel(ControlId control, double notches, bool hasFocus) = 0;
@@ -95,6 +101,12 @@ class WindowEvents {
   virtual void OnContextMenu(ControlId control, Point place) = 0;
   // Files that were dropped on the window, which takes them.
   virtual void OnFilesDropped(const std::vector<std::filesystem::path>&) {}
+  // Something else is dragged over a window that takes objects, at a place of the client area, or
+  // nothing any more; and was dropped there. The object is the caller's. False: it is of no use.
+  virtual void OnObjectOver(std::optional<Point>) {}
+  virtual bool OnObjectDropped(IDataObject*, Point) { return false; }
+  // The guest of a dock wants another size, was hidden or shown, or is gone.
+  virtual void OnDockChanged(ControlId) {}
   // An entry of the window's menu bar.
   virtual void OnMenu(int entry) = 0;
   // The person asks the window to close. It stays open unless it is told to go.

@@ -17,6 +17,8 @@ struct PictureRows {
   const std::uint8_t* const* maskRows = nullptr;
 };
 
+enum class TextAlign { Left, Centre, Right };
+
 // Lives while a paint event lasts. Places are pixels of the canvas, from its left top corner; what
 // lies outside is cut off. Lines and round shapes are smoothed. A thickness is in pixels.
 class Painter {
@@ -30,6 +32,9 @@ class Painter {
   virtual void FillCircle(Spot centre, double radius, Colour colour) = 0;
   // One line of UTF-8 text with its left top corner at `place`, in the font of the controls.
   virtual void WriteText(Point place, const std::string& text, Colour colour) = 0;
+  // The same within a place, in the middle of its height: what is too long ends in dots.
+  virtual void WriteLine(const Rect& place, const std::string& text, Colour colour,
+                         TextAlign align = TextAlign::Left) = 0;
   // The whole picture, smoothed when it is made smaller. A pattern of squares shows where nothing
   // is there.
   virtual void DrawPicture(const Rect& place, const PictureRows& picture) = 0;

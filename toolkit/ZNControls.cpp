@@ -54,6 +54,12 @@ ControlSpec SliderSpec(const std::string& name, toolkit::SliderLook look) {
   return spec;
 }
 
+ControlSpec CanvasSpec(const std::string& name, toolkit::CanvasRole role) {
+  ControlSpec spec = Named(ControlKind::Canvas, name);
+  spec.role = role;
+  return spec;
+}
+
 ControlSpec RadioSpec(const std::string& text, bool opensGroup) {
   ControlSpec spec = Captioned(ControlKind::RadioButton, text);
   spec.opensGroup = opensGroup;
@@ -393,7 +399,7 @@ bool CZNComboBox::HandleWheel(double notches, bool hasFocus) {
   return true;
 }
 
-// --- CZNColorButton, CZNCanvas
+// --- CZNColorButton, CZNCanvas, CZNDock
 
 CZNColorButton::CZNColorButton(CZNDialog& dialog, const std::string& pickerTitle)
     : CZNControl(dialog, Named(ControlKind::ColourButton, pickerTitle)), title(pickerTitle) {}
@@ -423,8 +429,8 @@ void CZNColorButton::HandleValue(int) {
   Take(answer.value_or(before));
 }
 
-CZNCanvas::CZNCanvas(CZNDialog& dialog, const std::string& name)
-    : CZNControl(dialog, Named(ControlKind::Canvas, name)) {}
+CZNCanvas::CZNCanvas(CZNDialog& dialog, const std::string& name, toolkit::CanvasRole role)
+    : CZNControl(dialog, CanvasSpec(name, role)) {}
 
 void CZNCanvas::Redraw() {
   if (auto* native = Native()) native->Redraw(Id());
@@ -432,4 +438,35 @@ void CZNCanvas::Redraw() {
 
 void CZNCanvas::SetValueText(const std::string& text) {
   if (auto* native = Native()) native->SetValueText(Id(), text);
+}
+
+void CZNCanvas::SetRows(std::vector<toolkit::CanvasRow> newRows) {
+  if (toldRows == newRows) return;
+  toldRows = std::move(newRows);
+  if (auto* native = Native()) native->SetRows(Id(), toldRows);
+}
+
+CZNDock::CZNDock(CZNDialog& dialog, const std::string& name)
+    : CZNControl(dialog, Named(ControlKind::Dock, name)) {}
+
+CZNDock::~CZNDock() {
+  GiveBack();
+}
+
+bool CZNDock::Take(void* window) {
+  auto* const native = Native();
+  return native && native->Dock(Id(), window);
+}
+
+void CZNDock::GiveBack() {
+  if (auto* native = Native()) native->Dock(Id(), nullptr);
+}
+
+toolkit::Size CZNDock::Wanted() const {
+  auto* const native = Native();
+  return native ? native->DockedSize(Id()) : toolkit::Size();
+}
+
+void CZNDock::HandleDockChanged() {
+  Call(onChange);
 }

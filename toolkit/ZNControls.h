@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/Export.h"
+#include "toolkit/CanvasRole.h"
 #include "toolkit/Events.h"
 #include "toolkit/Geometry.h"
 #include "toolkit/ZNValues.h"
@@ -61,6 +62,7 @@ class FXBOX_API CZNControl {
   virtual void HandleMouse(const toolkit::MouseEvent&) {}
   virtual void HandlePaint(toolkit::Painter&) {}
   virtual void HandleDragBegin() {}
+  virtual void HandleDockChanged() {}
   void HandleContextMenu(toolkit::Point where);
 
   CZNDialog* parent;
@@ -261,10 +263,33 @@ class FXBOX_API CZNColorButton : public CZNControl {
 // A place that draws itself and takes mouse and keys.
 class FXBOX_API CZNCanvas : public CZNControl {
  public:
-  CZNCanvas(CZNDialog& dialog, const std::string& name);
+  CZNCanvas(CZNDialog& dialog, const std::string& name,
+            toolkit::CanvasRole role = toolkit::CanvasRole::Adjustable);
   void Redraw();
 
  protected:
-  // What a screen reader says of it.
+  // What a screen reader says of it, and of the rows of a list.
   void SetValueText(const std::string& text);
+  void SetRows(std::vector<toolkit::CanvasRow> newRows);
+
+ private:
+  std::vector<toolkit::CanvasRow> toldRows;
+};
+
+// A place for the window of another dialog. What lives there stays that dialog's.
+class FXBOX_API CZNDock : public CZNControl {
+ public:
+  CZNDock(CZNDialog& dialog, const std::string& name);
+  ~CZNDock() override;
+
+  // See toolkit::NativeWindow::Dock; must not be called in an event of that window.
+  bool Take(void* window);
+  void GiveBack();
+  toolkit::Size Wanted() const;
+
+  // Wanted has changed.
+  std::function<void()> onChange;
+
+ private:
+  void HandleDockChanged() override;
 };

@@ -100,10 +100,12 @@ int CZNDialog::RunModal() {
   const EventScope scope;  // closing does not delete what runs here
   modalResult = 0;
   isModal = true;
+  native->SetModal(true);
   Show();
   while (isModal && system->Pump(true)) {
   }
   isModal = false;
+  native->SetModal(false);
   Hide();
   return modalResult;
 }
@@ -207,6 +209,10 @@ bool CZNDialog::OnShortcut(const toolkit::KeyEvent& event) {
   return used;
 }
 
+bool CZNDialog::KeepsKey(const toolkit::KeyEvent& event) {
+  return !isBuried && IsForControl(event);
+}
+
 bool CZNDialog::OnWheel(ControlId id, double notches, bool hasFocus) {
   bool used = false;
   ForControl(id, [&](CZNControl& control) { used = control.HandleWheel(notches, hasFocus); });
@@ -233,6 +239,22 @@ void CZNDialog::OnFilesDropped(const std::vector<std::filesystem::path>& files) 
   RunEvent([&] {
     if (!isBuried) OnFiles(files);
   });
+}
+
+void CZNDialog::OnObjectOver(std::optional<toolkit::Point> place) {
+  RunEvent([&] {
+    if (!isBuried) OnDragOver(place);
+  });
+}
+
+bool CZNDialog::OnObjectDropped(IDataObject* object, toolkit::Point place) {
+  bool isUsed = false;
+  RunEvent([&] { isUsed = !isBuried && OnDrop(object, place); });
+  return isUsed;
+}
+
+void CZNDialog::OnDockChanged(ControlId id) {
+  ForControl(id, [](CZNControl& control) { control.HandleDockChanged(); });
 }
 
 void CZNDialog::OnMenu(int entry) {

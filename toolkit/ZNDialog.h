@@ -38,8 +38,8 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   void ShowMenuBar();
   void* Handle() const { return native ? native->Handle() : nullptr; }
 
-  // Shows the window and handles events until EndModal; gives its argument, or 0 when the window
-  // was closed or no event can come any more.
+  // Shows the window and handles events until EndModal, while the window that owns it takes none;
+  // gives its argument, or 0 when the window was closed or no event can come any more.
   int RunModal();
   void EndModal(int result);
 
@@ -78,6 +78,9 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   virtual void OnWindowMoved() {}
   // Files were dropped on a window that takes them.
   virtual void OnFiles(const std::vector<std::filesystem::path>&) {}
+  // Other things are dragged over a window that takes them, or none any more; and were dropped.
+  virtual void OnDragOver(std::optional<toolkit::Point>) {}
+  virtual bool OnDrop(IDataObject*, toolkit::Point) { return false; }
 
  private:
   friend class CZNControl;
@@ -92,12 +95,16 @@ class FXBOX_API CZNDialog : private toolkit::WindowEvents {
   void OnFocus(toolkit::ControlId control, bool gained) override;
   bool OnKey(toolkit::ControlId control, const toolkit::KeyEvent& event) override;
   bool OnShortcut(const toolkit::KeyEvent& event) override;
+  bool KeepsKey(const toolkit::KeyEvent& event) override;
   bool OnWheel(toolkit::ControlId control, double notches, bool hasFocus) override;
   void OnMouse(toolkit::ControlId control, const toolkit::MouseEvent& event) override;
   void OnPaint(toolkit::ControlId control, toolkit::Painter& painter) override;
   void OnDragBegin(toolkit::ControlId control) override;
   void OnContextMenu(toolkit::ControlId control, toolkit::Point place) override;
   void OnFilesDropped(const std::vector<std::filesystem::path>& files) override;
+  void OnObjectOver(std::optional<toolkit::Point> place) override;
+  bool OnObjectDropped(IDataObject* object, toolkit::Point place) override;
+  void OnDockChanged(toolkit::ControlId dock) override;
   void OnMenu(int entry) override;
   void OnCloseRequest() override;
   void OnResized(toolkit::Size client) override;

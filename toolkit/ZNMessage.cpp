@@ -78,18 +78,19 @@ class Question final : public CZNDialog {
 }  // namespace
 
 int ZNAskButton(const std::string& title, const std::string& text,
-                const std::vector<std::string>& buttons) {
+                const std::vector<std::string>& buttons, void* owner) {
   const int last = static_cast<int>(buttons.size()) - 1;
   Question question(text, buttons, nullptr);
-  if (!question.CreateModeless({.title = title})) return last;
+  if (!question.CreateModeless({.title = title, .owner = owner})) return last;
   const int result = question.RunModal();
   return result ? result - 1 : last;
 }
 
 std::optional<std::string> ZNAskText(const std::string& title, const std::string& caption,
                                      const std::string& start, const std::string& ok,
-                                     const std::string& cancel) {
+                                     const std::string& cancel, void* owner) {
   Question question(caption, {ok, cancel}, &start);
-  if (!question.CreateModeless({.title = title}) || question.RunModal() != 1) return std::nullopt;
+  if (!question.CreateModeless({.title = title, .owner = owner}) || question.RunModal() != 1)
+    return std::nullopt;
   return question.Text();
 }

@@ -81,6 +81,10 @@ void RecordingPainter::WriteText(Point place, const std::string& text, Colour) {
   calls.push_back(Line("WriteText %d,%d ", place.x, place.y) + text);
 }
 
+void RecordingPainter::WriteLine(const Rect& place, const std::string& text, Colour, TextAlign) {
+  calls.push_back("WriteLine " + PlaceText(place) + " " + text);
+}
+
 void RecordingPainter::DrawPicture(const Rect& place, const PictureRows& picture) {
   calls.push_back("DrawPicture " + PlaceText(place) +
                   Line(" of %dx%d", picture.width, picture.height));
@@ -103,6 +107,11 @@ FakeWindow::FakeWindow(FakeBackend& ofBackend, const WindowSpec& windowSpec,
 }
 
 FakeWindow::~FakeWindow() {
+  if (guest) guest->host = nullptr;
+  if (host) {
+    host->guest = nullptr;
+    host->events.OnDockChanged(host->dock);
+  }
   std::replace(backend.windows.begin(), backend.windows.end(), this,
                static_cast<FakeWindow*>(nullptr));
   backend.liveControls -= ControlCount();
@@ -115,7 +124,14 @@ FakeControl* FakeWindow::Find(ControlId control) {
 
 FakeControl* FakeWindow::Usable(ControlId control) {
   FakeControl* found = Find(control);
-  return found && found->isEnabled && found->isVisible ? found : nullptr;
+  return found && found->isEnabled && found->isVisible && !IsWaiting() ? found : nullptr;
+}
+
+bool FakeWindow::IsWaiting() const {
+  const FakeWindow* const top = host ? host : this;
+  return std::any_of(backend.windows.begin(), backend.windows.end(), [&](const FakeWindow* other) {
+    return other && other->isModal && (other->spec.owner == this || other->spec.owner == top);
+  });
 }
 
 const FakeControl& FakeWindow::At(ControlId control) const {
@@ -189,7 +205,20 @@ bool FakeWindow::Type(ControlId edit, const std::string& text) {
 }
 
 bool FakeWindow::Press(const KeyEvent& event) {
-  return events.OnShortcut(event) || events.OnKey(focused, event);
+  if (IsWaiting()) return false;
+  FakeWindow* const outer = host;
+  if (!events.KeepsKey(event)) {
+    if (events.OnShortcut(event)) return true;
+    if (outer && outer->events.OnShortcut(event)) return true;
+  }
+  return events.OnKey(focused, event);
+}
+
+bool FakeWindow::DropObject(IDataObject* object, Point place) {
+  if (!spec.takesObjects || IsWaiting()) return false;
+  events.OnObjectOver(place);
+  events.OnObjectOver(std::nullopt);
+  return events.OnObjectDropped(object, place);
 }
 
 bool FakeWindow::ChooseMenu(const std::vector<std::string>& path) {
@@ -288,6 +317,41 @@ void FakeWindow::SetVisible(ControlId control, bool visible) {
   if (FakeControl* found = Find(control)) found->isVisible = visible;
 }
 
+void FakeWindow::SetRows(ControlId canvas, const std::vector<CanvasRow>& rows) {
+  if (FakeControl* found = Find(canvas)) found->rows = rows;
+}
+
+bool FakeWindow::Dock(ControlId control, void* window) {
+  const FakeControl* const found = Find(control);
+  if (!found || found->spec.kind != ControlKind::Dock) return false;
+  const auto wanted = std::find(backend.windows.begin(), backend.windows.end(), window);
+  FakeWindow* const next = window && wanted != backend.windows.end() ? *wanted : nullptr;
+  if (window && (!next || next == this)) return false;
+  if (guest) guest->host = nullptr;
+  guest = next;
+  dock = control;
+  if (guest) guest->host = this;
+  return true;
+}
+
+Size FakeWindow::DockedSize(ControlId control) {
+  return guest && control == dock && guest->isVisible ? guest->client : Size();
+}
+
+void FakeWindow::TellHost() {
+  if (host) host->events.OnDockChanged(host->dock);
+}
+
+void FakeWindow::SetClientSize(Size size) {
+  client = size;
+  TellHost();
+}
+
+void FakeWindow::Hide() {
+  isVisible = false;
+  TellHost();
+}
+
 void FakeWindow::SetValueText(ControlId control, const std::string& text) {
   if (FakeControl* found = Find(control)) found->valueText = text;
 }
@@ -323,6 +387,7 @@ void FakeWindow::SetMenuState(int entry, bool isEnabled, bool isChecked) {
 void FakeWindow::Show(bool activate) {
   isVisible = true;
   if (activate) ++activations;
+  TellHost();
 }
 
 int FakeWindow::RunMenu(Point, const std::vector<MenuEntry>& entries) {
@@ -421,12 +486,13 @@ void FakeBackend::Post(std::function<void()> task) {
   tasks.push_back(std::move(task));
 }
 
-bool FakeBackend::SetClipboard(IDataObject*) {
-  return false;
+bool FakeBackend::SetClipboard(IDataObject* object) {
+  clipboard = platform::ComPtr<IDataObject>(object);
+  return true;
 }
 
 IDataObject* FakeBackend::Clipboard() {
-  return nullptr;
+  return platform::ComPtr<IDataObject>(clipboard).Detach();
 }
 
 BackendCounts FakeBackend::Counts() {

@@ -1,6 +1,8 @@
 // A window system in memory, for tests without a display.
 #pragma once
 
+#include <ole2.h>
+
 #include <deque>
 #include <functional>
 #include <list>
@@ -10,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/component/ComPtr.h"
 #include "toolkit/Backend.h"
 #include "toolkit/Painter.h"
 
@@ -21,6 +24,7 @@ struct FakeControl {
   std::string text;  // caption, or what stands in an edit
   std::string valueText, bubble;
   std::vector<std::string> items;
+  std::vector<CanvasRow> rows;
   Colour colour;
   int least = 0, greatest = 0, value = 0;
   bool isEnabled = true, isVisible = true;
@@ -41,6 +45,8 @@ class RecordingPainter final : public Painter {
   void DrawCircle(Spot centre, double radius, Colour colour, double thickness) override;
   void FillCircle(Spot centre, double radius, Colour colour) override;
   void WriteText(Point place, const std::string& text, Colour colour) override;
+  void WriteLine(const Rect& place, const std::string& text, Colour colour,
+                 TextAlign align) override;
   void DrawPicture(const Rect& place, const PictureRows& picture) override;
   void Shade(const Rect& place, double strength) override;
 
@@ -55,7 +61,8 @@ class FakeWindow final : public NativeWindow {
   FakeWindow(FakeBackend& ofBackend, const WindowSpec& windowSpec, WindowEvents& windowEvents);
   ~FakeWindow() override;
 
-  // --- what a person does. A control that is hidden or disabled, or not there, refuses: false.
+  // --- what a person does. A control that is hidden or disabled, or not there, refuses: false; and
+  // so do all of a window that waits for a modal one.
 
   bool Slide(ControlId slider, int position);
   bool Click(ControlId control);  // buttons, check boxes, radio buttons
@@ -71,6 +78,7 @@ class FakeWindow final : public NativeWindow {
   bool BeginDrag(ControlId control);
   bool ContextMenu(ControlId control, Point place);
   void DropFiles(const std::vector<std::filesystem::path>& files) { events.OnFilesDropped(files); }
+  bool DropObject(IDataObject* object, Point place);
   void AskToClose() { events.OnCloseRequest(); }
   void ChangeLook() { events.OnLookChanged(); }
 
@@ -86,7 +94,8 @@ class FakeWindow final : public NativeWindow {
   WindowSpec spec;
   std::string title;
   Size client;
-  bool isVisible = false, isOnTop = false;
+  bool isVisible = false, isOnTop = false, isModal = false;
+  FakeWindow* host = nullptr;  // that it is docked in
   int activations = 0;
   std::vector<MenuEntry> menuBar;
 
@@ -101,6 +110,10 @@ class FakeWindow final : public NativeWindow {
   void SetColour(ControlId control, Colour colour) override;
   void SetEnabled(ControlId control, bool enabled) override;
   void SetVisible(ControlId control, bool visible) override;
+  void SetRows(ControlId canvas, const std::vector<CanvasRow>& rows) override;
+  bool Dock(ControlId dock, void* guest) override;
+  Size DockedSize(ControlId dock) override;
+  void SetModal(bool modal) override { isModal = modal; }
   void SetValueText(ControlId control, const std::string& text) override;
   void SetBubble(ControlId control, const std::string& text) override;
   void Focus(ControlId control) override;
@@ -108,11 +121,11 @@ class FakeWindow final : public NativeWindow {
   void SelectAll(ControlId) override {}
   void Redraw(ControlId canvas) override;
   void SetTitle(const std::string& newTitle) override { title = newTitle; }
-  void SetClientSize(Size size) override { client = size; }
+  void SetClientSize(Size size) override;
   void SetMenuBar(const std::vector<MenuEntry>& entries) override { menuBar = entries; }
   void SetMenuState(int entry, bool isEnabled, bool isChecked) override;
   void Show(bool activate) override;
-  void Hide() override { isVisible = false; }
+  void Hide() override;
   bool IsVisible() override { return isVisible; }
   void SetOnTop(bool onTop) override { isOnTop = onTop; }
   Point Position() override { return position; }
@@ -130,6 +143,8 @@ class FakeWindow final : public NativeWindow {
   bool SaveImage(const std::filesystem::path&) override { return false; }
 
  private:
+  bool IsWaiting() const;
+  void TellHost();
   FakeControl* Find(ControlId control);
   FakeControl* Usable(ControlId control);
   void ClickRadio(ControlId control);
@@ -139,6 +154,8 @@ class FakeWindow final : public NativeWindow {
   std::vector<FakeControl> controls;
   ControlId focused = 0;
   Point position;
+  FakeWindow* guest = nullptr;
+  ControlId dock = 0;  // of the guest
 };
 
 // One thread, but for Post. Nothing waits: Pump with nothing to do gives false where it was to
@@ -182,6 +199,7 @@ class FakeBackend : public Backend {
   friend class FakeWindow;
 
   std::vector<FakeWindow*> windows;
+  platform::ComPtr<IDataObject> clipboard;
   std::mutex tasksLock;
   std::deque<std::function<void()>> tasks;
   int liveControls = 0;

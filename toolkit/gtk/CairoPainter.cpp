@@ -6,6 +6,7 @@
 #include "toolkit/ShownPicture.h"
 
 namespace toolkit {
+
 void CairoPainter::SetColour(Colour colour) {
   cairo_set_source_rgb(cairo, colour.red / 255.0, colour.green / 255.0, colour.blue / 255.0);
 }
@@ -55,6 +56,23 @@ void CairoPainter::WriteText(Point place, const std::string& text, Colour colour
   SetColour(colour);
   PangoLayout* const layout = gtk_widget_create_pango_layout(widget, text.c_str());
   cairo_move_to(cairo, place.x, place.y);
+  pango_cairo_show_layout(cairo, layout);
+  g_object_unref(layout);
+}
+
+void CairoPainter::WriteLine(const Rect& place, const std::string& text, Colour colour,
+                             TextAlign align) {
+  if (place.width < 1) return;
+  SetColour(colour);
+  PangoLayout* const layout = gtk_widget_create_pango_layout(widget, text.c_str());
+  pango_layout_set_width(layout, place.width * PANGO_SCALE);
+  pango_layout_set_ellipsize(layout, PANGO_ELLIPSIZE_END);
+  pango_layout_set_alignment(layout, align == TextAlign::Left     ? PANGO_ALIGN_LEFT
+                                     : align == TextAlign::Centre ? PANGO_ALIGN_CENTER
+                                                                  : PANGO_ALIGN_RIGHT);
+  int height = 0;
+  pango_layout_get_pixel_size(layout, nullptr, &height);
+  cairo_move_to(cairo, place.x, place.y + (place.height - height) / 2);
   pango_cairo_show_layout(cairo, layout);
   g_object_unref(layout);
 }

@@ -3,6 +3,8 @@
 #include <cmath>
 
 #include "toolkit/gtk/CairoPainter.h"
+#include "toolkit/gtk/CanvasRows.h"
+#include "toolkit/gtk/GtkNativeWindow.h"
 #include "toolkit/gtk/GtkText.h"
 #include "toolkit/gtk/Pane.h"
 
@@ -282,15 +284,33 @@ class ColourControl final : public GtkControl {
   Colour colour;
 };
 
-GtkWidget* NewCanvas() {
+// What can be changed by keys is a slider to screen readers: its value is told as a text.
+GtkAccessibleRole RoleOf(CanvasRole role) {
+  switch (role) {
+    case CanvasRole::Adjustable:
+      return GTK_ACCESSIBLE_ROLE_SLIDER;
+    case CanvasRole::List:
+      return GTK_ACCESSIBLE_ROLE_LIST;
+    case CanvasRole::Status:
+      return GTK_ACCESSIBLE_ROLE_STATUS;
+    case CanvasRole::Border:
+      return GTK_ACCESSIBLE_ROLE_SEPARATOR;
+    default:
+      return GTK_ACCESSIBLE_ROLE_IMG;
+  }
+}
+
+GtkWidget* NewCanvas(CanvasRole role) {
   return static_cast<GtkWidget*>(
-      g_object_new(GTK_TYPE_DRAWING_AREA, "accessible-role", GTK_ACCESSIBLE_ROLE_IMG, nullptr));
+      g_object_new(GTK_TYPE_DRAWING_AREA, "accessible-role", RoleOf(role), nullptr));
 }
 
 class CanvasControl final : public GtkControl {
  public:
   CanvasControl(ControlId newId, const ControlSpec& spec, WindowEvents& receiver)
-      : GtkControl(newId, spec, NewCanvas(), receiver), takesFocus(spec.takesFocus) {
+      : GtkControl(newId, spec, NewCanvas(spec.role), receiver),
+        role(spec.role),
+        takesFocus(TakesFocus(spec.role)) {
     gtk_widget_set_focusable(Widget(), takesFocus);
     gtk_drawing_area_set_draw_func(GTK_DRAWING_AREA(Widget()), &Draw, this, nullptr);
     GtkEventController* const mouse = gtk_event_controller_legacy_new();
@@ -302,11 +322,23 @@ class CanvasControl final : public GtkControl {
   }
   ~CanvasControl() override {
     gtk_drawing_area_set_draw_func(GTK_DRAWING_AREA(Widget()), nullptr, nullptr, nullptr);
+    DropRows();
   }
 
   void SetValueText(const std::string& text) override {
-    gtk_accessible_update_property(GTK_ACCESSIBLE(Widget()), GTK_ACCESSIBLE_PROPERTY_DESCRIPTION,
-                                   text.c_str(), -1);
+    const auto property = role == CanvasRole::Adjustable ? GTK_ACCESSIBLE_PROPERTY_VALUE_TEXT
+                                                         : GTK_ACCESSIBLE_PROPERTY_DESCRIPTION;
+    gtk_accessible_update_property(GTK_ACCESSIBLE(Widget()), property, text.c_str(), -1);
+  }
+
+  // Each row is a widget that nobody sees or clicks: it is there for screen readers alone.
+  void SetRows(const std::vector<CanvasRow>& newRows) override {
+    if (newRows.size() != rows.size()) DropRows();
+    while (rows.size() < newRows.size()) {
+      rows.push_back(NewCanvasRow(newRows[rows.size()].isChecked.has_value()));
+      gtk_widget_set_parent(rows.back(), Widget());
+    }
+    for (std::size_t i = 0; i < rows.size(); ++i) TellCanvasRow(rows[i], newRows[i]);
   }
 
  private:
@@ -385,10 +417,55 @@ class CanvasControl final : public GtkControl {
                           (state & GDK_CONTROL_MASK) != 0});
   }
 
+  void DropRows() {
+    for (GtkWidget* const row : rows) gtk_widget_unparent(row);
+    rows.clear();
+  }
+
+  CanvasRole role;
   bool takesFocus;
+  std::vector<GtkWidget*> rows;
   guint lastButton = 0;
   guint32 lastTime = 0;
   Point lastPlace;
+};
+
+// --- docks
+
+class DockControl final : public GtkControl, public GtkNativeWindow::Host {
+ public:
+  DockControl(ControlId newId, const ControlSpec& spec, WindowEvents& receiver)
+      : GtkControl(newId, spec, gtk_scrolled_window_new(), receiver) {}
+  ~DockControl() override { DockControl::Dock(nullptr); }
+
+  bool Dock(void* window) override {
+    GtkNativeWindow* const next = GtkNativeWindow::OfHandle(window);
+    if (window && !next) return false;
+    if (next == guest) return true;
+    if (guest) {
+      gtk_scrolled_window_set_child(Scrolled(), nullptr);
+      std::exchange(guest, nullptr)->LeaveHost();
+    }
+    if (next && next->EnterHost(this, gtk_widget_get_root(Widget()))) {
+      guest = next;
+      gtk_scrolled_window_set_child(Scrolled(), guest->Contents());
+    }
+    return guest == next;
+  }
+  Size DockedSize() override { return guest ? guest->WantedSize() : Size(); }
+
+  void GuestChanged() override { events.OnDockChanged(Id()); }
+  void GuestGone() override {
+    gtk_scrolled_window_set_child(Scrolled(), nullptr);
+    guest = nullptr;
+    events.OnDockChanged(Id());
+  }
+  GtkNativeWindow* Guest() override { return guest; }
+
+ private:
+  GtkScrolledWindow* Scrolled() const { return GTK_SCROLLED_WINDOW(Widget()); }
+
+  GtkNativeWindow* guest = nullptr;
 };
 
 // --- what all controls tell
@@ -406,7 +483,8 @@ GtkControl::GtkControl(ControlId controlId, const ControlSpec& spec, GtkWidget* 
     gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL,
                                    spec.name.c_str(), -1);
   }
-  if (kind == ControlKind::Static || kind == ControlKind::Heading) return;
+  const bool isStill = kind == ControlKind::Static || kind == ControlKind::Heading;
+  if (isStill || kind == ControlKind::Dock) return;
   ListenToFocus();
   if (TellsKeys(kind)) ListenToKeys();
   if (kind != ControlKind::List) ListenToWheel();
@@ -461,18 +539,34 @@ void GtkControl::ListenToKeys() {
   gtk_widget_add_controller(widget, controller);
 }
 
+namespace {
+
+// The notches that a control does not use move what it lies in.
+void ScrollAround(GtkWidget* widget, double notches) {
+  GtkWidget* const around = gtk_widget_get_ancestor(widget, GTK_TYPE_SCROLLED_WINDOW);
+  if (!around) return;
+  GtkAdjustment* const place = gtk_scrolled_window_get_vadjustment(GTK_SCROLLED_WINDOW(around));
+  const double step = gtk_adjustment_get_page_size(place) / 4;
+  gtk_adjustment_set_value(place, gtk_adjustment_get_value(place) + notches * step);
+}
+
+}  // namespace
+
 // Whether the receiver has used the notches or not, the control does not turn by itself.
 void GtkControl::ListenToWheel() {
   GtkEventController* const controller =
       gtk_event_controller_scroll_new(GTK_EVENT_CONTROLLER_SCROLL_VERTICAL);
   gtk_event_controller_set_propagation_phase(controller, GTK_PHASE_CAPTURE);
-  const auto turned =
+  const auto scrolled =
       +[](GtkEventControllerScroll*, double, double notches, gpointer data) -> gboolean {
     const GtkControl& control = ControlOf(data);
-    control.events.OnWheel(control.id, -notches, gtk_widget_has_focus(control.widget));
+    GtkWidget* const turned = GTK_WIDGET(g_object_ref(control.widget));
+    const bool isUsed = control.events.OnWheel(control.id, -notches, gtk_widget_has_focus(turned));
+    if (!isUsed) ScrollAround(turned, notches);
+    g_object_unref(turned);
     return TRUE;
   };
-  Listen(controller, "scroll", G_CALLBACK(turned));
+  Listen(controller, "scroll", G_CALLBACK(scrolled));
   gtk_widget_add_controller(widget, controller);
 }
 
@@ -526,6 +620,8 @@ std::unique_ptr<GtkControl> MakeGtkControl(ControlId id, const ControlSpec& spec
       return std::make_unique<ListControl>(id, spec, events);
     case ControlKind::ColourButton:
       return std::make_unique<ColourControl>(id, spec, events);
+    case ControlKind::Dock:
+      return std::make_unique<DockControl>(id, spec, events);
     case ControlKind::Canvas:
       break;
   }

@@ -35,6 +35,9 @@ class GtkControl {
   virtual void SetItems(const std::vector<std::string>&) {}
   virtual void SetColour(Colour) {}
   virtual void SetValueText(const std::string& text);
+  virtual void SetRows(const std::vector<CanvasRow>&) {}
+  virtual bool Dock(void*) { return false; }
+  virtual Size DockedSize() { return {}; }
   virtual void SelectAll() {}
 
  protected:

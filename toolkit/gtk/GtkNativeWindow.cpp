@@ -10,6 +10,7 @@
 namespace toolkit {
 namespace {
 
+constexpr char kOwnData[] = "fxbox-window";
 constexpr const char* kLookProperties[] = {"notify::gtk-theme-name",
                                            "notify::gtk-application-prefer-dark-theme",
                                            "notify::gtk-font-name", "notify::gtk-xft-dpi"};
@@ -34,23 +35,32 @@ GtkNativeWindow::GtkNativeWindow(const WindowSpec& spec, WindowEvents& receiver,
   ++counts.windows;
   gtk_window_set_title(window, spec.title.c_str());
   gtk_window_set_resizable(window, !isTool);
-  if (spec.owner) gtk_window_set_transient_for(window, static_cast<GtkWindow*>(spec.owner));
+  if (spec.owner) {
+    const GtkNativeWindow* const owner = OfHandle(spec.owner);
+    gtk_window_set_transient_for(
+        window, owner ? owner->TopWindow() : static_cast<GtkWindow*>(spec.owner));
+  }
   gtk_widget_set_vexpand(pane, TRUE);
   gtk_widget_set_hexpand(pane, TRUE);
+  g_object_ref_sink(box);  // which a dock may show in the window's place
+  g_object_set_data(G_OBJECT(window), kOwnData, this);
   gtk_box_append(GTK_BOX(box), pane);
   gtk_window_set_child(window, box);
   ListenToWindow();
   ListenToLook();
-  if (spec.takesFiles) ListenToDrops();
+  if (spec.takesFiles) ListenToFiles();
+  if (spec.takesObjects) ListenToObjects();
 }
 
 GtkNativeWindow::~GtkNativeWindow() {
   for (const gulong handler : lookHandlers) {
     g_signal_handler_disconnect(gtk_widget_get_settings(GTK_WIDGET(window)), handler);
   }
+  if (host) std::exchange(host, nullptr)->GuestGone();
   counts.controls -= static_cast<int>(controls.size());
   controls.clear();
   gtk_window_destroy(window);
+  g_object_unref(box);
   --counts.windows;
 }
 
@@ -76,7 +86,7 @@ void GtkNativeWindow::ListenToLook() {
   }
 }
 
-void GtkNativeWindow::ListenToDrops() {
+void GtkNativeWindow::ListenToFiles() {
   const auto dropped =
       +[](GtkDropTarget*, const GValue* value, double, double, gpointer data) -> gboolean {
     std::vector<std::filesystem::path> files;
@@ -94,6 +104,38 @@ void GtkNativeWindow::ListenToDrops() {
   gtk_widget_add_controller(GTK_WIDGET(window), GTK_EVENT_CONTROLLER(target));
 }
 
+// What any program drags comes at least as a text; what ours drag is found in it.
+void GtkNativeWindow::ListenToObjects() {
+  const auto moved = +[](GtkDropTarget*, double x, double y, gpointer data) -> GdkDragAction {
+    auto* const self = static_cast<GtkNativeWindow*>(data);
+    self->events.OnObjectOver(self->InPane(x, y));
+    return GDK_ACTION_COPY;
+  };
+  const auto left = +[](GtkDropTarget*, gpointer data) {
+    static_cast<GtkNativeWindow*>(data)->events.OnObjectOver(std::nullopt);
+  };
+  const auto dropped =
+      +[](GtkDropTarget*, const GValue* value, double x, double y, gpointer data) -> gboolean {
+    auto* const self = static_cast<GtkNativeWindow*>(data);
+    const char* const text = g_value_get_string(value);
+    return TakeDroppedText(text ? text : "", [&](IDataObject* object) {
+      return self->events.OnObjectDropped(object, self->InPane(x, y));
+    });
+  };
+  GtkDropTarget* const target = gtk_drop_target_new(G_TYPE_STRING, GDK_ACTION_COPY);
+  g_signal_connect(target, "motion", G_CALLBACK(moved), this);
+  g_signal_connect(target, "leave", G_CALLBACK(left), this);
+  g_signal_connect(target, "drop", G_CALLBACK(dropped), this);
+  gtk_widget_add_controller(GTK_WIDGET(window), GTK_EVENT_CONTROLLER(target));
+}
+
+// A place of the window as one of the client area.
+Point GtkNativeWindow::InPane(double x, double y) const {
+  double inX = 0, inY = 0;
+  gtk_widget_translate_coordinates(GTK_WIDGET(window), pane, x, y, &inX, &inY);
+  return {static_cast<int>(std::floor(inX)), static_cast<int>(std::floor(inY))};
+}
+
 gboolean GtkNativeWindow::CloseAsked(GtkWindow*, gpointer data) {
   static_cast<GtkNativeWindow*>(data)->events.OnCloseRequest();
   return TRUE;
@@ -103,19 +145,70 @@ gboolean GtkNativeWindow::ShortcutPressed(GtkEventControllerKey*, guint symbol, 
                                           GdkModifierType state, gpointer data) {
   KeyEvent event;
   TakeKey(gdk_keyval_to_lower(symbol), state, event);
-  return event.key != Key::Other && static_cast<GtkNativeWindow*>(data)->events.OnShortcut(event);
+  return event.key != Key::Other && static_cast<GtkNativeWindow*>(data)->TellShortcut(event);
+}
+
+// The window that is docked here has the first word on keys in it.
+bool GtkNativeWindow::TellShortcut(const KeyEvent& event) {
+  GtkNativeWindow* const inner = WithFocus();
+  if (inner->events.KeepsKey(event)) return false;
+  return inner->events.OnShortcut(event) || (inner != this && events.OnShortcut(event));
 }
 
 // Controls that tell their keys themselves have told this one already.
 gboolean GtkNativeWindow::KeyPressed(GtkEventControllerKey*, guint symbol, guint,
                                      GdkModifierType state, gpointer data) {
-  auto* const self = static_cast<GtkNativeWindow*>(data);
-  const GtkControl* const control = self->Find(self->Focused());
+  return static_cast<GtkNativeWindow*>(data)->WithFocus()->TellKey(symbol, state);
+}
+
+bool GtkNativeWindow::TellKey(guint symbol, GdkModifierType state) {
+  const GtkControl* const control = Find(Focused());
   const bool hasTold =
       control && (control->Kind() == ControlKind::Slider || control->Kind() == ControlKind::Edit ||
                   control->Kind() == ControlKind::Canvas);
   KeyEvent event;
-  return !hasTold && TakeKey(symbol, state, event) && self->events.OnKey(0, event);
+  return !hasTold && TakeKey(symbol, state, event) && events.OnKey(0, event);
+}
+
+// --- docks
+
+GtkNativeWindow* GtkNativeWindow::OfHandle(void* handle) {
+  if (!handle || !GTK_IS_WINDOW(handle)) return nullptr;
+  return static_cast<GtkNativeWindow*>(g_object_get_data(G_OBJECT(handle), kOwnData));
+}
+
+bool GtkNativeWindow::EnterHost(Host* newHost, GtkRoot* top) {
+  if (top == GTK_ROOT(window)) return false;
+  isShownInHost = IsVisible();
+  gtk_widget_hide(GTK_WIDGET(window));
+  gtk_window_set_child(window, nullptr);
+  gtk_widget_set_visible(box, isShownInHost);
+  host = newHost;
+  return true;
+}
+
+void GtkNativeWindow::LeaveHost() {
+  host = nullptr;
+  gtk_widget_show(box);
+  gtk_window_set_child(window, box);
+  if (isShownInHost) gtk_window_present(window);
+}
+
+Size GtkNativeWindow::WantedSize() const {
+  if (!isShownInHost) return {};
+  GtkRequisition natural;
+  gtk_widget_get_preferred_size(box, nullptr, &natural);
+  return {natural.width, natural.height};
+}
+
+GtkWindow* GtkNativeWindow::TopWindow() const {
+  GtkRoot* const root = gtk_widget_get_root(box);
+  return root ? GTK_WINDOW(root) : window;
+}
+
+GtkNativeWindow* GtkNativeWindow::WithFocus() {
+  auto* const dock = dynamic_cast<Host*>(Find(Focused()));
+  return dock && dock->Guest() ? dock->Guest() : this;
 }
 
 ControlId GtkNativeWindow::Add(const ControlSpec& spec) {
@@ -150,7 +243,8 @@ void GtkNativeWindow::SetBubble(ControlId control, const std::string& text) {
 }
 
 ControlId GtkNativeWindow::Focused() {
-  GtkWidget* const focus = gtk_window_get_focus(window);
+  GtkRoot* const root = gtk_widget_get_root(box);
+  GtkWidget* const focus = root ? gtk_root_get_focus(root) : nullptr;
   for (const auto& control : controls) {
     GtkWidget* const widget = control->Widget();
     if (focus && (focus == widget || gtk_widget_is_ancestor(focus, widget))) return control->Id();
@@ -168,6 +262,7 @@ void GtkNativeWindow::SetTitle(const std::string& title) {
 void GtkNativeWindow::SetClientSize(Size size) {
   if (isTool) {
     SetPaneSize(pane, size);
+    if (host) host->GuestChanged();
   } else {
     clientSize = size;
     gtk_window_set_default_size(window, size.width, size.height + MenuBarHeight());
@@ -194,6 +289,7 @@ void GtkNativeWindow::SetMenuState(int entry, bool isEnabled, bool isChecked) {
 }
 
 void GtkNativeWindow::Show(bool activate) {
+  if (host) return ShowInHost(true);
   const bool wasHidden = !gtk_widget_get_visible(GTK_WIDGET(window));
   if (activate) {
     gtk_window_present(window);
@@ -204,24 +300,32 @@ void GtkNativeWindow::Show(bool activate) {
 }
 
 void GtkNativeWindow::Hide() {
+  if (host) return ShowInHost(false);
   gtk_widget_hide(GTK_WIDGET(window));
 }
 
+void GtkNativeWindow::ShowInHost(bool isShown) {
+  isShownInHost = isShown;
+  gtk_widget_set_visible(box, isShown);
+  host->GuestChanged();
+}
+
 bool GtkNativeWindow::IsVisible() {
+  if (host) return isShownInHost;
   return gtk_widget_get_visible(GTK_WIDGET(window));
 }
 
 void GtkNativeWindow::SetOnTop(bool onTop) {
   isOnTop = onTop;
-  SetAboveOthers(window, onTop);
+  if (!host) SetAboveOthers(window, onTop);
 }
 
 Point GtkNativeWindow::Position() {
-  return ClientOnScreen(window);
+  return ClientOnScreen(TopWindow());
 }
 
 void GtkNativeWindow::Move(Point place) {
-  MoveOnScreen(window, place);
+  if (!host) MoveOnScreen(window, place);
 }
 
 int GtkNativeWindow::RunMenu(Point place, const std::vector<MenuEntry>& entries) {
@@ -230,28 +334,29 @@ int GtkNativeWindow::RunMenu(Point place, const std::vector<MenuEntry>& entries)
 
 std::optional<Colour> GtkNativeWindow::AskColour(const std::string& title, Colour start,
                                                  const std::function<void(Colour)>& onTry) {
-  return RunColourDialog(window, title, start, onTry);
+  return RunColourDialog(TopWindow(), title, start, onTry);
 }
 
 std::optional<std::filesystem::path> GtkNativeWindow::AskFile(
     const std::string& title, bool toSave, const std::filesystem::path& start,
     const std::vector<std::string>& patterns) {
-  return RunFileDialog(window, title, toSave, start, patterns);
+  return RunFileDialog(TopWindow(), title, toSave, start, patterns);
 }
 
 DragEnd GtkNativeWindow::Drag(IDataObject* object, IDropSource*, std::uint32_t allowed,
                               std::uint32_t& effect) {
-  return RunDrag(GTK_WIDGET(window), object, allowed, effect);
+  return RunDrag(GTK_WIDGET(TopWindow()), object, allowed, effect);
 }
 
 Rect GtkNativeWindow::OnScreen(ControlId control) {
   const GtkControl* const found = Find(control);
   graphene_rect_t bounds;
-  if (!found || !gtk_widget_compute_bounds(found->Widget(), GTK_WIDGET(window), &bounds)) return {};
+  GtkWindow* const top = TopWindow();
+  if (!found || !gtk_widget_compute_bounds(found->Widget(), GTK_WIDGET(top), &bounds)) return {};
   double offsetX = 0, offsetY = 0;
-  gtk_native_get_surface_transform(GTK_NATIVE(window), &offsetX, &offsetY);
+  gtk_native_get_surface_transform(GTK_NATIVE(top), &offsetX, &offsetY);
   const int scale = gtk_widget_get_scale_factor(found->Widget());
-  const Point corner = ClientOnScreen(window);
+  const Point corner = ClientOnScreen(top);
   const auto pixels = [scale](double units) {
     return static_cast<int>(std::lround(units * scale));
   };
@@ -261,8 +366,8 @@ Rect GtkNativeWindow::OnScreen(ControlId control) {
 }
 
 bool GtkNativeWindow::SaveImage(const std::filesystem::path& file) {
-  auto* const widget = GTK_WIDGET(window);
-  GskRenderer* const renderer = gtk_native_get_renderer(GTK_NATIVE(window));
+  auto* const widget = GTK_WIDGET(TopWindow());
+  GskRenderer* const renderer = gtk_native_get_renderer(GTK_NATIVE(widget));
   const int width = gtk_widget_get_width(widget), height = gtk_widget_get_height(widget);
   if (!renderer || width < 1 || height < 1) return false;
   const auto scale = static_cast<float>(gtk_widget_get_scale_factor(widget));

@@ -236,6 +236,11 @@ IDataObject* TakeFromClipboard() {
   return holdsAny ? object.Detach() : nullptr;
 }
 
+bool TakeDroppedText(const char* utf8, const std::function<bool(IDataObject*)>& take) {
+  const auto object = platform::ComPtr<IDataObject>::Attach(library.newTransfer());
+  return Add(object.Get(), CF_TEXT, base::FromUtf8(utf8) + '\0') && take(object.Get());
+}
+
 DragEnd RunDrag(GtkWidget* window, IDataObject* object, std::uint32_t allowed,
                 std::uint32_t& effect) {
   effect = 0;

@@ -1,13 +1,18 @@
 #include "toolkit/windows/Controls.h"
 
+#include <oleacc.h>
 #include <uxtheme.h>
 #include <vssym32.h>
 #include <windowsx.h>
+
+#include <algorithm>
+#include <utility>
 
 #include "toolkit/ZNControls.h"
 #include "toolkit/windows/DarkControls.h"
 #include "toolkit/windows/GdiPainter.h"
 #include "toolkit/windows/WideText.h"
+#include "toolkit/windows/WindowsWindow.h"
 
 namespace toolkit {
 namespace {
@@ -364,7 +369,7 @@ class CanvasControl final : public WindowsControl {
   CanvasControl(HWND parent, ControlId newId, const ControlSpec& controlSpec,
                 WindowEvents& receiver, WindowsSystem& shared)
       : WindowsControl(newId, controlSpec, receiver, shared) {
-    Create(parent, kCanvasClass, controlSpec.takesFocus ? WS_TABSTOP : 0);
+    Create(parent, kCanvasClass, TakesFocus(controlSpec.role) ? WS_TABSTOP : 0);
   }
 
  private:
@@ -441,7 +446,7 @@ void CanvasControl::Tell(MouseAction action, int button, WPARAM keys, LPARAM pla
 }
 
 void CanvasControl::Press(MouseAction action, int button, WPARAM keys, LPARAM place) {
-  if (spec.takesFocus) SetFocus(Handle());
+  if (TakesFocus(spec.role)) SetFocus(Handle());
   SetCapture(Handle());
   Tell(action, button, keys, place);
 }
@@ -457,6 +462,156 @@ void CanvasControl::Move(WPARAM keys, LPARAM place) {
     isInside = TrackMouseEvent(&track);
   }
   Tell(MouseAction::Move, keys & MK_LBUTTON ? 1 : keys & MK_MBUTTON ? 3 : 0, keys, place);
+}
+
+// --- docks
+
+constexpr int kLine = 24;  // that the arrows of a scroll bar move by
+
+class DockControl final : public WindowsControl, public WindowsWindow::Host {
+ public:
+  DockControl(HWND parent, ControlId newId, const ControlSpec& controlSpec, WindowEvents& receiver,
+              WindowsSystem& shared)
+      : WindowsControl(newId, controlSpec, receiver, shared) {
+    Create(parent, kCanvasClass, WS_CLIPCHILDREN | WS_HSCROLL | WS_VSCROLL, WS_EX_CONTROLPARENT);
+  }
+  ~DockControl() override { DockControl::Dock(nullptr); }
+
+  bool Dock(void* window) override;
+  Size DockedSize() override { return guest ? guest->WantedSize() : Size(); }
+  void Place(const Rect& place) override {
+    WindowsControl::Place(place);
+    Arrange();
+  }
+
+  void GuestChanged() override {
+    Arrange();
+    events.OnDockChanged(Id());
+  }
+  void GuestGone() override {
+    guest = nullptr;
+    events.OnDockChanged(Id());
+  }
+  void ShowGuestPart(const RECT& onScreen) override;
+
+ private:
+  bool HandleMessage(UINT message, WPARAM wide, LPARAM more, LRESULT& result) override;
+  void Arrange();
+  // -1: the bar has not moved.
+  int Scrolled(int bar, int request, int line) const;
+  void ScrollTo(int bar, int place);
+  int PlaceOf(int bar) const;
+
+  WindowsWindow* guest = nullptr;
+};
+
+bool DockControl::Dock(void* window) {
+  WindowsWindow* const next = WindowsWindow::OfHandle(window);
+  if (window && !next) return false;
+  if (next == guest) return true;
+  if (guest) std::exchange(guest, nullptr)->LeaveHost();
+  if (next && next->EnterHost(this, Handle())) guest = next;
+  ScrollTo(SB_VERT, 0);
+  return guest == next;
+}
+
+int DockControl::PlaceOf(int bar) const {
+  SCROLLINFO info = {};
+  info.cbSize = sizeof info;
+  info.fMask = SIF_POS;
+  GetScrollInfo(Handle(), bar, &info);
+  return info.nPos;
+}
+
+// Bars come and go with what they have to move.
+void DockControl::Arrange() {
+  const Size wanted = DockedSize();
+  for (const int bar : {SB_VERT, SB_HORZ}) {
+    RECT client;
+    GetClientRect(Handle(), &client);
+    const LONG page = bar == SB_VERT ? client.bottom : client.right;
+    SCROLLINFO info = {};
+    info.cbSize = sizeof info;
+    info.fMask = SIF_RANGE | SIF_PAGE;
+    info.nMax = (bar == SB_VERT ? wanted.height : wanted.width) - 1;
+    info.nPage = static_cast<UINT>(page > 0 ? page : 0);
+    if (info.nMax < 0) info.nMax = 0;
+    SetScrollInfo(Handle(), bar, &info, TRUE);
+  }
+  if (!guest) return;
+  RECT client;
+  GetClientRect(Handle(), &client);
+  const int width = std::max(wanted.width, static_cast<int>(client.right));
+  const int height = std::max(wanted.height, static_cast<int>(client.bottom));
+  guest->PlaceInHost({-PlaceOf(SB_HORZ), -PlaceOf(SB_VERT), width, height});
+}
+
+void DockControl::ScrollTo(int bar, int place) {
+  SetScrollPos(Handle(), bar, place, TRUE);
+  Arrange();
+}
+
+int DockControl::Scrolled(int bar, int request, int line) const {
+  SCROLLINFO info = {};
+  info.cbSize = sizeof info;
+  info.fMask = SIF_ALL;
+  GetScrollInfo(Handle(), bar, &info);
+  const int page = static_cast<int>(info.nPage);
+  switch (request) {
+    case SB_LINEUP:
+      return std::max(0, info.nPos - line);
+    case SB_LINEDOWN:
+      return info.nPos + line;
+    case SB_PAGEUP:
+      return std::max(0, info.nPos - page);
+    case SB_PAGEDOWN:
+      return info.nPos + page;
+    case SB_THUMBPOSITION:
+    case SB_THUMBTRACK:
+      return info.nTrackPos;
+    case SB_TOP:
+      return 0;
+    case SB_BOTTOM:
+      return info.nMax;
+    default:
+      return info.nPos;
+  }
+}
+
+// So that the control with the focus is seen.
+void DockControl::ShowGuestPart(const RECT& onScreen) {
+  RECT seen;
+  GetClientRect(Handle(), &seen);
+  MapWindowPoints(Handle(), nullptr, reinterpret_cast<POINT*>(&seen), 2);
+  const LONG below = onScreen.bottom - seen.bottom, above = seen.top - onScreen.top;
+  if (below > 0) ScrollTo(SB_VERT, PlaceOf(SB_VERT) + static_cast<int>(below));
+  if (above > 0) ScrollTo(SB_VERT, PlaceOf(SB_VERT) - static_cast<int>(above));
+}
+
+bool DockControl::HandleMessage(UINT message, WPARAM wide, LPARAM, LRESULT& result) {
+  const int line = system.Scaled(kLine);
+  result = 0;
+  switch (message) {
+    case WM_ERASEBKGND: {
+      RECT client;
+      GetClientRect(Handle(), &client);
+      FillRect(reinterpret_cast<HDC>(wide), &client, system.WindowBrush());
+      result = 1;
+      return true;
+    }
+    case WM_VSCROLL:
+    case WM_HSCROLL: {
+      const int bar = message == WM_VSCROLL ? SB_VERT : SB_HORZ;
+      ScrollTo(bar, Scrolled(bar, LOWORD(wide), line));
+      return true;
+    }
+    case WM_MOUSEWHEEL:
+      ScrollTo(SB_VERT, std::max(0, PlaceOf(SB_VERT) -
+                                        3 * line * GET_WHEEL_DELTA_WPARAM(wide) / WHEEL_DELTA));
+      return true;
+    default:
+      return false;
+  }
 }
 
 // --- keys
@@ -541,13 +696,30 @@ void WindowsControl::Create(HWND parent, const wchar_t* windowClass, DWORD style
   handle = CreateWindowExW(extended, windowClass, text.c_str(), WS_CHILD | WS_VISIBLE | style, 0, 0,
                            0, 0, parent, child, WindowsSystem::Module(), nullptr);
   if (!handle) return;
+  const bool isOwn = spec.kind == ControlKind::Canvas || spec.kind == ControlKind::Slider ||
+                     spec.kind == ControlKind::ColourButton;
+  if (isOwn) told = std::make_shared<AccessibleContent>(ContentOf(spec));
   SetWindowSubclass(handle, Procedure, 1, reinterpret_cast<DWORD_PTR>(this));
   SetFont();
   ++system.counts.controls;
 }
 
+void WindowsControl::SetValueText(const std::string& text) {
+  const std::wstring wide = WideOf(text);
+  if (!told || told->value == wide) return;
+  told->value = wide;
+  NotifyWinEvent(EVENT_OBJECT_VALUECHANGE, handle, OBJID_CLIENT, CHILDID_SELF);
+}
+
+void WindowsControl::SetRows(const std::vector<CanvasRow>& newRows) {
+  if (!told) return;
+  told->rows = newRows;
+  NotifyWinEvent(EVENT_OBJECT_REORDER, handle, OBJID_CLIENT, CHILDID_SELF);
+}
+
 WindowsControl::~WindowsControl() {
   if (!handle) return;
+  if (told) told->window = nullptr;
   RemoveWindowSubclass(handle, Procedure, 1);
   DestroyWindow(handle);
   --system.counts.controls;
@@ -587,14 +759,21 @@ LRESULT CALLBACK WindowsControl::Procedure(HWND window, UINT message, WPARAM wid
     case WM_KILLFOCUS:
       result = DefSubclassProc(window, message, wide, more);
       if (self->system.Colours().isDark) RedrawWindow(window, nullptr, nullptr, kWithFrame);
+      if (message == WM_SETFOCUS) WindowsWindow::Reveal(window);
       self->events.OnFocus(self->id, message == WM_SETFOCUS);
       return result;
-    case WM_MOUSEWHEEL:
+    case WM_MOUSEWHEEL: {
       if (self->Kind() == ControlKind::List) break;
-      self->events.OnWheel(self->id,
-                           GET_WHEEL_DELTA_WPARAM(wide) / static_cast<double>(WHEEL_DELTA),
-                           GetFocus() == window);
-      return 0;
+      HWND const parent = GetParent(window);
+      const double notches = GET_WHEEL_DELTA_WPARAM(wide) / static_cast<double>(WHEEL_DELTA);
+      const bool isUsed = self->events.OnWheel(self->id, notches, GetFocus() == window);
+      return isUsed || !IsWindow(parent) ? 0 : SendMessageW(parent, message, wide, more);
+    }
+    case WM_GETOBJECT:
+      if (self->told && static_cast<DWORD>(more) == static_cast<DWORD>(OBJID_CLIENT)) {
+        return AnswerWithAccessible(window, self->told, wide);
+      }
+      break;
     case WM_CONTEXTMENU:
       if (self->Kind() == ControlKind::Edit) break;
       return self->HandleContextMenu(more);
@@ -655,6 +834,8 @@ std::unique_ptr<WindowsControl> MakeWindowsControl(HWND parent, ControlId id,
       return std::make_unique<ListControl>(parent, id, spec, events, system);
     case ControlKind::ColourButton:
       return std::make_unique<ColourControl>(parent, id, spec, events, system);
+    case ControlKind::Dock:
+      return std::make_unique<DockControl>(parent, id, spec, events, system);
     case ControlKind::Canvas:
       break;
   }
@@ -678,6 +859,7 @@ Size PreferredControlSize(const WindowsSystem& system, ControlKind kind, const s
     case ControlKind::ColourButton:
       return {system.Scaled(48), system.Scaled(26)};
     case ControlKind::Canvas:
+    case ControlKind::Dock:
       return {system.Scaled(32), system.Scaled(32)};
     case ControlKind::ComboBox:
     case ControlKind::List:

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "toolkit/Backend.h"
+#include "toolkit/windows/AccessibleControl.h"
 #include "toolkit/windows/System.h"
 
 namespace toolkit {
@@ -25,8 +26,11 @@ class WindowsControl {
 
   void SetEnabled(bool enabled) { EnableWindow(handle, enabled); }
   void SetVisible(bool visible) { ShowWindow(handle, visible ? SW_SHOWNA : SW_HIDE); }
-  // The system's screen readers read sliders and edits by themselves.
-  void SetValueText(const std::string&) {}
+  // For screen readers; the system's own know the rest of what its controls show.
+  void SetValueText(const std::string& text);
+  void SetRows(const std::vector<CanvasRow>& newRows);
+  virtual bool Dock(void*) { return false; }
+  virtual Size DockedSize() { return {}; }
   void Focus() { SetFocus(handle); }
   void SelectAll() { SendMessageW(handle, EM_SETSEL, 0, -1); }
   void Redraw() { InvalidateRect(handle, nullptr, FALSE); }
@@ -67,6 +71,7 @@ class WindowsControl {
 
   HWND handle = nullptr;
   ControlId id;
+  std::shared_ptr<AccessibleContent> told;
 };
 
 std::unique_ptr<WindowsControl> MakeWindowsControl(HWND parent, ControlId id,

@@ -77,6 +77,21 @@ void GdiPainter::WriteText(Point place, const std::string& text, Colour colour) 
   SelectObject(device, before);
 }
 
+void GdiPainter::WriteLine(const Rect& place, const std::string& text, Colour colour,
+                           TextAlign align) {
+  graphics.Flush(Gdiplus::FlushIntentionSync);
+  const HGDIOBJ before = SelectObject(device, font);
+  SetBkMode(device, TRANSPARENT);
+  SetTextColor(device, RefOf(colour));
+  RECT rect = {place.x, place.y, place.Right(), place.Bottom()};
+  const UINT side = align == TextAlign::Left     ? DT_LEFT
+                    : align == TextAlign::Centre ? DT_CENTER
+                                                 : DT_RIGHT;
+  DrawTextW(device, WideOf(text).c_str(), -1, &rect,
+            side | DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS | DT_NOPREFIX);
+  SelectObject(device, before);
+}
+
 void GdiPainter::DrawPicture(const Rect& place, const PictureRows& picture) {
   const Rect seen = SeenPart(place, area);
   if (seen.width < 1 || seen.height < 1) return;

@@ -19,6 +19,8 @@ class GdiPainter final : public Painter {
   void DrawCircle(Spot centre, double radius, Colour colour, double thickness) override;
   void FillCircle(Spot centre, double radius, Colour colour) override;
   void WriteText(Point place, const std::string& text, Colour colour) override;
+  void WriteLine(const Rect& place, const std::string& text, Colour colour,
+                 TextAlign align) override;
   void DrawPicture(const Rect& place, const PictureRows& picture) override;
   void Shade(const Rect& place, double strength) override;
 

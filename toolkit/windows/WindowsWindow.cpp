@@ -1,7 +1,6 @@
 #include "toolkit/windows/WindowsWindow.h"
 
 #include <ole2.h>
-#include <shellapi.h>
 
 #include "toolkit/windows/SystemDialogs.h"
 #include "toolkit/windows/WideText.h"
@@ -50,16 +49,10 @@ bool TellsKeys(ControlKind kind) {
   return kind == ControlKind::Slider || kind == ControlKind::Edit || kind == ControlKind::Canvas;
 }
 
-std::vector<std::filesystem::path> TakeFiles(HDROP dropped) {
-  constexpr UINT kCount = 0xFFFFFFFF;
-  std::vector<std::filesystem::path> files;
-  for (UINT i = 0; i < DragQueryFileW(dropped, kCount, nullptr, 0); ++i) {
-    std::wstring name(DragQueryFileW(dropped, i, nullptr, 0) + 1, L'\0');
-    name.resize(DragQueryFileW(dropped, i, name.data(), static_cast<UINT>(name.size())));
-    files.emplace_back(name);
-  }
-  DragFinish(dropped);
-  return files;
+bool IsOurs(HWND window) {
+  wchar_t name[32] = L"";
+  GetClassNameW(window, name, 32);
+  return std::wstring_view(name) == kWindowClass;
 }
 
 }  // namespace
@@ -92,7 +85,9 @@ WindowsWindow::WindowsWindow(const WindowSpec& spec, WindowEvents& receiver,
                       StyleOf(spec), CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
                       static_cast<HWND>(spec.owner), nullptr, WindowsSystem::Module(), this);
   if (!window) return;
-  if (spec.takesFiles) DragAcceptFiles(window, TRUE);
+  if (spec.takesFiles || spec.takesObjects) {
+    drops = std::make_unique<DropRegistration>(window, spec, events);
+  }
   ++system.counts.windows;
   ShowDarkFrame(window, system.Colours().isDark);
   // Marks of focus and mnemonics are shown once the keyboard is used, as the person has set it.
@@ -101,6 +96,8 @@ WindowsWindow::WindowsWindow(const WindowSpec& spec, WindowEvents& receiver,
 
 WindowsWindow::~WindowsWindow() {
   if (!window) return;
+  if (host) std::exchange(host, nullptr)->GuestGone();
+  drops.reset();
   SetWindowLongPtrW(window, GWLP_USERDATA, 0);
   controls.clear();
   SetMenu(window, nullptr);
@@ -108,12 +105,67 @@ WindowsWindow::~WindowsWindow() {
   --system.counts.windows;
 }
 
+// The nearest one: a window may be docked in another.
 WindowsWindow* WindowsWindow::Of(HWND windowOrControl) {
-  HWND const top = GetAncestor(windowOrControl, GA_ROOT);
-  wchar_t name[32] = L"";
-  GetClassNameW(top, name, 32);
-  if (std::wstring_view(name) != kWindowClass) return nullptr;
-  return reinterpret_cast<WindowsWindow*>(GetWindowLongPtrW(top, GWLP_USERDATA));
+  HWND at = windowOrControl;
+  while (at && !IsOurs(at)) at = GetAncestor(at, GA_PARENT);
+  return at ? reinterpret_cast<WindowsWindow*>(GetWindowLongPtrW(at, GWLP_USERDATA)) : nullptr;
+}
+
+// --- docks
+
+WindowsWindow* WindowsWindow::OfHandle(void* handle) {
+  HWND const window = static_cast<HWND>(handle);
+  DWORD process = 0;
+  if (!window || !GetWindowThreadProcessId(window, &process)) return nullptr;
+  return process == GetCurrentProcessId() && IsOurs(window) ? Of(window) : nullptr;
+}
+
+bool WindowsWindow::EnterHost(Host* newHost, HWND place) {
+  if (IsChild(window, place)) return false;
+  const bool isShown = IsVisible();
+  freeStyle = GetWindowLongPtrW(window, GWL_STYLE);
+  freeOwner = GetWindow(window, GW_OWNER);
+  ShowWindow(window, SW_HIDE);
+  SetWindowLongPtrW(window, GWL_STYLE, WS_CHILD | WS_CLIPCHILDREN);
+  SetParent(window, place);
+  host = newHost;
+  if (isShown) ShowWindow(window, SW_SHOWNA);
+  return true;
+}
+
+// The window comes out where it was seen.
+void WindowsWindow::LeaveHost() {
+  const bool isShown = (GetWindowLongPtrW(window, GWL_STYLE) & WS_VISIBLE) != 0;
+  const Point place = Position();
+  host = nullptr;
+  ShowWindow(window, SW_HIDE);
+  SetParent(window, nullptr);
+  SetWindowLongPtrW(window, GWL_STYLE, freeStyle & ~static_cast<LONG_PTR>(WS_VISIBLE));
+  SetWindowLongPtrW(window, GWLP_HWNDPARENT, reinterpret_cast<LONG_PTR>(freeOwner));
+  Move(place);
+  SetClientSize(wanted);
+  if (isShown) Show(true);
+}
+
+void WindowsWindow::PlaceInHost(const Rect& place) {
+  SetWindowPos(window, nullptr, place.x, place.y, place.width, place.height,
+               SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
+}
+
+Size WindowsWindow::WantedSize() const {
+  const bool isShown = (GetWindowLongPtrW(window, GWL_STYLE) & WS_VISIBLE) != 0;
+  return isShown ? wanted : Size();
+}
+
+void WindowsWindow::Reveal(HWND control) {
+  const WindowsWindow* const self = Of(control);
+  RECT place;
+  if (self && self->host && GetWindowRect(control, &place)) self->host->ShowGuestPart(place);
+}
+
+WindowsWindow* WindowsWindow::Outer() const {
+  return host ? Of(GetAncestor(window, GA_PARENT)) : nullptr;
 }
 
 // --- controls
@@ -173,6 +225,8 @@ void WindowsWindow::SetTitle(const std::string& title) {
 }
 
 void WindowsWindow::SetClientSize(Size size) {
+  wanted = size;
+  if (host) return host->GuestChanged();
   RECT place = {0, 0, size.width, size.height};
   AdjustWindowRectEx(&place, static_cast<DWORD>(GetWindowLongPtrW(window, GWL_STYLE)),
                      GetMenu(window) != nullptr,
@@ -205,15 +259,25 @@ void WindowsWindow::SetMenuState(int entry, bool isEnabled, bool isChecked) {
   if (bar) bar->SetState(entry, isEnabled, isChecked);
 }
 
+// The owner of a docked window is the one that it is docked in.
+void WindowsWindow::SetModal(bool isModal) {
+  HWND const owner = GetWindow(window, GW_OWNER);
+  if (owner) EnableWindow(GetAncestor(owner, GA_ROOT), !isModal);
+}
+
 void WindowsWindow::Show(bool activate) {
-  ShowWindow(window, activate ? SW_SHOW : SW_SHOWNA);
+  ShowWindow(window, activate && !host ? SW_SHOW : SW_SHOWNA);
+  if (host) host->GuestChanged();
   if (!activate) return;
-  SetForegroundWindow(window);
+  if (!host) SetForegroundWindow(window);
   if (!ByHandle(GetFocus())) SetFocus(GetNextDlgTabItem(window, nullptr, FALSE));
 }
 
 void WindowsWindow::Hide() {
+  const bool hadFocus = host && IsChild(window, GetFocus());
   ShowWindow(window, SW_HIDE);
+  if (hadFocus) SetFocus(TopWindow());
+  if (host) host->GuestChanged();
 }
 
 bool WindowsWindow::IsVisible() {
@@ -221,6 +285,7 @@ bool WindowsWindow::IsVisible() {
 }
 
 void WindowsWindow::SetOnTop(bool onTop) {
+  if (host) return;
   SetWindowPos(window, onTop ? HWND_TOPMOST : HWND_NOTOPMOST, 0, 0, 0, 0,
                SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
 }
@@ -232,6 +297,7 @@ Point WindowsWindow::Position() {
 }
 
 void WindowsWindow::Move(Point place) {
+  if (host) return;
   SetWindowPos(window, nullptr, place.x, place.y, 0, 0, SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
@@ -246,13 +312,13 @@ int WindowsWindow::RunMenu(Point place, const std::vector<MenuEntry>& entries) {
 
 std::optional<Colour> WindowsWindow::AskColour(const std::string&, Colour start,
                                                const std::function<void(Colour)>&) {
-  return RunColourDialog(window, start);
+  return RunColourDialog(TopWindow(), start);
 }
 
 std::optional<std::filesystem::path> WindowsWindow::AskFile(
     const std::string& title, bool toSave, const std::filesystem::path& start,
     const std::vector<std::string>& patterns) {
-  return RunFileDialog(window, title, toSave, start, patterns);
+  return RunFileDialog(TopWindow(), title, toSave, start, patterns);
 }
 
 DragEnd WindowsWindow::Drag(IDataObject* object, IDropSource* source, std::uint32_t allowed,
@@ -343,9 +409,6 @@ LRESULT WindowsWindow::HandleWindow(HWND handle, UINT message, WPARAM wide, LPAR
     case WM_SIZE:
       if (wide != SIZE_MINIMIZED) events.OnResized({LOWORD(more), HIWORD(more)});
       return 0;
-    case WM_DROPFILES:
-      events.OnFilesDropped(TakeFiles(reinterpret_cast<HDROP>(wide)));
-      return 0;
     case WM_MOVE:
       events.OnMoved();
       return 0;
@@ -428,10 +491,13 @@ void WindowsWindow::TakeLook(WindowsSystem& system) {
   if (!system.Refresh()) return;
   std::vector<HWND> windows;
   const auto collect = +[](HWND window, LPARAM data) -> BOOL {
-    if (Of(window)) reinterpret_cast<std::vector<HWND>*>(data)->push_back(window);
+    if (IsOurs(window)) reinterpret_cast<std::vector<HWND>*>(data)->push_back(window);
     return TRUE;
   };
   EnumThreadWindows(GetCurrentThreadId(), collect, reinterpret_cast<LPARAM>(&windows));
+  for (HWND const top : std::vector(windows)) {
+    EnumChildWindows(top, collect, reinterpret_cast<LPARAM>(&windows));  // those in docks
+  }
   for (HWND window : windows) {
     if (WindowsWindow* self = IsWindow(window) ? Of(window) : nullptr) self->ShowLook();
   }
@@ -463,7 +529,9 @@ bool WindowsWindow::WantsItself(const WindowsControl& control, Key key) {
 bool WindowsWindow::TellShortcut(const MSG& message) {
   if (message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) return false;
   const KeyEvent event = PressedKey(message);
-  return event.key != Key::Other && events.OnShortcut(event);
+  if (event.key == Key::Other || events.KeepsKey(event)) return false;
+  WindowsWindow* const outer = Outer();
+  return events.OnShortcut(event) || (outer && outer->events.OnShortcut(event));
 }
 
 bool WindowsWindow::TellKey(const MSG& message) {
@@ -482,7 +550,7 @@ bool WindowsWindow::TakeMessage(MSG& message) {
   HWND const window = self->window;
   const bool isUsed = self->TellShortcut(message) || (IsWindow(window) && self->TellKey(message));
   if (isUsed || !IsWindow(window)) return true;
-  return IsDialogMessageW(window, &message) != FALSE;
+  return IsDialogMessageW(self->TopWindow(), &message) != FALSE;
 }
 
 }  // namespace toolkit

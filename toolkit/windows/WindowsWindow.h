@@ -8,12 +8,25 @@
 
 #include "toolkit/ControlWindow.h"
 #include "toolkit/windows/Controls.h"
+#include "toolkit/windows/DropTarget.h"
 #include "toolkit/windows/Menus.h"
 
 namespace toolkit {
 
 class WindowsWindow : public ControlWindow<WindowsControl> {
  public:
+  // What a docked window lives in.
+  class Host {
+   public:
+    virtual void GuestChanged() = 0;  // wants another size, was hidden or shown
+    virtual void GuestGone() = 0;     // it is about to be destroyed
+    // Scrolls to a part of the guest.
+    virtual void ShowGuestPart(const RECT& onScreen) = 0;
+
+   protected:
+    ~Host() = default;
+  };
+
   WindowsWindow(const WindowSpec& spec, WindowEvents& receiver, WindowsSystem& windowsSystem);
   ~WindowsWindow() override;
   bool IsMade() const { return window != nullptr; }
@@ -26,6 +39,7 @@ class WindowsWindow : public ControlWindow<WindowsControl> {
   void SetClientSize(Size size) override;
   void SetMenuBar(const std::vector<MenuEntry>& entries) override;
   void SetMenuState(int entry, bool isEnabled, bool isChecked) override;
+  void SetModal(bool isModal) override;
   void Show(bool activate) override;
   void Hide() override;
   bool IsVisible() override;
@@ -46,6 +60,17 @@ class WindowsWindow : public ControlWindow<WindowsControl> {
 
   // The window that a message on its way to a window or control belongs to; null for others.
   static WindowsWindow* Of(HWND windowOrControl);
+  // The window of a handle that one of ours gave; null for any other.
+  static WindowsWindow* OfHandle(void* handle);
+  // From now on the window is a part of `place`, which the host puts it in; and no more. False when
+  // that is a part of this window itself.
+  bool EnterHost(Host* newHost, HWND place);
+  void LeaveHost();
+  void PlaceInHost(const Rect& place);
+  Size WantedSize() const;
+  // A control has the focus now: where its window is docked, the dock shows it.
+  static void Reveal(HWND control);
+
   // Takes a message that the thread is about to handle; true when it is done with.
   static bool TakeMessage(MSG& message);
   // Where theme, font or scale have changed, gives all windows of the thread the new ones.
@@ -63,6 +88,9 @@ class WindowsWindow : public ControlWindow<WindowsControl> {
   LRESULT HandleWindow(HWND handle, UINT message, WPARAM wide, LPARAM more);
   LRESULT ColoursOf(UINT message, HDC device);
   bool RestoreFocus(WPARAM activation);
+  HWND TopWindow() const { return GetAncestor(window, GA_ROOT); }
+  // That this one is docked in; null without one.
+  WindowsWindow* Outer() const;
   void ShowLook();
   void ShowMenuBar();
   void FillMenuBar();
@@ -80,6 +108,11 @@ class WindowsWindow : public ControlWindow<WindowsControl> {
   bool wasRadio = false;  // the control that was made last
   std::vector<MenuEntry> barEntries;
   std::unique_ptr<WindowsMenu> bar;
+  std::unique_ptr<DropRegistration> drops;
+  Host* host = nullptr;
+  Size wanted;             // of the client area, as it was set last
+  LONG_PTR freeStyle = 0;  // outside of docks
+  HWND freeOwner = nullptr;
 };
 
 }  // namespace toolkit
