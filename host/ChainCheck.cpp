@@ -364,6 +364,18 @@ class Checker {
 
 }  // namespace
 
+std::string WithoutRemarks(const std::string& text) {
+  std::string left;
+  std::size_t at = 0;
+  while (at < text.size()) {
+    const std::size_t end = std::min(text.find('\n', at), text.size() - 1) + 1;
+    const bool isRemark = text.compare(at, 2, "//") == 0;
+    left += isRemark ? "\n" : text.substr(at, end - at);
+    at = end;
+  }
+  return left;
+}
+
 std::string CheckChainText(const ChainText& chain, const std::vector<FilterEntry>& filters,
                            IAnimFilterCreator& creator) {
   return Checker(chain, filters, creator).Run();

@@ -31,6 +31,10 @@ class FXBOX_API ChainError : public std::runtime_error {
   ChainPlace place;
 };
 
+// The text of a chain file without the lines that begin with "//": remarks, and what a host keeps
+// of a chain beside it. They become empty lines, so that places stay right.
+FXBOX_API std::string WithoutRemarks(const std::string& text);
+
 // Takes both layouts, "name(parameters)" and "(name(parameters)", with white space between the
 // items and around the parameters' commas, of which one more may stand at the end. Every filter has
 // to be one of `filters` and do its work, and every parameter a known key with a number of its kind

@@ -118,11 +118,15 @@ FileResult ApplyRun::Do(const PlannedFile& file) {
   return result;
 }
 
+bool ApplyRun::IsStopped() const {
+  return IsInterrupted() || (request.stop && *request.stop);
+}
+
 void ApplyRun::Try(const PlannedFile& file, FileResult& result) {
   if (IsLeftAlone(file)) return Skip(file, result);
   const PictureInput input(file.input, request.limits);
   const Measurements measurements = MeasureFull(input);
-  if (IsInterrupted()) return;
+  if (IsStopped()) return;
   const auto open = [&] { return Open(input, measurements); };
   std::unique_ptr<Opened> opened = open();
   result.size = opened->told.size;
@@ -198,9 +202,9 @@ bool ApplyRun::WriteInBands(const std::filesystem::path& temporary, imageio::For
         opened.told.size, opened.reader.Info().hasMask, plan.window,
         [&opened](imageio::RowSink& sink) { return opened.reader.ReadRows(sink); }));
   }
-  const AbortOnInterrupt abortOnInterrupt(opened.pipeline.Tail());
+  const AbortOnInterrupt abortOnInterrupt(opened.pipeline.Tail(), [this] { return IsStopped(); });
   const BandOutcome outcome = RenderBands(opened.pipeline, opened.part, plan, writing);
-  if (IsInterrupted()) return false;
+  if (IsStopped()) return false;
   if (outcome == BandOutcome::Stopped) throw std::runtime_error(kStoppedEarly);
   if (outcome == BandOutcome::OtherAlpha) hasAlpha = !hasAlpha;
   return outcome == BandOutcome::Written;
@@ -250,9 +254,9 @@ std::unique_ptr<MemoryPicture> ApplyRun::PullPart(Pipeline& pipeline, const Rect
                                                   int bandRows, const imageio::Progress& report) {
   auto picture = std::make_unique<MemoryPicture>("result", part.width, part.height, true, true);
   if (!picture->IsValid()) throw std::runtime_error(kNoMemory);
-  const AbortOnInterrupt abortOnInterrupt(pipeline.Tail());
+  const AbortOnInterrupt abortOnInterrupt(pipeline.Tail(), [this] { return IsStopped(); });
   const bool complete = pipeline.Pull(part, bandRows, *picture, report);
-  if (IsInterrupted()) return nullptr;
+  if (IsStopped()) return nullptr;
   if (!complete) throw std::runtime_error(kStoppedEarly);
   return picture;
 }
@@ -279,7 +283,7 @@ imageio::WriteOptions ApplyRun::WritingOf(const imageio::Metadata& metadata, Siz
 bool ApplyRun::WriteOut(const PlannedFile& file, const platform::Files::WriteFile& write,
                         FileResult& result) {
   const auto writeAndSum = [&](const std::filesystem::path& temporary) {
-    const bool complete = write(temporary) && !IsInterrupted();
+    const bool complete = write(temporary) && !IsStopped();
     if (complete && request.takesDigests) result.digest = DigestOf(temporary);
     return complete;
   };
@@ -303,7 +307,7 @@ imageio::Progress ApplyRun::Report(double first, double last) {
   return [this, first, last](double share) {
     const double ofRest = first + share * (last - first);
     show(measured + (1 - measured) * ofRest);
-    return !IsInterrupted();
+    return !IsStopped();
   };
 }
 

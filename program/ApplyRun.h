@@ -1,6 +1,7 @@
 // The work of the apply command on one picture after the other.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -27,6 +28,8 @@ struct ApplyRequest {
   imageio::WriteOptions writing;  // all but the metadata, which are the picture's
   PictureLimits limits;
   bool takesDigests = false;  // of every output, and of those that are left alone
+  // Stops the work as an interrupt does, once it is true; outlives it. Null for none.
+  const std::atomic<bool>* stop = nullptr;
 };
 
 struct FileResult {
@@ -57,6 +60,7 @@ class ApplyRun {
   struct Opened;
   struct Rendered;
 
+  bool IsStopped() const;
   void Try(const PlannedFile& file, FileResult& result);
   void Skip(const PlannedFile& file, FileResult& result) const;
   std::unique_ptr<Opened> Open(const PictureInput& input, const Measurements& measurements);

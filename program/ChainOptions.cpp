@@ -20,7 +20,7 @@ bool IsShort(const Bytes& first) {
 std::string ReadChainFile(const std::string& file) {
   const auto bytes =
       file == kStandard ? ReadStandardInput(IsShort) : ReadPipe(PathOf(file), IsShort);
-  return {bytes.begin(), bytes.end()};
+  return host::WithoutRemarks({bytes.begin(), bytes.end()});
 }
 
 void TellOfFont(const std::string& warning) {
@@ -59,7 +59,7 @@ void AddChainOptions(CLI::App& command, ChainOptions& options) {
   command
       .add_option("-f,--file", options.file,
                   "File that holds the chain text, - for standard input; blanks and line ends "
-                  "between items are free")
+                  "between items are free, lines that begin with // are remarks")
       ->type_name("FILE");
   command.add_option("--open", options.open, "Marker ahead of an item's parameters")
       ->type_name("MARKER")

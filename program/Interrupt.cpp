@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <utility>
 
 #include "platform/Services.h"
 
@@ -20,8 +21,9 @@ bool IsInterrupted() {
   return interrupted;
 }
 
-AbortOnInterrupt::AbortOnInterrupt(IAnimFilterDestCallsThis& pulled)
-    : tail(pulled), watcher([this] { Watch(); }) {}
+AbortOnInterrupt::AbortOnInterrupt(IAnimFilterDestCallsThis& pulled,
+                                   std::function<bool()> isStopped)
+    : tail(pulled), stopped(std::move(isStopped)), watcher([this] { Watch(); }) {}
 
 AbortOnInterrupt::~AbortOnInterrupt() {
   {
@@ -36,7 +38,7 @@ void AbortOnInterrupt::Watch() {
   constexpr std::chrono::milliseconds kPause(20);
   std::unique_lock hold(lock);
   while (!wake.wait_for(hold, kPause, [this] { return over; })) {
-    if (!IsInterrupted()) continue;
+    if (!stopped()) continue;
     tail.SetAbort(true);
     return;
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -13,12 +14,13 @@ namespace program {
 void CatchInterrupts();
 bool IsInterrupted();
 
-// While it lives, an interrupt sets the abort flag along the chain. The handler of the interrupt
-// may not call objects, so a thread of its own looks several times a second. The chain's links must
-// not change meanwhile.
+// While it lives, an interrupt, or what `isStopped` says, sets the abort flag along the chain. The
+// handler of the interrupt may not call objects, so a thread of its own looks several times a
+// second. The chain's links must not change meanwhile.
 class AbortOnInterrupt {
  public:
-  explicit AbortOnInterrupt(IAnimFilterDestCallsThis& pulled);
+  explicit AbortOnInterrupt(IAnimFilterDestCallsThis& pulled,
+                            std::function<bool()> isStopped = IsInterrupted);
   ~AbortOnInterrupt();
   AbortOnInterrupt(const AbortOnInterrupt&) = delete;
   AbortOnInterrupt& operator=(const AbortOnInterrupt&) = delete;
@@ -27,6 +29,7 @@ class AbortOnInterrupt {
   void Watch();
 
   IAnimFilterDestCallsThis& tail;
+  const std::function<bool()> stopped;
   std::mutex lock;
   std::condition_variable wake;
   bool over = false;

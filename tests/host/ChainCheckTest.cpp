@@ -141,6 +141,12 @@ TEST_F(ChainCheck, RefusesNumbersThatTheFilterDoesNotKeep) {
   }
 }
 
+TEST_F(ChainCheck, RemarksAreEmptyLines) {
+  EXPECT_EQ(host::WithoutRemarks("//a\nb // c\r\n//\n\n d//\n//end"), "\nb // c\r\n\n\n d//\n\n");
+  EXPECT_EQ(host::WithoutRemarks("/ /\n/"), "/ /\n/");
+  EXPECT_EQ(host::WithoutRemarks(""), "");
+}
+
 TEST_F(ChainCheck, TakesTextsAsPeopleWriteThem) {
   for (const char* item : {"Text.1(Text=two words)", "Text.1(Text=%C3%A4%zz,Font=,Size=060)",
                            "Text.1(Text=)", "WaterSign.1(Text=a%3Db)"}) {
