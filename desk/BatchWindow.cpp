@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "desk/Words.h"
 #include "host/Texts.h"
 
 namespace desk {
@@ -12,7 +13,7 @@ BatchWindow::~BatchWindow() {
 
 void BatchWindow::Open(void* owner) {
   toolkit::WindowSpec spec;
-  spec.title = "Batch: this chain over many pictures";
+  spec.title = Words("DESK_BATCH_TITLE");
   spec.owner = owner;
   spec.takesFiles = true;
   session.onBatch = [this](const BatchProgress& progress) { ShowProgress(progress); };
@@ -32,12 +33,12 @@ void BatchWindow::Build() {
     y += height + pad / 2;
     return &made;
   };
-  label("&Pictures: add them, or drop them here");
-  list = &Make<CZNListBox>("Pictures", std::vector<std::string>());
+  label(Words("DESK_BATCH_PICTURES"));
+  list = &Make<CZNListBox>(Words("DESK_BATCH_PICTURES_NAME"), std::vector<std::string>());
   list->Place({pad, y, width, listHeight});
   y += listHeight + pad;
-  label("&Folder for the results");
-  folder = &Make<CZNEdit>("Folder for the results");
+  label(Words("DESK_BATCH_FOLDER"));
+  folder = &Make<CZNEdit>(Words("DESK_BATCH_FOLDER_NAME"));
   const int editHeight = folder->Preferred("folder").height;
   folder->Place({pad, y, width, editHeight});
   folder->onChange = [this] { ShowState(); };
@@ -56,9 +57,9 @@ void BatchWindow::Build() {
     return &made;
   };
   add = button(
-      "&Add...", [this] { AddPicture(); }, false);
+      Words("DESK_BATCH_ADD"), [this] { AddPicture(); }, false);
   clear = button(
-      "&Clear",
+      Words("DESK_BATCH_CLEAR"),
       [this] {
         inputs.clear();
         list->SetItems(inputs);
@@ -66,10 +67,10 @@ void BatchWindow::Build() {
       },
       false);
   start = button(
-      "&Start", [this] { Start(); }, true);
+      Words("DESK_BATCH_START"), [this] { Start(); }, true);
   stop = button(
-      "S&top", [this] { session.StopBatch(); }, false);
-  y += start->Preferred("&Start").height + pad;
+      Words("DESK_BATCH_STOP"), [this] { session.StopBatch(); }, false);
+  y += start->Preferred(Words("DESK_BATCH_START")).height + pad;
   Native()->SetClientSize({width + 2 * pad, y});
 }
 
@@ -88,8 +89,9 @@ void BatchWindow::OnFiles(const std::vector<std::filesystem::path>& files) {
 }
 
 void BatchWindow::AddPicture() {
-  const auto file = Native()->AskFile("Add a picture", false, host::PathOf(session.Name()),
-                                      {"*.jpg", "*.jpeg", "*.png", "*.tif", "*.bmp", "*.ppm"});
+  const auto file =
+      Native()->AskFile(Words("DESK_BATCH_ADD_TITLE"), false, host::PathOf(session.Name()),
+                        {"*.jpg", "*.jpeg", "*.png", "*.tif", "*.bmp", "*.ppm"});
   if (file) OnFiles({*file});
 }
 
@@ -99,10 +101,14 @@ void BatchWindow::Start() {
 }
 
 void BatchWindow::ShowProgress(const BatchProgress& progress) {
-  std::string text = std::to_string(progress.done) + " of " + std::to_string(progress.count);
+  const char* const key = !progress.isOver      ? "DESK_BATCH_PROGRESS"
+                          : progress.wasStopped ? "DESK_BATCH_STOPPED"
+                                                : "DESK_BATCH_DONE";
+  std::string text = Words(key, std::to_string(progress.done), std::to_string(progress.count));
   if (!progress.isOver) text += ": " + progress.current;
-  if (progress.isOver) text += progress.wasStopped ? " done, stopped" : " done";
-  if (!progress.errors.empty()) text += "; " + std::to_string(progress.errors.size()) + " failed";
+  if (!progress.errors.empty()) {
+    text += Words("DESK_BATCH_FAILED", std::to_string(progress.errors.size()));
+  }
   progressText->SetText(text);
   ShowState();
 }

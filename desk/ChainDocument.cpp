@@ -53,7 +53,7 @@ int ChainDocument::Add(const std::string& progId, const std::string& parameters,
 
 void ChainDocument::Insert(const ChainItems& added, int place) {
   if (added.empty()) return;
-  Begin(added.size() == 1 ? "Add filter" : "Add filters");
+  Begin(added.size() == 1 ? "DESK_STEP_ADD" : "DESK_STEP_ADD_MANY");
   selection.clear();
   ChainItems fresh = added;
   for (ChainItem& item : fresh) {
@@ -70,7 +70,7 @@ void ChainDocument::Remove(const std::set<int>& ids) {
   const auto first = std::find_if(items.begin(), items.end(), isGone);
   if (first == items.end()) return;
   const auto place = static_cast<std::size_t>(first - items.begin());
-  Begin("Delete");
+  Begin("DESK_STEP_DELETE");
   std::erase_if(items, isGone);
   DropGone();
   if (selection.empty() && !items.empty()) {
@@ -84,7 +84,7 @@ void ChainDocument::Switch(const std::set<int>& ids, bool isOn) {
     return ids.contains(item.id) && item.isOn != isOn;
   });
   if (!changes) return;
-  Begin(isOn ? "Switch on" : "Switch off");
+  Begin(isOn ? "DESK_STEP_ON" : "DESK_STEP_OFF");
   for (ChainItem& item : items) {
     if (ids.contains(item.id)) item.isOn = isOn;
   }
@@ -100,13 +100,13 @@ void ChainDocument::Move(const std::set<int>& ids, int place) {
   wanted.insert(wanted.end(), moved.begin(), moved.end());
   std::remove_copy_if(split, items.end(), std::back_inserter(wanted), isMoved);
   if (wanted == items) return;
-  Begin("Move");
+  Begin("DESK_STEP_MOVE");
   items = std::move(wanted);
   End();
 }
 
 void ChainDocument::Replace(const ChainItems& all) {
-  Begin("Load chain");
+  Begin("DESK_STEP_LOAD");
   items = all;
   for (ChainItem& item : items) item.id = ++lastId;
   End();
@@ -123,7 +123,7 @@ void ChainDocument::SetParameters(const std::vector<Change>& changes, std::uint6
   }
   if (wanted == items) return;
   const bool goesOn = gesture != 0 && gesture == lastGesture && changed == lastChanged;
-  if (!goesOn) Begin("Change parameters", gesture);
+  if (!goesOn) Begin("DESK_STEP_PARAMETERS", gesture);
   lastChanged = std::move(changed);
   items = std::move(wanted);
   End();

@@ -55,7 +55,7 @@ class ChainDocument {
   bool CanRedo() const { return !future.empty(); }
   void Undo();
   void Redo();
-  // What the next Undo takes back and the next Redo does again: "Add", "Move".
+  // What the next Undo takes back and the next Redo does again, as a key of Words.
   std::string UndoName() const { return past.empty() ? "" : past.back().name; }
   std::string RedoName() const { return future.empty() ? "" : future.back().name; }
 

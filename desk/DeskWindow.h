@@ -5,9 +5,11 @@
 #include <string>
 #include <vector>
 
+#include "desk/DeskSettings.h"
 #include "desk/PictureView.h"
 #include "desk/Session.h"
 #include "desk/Views.h"
+#include "platform/component/ComPtr.h"
 #include "toolkit/ZNDialog.h"
 
 namespace desk {
@@ -30,22 +32,50 @@ class DeskWindow final : public CZNDialog {
   Session& Work() { return session; }
 
  private:
-  struct Command;
-
   void Build() override;
   void OnResize(toolkit::Size size) override;
   void OnLook() override;
   void OnCancel() override;
   void OnEscape() override {}
   void OnFiles(const std::vector<std::filesystem::path>& files) override;
+  void OnDragOver(std::optional<toolkit::Point> place) override;
+  bool OnDrop(IDataObject* object, toolkit::Point place) override;
 
   void MakeToolBar();
+  void MakeChainPanel();
   void MakePanels();
-  void Connect();
+  void ConnectViews();
+  void ConnectSession();
+  void ConnectDialog();
   void FillMenus();
+  void FillFileMenu();
+  void FillEditMenu();
+  void FillViewMenu();
   void FillRecent();
+
+  // --- layout
+
+  // What is left for the picture and the sides, in pixels.
+  struct Column {
+    int left, width, top, bottom;
+  };
   void Arrange();
+  void ArrangeSoon();
+  void MoveBorders(int left, int right);  // by how much the sides grow
   int ArrangeToolBar(int width);
+  void ArrangeFilters(const Column& column);
+  void ArrangePicture(Column column);
+  void ArrangeChain(Column column);
+  void ArrangeChainButtons(const Column& column);
+  // Takes the place for the docked dialog off the lower end of the column; it keeps `least`.
+  void ArrangeDialog(Column& column, int least);
+  bool IsDocked(DialogPlace place) const;
+  int Units(int units) { return System().Scaled(units); }
+
+  // --- the dialog of the selected filter
+
+  void PlaceDialog(DialogPlace place);
+  void DockDialog();
 
   // Asks what becomes of a chain that is not saved; false when all stays as it is.
   bool MayLeave();
@@ -55,9 +85,13 @@ class DeskWindow final : public CZNDialog {
   void AskExport();
   void ExportAgain();
   void RunBatch();
+  platform::ComPtr<IDataObject> Selected();
   void Copy();
   void Paste();
   void Cut();
+  void DragOut();
+  // The chain that an object holds, or is as a text, comes to a place of the chain.
+  bool TakeChain(IDataObject* object, int place);
   void SwitchSelection();
   void OpenDialog();
   void FollowSelection();
@@ -74,14 +108,19 @@ class DeskWindow final : public CZNDialog {
   void TellPlaces();
 
   const DeskOptions options;
+  DeskSettings settings;
   Session session;
   bool isOpen = false;
   bool isArranged = false;
   bool isAsking = false;
   toolkit::Size client;
 
-  std::vector<CZNButton*> tools;
-  std::vector<std::string> toolTexts;
+  struct ToolButton {
+    CZNButton* button;
+    std::string name, text;
+    bool opensGroup;
+  };
+  std::vector<ToolButton> tools;
   CZNButton *beforeButton = nullptr, *splitButton = nullptr, *maskButton = nullptr;
   CZNButton *undoButton = nullptr, *redoButton = nullptr;
   CZNStatic* searchLabel = nullptr;
@@ -92,13 +131,19 @@ class DeskWindow final : public CZNDialog {
   ChainList* chain = nullptr;
   CZNStatic* chainTitle = nullptr;
   std::vector<CZNButton*> chainButtons;
-  std::vector<std::string> chainTexts;
+  CZNStatic* dialogTitle = nullptr;
+  CZNButton* dialogClose = nullptr;
+  CZNDock* dock = nullptr;
+  toolkit::Size dialogSize;  // the largest that was wanted since the dialog was opened
+  bool isArranging = false;
+  bool isDraggingOut = false;
   Splitter *leftBorder = nullptr, *rightBorder = nullptr;
   StatusLine* status = nullptr;
   int leftWidth = 0, rightWidth = 0;
 
   struct {
-    int undo = 0, redo = 0, before = 0, split = 0, mask = 0, fit = 0;
+    int undo = 0, redo = 0, before = 0, split = 0, mask = 0;
+    int dialog[3] = {}, theme[3] = {};
   } entries;
   CZNMenu* recentMenu = nullptr;
   std::string message;  // the last one, for the status line

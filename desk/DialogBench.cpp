@@ -159,6 +159,7 @@ bool DialogBench::Open(const std::vector<ChainItem>& items, void* ownerWindow) {
   }
   const bool isOpen = dialog->Open(0, 0, reinterpret_cast<std::intptr_t>(ownerWindow)) == S_OK;
   if (isOpen) {
+    if (onOpening) onOpening();
     dialog->Show();
   } else {
     Close();
@@ -173,6 +174,7 @@ void DialogBench::Close() {
   edited.clear();
   filters.clear();
   if (gone) gone->Close();
+  if (gone && onClosed) onClosed();
 }
 
 // The person closed the window.
@@ -220,6 +222,12 @@ void DialogBench::Follow(const ChainDocument& document) {
 void DialogBench::Refresh() {
   const auto runnable = host ? host->runnable : ComPtr<IAnimRunnable>();
   if (runnable) runnable->Dispatch("bu_lock", 0, 0, 0);
+}
+
+void DialogBench::ShowDocked(bool isDocked) {
+  const auto runnable = host ? host->runnable : ComPtr<IAnimRunnable>();
+  const char* const call = isDocked ? "DockFilterDialog" : "UndockFilterDialog";
+  if (runnable) runnable->Dispatch(call, 0, 0, 0);
 }
 
 bool DialogBench::WaitsForColour() const {

@@ -38,6 +38,8 @@ class DialogBench {
   void Follow(const ChainDocument& document);
   // The dialog's window, null without one.
   void* Window() const;
+  // Presses or lifts the dialog's dock button, which asks onDock.
+  void ShowDocked(bool isDocked);
   // A colour was clicked in the picture; goes to the dialog that waits for one.
   void PickColour(BYTE red, BYTE green, BYTE blue);
   bool WaitsForColour() const;
@@ -47,7 +49,9 @@ class DialogBench {
   std::function<void(const std::vector<int>&)> onDelete;
   std::function<void()> onClosed;
   std::function<void()> onPicker;  // WaitsForColour has changed
-  // Asked when the dialog's dock button is used; the answer is whether it is docked now.
+  // The dialog's window was made and is about to be shown.
+  std::function<void()> onOpening;
+  // Asked when the dialog's dock button is used; the answer is whether it will be docked.
   std::function<bool(bool wanted)> onDock;
 
  private:

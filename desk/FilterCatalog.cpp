@@ -11,6 +11,7 @@
 #include "core/AnimHost.h"
 #include "core/AnimIcon.h"
 #include "core/AnimInterfaces.h"
+#include "desk/Words.h"
 #include "host/FilterFacts.h"
 #include "host/FilterList.h"
 #include "platform/component/ComObject.h"
@@ -21,31 +22,29 @@ namespace {
 
 using platform::ComPtr;
 
-constexpr char kOther[] = "More";
-
 // In the order in which they are listed.
 struct Group {
-  const char* name;
+  const char* key;  // of Words
   std::vector<const char*> classes;
 };
 
 const std::vector<Group>& Groups() {
   static const std::vector<Group> groups = {
-      {"Light and tone",
+      {"GROUP_TONE",
        {"Tonwert", "WhiteBlackGrey", "GradCurves", "BrightnessContrast", "Optimize", "Exposure",
         "Exposure2", "Histo"}},
-      {"Colour",
+      {"GROUP_COLOUR",
        {"HSB", "ColorTuning", "Gamma", "RGBColor", "AdoptColor", "DuoColor", "RgbMixer",
         "BlackWhiteness", "Sepia", "Invert"}},
-      {"Detail",
+      {"GROUP_DETAIL",
        {"UnsharpMask", "Sharpen", "Blur", "BlurGauss", "BlurSel", "Staub", "RedEye", "FindEdges",
         "Emboss"}},
-      {"Size and place",
+      {"GROUP_PLACE",
        {"Crop", "RotCrop", "Rotate", "Scale", "Scale100", "Offset", "PrintCrop", "PrintScale",
         "PrintPad"}},
-      {"Frames and mask",
+      {"GROUP_FRAME",
        {"Passpartout", "Rauchglas", "SoftFrame", "Shadow", "ImgBg", "Transparency", "InvertMask"}},
-      {"Text", {"Text", "WaterSign"}}};
+      {"GROUP_TEXT", {"Text", "WaterSign"}}};
   return groups;
 }
 
@@ -73,9 +72,9 @@ std::string Lower(std::string text) {
 }
 
 // The words that dialogs have for keys.
-class Words {
+class DialogWords {
  public:
-  explicit Words(IAnimFilterCreator& creator) {
+  explicit DialogWords(IAnimFilterCreator& creator) {
     creator.CreateFilterDialog("ZNFilter.Sepia.1", 0, IAnimRunnable::kIid, dialog.PutVoid());
   }
   // In the code page; empty where there are none.
@@ -94,7 +93,7 @@ class Words {
 // What an icon shows itself on: takes its name and picture.
 class IconPage final : public platform::ComObject<IconPage, IAnimIconPage, IAnimHostPage> {
  public:
-  explicit IconPage(const Words& ofDialogs) : words(ofDialogs) {}
+  explicit IconPage(const DialogWords& ofDialogs) : words(ofDialogs) {}
 
   std::shared_ptr<const MemoryPicture> picture;
 
@@ -113,10 +112,10 @@ class IconPage final : public platform::ComObject<IconPage, IAnimIconPage, IAnim
   }
 
  private:
-  const Words& words;
+  const DialogWords& words;
 };
 
-void TakeIcon(IAnimFilterCreator& creator, const Words& words, CatalogEntry& entry) {
+void TakeIcon(IAnimFilterCreator& creator, const DialogWords& words, CatalogEntry& entry) {
   ComPtr<IAnimFilter> filter;
   creator.CreateFilter(entry.progId.c_str(), IAnimFilter::kIid, filter.PutVoid());
   ComPtr<IAnimFilterIcon> icon;
@@ -133,7 +132,7 @@ void TakeIcon(IAnimFilterCreator& creator, const Words& words, CatalogEntry& ent
   link->Unlink();
 }
 
-CatalogEntry Describe(IAnimFilterCreator& creator, const Words& words,
+CatalogEntry Describe(IAnimFilterCreator& creator, const DialogWords& words,
                       const host::FilterEntry& listed) {
   const host::FilterFacts facts = host::FactsOf(listed, creator);
   CatalogEntry entry;
@@ -143,8 +142,10 @@ CatalogEntry Describe(IAnimFilterCreator& creator, const Words& words,
   entry.order = listed.order;
   entry.start = base::FromUtf8(host::DefaultTextOf(listed).value_or(facts.newText));
   const std::size_t group = GroupOf(listed.progId);
-  entry.group = group < Groups().size() ? Groups()[group].name : kOther;
+  entry.group = Words(group < Groups().size() ? Groups()[group].key : "GROUP_MORE");
   TakeIcon(creator, words, entry);
+  const std::string key = "FILTER_" + ShortName(entry.progId);
+  if (const std::string ours = Words(key); ours != key) entry.name = ours;
   if (entry.name.empty()) entry.name = facts.gloss.empty() ? ShortName(entry.progId) : facts.gloss;
   return entry;
 }
@@ -152,7 +153,7 @@ CatalogEntry Describe(IAnimFilterCreator& creator, const Words& words,
 }  // namespace
 
 FilterCatalog::FilterCatalog(IAnimFilterCreator& creator) {
-  const Words words(creator);
+  const DialogWords words(creator);
   for (const host::FilterEntry& listed : host::ListFilters(creator)) {
     if (ShortName(listed.progId) == "Zero") continue;
     entries.push_back(Describe(creator, words, listed));

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "desk/Views.h"
+#include "desk/Words.h"
 
 namespace desk {
 namespace {
@@ -61,7 +62,16 @@ toolkit::PictureRows ShownRows(const MemoryPicture& picture) {
 // --- RowList
 
 RowList::RowList(CZNDialog& dialog, const std::string& name, int rowHeightUnits)
-    : CZNCanvas(dialog, name), rowUnits(rowHeightUnits) {}
+    : CZNCanvas(dialog, name, toolkit::CanvasRole::List), rowUnits(rowHeightUnits) {}
+
+void RowList::TellRows() {
+  std::vector<toolkit::CanvasRow> told;
+  for (int row = 0; row < RowCount(); ++row) {
+    told.push_back(Told(row));
+    told.back().place = PlaceOf(row);
+  }
+  SetRows(std::move(told));
+}
 
 int RowList::Units(int units) const {
   return Native() ? Dialog()->System().Scaled(units) : units;
@@ -88,12 +98,14 @@ void RowList::ShowRow(int row) {
   if (place.y < 0) scroll += place.y;
   if (place.Bottom() > Where().height) scroll += place.Bottom() - Where().height;
   KeepInRange();
+  TellRows();
   Redraw();
 }
 
 bool RowList::HandleWheel(double notches, bool) {
   scroll -= static_cast<int>(std::lround(notches * kRowsANotch * RowHeight()));
   KeepInRange();
+  TellRows();
   Redraw();
   return true;
 }
@@ -128,7 +140,7 @@ void RowList::HandlePaint(toolkit::Painter& painter) {
 // --- FilterList
 
 FilterList::FilterList(CZNDialog& dialog, const FilterCatalog& filterCatalog)
-    : RowList(dialog, "Filters", kFilterRow), catalog(filterCatalog) {
+    : RowList(dialog, Words("DESK_FILTERS"), kFilterRow), catalog(filterCatalog) {
   Search("");
 }
 
@@ -141,6 +153,7 @@ void FilterList::Search(const std::string& words) {
   }
   current = -1;
   KeepInRange();
+  TellRows();
   Redraw();
 }
 
@@ -159,11 +172,11 @@ Point FilterList::Middle(int row) const {
 void FilterList::PaintRow(toolkit::Painter& painter, int row, const Rect& place) {
   const toolkit::Look look = CZNTheme::Colours();
   const CatalogEntry* const entry = At(row);
-  const int textTop = place.y + (place.height - Units(16)) / 2;
   if (!entry) {
-    painter.WriteText({Units(10), textTop + Units(3)}, rows[static_cast<std::size_t>(row)].group,
-                      CZNTheme::Mixed(look.text, look.field, 0.45));
-    return;
+    const Rect text{Units(14), place.y + Units(4), place.width - Units(24),
+                    place.height - Units(4)};
+    return painter.WriteLine(text, rows[static_cast<std::size_t>(row)].group,
+                             CZNTheme::Mixed(look.text, look.field, 0.35));
   }
   const double share = row == current ? 0.3 : row == hovered ? 0.12 : 0;
   const Colour ground = CZNTheme::Mixed(look.field, look.accent, share);
@@ -171,7 +184,9 @@ void FilterList::PaintRow(toolkit::Painter& painter, int row, const Rect& place)
   Rect icon = desk::Middle(place, Units(kIcon));
   icon.x = Units(14);
   PaintIcon(painter, icon, entry, ground, look);
-  painter.WriteText({icon.Right() + Units(10), textTop}, entry->name, look.text);
+  const int left = icon.Right() + Units(10);
+  painter.WriteLine({left, place.y, place.width - left - Units(12), place.height}, entry->name,
+                    look.text);
 }
 
 void FilterList::PressRow(int row, const toolkit::MouseEvent& event) {
@@ -198,26 +213,53 @@ void FilterList::HandleMouse(const toolkit::MouseEvent& event) {
   }
 }
 
+void FilterList::PaintOver(toolkit::Painter& painter) {
+  if (RowCount() > 0) return;
+  const toolkit::Look look = CZNTheme::Colours();
+  painter.WriteLine({Units(14), 0, painter.Area().width - Units(28), Units(kChainRow)},
+                    Words("DESK_NO_MATCH"), CZNTheme::Mixed(look.text, look.field, 0.4));
+}
+
+toolkit::CanvasRow FilterList::Told(int row) const {
+  const Row& shown = rows[static_cast<std::size_t>(row)];
+  return {shown.entry ? shown.entry->name : shown.group, row == current, {}, {}};
+}
+
+void FilterList::MakeCurrent(int row) {
+  current = row;
+  SetValueText(At(row)->name);
+  ShowRow(row);
+}
+
 bool FilterList::HandleKey(const toolkit::KeyEvent& event) {
-  const int step = event.key == Key::Down ? 1 : event.key == Key::Up ? -1 : 0;
+  const bool isFar = event.key == Key::Home || event.key == Key::End;
+  const int step = event.key == Key::Down || event.key == Key::Home ? 1
+                   : event.key == Key::Up || event.key == Key::End  ? -1
+                                                                    : 0;
   if (event.key == Key::Enter || event.key == Key::Space) {
     if (current >= 0 && onChosen) onChosen(*At(current));
     return current >= 0;
   }
   if (step == 0) return false;
-  int row = current + step;
+  int row = (isFar ? (step > 0 ? -1 : RowCount()) : current) + step;
   while (row >= 0 && row < RowCount() && !At(row)) row += step;
   if (row < 0 || row >= RowCount()) return true;
-  current = row;
-  SetValueText(At(row)->name);
-  ShowRow(row);
+  MakeCurrent(row);
   return true;
 }
 
 // --- ChainList
 
 ChainList::ChainList(CZNDialog& dialog, const FilterCatalog& filterCatalog, ChainDocument& chain)
-    : RowList(dialog, "Chain", kChainRow), catalog(filterCatalog), document(chain) {}
+    : RowList(dialog, Words("DESK_CHAIN"), kChainRow), catalog(filterCatalog), document(chain) {}
+
+toolkit::CanvasRow ChainList::Told(int row) const {
+  const ChainItem& item = document.Items()[static_cast<std::size_t>(row)];
+  return {catalog.NameOf(item.progId) + ", " + ParameterSummary(item),
+          document.Selection().contains(item.id),
+          item.isOn,
+          {}};
+}
 
 Rect ChainList::CheckPlace(int row) const {
   const Rect place = PlaceOf(row);
@@ -237,6 +279,7 @@ void ChainList::Reveal() {
     }
   }
   KeepInRange();
+  TellRows();
   Redraw();
 }
 
@@ -270,8 +313,9 @@ void ChainList::PaintRow(toolkit::Painter& painter, int row, const Rect& place) 
   PaintIcon(painter, icon, entry, ground, look);
   const Colour name = item.isOn ? look.text : CZNTheme::Mixed(look.text, look.field, 0.5);
   const int left = icon.Right() + Units(10);
-  painter.WriteText({left, place.y + Units(4)}, catalog.NameOf(item.progId), name);
-  painter.WriteText({left, place.y + Units(22)}, ParameterSummary(item),
+  const int width = place.width - left - Units(12), half = place.height / 2;
+  painter.WriteLine({left, place.y + Units(2), width, half}, catalog.NameOf(item.progId), name);
+  painter.WriteLine({left, place.y + half - Units(1), width, half}, ParameterSummary(item),
                     CZNTheme::Mixed(look.text, look.field, item.isOn ? 0.4 : 0.65));
   painter.FillRect({0, place.Bottom() - 1, place.width, 1},
                    CZNTheme::Mixed(look.field, look.text, 0.08));
@@ -281,8 +325,8 @@ void ChainList::PaintOver(toolkit::Painter& painter) {
   const toolkit::Look look = CZNTheme::Colours();
   const toolkit::Size area = painter.Area();
   if (RowCount() == 0) {
-    painter.WriteText({Units(14), Units(14)}, "No filter yet: choose one at the left.",
-                      CZNTheme::Mixed(look.text, look.field, 0.45));
+    painter.WriteLine({Units(14), 0, area.width - Units(28), Units(kChainRow)},
+                      Words("DESK_NO_FILTER"), CZNTheme::Mixed(look.text, look.field, 0.4));
   }
   if (!drop) return;
   const int y = std::clamp(PlaceOf(*drop).y, 1, area.height - 2);
@@ -326,6 +370,14 @@ void ChainList::HandleMouse(const toolkit::MouseEvent& event) {
   if (pressed < 0) return;
   if (event.action == MouseAction::Move && event.button == 1) {
     isDragging = isDragging || IsFar(event.place, pressedAt);
+    const bool isOut = IsFar(event.place, {std::clamp(event.place.x, 0, Where().width),
+                                           std::clamp(event.place.y, 0, Where().height)});
+    if (isDragging && isOut && onDragOut) {
+      pressed = -1;
+      isDragging = false;
+      ShowDrop(std::nullopt);
+      return onDragOut();
+    }
     if (isDragging) ShowDrop(event.place);
   } else if (event.action == MouseAction::Release) {
     const int row = std::exchange(pressed, -1);

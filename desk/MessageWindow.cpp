@@ -2,11 +2,14 @@
 
 #include <algorithm>
 
+#include "desk/Words.h"
+
 namespace desk {
 
 void MessageWindow::Open(void* owner) {
   toolkit::WindowSpec spec;
-  spec.title = std::to_string(messages.size()) + (messages.size() == 1 ? " message" : " messages");
+  spec.title = messages.size() == 1 ? Words("DESK_MESSAGES_ONE")
+                                    : Words("DESK_MESSAGES_MANY", std::to_string(messages.size()));
   spec.owner = owner;
   if (CreateModeless(spec)) Show();
 }
@@ -14,10 +17,10 @@ void MessageWindow::Open(void* owner) {
 void MessageWindow::Build() {
   const auto unit = [this](int units) { return System().Scaled(units); };
   const int pad = unit(12), width = unit(640), height = unit(320);
-  auto& list = Make<CZNListBox>("Messages", messages);
+  auto& list = Make<CZNListBox>(Words("DESK_MESSAGES"), messages);
   list.Place({pad, pad, width, height});
-  auto& close = Make<CZNButton>("&Close", CZNButton::Kind::Default);
-  const toolkit::Size size = close.Preferred("&Close");
+  auto& close = Make<CZNButton>(Words("DESK_CLOSE"), CZNButton::Kind::Default);
+  const toolkit::Size size = close.Preferred(Words("DESK_CLOSE"));
   close.Place({pad + width - std::max(size.width, unit(90)), pad + height + pad,
                std::max(size.width, unit(90)), size.height});
   close.onPress = [this] { Hide(); };

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "desk/Words.h"
+
 namespace desk {
 namespace {
 
@@ -52,7 +54,8 @@ class MaskRows {
 
 }  // namespace
 
-PictureView::PictureView(CZNDialog& dialog) : CZNCanvas(dialog, "Picture") {}
+PictureView::PictureView(CZNDialog& dialog)
+    : CZNCanvas(dialog, Words("DESK_PICTURE"), toolkit::CanvasRole::Picture) {}
 
 void PictureView::Clear() {
   fitAfter = fitBefore = fullAfter = fullBefore = nullptr;
@@ -333,8 +336,8 @@ void PictureView::HandlePaint(toolkit::Painter& painter) {
   const toolkit::Colour ground = CZNTheme::Mixed(look.window, {0, 0, 0}, 0.35);
   painter.FillRect({0, 0, width, height}, ground);
   if (!After()) {
-    return painter.WriteText({width / 2 - 120, height / 2 - 8}, "Open a picture, or drop one here",
-                             CZNTheme::Mixed(look.text, look.window, 0.3));
+    return painter.WriteLine({0, 0, width, height}, Words("DESK_NO_PICTURE"),
+                             CZNTheme::Mixed(look.text, ground, 0.2), toolkit::TextAlign::Centre);
   }
   const Rect place = PicturePlace();
   if (comparison == Comparison::Before && Before()) {
@@ -349,8 +352,11 @@ void PictureView::HandlePaint(toolkit::Painter& painter) {
     painter.FillRect({0, 0, line, height}, ground);
     Paint(painter, left, *Before(), share);
     painter.FillRect({line - 1, 0, 2, height}, {255, 255, 255});
-    painter.WriteText({line - 60, 8}, "Before", {255, 255, 255});
-    painter.WriteText({line + 10, 8}, "After", {255, 255, 255});
+    const int label = Dialog()->System().Scaled(28), gap = Dialog()->System().Scaled(10);
+    painter.WriteLine({0, 0, line - gap, label}, Words("DESK_BEFORE"), {255, 255, 255},
+                      toolkit::TextAlign::Right);
+    painter.WriteLine({line + gap, 0, width - line - gap, label}, Words("DESK_AFTER"),
+                      {255, 255, 255});
   }
   if (crop) PaintCrop(painter, place);
 }

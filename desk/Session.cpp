@@ -7,6 +7,8 @@
 
 #include "base/CodePage.h"
 #include "core/ChainText.h"
+#include "desk/ChainFile.h"
+#include "desk/Words.h"
 #include "host/ChainCheck.h"
 #include "host/ComponentRuntime.h"
 #include "host/FilterFacts.h"
@@ -27,10 +29,6 @@ constexpr char kChainExtension[] = ".chain";
 bool IsChainFile(const std::string& name) {
   const fs::path file = host::PathOf(name);
   return file.extension() == kChainExtension || file.extension() == ".txt";
-}
-
-bool IsInBox(const std::string& name) {
-  return name.find("::") != std::string::npos;
 }
 
 // From the least faithful to the best.
@@ -128,24 +126,36 @@ void Session::TakePicture(const std::string& opened, const std::shared_ptr<Loade
   name = opened;
   shown = {};
   recent.Add(name);
-  if (!std::exchange(isRecovering, false)) LoadOwnChain();
+  if (std::exchange(isRecovering, false)) {
+    savedText = OwnChainText().value_or("");
+  } else {
+    LoadOwnChain();
+  }
   work.Save({name, document.Items()});
   if (onPicture) onPicture();
   Render();
 }
 
-// The chain that was saved beside the picture; another picture's chain goes.
+std::optional<std::string> Session::OwnChainText() {
+  std::error_code ignored;
+  try {
+    if (IsInBox(name)) return ReadBoxChain(name);
+    return fs::exists(ChainFile(), ignored) ? ReadTextFile(ChainFile()) : std::nullopt;
+  } catch (const std::exception& error) {
+    Tell(error.what());
+    return std::nullopt;
+  }
+}
+
+// The chain that was saved with the picture; another picture's chain goes.
 void Session::LoadOwnChain() {
   savedText.clear();
   ChainItems items;
-  std::error_code ignored;
-  if (const auto text =
-          fs::exists(ChainFile(), ignored) ? ReadTextFile(ChainFile()) : std::nullopt) {
-    items = CheckedItems(*text, host::Utf8Of(ChainFile())).value_or(ChainItems());
-  }
+  const std::string where = IsInBox(name) ? name : host::Utf8Of(ChainFile());
+  if (const auto text = OwnChainText()) items = CheckedItems(*text, where).value_or(ChainItems());
   bench.Close();
   document.Reset(items);
-  savedText = TextOf(document.Items());
+  savedText = ChainFileText(document.Items());
 }
 
 bool Session::IsPictureFile(const std::string& file, std::string& why) const {
@@ -224,18 +234,22 @@ fs::path Session::ChainFile() const {
   fs::path file = host::PathOf(name);
   if (IsInBox(name)) {
     std::string flat = name;
-    std::replace(flat.begin(), flat.end(), ':', '-');
+    flat.replace(flat.rfind("::"), 2, "-");
     file = host::PathOf(flat);
   }
   return file.replace_extension(kChainExtension);
 }
 
+ChainItems Session::GoodItems(const std::string& chainText) const {
+  const host::ChainText given{host::ChainTextOf(chainText), "(", ")"};
+  const auto filters = host::ListFilters(*creator.Get());
+  return ItemsOf(host::CheckChainText(given, filters, *creator.Get()));
+}
+
 // Nothing, and a message, for a text that is no chain.
 std::optional<ChainItems> Session::CheckedItems(const std::string& text, const std::string& where) {
   try {
-    const host::ChainText given{host::ChainTextOf(text), "(", ")"};
-    const auto filters = host::ListFilters(*creator.Get());
-    return ItemsOf(host::CheckChainText(given, filters, *creator.Get()));
+    return ItemsOfChainFile(text, [this](const std::string& part) { return GoodItems(part); });
   } catch (const std::exception& error) {
     Tell(where + ": " + error.what());
     return std::nullopt;
@@ -244,26 +258,40 @@ std::optional<ChainItems> Session::CheckedItems(const std::string& text, const s
 
 bool Session::LoadChain(const std::string& file) {
   const auto text = ReadTextFile(host::PathOf(file));
-  if (!text) Tell(file + ": the file cannot be read");
+  if (!text) Tell(Words("DESK_UNREADABLE", file));
   const auto items = text ? CheckedItems(*text, file) : std::nullopt;
   if (items) document.Replace(*items);
   return items.has_value();
 }
 
 bool Session::SaveChain(const std::string& file) {
-  const std::string text = TextOf(document.Items());
-  const auto failure = WriteTextFile(host::PathOf(file), base::ToUtf8(text) + "\n");
+  const std::string text = ChainFileText(document.Items());
+  const auto failure = WriteTextFile(host::PathOf(file), text);
   if (failure) {
     Tell(file + ": " + *failure);
     return false;
   }
   savedText = text;
-  if (onDone) onDone("The chain is saved as " + file);
+  if (onDone) onDone(Words("DESK_SAVED", file));
+  return true;
+}
+
+bool Session::SaveOwnChain() {
+  if (!IsInBox(name)) return SaveChain(host::Utf8Of(ChainFile()));
+  const std::string text = ChainFileText(document.Items());
+  try {
+    WriteBoxChain(name, text);
+  } catch (const std::exception& error) {
+    Tell(error.what());
+    return false;
+  }
+  savedText = text;
+  if (onDone) onDone(Words("DESK_SAVED_IN_BOX", name));
   return true;
 }
 
 bool Session::IsModified() const {
-  return TextOf(document.Items()) != savedText;
+  return ChainFileText(document.Items()) != savedText;
 }
 
 bool Session::EditSelection(void* ownerWindow) {
@@ -355,16 +383,18 @@ void Session::TakeResult(const RenderResult& result) {
 
 std::string Session::Exactness() const {
   if (!shown.after) return "";
-  if (Tool() == PictureTool::Crop) return "the picture ahead of the crop";
-  if (Tool() == PictureTool::RedEye) return "the picture up to the red eyes";
-  if (shown.stage == RenderStage::Full) return "as exported";
+  if (Tool() == PictureTool::Crop) return Words("DESK_TOOL_CROP");
+  if (Tool() == PictureTool::RedEye) return Words("DESK_TOOL_RED_EYE");
+  if (shown.stage == RenderStage::Full) return Words("DESK_AS_EXPORTED");
   std::size_t worst = RankOf("exact");
   for (const ChainItem& item : document.Items()) {
     const CatalogEntry* const entry = catalog.Find(item.progId);
     if (item.isOn && entry) worst = std::min(worst, RankOf(entry->preview));
   }
-  const std::string stage = shown.stage == RenderStage::Preview ? "rough preview" : "preview";
-  return stage + ", " + kFaithfulness[worst] + ": " + host::PreviewText(kFaithfulness[worst]);
+  constexpr const char* kKeys[] = {"PREVIEW_full", "PREVIEW_measured", "PREVIEW_scaled",
+                                   "PREVIEW_exact"};
+  const bool isRough = shown.stage == RenderStage::Preview;
+  return Words(isRough ? "DESK_ROUGH" : "DESK_PREVIEW", Words(kKeys[worst]));
 }
 
 // Where the chain keeps the size, the pixel is taken through its filters alone; else the pixels of
@@ -409,7 +439,7 @@ void Session::RunFiles(const std::vector<std::string>& inputs, const std::string
         if (onBatch && !isExport) onBatch(progress);
         if (!progress.isOver) return;
         for (const std::string& error : progress.errors) Tell(error);
-        if (onDone && isExport && progress.errors.empty()) onDone("Exported as " + out);
+        if (onDone && isExport && progress.errors.empty()) onDone(Words("DESK_EXPORTED", out));
       }));
     };
     try {
@@ -424,8 +454,12 @@ void Session::RunFiles(const std::vector<std::string>& inputs, const std::string
         if (progress.wasStopped) break;
         progress.share = 0;
         tell();
-        program::ApplyRun run(request, *own.Get(), [](double) {});
+        program::ApplyRequest stoppable = request;
+        stoppable.stop = stop.get();
+        program::ApplyRun run(stoppable, *own.Get(), [](double) {});
         const program::FileResult result = run.Do(file);
+        progress.wasStopped = *stop && !result.isWritten;
+        if (progress.wasStopped) break;
         if (!result.error.empty()) progress.errors.push_back(result.error);
         ++progress.done;
       }

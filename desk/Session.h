@@ -70,7 +70,9 @@ class Session {
   bool Paste(const std::string& chainText, int place);
   bool LoadChain(const std::string& file);
   bool SaveChain(const std::string& file);
-  // Where the chain of the picture is kept: beside it, "photo.chain".
+  // Where the chain of the picture is kept: beside it as "photo.chain", or in its box. A box has no
+  // such file; then it is the one that a copy is proposed for.
+  bool SaveOwnChain();
   std::filesystem::path ChainFile() const;
   bool IsModified() const;
   // Opens the dialog of the selected filters, when they are of one class.
@@ -128,12 +130,14 @@ class Session {
   void TakeResult(const RenderResult& result);
   void TakePicture(const std::string& opened, const std::shared_ptr<LoadedPicture>& loaded,
                    std::uint64_t opening);
+  std::optional<std::string> OwnChainText();
   void LoadOwnChain();
   const ChainItem* ToolItem() const;
   ChainItems ShownItems() const;
   void SetToolText(const std::string& parameters);
   void Render();
   bool IsPictureFile(const std::string& file, std::string& why) const;
+  ChainItems GoodItems(const std::string& chainText) const;
   std::optional<ChainItems> CheckedItems(const std::string& text, const std::string& where);
   void RunFiles(const std::vector<std::string>& inputs, const std::string& out, bool isExport);
 

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "base/CodePage.h"
-#include "host/Texts.h"
+#include "desk/Words.h"
 
 namespace desk {
 namespace {
@@ -48,10 +48,14 @@ std::string ParameterSummary(const ChainItem& item) {
   }
   std::string summary;
   for (const std::string& part : parts) summary += (summary.empty() ? "" : ", ") + part;
-  return base::ToUtf8(summary.empty() ? "no change" : summary);
+  if (summary.empty()) return Words("DESK_NO_CHANGE");
+  return base::ToUtf8(summary);
 }
 
 // --- HistogramView
+
+HistogramView::HistogramView(CZNDialog& dialog)
+    : CZNCanvas(dialog, Words("DESK_HISTOGRAM"), toolkit::CanvasRole::Figure) {}
 
 void HistogramView::Show(const PicturePointer& picture) {
   counts = {};
@@ -90,7 +94,8 @@ void HistogramView::HandlePaint(toolkit::Painter& painter) {
 
 // --- Splitter
 
-Splitter::Splitter(CZNDialog& dialog) : CZNCanvas(dialog, "Border") {}
+Splitter::Splitter(CZNDialog& dialog)
+    : CZNCanvas(dialog, Words("DESK_BORDER"), toolkit::CanvasRole::Border) {}
 
 void Splitter::HandleMouse(const toolkit::MouseEvent& event) {
   const toolkit::Point inWindow{Where().x + event.place.x, Where().y + event.place.y};
@@ -111,6 +116,9 @@ void Splitter::HandlePaint(toolkit::Painter& painter) {
 
 // --- StatusLine
 
+StatusLine::StatusLine(CZNDialog& dialog)
+    : CZNCanvas(dialog, Words("DESK_STATUS"), toolkit::CanvasRole::Status) {}
+
 void StatusLine::Show(const std::string& newText, const std::string& newRight) {
   if (text == newText && right == newRight) return;
   text = newText;
@@ -125,11 +133,11 @@ void StatusLine::HandlePaint(toolkit::Painter& painter) {
   const int unit = Dialog()->System().Scaled(1);
   painter.FillRect({0, 0, width, height}, look.window);
   painter.FillRect({0, 0, width, 1}, look.line);
-  const int top = std::max(0, (height - 16 * unit) / 2);
-  painter.WriteText({10 * unit, top}, text, look.text);
-  painter.FillRect({width - 420 * unit, 1, 420 * unit, height - 1}, look.window);
-  painter.WriteText({width - 410 * unit, top}, right,
-                    CZNTheme::Mixed(look.text, look.window, 0.25));
+  const int side = 10 * unit, rightWidth = std::min(width / 2, 420 * unit);
+  const int leftWidth = width - 2 * side - (right.empty() ? 0 : rightWidth + side);
+  painter.WriteLine({side, 1, leftWidth, height - 1}, text, look.text);
+  painter.WriteLine({width - side - rightWidth, 1, rightWidth, height - 1}, right,
+                    CZNTheme::Mixed(look.text, look.window, 0.25), toolkit::TextAlign::Right);
 }
 
 }  // namespace desk

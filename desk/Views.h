@@ -29,11 +29,15 @@ class RowList : public CZNCanvas {
  public:
   RowList(CZNDialog& dialog, const std::string& name, int rowUnits);
 
+  // Tells screen readers of the rows as they are now.
+  void TellRows();
+
  protected:
   virtual int RowCount() const = 0;
   virtual void PaintRow(toolkit::Painter& painter, int row, const toolkit::Rect& place) = 0;
   virtual void PaintOver(toolkit::Painter&) {}
   virtual void PressRow(int row, const toolkit::MouseEvent& event) = 0;
+  virtual toolkit::CanvasRow Told(int row) const = 0;
 
   int RowHeight() const;
   int RowAt(int y) const;  // beyond the last where there is none
@@ -70,6 +74,9 @@ class FilterList final : public RowList {
   std::function<void(const CatalogEntry&, toolkit::Point, bool isDrop)> onDrag;
 
  private:
+  toolkit::CanvasRow Told(int row) const override;
+  void PaintOver(toolkit::Painter& painter) override;
+  void MakeCurrent(int row);
   struct Row {
     std::string group;
     const CatalogEntry* entry = nullptr;
@@ -101,9 +108,11 @@ class ChainList final : public RowList {
   toolkit::Point Middle(int row) const;
   void Reveal();
 
-  std::function<void()> onOpen;  // the selection's dialog is wanted
+  std::function<void()> onOpen;     // the selection's dialog is wanted
+  std::function<void()> onDragOut;  // the selection is dragged out of the list
 
  private:
+  toolkit::CanvasRow Told(int row) const override;
   void PaintRow(toolkit::Painter& painter, int row, const toolkit::Rect& place) override;
   void PaintOver(toolkit::Painter& painter) override;
   void PressRow(int row, const toolkit::MouseEvent& event) override;
@@ -126,7 +135,7 @@ class ChainList final : public RowList {
 // How often each value occurs in the picture.
 class HistogramView final : public CZNCanvas {
  public:
-  explicit HistogramView(CZNDialog& dialog) : CZNCanvas(dialog, "Histogram") {}
+  explicit HistogramView(CZNDialog& dialog);
   void Show(const PicturePointer& picture);
 
  private:
@@ -152,7 +161,7 @@ class Splitter final : public CZNCanvas {
 // One line of words.
 class StatusLine final : public CZNCanvas {
  public:
-  explicit StatusLine(CZNDialog& dialog) : CZNCanvas(dialog, "Status") {}
+  explicit StatusLine(CZNDialog& dialog);
   void Show(const std::string& newText, const std::string& newRight);
 
  private:

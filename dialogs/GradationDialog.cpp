@@ -239,7 +239,7 @@ class CDlgGradation final : public CDlgPanel {
     std::string error = "?";
     const auto preset = text ? ReadGradationPreset(*text, error) : std::nullopt;
     if (!preset) {
-      ZNAskButton(Words("IDS_GRADCURVES_PRESET"), error, {Words("COMMON_OK")});
+      ZNAskButton(Words("IDS_GRADCURVES_PRESET"), error, {Words("COMMON_OK")}, Handle());
       return;
     }
     if (preset->version == 1) Convert(file, *preset);
@@ -281,28 +281,29 @@ class CDlgGradation final : public CDlgPanel {
 
   void Convert(const Path& file, const GradationPreset& preset) {
     const int answer = ZNAskButton(Words("IDS_GRADCURVES_PRESET"), "OK to convert to Version 2?",
-                                   {Words("COMMON_YES"), Words("COMMON_NO")});
+                                   {Words("COMMON_YES"), Words("COMMON_NO")}, Handle());
     if (answer == 0) Write(file, preset);
   }
 
   bool Write(const Path& file, const GradationPreset& preset) {
     const auto error = core::WritePresetText(file, PrintGradationPreset(preset));
-    if (error) ZNAskButton(Words("IDS_GRADCURVES_SAVE"), *error, {Words("COMMON_OK")});
+    if (error) ZNAskButton(Words("IDS_GRADCURVES_SAVE"), *error, {Words("COMMON_OK")}, Handle());
     return !error;
   }
 
   bool Confirms(const char* key, const char* headKey) {
-    return ZNAskButton(Words(headKey), Words(key), {Words("COMMON_YES"), Words("COMMON_NO")}) == 0;
+    return ZNAskButton(Words(headKey), Words(key), {Words("COMMON_YES"), Words("COMMON_NO")},
+                       Handle()) == 0;
   }
 
   void Save() {
     if (!folders) return;
     const auto name = ZNAskText(Words("IDS_GRADCURVES_SAVE"), Words("IDS_GRADCURVES_SETNAME"), "",
-                                Words("COMMON_OK"), Words("COMMON_CANCEL"));
+                                Words("COMMON_OK"), Words("COMMON_CANCEL"), Handle());
     if (!name) return;
     if (!core::IsPresetName(*name)) {
       ZNAskButton(Words("IDS_GRADCURVES_DISALLOWEDCHARS_HEAD"),
-                  Words("IDS_GRADCURVES_DISALLOWEDCHARS"), {Words("COMMON_OK")});
+                  Words("IDS_GRADCURVES_DISALLOWEDCHARS"), {Words("COMMON_OK")}, Handle());
       return;
     }
     std::error_code ignored;

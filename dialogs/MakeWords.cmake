@@ -1,5 +1,6 @@
-# Turns files of words into tables: cmake -DOUT=FILE -DFILES=FILE;... -P MakeWords.cmake
-set(source "// Made from resources/strings.\n#include \"dialogs/WordTables.h\"\n\nnamespace dialogs {\n")
+# Turns files of words into the tables of a room, which its WordTables.h declares:
+#   cmake -DROOM=ROOM -DOUT=FILE -DFILES=FILE;... -P MakeWords.cmake
+set(source "// Made from resources/strings.\n#include \"${ROOM}/WordTables.h\"\n\nnamespace ${ROOM} {\n")
 foreach(file IN LISTS FILES)
   get_filename_component(language ${file} NAME_WE)
   file(STRINGS ${file} lines ENCODING UTF-8)
@@ -16,4 +17,4 @@ foreach(file IN LISTS FILES)
   endforeach()
   string(APPEND source "    {nullptr, nullptr}};\n")
 endforeach()
-file(WRITE ${OUT} "${source}\n}  // namespace dialogs\n")
+file(WRITE ${OUT} "${source}\n}  // namespace ${ROOM}\n")

@@ -7,6 +7,9 @@
 #include <thread>
 
 #include "base/CodePage.h"
+#include "core/DataXferObj.h"
+#include "core/DragText.h"
+#include "core/TransferFormats.h"
 #include "host/Texts.h"
 #include "tests/platform/Support.h"
 #include "toolkit/fake/FakeBackend.h"
@@ -23,14 +26,19 @@ using toolkit::Rect;
 class Desk : public testing::Test {
  protected:
   Desk() {
+    Reopen();
+    WritePicture();
+  }
+  ~Desk() override { window.reset(); }
+
+  void Reopen() {
+    window.reset();
     desk::DeskOptions options;
     options.state = folder / "state";
     window = std::make_unique<desk::DeskWindow>(options);
     EXPECT_TRUE(window->Open());
     native = backend.LastWindow();
-    WritePicture();
   }
-  ~Desk() override { window.reset(); }
 
   void WritePicture() {
     MemoryPicture picture("test", 320, 200, true, true);
@@ -106,6 +114,144 @@ TEST_F(Desk, AddsAFilterThatIsSearchedAndEditsItInItsDialog) {
   EXPECT_EQ(dialog->At(slider).value, 0) << "the dialog follows";
   Press(Key::Character, 'y', true);
   EXPECT_EQ(dialog->At(slider).value, 70);
+}
+
+TEST_F(Desk, DocksTheDialogWhereOneWantsIt) {
+  ASSERT_TRUE(OpenPicture());
+  Add("ZNFilter.Sepia.1");
+  Add("ZNFilter.BrightnessContrast.1");
+  const auto placeOf = [&](ControlKind kind, const char* name) {
+    return native->At(native->ByName(name, kind)).place;
+  };
+  const auto isShown = [&] {
+    return native->At(native->ByName("Filter dialog", ControlKind::Dock)).isVisible;
+  };
+  EXPECT_FALSE(isShown());
+  ASSERT_TRUE(native->Click(native->ByName("Edit", ControlKind::Button)));
+  toolkit::FakeWindow* dialog = backend.LastWindow();
+  backend.Pump(false);
+  ASSERT_TRUE(isShown());
+  EXPECT_EQ(dialog->host, native);
+  EXPECT_EQ(dialog->At(dialog->ByName("Dock", ControlKind::ToggleButton)).value, 1);
+  const Rect inChain = placeOf(ControlKind::Dock, "Filter dialog");
+  EXPECT_GE(inChain.y, placeOf(ControlKind::Canvas, "Chain").Bottom());
+  EXPECT_GE(inChain.width, dialog->client.width);
+  EXPECT_LE(inChain.Bottom(), native->client.height);
+
+  ASSERT_TRUE(native->ChooseMenu({"View", "Filter dialog", "Below the picture"}));
+  const Rect picture = placeOf(ControlKind::Canvas, "Picture");
+  EXPECT_GE(placeOf(ControlKind::Dock, "Filter dialog").y, picture.Bottom());
+  window->Work().Chain().Select({window->Work().Chain().Items()[1].id});
+  backend.Pump(false);
+  dialog = backend.LastWindow();
+  EXPECT_EQ(dialog->host, native) << "the next one is docked too";
+  EXPECT_EQ(placeOf(ControlKind::Canvas, "Picture"), picture) << "and the picture stays";
+
+  // The button in the dialog frees it, behind its own event.
+  ASSERT_TRUE(dialog->Click(dialog->ByName("Dock", ControlKind::ToggleButton)));
+  EXPECT_EQ(dialog->host, native);
+  backend.Pump(false);
+  EXPECT_EQ(dialog->host, nullptr);
+  EXPECT_TRUE(dialog->isVisible);
+  EXPECT_FALSE(isShown());
+  EXPECT_GT(placeOf(ControlKind::Canvas, "Picture").height, picture.height);
+  ASSERT_TRUE(native->ChooseMenu({"View", "Filter dialog", "Below the picture"}));
+  EXPECT_TRUE(isShown());
+  ASSERT_TRUE(native->Click(native->ByName("Close", ControlKind::Button)));
+  backend.Pump(false);
+  EXPECT_FALSE(isShown());
+  EXPECT_FALSE(window->Work().Bench().IsOpen());
+}
+
+// A second desk has them, over another order of windows.
+TEST_F(Desk, RemembersHowItIsWanted) {
+  ASSERT_TRUE(native->ChooseMenu({"View", "Filter dialog", "In a window of its own"}));
+  ASSERT_TRUE(native->ChooseMenu({"View", "Theme", "Dark"}));
+  DragTo("Border", {2, 100}, {42, 100});
+  const int width = native->At(Canvas("Filters")).place.width;
+  Reopen();
+  EXPECT_EQ(backend.theme, toolkit::ThemeChoice::Dark);
+  EXPECT_EQ(native->At(Canvas("Filters")).place.width, width);
+  Add("ZNFilter.Sepia.1");
+  ASSERT_TRUE(native->Click(native->ByName("Edit", ControlKind::Button)));
+  EXPECT_EQ(backend.LastWindow()->host, nullptr);
+  testing_support::WriteFile(folder / "state" / "settings", "dialog=7\nleft=-3\nright=x\ntheme");
+  EXPECT_EQ(desk::ReadSettings(folder / "state" / "settings"), desk::DeskSettings());
+  CZNTheme::Choose(toolkit::ThemeChoice::System);
+}
+
+TEST_F(Desk, CopiesPastesAndTakesWhatIsDropped) {
+  Add("ZNFilter.Sepia.1");
+  Add("ZNFilter.Invert.1");
+  auto& chain = window->Work().Chain();
+  native->Focus(Canvas("Chain"));
+  chain.Select({chain.Items()[0].id});
+  Press(Key::Character, 'c', true);
+  Press(Key::Character, 'v', true);
+  EXPECT_EQ(Order(), "Se Se In ");
+  Press(Key::Character, 'x', true);
+  EXPECT_EQ(Order(), "Se In ");
+
+  const auto drop = [&](const std::string& text, Point place) {
+    const auto object = platform::ComPtr<CDataXferObj>::Attach(new CDataXferObj);
+    AddPlainText(object.Get(), text.c_str());
+    return native->DropObject(object.Get(), place);
+  };
+  const Rect list = native->At(Canvas("Chain")).place;
+  const Point between{list.x + 20, list.y + 44};
+  const std::string text = *core::MakeDragText("ZNFilter.Emboss.1(EmbossStrength=020)", "to a friend");
+  EXPECT_TRUE(drop("Hello,\r\n" + text + "\r\nbye", between));
+  EXPECT_EQ(Order(), "Se Em In ");
+  EXPECT_TRUE(drop("ZNFilter.Histo.1(Intensity=010)", {5, 5}));
+  EXPECT_EQ(Order(), "Se Em In Hi ") << "beside the list: at the end";
+  EXPECT_FALSE(drop("no chain at all", between));
+  EXPECT_EQ(Order(), "Se Em In Hi ");
+
+  // Out of the window, and back into the list.
+  std::string out;
+  backend.onDrag = [&](IDataObject* object, IDropSource*, std::uint32_t, std::uint32_t&) {
+    out = ReadPlainText(object).value_or("");
+    return toolkit::DragEnd::Dropped;
+  };
+  DragTo("Chain", {150, RowMiddle(1)}, {-300, 40});
+  EXPECT_EQ(out, *core::MakeDragText("ZNFilter.Emboss.1(EmbossStrength=020)", ""));
+  EXPECT_EQ(Order(), "Se Em In Hi ");
+  backend.onDrag = [&](IDataObject* object, IDropSource*, std::uint32_t, std::uint32_t&) {
+    EXPECT_TRUE(native->DropObject(object, {list.x + 20, list.y + 1}));
+    return toolkit::DragEnd::Dropped;
+  };
+  DragTo("Chain", {150, RowMiddle(1)}, {-300, 40});
+  EXPECT_EQ(Order(), "Em Se In Hi ") << "moved, not doubled";
+}
+
+// Names, roles, rows and states, as a screen reader is told.
+TEST_F(Desk, TellsThoseWhoDoNotSee) {
+  Add("ZNFilter.Sepia.1");
+  Add("ZNFilter.Invert.1");
+  auto& chain = window->Work().Chain();
+  chain.Switch({chain.Items()[0].id}, false);
+  const auto& list = native->At(Canvas("Chain"));
+  EXPECT_EQ(list.spec.role, toolkit::CanvasRole::List);
+  ASSERT_EQ(list.rows.size(), 2u);
+  EXPECT_EQ(list.rows[0].name, "Sepia tone, no change");
+  EXPECT_EQ(list.rows[0].isChecked, false);
+  EXPECT_FALSE(list.rows[0].isSelected);
+  EXPECT_EQ(list.rows[1].isChecked, true);
+  EXPECT_TRUE(list.rows[1].isSelected);
+  EXPECT_EQ(list.rows[1].place.y, 44);
+  native->Focus(Canvas("Chain"));
+  Press(Key::Up, 0);
+  EXPECT_TRUE(list.rows[0].isSelected);
+  native->Type(native->ByName("Search for filters", ControlKind::Edit), "emboss");
+  const auto& filters = native->At(Canvas("Filters"));
+  ASSERT_EQ(filters.rows.size(), 2u);
+  EXPECT_EQ(filters.rows[0].name, "Detail");
+  EXPECT_EQ(filters.rows[1].name, "Emboss");
+  EXPECT_FALSE(filters.rows[1].isChecked.has_value());
+  for (toolkit::ControlId id = 1; id <= native->ControlCount(); ++id) {
+    const auto& spec = native->At(id).spec;
+    EXPECT_FALSE(spec.name.empty() && spec.text.empty()) << id;
+  }
 }
 
 TEST_F(Desk, EditsSeveralFiltersAtOnce) {

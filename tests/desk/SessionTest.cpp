@@ -6,9 +6,14 @@
 #include <condition_variable>
 #include <deque>
 #include <fstream>
+#include <thread>
 
+#include "desk/ChainFile.h"
 #include "host/Texts.h"
 #include "program/ApplyRun.h"
+#include "program/BoxChanges.h"
+#include "program/BoxFile.h"
+#include "program/Messages.h"
 #include "tests/platform/Support.h"
 
 namespace {
@@ -256,6 +261,75 @@ TEST_F(DeskSession, KeepsChainsBesideThePicture) {
   EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Sepia.1(Sepia=033)");
 }
 
+TEST_F(DeskSession, KeepsWhatIsSwitchedOff) {
+  const std::string name = Picture("photo.ppm", 60, 40);
+  ASSERT_TRUE(OpenAndShow(name));
+  AddWith("ZNFilter.Sepia.1", "Sepia=033");
+  AddWith("ZNFilter.Emboss.1", "EmbossStrength=020");
+  AddWith("ZNFilter.Invert.1", "Inversity=100");
+  const int sepia = session->Chain().Items()[0].id, invert = session->Chain().Items()[2].id;
+  session->Chain().Switch({sepia, invert}, false);
+  const desk::ChainItems before = session->Chain().Items();
+  EXPECT_TRUE(session->IsModified());
+  ASSERT_TRUE(session->SaveOwnChain());
+  EXPECT_FALSE(session->IsModified());
+  ASSERT_TRUE(OpenAndShow(Picture("other.ppm", 50, 30)));
+  ASSERT_TRUE(OpenAndShow(name));
+  EXPECT_EQ(TextOf(session->Chain().Items(), true), TextOf(before, true));
+  EXPECT_FALSE(session->Chain().Items()[0].isOn);
+  EXPECT_TRUE(session->Chain().Items()[1].isOn);
+  EXPECT_FALSE(session->IsModified());
+  session->Chain().Switch({session->Chain().Items()[0].id}, true);
+  EXPECT_TRUE(session->IsModified()) << "switching alone is a change";
+
+  desk::WriteTextFile(folder / "bad.chain",
+                      "//off ZNFilter.Gone.1(A=1)\nZNFilter.Invert.1(\nInversity=100)\n// note\n");
+  EXPECT_TRUE(session->LoadChain(host::Utf8Of(folder / "bad.chain")));
+  EXPECT_THAT(session->Chain().Items(), SizeIs(1)) << "what is off and unknown is left out";
+  desk::WriteTextFile(folder / "worse.chain", "//off ZNFilter.Sepia.1(Sepia=1)\nZNFilter.No.1()\n");
+  EXPECT_FALSE(session->LoadChain(host::Utf8Of(folder / "worse.chain")));
+  EXPECT_THAT(session->Messages(), ElementsAre(HasSubstr("ZNFilter.No.1")));
+}
+
+// Of each kind of box; nothing else in it changes.
+TEST_F(DeskSession, KeepsChainsInBoxes) {
+  const std::string file = Picture("photo.ppm", 60, 40);
+  for (const std::string box : {"shots.box", "shots/"}) {
+    SCOPED_TRACE(box);
+    const std::string path = host::Utf8Of(folder.Path()) + "/" + box;
+    for (const char* const name : {"eins", "zwei"}) {
+      program::AddRequest request;
+      request.box = path;
+      request.files = {file};
+      request.name = name;
+      ASSERT_EQ(program::AddToBox(request), 0);
+    }
+    const auto pictures = [&] {
+      return program::BoxFile(path, program::BoxAccess::Read).Entries().size();
+    };
+    ASSERT_TRUE(OpenAndShow(path + "::eins"));
+    EXPECT_THAT(session->Chain().Items(), IsEmpty());
+    AddWith("ZNFilter.Sepia.1", "Sepia=033");
+    session->Chain().Switch(session->Chain().Selection(), false);
+    AddWith("ZNFilter.Invert.1", "Inversity=100");
+    ASSERT_TRUE(session->SaveOwnChain()) << testing::PrintToString(session->Messages());
+    EXPECT_FALSE(session->IsModified());
+    const std::string saved = TextOf(session->Chain().Items(), true);
+    ASSERT_TRUE(OpenAndShow(path + "::zwei"));
+    EXPECT_THAT(session->Chain().Items(), IsEmpty()) << "a chain of its own";
+    ASSERT_TRUE(OpenAndShow(path + "::eins"));
+    EXPECT_EQ(TextOf(session->Chain().Items(), true), saved);
+    session->Chain().Reset();
+    ASSERT_TRUE(session->SaveOwnChain()) << "a shorter one over it";
+    EXPECT_EQ(desk::ReadBoxChain(path + "::eins"), "");
+    EXPECT_EQ(pictures(), 2u);
+    EXPECT_THAT(session->Messages(), IsEmpty());
+  }
+  EXPECT_FALSE(fs::exists(folder / "shots.box-eins.chain"));
+  EXPECT_THROW(desk::WriteBoxChain(host::Utf8Of(folder / "shots.box") + "::drei", ""),
+               program::FileError);
+}
+
 TEST_F(DeskSession, AddsByRankAndPastes) {
   session->AddFilter("ZNFilter.Sepia.1");
   session->AddFilter("ZNFilter.Shadow.1");
@@ -305,6 +379,25 @@ TEST_F(DeskSession, RunsTheChainOverManyPictures) {
   EXPECT_THAT(last->errors, ElementsAre(HasSubstr("missing.ppm")));
   EXPECT_TRUE(fs::exists(folder / "out" / "a.ppm"));
   EXPECT_TRUE(fs::exists(folder / "out" / "b.ppm"));
+}
+
+// In the middle of a picture that takes long.
+TEST_F(DeskSession, StopsABatchAtOnce) {
+  const std::vector<std::string> inputs = {Picture("a.ppm", 3000, 2000), Picture("b.ppm", 30, 20)};
+  AddWith("ZNFilter.BlurSel.1", "Percent=100,Threshold=30.0,Radius=40.0");
+  std::optional<desk::BatchProgress> last;
+  session->onBatch = [&](const desk::BatchProgress& progress) { last = progress; };
+  session->Batch(inputs, host::Utf8Of(folder / "out"));
+  ASSERT_TRUE(queue.RunUntil([&] { return last.has_value(); }));
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  const auto stopped = std::chrono::steady_clock::now();
+  session->StopBatch();
+  ASSERT_TRUE(queue.RunUntil([&] { return last->isOver; }));
+  EXPECT_LT(std::chrono::steady_clock::now() - stopped, std::chrono::seconds(3));
+  EXPECT_TRUE(last->wasStopped);
+  EXPECT_EQ(last->done, 0);
+  EXPECT_THAT(last->errors, IsEmpty());
+  EXPECT_FALSE(fs::exists(folder / "out" / "a.ppm"));
 }
 
 TEST_F(DeskSession, FindsFiltersByTheirWords) {

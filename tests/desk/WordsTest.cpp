@@ -1,0 +1,120 @@
+// The words of the desk: there in both languages, all used, and fit for the window.
+#include "desk/Words.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "desk/DeskWindow.h"
+#include "host/FilterFacts.h"
+#include "tests/platform/Support.h"
+#include "toolkit/fake/FakeBackend.h"
+
+namespace {
+
+using toolkit::ControlKind;
+
+std::set<std::string> KeysOf(const std::string& language) {
+  std::set<std::string> keys;
+  std::ifstream file(FXBOX_SOURCE "/resources/strings/desk/" + language + ".txt");
+  for (std::string line; std::getline(file, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    EXPECT_TRUE(keys.insert(line.substr(0, line.find('='))).second) << line;
+    EXPECT_LT(line.find('=') + 1, line.size()) << line;
+  }
+  return keys;
+}
+
+// The pieces that the sources put together stand here as they are there.
+std::set<std::string> UsedKeys() {
+  std::set<std::string> used;
+  const std::regex word("\"((DESK|GROUP|PREVIEW)_[A-Za-z_]+)\"");
+  const std::regex tool("add\\(\"([A-Z]+)\"");
+  for (const auto& entry : std::filesystem::directory_iterator(FXBOX_SOURCE "/desk")) {
+    if (entry.path().extension() != ".cpp") continue;
+    std::stringstream source;
+    source << std::ifstream(entry.path()).rdbuf();
+    const std::string text = source.str();
+    for (std::sregex_iterator found(text.begin(), text.end(), word), end; found != end; ++found) {
+      if ((*found)[1] != "DESK_") used.insert((*found)[1]);
+    }
+    for (std::sregex_iterator found(text.begin(), text.end(), tool), end; found != end; ++found) {
+      const std::string key = "DESK_" + (*found)[1].str();
+      used.insert(key);
+      // What can be taken back is said in the bubble.
+      used.insert(key + "_BUBBLE");
+    }
+  }
+  return used;
+}
+
+TEST(DeskWords, AreThereInBothLanguagesAndAllUsed) {
+  const auto english = KeysOf("en");
+  EXPECT_EQ(english, KeysOf("de"));
+  std::set<std::string> wanted = UsedKeys();
+  EXPECT_GT(wanted.size(), 120u);
+  for (const std::string& key : english) {
+    if (key.starts_with("FILTER_")) wanted.insert(key);
+  }
+  EXPECT_EQ(english, wanted);
+  EXPECT_STREQ(desk::FindWords("FILTER_Sepia", "de"), "Sepiaton");
+  EXPECT_STREQ(desk::FindWords("FILTER_Sepia", "fr"), "Sepia tone");
+  EXPECT_EQ(desk::FindWords("FILTER_", "en"), nullptr);
+}
+
+TEST(DeskWords, TakeTheirTexts) {
+  desk::ChooseLanguage("en");
+  EXPECT_EQ(desk::Words("DESK_BATCH_PROGRESS", "%2", "7"), "%2 of 7");
+  EXPECT_EQ(desk::Words("NO_SUCH_KEY"), "NO_SUCH_KEY");
+}
+
+// "describe" says the same of a preview.
+TEST(DeskWords, SayOfPreviewsWhatTheCommandLineSays) {
+  for (const char* const kind : {"exact", "scaled", "measured"}) {
+    EXPECT_EQ(desk::FindWords(("PREVIEW_" + std::string(kind)).c_str(), "en"),
+              host::PreviewText(kind));
+  }
+  EXPECT_THAT(host::PreviewText("100 %"),
+              testing::StartsWith(desk::FindWords("PREVIEW_full", "en")));
+}
+
+// Every mnemonic of a menu leads to one entry, and every class has a name in the language.
+TEST(DeskWords, FitTheWindowInBothLanguages) {
+  for (const char* const language : {"en", "de"}) {
+    SCOPED_TRACE(language);
+    testing_support::TemporaryFolder folder;
+    toolkit::FakeBackend backend;
+    const toolkit::ScopedBackend scope(&backend);
+    backend.language = language;
+    desk::DeskOptions options;
+    options.state = folder / "state";
+    desk::DeskWindow window(options);
+    ASSERT_TRUE(window.Open());
+    const std::function<void(const std::vector<toolkit::MenuEntry>&)> check =
+        [&](const std::vector<toolkit::MenuEntry>& entries) {
+          std::set<char> letters;
+          for (const toolkit::MenuEntry& entry : entries) {
+            const std::size_t at = entry.text.find('&');
+            if (at == entry.text.npos) continue;
+            const char letter = static_cast<char>(std::tolower(entry.text[at + 1]));
+            EXPECT_TRUE(letters.insert(letter).second) << entry.text;
+            EXPECT_GT(letter, 0) << entry.text;
+            check(entry.below);
+          }
+        };
+    check(backend.LastWindow()->menuBar);
+    for (const auto& entry : window.Work().Catalog().Entries()) {
+      const std::string name = entry.progId.substr(9, entry.progId.rfind('.') - 9);
+      EXPECT_NE(desk::FindWords(("FILTER_" + name).c_str(), language), nullptr) << name;
+    }
+    EXPECT_NE(
+        backend.LastWindow()->ByName(language[0] == 'd' ? "Kette" : "Chain", ControlKind::Canvas),
+        0);
+  }
+  desk::ChooseLanguage("en");
+}
+
+}  // namespace
