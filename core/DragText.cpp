@@ -99,7 +99,9 @@ bool AddDraggedChain(IDataObject* object, std::string_view chain, std::string_vi
 }
 
 std::optional<DragContent> ReadDraggedChain(IDataObject* object) {
-  if (auto chain = ReadAnyFilterChain(object)) return DragContent{std::move(*chain), {}};
+  // Some programs give a text whatever format is asked for, and a chain holds no marker.
+  auto chain = ReadAnyFilterChain(object);
+  if (chain && !HoldsDragMarker(*chain)) return DragContent{std::move(*chain), {}};
   const auto text = ReadPlainText(object);
   return text ? ReadDragText(*text) : std::nullopt;
 }

@@ -18,6 +18,7 @@ void BatchWindow::Open(void* owner) {
   spec.takesFiles = true;
   session.onBatch = [this](const BatchProgress& progress) { ShowProgress(progress); };
   if (!CreateModeless(spec)) return;
+  if (session.HasPicture()) OnFiles({host::PathOf(session.Name())});
   ShowState();
   Show();
 }
@@ -111,6 +112,7 @@ void BatchWindow::ShowProgress(const BatchProgress& progress) {
   }
   progressText->SetText(text);
   ShowState();
+  if (progress.isOver && onOver) onOver(progress);
 }
 
 void BatchWindow::ShowState() {

@@ -1,6 +1,7 @@
 // The chain over many pictures: which ones, where to, how far it is.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@ class BatchWindow final : public CZNDialog {
   explicit BatchWindow(Session& ofSession) : session(ofSession) {}
   ~BatchWindow() override;
   void Open(void* owner);
+  int Count() const { return static_cast<int>(inputs.size()); }
+  std::function<void(const BatchProgress&)> onOver;
 
  private:
   void Build() override;

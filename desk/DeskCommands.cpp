@@ -79,7 +79,11 @@ void DeskWindow::RunBatch() {
   auto window = std::make_unique<BatchWindow>(session);
   BatchWindow& shownWindow = *window;
   batchWindow = std::move(window);
+  shownWindow.onOver = [this](const BatchProgress& progress) {
+    Tell("batched " + std::to_string(progress.done) + " " + std::to_string(progress.count));
+  };
   shownWindow.Open(Handle());
+  Tell("batch " + std::to_string(shownWindow.Count()));
 }
 
 void DeskWindow::ShowMessages() {
@@ -97,7 +101,8 @@ platform::ComPtr<IDataObject> DeskWindow::Selected() {
 }
 
 void DeskWindow::Copy() {
-  if (const auto object = Selected()) System().SetClipboard(object.Get());
+  const auto object = Selected();
+  if (object && System().SetClipboard(object.Get())) Tell("copied");
 }
 
 void DeskWindow::Cut() {
@@ -192,7 +197,12 @@ void DeskWindow::FollowSelection() {
     if (session.Chain().Selection().contains(item.id)) chosen.push_back(item.id);
   }
   if (chosen == session.Bench().Items()) return;
+  const toolkit::ControlId focused = Native()->Focused();
   if (!session.EditSelection(Handle())) session.Bench().Close();
+  const bool isDocked = settings.dialog != DialogPlace::Window;
+  if (CZNControl* const before = isDocked && focused != dock->Id() ? Find(focused) : nullptr) {
+    before->Focus();  // whoever goes through the chain by keys goes on
+  }
 }
 
 void DeskWindow::Drag(const CatalogEntry& entry, Point place, bool isDrop) {

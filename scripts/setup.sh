@@ -20,7 +20,7 @@ native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev li
   libfreetype-dev libharfbuzz-dev libfribidi-dev libfontconfig-dev fonts-dejavu-core libgtk-4-dev
   libwebp-dev libjxl-dev libavif-dev libheif-dev libraw-dev)
 tests=(clang clang-format libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
-  xvfb xauth xdotool adwaita-icon-theme parallel
+  xvfb xauth xclip xdotool adwaita-icon-theme parallel
   pybind11-dev python3-dev python3-numpy mypy python3-jsonschema
   groff-base desktop-file-utils appstream shared-mime-info libglib2.0-bin)
 soak=(python3-distributed)
@@ -29,7 +29,7 @@ soak=(python3-distributed)
 windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   cmake ninja-build googletest libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpng-dev libtiff-dev
   liblcms2-dev libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
-  clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xdotool)
+  clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xclip xdotool)
 # What only packages need, beside all that builds.
 package=(debhelper dh-python lintian nsis mingw-w64-tools libwine-dev llvm-14 clang-tools-14 lld-14 zip unzip mmdebstrap)
 tools=(clang-format clang-tidy librsvg2-bin imagemagick)

@@ -105,6 +105,11 @@ TEST(DragText, TravelsInATransferObject) {
   AddPlainText(pasted.Get(), ("from a mail: " + *MakeDragText(kSepia, "words")).c_str());
   const DragContent read{kSepia, "words"};
   EXPECT_EQ(core::ReadDraggedChain(pasted.Get()), read);
+  const auto any = ComPtr<CDataXferObj>::Attach(new CDataXferObj);
+  const std::string text = *MakeDragText(kSepia, "words");
+  AddFilterChain(any.Get(), text.c_str());
+  AddPlainText(any.Get(), text.c_str());
+  EXPECT_EQ(core::ReadDraggedChain(any.Get()), read) << "a program that knows one text alone";
 }
 
 }  // namespace

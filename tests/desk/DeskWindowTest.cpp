@@ -199,7 +199,8 @@ TEST_F(Desk, CopiesPastesAndTakesWhatIsDropped) {
   };
   const Rect list = native->At(Canvas("Chain")).place;
   const Point between{list.x + 20, list.y + 44};
-  const std::string text = *core::MakeDragText("ZNFilter.Emboss.1(EmbossStrength=020)", "to a friend");
+  const std::string text =
+      *core::MakeDragText("ZNFilter.Emboss.1(EmbossStrength=020)", "to a friend");
   EXPECT_TRUE(drop("Hello,\r\n" + text + "\r\nbye", between));
   EXPECT_EQ(Order(), "Se Em In ");
   EXPECT_TRUE(drop("ZNFilter.Histo.1(Intensity=010)", {5, 5}));

@@ -107,6 +107,29 @@ chain="$(lastchain)"
 cmp exported.ppm applied.ppm || fail 'another picture than apply makes'
 cmp -s exported.ppm photo.ppm && fail 'the chain did nothing'
 
+# The clipboard, as other programs see it.
+click chain 120 66
+press ctrl+c copied
+press ctrl+v 'chain ZNFilter[.]Offset[.]1.*Sepia.*Sepia'
+sepia="ZNFilter.Sepia.1(Sepia=005)"
+xclip -selection clipboard -o >pasted.txt
+"$@" "$fxbox" drag "$sepia" >dragged.txt
+tr -d '\r\0' <pasted.txt | cmp - <(tr -d '\r' <dragged.txt) || fail 'another text on the clipboard'
+"$@" "$fxbox" drag 'ZNFilter.Invert.1(Inversity=100)' | xclip -selection clipboard -i >/dev/null
+click chain 120 66
+press ctrl+v 'chain .*Invert'
+
+# The batch window begins with this picture, and a folder beside it.
+press ctrl+b 'batch 1'
+xdotool mousemove 60 60
+sleep 0.5
+press alt+s 'batched 1 1'
+chain="$(lastchain)"
+"$@" "$fxbox" apply --quiet -c "$chain" -o applied.ppm photo.ppm
+cmp fxbox/photo.ppm applied.ppm || fail 'the batch makes another picture than apply'
+keys Escape
+sleep 0.5
+
 # What was not saved comes back after the end without a warning. The runner is not the program.
 if [ $# = 0 ]; then
   sleep 0.5

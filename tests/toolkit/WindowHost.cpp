@@ -8,6 +8,7 @@
 
 #include "toolkit/Painter.h"
 #include "toolkit/ZNDialog.h"
+#include "toolkit/ZNMessage.h"
 #include "toolkit/ZNTheme.h"
 
 namespace {
@@ -46,20 +47,72 @@ class Board final : public CZNCanvas {
   }
 };
 
+// A window that lives in the host's dock, until it is let out.
+class GuestWindow final : public CZNDialog {
+ public:
+  CZNSlider* slider = nullptr;
+  CZNEdit* edit = nullptr;
+
+ private:
+  void Build() override {
+    const auto unit = [this](int units) { return System().Scaled(units); };
+    slider = &Make<CZNSlider>("Depth", ValueRange{0, 100, 1, 0}, toolkit::SliderLook::Plain);
+    slider->Place({unit(8), unit(4), unit(240), unit(32)});
+    slider->onChange = [this] { std::printf("guest slider %.0f\n", slider->Value()); };
+    edit = &Make<CZNEdit>("Title");
+    edit->Place({unit(8), unit(40), unit(240), unit(34)});
+    edit->onChange = [this] { std::printf("guest edit %s\n", edit->Text().c_str()); };
+    Native()->SetClientSize({unit(256), unit(80)});
+  }
+  void OnCancel() override {
+    std::printf("guest closed\n");
+    Hide();
+  }
+};
+
 class HostWindow final : public CZNDialog {
  public:
   bool isOpen = true;
+  int tellsIn = 0;  // turns of the loop, until all is laid out anew
 
   void Tell() {
     for (const auto& [name, control] : named) {
       const Rect place = Native()->OnScreen(control->Id());
       std::printf("place %s %d %d %d %d\n", name, place.x, place.y, place.width, place.height);
     }
+    if (guest) {
+      TellGuest("guestslider", *guest->slider);
+      TellGuest("guestedit", *guest->edit);
+    }
     std::printf("ready\n");
     std::fflush(stdout);
   }
 
  private:
+  void TellGuest(const char* name, const CZNControl& control) {
+    const Rect place = guest->Native()->OnScreen(control.Id());
+    std::printf("place %s %d %d %d %d\n", name, place.x, place.y, place.width, place.height);
+  }
+  // Docks the guest, or lets it out; tells where everything is a little later.
+  void DockGuest(bool isDocked) {
+    if (!guest) {
+      guest = std::make_unique<GuestWindow>();
+      guest->CreateModeless({.title = "Guest", .owner = Handle()});
+    }
+    if (isDocked) {
+      std::printf("docked %d\n", dock->Take(guest->Handle()));
+    } else {
+      dock->GiveBack();
+      std::printf("free\n");
+    }
+    guest->Show();
+    tellsIn = 4;
+  }
+  void Ask() {
+    std::printf("asking\n");
+    std::fflush(stdout);
+    std::printf("answer %d\n", ZNAskButton("Question", "Well?", {"&Yes", "&No"}, Handle()));
+  }
   void Build() override {
     Make<CZNStatic>("&Strength").Place(Row(0));
     slider = &Add("slider", Make<CZNSlider>("Strength", ValueRange{0, 100, 1, 0},
@@ -71,7 +124,8 @@ class HostWindow final : public CZNDialog {
     auto& check = Add("check", Make<CZNCheckBox>("&Keep proportions"));
     check.onChange = [&check] { std::printf("check %d\n", check.IsChecked()); };
     radios = std::make_unique<CZNRadioGroup>(*this, std::vector<std::string>{"&Left", "&Right"});
-    for (std::size_t i = 0; i < radios->Count(); ++i) Add("radio", radios->Button(i));
+    for (std::size_t i = 0; i < radios->Count(); ++i)
+      Add(i == 0 ? "radio" : "otherradio", radios->Button(i));
     radios->onChange = [this] { std::printf("radio %d\n", radios->Chosen()); };
     auto& combo = Add("combo", Make<CZNComboBox>("Kind", std::vector<std::string>{"One", "Two"}));
     combo.onChange = [&combo] { std::printf("combo %d\n", combo.Chosen()); };
@@ -83,6 +137,11 @@ class HostWindow final : public CZNDialog {
     auto& button = Add("button", Make<CZNButton>("&Apply", CZNButton::Kind::Default));
     button.onPress = [] { std::printf("button\n"); };
     Add("board", Make<Board>(), 4);
+    dock = &Add("dock", Make<CZNDock>("Dock"), 3);
+    dock->onChange = [this] {
+      const toolkit::Size wanted = dock->Wanted();
+      std::printf("wanted %d\n", wanted.width > 0 && wanted.height > 0);
+    };
     AddMenus();
     slider->SetValue(50);
     field->SetValue(20);
@@ -99,6 +158,9 @@ class HostWindow final : public CZNDialog {
       MenuBar().Check(grid, !MenuBar().IsChecked(grid));
       std::printf("menu grid %d\n", MenuBar().IsChecked(grid));
     });
+    view.Add("&In\tF2", [this] { DockGuest(true); });
+    view.Add("O&ut\tF3", [this] { System().Post([this] { DockGuest(false); }); });
+    view.Add("A&sk\tF7", [this] { Ask(); });
     view.AddSeparator();
     const int off = view.Add("O&ff\tF6", [] { std::printf("menu off\n"); });
     view.Add("&Dark\tCtrl+Shift+D", [] { CZNTheme::Choose(toolkit::ThemeChoice::Dark); });
@@ -126,6 +188,8 @@ class HostWindow final : public CZNDialog {
 
   std::vector<std::pair<const char*, CZNControl*>> named;
   std::unique_ptr<CZNRadioGroup> radios;
+  std::unique_ptr<GuestWindow> guest;
+  CZNDock* dock = nullptr;
   CZNSlider* slider = nullptr;
   CZNNumberField* field = nullptr;
   int next = 0;
@@ -161,6 +225,7 @@ int main(int count, char** arguments) {
   window.Tell();
   for (int i = 0; window.isOpen && i < 600; ++i) {
     PumpFor(backend, std::chrono::milliseconds(100));
+    if (window.tellsIn > 0 && --window.tellsIn == 0) window.Tell();
     std::fflush(stdout);
   }
   return window.isOpen ? 1 : 0;

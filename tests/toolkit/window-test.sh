@@ -17,7 +17,7 @@ done
 # point NAME X Y: moves the mouse to a place of a control, given in hundredths of its size.
 point() {
   local name x y width height
-  read -r _ name x y width height < <(grep "^place $1 " "$out") || true
+  read -r _ name x y width height < <(grep "^place $1 " "$out" | tail -1) || true
   xdotool mousemove $((x + width * $2 / 100)) $((y + height * $3 / 100))
   sleep 0.1
 }
@@ -110,6 +110,34 @@ expect 'menu \(open\|all\)'
 forget
 # Escape closes an open menu, not the window.
 keys alt+f; sleep 0.5; keys Escape; refuse '^closed'
+# A window in the dock has its keys first, and the host those that it does not want.
+click board 50 50; forget
+keys F2; expect 'docked 1'; expect 'wanted 1'; expect 'ready'
+forget
+click guestslider 80 50; expect 'guest slider [1-9][0-9]*'
+keys Home; expect 'guest slider 0'
+keys F5; expect 'menu grid 1'
+forget
+click guestedit 50 50; keys h; expect 'guest edit h'
+keys ctrl+a; refuse '^menu all'
+keys ctrl+o; expect 'menu open'
+forget
+keys Escape; expect 'guest closed'; expect 'wanted 0'; refuse '^closed'
+click board 50 50; forget
+keys F2; expect 'wanted 1'; expect 'ready'
+forget
+keys F3; expect 'free'; expect 'ready'
+forget
+click guestslider 80 50; expect 'guest slider [1-9][0-9]*'
+keys Escape; expect 'guest closed'
+# A question blocks the window that asks.
+click board 50 50; forget
+keys F7; expect 'asking'; sleep 0.5
+click check 8 50; refuse '^check'
+xdotool mousemove 40 40; sleep 0.3
+keys Escape; expect 'answer 1'
+forget
+click check 8 50; expect 'check 0'
 click board 50 50; click board 50 50
 keys ctrl+shift+d; expect 'look dark'
 forget

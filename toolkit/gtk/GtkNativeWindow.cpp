@@ -37,8 +37,8 @@ GtkNativeWindow::GtkNativeWindow(const WindowSpec& spec, WindowEvents& receiver,
   gtk_window_set_resizable(window, !isTool);
   if (spec.owner) {
     const GtkNativeWindow* const owner = OfHandle(spec.owner);
-    gtk_window_set_transient_for(
-        window, owner ? owner->TopWindow() : static_cast<GtkWindow*>(spec.owner));
+    gtk_window_set_transient_for(window,
+                                 owner ? owner->TopWindow() : static_cast<GtkWindow*>(spec.owner));
   }
   gtk_widget_set_vexpand(pane, TRUE);
   gtk_widget_set_hexpand(pane, TRUE);
@@ -48,8 +48,7 @@ GtkNativeWindow::GtkNativeWindow(const WindowSpec& spec, WindowEvents& receiver,
   gtk_window_set_child(window, box);
   ListenToWindow();
   ListenToLook();
-  if (spec.takesFiles) ListenToFiles();
-  if (spec.takesObjects) ListenToObjects();
+  if (spec.takesFiles || spec.takesObjects) ListenToDrops(spec);
 }
 
 GtkNativeWindow::~GtkNativeWindow() {
@@ -86,29 +85,15 @@ void GtkNativeWindow::ListenToLook() {
   }
 }
 
-void GtkNativeWindow::ListenToFiles() {
-  const auto dropped =
-      +[](GtkDropTarget*, const GValue* value, double, double, gpointer data) -> gboolean {
-    std::vector<std::filesystem::path> files;
-    const auto* const list = static_cast<GSList*>(g_value_get_boxed(value));
-    for (const GSList* at = list; at; at = at->next) {
-      char* const path = g_file_get_path(static_cast<GFile*>(at->data));
-      if (path) files.emplace_back(path);
-      g_free(path);
-    }
-    static_cast<GtkNativeWindow*>(data)->events.OnFilesDropped(files);
-    return !files.empty();
-  };
-  GtkDropTarget* const target = gtk_drop_target_new(GDK_TYPE_FILE_LIST, GDK_ACTION_COPY);
-  g_signal_connect(target, "drop", G_CALLBACK(dropped), this);
-  gtk_widget_add_controller(GTK_WIDGET(window), GTK_EVENT_CONTROLLER(target));
-}
-
-// What any program drags comes at least as a text; what ours drag is found in it.
-void GtkNativeWindow::ListenToObjects() {
-  const auto moved = +[](GtkDropTarget*, double x, double y, gpointer data) -> GdkDragAction {
+// One target for both: what offers files offers their names as a text as well. What any program
+// drags comes at least as a text; what ours drag is found in it.
+void GtkNativeWindow::ListenToDrops(const WindowSpec& spec) {
+  const auto moved = +[](GtkDropTarget* target, double x, double y, gpointer data) {
     auto* const self = static_cast<GtkNativeWindow*>(data);
-    self->events.OnObjectOver(self->InPane(x, y));
+    GdkDrop* const drop = gtk_drop_target_get_current_drop(target);
+    const bool hasFiles =
+        gdk_content_formats_contain_mime_type(gdk_drop_get_formats(drop), "text/uri-list");
+    if (!hasFiles) self->events.OnObjectOver(self->InPane(x, y));
     return GDK_ACTION_COPY;
   };
   const auto left = +[](GtkDropTarget*, gpointer data) {
@@ -116,17 +101,37 @@ void GtkNativeWindow::ListenToObjects() {
   };
   const auto dropped =
       +[](GtkDropTarget*, const GValue* value, double x, double y, gpointer data) -> gboolean {
-    auto* const self = static_cast<GtkNativeWindow*>(data);
-    const char* const text = g_value_get_string(value);
-    return TakeDroppedText(text ? text : "", [&](IDataObject* object) {
-      return self->events.OnObjectDropped(object, self->InPane(x, y));
-    });
+    return static_cast<GtkNativeWindow*>(data)->TakeDrop(value, x, y);
   };
-  GtkDropTarget* const target = gtk_drop_target_new(G_TYPE_STRING, GDK_ACTION_COPY);
+  GtkDropTarget* const target = gtk_drop_target_new(G_TYPE_INVALID, GDK_ACTION_COPY);
+  GType types[2];
+  gsize count = 0;
+  if (spec.takesFiles) types[count++] = GDK_TYPE_FILE_LIST;
+  if (spec.takesObjects) types[count++] = G_TYPE_STRING;
+  gtk_drop_target_set_gtypes(target, types, count);
   g_signal_connect(target, "motion", G_CALLBACK(moved), this);
   g_signal_connect(target, "leave", G_CALLBACK(left), this);
   g_signal_connect(target, "drop", G_CALLBACK(dropped), this);
   gtk_widget_add_controller(GTK_WIDGET(window), GTK_EVENT_CONTROLLER(target));
+}
+
+bool GtkNativeWindow::TakeDrop(const GValue* value, double x, double y) {
+  if (G_VALUE_HOLDS_STRING(value)) {
+    const char* const text = g_value_get_string(value);
+    const Point place = InPane(x, y);
+    return TakeDroppedText(text ? text : "", [this, place](IDataObject* object) {
+      return events.OnObjectDropped(object, place);
+    });
+  }
+  std::vector<std::filesystem::path> files;
+  const auto* const list = static_cast<GSList*>(g_value_get_boxed(value));
+  for (const GSList* at = list; at; at = at->next) {
+    char* const path = g_file_get_path(static_cast<GFile*>(at->data));
+    if (path) files.emplace_back(path);
+    g_free(path);
+  }
+  events.OnFilesDropped(files);
+  return !files.empty();
 }
 
 // A place of the window as one of the client area.

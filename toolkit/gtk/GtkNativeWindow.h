@@ -75,8 +75,8 @@ class GtkNativeWindow final : public ControlWindow<GtkControl> {
   Point InPane(double x, double y) const;
   void ListenToWindow();
   void ListenToLook();
-  void ListenToFiles();
-  void ListenToObjects();
+  void ListenToDrops(const WindowSpec& spec);
+  bool TakeDrop(const GValue* value, double x, double y);
   int MenuBarHeight() const;
   void NameNext(const GtkControl& added);
   static gboolean ShortcutPressed(GtkEventControllerKey*, guint symbol, guint,
