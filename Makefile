@@ -33,7 +33,9 @@ bench: ## a table of speeds; BENCH=REGEX chooses some, FXBOX_THREADS=1,2 the thr
 bench-peers: ## the filters beside OpenCV and libvips, into docs/speed.md; THREADS=N (1)
 	@scripts/setup.sh native peers
 	@scripts/build.sh linux fxbox_peers
-	@build/linux/benchmarks/fxbox_peers $(THREADS) | tee docs/speed.md
+	@build/linux/benchmarks/fxbox_peers $(THREADS) | tee build/peers.md
+	@sed -n '/^## What bounds/,$$p' docs/speed.md > build/bounds.md
+	@(cat build/peers.md && echo && cat build/bounds.md) > docs/speed.md
 
 windows: ## build the DLL and the program for Windows, into build/windows/
 	@scripts/setup.sh windows
