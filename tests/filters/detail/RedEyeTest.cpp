@@ -110,6 +110,35 @@ TEST(RedEye, WindowsGrow) {
   }
 }
 
+// A window that the picture's edge has cut: the region leaves it to the right until it reaches 33
+// pixels, with the threshold at 53.
+TEST(RedEye, WindowsAtTheEdgeGrow) {
+  Picture picture = testing_support::Uniform(300, 300, 60, 60, 60);
+  const auto put = [&](int x, int y, BYTE green) {
+    BYTE* const pixel = picture.Colour(x, y);
+    pixel[0] = pixel[2] = 60, pixel[1] = green;
+  };
+  for (int i = 0; i < 5 * 26; ++i) put(5 + i % 26, 148 + i / 26, 180);
+  put(8, 150, 113);
+  put(8, 151, 112);
+  Remove(picture, {5.5 / 300, 0.5, 0, 0});
+  EXPECT_EQ(picture.Colour(8, 150)[1], 42);
+  EXPECT_EQ(picture.Colour(8, 151)[1], 112);
+  EXPECT_NE(picture.Colour(30, 148)[1], 180);
+}
+
+// Another eye, where a click without a place would be, stays.
+TEST(RedEye, ClicksCount) {
+  Picture picture = Square(30, 30, 200);
+  for (int i = 0; i < 36; ++i) picture.Colour(42 + i % 6, 37 + i / 6)[2] = 200;
+  testing_support::Rig rig(picture, testing_support::ClassOf("ZNFilter.RedEye.1"));
+  rig.Filter().SetParameter("N=1, X1=0.36, Y1=0.53", 1);
+  rig.Filter().Commit();
+  const Picture result = rig.PullWhole();
+  EXPECT_EQ(result.Colour(32, 42)[2], 49);
+  EXPECT_EQ(result.Colour(45, 40)[2], 200);
+}
+
 // A red eye spreads over what is still red beside it, by one pixel.
 TEST(RedEye, SpreadsWhereItIsRed) {
   Picture picture = Square(30, 30, 200);
