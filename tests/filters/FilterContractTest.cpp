@@ -838,6 +838,27 @@ TEST_P(FilterContract, AnyNumberOfWorkersGivesTheSameBytes) {
   }
 }
 
+// The sizes above reduce to a few pixels; these results are cut too.
+TEST(FilterWorkers, LargeResultsHaveTheSameBytes) {
+  for (const Masks masks : {Masks::Opaque, Masks::Noise}) {
+    const Picture picture = Noise(620, 500, masks, 3);
+    for (const char* size : {"430,MaximumVerticalSize=390", "900,MaximumVerticalSize=700"}) {
+      const std::string text =
+          std::string("KeepProportions=0,AllowEnlarge=1,MaximumHorizontalSize=") + size;
+      const auto scaled = [&] {
+        Rig rig(picture, ClassOf("ZNFilter.Scale.1"));
+        rig.Filter().SetParameter(text.c_str(), 1);
+        return rig.PullWhole();
+      };
+      const Picture whole = scaled();
+      for (const int threads : {2, 3, 16}) {
+        const LentWorkers workers(threads);
+        ASSERT_EQ(Difference(whole, scaled()), "") << text << " by " << threads;
+      }
+    }
+  }
+}
+
 TEST_P(FilterContract, AbortFromAnotherThreadStopsWorkers) {
   const Picture picture = Noise(620, 400, Masks::Noise, 1);
   Test reference(*this, picture);
