@@ -90,6 +90,31 @@ test_alpha() {
   run 0 apply -c '' -o step.png in.pam
   run 0 apply -c '' -o back.pam step.png
   cmp -s in.pam back.pam || fail 'PNG does not keep colour and alpha'
+  # Alpha that hides nothing is not written; what a filter hides is.
+  printf "$head"'\001\002\003\377\011\012\013\377' >opaque.pam
+  printf 'P6\n2 1\n255\n\001\002\003\011\012\013' >opaque.ppm
+  run 0 apply -c '' -o alpha.png opaque.pam
+  run 0 apply -c '' -o none.png opaque.ppm
+  cmp -s alpha.png none.png || fail 'alpha that hides nothing is written'
+  run 0 apply -c 'ZNFilter.Transparency.1(Transparency=050)' -o half.png opaque.ppm
+  run 0 apply -c '' -o half.pam half.png
+  file_is half.pam "$head"'\001\002\003\177\011\012\013\177'
+}
+
+# What travels along names the size of the result.
+test_sizes_in_data() {
+  picture in.ppm
+  run 0 apply -c '' -o plain.jpg in.ppm
+  xmp='<x:xmpmeta xmlns:x="adobe:ns:meta/"><r tiff:ImageWidth="900" tiff:ImageLength="800"/></x:xmpmeta>'
+  size=$((2 + 29 + ${#xmp}))
+  {
+    head -c 2 plain.jpg
+    printf "\\377\\341\\$(printf %03o $((size / 256)))\\$(printf %03o $((size % 256)))"
+    printf 'http://ns.adobe.com/xap/1.0/\000%s' "$xmp"
+    tail -c +3 plain.jpg
+  } >in.jpg
+  run 0 apply -c '' --rect 0,0,2,1 -o out.jpg in.jpg
+  grep -qaF 'tiff:ImageWidth="2" tiff:ImageLength="1"' out.jpg || fail 'another size in the XMP data'
 }
 
 test_bands_and_rectangle() {
