@@ -21,6 +21,7 @@ native=(g++ cmake ninja-build pkg-config googletest libgtest-dev libgmock-dev li
   libwebp-dev libjxl-dev libavif-dev libheif-dev libraw-dev)
 tests=(clang clang-format libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3-olefile
   xvfb xauth xclip xdotool adwaita-icon-theme parallel
+  dbus at-spi2-core gir1.2-atspi-2.0 python3-gi
   pybind11-dev python3-dev python3-numpy mypy python3-jsonschema
   groff-base desktop-file-utils appstream shared-mime-info libglib2.0-bin)
 soak=(python3-distributed)

@@ -1,18 +1,28 @@
 """What a screen reader finds in the window of fxbox-desk, over the bus that they use:
 
-    dbus-run-session -- python3 accessible-test.py DESK PICTURE
+    dbus-run-session -- python3 accessible-test.py DESK
 
-Needs a display. PICTURE has a chain of three filters beside it, of which the second is switched off.
+Needs a display. Writes a picture and its chain into the current folder. Status 77 where the words
+of that bus are not installed.
 """
 
 import subprocess
 import sys
 import time
 
-import gi
+try:
+    import gi
 
-gi.require_version("Atspi", "2.0")
-from gi.repository import Atspi  # noqa: E402
+    gi.require_version("Atspi", "2.0")
+    from gi.repository import Atspi, GLib
+except (ImportError, ValueError) as error:
+    print(f"skipped: {error}")
+    sys.exit(77)
+
+CHAIN = """ZNFilter.Sepia.1(Sepia=050)
+//off ZNFilter.Invert.1(Inversity=100)
+ZNFilter.Emboss.1(EmbossStrength=020)
+"""
 
 
 def below(node):
@@ -42,7 +52,10 @@ def application(name):
 def awaited(look, what):
     end = time.monotonic() + 30
     while time.monotonic() < end:
-        found = look()
+        try:
+            found = look()
+        except GLib.Error:  # something has just gone
+            found = None
         if found:
             return found
         time.sleep(0.2)
@@ -58,33 +71,32 @@ def rows(chain):
     return found
 
 
-def check(desk, wanted):
+def check(wanted):
     window = awaited(lambda: application("fxbox-desk"), "the program")
     chain = awaited(lambda: find(window, "list", "Chain"), "the chain")
-    got = awaited(lambda: rows(chain) if len(rows(chain)) == len(wanted) else None, "its rows")
-    if got != wanted:
-        sys.exit(f"other rows: {got}")
+    awaited(lambda: rows(chain) == wanted, f"the rows {wanted}")
     filters = awaited(lambda: find(window, "list", "Filters"), "the filters")
     names = [row[0] for row in rows(filters)]
     for name in ("Light and tone", "Sepia tone", "Gaussian blur"):
         if name not in names:
             sys.exit(f"not among the filters: {name}")
-    for role, name in (("push button", "Open"), ("toggle button", "Split"), ("text", "Search for filters")):
+    for role, name in (("push button", "Open"), ("push button", "Split"), ("image", "Picture")):
         awaited(lambda: find(window, role, name), f"{role} {name}")
-    nameless = [
-        node.get_role_name()
-        for node in below(window)
-        if node.get_role_name() in ("push button", "toggle button", "check box", "slider", "text", "list", "image")
-        and not node.get_name()
-    ]
-    print("without a name:", nameless)
+    told = ("push button", "check box", "slider", "text", "list", "list item", "image")
+    awaited(lambda: all(node.get_name() or node.get_role_name() not in told for node in below(window)),
+            "names of all controls")
 
 
 def main():
-    desk = subprocess.Popen(sys.argv[1:], stdout=subprocess.DEVNULL)
+    with open("photo.ppm", "wb") as picture:
+        picture.write(b"P6\n8 8\n255\n" + bytes(range(192)))
+    with open("photo.chain", "w", encoding="utf-8") as chain:
+        chain.write(CHAIN)
+    Atspi.get_desktop(0).get_child_count()  # the registry is there before the program asks for it
+    time.sleep(0.5)
+    desk = subprocess.Popen([sys.argv[1], "photo.ppm"])
     try:
         check(
-            desk,
             [
                 ("Sepia tone, Sepia 50", "check box", True),
                 ("Negative, Inversity 100", "check box", False),

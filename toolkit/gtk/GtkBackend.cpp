@@ -1,6 +1,7 @@
 // The backend over GTK 4, and the function by which the library opens it.
 #include <gtk/gtk.h>
 
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <map>
@@ -171,6 +172,8 @@ void GtkBackend::Post(std::function<void()> task) {
 extern "C" __attribute__((visibility("default"))) toolkit::Backend* FxboxOpenGtkBackend(
     const toolkit::GtkHost& host, std::string& reason) {
   gtk_disable_setlocale();
+  // Screen readers tell programs apart by it.
+  if (!g_get_prgname()) g_set_prgname(program_invocation_short_name);
   if (!gtk_init_check()) {
     reason = "there is no display that windows could be shown on";
     return nullptr;

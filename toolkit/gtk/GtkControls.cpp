@@ -36,16 +36,30 @@ class TextControl final : public GtkControl {
 
 // --- buttons
 
+// What screen readers say: GTK would say the mnemonic's mark, and the caption twice.
+void TellCaption(GtkWidget* button, const std::string& text) {
+  std::string plain;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '&' && ++i == text.size()) break;
+    plain += text[i];
+  }
+  auto* const accessible = GTK_ACCESSIBLE(button);
+  gtk_accessible_reset_relation(accessible, GTK_ACCESSIBLE_RELATION_LABELLED_BY);
+  gtk_accessible_update_property(accessible, GTK_ACCESSIBLE_PROPERTY_LABEL, plain.c_str(), -1);
+}
+
 class ButtonControl final : public GtkControl {
  public:
   ButtonControl(ControlId newId, const ControlSpec& spec, WindowEvents& receiver)
       : GtkControl(newId, spec, gtk_button_new_with_mnemonic(WithGtkMnemonic(spec.text).c_str()),
                    receiver) {
     Listen(Widget(), "clicked", G_CALLBACK(&Clicked));
+    TellCaption(Widget(), spec.text);
   }
 
   void SetText(const std::string& text) override {
     gtk_button_set_label(GTK_BUTTON(Widget()), WithGtkMnemonic(text).c_str());
+    TellCaption(Widget(), text);
   }
 
  private:
@@ -61,10 +75,12 @@ class ToggleControl final : public GtkControl {
                    gtk_toggle_button_new_with_mnemonic(WithGtkMnemonic(spec.text).c_str()),
                    receiver) {
     Listen(Widget(), "toggled", G_CALLBACK(&Toggled));
+    TellCaption(Widget(), spec.text);
   }
 
   void SetText(const std::string& text) override {
     gtk_button_set_label(GTK_BUTTON(Widget()), WithGtkMnemonic(text).c_str());
+    TellCaption(Widget(), text);
   }
   void SetValue(int value) override {
     Quietly([&] { gtk_toggle_button_set_active(GTK_TOGGLE_BUTTON(Widget()), value != 0); });
@@ -88,10 +104,12 @@ class CheckControl final : public GtkControl {
       gtk_check_button_set_group(Check(), GTK_CHECK_BUTTON(firstRadio->Widget()));
     }
     Listen(Widget(), "toggled", G_CALLBACK(&Toggled));
+    TellCaption(Widget(), spec.text);
   }
 
   void SetText(const std::string& text) override {
     gtk_check_button_set_label(Check(), WithGtkMnemonic(text).c_str());
+    TellCaption(Widget(), text);
   }
   void SetValue(int value) override {
     Quietly([&] { gtk_check_button_set_active(Check(), value != 0); });
