@@ -101,9 +101,12 @@ TEST(SizeChains, SizesTravelBothWays) {
 }
 
 TEST(SizeChains, NoSideVanishes) {
-  Rig rig(Picture(600, 1), MakeAll({{"Scale", "MaximumHorizontalSize=10"}}));
-  rig.Prepare();
-  EXPECT_EQ(Size(rig.destination->width, rig.destination->height), Size(10, 1));
+  for (const auto& [link, width] :
+       {std::pair(Link{"Scale", "MaximumHorizontalSize=10"}, 10), {kMiddle, 300}}) {
+    Rig rig(Picture(600, 1), MakeAll({link}));
+    rig.Prepare();
+    EXPECT_EQ(Size(rig.destination->width, rig.destination->height), Size(width, 1)) << link.name;
+  }
 }
 
 // What is active says how often the picture is really turned.
