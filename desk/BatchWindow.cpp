@@ -24,55 +24,63 @@ void BatchWindow::Open(void* owner) {
 }
 
 void BatchWindow::Build() {
-  const auto unit = [this](int units) { return System().Scaled(units); };
-  const int pad = unit(12), width = unit(560), listHeight = unit(220);
-  int y = pad;
-  const auto label = [&](const std::string& text) {
-    auto& made = Make<CZNStatic>(text);
-    const int height = made.Preferred(text).height;
-    made.Place({pad, y, width, height});
-    y += height + pad / 2;
-    return &made;
-  };
-  label(Words("DESK_BATCH_PICTURES"));
+  const int pad = Pad(), width = System().Scaled(560), listHeight = System().Scaled(220);
+  toolkit::Point at = {pad, pad};
+  AddLine(at, width, Words("DESK_BATCH_PICTURES"));
   list = &Make<CZNListBox>(Words("DESK_BATCH_PICTURES_NAME"), std::vector<std::string>());
-  list->Place({pad, y, width, listHeight});
-  y += listHeight + pad;
-  label(Words("DESK_BATCH_FOLDER"));
+  list->Place({at.x, at.y, width, listHeight});
+  at.y += listHeight + pad;
+  AddLine(at, width, Words("DESK_BATCH_FOLDER"));
   folder = &Make<CZNEdit>(Words("DESK_BATCH_FOLDER_NAME"));
   const int editHeight = folder->Preferred("folder").height;
-  folder->Place({pad, y, width, editHeight});
+  folder->Place({at.x, at.y, width, editHeight});
   folder->onChange = [this] { ShowState(); };
-  y += editHeight + pad;
-  progressText = label(" ");
-  y += pad / 2;
-  int x = pad;
-  const auto button = [&](const std::string& text, std::function<void()> action, bool isDefault) {
-    auto& made =
-        Make<CZNButton>(text, isDefault ? CZNButton::Kind::Default : CZNButton::Kind::Push);
-    const toolkit::Size size = made.Preferred(text);
-    const int wide = std::max(size.width, unit(100));
-    made.Place({x, y, wide, size.height});
-    made.onPress = std::move(action);
-    x += wide + pad;
-    return &made;
-  };
-  add = button(
-      Words("DESK_BATCH_ADD"), [this] { AddPicture(); }, false);
-  clear = button(
-      Words("DESK_BATCH_CLEAR"),
-      [this] {
-        inputs.clear();
-        list->SetItems(inputs);
-        ShowState();
-      },
-      false);
-  start = button(
-      Words("DESK_BATCH_START"), [this] { Start(); }, true);
-  stop = button(
-      Words("DESK_BATCH_STOP"), [this] { session.StopBatch(); }, false);
-  y += start->Preferred(Words("DESK_BATCH_START")).height + pad;
-  Native()->SetClientSize({width + 2 * pad, y});
+  at.y += editHeight + pad;
+  progressText = AddLine(at, width, " ");
+  at.y += pad / 2;
+  AddButtons(at);
+  const int buttonHeight = start->Preferred(Words("DESK_BATCH_START")).height;
+  Native()->SetClientSize({width + 2 * pad, at.y + buttonHeight + pad});
+}
+
+int BatchWindow::Pad() {
+  return System().Scaled(12);
+}
+
+CZNStatic* BatchWindow::AddLine(toolkit::Point& at, int width, const std::string& text) {
+  auto& line = Make<CZNStatic>(text);
+  const int height = line.Preferred(text).height;
+  line.Place({at.x, at.y, width, height});
+  at.y += height + Pad() / 2;
+  return &line;
+}
+
+void BatchWindow::AddButtons(toolkit::Point at) {
+  using Kind = CZNButton::Kind;
+  add = AddButton(at, Kind::Push, Words("DESK_BATCH_ADD"));
+  add->onPress = [this] { AddPicture(); };
+  clear = AddButton(at, Kind::Push, Words("DESK_BATCH_CLEAR"));
+  clear->onPress = [this] { Clear(); };
+  start = AddButton(at, Kind::Default, Words("DESK_BATCH_START"));
+  start->onPress = [this] { Start(); };
+  stop = AddButton(at, Kind::Push, Words("DESK_BATCH_STOP"));
+  stop->onPress = [this] { session.StopBatch(); };
+}
+
+CZNButton* BatchWindow::AddButton(toolkit::Point& at, CZNButton::Kind kind,
+                                  const std::string& text) {
+  auto& button = Make<CZNButton>(text, kind);
+  const toolkit::Size size = button.Preferred(text);
+  const int width = std::max(size.width, System().Scaled(100));
+  button.Place({at.x, at.y, width, size.height});
+  at.x += width + Pad();
+  return &button;
+}
+
+void BatchWindow::Clear() {
+  inputs.clear();
+  list->SetItems(inputs);
+  ShowState();
 }
 
 void BatchWindow::OnCancel() {

@@ -22,7 +22,13 @@ class BatchWindow final : public CZNDialog {
   void Build() override;
   void OnCancel() override;
   void OnFiles(const std::vector<std::filesystem::path>& files) override;
+  // Controls below and beside each other; `at` moves on to the place behind.
+  CZNStatic* AddLine(toolkit::Point& at, int width, const std::string& text);
+  void AddButtons(toolkit::Point at);
+  CZNButton* AddButton(toolkit::Point& at, CZNButton::Kind kind, const std::string& text);
+  int Pad();
   void AddPicture();
+  void Clear();
   void ChooseFolder();
   void Start();
   void ShowProgress(const BatchProgress& progress);

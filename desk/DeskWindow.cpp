@@ -70,7 +70,9 @@ bool DeskWindow::Open() {
             std::min(Units(800), screen.height - Units(60))};
   Native()->SetClientSize(client);
   Arrange();
+  view->onPaint = [this] { System().Post([this] { TellReady(); }); };
   Show();
+  view->Focus();
   filters->TellRows();
   ShowState();
   if (!options.picture.empty()) {
@@ -419,6 +421,11 @@ void DeskWindow::TellPlaces() {
   tell("chain", *chain);
   tell("dialog", *dock);
   for (const ToolButton& tool : tools) tell("tool-" + tool.name, *tool.button);
+}
+
+// Clicks and keys find their way from the first painting on.
+void DeskWindow::TellReady() {
+  view->onPaint = nullptr;
   Tell("ready");
 }
 

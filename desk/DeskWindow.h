@@ -106,6 +106,7 @@ class DeskWindow final : public CZNDialog {
   void AskForBox();
   void Tell(const std::string& line);
   void TellPlaces();
+  void TellReady();
 
   const DeskOptions options;
   DeskSettings settings;

@@ -331,6 +331,11 @@ void PictureView::PaintCrop(toolkit::Painter& painter, const Rect& place) const 
 }
 
 void PictureView::HandlePaint(toolkit::Painter& painter) {
+  PaintAll(painter);
+  if (onPaint) onPaint();
+}
+
+void PictureView::PaintAll(toolkit::Painter& painter) {
   const toolkit::Look look = CZNTheme::Colours();
   const auto [width, height] = painter.Area();
   const toolkit::Colour ground = CZNTheme::Mixed(look.window, {0, 0, 0}, 0.35);

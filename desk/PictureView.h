@@ -53,6 +53,7 @@ class PictureView final : public CZNCanvas {
   std::function<void(std::optional<toolkit::Spot> share)> onPointer;
   std::function<void()> onZoom;
   std::function<void()> onResize;
+  std::function<void()> onPaint;  // behind each painting
 
  private:
   void HandleMouse(const toolkit::MouseEvent& event) override;
@@ -60,6 +61,7 @@ class PictureView final : public CZNCanvas {
   bool HandleKey(const toolkit::KeyEvent& event) override;
   void HandlePaint(toolkit::Painter& painter) override;
 
+  void PaintAll(toolkit::Painter& painter);
   void Paint(toolkit::Painter& painter, const toolkit::Rect& place, const MemoryPicture& picture,
              double share);
   toolkit::Rect BeforePlace() const;

@@ -46,18 +46,22 @@ point() {
 }
 click() { point "$1" "$2" "$3"; xdotool click 1; sleep 0.2; }
 keys() { xdotool key --delay 60 "$@"; sleep 0.2; }
-# press KEYS PATTERN: until the desk says it. Without a window manager a key is lost now and then.
-press() {
+# again PATTERN COMMAND...: until the desk says it. Without a window manager a key or a click is lost
+# now and then.
+again() {
+  local pattern="$1"
+  shift
   forget
   for _ in 1 2 3; do
-    keys "$1"
-    for _ in $(seq 40); do
-      if tail -n +$((seen + 1)) "$out" | grep -qE "^$2"; then return; fi
+    "$@"
+    for _ in $(seq 60); do
+      if tail -n +$((seen + 1)) "$out" | grep -qE "^$pattern"; then return; fi
       sleep 0.1
     done
   done
-  fail "missing after $1: $2"
+  fail "missing after $*: $pattern"
 }
+press() { again "$2" keys "$1"; }
 lastchain() { grep '^chain ' "$out" | tail -1 | cut -d' ' -f2-; }
 
 start "$@" "$desk" --tell --export exported.ppm photo.ppm
@@ -65,14 +69,15 @@ expect 'ready'
 expect 'shown 2'
 
 # Three filters by the search field. Each opens its dialog, which Escape closes.
-add() {
-  forget
+choose() {
   click search 40 10
   keys ctrl+a
   xdotool type --delay 60 "$1"
   sleep 0.3
   keys Return
-  expect "chain .*ZNFilter[.]$2[.]1"
+}
+add() {
+  again "chain .*ZNFilter[.]$2[.]1" choose "$1"
   sleep 1
 }
 closedialog() { xdotool mousemove 60 60; sleep 0.3; keys Escape; sleep 0.5; }
