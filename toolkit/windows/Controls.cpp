@@ -704,6 +704,15 @@ void WindowsControl::Create(HWND parent, const wchar_t* windowClass, DWORD style
   ++system.counts.controls;
 }
 
+void WindowsControl::SetEnabled(bool enabled) {
+  HWND const focus = GetFocus();
+  if (!enabled && focus && (focus == handle || IsChild(handle, focus))) {
+    HWND const next = GetNextDlgTabItem(GetParent(handle), handle, FALSE);
+    if (next && next != handle) SetFocus(next);
+  }
+  EnableWindow(handle, enabled);
+}
+
 void WindowsControl::SetValueText(const std::string& text) {
   const std::wstring wide = WideOf(text);
   if (!told || told->value == wide) return;

@@ -24,7 +24,8 @@ class WindowsControl {
   ControlKind Kind() const { return spec.kind; }
   ControlId Id() const { return id; }
 
-  void SetEnabled(bool enabled) { EnableWindow(handle, enabled); }
+  // The focus goes on ahead of it: keys find no way from a control that is switched off.
+  void SetEnabled(bool enabled);
   void SetVisible(bool visible) { ShowWindow(handle, visible ? SW_SHOWNA : SW_HIDE); }
   // For screen readers; the system's own know the rest of what its controls show.
   void SetValueText(const std::string& text);
