@@ -4,6 +4,8 @@
 #include <iterator>
 #include <utility>
 
+#include "core/ChainText.h"
+
 namespace desk {
 
 std::string TextOf(const ChainItems& items, bool all) {
@@ -12,6 +14,14 @@ std::string TextOf(const ChainItems& items, bool all) {
     if (item.isOn || all) text += item.progId + "(" + item.parameters + ")";
   }
   return text;
+}
+
+ChainItems ItemsOf(const std::string& chainText, bool areOn) {
+  ChainItems items;
+  for (const ChainTextItem& item : SplitChainText(chainText.c_str(), "(", ")")) {
+    items.push_back({0, item.name, item.parameters, areOn});
+  }
+  return items;
 }
 
 const ChainItem* ChainDocument::Find(int id) const {
@@ -133,6 +143,13 @@ void ChainDocument::Select(const std::set<int>& ids) {
   const auto before = std::exchange(selection, ids);
   DropGone();
   if (selection != before && onSelection) onSelection();
+}
+
+ChainItems ChainDocument::Selected() const {
+  ChainItems chosen;
+  std::copy_if(items.begin(), items.end(), std::back_inserter(chosen),
+               [&](const ChainItem& item) { return selection.contains(item.id); });
+  return chosen;
 }
 
 // --- back and forth

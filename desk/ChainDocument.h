@@ -23,6 +23,8 @@ using ChainItems = std::vector<ChainItem>;
 // "name(parameters)" of the items one behind the other; those that are switched off only with
 // `all`.
 std::string TextOf(const ChainItems& items, bool all = false);
+// The items of such a text, without ids.
+ChainItems ItemsOf(const std::string& chainText, bool areOn = true);
 
 // One thread. Places count from 0 at the side of the picture. What lies outside the chain, and ids
 // that are gone, are passed over.
@@ -50,6 +52,7 @@ class ChainDocument {
 
   const std::set<int>& Selection() const { return selection; }
   void Select(const std::set<int>& ids);
+  ChainItems Selected() const;  // in their order
 
   bool CanUndo() const { return !past.empty(); }
   bool CanRedo() const { return !future.empty(); }

@@ -123,10 +123,7 @@ bool DeskWindow::TakeChain(IDataObject* object, int place) {
   const auto content = core::ReadDraggedChain(object);
   const auto plain = content ? std::nullopt : ReadPlainText(object);
   const bool isTaken = session.Paste(content ? content->chain : plain.value_or(""), place);
-  if (!isTaken) {
-    message = Words("DESK_NO_CHAIN");
-    ShowStatus();
-  }
+  if (!isTaken) Say(Words("DESK_NO_CHAIN"));
   return isTaken;
 }
 
@@ -157,22 +154,25 @@ void DeskWindow::DragOut() {
   chain->ShowDrop(std::nullopt);
 }
 
-void DeskWindow::OnDragOver(std::optional<Point> place) {
+// A place of the window as one of the chain's list; nothing outside of it.
+std::optional<Point> DeskWindow::InChain(Point place) const {
   const Rect list = chain->Where();
-  const bool isInList = place && list.Contains(*place);
-  chain->ShowDrop(isInList ? std::optional(Point{place->x - list.x, place->y - list.y})
-                           : std::nullopt);
+  if (!list.Contains(place)) return std::nullopt;
+  return Point{place.x - list.x, place.y - list.y};
+}
+
+void DeskWindow::OnDragOver(std::optional<Point> place) {
+  chain->ShowDrop(place ? InChain(*place) : std::nullopt);
 }
 
 // What comes back into the list that it was dragged out of is moved.
 bool DeskWindow::OnDrop(IDataObject* object, Point place) {
-  const Rect list = chain->Where();
-  const bool isInList = list.Contains(place);
-  const int to = isInList ? chain->DropPlace({place.x - list.x, place.y - list.y})
-                          : static_cast<int>(session.Chain().Items().size());
+  const auto inChain = InChain(place);
+  const int to =
+      inChain ? chain->DropPlace(*inChain) : static_cast<int>(session.Chain().Items().size());
   if (!isDraggingOut) return TakeChain(object, to);
-  if (isInList) session.Chain().Move(session.Chain().Selection(), to);
-  return isInList;
+  if (inChain) session.Chain().Move(session.Chain().Selection(), to);
+  return inChain.has_value();
 }
 
 void DeskWindow::SwitchSelection() {
@@ -183,19 +183,14 @@ void DeskWindow::SwitchSelection() {
 
 void DeskWindow::OpenDialog() {
   if (session.Chain().Selection().empty()) return;
-  if (!session.EditSelection(Handle())) {
-    message = Words("DESK_NO_DIALOG");
-    ShowStatus();
-  }
+  if (!session.EditSelection(Handle())) Say(Words("DESK_NO_DIALOG"));
 }
 
 // An open dialog goes over to what is selected now.
 void DeskWindow::FollowSelection() {
   if (!session.Bench().IsOpen()) return;
   std::vector<int> chosen;
-  for (const ChainItem& item : session.Chain().Items()) {
-    if (session.Chain().Selection().contains(item.id)) chosen.push_back(item.id);
-  }
+  for (const ChainItem& item : session.Chain().Selected()) chosen.push_back(item.id);
   if (chosen == session.Bench().Items()) return;
   const toolkit::ControlId focused = Native()->Focused();
   if (!session.EditSelection(Handle())) session.Bench().Close();
@@ -206,13 +201,11 @@ void DeskWindow::FollowSelection() {
 }
 
 void DeskWindow::Drag(const CatalogEntry& entry, Point place, bool isDrop) {
-  const Rect list = chain->Where();
-  const Point inList{place.x - list.x, place.y - list.y};
-  const bool isInside = list.Contains(place);
-  chain->ShowDrop(isInside && !isDrop ? std::optional(inList) : std::nullopt);
+  const auto inChain = InChain(place);
+  chain->ShowDrop(isDrop ? std::nullopt : inChain);
   if (!isDrop) return;
-  if (isInside) {
-    session.AddFilter(entry.progId, chain->DropPlace(inList));
+  if (inChain) {
+    session.AddFilter(entry.progId, chain->DropPlace(*inChain));
   } else if (view->Where().Contains(place)) {
     session.AddFilter(entry.progId);
   } else {

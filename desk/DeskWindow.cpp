@@ -78,8 +78,7 @@ bool DeskWindow::Open() {
   if (!options.picture.empty()) {
     session.Open(options.picture);
   } else if (session.Recover()) {
-    message = Words("DESK_IS_BACK");
-    ShowStatus();
+    Say(Words("DESK_IS_BACK"));
   }
   return true;
 }
@@ -188,8 +187,7 @@ void DeskWindow::ConnectViews() {
 
 void DeskWindow::ConnectSession() {
   const auto say = [this](const std::string& kind, const std::string& text) {
-    message = text;
-    ShowStatus();
+    Say(text);
     Tell(kind + " " + text);
   };
   session.onPicture = [this] {
@@ -374,6 +372,11 @@ void DeskWindow::ShowTool() {
   view->TakeClicks(session.Tool() == PictureTool::RedEye || session.Bench().WaitsForColour());
 }
 
+void DeskWindow::Say(const std::string& text) {
+  message = text;
+  ShowStatus();
+}
+
 void DeskWindow::ShowStatus() {
   std::string left = message;
   if (const auto& shown = session.Shown(); shown.after) {
@@ -408,10 +411,8 @@ void DeskWindow::Tell(const std::string& line) {
 }
 
 void DeskWindow::TellPlaces() {
-  const auto tell = [this](const std::string& what, const CZNControl& control,
-                           std::optional<Rect> part = std::nullopt) {
-    Rect place = Native()->OnScreen(control.Id());
-    if (part) place = {place.x + part->x, place.y + part->y, part->width, part->height};
+  const auto tell = [this](const std::string& what, const CZNControl& control) {
+    const Rect place = Native()->OnScreen(control.Id());
     Tell("place " + what + " " + std::to_string(place.x) + " " + std::to_string(place.y) + " " +
          std::to_string(place.width) + " " + std::to_string(place.height));
   };

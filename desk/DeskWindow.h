@@ -95,12 +95,15 @@ class DeskWindow final : public CZNDialog {
   void SwitchSelection();
   void OpenDialog();
   void FollowSelection();
+  std::optional<toolkit::Point> InChain(toolkit::Point place) const;
   void Drag(const CatalogEntry& entry, toolkit::Point place, bool isDrop);
   void Click(toolkit::Spot share);
   void ShowMessages();
 
   void ShowState();
   void ShowTool();
+  // In the status line.
+  void Say(const std::string& text);
   void ShowStatus();
   void ShowPointer(std::optional<toolkit::Spot> share);
   void AskForBox();

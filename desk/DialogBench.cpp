@@ -168,22 +168,21 @@ bool DialogBench::Open(const std::vector<ChainItem>& items, void* ownerWindow) {
 }
 
 void DialogBench::Close() {
-  const auto gone = std::exchange(dialog, {});
-  const auto goneHost = std::exchange(host, {});
-  if (goneHost) goneHost->Forget();
-  edited.clear();
-  filters.clear();
-  if (gone) gone->Close();
-  if (gone && onClosed) onClosed();
+  Leave(true);
 }
 
 // The person closed the window.
 void DialogBench::Forget() {
+  Leave(false);
+}
+
+void DialogBench::Leave(bool isOpen) {
   const auto gone = std::exchange(dialog, {});
   const auto goneHost = std::exchange(host, {});
   if (goneHost) goneHost->Forget();
   edited.clear();
   filters.clear();
+  if (gone && isOpen) gone->Close();
   if (gone && onClosed) onClosed();
 }
 
@@ -218,16 +217,19 @@ void DialogBench::Follow(const ChainDocument& document) {
   if (isChanged) Refresh();
 }
 
+void DialogBench::Call(const char* operation, const std::string& argument) {
+  const auto runnable = host ? host->runnable : ComPtr<IAnimRunnable>();
+  const char* const text = argument.empty() ? nullptr : argument.c_str();
+  if (runnable) runnable->Dispatch(operation, reinterpret_cast<std::intptr_t>(text), 0, 0);
+}
+
 // Saying that the lock button was used reads the filters anew and changes nothing.
 void DialogBench::Refresh() {
-  const auto runnable = host ? host->runnable : ComPtr<IAnimRunnable>();
-  if (runnable) runnable->Dispatch("bu_lock", 0, 0, 0);
+  Call("bu_lock");
 }
 
 void DialogBench::ShowDocked(bool isDocked) {
-  const auto runnable = host ? host->runnable : ComPtr<IAnimRunnable>();
-  const char* const call = isDocked ? "DockFilterDialog" : "UndockFilterDialog";
-  if (runnable) runnable->Dispatch(call, 0, 0, 0);
+  Call(isDocked ? "DockFilterDialog" : "UndockFilterDialog");
 }
 
 bool DialogBench::WaitsForColour() const {
@@ -235,11 +237,8 @@ bool DialogBench::WaitsForColour() const {
 }
 
 void DialogBench::PickColour(BYTE red, BYTE green, BYTE blue) {
-  const auto runnable = host ? host->runnable : ComPtr<IAnimRunnable>();
-  if (!runnable) return;
-  const std::string text = "Red=" + std::to_string(red) + ";\r\nGreen=" + std::to_string(green) +
-                           ";\r\nBlue=" + std::to_string(blue) + ";\r\n";
-  runnable->Dispatch("ColorPicker", reinterpret_cast<std::intptr_t>(text.c_str()), 0, 0);
+  Call("ColorPicker", "Red=" + std::to_string(red) + ";\r\nGreen=" + std::to_string(green) +
+                          ";\r\nBlue=" + std::to_string(blue) + ";\r\n");
 }
 
 }  // namespace desk

@@ -60,6 +60,8 @@ class DialogBench {
   void Take();
   void Refresh();
   void Forget();
+  void Leave(bool isOpen);
+  void Call(const char* operation, const std::string& argument = {});
 
   IAnimFilterCreator& creator;
   const LiveFilter live;

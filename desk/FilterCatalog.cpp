@@ -140,7 +140,7 @@ CatalogEntry Describe(IAnimFilterCreator& creator, const DialogWords& words,
   entry.gloss = facts.gloss;
   entry.preview = facts.preview;
   entry.order = listed.order;
-  entry.start = base::FromUtf8(host::DefaultTextOf(listed).value_or(facts.newText));
+  entry.start = base::FromUtf8(facts.defaultText.value_or(facts.newText));
   const std::size_t group = GroupOf(listed.progId);
   entry.group = Words(group < Groups().size() ? Groups()[group].key : "GROUP_MORE");
   TakeIcon(creator, words, entry);

@@ -157,18 +157,6 @@ void FilterList::Search(const std::string& words) {
   Redraw();
 }
 
-int FilterList::RowOf(const std::string& progId) const {
-  for (int row = 0; row < RowCount(); ++row) {
-    if (At(row) && At(row)->progId == progId) return row;
-  }
-  return -1;
-}
-
-Point FilterList::Middle(int row) const {
-  const Rect place = PlaceOf(row);
-  return {place.width / 2, place.y + place.height / 2};
-}
-
 void FilterList::PaintRow(toolkit::Painter& painter, int row, const Rect& place) {
   const toolkit::Look look = CZNTheme::Colours();
   const CatalogEntry* const entry = At(row);
@@ -181,7 +169,7 @@ void FilterList::PaintRow(toolkit::Painter& painter, int row, const Rect& place)
   const double share = row == current ? 0.3 : row == hovered ? 0.12 : 0;
   const Colour ground = CZNTheme::Mixed(look.field, look.accent, share);
   painter.FillRect(place, ground);
-  Rect icon = desk::Middle(place, Units(kIcon));
+  Rect icon = Middle(place, Units(kIcon));
   icon.x = Units(14);
   PaintIcon(painter, icon, entry, ground, look);
   const int left = icon.Right() + Units(10);
@@ -267,11 +255,6 @@ Rect ChainList::CheckPlace(int row) const {
   return {Units(12), place.y + (place.height - side) / 2, side, side};
 }
 
-Point ChainList::Middle(int row) const {
-  const Rect place = PlaceOf(row);
-  return {place.width / 2, place.y + place.height / 2};
-}
-
 void ChainList::Reveal() {
   for (int row = 0; row < RowCount(); ++row) {
     if (document.Selection().contains(document.Items()[static_cast<std::size_t>(row)].id)) {
@@ -308,7 +291,7 @@ void ChainList::PaintRow(toolkit::Painter& painter, int row, const Rect& place) 
   const Colour ground = CZNTheme::Mixed(look.field, look.accent, share);
   painter.FillRect(place, ground);
   PaintCheck(painter, CheckPlace(row), item.isOn, look);
-  Rect icon = desk::Middle(place, Units(kIcon));
+  Rect icon = Middle(place, Units(kIcon));
   icon.x = Units(38);
   PaintIcon(painter, icon, entry, ground, look);
   const Colour name = item.isOn ? look.text : CZNTheme::Mixed(look.text, look.field, 0.5);

@@ -45,7 +45,6 @@ struct RenderService::Stage {
   ChainItems items;
   ComPtr<host::PictureSource> source;
   std::unique_ptr<host::Pipeline> pipeline;
-  host::Size size;
 
   bool Fits(const PicturePointer& picture, host::Size full) const {
     return pipeline && before == picture && target == full;
@@ -105,7 +104,7 @@ std::uint64_t RenderService::Submit(RenderRequest request) {
     const std::lock_guard hold(lock);
     number = ++newest;
     waiting = std::move(request);
-    if (pulled) pulled->pipeline->Tail().SetAbort(true);
+    StopPull();
   }
   wake.notify_all();
   return number;
@@ -115,6 +114,10 @@ void RenderService::Cancel() {
   const std::lock_guard hold(lock);
   ++newest;
   waiting.reset();
+  StopPull();
+}
+
+void RenderService::StopPull() {
   if (pulled) pulled->pipeline->Tail().SetAbort(true);
 }
 
@@ -125,9 +128,13 @@ bool RenderService::IsIdle() const {
 
 // --- questions
 
+RenderService::Stage* RenderService::StandingStill() const {
+  return pulled ? pulled : settled;
+}
+
 std::optional<std::array<BYTE, 4>> RenderService::ReadPixel(const std::array<BYTE, 4>& before) {
   const std::lock_guard hold(lock);
-  Stage* const asked = pulled ? pulled : settled;
+  Stage* const asked = StandingStill();
   if (!asked) return std::nullopt;
   std::array<BYTE, 4> pixel = before;
   if (FAILED(asked->pipeline->Tail().ReadPixel(pixel.data()))) return std::nullopt;
@@ -136,7 +143,7 @@ std::optional<std::array<BYTE, 4>> RenderService::ReadPixel(const std::array<BYT
 
 ComPtr<IAnimFilter> RenderService::FilterOf(int item) {
   const std::lock_guard hold(lock);
-  const Stage* const asked = pulled ? pulled : settled;
+  const Stage* const asked = StandingStill();
   if (!asked) return {};
   const auto filters = asked->pipeline->Filters();
   for (std::size_t i = 0; i < std::min(filters.size(), asked->items.size()); ++i) {
@@ -204,7 +211,8 @@ bool RenderService::RunStage(RenderStage stage, const RenderRequest& request,
   result.request = number;
   result.stage = stage;
   result.before = before;
-  if (!Prepare(chain, request, before) || !Pull(chain, number, result)) return false;
+  const host::Size size = Prepare(chain, request, before);
+  if (!Pull(chain, size, number, result)) return false;
   result.shown = Reduced(result.after, request.box, Watch(number));
   if (!result.shown || IsOvertaken(number)) return false;
   result.milliseconds = MillisecondsSince(start);
@@ -214,25 +222,23 @@ bool RenderService::RunStage(RenderStage stage, const RenderRequest& request,
 }
 
 // Nobody asks this chain while it is changed.
-bool RenderService::Prepare(Stage& stage, const RenderRequest& request,
-                            const PicturePointer& before) {
+host::Size RenderService::Prepare(Stage& stage, const RenderRequest& request,
+                                  const PicturePointer& before) {
   {
     const std::lock_guard hold(lock);
     if (settled == &stage) settled = nullptr;
   }
   const host::Size full = request.picture->FullSize();
-  const ChainItems wanted = ThoseOn(request.chain);
   if (!stage.Fits(before, full) || stage.source->HasStopped()) {
     stage.Build(creator, before, full);
   }
-  stage.Set(wanted);
-  stage.size = stage.pipeline->Settle();
-  return true;
+  stage.Set(ThoseOn(request.chain));
+  return stage.pipeline->Settle();
 }
 
-bool RenderService::Pull(Stage& stage, std::uint64_t number, RenderResult& result) {
+bool RenderService::Pull(Stage& stage, host::Size size, std::uint64_t number,
+                         RenderResult& result) {
   constexpr std::int64_t kMostPixels = 500'000'000;
-  const host::Size size = stage.size;
   if (std::int64_t{size.width} * size.height > kMostPixels) {
     throw std::runtime_error("the result would be too large to be shown");
   }

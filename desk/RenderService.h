@@ -75,8 +75,12 @@ class RenderService {
   void Work();
   void Render(const RenderRequest& request, std::uint64_t number);
   bool RunStage(RenderStage stage, const RenderRequest& request, std::uint64_t number);
-  bool Prepare(Stage& stage, const RenderRequest& request, const PicturePointer& before);
-  bool Pull(Stage& stage, std::uint64_t number, RenderResult& result);
+  // Gives the size of the result.
+  host::Size Prepare(Stage& stage, const RenderRequest& request, const PicturePointer& before);
+  bool Pull(Stage& stage, host::Size size, std::uint64_t number, RenderResult& result);
+  // Both under the lock.
+  void StopPull();
+  Stage* StandingStill() const;
   bool IsOvertaken(std::uint64_t number) const { return newest != number; }
   imageio::Progress Watch(std::uint64_t number) const;
 

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "base/CodePage.h"
-#include "core/ChainText.h"
 #include "desk/ChainFile.h"
 #include "desk/Words.h"
 #include "host/ChainCheck.h"
@@ -37,14 +36,6 @@ constexpr const char* kFaithfulness[] = {"100 %", "measured", "scaled", "exact"}
 std::size_t RankOf(const std::string& preview) {
   const auto found = std::find(std::begin(kFaithfulness), std::end(kFaithfulness), preview);
   return static_cast<std::size_t>(found - std::begin(kFaithfulness));
-}
-
-ChainItems ItemsOf(const std::string& chainText) {
-  ChainItems items;
-  for (const ChainTextItem& item : SplitChainText(chainText.c_str(), "(", ")")) {
-    items.push_back({0, item.name, item.parameters, true});
-  }
-  return items;
 }
 
 std::array<BYTE, 4> PixelOf(const MemoryPicture& picture, int x, int y) {
@@ -216,11 +207,7 @@ void Session::AddFilter(const std::string& progId, std::optional<int> place) {
 }
 
 std::string Session::CopyText() const {
-  ChainItems chosen;
-  for (const ChainItem& item : document.Items()) {
-    if (document.Selection().contains(item.id)) chosen.push_back(item);
-  }
-  return TextOf(chosen, true);
+  return TextOf(document.Selected(), true);
 }
 
 bool Session::Paste(const std::string& chainText, int place) {
@@ -295,10 +282,7 @@ bool Session::IsModified() const {
 }
 
 bool Session::EditSelection(void* ownerWindow) {
-  std::vector<ChainItem> chosen;
-  for (const ChainItem& item : document.Items()) {
-    if (document.Selection().contains(item.id)) chosen.push_back(item);
-  }
+  const ChainItems chosen = document.Selected();
   const bool isOneClass = std::all_of(chosen.begin(), chosen.end(), [&](const ChainItem& item) {
     return item.progId == chosen[0].progId;
   });
@@ -431,7 +415,7 @@ void Session::RunFiles(const std::vector<std::string>& inputs, const std::string
                        bool isExport) {
   program::ApplyRequest request;
   request.chain.text = TextOf(document.Items());
-  worker.Begin([=, this, still = std::weak_ptr<int>(alive)](const Background::Stop& stop) {
+  worker.Begin([=, this](const Background::Stop& stop) {
     BatchProgress progress;
     progress.count = static_cast<int>(inputs.size());
     const auto tell = [&] {
@@ -448,15 +432,14 @@ void Session::RunFiles(const std::vector<std::string>& inputs, const std::string
       options.out = out;
       const auto plan = isExport ? program::PlanOutputs(inputs, options)
                                  : program::PlanListOutputs(inputs, options);
+      program::ApplyRequest stoppable = request;
+      stoppable.stop = stop.get();
+      program::ApplyRun run(stoppable, *own.Get(), [](double) {});
       for (const program::PlannedFile& file : plan) {
         progress.current = host::Utf8Of(file.input);
         progress.wasStopped = *stop;
         if (progress.wasStopped) break;
-        progress.share = 0;
         tell();
-        program::ApplyRequest stoppable = request;
-        stoppable.stop = stop.get();
-        program::ApplyRun run(stoppable, *own.Get(), [](double) {});
         const program::FileResult result = run.Do(file);
         progress.wasStopped = *stop && !result.isWritten;
         if (progress.wasStopped) break;

@@ -20,7 +20,6 @@ namespace desk {
 
 struct BatchProgress {
   int done = 0, count = 0;
-  double share = 0;     // of the picture at hand
   std::string current;  // its name
   bool isOver = false;
   bool wasStopped = false;

@@ -66,8 +66,6 @@ class FilterList final : public RowList {
   // The class in each row, null for the name of a group.
   const CatalogEntry* At(int row) const { return rows[static_cast<std::size_t>(row)].entry; }
   int RowCount() const override { return static_cast<int>(rows.size()); }
-  int RowOf(const std::string& progId) const;  // -1 without
-  toolkit::Point Middle(int row) const;
 
   std::function<void(const CatalogEntry&)> onChosen;
   // Dragged: places are those of the window; the drop comes last.
@@ -105,7 +103,6 @@ class ChainList final : public RowList {
   // The place in the chain for a drop there.
   int DropPlace(toolkit::Point place) const;
   toolkit::Rect CheckPlace(int row) const;  // what switches a filter off and on
-  toolkit::Point Middle(int row) const;
   void Reveal();
 
   std::function<void()> onOpen;     // the selection's dialog is wanted

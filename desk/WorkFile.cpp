@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "base/CodePage.h"
-#include "core/ChainText.h"
 #include "host/Texts.h"
 
 namespace desk {
@@ -28,9 +27,8 @@ std::optional<std::string> Behind(const std::string& line, const std::string& be
 }
 
 void AddItem(Work& work, const std::string& text, bool isOn) {
-  for (const ChainTextItem& item : SplitChainText(base::FromUtf8(text).c_str(), "(", ")")) {
-    work.chain.push_back({0, item.name, item.parameters, isOn});
-  }
+  const ChainItems items = ItemsOf(base::FromUtf8(text), isOn);
+  work.chain.insert(work.chain.end(), items.begin(), items.end());
 }
 
 std::vector<std::string> LinesOf(const std::string& text) {
@@ -84,12 +82,12 @@ std::optional<std::string> WriteTextFile(const fs::path& file, const std::string
 WorkFile::WorkFile(const fs::path& folder, bool takesLeft) {
   std::error_code ignored;
   fs::create_directories(folder, ignored);
-  if (!takesLeft || !TakeSlot(folder, takesLeft, true)) TakeSlot(folder, takesLeft, false);
+  if (!takesLeft || !TakeSlot(folder, true)) TakeSlot(folder, false);
   writer = std::thread([this] { Write(); });
 }
 
 // A slot with work that was left behind, or one without.
-bool WorkFile::TakeSlot(const fs::path& folder, bool takesLeft, bool wantsLeft) {
+bool WorkFile::TakeSlot(const fs::path& folder, bool wantsLeft) {
   for (int number = 1; number <= kMostDesks; ++number) {
     const std::string name = "work-" + std::to_string(number);
     const fs::path candidate = folder / name;
@@ -101,7 +99,7 @@ bool WorkFile::TakeSlot(const fs::path& folder, bool takesLeft, bool wantsLeft) 
     if (wait != Wait::Held && wait != Wait::Abandoned) continue;
     slot = std::move(mutex);
     file = candidate;
-    if (takesLeft && wantsLeft) left = ReadWork(ReadTextFile(file).value_or(""));
+    if (wantsLeft) left = ReadWork(ReadTextFile(file).value_or(""));
     return true;
   }
   return false;

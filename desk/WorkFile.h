@@ -47,7 +47,7 @@ class WorkFile {
   void Finish();
 
  private:
-  bool TakeSlot(const std::filesystem::path& folder, bool takesLeft, bool wantsLeft);
+  bool TakeSlot(const std::filesystem::path& folder, bool wantsLeft);
   void Write();
 
   std::unique_ptr<platform::NamedMutex> slot;
