@@ -9,7 +9,6 @@ cd "$project"
 scripts/build.sh "$preset"
 say "Testing $preset"
 around=()
-again=()
 case "$preset" in
   windows)
     around=(scripts/with-display.sh)
@@ -17,10 +16,8 @@ case "$preset" in
     export FXBOX_WINEPREFIX
     # One test lets the programs of both systems exchange their files.
     scripts/build.sh linux fxbox
-    # Now and then a program does not end under Wine after its last test has passed.
-    again=(--repeat after-timeout:2)
     ;;
   # The thread sanitizer cannot place its memory where the kernel scatters addresses too widely.
   linux-tsan) if setarch -R true 2>/dev/null; then around=(setarch -R); fi ;;
 esac
-"${around[@]}" ctest --preset "$preset" --no-tests=error -j "$(nproc)" "${again[@]}" "$@"
+"${around[@]}" ctest --preset "$preset" --no-tests=error -j "$(nproc)" "$@"
