@@ -1,6 +1,7 @@
 #include "picture/KvSharedHeap.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 
 #include "platform/Services.h"
@@ -63,14 +64,19 @@ void KvSharedHeap::Open(IKvSharedHeapInitFirst* init, unsigned size) {
   headerBlock = platform::CurrentServices().sharedMemory->Map(id.ToStdString(), sizeof(Header));
   if (!headerBlock || headerBlock->Size() < sizeof(Header)) return;
   header = static_cast<Header*>(headerBlock->Memory());
-  // A first one that died in its Init leaves numbers of blocks that went with it.
   if (header->nextHandle != 0 && header->marker == kMade) {
     void* const root = GetData(0, nullptr);
     if (init) init->Init(false, root, this);
     return;
   }
-  header->nextHandle = 0;
-  if (init) init->Init(true, Alloc((std::max)(size, size + kSpareBytes)), this);
+  // The system may still be closing the blocks of a first one that died in its Init: its root block
+  // is cleared, and the numbers of its other blocks are not given again.
+  if (init) {
+    void* const root = AllocAs(0, (std::max)(size, size + kSpareBytes));
+    if (root) std::memset(root, 0, size);
+    header->nextHandle = (std::max)(header->nextHandle, std::uint32_t{1});
+    init->Init(true, root, this);
+  }
   header->marker = kMade;
 }
 
@@ -101,6 +107,10 @@ void* KvSharedHeap::Alloc(unsigned long size) {
     if (!turn) return nullptr;
     handle = header->nextHandle++;
   }
+  return AllocAs(handle, size);
+}
+
+void* KvSharedHeap::AllocAs(std::uint32_t handle, unsigned long size) {
   const std::size_t bytes = std::size_t{size} + kSpareBytes;
   auto block = bytes > size ? MapBlock(handle, bytes) : nullptr;
   // Something else may have the name.

@@ -76,6 +76,7 @@ class FXBOX_API KvSharedHeap : public IKvSharedHeap {
   class Turn;
 
   void Open(IKvSharedHeapInitFirst* init, unsigned size);
+  void* AllocAs(std::uint32_t handle, unsigned long size);
   std::unique_ptr<platform::SharedBlock> MapBlock(std::uint32_t handle, std::size_t bytes) const;
   void* Append(std::unique_ptr<platform::SharedBlock> block, std::uint32_t handle, void** node);
 

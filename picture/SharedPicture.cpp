@@ -80,13 +80,14 @@ bool SharedPicture::AttachTo(KvSharedHeap& opened, std::uint32_t handle) {
   void* node = nullptr;
   auto* const view = static_cast<BYTE*>(opened.GetData(handle, &node));
   const std::size_t bytes = opened.SizeOf(view);
-  const std::size_t used = PictureBytes(view, bytes);
+  // A few zeros, or a page of them, stand where the block is gone.
+  const bool isGone = view && IsBlank(view, bytes);
+  const std::size_t used = isGone ? 0 : PictureBytes(view, bytes);
   if (used != 0) {
     Attach(view);
     blockSize = used;
     return true;
   }
-  const bool isGone = view && IsBlank(view, bytes);
   opened.ReleaseData(node);
   return !isGone;
 }

@@ -31,15 +31,20 @@ export FXBOX_QUIET="${FXBOX_QUIET:-1}"
 room="$(mktemp -d -t fxbox-wine-XXXXXXXX)" || exit 1
 trap 'rm -rf "$room"' EXIT
 untouched="$(stat -c %y "$room")"
+run_wine() { TEST_PREMATURE_EXIT_FILE="Z:$room/running" wine "$@"; }
 # The first program that has a window starts Wine's desktop with its own standard error, and the desktop
-# stays while any program has a window. So what the program says goes through a pipe that is read up to
-# the program's end, not up to the desktop's.
+# stays while any program has a window. Who reads a pipe to its end would wait for that: so what the
+# program says goes through a pipe of ours, which is read up to the program's end.
 said_all="said all $room"
 run() {
+  if [ ! -p /dev/stderr ]; then
+    run_wine "$@"
+    return
+  fi
   local said pump status
   exec {said}> >(trap '' INT && exec sed -u -n "\\|$said_all|{s|$said_all||;/./p;q};p" >&2)
   pump=$!
-  TEST_PREMATURE_EXIT_FILE="Z:$room/running" wine "$@" 2>&"$said" {said}>&-
+  run_wine "$@" 2>&"$said" {said}>&-
   status=$?
   echo "$said_all" >&"$said"
   exec {said}>&-

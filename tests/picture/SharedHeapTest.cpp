@@ -354,6 +354,40 @@ TEST(SharedPictureProcesses, ADeadOneDisturbsNobody) {
   EXPECT_EQ(LeftBehind(id), "");
 }
 
+// A process that was killed lets others in before the system has closed its blocks.
+TEST(SharedPictureProcesses, ADyingFirstOneKeepsItsBlocksForAWhile) {
+  const std::string id = FreshId();
+  auto& memory = *platform::CurrentServices().sharedMemory;
+  const auto head = memory.Map(id, 8);
+  const auto root = memory.Map(id + "_0", 12);
+  const auto small = memory.Map(id + "_1", 16);
+  ASSERT_TRUE(head && root && small);
+  static_cast<std::uint32_t*>(head->Memory())[0] = 2;
+  static_cast<std::uint32_t*>(root->Memory())[0] = 1;
+  const SharedPicture picture(id.c_str(), "", 90, 90, true, true);
+  EXPECT_TRUE(picture.IsFirst());
+  EXPECT_EQ(picture.Width(), 90);
+  const SharedPicture other(id.c_str());
+  EXPECT_EQ(other.Width(), 90);
+}
+
+// Its root block may be there still when the picture's block is gone. Some systems round blocks up
+// to a page.
+TEST(SharedPictureProcesses, ADyingOneMayLeaveItsRootBlockAlone) {
+  const std::string id = FreshId();
+  auto& memory = *platform::CurrentServices().sharedMemory;
+  const auto head = memory.Map(id, 8);
+  const auto root = memory.Map(id + "_0", 12);
+  const auto gone = memory.Map(id + "_1", 4096);
+  ASSERT_TRUE(head && root && gone);
+  static_cast<std::uint32_t*>(head->Memory())[0] = 2;
+  static_cast<std::uint32_t*>(head->Memory())[1] = 0xFFFFFFFF;
+  static_cast<std::uint32_t*>(root->Memory())[0] = 1;
+  const SharedPicture picture(id.c_str(), "", 90, 90, true, true);
+  EXPECT_TRUE(picture.IsFirst());
+  EXPECT_EQ(picture.Width(), 90);
+}
+
 // Others come and go all the time, at first and at last places too.
 TEST(SharedPictureProcesses, DeathsAmongOthersThatComeAndGo) {
   const std::string id = FreshId();
