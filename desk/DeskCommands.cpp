@@ -27,7 +27,7 @@ const std::vector<std::string> kPicturePatterns = {"*.jpg", "*.jpeg", "*.png", "
 // --- what is asked for
 
 bool DeskWindow::MayLeave() {
-  if (!session.HasPicture() || !session.IsModified()) return true;
+  if (!session.HasChainFile() || !session.IsModified()) return true;
   if (isAsking) return false;
   isAsking = true;
   const int answer = ZNAskButton(
@@ -226,8 +226,7 @@ void DeskWindow::Click(toolkit::Spot share) {
 void DeskWindow::OnFiles(const std::vector<std::filesystem::path>& files) {
   std::vector<std::string> names;
   for (const auto& file : files) names.push_back(host::Utf8Of(file));
-  const bool isPicture = std::any_of(files.begin(), files.end(),
-                                     [](const auto& file) { return file.extension() != ".chain"; });
+  const bool isPicture = !std::all_of(names.begin(), names.end(), &Session::IsChainFile);
   if (isPicture && !MayLeave()) return;
   const std::size_t before = session.Messages().size();
   session.OpenAll(names);

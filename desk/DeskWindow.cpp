@@ -7,6 +7,7 @@
 
 #include "base/CodePage.h"
 #include "desk/Words.h"
+#include "host/Texts.h"
 
 namespace desk {
 namespace {
@@ -45,7 +46,7 @@ DeskWindow::DeskWindow(const DeskOptions& deskOptions)
     : options(WithLanguage(deskOptions)),
       settings(ReadSettings(SettingsFile(options))),
       session([this](std::function<void()> task) { System().Post(std::move(task)); },
-              deskOptions.state, deskOptions.picture.empty()),
+              deskOptions.state, deskOptions.files.empty()),
       exportFile(deskOptions.exportFile) {}
 
 DeskWindow::~DeskWindow() {
@@ -75,8 +76,8 @@ bool DeskWindow::Open() {
   view->Focus();
   filters->TellRows();
   ShowState();
-  if (!options.picture.empty()) {
-    session.Open(options.picture);
+  if (!options.files.empty()) {
+    session.OpenAll(options.files);
   } else if (session.Recover()) {
     Say(Words("DESK_IS_BACK"));
   }
@@ -193,13 +194,14 @@ void DeskWindow::ConnectSession() {
   session.onPicture = [this] {
     view->Clear();
     view->Fit();
-    SetTitle(session.Name() + " - " + Words("DESK_TITLE"));
+    ShowTitle();
     FillRecent();
     Tell("picture " + session.Name());
   };
   session.onItems = [this] {
     chain->Reveal();
     FollowSelection();
+    if (!session.HasPicture()) ShowTitle();
     ShowState();
     Tell("chain " + base::ToUtf8(TextOf(session.Chain().Items())));
   };
@@ -259,7 +261,7 @@ void DeskWindow::FillFileMenu() {
   file.AddSeparator();
   file.Add(Words("DESK_MENU_LOAD") + "\tCtrl+L", [this] { AskLoadChain(); });
   file.Add(Words("DESK_MENU_SAVE") + "\tCtrl+S", [this] {
-    if (session.HasPicture()) session.SaveOwnChain();
+    if (session.HasChainFile()) session.SaveOwnChain();
   });
   file.Add(Words("DESK_MENU_SAVE_AS") + "\tCtrl+Shift+S", [this] { AskSaveChain(); });
   file.AddSeparator();
@@ -338,6 +340,13 @@ void DeskWindow::FillRecent() {
 }
 
 // --- what is told
+
+void DeskWindow::ShowTitle() {
+  const std::string file = session.HasPicture()     ? session.Name()
+                           : session.HasChainFile() ? host::Utf8Of(session.ChainFile())
+                                                    : "";
+  SetTitle((file.empty() ? "" : file + " - ") + Words("DESK_TITLE"));
+}
 
 void DeskWindow::ShowState() {
   const ChainDocument& document = session.Chain();

@@ -15,10 +15,10 @@
 namespace desk {
 
 struct DeskOptions {
-  std::string picture;          // to begin with; empty for none
-  std::string exportFile;       // where Export writes without asking
-  bool tells = false;           // says on standard output what is seen, for programs that watch
-  std::filesystem::path state;  // what is kept between runs
+  std::vector<std::string> files;  // to begin with: pictures and chains
+  std::string exportFile;          // where Export writes without asking
+  bool tells = false;              // says on standard output what is seen, for programs that watch
+  std::filesystem::path state;     // what is kept between runs
 };
 
 class DeskWindow final : public CZNDialog {
@@ -100,6 +100,7 @@ class DeskWindow final : public CZNDialog {
   void Click(toolkit::Spot share);
   void ShowMessages();
 
+  void ShowTitle();
   void ShowState();
   void ShowTool();
   // In the status line.

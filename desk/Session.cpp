@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <fstream>
+#include <string_view>
 #include <utility>
 
 #include "base/CodePage.h"
@@ -25,9 +27,13 @@ constexpr std::chrono::milliseconds kGesture(900);
 
 constexpr char kChainExtension[] = ".chain";
 
-bool IsChainFile(const std::string& name) {
-  const fs::path file = host::PathOf(name);
-  return file.extension() == kChainExtension || file.extension() == ".txt";
+// As the system tells the type of a file whose name says nothing.
+bool BeginsAsChain(const fs::path& file) {
+  char head[25];
+  std::ifstream stream(file, std::ios::binary);
+  stream.read(head, sizeof head);
+  const std::string_view text(head, static_cast<std::size_t>(stream.gcount()));
+  return text.find("ZNFilter.") != text.npos;
 }
 
 // From the least faithful to the best.
@@ -90,8 +96,13 @@ void Session::Tell(const std::string& message) {
 
 // --- pictures
 
-void Session::Open(const std::string& wanted) {
+void Session::Open(const std::string& wanted, std::optional<ChainItems> chain) {
   const std::uint64_t opening = ++openings;
+  chainToTake = std::move(chain);
+  const auto fail = [=, this](const std::string& what) {
+    Tell(what);
+    if (opening == openings) TakeChain();
+  };
   const auto later = [this](std::function<void()> task) { post(WhileAlive(std::move(task))); };
   loader.Begin([=, this, box = screen](const Background::Stop& stop) {
     const auto take = [&](const std::shared_ptr<LoadedPicture>& loaded) {
@@ -100,11 +111,15 @@ void Session::Open(const std::string& wanted) {
     try {
       PictureLoader::Load(host::PathOf(wanted), box, take, take, [&](double) { return !*stop; });
     } catch (const program::FileError& error) {
-      later([this, what = std::string(error.what())] { Tell(what); });
+      later([fail, what = std::string(error.what())] { fail(what); });
     } catch (const std::exception& error) {
-      later([this, what = wanted + ": " + error.what()] { Tell(what); });
+      later([fail, what = wanted + ": " + error.what()] { fail(what); });
     }
   });
+}
+
+void Session::TakeChain() {
+  if (const auto items = std::exchange(chainToTake, std::nullopt)) document.Replace(*items);
 }
 
 // Comes twice for a picture of which there was a first look.
@@ -114,6 +129,9 @@ void Session::TakePicture(const std::string& opened, const std::shared_ptr<Loade
   const bool isNew = picture != loaded;
   picture = loaded;
   if (!isNew) return Render();
+  // What was made ahead of the first picture stays.
+  const bool isFirst = name.empty() && !isRecovering;
+  if (isFirst && !chainToTake && !document.Items().empty()) chainToTake = document.Items();
   name = opened;
   shown = {};
   recent.Add(name);
@@ -122,6 +140,7 @@ void Session::TakePicture(const std::string& opened, const std::shared_ptr<Loade
   } else {
     LoadOwnChain();
   }
+  TakeChain();
   work.Save({name, document.Items()});
   if (onPicture) onPicture();
   Render();
@@ -159,20 +178,30 @@ bool Session::IsPictureFile(const std::string& file, std::string& why) const {
   }
 }
 
+bool Session::IsChainFile(const std::string& file) {
+  if (IsInBox(file)) return false;
+  const fs::path path = host::PathOf(file);
+  return path.extension() == kChainExtension || path.extension() == ".txt" || BeginsAsChain(path);
+}
+
 void Session::OpenAll(const std::vector<std::string>& names) {
-  bool isOpening = false;
+  std::string first, chain;
   for (const std::string& one : names) {
     std::string why;
     if (IsChainFile(one)) {
-      LoadChain(one);
+      chain = one;
     } else if (!IsInBox(one) && !IsPictureFile(one, why)) {
       Tell(one + ": " + why);
-    } else if (isOpening) {
-      recent.Add(one);
+    } else if (first.empty()) {
+      first = one;
     } else {
-      Open(one);
-      isOpening = true;
+      recent.Add(one);
     }
+  }
+  if (first.empty()) {
+    if (!chain.empty()) LoadChain(chain);
+  } else {
+    Open(first, chain.empty() ? std::nullopt : ReadChain(chain));
   }
 }
 
@@ -218,6 +247,7 @@ bool Session::Paste(const std::string& chainText, int place) {
 }
 
 fs::path Session::ChainFile() const {
+  if (!HasPicture() && !chainAlone.empty()) return host::PathOf(chainAlone);
   fs::path file = host::PathOf(name);
   if (IsInBox(name)) {
     std::string flat = name;
@@ -243,12 +273,21 @@ std::optional<ChainItems> Session::CheckedItems(const std::string& text, const s
   }
 }
 
-bool Session::LoadChain(const std::string& file) {
+std::optional<ChainItems> Session::ReadChain(const std::string& file) {
   const auto text = ReadTextFile(host::PathOf(file));
   if (!text) Tell(Words("DESK_UNREADABLE", file));
-  const auto items = text ? CheckedItems(*text, file) : std::nullopt;
-  if (items) document.Replace(*items);
-  return items.has_value();
+  return text ? CheckedItems(*text, file) : std::nullopt;
+}
+
+bool Session::LoadChain(const std::string& file) {
+  const auto items = ReadChain(file);
+  if (!items) return false;
+  if (!HasPicture()) {
+    chainAlone = file;
+    savedText = ChainFileText(*items);
+  }
+  document.Replace(*items);
+  return true;
 }
 
 bool Session::SaveChain(const std::string& file) {

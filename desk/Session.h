@@ -46,11 +46,14 @@ class Session {
 
   // --- pictures
 
-  // A file or "BOX::NAME". What cannot be opened is told, and the picture stays that was there.
-  void Open(const std::string& name);
-  // Files of any kind at once, as they are dropped: the first picture is opened, a chain is loaded;
-  // each that is neither is told with a message of its own.
+  // A file or "BOX::NAME". What cannot be opened is told, and the picture stays that was there. The
+  // chain that is given takes the place of the one that the picture has.
+  void Open(const std::string& name, std::optional<ChainItems> chain = std::nullopt);
+  // Files of any kind at once, as they are dropped or as the program is called: the first picture
+  // is opened, and the last chain is loaded, for that picture or for the one that is there. Each
+  // file that is neither is told with a message of its own.
   void OpenAll(const std::vector<std::string>& names);
+  static bool IsChainFile(const std::string& file);
   // Opens what was left behind; false when nothing was.
   bool Recover();
   const std::string& Name() const { return name; }
@@ -70,9 +73,11 @@ class Session {
   bool LoadChain(const std::string& file);
   bool SaveChain(const std::string& file);
   // Where the chain of the picture is kept: beside it as "photo.chain", or in its box. A box has no
-  // such file; then it is the one that a copy is proposed for.
+  // such file; then it is the one that a copy is proposed for. Without a picture it is the file
+  // that the chain was loaded from.
   bool SaveOwnChain();
   std::filesystem::path ChainFile() const;
+  bool HasChainFile() const { return HasPicture() || !chainAlone.empty(); }
   bool IsModified() const;
   // Opens the dialog of the selected filters, when they are of one class.
   bool EditSelection(void* ownerWindow);
@@ -136,6 +141,8 @@ class Session {
   void SetToolText(const std::string& parameters);
   void Render();
   bool IsPictureFile(const std::string& file, std::string& why) const;
+  void TakeChain();
+  std::optional<ChainItems> ReadChain(const std::string& file);
   ChainItems GoodItems(const std::string& chainText) const;
   std::optional<ChainItems> CheckedItems(const std::string& text, const std::string& where);
   void RunFiles(const std::vector<std::string>& inputs, const std::string& out, bool isExport);
@@ -151,7 +158,9 @@ class Session {
   DialogBench bench;
 
   std::string name;
-  std::string savedText;  // the chain as it was loaded or saved
+  std::string chainAlone;                 // the file of a chain that was loaded without a picture
+  std::optional<ChainItems> chainToTake;  // for the picture that is being opened
+  std::string savedText;                  // the chain as it was loaded or saved
   std::shared_ptr<LoadedPicture> picture;
   host::Size screen{1280, 960};
   bool fullIsWanted = true;

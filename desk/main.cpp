@@ -13,7 +13,10 @@ namespace {
 
 constexpr char kHelp[] = R"(Shows what the filters of fxbox make of a picture.
 
-Usage: fxbox-desk [OPTIONS] [PICTURE|BOX::NAME]
+Usage: fxbox-desk [OPTIONS] [PICTURE|BOX::NAME|CHAIN]...
+
+Opens the first picture, with the chain of a .chain file if one is named; further pictures are at
+hand in the menu. A chain alone waits for its picture.
 
 Options:
   -h,--help      Print this help
@@ -40,12 +43,12 @@ bool TakeArguments(const std::vector<std::string>& arguments, desk::DeskOptions&
       options.tells = true;
     } else if (argument == "--export" && i + 1 < arguments.size()) {
       options.exportFile = arguments[++i];
-    } else if (argument.starts_with("--") || !options.picture.empty()) {
+    } else if (argument.starts_with("--")) {
       std::cerr << "fxbox-desk: " << argument << ": wrong use (fxbox-desk --help tells more)\n";
       status = program::kWrongUse;
       return false;
     } else {
-      options.picture = argument;
+      options.files.push_back(argument);
     }
   }
   return true;

@@ -31,9 +31,10 @@ class Desk : public testing::Test {
   }
   ~Desk() override { window.reset(); }
 
-  void Reopen() {
+  void Reopen(const std::vector<std::string>& files = {}) {
     window.reset();
     desk::DeskOptions options;
+    options.files = files;
     options.state = folder / "state";
     window = std::make_unique<desk::DeskWindow>(options);
     EXPECT_TRUE(window->Open());
@@ -359,6 +360,22 @@ TEST_F(Desk, ShowsAMessageForEachBadFile) {
   ASSERT_NE(messages, native);
   EXPECT_EQ(messages->At(messages->ByName("Messages", ControlKind::List)).items.size(), 100u);
   EXPECT_EQ(Order(), "Se ");
+}
+
+TEST_F(Desk, BeginsWithTheFilesThatItIsCalledWith) {
+  const auto chain = folder / "warm.chain", picture = folder / "photo.ppm";
+  testing_support::WriteFile(chain, "ZNFilter.Sepia.1(Sepia=020)\n");
+  Reopen({host::Utf8Of(chain)});
+  EXPECT_EQ(Order(), "Se ");
+  EXPECT_THAT(native->title, testing::StartsWith(host::Utf8Of(chain)));
+  Add("ZNFilter.Invert.1");
+  Press(Key::Character, 's', true);
+  EXPECT_THAT(testing_support::ReadFile(chain), HasSubstr("ZNFilter.Invert.1("));
+  Reopen({host::Utf8Of(picture), host::Utf8Of(chain)});
+  ASSERT_TRUE(Await([&] { return window->Work().HasPicture(); }));
+  EXPECT_THAT(native->title, testing::StartsWith(host::Utf8Of(picture)));
+  EXPECT_THAT(Order(), HasSubstr("Se "));
+  EXPECT_THAT(Order(), HasSubstr("In "));
 }
 
 TEST_F(Desk, EndsWithItsWindow) {

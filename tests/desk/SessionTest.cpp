@@ -220,6 +220,61 @@ TEST_F(DeskSession, TellsOfEachBadFileAndOpensTheGoodOne) {
     EXPECT_THAT(message, HasSubstr("bad" + std::to_string(i) + ".jpg: "));
   }
   EXPECT_THAT(session->Name(), HasSubstr("good.ppm"));
+  EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Sepia.1(Sepia=000)")
+      << "ahead of a picture";
+}
+
+// A picture's own chain is a step back, and stays in its file.
+TEST_F(DeskSession, OpensPicturesAndChainsTogether) {
+  const std::string photo = Picture("photo.ppm", 60, 40), other = Picture("other.ppm", 50, 30);
+  const auto chain = [&](const char* file, const char* text) {
+    desk::WriteTextFile(folder / file, text);
+    return host::Utf8Of(folder / file);
+  };
+  chain("photo.chain", "ZNFilter.Sepia.1(Sepia=033)\n");
+  const std::string warm = chain("warm.chain", "ZNFilter.Invert.1(Inversity=100)\n");
+  const std::string nameless = chain("warm", "\nZNFilter.Emboss.1(EmbossStrength=020)\n");
+  const auto open = [&](const std::vector<std::string>& names, const std::string& picture) {
+    session->OpenAll(names);
+    return queue.RunUntil([&] { return session->Name() == picture && !session->IsLoading(); });
+  };
+  ASSERT_TRUE(open({warm, photo}, photo));
+  EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Invert.1(Inversity=100)");
+  EXPECT_TRUE(session->IsModified());
+  session->Chain().Undo();
+  EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Sepia.1(Sepia=033)");
+  ASSERT_TRUE(open({other, photo, nameless}, other));
+  EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Emboss.1(EmbossStrength=020)");
+  EXPECT_THAT(session->Recent(), ElementsAre(other, photo));
+
+  ASSERT_TRUE(open({photo, chain("bad.chain", "ZNFilter.No.1()")}, photo));
+  EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Sepia.1(Sepia=033)");
+  EXPECT_THAT(session->Messages(), ElementsAre(HasSubstr("bad.chain: ")));
+  std::filesystem::resize_file(host::PathOf(other), 20);
+  session->OpenAll({other, warm});
+  ASSERT_TRUE(queue.RunUntil([&] { return session->Messages().size() == 2; }));
+  EXPECT_EQ(session->Name(), photo);
+  EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Invert.1(Inversity=100)") << "as by itself";
+}
+
+TEST_F(DeskSession, KeepsTheFileOfAChainWithoutPicture) {
+  const std::filesystem::path file = folder / "warm.chain";
+  desk::WriteTextFile(file, "ZNFilter.Invert.1(Inversity=100)\n");
+  EXPECT_FALSE(session->HasChainFile());
+  session->OpenAll({host::Utf8Of(file)});
+  EXPECT_EQ(TextOf(session->Chain().Items()), "ZNFilter.Invert.1(Inversity=100)");
+  EXPECT_TRUE(session->HasChainFile());
+  EXPECT_FALSE(session->IsModified());
+  AddWith("ZNFilter.Sepia.1", "Sepia=033");
+  EXPECT_TRUE(session->IsModified());
+  ASSERT_TRUE(session->SaveOwnChain());
+  EXPECT_EQ(BytesOf(file), desk::ChainFileText(session->Chain().Items()));
+  const std::string name = Picture("photo.ppm", 60, 40);
+  ASSERT_TRUE(OpenAndShow(name));
+  EXPECT_THAT(session->Chain().Items(), SizeIs(2)) << "the chain has its picture";
+  EXPECT_EQ(session->ChainFile(), folder / "photo.chain");
+  ASSERT_TRUE(OpenAndShow(Picture("other.ppm", 50, 30)));
+  EXPECT_THAT(session->Chain().Items(), IsEmpty()) << "another picture has another chain";
 }
 
 TEST_F(DeskSession, KeepsThePictureWhereOpeningFails) {

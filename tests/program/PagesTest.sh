@@ -122,10 +122,12 @@ test_desktop() {
   appstreamcli validate --no-net "$of/org.example.fxbox_desk.metainfo.xml" >said 2>&1 ||
     fail "$(cat said)"
   grep -q '<launchable type="desktop-id">fxbox-desk.desktop<' "$of"/*.metainfo.xml || fail "another file"
-  # Of each type the program opens a file, and one at a time.
-  grep -qx 'Exec=fxbox-desk %f' "$of/fxbox-desk.desktop" || fail "it takes one picture"
+  # Of each type the program opens files, a picture and a chain together as well.
+  grep -qx 'Exec=fxbox-desk %F' "$of/fxbox-desk.desktop" || fail "it takes one file"
+  grep -q '^MimeType=.*;text/x-fxbox-chain;' "$of/fxbox-desk.desktop" || fail "it opens no chains"
   for type in $(sed -n 's/^MimeType=//p' "$of/fxbox-desk.desktop" | tr ';' ' '); do
-    [ -f "/usr/share/mime/${type}.xml" ] || fail "nobody knows the type $type"
+    [ -f "/usr/share/mime/${type}.xml" ] || grep -q "type=\"$type\"" "$of/fxbox.xml" ||
+      fail "nobody knows the type $type"
   done
   # Both fail where there is something to tell.
   sed 's/^Type=.*/Type=Nothing/' "$of/fxbox-desk.desktop" >wrong.desktop
