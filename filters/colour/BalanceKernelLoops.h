@@ -22,21 +22,32 @@ struct EntryNumbers {
   }
 }
 
-// What the entries say that is added. A fourth byte of each pixel is overwritten by the next one.
+// What the entries say that is added to each channel, and which pixels are recoloured.
 struct Shifts {
-  alignas(kVectorBytes) std::uint8_t at[kBlockBytes + kVectorBytes];
+  Plane blue, green, red, recolours;
 };
-[[gnu::always_inline]] inline void FindShifts(const EntryNumbers& numbers, const Balance& balance,
-                                              Shifts& shifts) {
+// The four bytes of each entry together, and then apart.
+struct alignas(kVectorBytes) EntryBytes {
+  std::uint32_t of[kPixels];
+};
+[[gnu::always_inline]] inline void FindEntryBytes(const EntryNumbers& numbers,
+                                                  const Balance& balance, EntryBytes& bytes) {
   for (int i = 0; i < kPixels; ++i) {
-    __builtin_memcpy(shifts.at + 3 * i, balance.entries[numbers.of[i]].shifts, 4);
+    __builtin_memcpy(&bytes.of[i], balance.entries[numbers.of[i]].shifts, sizeof bytes.of[i]);
+  }
+}
+[[gnu::always_inline]] inline void TakeApart(const EntryBytes& bytes, Shifts& shifts) {
+  for (int i = 0; i < kPixels; ++i) {
+    const std::uint32_t four = bytes.of[i];
+    shifts.blue.at[i] = static_cast<std::uint8_t>(four);
+    shifts.green.at[i] = static_cast<std::uint8_t>(four >> 8);
+    shifts.red.at[i] = static_cast<std::uint8_t>(four >> 16);
+    shifts.recolours.at[i] = static_cast<std::uint8_t>(four >> 24);
   }
 }
 
-[[gnu::always_inline]] inline Block Shifted(const Block& block, const Shifts& shifts) {
-  const Block added = LoadBlock(shifts.at);
-  return {AddSignedLimited(block.part0, added.part0), AddSignedLimited(block.part1, added.part1),
-          AddSignedLimited(block.part2, added.part2)};
+[[gnu::always_inline]] inline void Shift(Plane& channel, const Plane& by) {
+  channel.Set(AddSignedLimited(channel.Get(), by.Get()));
 }
 
 [[gnu::always_inline]] inline void Recolour(Hls<Doubles>& colour, const EntryNumbers& numbers,
@@ -48,52 +59,57 @@ struct Shifts {
 }
 
 // Pixels that are not recoloured keep the bytes that they have.
-[[gnu::always_inline]] inline Block Recoloured(const Block& block, const EntryNumbers& numbers,
-                                               const Balance& balance) {
-  Plane takes;
-  for (int i = 0; i < kPixels; ++i) takes.at[i] = MaskIf(balance.entries[numbers.of[i]].recolours);
-  if (!IsAny(takes.Get())) return block;
-  Channels channels;
+[[gnu::always_inline]] inline void Recolour(Channels& channels, const EntryNumbers& numbers,
+                                            const Balance& balance, const Plane& recolours) {
+  const Bytes takes = recolours.Get();
+  if (!IsAny(takes)) return;
   Ordered ordered;
   Drawn drawn;
+  Hls<Doubles> colours[kVectorsOfBlock];
   DrawnNumbers drawnNumbers;
-  TakeApart(block, channels);
+  Channels changed;
   Order(channels, ordered);
+  for (int v = 0; v < kVectorsOfBlock; ++v) colours[v] = ToHls(ordered, v * kLanes<Doubles>);
   for (int v = 0; v < kVectorsOfBlock; ++v) {
-    Hls<Doubles> colour = ToHls(ordered, v * kLanes<Doubles>);
-    Recolour(colour, numbers, balance, v * kLanes<Doubles>);
-    FromHls(colour, drawnNumbers, v);
+    Recolour(colours[v], numbers, balance, v * kLanes<Doubles>);
   }
+  for (int v = 0; v < kVectorsOfBlock; ++v) FromHls(colours[v], drawnNumbers, v);
   ToBytes(drawnNumbers, drawn);
-  Arrange(drawn, channels);
-  const Block changed = PutTogether(channels);
-  const Block taken = Spread(takes.Get());
-  return {Where(taken.part0, changed.part0, block.part0),
-          Where(taken.part1, changed.part1, block.part1),
-          Where(taken.part2, changed.part2, block.part2)};
+  Arrange(drawn, changed);
+  channels.blue.Set(Where(takes, changed.blue.Get(), channels.blue.Get()));
+  channels.green.Set(Where(takes, changed.green.Get(), channels.green.Get()));
+  channels.red.Set(Where(takes, changed.red.Get(), channels.red.Get()));
 }
 
 // A few blocks together: what is written in small parts is slow to be read as a whole at once.
 constexpr int kBalancedBlocks = 4;
+struct BalancedBlock {
+  Channels channels;
+  EntryNumbers numbers;
+  EntryBytes bytes;
+};
 
 [[gnu::always_inline]] inline void BalanceBlocks(std::uint8_t* colour, int count,
                                                  const Balance& balance) {
-  EntryNumbers numbers[kBalancedBlocks];
-  Shifts shifts[kBalancedBlocks];
+  BalancedBlock blocks[kBalancedBlocks];
   for (int i = 0; i < count; ++i) {
-    std::uint8_t* const at = colour + static_cast<std::size_t>(i) * kBlockBytes;
-    Channels channels;
+    const std::uint8_t* const at = colour + static_cast<std::size_t>(i) * kBlockBytes;
     Ordered ordered;
     Prefetch(at);
-    TakeApart(LoadBlock(at), channels);
-    Order(channels, ordered);
-    FindEntries(ordered, numbers[i]);
-    FindShifts(numbers[i], balance, shifts[i]);
+    TakeApart(LoadBlock(at), blocks[i].channels);
+    Order(blocks[i].channels, ordered);
+    FindEntries(ordered, blocks[i].numbers);
+    FindEntryBytes(blocks[i].numbers, balance, blocks[i].bytes);
   }
   for (int i = 0; i < count; ++i) {
-    std::uint8_t* const at = colour + static_cast<std::size_t>(i) * kBlockBytes;
-    const Block shifted = Shifted(LoadBlock(at), shifts[i]);
-    StoreBlock(at, balance.recolours ? Recoloured(shifted, numbers[i], balance) : shifted);
+    Channels& channels = blocks[i].channels;
+    Shifts shifts;
+    TakeApart(blocks[i].bytes, shifts);
+    Shift(channels.blue, shifts.blue);
+    Shift(channels.green, shifts.green);
+    Shift(channels.red, shifts.red);
+    if (balance.recolours) Recolour(channels, blocks[i].numbers, balance, shifts.recolours);
+    StoreBlock(colour + static_cast<std::size_t>(i) * kBlockBytes, PutTogether(channels));
   }
 }
 

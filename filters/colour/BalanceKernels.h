@@ -15,7 +15,7 @@ struct alignas(32) BalanceEntry {
   double lightness = 0;        // added
   double saturation = 1;       // factor, finite
   std::int8_t shifts[3] = {};  // added to blue, green and red, -127..127
-  bool recolours = false;      // lightness and saturation count
+  std::uint8_t recolours = 0;  // lightness and saturation count: 255, else 0
 };
 
 // One entry for each whole degree of hue, as in HlsKernels.h, and one for greys.

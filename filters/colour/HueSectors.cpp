@@ -79,7 +79,7 @@ BalanceEntry EntryOf(const BalanceSettings& settings, const ValueOf& valueOf) {
   return {lightness / 100.0,
           FactorOf(saturation),
           {shift(settings.blue), shift(settings.green), shift(settings.red)},
-          lightness != 0 || saturation != 0};
+          static_cast<std::uint8_t>(lightness != 0 || saturation != 0 ? 255 : 0)};
 }
 
 }  // namespace
@@ -108,7 +108,7 @@ void BuildBalance(const BalanceSettings& settings, Balance& balance) {
   balance.entries[kGreyEntry] =
       EntryOf(settings, [](const BalanceSlider& slider) { return slider.everywhere; });
   balance.recolours = std::any_of(std::begin(balance.entries), std::end(balance.entries),
-                                  [](const BalanceEntry& entry) { return entry.recolours; });
+                                  [](const BalanceEntry& entry) { return entry.recolours != 0; });
 }
 
 void BuildSaturationFactors(const SectorValues& percentages, HueFactors& factors) {

@@ -46,7 +46,8 @@ void CSoftFrameFilter::Commit() {
 bool CSoftFrameFilter::ChangeRectangle(const PullRectangle& rectangle) {
   const auto fade = published.Get();
   if (!fade || !rectangle.maskRows) return true;
-  const PullRectangle inside = rectangle.CutTo(fade->Width(), fade->Height());
+  PullRectangle inside = rectangle.CutTo(fade->Width(), fade->Height());
+  inside.colourRows = nullptr;  // which would be fetched for nothing
   return inside.ChangeRows(abort, [&](BYTE*, BYTE* mask, int i) {
     fade->FadeRow(mask, inside.srcX, inside.srcY + i, inside.width);
   });
