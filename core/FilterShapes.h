@@ -169,10 +169,13 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   virtual bool Rebuild() = 0;
   // A Rebuild that sets this keeps what the result is computed from, and leaves its rows open: they
   // are computed straight into the rows of a caller who asks for all of them, and into
-  // `outputPicture` as soon as somebody asks for a part. That one answers from then on.
+  // the picture that answers from then on as soon as somebody asks for a part.
   bool isOpen = false;
   // Computes all rows of the result; false when it could not.
   virtual bool ComputeRows(BYTE* const* /*colour*/, BYTE* const* /*mask*/) { return false; }
+  // Ends that. Unless a class knows a way with less memory, the rows are computed into
+  // `outputPicture`, and `inputPicture` goes. False when it could not.
+  virtual bool Close();
   // Before the rows of each pull are given out, with the request as it came, not cut.
   virtual void PrepareCopy(const PullRectangle&) {}
   // Finishes a row of the result, once, before anything of it is given out: for what need not be
@@ -222,7 +225,6 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   bool HoldsResult() const;
   bool GiveOut(const PullRectangle& rectangle);
   bool IsAll(const PullRectangle& rectangle) const;
-  bool Close();
   bool CopyOut(const PullRectangle& cut);
 
   const Policy policy;

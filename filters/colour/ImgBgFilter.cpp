@@ -34,12 +34,13 @@ void CImgBgFilter::Commit() {
 // A source that stopped is not told apart: what it gave is composed, and the abort flag ends the
 // rows.
 bool CImgBgFilter::Rebuild() {
-  if (!EnsurePictures(result.width, result.height, 0, 0)) return false;
-  return PullWhatComes(*inputPicture) && ForRows(0, result.height, [&](int y) {
-           kernels::Choose<kernels::PointKernelTable>().putBackground(
-               inputPicture->ColourRows()[y], inputPicture->MaskRows()[y], result.width,
-               {used.blue, used.green, used.red}, used.transparency);
-         });
+  return EnsurePictures(result.width, result.height, 0, 0) && PullWhatComes(*inputPicture);
+}
+
+void CImgBgFilter::FinishRow(int y) {
+  kernels::Choose<kernels::PointKernelTable>().putBackground(
+      inputPicture->ColourRows()[y], inputPicture->MaskRows()[y], result.width,
+      {used.blue, used.green, used.red}, used.transparency);
 }
 
 HRESULT CImgBgFilter::ReadPixel(BYTE* pixel) {

@@ -27,6 +27,7 @@ class CImgBgFilter final : public ParameterFilter<WholePictureFilter, ImgBgParam
  private:
   void TakeParameters() override { used = active; }
   bool Rebuild() override;
+  void FinishRow(int y) override;
 
   ImgBgParameters used;  // of the picture in the cache
 };

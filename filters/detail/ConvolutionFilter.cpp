@@ -17,9 +17,31 @@ bool ConvolutionFilter::Rebuild() {
   const int height = result.height;
   if (width > kMostPixels || height > kMostPixels) return false;
   if (!EnsurePictures(0, 0, width + 2, height + 2)) return false;
-  return PullWhatComes(*outputPicture, 1, 1) &&
-         kernels::Convolve3x3(
-             kernels::BlendKernel(table, usedStrength),
-             {outputPicture->ColourRows(), outputPicture->MaskRows(), 0, 0, width + 2, height + 2},
-             {1, 1, width, height}, abort);
+  isOpen = PullWhatComes(*outputPicture, 1, 1);
+  return isOpen;
+}
+
+kernels::PictureRows ConvolutionFilter::Framed() const {
+  return {outputPicture->ColourRows(),
+          outputPicture->MaskRows(),
+          0,
+          0,
+          result.width + 2,
+          result.height + 2};
+}
+
+bool ConvolutionFilter::ComputeRows(BYTE* const* colour, BYTE* const* mask) {
+  return kernels::Convolve3x3(kernels::BlendKernel(table, usedStrength), Framed(),
+                              {1, 1, result.width, result.height},
+                              kernels::ResultRows{colour, mask}, abort);
+}
+
+// In place. What an abort leaves is of no use.
+bool ConvolutionFilter::Close() {
+  isOpen = !kernels::Convolve3x3(kernels::BlendKernel(table, usedStrength), Framed(),
+                                 {1, 1, result.width, result.height}, abort);
+  if (!isOpen) return true;
+  DropPictures();
+  selfChanged = true;
+  return false;
 }

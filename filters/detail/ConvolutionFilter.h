@@ -8,8 +8,9 @@
 #include "core/ParameterReaders.h"
 #include "filters/pixels/Convolution.h"
 
-// Convolves the whole picture once a change. What lies outside the picture or is masked out counts
-// as if it had the colour of the pixel beside it.
+// Keeps the whole picture, which is convolved into the rows of a caller who asks for all of them,
+// or in place, once, as soon as somebody asks for a part. What lies outside the picture or is
+// masked out counts as if it had the colour of the pixel beside it.
 class ConvolutionFilter : public WholePictureFilter {
  protected:
   ConvolutionFilter(const FilterClass& row, const kernels::KernelTable& full)
@@ -21,6 +22,9 @@ class ConvolutionFilter : public WholePictureFilter {
  private:
   void TakeParameters() override { usedStrength = Strength(); }
   bool Rebuild() override;
+  bool ComputeRows(BYTE* const* colour, BYTE* const* mask) override;
+  bool Close() override;
+  kernels::PictureRows Framed() const;
 
   const kernels::KernelTable& table;
   double usedStrength = 0;  // of the picture in the cache

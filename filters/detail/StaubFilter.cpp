@@ -1,9 +1,7 @@
 #include "filters/detail/StaubFilter.h"
 
-#include <algorithm>
-#include <cstring>
-
 #include "base/Guid.h"
+#include "base/RowWriter.h"
 #include "base/Rows.h"
 #include "filters/detail/DustKernels.h"
 
@@ -33,6 +31,15 @@ std::span<const ParameterRow<StaubParameters>> StaubParameters::Rows() {
        {.least = 15, .greatest = 90, .gloss = "how far brightness may differ within a speck"}}};
   return kRows;
 }
+
+namespace {
+
+// Of both planes.
+std::int64_t PictureBytes(const PullRectangle& request) {
+  return std::int64_t{base::kBytesPerPixel + 1} * request.width * request.height;
+}
+
+}  // namespace
 
 HRESULT CStaubFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                                BYTE** colourRows, BYTE** maskRows) {
@@ -66,9 +73,10 @@ CStaubFilter::Outcome CStaubFilter::Rebuild(const PullRectangle& request) {
   BYTE** const mask = outputPicture->MaskRows();
   // What is beside the request stays as it was kept.
   base::ForEachBand(request.height, base::RowsPerBand(request.width), [&](int first, int end) {
+    const base::RowWriter writer(PictureBytes(request));
     for (int y = first; y < end && !abort; ++y) {
-      std::fill_n(colour[y], base::kBytesPerPixel * request.width, BYTE{0});
-      std::fill_n(mask[y], request.width, base::kNothing);
+      writer.Fill(colour[y], 0, base::ColourBytes(request.width));
+      writer.Fill(mask[y], base::kNothing, static_cast<std::size_t>(request.width));
     }
   });
   source->ReadRows(0, 0, request.srcX, request.srcY, request.width, request.height, colour, mask);
@@ -89,20 +97,21 @@ std::pair<int, int> CStaubFilter::PictureSize() const {
 
 // From the first row on; the row that an abort meets is still given.
 bool CStaubFilter::CopyOut(const PullRectangle& request) const {
-  const auto copy = [&](int i) {
+  const auto copy = [&](int i, const base::RowWriter& writer) {
     BYTE* const colour = request.Colour(i);
     BYTE* const mask = request.Mask(i);
     if (colour) {
-      std::memcpy(colour, outputPicture->ColourRows()[i], base::ColourBytes(request.width));
+      writer.Copy(colour, outputPicture->ColourRows()[i], base::ColourBytes(request.width));
     }
     if (mask) {
-      std::memcpy(mask, outputPicture->MaskRows()[i], static_cast<std::size_t>(request.width));
+      writer.Copy(mask, outputPicture->MaskRows()[i], static_cast<std::size_t>(request.width));
     }
     return !abort;
   };
   return base::ForEachBand(request.height, base::RowsPerBand(request.width),
                            [&](int first, int end) {
-                             while (first < end && copy(first)) ++first;
+                             const base::RowWriter writer(PictureBytes(request));
+                             while (first < end && copy(first, writer)) ++first;
                              return first == end;
                            });
 }

@@ -40,7 +40,11 @@ double EdgeFade::WayOut(int at, int size, bool lowFades, bool highFades) const {
 void EdgeFade::FadeRow(std::uint8_t* mask, int x, int y, int count) const {
   if (reach_ < kLeastReach) return;
   const double across = WayOut(y, height_, edges_.bottom, edges_.top);
-  const int end = x + count;
+  const int mirrored = across > 0 && count == width_ ? MirroredColumns() : 0;
+  FadeBothSides(mask, mirrored, across);
+  mask += mirrored;
+  x += mirrored;
+  const int end = x + count - 2 * mirrored;
   const int middle = std::clamp(leftEnd_, x, end);
   const int right = std::clamp(rightStart_, middle, end);
   FadeSide(mask, x, middle, across);
@@ -52,6 +56,17 @@ void EdgeFade::FadeSide(std::uint8_t* mask, int first, int end, double across) c
   const EdgeFadeKernels& kernels = Choose<EdgeFadeKernels>();
   if (across == 0) return kernels.byShares(mask, shares_.From(first), end - first);
   (isRound_ ? kernels.byDistance : kernels.byWays)(mask, ways_.From(first), across, end - first);
+}
+
+// Only where both sides fade do they fade alike.
+int EdgeFade::MirroredColumns() const {
+  return edges_.left && edges_.right ? std::min(leftEnd_, width_ / 2) : 0;
+}
+
+void EdgeFade::FadeBothSides(std::uint8_t* mask, int count, double across) const {
+  const EdgeFadeKernels& kernels = Choose<EdgeFadeKernels>();
+  (isRound_ ? kernels.mirroredByDistance : kernels.mirroredByWays)({mask, mask + width_},
+                                                                   ways_.From(0), across, count);
 }
 
 // All keep the same share, so that a table of all masks serves many of them.

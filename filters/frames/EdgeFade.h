@@ -45,6 +45,9 @@ class EdgeFade {
  private:
   // How far outwards a pixel lies on one axis: 0 in the inner rectangle, nearly 1 at the edge.
   double WayOut(int at, int size, bool lowFades, bool highFades) const;
+  // How many columns at either end of a row are faded together, the outermost ones first.
+  int MirroredColumns() const;
+  void FadeBothSides(std::uint8_t* mask, int count, double across) const;
   // Columns `first` to `end` - 1, which lie at the left or at the right, or anywhere between; and
   // those that do not fade along the row.
   void FadeSide(std::uint8_t* mask, int first, int end, double across) const;

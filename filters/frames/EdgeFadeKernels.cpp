@@ -16,8 +16,18 @@ void FadeByDistance(std::uint8_t* mask, FadeNumbers ways, double across, int cou
   FadeExactly(mask, ByDistance{ways, across}, 0, count);
 }
 
+void FadeMirroredByWays(const MirroredMasks& masks, FadeNumbers ways, double across, int count) {
+  FadeExactly(masks, ByWays{ways, across}, 0, count);
+}
+
+void FadeMirroredByDistance(const MirroredMasks& masks, FadeNumbers ways, double across,
+                            int count) {
+  FadeExactly(masks, ByDistance{ways, across}, 0, count);
+}
+
 const EdgeFadeKernels& EdgeFadeKernels::Plain() {
-  static constexpr EdgeFadeKernels kPlain = {FadeByShares, FadeByWays, FadeByDistance};
+  static constexpr EdgeFadeKernels kPlain = {FadeByShares, FadeByWays, FadeByDistance,
+                                             FadeMirroredByWays, FadeMirroredByDistance};
   return kPlain;
 }
 

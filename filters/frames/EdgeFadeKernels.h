@@ -24,11 +24,22 @@ void FadeByShares(std::uint8_t* mask, FadeNumbers shares, int count);
 void FadeByWays(std::uint8_t* mask, FadeNumbers ways, double across, int count);
 void FadeByDistance(std::uint8_t* mask, FadeNumbers ways, double across, int count);
 
+// Two pieces of a row that do not overlap: the right one ends where it says, and its pixels lie as
+// far outwards as those of the left one, from its end on.
+struct MirroredMasks {
+  std::uint8_t* left;
+  std::uint8_t* rightEnd;
+};
+void FadeMirroredByWays(const MirroredMasks& masks, FadeNumbers ways, double across, int count);
+void FadeMirroredByDistance(const MirroredMasks& masks, FadeNumbers ways, double across, int count);
+
 // The same functions, byte for byte, at the speed of a vector unit.
 struct EdgeFadeKernels {
   decltype(&FadeByShares) byShares;
   decltype(&FadeByWays) byWays;
   decltype(&FadeByDistance) byDistance;
+  decltype(&FadeMirroredByWays) mirroredByWays;
+  decltype(&FadeMirroredByDistance) mirroredByDistance;
 
   // For Choose.
   static const EdgeFadeKernels& Plain();

@@ -34,20 +34,63 @@ constexpr float kDoubt = 1.0f / 4096;
   return AboutAtDepth(1 - Root(MultiplyAdd(way, way, All<Floats>(kind.across * kind.across))));
 }
 
+// What masks become: 256 less the opacity that is kept, 255.5 at most, as a mask of 255 is in no
+// doubt. `shift` is 256 - 255 * share.
+[[gnu::always_inline]] inline Floats Faded(const std::uint8_t* mask, Floats share, Floats shift) {
+  return Min(MultiplyAdd(LoadFloats(mask), share, shift), All<Floats>(255.5f));
+}
+[[gnu::always_inline]] inline Floats ShiftOf(Floats share) {
+  return MultiplyAdd(share, All<Floats>(-255), All<Floats>(256));
+}
+[[gnu::always_inline]] inline bool IsInDoubt(Floats faded) {
+  return IsAnyWithin(faded - Nearest(faded), kDoubt);
+}
+
 template <class Kind>
 [[gnu::always_inline]] inline void Fade(std::uint8_t* mask, const Kind& kind, int count) {
   int x = 0;
   for (; x + kFadedTogether <= count; x += kFadedTogether) {
-    const Floats opacity = 255 - LoadFloats(mask + x);
-    // Where truncation gives 0, nothing is in doubt.
-    const Floats kept = Max(opacity * AboutShares(kind, x), All<Floats>(0.5f));
-    if (IsAny(Magnitude(kept - Nearest(kept)) < kDoubt)) {
+    const Floats share = AboutShares(kind, x);
+    const Floats faded = Faded(mask + x, share, ShiftOf(share));
+    if (IsInDoubt(faded)) {
       FadeExactly(mask, kind, x, x + kFadedTogether);
     } else {
-      StoreTruncated(mask + x, 256 - kept);
+      StoreTruncated(mask + x, faded);
     }
   }
   FadeExactly(mask, kind, x, count);
+}
+
+struct LaneNumbers {
+  std::int32_t of[kLanes<Ints>];
+};
+constexpr LaneNumbers kBackwards = [] {
+  LaneNumbers lanes = {};
+  for (int i = 0; i < kLanes<Ints>; ++i) lanes.of[i] = kLanes<Ints> - 1 - i;
+  return lanes;
+}();
+[[gnu::always_inline]] inline Floats Reversed(Floats values) {
+  return __builtin_shuffle(values, Load<Ints>(kBackwards.of));
+}
+
+template <class Kind>
+[[gnu::always_inline]] inline void FadeMirrored(const MirroredMasks& masks, const Kind& kind,
+                                                int count) {
+  int x = 0;
+  for (; x + kFadedTogether <= count; x += kFadedTogether) {
+    std::uint8_t* const right = masks.rightEnd - x - kFadedTogether;
+    const Floats share = AboutShares(kind, x);
+    const Floats shift = ShiftOf(share);
+    const Floats left = Faded(masks.left + x, share, shift);
+    const Floats mirrored = Faded(right, Reversed(share), Reversed(shift));
+    if (IsInDoubt(left) || IsInDoubt(mirrored)) {
+      FadeExactly(masks, kind, x, x + kFadedTogether);
+    } else {
+      StoreTruncated(masks.left + x, left);
+      StoreTruncated(right, mirrored);
+    }
+  }
+  FadeExactly(masks, kind, x, count);
 }
 
 inline void FadeBySharesLoop(std::uint8_t* mask, FadeNumbers shares, int count) {
@@ -62,7 +105,18 @@ inline void FadeByDistanceLoop(std::uint8_t* mask, FadeNumbers ways, double acro
   Fade(mask, ByDistance{ways, across}, count);
 }
 
-constexpr EdgeFadeKernels kEdgeFadeLoops = {FadeBySharesLoop, FadeByWaysLoop, FadeByDistanceLoop};
+inline void FadeMirroredByWaysLoop(const MirroredMasks& masks, FadeNumbers ways, double across,
+                                   int count) {
+  FadeMirrored(masks, ByWays{ways, across}, count);
+}
+
+inline void FadeMirroredByDistanceLoop(const MirroredMasks& masks, FadeNumbers ways, double across,
+                                       int count) {
+  FadeMirrored(masks, ByDistance{ways, across}, count);
+}
+
+constexpr EdgeFadeKernels kEdgeFadeLoops = {FadeBySharesLoop, FadeByWaysLoop, FadeByDistanceLoop,
+                                            FadeMirroredByWaysLoop, FadeMirroredByDistanceLoop};
 
 }  // namespace
 }  // namespace kernels

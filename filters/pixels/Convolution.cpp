@@ -146,58 +146,51 @@ const ConvolutionKernels& ConvolutionKernels::Plain() {
 
 namespace {
 
-// Works on one block of the area's rows at a time.
+// Which columns of the picture an area and the pixels on either side of it have.
+Columns ColumnsAround(const PictureArea& area, const PictureRows& picture) {
+  return {std::max(area.x - 1, 0), std::min(area.x + area.width + 1, picture.width)};
+}
+
+// Works on neighbouring rows of the area at a time.
 class Convolver {
  public:
   Convolver(const Kernel3x3& blended, const PictureRows& convolved, const PictureArea& part)
-      : kernel(blended),
-        picture(convolved),
-        area(part),
-        columns{std::max(area.x - 1, 0), std::min(area.x + area.width + 1, picture.width)},
-        blocks(picture.colourRows + picture.y + area.y,
-               static_cast<std::size_t>(base::ColourOffset(picture.x + columns.first)),
-               base::ColourBytes(columns.Count()), area.height, 1, base::RowsPerBand(area.width)) {}
+      : kernel(blended), picture(convolved), area(part), columns(ColumnsAround(part, convolved)) {}
 
-  bool Run(const std::atomic<bool>& abort) const {
-    return blocks.ForEach([&](int block) { return ConvolveBlock(block, abort); });
-  }
-
- private:
-  bool ConvolveBlock(int block, const std::atomic<bool>& abort) const {
+  // Convolves the rows from `begin` on to the one ahead of `end`, upwards by a step of 1 or
+  // downwards by one of -1. rowAt(y) gives row y of the picture as it was, from the first column
+  // on, and write(y, convolve) has the row written by convolve(result).
+  template <class RowAt, class Write>
+  bool Run(int begin, int end, int step, const RowAt& rowAt, const Write& write,
+           const std::atomic<bool>& abort) const {
     const auto convolveRow = Choose<ConvolutionKernels>().convolveRow;
     std::array<FramedRow, 3> rows = {FramedRow(area.width), FramedRow(area.width),
                                      FramedRow(area.width)};
     const auto row = [&rows](int y) -> FramedRow& {
       return rows[static_cast<std::size_t>((y + 3) % 3)];
     };
-    const int begin = area.y + blocks.First(block);
-    const int end = area.y + blocks.First(block + 1);
-    Load(block, begin - 1, row(begin - 1));
-    Load(block, begin, row(begin));
-    for (int y = begin; y < end; ++y) {
+    const auto load = [&](int y) {
+      const bool exists = y >= 0 && y < picture.height;
+      row(y).Load(picture, area.x, y, columns, exists ? rowAt(y) : nullptr);
+    };
+    load(begin - step);
+    load(begin);
+    for (int y = begin; y != end; y += step) {
       if (abort) return false;
-      Load(block, y + 1, row(y + 1));
-      convolveRow(kernel, Around(row(y - 1), row(y), row(y + 1), Behind(block, y + 1)),
-                  picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + area.x),
-                  area.width);
+      load(y + step);
+      const std::uint8_t* const behind = rowAt(std::clamp(y + 2 * step, 0, picture.height - 1));
+      write(y, [&](std::uint8_t* result) {
+        convolveRow(kernel, Around(row(y - 1), row(y), row(y + 1), behind), result, area.width);
+      });
     }
     return true;
   }
 
-  const std::uint8_t* Behind(int block, int y) const {
-    return blocks.Row(block, std::min(y + 1, picture.height - 1) - area.y);
-  }
-
-  void Load(int block, int y, FramedRow& row) const {
-    const bool exists = y >= 0 && y < picture.height;
-    row.Load(picture, area.x, y, columns, exists ? blocks.Row(block, y - area.y) : nullptr);
-  }
-
+ private:
   const Kernel3x3& kernel;
   const PictureRows& picture;
   const PictureArea& area;
   const Columns columns;
-  const RowBlocks blocks;
 };
 
 }  // namespace
@@ -205,7 +198,38 @@ class Convolver {
 bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
                  const std::atomic<bool>& abort) {
   if (area.width < 1 || area.height < 1) return true;
-  return Convolver(kernel, picture, area).Run(abort);
+  const Convolver convolver(kernel, picture, area);
+  const Columns columns = ColumnsAround(area, picture);
+  const RowBlocks blocks(picture.colourRows + picture.y + area.y,
+                         static_cast<std::size_t>(base::ColourOffset(picture.x + columns.first)),
+                         base::ColourBytes(columns.Count()), area.height, 1,
+                         base::RowsPerBand(area.width));
+  const auto writeInPlace = [&](int y, const auto& convolve) {
+    convolve(picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + area.x));
+  };
+  return blocks.ForEach([&](int block) {
+    return convolver.Run(
+        area.y + blocks.First(block), area.y + blocks.First(block + 1), 1,
+        [&](int y) { return blocks.Row(block, y - area.y); }, writeInPlace, abort);
+  });
+}
+
+bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
+                 const ResultRows& result, const std::atomic<bool>& abort) {
+  if (area.width < 1 || area.height < 1) return true;
+  const Convolver convolver(kernel, picture, area);
+  const Columns columns = ColumnsAround(area, picture);
+  const auto rowAt = [&](int y) {
+    return picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + columns.first);
+  };
+  const auto write = [&](int y, const auto& convolve) {
+    convolve(result.colour[y - area.y]);
+    std::memcpy(result.mask[y - area.y], picture.maskRows[picture.y + y] + picture.x + area.x,
+                static_cast<std::size_t>(area.width));
+  };
+  return base::ForEachBand(area.height, base::RowsPerBand(area.width), [&](int first, int end) {
+    return convolver.Run(area.y + end - 1, area.y + first - 1, -1, rowAt, write, abort);
+  });
 }
 
 }  // namespace kernels

@@ -55,4 +55,15 @@ struct PictureArea {
 bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
                  const std::atomic<bool>& abort);
 
+// Row i of an area goes to row i of these.
+struct ResultRows {
+  std::uint8_t* const* colour;
+  std::uint8_t* const* mask;
+};
+
+// The same into rows elsewhere, masks included, from the last row of the area, or of each of the
+// workers' bands, to the first. The picture, which has masks, stays. Rows are whole or untouched.
+bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
+                 const ResultRows& result, const std::atomic<bool>& abort);
+
 }  // namespace kernels

@@ -109,6 +109,10 @@ template <class Vector>
 [[gnu::always_inline]] inline Floats Magnitude(Floats value) {
   return _mm256_andnot_ps(All<Floats>(-0.0f), value);
 }
+// Whether any of them lies within -limit..limit, the ends left out.
+[[gnu::always_inline]] inline bool IsAnyWithin(Floats value, float limit) {
+  return _mm256_movemask_ps(_mm256_cmp_ps(Magnitude(value), All<Floats>(limit), _CMP_LT_OQ)) != 0;
+}
 [[gnu::always_inline]] inline Floats Root(Floats value) {
   return _mm256_sqrt_ps(value);
 }

@@ -119,6 +119,9 @@ template <int kNumber>
 [[gnu::always_inline]] inline Floats Magnitude(Floats value) {
   return _mm512_abs_ps(value);
 }
+[[gnu::always_inline]] inline bool IsAnyWithin(Floats value, float limit) {
+  return _mm512_cmp_ps_mask(Magnitude(value), All<Floats>(limit), _CMP_LT_OQ) != 0;
+}
 [[gnu::always_inline]] inline Floats Root(Floats value) {
   return _mm512_maskz_sqrt_ps(kAll16, value);
 }

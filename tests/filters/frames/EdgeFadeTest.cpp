@@ -41,7 +41,8 @@ TEST(EdgeFade, EqualsItsModelInWholeRowsAndParts) {
        {Frame{40, 30, 15, all, true}, Frame{40, 30, 15, all, false},
         Frame{40, 30, 4.25, {true, false, false, true}, true},
         Frame{33, 70, 7.5, {false, true, true, false}, false}, Frame{9, 9, 0.49, all, true},
-        Frame{1, 1, 0.5, all, true}, Frame{200, 3, 1.5, all, true},
+        Frame{1, 1, 0.5, all, true}, Frame{200, 3, 1.5, all, true}, Frame{150, 150, 75, all, true},
+        Frame{151, 160, 75.5, all, false}, Frame{160, 151, 75.5, {true, false, true, true}, true},
         Frame{5, 5, 2.5, {false, false, false, false}, true}}) {
     const EdgeFade fade(f.width, f.height, f.reach, f.edges, f.round);
     for (int y = 0; y < f.height; ++y) {
@@ -81,12 +82,14 @@ TEST(EdgeFade, EveryLevelGivesTheSameBytes) {
     const EdgeFadeKernels& own = kernels::Choose<EdgeFadeKernels>(level);
     ASSERT_NE(own.byDistance, plain.byDistance);
     for (int count = 0; count < 300; ++count) {
-      const Row row = testing_support::RandomRow(400, static_cast<unsigned>(count));
+      const Row row = testing_support::RandomRow(800, static_cast<unsigned>(count));
       const double across = (count + 1) / 300.0;
       testing_support::ExpectSameRow(plain, own, row, [&](auto& k, std::uint8_t* at) {
         k.byShares(at + 9, numbers, count);
         k.byWays(at + 10, numbers, across, count);
         k.byDistance(at + 11, numbers, across, count);
+        k.mirroredByWays({at + 3, at + 720}, numbers, across, count);
+        k.mirroredByDistance({at + 20, at + 701}, numbers, across, count);
       });
     }
   }
@@ -103,11 +106,15 @@ TEST(EdgeFade, EveryLevelGivesTheSameBytesInLargePictures) {
     if (level > kernels::ProcessorSimdLevel()) continue;
     for (int y = 0; y < 1000; ++y) {
       const double across = 1 - (y + 0.5) / 1000;
-      const Row row(kWidth, static_cast<std::uint8_t>(y % 3 == 0 ? 0 : y));
+      Row row(kWidth, static_cast<std::uint8_t>(y % 3 == 0 ? 0 : y));
+      std::fill(row.begin() + 2000, row.end(), static_cast<std::uint8_t>(y % 2));
       testing_support::ExpectSameRow(
           EdgeFadeKernels::Plain(), kernels::Choose<EdgeFadeKernels>(level), row,
           [&](auto& k, std::uint8_t* at) {
-            (y % 2 ? k.byDistance : k.byWays)(at, {ways.data(), about.data()}, across, 1000);
+            const kernels::FadeNumbers numbers = {ways.data(), about.data()};
+            (y % 2 ? k.byDistance : k.byWays)(at, numbers, across, 1000);
+            (y % 2 ? k.mirroredByWays : k.mirroredByDistance)({at + 1000, at + kWidth}, numbers,
+                                                              across, 1000);
           });
     }
   }
