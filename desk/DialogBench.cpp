@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "core/AnimHost.h"
 #include "core/AnimSample.h"
 #include "core/GrowingText.h"
+#include "host/QuietDialogHost.h"
 #include "platform/component/ComObject.h"
 #include "platform/component/SystemInterfaces.h"
 
@@ -60,8 +60,7 @@ class EditedFilter final
 }  // namespace
 
 // The host's side of the dialog, for as long as the bench wants to hear of it.
-class BenchHost final
-    : public platform::ComObject<BenchHost, IAnimHostRegistry, IAnimHostPage, IAnimHostMessages> {
+class BenchHost final : public host::QuietDialogHost<BenchHost> {
  public:
   explicit BenchHost(DialogBench& ofBench) : bench(&ofBench) {}
 
@@ -77,17 +76,6 @@ class BenchHost final
     runnable.Reset();
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE ShowDialog(const char*) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE Forward(std::intptr_t) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE SetButtonState(const char*, int) override { return S_OK; }
-  // The dialogs have words of their own.
-  HRESULT STDMETHODCALLTYPE Localize(const char*, KvString*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE FindPage(const char*, int* page) override {
-    if (page) *page = 1;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE ReleasePage(int) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE SetReceiver(int, IUnknown*) override { return S_OK; }
   HRESULT STDMETHODCALLTYPE Post(int, int message, std::intptr_t, std::intptr_t b,
                                  std::intptr_t* result) override {
     const ComPtr<BenchHost> self(this);
@@ -139,10 +127,8 @@ bool DialogBench::Open(const std::vector<ChainItem>& items, void* ownerWindow) {
   if (dialog && wanted == edited) return dialog->Show() == S_OK;
   Close();
   host = ComPtr<BenchHost>::Attach(new BenchHost(*this));
-  auto* const asRegistry = static_cast<IAnimHostRegistry*>(host.Get());
-  creator.CreateFilterDialog(items[0].progId.c_str(),
-                             reinterpret_cast<std::intptr_t>(static_cast<IUnknown*>(asRegistry)),
-                             IAnimFilterDialog::kIid, dialog.PutVoid());
+  creator.CreateFilterDialog(items[0].progId.c_str(), host->AsArgument(), IAnimFilterDialog::kIid,
+                             dialog.PutVoid());
   const auto point = ComPtr<IConnectionPoint>::Query(dialog.Get());
   if (!point) return false;
   progId = items[0].progId;

@@ -6,9 +6,8 @@
 #include "base/CodePage.h"
 #include "component/Fxbox4.h"
 #include "core/AnimDialog.h"
-#include "core/AnimHost.h"
 #include "core/AnimInterfaces.h"
-#include "platform/component/ComObject.h"
+#include "host/QuietDialogHost.h"
 #include "platform/component/SystemInterfaces.h"
 #include "program/Commands.h"
 #include "program/Host.h"
@@ -29,25 +28,12 @@ constexpr char kExamples[] = R"(Examples:
   fxbox dialog 'ZNFilter.UnsharpMask.1(Percent=150,Radius=1.5)' | while read text; do ...; done)";
 
 // The host's side of one dialog: prints the filter's text at the end of each change.
-class DialogHost final
-    : public platform::ComObject<DialogHost, IAnimHostRegistry, IAnimHostPage, IAnimHostMessages> {
+class DialogHost final : public host::QuietDialogHost<DialogHost> {
  public:
   explicit DialogHost(ComPtr<IAnimFilterParameter> edited) : filter(std::move(edited)) {}
 
   bool IsClosed() const { return isClosed; }
 
-  HRESULT STDMETHODCALLTYPE RegisterDialog(const char*, IUnknown*) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE UnregisterDialog(const char*) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE ShowDialog(const char*) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE Forward(std::intptr_t) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE SetButtonState(const char*, int) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE Localize(const char*, KvString*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE FindPage(const char*, int* page) override {
-    if (page) *page = 1;
-    return S_OK;
-  }
-  HRESULT STDMETHODCALLTYPE ReleasePage(int) override { return S_OK; }
-  HRESULT STDMETHODCALLTYPE SetReceiver(int, IUnknown*) override { return S_OK; }
   HRESULT STDMETHODCALLTYPE Post(int, int message, std::intptr_t a, std::intptr_t,
                                  std::intptr_t*) override {
     if (message == core::kMessageBracketEnd) Print();
@@ -84,10 +70,8 @@ ChainText TakeItem(const std::string& item, IAnimFilterCreator& creator, std::st
 ComPtr<IAnimFilterDialog> MakeDialog(IAnimFilterCreator& creator, const std::string& progId,
                                      DialogHost& host) {
   ComPtr<IAnimFilterDialog> dialog;
-  auto* const asRegistry = static_cast<IAnimHostRegistry*>(&host);
-  creator.CreateFilterDialog(progId.c_str(),
-                             reinterpret_cast<std::intptr_t>(static_cast<IUnknown*>(asRegistry)),
-                             IAnimFilterDialog::kIid, dialog.PutVoid());
+  creator.CreateFilterDialog(progId.c_str(), host.AsArgument(), IAnimFilterDialog::kIid,
+                             dialog.PutVoid());
   if (!dialog) throw UsageError(progId + ": this filter has no dialog");
   return dialog;
 }
