@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <initializer_list>
 #include <string_view>
 
@@ -21,8 +22,8 @@ struct Command {
 
 void Collect(const CLI::App& app, const std::string& words, std::vector<Command>& all) {
   all.push_back({words, &app});
-  for (const CLI::App* sub : app.get_subcommands([](const CLI::App*) { return true; })) {
-    if (!sub->get_group().empty()) Collect(*sub, Joined({words, " ", sub->get_name()}), all);
+  for (const CLI::App* sub : ShownCommands(app)) {
+    Collect(*sub, Joined({words, " ", sub->get_name()}), all);
   }
 }
 
@@ -32,12 +33,8 @@ std::vector<Command> AllCommands(const CLI::App& program) {
   return all;
 }
 
-std::vector<const CLI::App*> SubcommandsOf(const CLI::App& app) {
-  return app.get_subcommands([](const CLI::App* sub) { return !sub->get_group().empty(); });
-}
-
 bool IsOffered(const CLI::Option& option) {
-  return !option.get_group().empty() && !option.get_positional();
+  return IsShown(option) && !option.get_positional();
 }
 
 // The first sentence or line, in single quotation marks of a shell.
@@ -48,41 +45,64 @@ std::string ShellQuoted(const std::string& description) {
   return Joined({"'", quoted, "'"});
 }
 
-// All words that may come behind those of a command.
-std::string WordsBehind(const CLI::App& app) {
-  std::string words;
-  for (const CLI::App* sub : SubcommandsOf(app)) words += Joined({sub->get_name(), " "});
+// A word that may come behind those of a command.
+struct Offer {
+  std::string word;
+  std::string meaning;
+};
+
+// Commands, then options by their names, and by their letters where those are wanted.
+std::vector<Offer> OffersOf(const CLI::App& app, bool withLetters) {
+  std::vector<Offer> offers;
+  for (const CLI::App* sub : ShownCommands(app)) {
+    offers.push_back({sub->get_name(), sub->get_description()});
+  }
   for (const CLI::Option* option : app.get_options()) {
     if (!IsOffered(*option)) continue;
-    for (const std::string& name : option->get_lnames()) words += Joined({"--", name, " "});
-    for (const std::string& name : option->get_snames()) words += Joined({"-", name, " "});
+    const std::string meaning = option->get_description();
+    for (const std::string& name : option->get_lnames()) offers.push_back({"--" + name, meaning});
+    if (!withLetters) continue;
+    for (const std::string& name : option->get_snames()) offers.push_back({"-" + name, meaning});
   }
-  if (!words.empty()) words.pop_back();
-  return words;
+  return offers;
+}
+
+// The lines of a shell's case over the words of commands, each with what is done.
+std::string Case(const std::vector<Command>& commands, const char* indent,
+                 const std::function<std::string(const Command&)>& done) {
+  std::string text;
+  for (const Command& command : commands) {
+    text += Joined({indent, ShellQuoted(command.words), ") ", done(command), " ;;\n"});
+  }
+  return text;
+}
+
+// The case that takes one word more for the command, where there is such a command.
+std::string CaseOfWords(const std::vector<Command>& commands, const char* indent) {
+  return Case({commands.begin() + 1, commands.end()}, indent,
+              [](const Command&) { return "called=\"$called $word\""; });
+}
+
+std::string BashWords(const Command& command) {
+  std::string words;
+  for (const Offer& offer : OffersOf(*command.app, true)) {
+    words += Joined({words.empty() ? "" : " ", offer.word});
+  }
+  return Joined({"words='", words, "'"});
 }
 
 std::string Bash(const std::vector<Command>& commands) {
-  std::string text =
-      "# Completion of fxbox for bash.\n"
-      "_fxbox() {\n"
-      "  local current=\"${COMP_WORDS[COMP_CWORD]}\" called=fxbox word\n"
-      "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
-      "    case \"$called $word\" in\n";
-  for (const Command& command : commands) {
-    if (command.words != "fxbox") {
-      text += Joined({"      ", ShellQuoted(command.words), ") called=\"$called $word\" ;;\n"});
-    }
-  }
-  text +=
-      "    esac\n"
-      "  done\n"
-      "  local words=\n"
-      "  case \"$called\" in\n";
-  for (const Command& command : commands) {
-    text +=
-        "    " + ShellQuoted(command.words) + ") words='" + WordsBehind(*command.app) + "' ;;\n";
-  }
-  return text +
+  return "# Completion of fxbox for bash.\n"
+         "_fxbox() {\n"
+         "  local current=\"${COMP_WORDS[COMP_CWORD]}\" called=fxbox word\n"
+         "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
+         "    case \"$called $word\" in\n" +
+         CaseOfWords(commands, "      ") +
+         "    esac\n"
+         "  done\n"
+         "  local words=\n"
+         "  case \"$called\" in\n" +
+         Case(commands, "    ", BashWords) +
          "  esac\n"
          "  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
          "  [ ${#COMPREPLY[@]} -gt 0 ] || mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n"
@@ -91,38 +111,22 @@ std::string Bash(const std::vector<Command>& commands) {
 }
 
 // Words with what they mean, "word:meaning" each.
-std::string ZshWords(const CLI::App& app) {
+std::string ZshWords(const Command& command) {
   std::string words;
-  const auto add = [&words](const std::string& word, const std::string& meaning) {
-    words += Joined({" ", ShellQuoted(Joined({word, ":", meaning}))});
-  };
-  for (const CLI::App* sub : SubcommandsOf(app)) add(sub->get_name(), sub->get_description());
-  for (const CLI::Option* option : app.get_options()) {
-    if (!IsOffered(*option)) continue;
-    for (const std::string& name : option->get_lnames())
-      add(Joined({"--", name}), option->get_description());
+  for (const Offer& offer : OffersOf(*command.app, false)) {
+    words += Joined({" ", ShellQuoted(Joined({offer.word, ":", offer.meaning}))});
   }
-  return words;
+  return Joined({"offered=(", words, " )"});
 }
 
 std::string Zsh(const std::vector<Command>& commands) {
-  std::string text =
-      "#compdef fxbox\n"
-      "local called=fxbox word\n"
-      "local -a offered\n"
-      "for word in ${words[2,CURRENT-1]}; do\n"
-      "  case \"$called $word\" in\n";
-  for (const Command& command : commands) {
-    if (command.words != "fxbox") {
-      text += Joined({"    ", ShellQuoted(command.words), ") called=\"$called $word\" ;;\n"});
-    }
-  }
-  text += "  esac\ndone\ncase \"$called\" in\n";
-  for (const Command& command : commands) {
-    text += Joined(
-        {"  ", ShellQuoted(command.words), ") offered=(", ZshWords(*command.app), " ) ;;\n"});
-  }
-  return text + "esac\n_describe -o fxbox offered\n_files\n";
+  return "#compdef fxbox\n"
+         "local called=fxbox word\n"
+         "local -a offered\n"
+         "for word in ${words[2,CURRENT-1]}; do\n"
+         "  case \"$called $word\" in\n" +
+         CaseOfWords(commands, "    ") + "  esac\ndone\ncase \"$called\" in\n" +
+         Case(commands, "  ", ZshWords) + "esac\n_describe -o fxbox offered\n_files\n";
 }
 
 // The condition under which a command's words are offered.
@@ -143,7 +147,7 @@ std::string Fish(const std::vector<Command>& commands) {
   std::string text = "# Completion of fxbox for fish.\n";
   for (const Command& command : commands) {
     const std::string front = Joined({"complete -c fxbox -n '", FishCondition(command), "'"});
-    for (const CLI::App* sub : SubcommandsOf(*command.app)) {
+    for (const CLI::App* sub : ShownCommands(*command.app)) {
       text +=
           front + " -a " + sub->get_name() + " -d " + ShellQuoted(sub->get_description()) + "\n";
     }

@@ -27,14 +27,6 @@ std::string Title(std::string name) {
   return name;
 }
 
-bool IsHidden(const CLI::Option& option) {
-  return option.get_group().empty();
-}
-
-bool IsHidden(const CLI::App& command) {
-  return command.get_group().empty();
-}
-
 // "-o,--output FILE"
 std::string Heading(const CLI::Option& option) {
   std::string names;
@@ -75,18 +67,14 @@ std::string Synopsis(const CLI::App& command, const std::string& called) {
 std::string Options(const CLI::App& command) {
   std::string text;
   for (const CLI::Option* option : command.get_options()) {
-    if (!IsHidden(*option)) text += Described(*option);
+    if (IsShown(*option)) text += Described(*option);
   }
   return text.empty() ? text : ".SH OPTIONS\n" + text;
 }
 
-std::vector<const CLI::App*> CommandsOf(const CLI::App& command) {
-  return command.get_subcommands([](const CLI::App* sub) { return !IsHidden(*sub); });
-}
-
 std::string Commands(const CLI::App& command, const std::string& page) {
   std::string text;
-  for (const CLI::App* sub : CommandsOf(command)) {
+  for (const CLI::App* sub : ShownCommands(command)) {
     const std::string name = page + "-" + sub->get_name();
     text += ".TP\n\\fB" + Plain(name) + "\\fR(1)\n" + Plain(sub->get_description()) + "\n";
   }
@@ -111,7 +99,7 @@ void AddPages(const CLI::App& command, const std::string& page, const std::strin
       "nothing was read or written.\n";
   text += ".SH AUTHOR\n" + Plain(kAuthor) + "\n";
   pages.push_back({"man/" + page + ".1", text});
-  for (const CLI::App* sub : CommandsOf(command)) {
+  for (const CLI::App* sub : ShownCommands(command)) {
     AddPages(*sub, page + "-" + sub->get_name(), version, pages);
   }
 }

@@ -26,6 +26,14 @@ int WritePages(const CLI::App& program, const std::string& version, const std::s
 
 }  // namespace
 
+std::vector<const CLI::App*> ShownCommands(const CLI::App& command) {
+  return command.get_subcommands([](const CLI::App* sub) { return !sub->get_group().empty(); });
+}
+
+bool IsShown(const CLI::Option& option) {
+  return !option.get_group().empty();
+}
+
 void AddPagesCommand(CLI::App& program, const std::string& version, Action& action) {
   const auto folder = std::make_shared<std::string>();
   CLI::App* const command =
