@@ -3,16 +3,15 @@
 // A picture of 24 megapixels, shown on a screen of 1920 x 1080, with two threads.
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
-#include <deque>
 #include <filesystem>
 
 #include "component/Fxbox4.h"
 #include "desk/Session.h"
 #include "host/Texts.h"
 #include "platform/WorkerPool.h"
+#include "tests/support/TaskQueue.h"
 
 namespace {
 
@@ -23,34 +22,6 @@ constexpr int kWidth = 6000, kHeight = 4000;
 // What is left of the screen beside the panels.
 constexpr host::Size kScreen{1380, 960};
 constexpr int kThreads = 2;
-
-class TaskQueue {
- public:
-  void Post(std::function<void()> task) {
-    {
-      const std::lock_guard hold(lock);
-      tasks.push_back(std::move(task));
-    }
-    wake.notify_all();
-  }
-  template <class Condition>
-  void RunUntil(Condition condition) {
-    while (!condition()) {
-      constexpr std::chrono::milliseconds kLook(2);
-      std::unique_lock hold(lock);
-      if (!wake.wait_for(hold, kLook, [this] { return !tasks.empty(); })) continue;
-      const auto task = std::move(tasks.front());
-      tasks.pop_front();
-      hold.unlock();
-      task();
-    }
-  }
-
- private:
-  std::mutex lock;
-  std::condition_variable wake;
-  std::deque<std::function<void()>> tasks;
-};
 
 double Since(Clock::time_point start) {
   return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
@@ -106,16 +77,16 @@ class Latency {
     isShown = false;
     const auto start = Clock::now();
     session.Open(name);
-    queue.RunUntil([this] { return isShown; });
+    Await([this] { return isShown; });
     Print("open a JPEG of 24 megapixels, first look", {Since(start)});
-    queue.RunUntil([&] { return session.Shown().stage == desk::RenderStage::Full; });
+    Await([&] { return session.Shown().stage == desk::RenderStage::Full; });
     Print("  and all of it", {Since(start)});
   }
 
   void Slide(desk::Session& session, const char* what, const desk::ChainItems& items, int moved,
              const char* parameters) {
     session.Chain().Reset(items);
-    queue.RunUntil([&] {
+    Await([&] {
       return session.Renderer().IsIdle() && session.Shown().stage == desk::RenderStage::Full;
     });
     std::vector<double> first, screen;
@@ -126,13 +97,20 @@ class Latency {
       isShown = false;
       const auto start = Clock::now();
       session.Chain().SetParameters({{id, text}}, 1);
-      queue.RunUntil([this] { return isShown; });
+      Await([this] { return isShown; });
       first.push_back(Since(start));
-      queue.RunUntil([&] { return session.Shown().stage >= desk::RenderStage::Screen; });
+      Await([&] { return session.Shown().stage >= desk::RenderStage::Screen; });
       screen.push_back(Since(start));
     }
     Print(std::string("slider to preview, ") + what, first);
     Print("  to the screen's resolution", screen);
+  }
+
+  template <class Condition>
+  void Await(Condition condition) {
+    if (queue.RunUntil(condition)) return;
+    std::fputs("no answer within half a minute\n", stderr);
+    std::_Exit(1);
   }
 
   static void Print(const std::string& what, std::vector<double> times) {
@@ -143,7 +121,7 @@ class Latency {
   }
 
   const int rounds;
-  TaskQueue queue;
+  testing_support::TaskQueue queue;
   bool isShown = false;
 };
 

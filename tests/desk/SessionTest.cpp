@@ -3,8 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <condition_variable>
-#include <deque>
 #include <fstream>
 #include <thread>
 
@@ -15,6 +13,7 @@
 #include "program/BoxFile.h"
 #include "program/Messages.h"
 #include "tests/platform/Support.h"
+#include "tests/support/TaskQueue.h"
 
 namespace {
 
@@ -26,41 +25,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-
-// The thread of the windows, without windows.
-class TaskQueue {
- public:
-  void Post(std::function<void()> task) {
-    {
-      const std::lock_guard hold(lock);
-      tasks.push_back(std::move(task));
-    }
-    wake.notify_all();
-  }
-  // Runs tasks until it holds; false after half a minute.
-  template <class Condition>
-  bool RunUntil(Condition condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!condition()) {
-      std::unique_lock hold(lock);
-      constexpr std::chrono::milliseconds kLook(5);
-      if (!wake.wait_for(hold, kLook, [this] { return !tasks.empty(); })) {
-        if (std::chrono::steady_clock::now() > end) return condition();
-        continue;
-      }
-      const auto task = std::move(tasks.front());
-      tasks.pop_front();
-      hold.unlock();
-      task();
-    }
-    return true;
-  }
-
- private:
-  std::mutex lock;
-  std::condition_variable wake;
-  std::deque<std::function<void()>> tasks;
-};
 
 void WritePicture(const fs::path& file, int width, int height, imageio::Format format) {
   MemoryPicture picture("test", width, height, true, true);
@@ -114,7 +78,7 @@ class DeskSession : public testing::Test {
   }
 
   testing_support::TemporaryFolder folder;
-  TaskQueue queue;
+  testing_support::TaskQueue queue;
   std::unique_ptr<Session> session;
 };
 
