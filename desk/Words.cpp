@@ -13,11 +13,6 @@ const WordEntry* TableOf(const std::string& language) {
   return language == "de" ? kWords_de : kWords_en;
 }
 
-const char* Find(const WordEntry* entry, const char* key) {
-  while (entry->key && std::strcmp(entry->key, key) != 0) ++entry;
-  return entry->words;
-}
-
 void Replace(std::string& text, const char* mark, const std::string& with) {
   const std::size_t at = text.find(mark);
   if (at != text.npos) text.replace(at, std::strlen(mark), with);
@@ -31,7 +26,7 @@ void ChooseLanguage(const std::string& language) {
 
 // The second one first: the first may hold anything.
 std::string Words(const std::string& key, const std::string& first, const std::string& second) {
-  const char* const found = Find(chosen, key.c_str());
+  const char* const found = dialogs::WordsIn(chosen, key.c_str());
   std::string text = found ? found : key;
   Replace(text, "%2", second);
   Replace(text, "%1", first);
@@ -39,7 +34,7 @@ std::string Words(const std::string& key, const std::string& first, const std::s
 }
 
 const char* FindWords(const char* key, const std::string& language) {
-  return Find(TableOf(language), key);
+  return dialogs::WordsIn(TableOf(language), key);
 }
 
 }  // namespace desk

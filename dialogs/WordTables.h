@@ -1,12 +1,9 @@
 // The tables that are made from resources/strings; each ends with nulls.
 #pragma once
 
-namespace dialogs {
+#include "dialogs/WordEntry.h"
 
-struct WordEntry {
-  const char* key;
-  const char* words;
-};
+namespace dialogs {
 
 extern const WordEntry kWords_de[];
 extern const WordEntry kWords_en[];
