@@ -28,11 +28,13 @@ start() {
   (set -o pipefail; "$@" | sed -u 's/\r$//' >"$out") &
   host=$!
 }
-# expect PATTERN: a line that the desk says, from the last look on.
+# said PATTERN: whether the desk has said such a line since the last look.
 seen=0
+said() { tail -n +$((seen + 1)) "$out" | grep -qE "^$1"; }
+# expect PATTERN: waits until it is said.
 expect() {
   for _ in $(seq 300); do
-    if tail -n +$((seen + 1)) "$out" | grep -qE "^$1"; then return; fi
+    if said "$1"; then return; fi
     sleep 0.1
   done
   fail "missing: $1"
@@ -55,7 +57,7 @@ again() {
   for _ in 1 2 3; do
     "$@"
     for _ in $(seq 60); do
-      if tail -n +$((seen + 1)) "$out" | grep -qE "^$pattern"; then return; fi
+      if said "$pattern"; then return; fi
       sleep 0.1
     done
   done
