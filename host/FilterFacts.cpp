@@ -127,8 +127,8 @@ FilterFacts FactsOf(const FilterEntry& entry, IAnimFilterCreator& creator) {
   }
   if (IsOwnClass(entry)) {
     for (const auto& row : entry.row->describe()) facts.keys.push_back(KeyFactsOf(row, newText));
+    facts.preview = PreviewOf(entry, creator);
   }
-  if (IsOwnClass(entry)) facts.preview = PreviewOf(entry, creator);
   facts.example = ExampleOf(entry, facts);
   return facts;
 }

@@ -316,6 +316,7 @@ class TiffDecoder final : public Decoder {
   }
   bool DecodeSamples(RowSink& sink);
   void StoreRow(BYTE* samples, const RowBuffer& row) const;
+  void StoreColours(const BYTE* samples, BYTE* colour) const;
   void StoreColour(const BYTE* samples, BYTE* colour) const;
   bool Convert(RowSink& sink);
 
@@ -432,15 +433,26 @@ void TiffDecoder::StoreRow(BYTE* samples, const RowBuffer& row) const {
     StoreSamples(samples, width, used, used, row);
     return;
   }
-  if (profile) profile->Convert(samples, row.colour, width);
-  BYTE* colour = row.colour;
-  for (int x = 0; x < width; ++x, samples += used, colour += base::kBytesPerPixel) {
-    if (!profile) StoreColour(samples, colour);
-    if (row.mask != nullptr) row.mask[x] = static_cast<BYTE>(255 - samples[layout->colours]);
+  if (profile) {
+    profile->Convert(samples, row.colour, width);
+  } else {
+    StoreColours(samples, row.colour);
+  }
+  if (row.mask == nullptr) return;
+  for (int x = 0; x < width; ++x, samples += used) {
+    row.mask[x] = static_cast<BYTE>(255 - samples[layout->colours]);
   }
 }
 
-// Of a pixel of indices, inks or inverted greys.
+// Of a row of indices, inks or inverted greys.
+void TiffDecoder::StoreColours(const BYTE* samples, BYTE* colour) const {
+  for (int x = 0; x < head.size.width; ++x) {
+    StoreColour(samples, colour);
+    samples += layout->Used();
+    colour += base::kBytesPerPixel;
+  }
+}
+
 void TiffDecoder::StoreColour(const BYTE* samples, BYTE* colour) const {
   using Kind = SampleLayout::Kind;
   BYTE rgb[3];
