@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "desk/LoadedPicture.h"
 #include "desk/Words.h"
 #include "host/Texts.h"
 
@@ -98,9 +99,8 @@ void BatchWindow::OnFiles(const std::vector<std::filesystem::path>& files) {
 }
 
 void BatchWindow::AddPicture() {
-  const auto file =
-      Native()->AskFile(Words("DESK_BATCH_ADD_TITLE"), false, host::PathOf(session.Name()),
-                        {"*.jpg", "*.jpeg", "*.png", "*.tif", "*.bmp", "*.ppm"});
+  const auto file = Native()->AskFile(Words("DESK_BATCH_ADD_TITLE"), false,
+                                      host::PathOf(session.Name()), kPicturePatterns);
   if (file) OnFiles({*file});
 }
 

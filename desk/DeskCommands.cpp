@@ -6,6 +6,7 @@
 #include "core/TransferFormats.h"
 #include "desk/BatchWindow.h"
 #include "desk/DeskWindow.h"
+#include "desk/LoadedPicture.h"
 #include "desk/MessageWindow.h"
 #include "desk/Words.h"
 #include "host/Texts.h"
@@ -14,15 +15,9 @@
 #include "toolkit/ZNMessage.h"
 
 namespace desk {
-namespace {
 
 using toolkit::Point;
 using toolkit::Rect;
-
-const std::vector<std::string> kPicturePatterns = {"*.jpg", "*.jpeg", "*.png", "*.tif", "*.tiff",
-                                                   "*.bmp", "*.ppm",  "*.pgm", "*.pam", "*.pnm"};
-
-}  // namespace
 
 // --- what is asked for
 

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "host/Sizes.h"
 #include "imageio/ImageFile.h"
@@ -14,6 +15,10 @@
 namespace desk {
 
 using PicturePointer = std::shared_ptr<const MemoryPicture>;
+
+// The picture files that a person is offered to open, or to save to.
+inline const std::vector<std::string> kPicturePatterns = {
+    "*.jpg", "*.jpeg", "*.png", "*.tif", "*.tiff", "*.bmp", "*.ppm", "*.pgm", "*.pam", "*.pnm"};
 
 // The size in which a picture fits into a box with its proportions; never larger than it is.
 host::Size FittedSize(host::Size picture, host::Size box);
