@@ -579,9 +579,14 @@ test_wrong_use() {
   refuse '--rect: "1,2,3" is no rectangle such as 0,0,640,480' apply -c '' --rect 1,2,3 -o out.ppm in.ppm
   refuse 'unknown filter "Nobody"' describe Nobody
   refuse 'unknown command "aply", did you mean "apply"? (fxbox --help tells more)' aply -c ''
-  for arguments in '' nonsense 'apply -c x' 'apply --bands 0 in.ppm' 'apply --quality 101 in.ppm' 'apply --zoom -1 in.ppm'; do
+  for arguments in '' nonsense 'apply -c x'; do
     run 2 $arguments
     error_starts 'fxbox: '
+  done
+  for arguments in '--bands 0' '--quality 0' '--quality 101' '--zoom 0' '--zoom 10001' '--png-level 10' \
+    '--jobs 1025' '--threads 0'; do
+    run 2 apply -c '' $arguments -o out.ppm in.ppm
+    error_starts "fxbox: ${arguments% *}: Value ${arguments#* } not in range "
   done
   is_missing out.ppm
 }

@@ -159,6 +159,28 @@ TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
   EXPECT_EQ(box.box->FoundType(), imageio::kTypeJpeg);
 }
 
+TEST(PictureBox, DecodesReducedWhereThatIsAllowed) {
+  const struct {
+    int width, height;  // that are preferred
+    bool isReduced;
+  } cases[] = {{-1, -1, false}, {40, -1, false}, {-1, 20, false}, {0, 0, false},
+               {40, 24, true},  {20, 24, true},  {40, 12, true},  {160, 12, false}};
+  for (const bool isFolder : {false, true}) {
+    Box box(isFolder);
+    box.box->AddFile("a", Bitmap(160, 96), {}, 0, 0, true, false, false);
+    for (const auto& c : cases) {
+      SCOPED_TRACE(testing::Message() << c.width << " x " << c.height << " " << isFolder);
+      Bytes picture, mask;
+      box.box->GetQuick("a", "", &picture, &mask, c.width, c.height);
+      const auto read = imageio::StoredBitmap::Parse(picture);
+      ASSERT_TRUE(read);
+      EXPECT_GE(read->Width(), c.width);
+      EXPECT_GE(read->Height(), c.height);
+      EXPECT_EQ(read->Width() < 160, c.isReduced);
+    }
+  }
+}
+
 TEST(PictureBox, ReadsEveryGeneration) {
   const Bytes picture = Bitmap(5, 4), mask = Mask(5, 4);
   const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));

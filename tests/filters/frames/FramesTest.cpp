@@ -50,6 +50,17 @@ TEST(Passpartout, LaysOutPictureAndMat) {
   }
 }
 
+TEST(Rauchglas, PrintsTheLargerOfPictureAndExtent) {
+  for (const auto& [width, height, sizes] : {std::tuple(25, 7, "SrcWidth=0025, SrcHeight=0010"),
+                                             {7, 15, "SrcWidth=0020, SrcHeight=0015"}}) {
+    Rig rig(Noise(20, 10, Masks::Noise, 1), ClassOf("ZNFilter.Rauchglas.1"));
+    rig.source->extentWidth = width;
+    rig.source->extentHeight = height;
+    rig.Prepare();
+    EXPECT_THAT(PendingText(rig.Filter()), testing::EndsWith(sizes));
+  }
+}
+
 TEST(Passpartout, RefusesWhatNoPictureHolds) {
   Rig rig(Noise(20, 10, Masks::Noise, 1), ClassOf("ZNFilter.Passpartout.1"));
   rig.Filter().SetParameter("BordersizeOn=0,TotalHori=1000000000,TotalVerti=1000000000", 1);

@@ -30,6 +30,9 @@ const Link kTurningBox{"Scale", kBox + "2"};
 const Link kSides{"Scale", "MaximumHorizontalSize=120,MaximumVerticalSize=700,KeepProportions=0"};
 const Link kShares{"Scale100", "HorizontalProz=50,VerticalProz=40,KeepProportions=0"};
 const Link kGrowing{"Scale100", "HorizontalProz=200,VerticalProz=300,AllowEnlarge=0"};
+// Of what is asked for a hair is left across, and more than there is down.
+const Link kStretched{"Scale100",
+                      "HorizontalProz=20000,VerticalProz=5,KeepProportions=0,AllowEnlarge=0"};
 const Link kPrint{"PrintScale", "PrintWidth=300,PrintHeight=100,PrintTurn=1"};
 const Link kTurn{"Rotate", "Angle=90"}, kTilt{"Rotate", "Angle=30"};
 const Link kTurnedLeft{"RotCrop", "Angle=1.5707963,RightMargin=0.5,FixRatioOn=0"};
@@ -69,6 +72,7 @@ const SizeChain kChains[] = {
     {{kTurn, kShares, kMat}, {206, 240}, {621, 360}, 0.25, kTurned * 600 / 601, {312, 103}},
     // The picture may not grow; the full-resolution size does.
     {{kGrowing, kLeft}, {421, 400}, {1684, 2700}, 0.25, 1.05, {78, 20}},
+    {{kStretched}, {601, 20}, {240600, 45}, 0.25, 1.5, {1, 1200}},
     {{kSquare, kShares}, {200, 160}, {400, 360}, 0.25, 1.5 * kTurned, {331, 150}},
     {{kTurnedLeft, kPrint}, {300, 100}, {67, 100}, 1, 0, {297, 199}},
     {{kTilt, kMiddle}, {361, 653}, {601, 900}, 0.25, 0.75 * 400 / 653 * 723 / 601, {182, 36}},
@@ -101,11 +105,19 @@ TEST(SizeChains, SizesTravelBothWays) {
 }
 
 TEST(SizeChains, NoSideVanishes) {
-  for (const auto& [link, width] :
-       {std::pair(Link{"Scale", "MaximumHorizontalSize=10"}, 10), {kMiddle, 300}}) {
-    Rig rig(Picture(600, 1), MakeAll({link}));
+  const Link kTen{"Scale", "MaximumHorizontalSize=10,MaximumVerticalSize=10"};
+  const struct {
+    Link link;
+    Size given, result;
+  } cases[] = {{kTen, {600, 1}, {10, 1}},
+               {kTen, {1, 600}, {1, 10}},
+               {kMiddle, {600, 1}, {300, 1}},
+               {kStrip, {1, 600}, {1, 300}}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.link.text);
+    Rig rig(Picture(c.given.first, c.given.second), MakeAll({c.link}));
     rig.Prepare();
-    EXPECT_EQ(Size(rig.destination->width, rig.destination->height), Size(width, 1)) << link.name;
+    EXPECT_EQ(Size(rig.destination->width, rig.destination->height), c.result);
   }
 }
 

@@ -50,6 +50,7 @@ TEST(TextLayout, LinesStandUnderEachOther) {
   // DejaVu Sans rises 1901 and falls 483 of 2048 units.
   EXPECT_EQ(one.height, (1901 * kSize + 1024) / 2048 + (483 * kSize + 1024) / 2048);
   EXPECT_EQ(three.height, 3 * one.height);
+  EXPECT_EQ(LayOut("").height, 0);
   EXPECT_EQ(three.width, one.width);
   ASSERT_EQ(three.glyphs.size(), 4u);
   EXPECT_EQ(three.glyphs[0].at.y - three.glyphs[2].at.y, 2 * one.height);
