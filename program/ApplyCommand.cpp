@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <map>
 #include <memory>
 #include <thread>
@@ -77,7 +78,7 @@ void AddSizeOptions(CLI::App& command, ApplyOptions& options) {
                   "asked for see less then: ZNFilter.Histo.1, ZNFilter.BlurGauss.1, "
                   "ZNFilter.BlurSel.1, ZNFilter.UnsharpMask.1, ZNFilter.Rauchglas.1 and "
                   "ZNFilter.Staub.1 give another picture")
-      ->check(CLI::PositiveNumber)
+      ->check(CLI::Range(1, std::numeric_limits<int>::max(), "POSITIVE"))
       ->type_name("N");
   command
       .add_option("--rect", options.part,
