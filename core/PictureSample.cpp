@@ -22,8 +22,8 @@ int PictureSample::Axis::At(int point) const {
 
 int PictureSample::Axis::From(int place) const {
   if (place <= 0 || size == 0) return 0;
+  // Never one too far.
   int point = static_cast<int>(std::min<std::int64_t>(std::int64_t{place} * points / size, points));
-  while (point > 0 && At(point - 1) >= place) --point;
   while (point < points && At(point) < place) ++point;
   return point;
 }
