@@ -77,6 +77,11 @@ class GtkControl {
 // a radio button belongs to, null for the first one itself.
 std::unique_ptr<GtkControl> MakeGtkControl(ControlId id, const ControlSpec& spec,
                                            GtkControl* firstRadio, WindowEvents& events);
+// The two halves of it: null for a kind that is not GTK's own, and what is left.
+std::unique_ptr<GtkControl> MakeSystemControl(ControlId id, const ControlSpec& spec,
+                                              GtkControl* firstRadio, WindowEvents& events);
+std::unique_ptr<GtkControl> MakeOwnControl(ControlId id, const ControlSpec& spec,
+                                           WindowEvents& events);
 
 // The key of an event of GTK. Tab and keys for mnemonics are none of ours: false.
 bool TakeKey(guint symbol, GdkModifierType state, KeyEvent& event);

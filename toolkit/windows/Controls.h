@@ -78,6 +78,12 @@ class WindowsControl {
 std::unique_ptr<WindowsControl> MakeWindowsControl(HWND parent, ControlId id,
                                                    const ControlSpec& spec, WindowEvents& events,
                                                    WindowsSystem& system);
+// The two halves of it: null for a kind that is not the system's own, and what is left.
+std::unique_ptr<WindowsControl> MakeSystemControl(HWND parent, ControlId id,
+                                                  const ControlSpec& spec, WindowEvents& events,
+                                                  WindowsSystem& system);
+std::unique_ptr<WindowsControl> MakeOwnControl(HWND parent, ControlId id, const ControlSpec& spec,
+                                               WindowEvents& events, WindowsSystem& system);
 
 // The size in which a control shows this text, and its name for the class of canvases.
 Size PreferredControlSize(const WindowsSystem& system, ControlKind kind, const std::string& text);
