@@ -13,19 +13,15 @@
 namespace imageio {
 namespace {
 
-constexpr char kPackage[] = "libfxbox4-formats";
-
 struct ModuleRow {
   Format format;
   const char* name;
-  const char* module;
+  const char* part;
 };
 constexpr ModuleRow kModules[] = {
-    {Format::WebP, "WebP", "libfxbox4-webp.so.4"},
-    {Format::JpegXl, "JPEG XL", "libfxbox4-jxl.so.4"},
-    {Format::Avif, "AVIF", "libfxbox4-avif.so.4"},
-    {Format::Heif, "HEIF", "libfxbox4-heif.so.4"},
-    {Format::Raw, "camera raw", "libfxbox4-raw.so.4"},
+    {Format::WebP, "WebP", "webp"},     {Format::JpegXl, "JPEG XL", "jxl"},
+    {Format::Avif, "AVIF", "avif"},     {Format::Heif, "HEIF", "heif"},
+    {Format::Raw, "camera raw", "raw"},
 };
 
 const ModuleRow* RowOf(Format format) {
@@ -34,14 +30,23 @@ const ModuleRow* RowOf(Format format) {
   return row == std::end(kModules) ? nullptr : row;
 }
 
+// The build says which modules there are: " webp jxl ".
+bool IsBuilt(const ModuleRow& row) {
+  return std::strstr(FXBOX_FORMAT_MODULES, (std::string(" ") + row.part + " ").c_str()) != nullptr;
+}
+
 const FormatFunctions* Load(const ModuleRow& row) {
+  if (!IsBuilt(row)) {
+    throw ImageError(std::string("this build of the library has no module for ") + row.name +
+                     " pictures");
+  }
   std::string reason;
-  void* const entry = platform::FindInOwnModule(row.module, kFormatEntry, reason);
+  void* const entry = platform::FindInOwnModule(row.part, kFormatEntry, reason);
   const FormatFunctions* functions = entry ? reinterpret_cast<FormatEntry>(entry)() : nullptr;
   if (functions && functions->version == kFormatVersion) return functions;
   if (functions) reason = "it is of another version";
-  throw ImageError(std::string(row.name) + " pictures need the module " + row.module +
-                   " of the package " + kPackage + ": " + reason);
+  throw ImageError(std::string(row.name) + " pictures need the module " +
+                   platform::OwnModuleFile(row.part) + FXBOX_FORMAT_PACKAGE + ": " + reason);
 }
 
 // What cannot be loaded is tried again with the next picture.

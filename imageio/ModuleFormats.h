@@ -8,8 +8,7 @@ namespace imageio {
 
 bool IsModuleFormat(Format format);
 
-// Both throw an ImageError that names the format, the module and the package that has it where it
-// cannot be loaded.
+// Both throw an ImageError that names the format, and the module where it cannot be loaded.
 std::unique_ptr<Decoder> OpenModuleFormat(Source& source, Format format);
 bool WriteModuleFormat(Output& output, Format format, const Picture& picture,
                        const WriteOptions& options, const Progress& progress);

@@ -6,9 +6,12 @@
 
 namespace platform {
 
-// The address of an exported function in such a shared object, which stays loaded. It is looked for
-// in the folder that the environment names as FXBOX_MODULES or, without that, beside this library
-// and where the system has libraries. Null with the system's reason. Any thread.
-void* FindInOwnModule(const std::string& file, const char* function, std::string& reason);
+// The file of a part: "webp" is libfxbox4-webp.so.4 on Linux and Fxbox4-webp.dll on Windows.
+std::string OwnModuleFile(const std::string& part);
+
+// The address of an exported function of a part, which stays loaded. Its file is looked for in the
+// folder that the environment names as FXBOX_MODULES or, without that, beside this library and,
+// on Linux, where the system has libraries. Null with the system's reason. Any thread.
+void* FindInOwnModule(const std::string& part, const char* function, std::string& reason);
 
 }  // namespace platform

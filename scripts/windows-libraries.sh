@@ -1,9 +1,9 @@
 #!/bin/bash
 # Builds the picture and text libraries for Windows, once, into the user's cache; --where tells the folder.
 #
-# They are Debian's own sources of libjpeg-turbo, libpng, libtiff, Little CMS, FreeType, HarfBuzz and
-# FriBidi, with Debian's patches, of the versions that are installed for this system, so that a file
-# decodes, and a text is drawn, to the same bytes on both.
+# They are Debian's own sources of libjpeg-turbo, libpng, libtiff, libwebp, Little CMS, FreeType,
+# HarfBuzz and FriBidi, with Debian's patches, of the versions that are installed for this system, so
+# that a file decodes, and a text is drawn, to the same bytes on both.
 # zlib comes from its cross package. TIFF files compressed with LZMA, Zstandard, WebP, JBIG or LERC
 # are the one difference: Debian has no cross packages of those libraries, so Windows reads none.
 set -euo pipefail
@@ -14,7 +14,7 @@ crossRoot=/usr/x86_64-w64-mingw32
 
 sourcePackages() {
   dpkg-query -W -f '${source:Package}=${source:Version}\n' libjpeg62-turbo-dev libpng-dev libtiff-dev \
-    liblcms2-dev libfreetype-dev libharfbuzz-dev libfribidi-dev 2>/dev/null ||
+    libwebp-dev liblcms2-dev libfreetype-dev libharfbuzz-dev libfribidi-dev 2>/dev/null ||
     die "the native picture and text libraries are missing: run scripts/setup.sh windows"
 }
 
@@ -140,7 +140,7 @@ buildAll() {
   prefix="$1"
   work="$(mktemp -d)"
   trap 'rm -rf "$work"' EXIT
-  say "Building the picture and text libraries for Windows, once (about two minutes)"
+  say "Building the picture and text libraries for Windows, once (about three minutes)"
   prepareSourceLists
   local package
   for package in $(sourcePackages); do
@@ -158,6 +158,7 @@ buildAll() {
   build libpng1.6 -DPNG_SHARED=OFF -DPNG_STATIC=ON -DPNG_TESTS=OFF -DPNG_EXECUTABLES=OFF
   build tiff -Dzlib=ON -Djpeg=ON -Dlzma=OFF -Dzstd=OFF -Dwebp=OFF -Djbig=OFF -Dlerc=OFF \
     -Dlibdeflate=OFF -Dcxx=OFF -Dtiff-tools=OFF -Dtiff-tests=OFF -Dtiff-contrib=OFF -Dtiff-docs=OFF
+  build libwebp -DWEBP_BUILD_{ANIM_UTILS,CWEBP,DWEBP,GIF2WEBP,IMG2WEBP,VWEBP,WEBPINFO,WEBPMUX,EXTRAS}=OFF
 
   # Without the libraries that only serve compressed font files and bitmaps in fonts.
   # Its own copy of zlib would meet the real one in one program.
@@ -169,7 +170,7 @@ buildAll() {
   # Package files written by the builds name the folder's passing name; CMake's own modules serve.
   rm -rf "${prefix:?}"/lib/{pkgconfig,cmake,libpng} "${prefix:?}"/{bin,share,man}
   local library
-  for library in libz libjpeg libpng libtiff liblcms2 libfreetype libharfbuzz libfribidi; do
+  for library in libz libjpeg libpng libtiff libwebp libwebpmux libwebpdemux liblcms2 libfreetype libharfbuzz libfribidi; do
     [ -f "$prefix/lib/$library.a" ] || die "the build left no $library.a"
   done
   local codec

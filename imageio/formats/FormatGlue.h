@@ -97,9 +97,8 @@ void AddWriting(FormatFunctions& functions) {
 }  // namespace imageio::formats
 
 // Defines the entry of a module.
-#define FXBOX_PICTURE_FORMAT(functions)                                             \
-  extern "C" __attribute__((visibility("default"))) const imageio::FormatFunctions* \
-  FxboxPictureFormat() {                                                            \
-    static const imageio::FormatFunctions kFunctions = functions;                   \
-    return &kFunctions;                                                             \
+#define FXBOX_PICTURE_FORMAT(functions)                                       \
+  extern "C" FXBOX_API const imageio::FormatFunctions* FxboxPictureFormat() { \
+    static const imageio::FormatFunctions kFunctions = functions;             \
+    return &kFunctions;                                                       \
   }

@@ -10,6 +10,8 @@ OutFile "${OUT}"
 BrandingText "The Fxbox developers"
 
 !define PRODUCT "Fxbox"
+!define CHAIN_CLASS "Fxbox.Chain.4"
+!define CHAINS "Software\Classes\${CHAIN_CLASS}"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\${PRODUCT}"
 !define MULTIUSER_EXECUTIONLEVEL Highest
 !define MULTIUSER_MUI
@@ -68,6 +70,15 @@ Section
     DetailPrint "The component server could not be registered ($0)."
     SetErrorLevel 2
   ${EndIf}
+  ; Chain files are the desk's where they are nobody's yet; it is among the choices otherwise.
+  WriteRegStr SHCTX "${CHAINS}" "" "Chain of picture filters"
+  WriteRegStr SHCTX "${CHAINS}\DefaultIcon" "" "$INSTDIR\fxbox.exe,0"
+  WriteRegStr SHCTX "${CHAINS}\shell\open\command" "" '"$INSTDIR\fxbox-desk.exe" "%1"'
+  WriteRegStr SHCTX "Software\Classes\.chain\OpenWithProgids" "${CHAIN_CLASS}" ""
+  ReadRegStr $0 SHCTX "Software\Classes\.chain" ""
+  ${If} $0 == ""
+    WriteRegStr SHCTX "Software\Classes\.chain" "" "${CHAIN_CLASS}"
+  ${EndIf}
   CreateShortcut "$SMPROGRAMS\Fxbox Desk.lnk" "$INSTDIR\fxbox-desk.exe"
   WriteRegStr SHCTX "Software\${PRODUCT}" "InstallMode" "$MultiUser.InstallMode"
   WriteRegStr SHCTX "${UNINSTALL_KEY}" "DisplayName" "Fxbox picture filters"
@@ -88,6 +99,14 @@ Section Uninstall
   Delete "$SMPROGRAMS\Fxbox Desk.lnk"
   Delete "$INSTDIR\uninstall.exe"
   RMDir "$INSTDIR"
+  DeleteRegKey SHCTX "${CHAINS}"
+  DeleteRegValue SHCTX "Software\Classes\.chain\OpenWithProgids" "${CHAIN_CLASS}"
+  DeleteRegKey /ifempty SHCTX "Software\Classes\.chain\OpenWithProgids"
+  ReadRegStr $0 SHCTX "Software\Classes\.chain" ""
+  ${If} $0 == "${CHAIN_CLASS}"
+    DeleteRegValue SHCTX "Software\Classes\.chain" ""
+    DeleteRegKey /ifempty SHCTX "Software\Classes\.chain"
+  ${EndIf}
   DeleteRegKey SHCTX "${UNINSTALL_KEY}"
   DeleteRegKey SHCTX "Software\${PRODUCT}"
 SectionEnd

@@ -34,8 +34,12 @@ std::string LoaderMessage() {
 
 }  // namespace
 
-void* FindInOwnModule(const std::string& file, const char* function, std::string& reason) {
-  for (const std::string& candidate : Candidates(file)) {
+std::string OwnModuleFile(const std::string& part) {
+  return "libfxbox4-" + part + ".so.4";
+}
+
+void* FindInOwnModule(const std::string& part, const char* function, std::string& reason) {
+  for (const std::string& candidate : Candidates(OwnModuleFile(part))) {
     void* const module = dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (void* const found = module ? dlsym(module, function) : nullptr) return found;
     reason = LoaderMessage();
