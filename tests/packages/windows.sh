@@ -69,7 +69,9 @@ otherHosts() {
   cp "$folder/zip/Fxbox4.dll" "$hosts/"
   cmake "-DREADME=$folder/zip/README.md" "-DOUT=$hosts/first.c" -P "$project/tests/host/ReadmeProgram.cmake"
   otherCompiler "$hosts/first.obj" "$hosts/first.c"
-  otherCompiler "$hosts/tables.obj" "$project/tests/host/TableHost.c"
+  mkdir -p "$hosts/own/tests/support"
+  cp "$project/tests/support/Check.h" "$hosts/own/tests/support/"
+  otherCompiler "$hosts/tables.obj" "/I$hosts/own" "$project/tests/host/TableHost.c"
   otherCompiler "$hosts/classes.obj" "${inCpp[@]}" "$project/tests/packages/OtherCompiler.cpp"
   for host in first tables classes; do
     check "other compiler: links $host" otherLinker "$hosts/$host.exe" "$hosts/$host.obj"

@@ -9,9 +9,10 @@
 
 namespace platform {
 
+// Not IID_IAccessible: the library of oleacc has code under that name.
 template <>
 inline const IID& IidOf<IAccessible>() {
-  return IID_IAccessible;
+  return __uuidof(IAccessible);
 }
 
 }  // namespace platform
@@ -52,7 +53,7 @@ class AccessibleControl final : public platform::ComObject<AccessibleControl, IA
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override {
     const bool isBase = base::SameGuid(iid, IID_IDispatch);
-    return ComObject::QueryInterface(isBase ? IID_IAccessible : iid, result);
+    return ComObject::QueryInterface(isBase ? platform::IidOf<IAccessible>() : iid, result);
   }
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override {
     if (!count) return E_POINTER;
@@ -243,10 +244,11 @@ LRESULT AnswerWithAccessible(HWND window, const std::shared_ptr<AccessibleConten
                              WPARAM wide) {
   content->window = window;
   void* parent = nullptr;
-  AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_WINDOW), IID_IAccessible, &parent);
+  AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_WINDOW),
+                             platform::IidOf<IAccessible>(), &parent);
   const auto object = platform::ComPtr<IAccessible>::Attach(
       new AccessibleControl(content, static_cast<IAccessible*>(parent)));
-  return LresultFromObject(IID_IAccessible, wide, object.Get());
+  return LresultFromObject(platform::IidOf<IAccessible>(), wide, object.Get());
 }
 
 }  // namespace toolkit
