@@ -30,6 +30,14 @@ std::int64_t PictureBytes(int width, int height) {
   return std::int64_t{base::kBytesPerPixel + 1} * width * height;
 }
 
+void Announce(const BYTE* row, std::size_t bytes) {
+  constexpr std::size_t kCacheLine = 64;
+  for (std::size_t at = 0; at < bytes; at += kCacheLine) {
+    __builtin_prefetch(row + at, 1);
+    asm volatile("");  // without it the compiler takes the loop for empty
+  }
+}
+
 }  // namespace
 
 PullRectangle PullRectangle::CutTo(int pictureWidth, int pictureHeight) const {
@@ -41,13 +49,11 @@ PullRectangle PullRectangle::CutTo(int pictureWidth, int pictureHeight) const {
 
 void PullRectangle::AnnounceColour(int i) const {
   constexpr std::size_t kFront = 3072;
-  constexpr std::size_t kCacheLine = 64;
-  const BYTE* const row = Colour(i);
-  if (!row) return;
-  for (std::size_t at = 0; at < std::min(base::ColourBytes(width), kFront); at += kCacheLine) {
-    __builtin_prefetch(row + at, 1);
-    asm volatile("");  // without it the compiler takes the loop for empty
-  }
+  if (colourRows) Announce(Colour(i), std::min(base::ColourBytes(width), kFront));
+}
+
+void PullRectangle::AnnounceMask(int i) const {
+  if (maskRows) Announce(Mask(i), static_cast<std::size_t>(width));
 }
 
 HRESULT RowFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,

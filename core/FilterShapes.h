@@ -36,7 +36,10 @@ struct PullRectangle {
     });
   }
 
-  // The same for the rows `first` to `end` - 1, on the calling thread, from the last to the first.
+  // Asks for all of a mask row: for a change that takes long for a row, or takes it from both ends.
+  FXBOX_API void AnnounceMask(int i) const;
+
+  // Changes the rows `first` to `end` - 1 so, on the calling thread, from the last to the first.
   template <class Change>
   bool ChangeBand(int first, int end, const std::atomic<bool>& abort, const Change& change) const {
     for (int i = end - 1; i >= first; --i) {

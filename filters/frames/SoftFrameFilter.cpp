@@ -49,6 +49,7 @@ bool CSoftFrameFilter::ChangeRectangle(const PullRectangle& rectangle) {
   PullRectangle inside = rectangle.CutTo(fade->Width(), fade->Height());
   inside.colourRows = nullptr;  // which would be fetched for nothing
   return inside.ChangeRows(abort, [&](BYTE*, BYTE* mask, int i) {
+    if (i > 0) inside.AnnounceMask(i - 1);
     fade->FadeRow(mask, inside.srcX, inside.srcY + i, inside.width);
   });
 }
