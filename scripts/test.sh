@@ -17,7 +17,11 @@ case "$preset" in
     # One test lets the programs of both systems exchange their files.
     scripts/build.sh linux fxbox
     ;;
-  # The thread sanitizer cannot place its memory where the kernel scatters addresses too widely.
-  linux-tsan) if setarch -R true 2>/dev/null; then around=(setarch -R); fi ;;
+  linux-tsan)
+    # The thread sanitizer cannot place its memory where the kernel scatters addresses too widely, and
+    # it does not know the locks of the system's windows: those in memory are for it.
+    if setarch -R true 2>/dev/null; then around=(setarch -R); fi
+    set -- -E '^(toolkit\.Window|dialogs\.(Window|OnScreen)|desk\.(Walk|Accessible))$' "$@"
+    ;;
 esac
 "${around[@]}" ctest --preset "$preset" --no-tests=error -j "$(nproc)" "$@"
