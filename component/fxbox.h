@@ -233,10 +233,11 @@ typedef struct IAnimFilterSrcCallsThisVtbl {
   HRESULT(FXBOX_CALL* Unlock)(IAnimFilterSrcCallsThis* self);
   /* Stores the source without calling it back. */
   HRESULT(FXBOX_CALL* AttachSource)(IAnimFilterSrcCallsThis* self, void* source);
-  /* Questions to the host at the tail. The caller frees `expanded` as the host says.
-   * UTF-8 both ways. The answer belongs to the caller, who frees it with CoTaskMemFree; a host that
-   * has none to give leaves `expanded` alone. */
+  /* Asks the host at the tail to fill in the variables of a text, UTF-8 both ways. The answer
+   * belongs to the caller, who frees it with CoTaskMemFree; a host that has none to give leaves
+   * `expanded` alone. */
   HRESULT(FXBOX_CALL* ExpandText)(IAnimFilterSrcCallsThis* self, const char* text, char** expanded);
+  /* Asks the host for the scale at which it prints. */
   HRESULT(FXBOX_CALL* QueryPrintScale)(IAnimFilterSrcCallsThis* self, double* scale);
   /* Numbers that only the host knows the meaning of. */
   HRESULT(FXBOX_CALL* HostCall3)(IAnimFilterSrcCallsThis* self, intptr_t a, intptr_t b, intptr_t c);

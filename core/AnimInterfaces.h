@@ -73,10 +73,11 @@ struct IAnimFilterSrcCallsThis : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE Unlock() = 0;
   // Stores the source without calling it back.
   virtual HRESULT STDMETHODCALLTYPE AttachSource(IUnknown* source) = 0;
-  // Questions to the host at the tail. The caller frees `expanded` as the host says.
-  // UTF-8 both ways. The answer belongs to the caller, who frees it with CoTaskMemFree; a host that
-  // has none to give leaves `expanded` alone.
+  // Asks the host at the tail to fill in the variables of a text, UTF-8 both ways. The answer
+  // belongs to the caller, who frees it with CoTaskMemFree; a host that has none to give leaves
+  // `expanded` alone.
   virtual HRESULT STDMETHODCALLTYPE ExpandText(const char* text, char** expanded) = 0;
+  // Asks the host for the scale at which it prints.
   virtual HRESULT STDMETHODCALLTYPE QueryPrintScale(double* scale) = 0;
   // Numbers that only the host knows the meaning of.
   virtual HRESULT STDMETHODCALLTYPE HostCall3(std::intptr_t a, std::intptr_t b,

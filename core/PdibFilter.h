@@ -35,61 +35,97 @@ inline constexpr HRESULT kPullStopped = 1;
 // Pending parameters become active in Commit alone, and a pull reads active ones. Links are the
 // chain's: nobody changes them during a pull.
 //
-// The operations do what core/AnimInterfaces.h says of them. What is told below is what this class
-// makes of them, so that an override knows what it replaces.
+// The operations keep the promises of core/AnimInterfaces.h, which an override has to keep as well.
+// "Passed on" below means: the neighbour on that side is called with the same arguments and its
+// answer is handed back; without a neighbour the answer is S_OK unless another one is named. What a
+// neighbour throws becomes a failure code.
 class FXBOX_API CPdibFilter : public FilterObject {
  public:
+  // Gives back its references to the neighbours and frees the work pictures.
   ~CPdibFilter() override;
 
+  // Hands out the filter or host that rows go to. A chain walks towards the tail with it. E_POINTER
+  // without a place for the result, E_NOINTERFACE where nobody is linked.
   HRESULT STDMETHODCALLTYPE GetDestination(REFIID iid, void** result) override;
+  // Hands out the filter or host that rows come from, with the same failures.
   HRESULT STDMETHODCALLTYPE GetSource(REFIID iid, void** result) override;
-  // All four count as a change of the picture, and exchange the reference only when it is another
-  // object's. E_INVALIDARG for the filter itself.
+  // Links the destination, and this filter as its source. Called by the chain, never during a pull.
+  // Counts as a change of this filter. E_INVALIDARG for the filter itself.
   HRESULT STDMETHODCALLTYPE SetDestination(IUnknown* newDestination) override;
+  // Links the source, and this filter as its destination, in the same manner.
   HRESULT STDMETHODCALLTYPE SetSource(IUnknown* newSource) override;
+  // Keeps the destination and calls nobody: the other half of the destination's SetSource. Counts
+  // as a change of the source. E_INVALIDARG for the filter itself.
   HRESULT STDMETHODCALLTYPE AttachDestination(IUnknown* newDestination) override;
+  // Keeps the source and calls nobody: the other half of the source's SetDestination.
   HRESULT STDMETHODCALLTYPE AttachSource(IUnknown* newSource) override;
 
-  // These write `told`. The last one passes the size on as well.
+  // The source tells the size of its picture, on the thread that prepares it. Written to `told`,
+  // which becomes `input` in the next Prepare; the destination hears of it then. Never fails.
   HRESULT STDMETHODCALLTYPE SetPictureSize(int width, int height) override;
+  // The source tells where the shown part lies. Written to `told`.
   HRESULT STDMETHODCALLTYPE SetOffset(int x, int y) override;
+  // The source tells how large the shown part is. Written to `told`.
   HRESULT STDMETHODCALLTYPE SetExtent(int width, int height) override;
+  // The source tells the size at full resolution; Prepare calls it again ahead of Commit. Written
+  // to `told` and passed on at once.
   HRESULT STDMETHODCALLTYPE SetTargetSize(int width, int height) override;
-  // MapSize of what the destination answers, where that is above 0.
+  // A source asks how large its picture is wanted, to decode no more than that. The destination's
+  // answer goes through MapSize; without one above 0 both sizes become -1. E_POINTER without a
+  // place for both.
   HRESULT STDMETHODCALLTYPE QuerySize(int* width, int* height, double aspect) override;
-  // Keep what they are given and pass it on. Neither marks a change.
+  // The source or the host tells the zoom. Kept in `zoom` and passed on. Marks no change.
   HRESULT STDMETHODCALLTYPE SetZoom(double newZoom) override;
+  // The source tells a pair of numbers. Kept in `mark` and passed on. Marks no change.
   HRESULT STDMETHODCALLTYPE SetMark(int a, int b) override;
-  // The destination's answer; without one 0, and E_FAIL of HostCall1.
+  // Asks the destination for its pair of numbers. Passed on; without a destination both stay.
   HRESULT STDMETHODCALLTYPE GetMark(int* a, int* b) override;
+  // The chain is about to change: passed on to the host at the tail, which stops pulling.
   HRESULT STDMETHODCALLTYPE Lock() override;
+  // The chain has changed: passed on to the host, which may pull again.
   HRESULT STDMETHODCALLTYPE Unlock() override;
+  // Asks the host to fill in the variables of a text. Passed on.
   HRESULT STDMETHODCALLTYPE ExpandText(const char* text, char** expanded) override;
+  // Asks the host for the scale at which it prints. Passed on; without a host the scale stays.
   HRESULT STDMETHODCALLTYPE QueryPrintScale(double* scale) override;
+  // Passes three numbers on to the host.
   HRESULT STDMETHODCALLTYPE HostCall3(std::intptr_t a, std::intptr_t b, std::intptr_t c) override;
+  // Passes a number on to the host. E_FAIL without one.
   HRESULT STDMETHODCALLTYPE HostCall1(std::intptr_t a) override;
+  // Passes a number on to the host.
   HRESULT STDMETHODCALLTYPE HostCall1b(std::intptr_t a) override;
 
-  // The pull of a filter that changes nothing. 1 without a source.
+  // The destination pulls rows, on any thread, one pull at a time. This one hands over the source's
+  // rows as they are; the shapes override it. kPullStopped without a source, after an abort, or
+  // when memory ran out; every other answer is the source's. A pull that the source stops marks
+  // changes, so that the next one does all the work.
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
-  // Reaches the source first, then the pull of this filter and those that wait for their turn.
+  // The destination stops pulls, or allows them again, mostly from another thread than the one that
+  // pulls. Passed on to the source first, then to the pull of this filter and to those that wait.
   HRESULT STDMETHODCALLTYPE SetAbort(bool newAbort) override;
-  // Prepares the source, commits when something is pending or was told anew, and tells the
-  // destination the output, changed or not.
+  // The destination asks what has changed, before it pulls. Prepares the source, commits when
+  // something is pending or was told anew, and tells the destination the output, changed or not.
+  // `changed` is only ever set, never cleared. A failure of the source is passed over: its pull
+  // will tell.
   HRESULT STDMETHODCALLTYPE Prepare(bool* changed, int* consumerRevision,
                                     bool trackRevision) override;
+  // Prepares and tells what comes out; a null pointer is not written to. Always S_OK.
   HRESULT STDMETHODCALLTYPE GetInfo(int* width, int* height, int* offsetX, int* offsetY,
                                     int* extentWidth, int* extentHeight) override;
-  // The source's answer as it is; without one E_FAIL for a pixel, 0 for a message.
+  // The destination takes one pixel. Passed on; point filters override it. E_FAIL without a
+  // source.
   HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;
+  // The destination sends a message up to the host at the head. Passed on.
   HRESULT STDMETHODCALLTYPE SendToSource(std::intptr_t message) override;
 
  protected:
+  // A filter of this class, without neighbours; it counts as changed until it was pulled once.
   explicit CPdibFilter(const FilterClass& row);
 
-  // Runs the body of a pull, which gives its answer, alone among the pulls of this filter. Every
-  // failure, exhausted memory included, ends a pull the way an abort does.
+  // Runs the body of a pull, which gives its answer, alone among the pulls of this filter, on the
+  // thread that pulls. What the body throws, exhausted memory included, ends the pull the way an
+  // abort does: kPullStopped.
   template <class Body>
   HRESULT RunPull(Body&& body);
 
@@ -104,11 +140,14 @@ class FXBOX_API CPdibFilter : public FilterObject {
   // passes the changed size on.
   HRESULT PassTargetSize(int width, int height, int passedWidth, int passedHeight);
 
+  // Whether this filter or its source has changed since rows last went out.
   bool Changed() const { return selfChanged || sourceChanged; }
-  // As far as they were set when the pull began.
+  // Ends a pull that is complete: clears the changes that were marked when it began, and no later
+  // ones.
   void ClearChanges();
-  // Reads the `Vis` item and prints it when the filter is hidden. For the classes that have it.
+  // Reads the `Vis` item, in classes that have one; a text without it changes nothing.
   void ReadVisibility(const char* text);
+  // The item as it is printed: nothing while the filter is visible.
   const char* VisibilityText() const { return visible ? "" : ",Vis=0"; }
 
   PictureInfo input;              // accepted from the source
@@ -129,7 +168,7 @@ class FXBOX_API CPdibFilter : public FilterObject {
   std::unique_ptr<MemoryPicture> outputPicture;
 
  private:
-  // A pull's turn, as long as it lives.
+  // A pull's turn, as long as it lives; none, and so false, after an abort.
   class Turn {
    public:
     explicit Turn(CPdibFilter& pulled) : filter(pulled), has(pulled.gate.Enter(pulled.abort)) {}
@@ -145,9 +184,11 @@ class FXBOX_API CPdibFilter : public FilterObject {
     const bool has;
   };
 
-  // False when there was nothing to commit.
+  // Makes what is pending or was told anew count. False when there was nothing.
   bool CommitWhatChanged();
+  // A copy that no other thread is writing to.
   PictureInfo Output() const;
+  // Tells the destination size, extent and offset of the output.
   void PassInfoOn();
 
   PullGate gate;
