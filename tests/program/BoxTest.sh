@@ -91,7 +91,9 @@ test_folder() {
   [ -f shots_kv/Pictures/alpha ] || fail "no file for alpha"
   run 0 box list shots_kv/
   find . -name '.fxbox*' | grep -q . && fail "a hidden file is left"
-  return 0
+  run 0 box add other/ opaque.ppm --name 'a b'
+  run 0 box tree other/
+  grep -q '^Pictures/a b	stream	' stdout || fail "the tree lacks the picture"
 }
 
 test_foreign_files() {
