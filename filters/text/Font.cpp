@@ -21,6 +21,7 @@ constexpr std::size_t kMostOutlines = 4096;
 constexpr FT_Int32 kLoadFlags = FT_LOAD_NO_HINTING | FT_LOAD_NO_BITMAP;
 // What the library can hold in the 26 bits of its pixels with room for large letters.
 constexpr int kMostSize = 32767 * kUnit;
+constexpr int kMostBitmapBytes = 1 << 30;
 
 template <class Object, void (*destroy)(Object*)>
 struct Destroyer {
@@ -235,17 +236,23 @@ Coverage Rasterizer::Cover(const Outline& outline, Point offset, const Box& box)
   Coverage covered{box, {}};
   covered.bytes.resize(static_cast<std::size_t>(box.Area()));
   if (covered.bytes.empty() || outline.points.empty() || !library->handle) return covered;
-  LibraryOutline moved(outline, {offset.x - std::int64_t{box.left} * kUnit,
-                                 offset.y - std::int64_t{box.bottom} * kUnit});
-  FT_Bitmap bitmap = {};
-  bitmap.rows = static_cast<unsigned>(box.top - box.bottom);
-  bitmap.width = static_cast<unsigned>(box.right - box.left);
-  bitmap.pitch = box.left - box.right;  // below 0: the bottom row comes first
-  bitmap.buffer = covered.bytes.data();
-  bitmap.num_grays = 256;
-  bitmap.pixel_mode = FT_PIXEL_MODE_GRAY;
-  if (FT_Outline_Get_Bitmap(library->handle, moved.Get(), &bitmap) != 0) {
-    std::fill(covered.bytes.begin(), covered.bytes.end(), std::uint8_t{0});
+  // In strips: the library counts the bytes of a bitmap in an int.
+  const int width = box.right - box.left;
+  const int rows = std::max(1, kMostBitmapBytes / width);
+  for (int bottom = box.bottom; bottom < box.top; bottom += std::min(rows, box.top - bottom)) {
+    LibraryOutline moved(outline, {offset.x - std::int64_t{box.left} * kUnit,
+                                   offset.y - std::int64_t{bottom} * kUnit});
+    FT_Bitmap bitmap = {};
+    bitmap.rows = static_cast<unsigned>(std::min(rows, box.top - bottom));
+    bitmap.width = static_cast<unsigned>(width);
+    bitmap.pitch = -width;  // below 0: the bottom row comes first
+    bitmap.buffer = covered.bytes.data() + (std::int64_t{bottom} - box.bottom) * width;
+    bitmap.num_grays = 256;
+    bitmap.pixel_mode = FT_PIXEL_MODE_GRAY;
+    if (FT_Outline_Get_Bitmap(library->handle, moved.Get(), &bitmap) != 0) {
+      std::fill(covered.bytes.begin(), covered.bytes.end(), std::uint8_t{0});
+      break;
+    }
   }
   return covered;
 }
