@@ -91,9 +91,11 @@ test_folder() {
   [ -f shots_kv/Pictures/alpha ] || fail "no file for alpha"
   run 0 box list shots_kv/
   find . -name '.fxbox*' | grep -q . && fail "a hidden file is left"
-  run 0 box add other/ opaque.ppm --name 'a b'
-  run 0 box tree other/
-  grep -q '^Pictures/a b	stream	' stdout || fail "the tree lacks the picture"
+  for box in other/ other.box; do
+    run 0 box add $box opaque.ppm --name 'a b'
+    run 0 box tree $box
+    grep -q '^Pictures/a b	stream	' stdout || fail "the tree of $box lacks the picture"
+  done
 }
 
 test_foreign_files() {
