@@ -29,7 +29,7 @@ failures=0
 # expect WORDS: a line that the host must have written since the last look.
 seen=0
 expect() {
-  for _ in $(seq 20); do
+  for _ in $(seq 80); do
     if tail -n +$((seen + 1)) "$out" | grep -qx "$1"; then return; fi
     sleep 0.1
   done
