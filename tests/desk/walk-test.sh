@@ -2,7 +2,8 @@
 # Works on a picture in the real window as a person does, and compares what is exported with what
 # the command line makes of the same chain:
 #   walk-test.sh FXBOX DESK [RUNNER...]     RUNNER: what runs programs of another system
-# FXBOX_DESK_PICTURE, when set, names a file for a picture of the window. Needs a display.
+# FXBOX_DESK_PICTURE, when set, names a file for a picture of the window. FXBOX_DESKTOP, when set, is
+# a command that gives the window a desktop of its own. Needs a display.
 set -eu
 fxbox=$1
 desk=$2
@@ -66,7 +67,7 @@ again() {
 press() { again "$2" keys "$1"; }
 lastchain() { grep '^chain ' "$out" | tail -1 | cut -d' ' -f2-; }
 
-start "$@" "$desk" --tell --export exported.ppm photo.ppm
+start "$@" ${FXBOX_DESKTOP:-} "$desk" --tell --export exported.ppm photo.ppm
 expect 'ready'
 expect 'shown 2'
 
