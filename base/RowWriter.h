@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "base/Export.h"
+#include "base/Rows.h"
 
 namespace base {
 
@@ -17,6 +18,9 @@ class FXBOX_API RowWriter {
  public:
   // Of the whole picture, as far as it is written now.
   explicit RowWriter(std::int64_t pictureBytes) : isDirect(pictureBytes >= kDirectFrom) {}
+  // The same of a picture of both planes.
+  RowWriter(std::int64_t width, std::int64_t height)
+      : RowWriter((kBytesPerPixel + 1) * width * height) {}
   ~RowWriter();
   RowWriter(const RowWriter&) = delete;
   RowWriter& operator=(const RowWriter&) = delete;

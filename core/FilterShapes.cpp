@@ -25,11 +25,6 @@ void CutAxis(int& dest, int& src, int& length, int size) {
   length = static_cast<int>(std::max<std::int64_t>(0, end - first));
 }
 
-// Of both planes.
-std::int64_t PictureBytes(int width, int height) {
-  return std::int64_t{base::kBytesPerPixel + 1} * width * height;
-}
-
 void Announce(const BYTE* row, std::size_t bytes) {
   constexpr std::size_t kCacheLine = 64;
   for (std::size_t at = 0; at < bytes; at += kCacheLine) {
@@ -242,7 +237,7 @@ bool WholePictureFilter::CopyOut(const PullRectangle& cut) {
   const int x = policy.frame + cut.srcX;
   return base::ForEachBand(cut.height, base::RowsPerBand(cut.width), [&](int first, int end) {
     constexpr int kTogether = 8;
-    const base::RowWriter writer(PictureBytes(cut.width, cut.height));
+    const base::RowWriter writer(cut.width, cut.height);
     const auto copy = [&](int i) {
       const int y = policy.frame + cut.srcY + i;
       CopyRow(from.ColourRows()[y] + base::ColourOffset(x), from.MaskRows()[y] + x, cut.Colour(i),
@@ -273,7 +268,7 @@ bool WholePictureFilter::Clear(MemoryPicture& picture) {
   const int width = picture.Width();
   const int height = picture.Height();
   return base::ForEachBand(height, base::RowsPerBand(width), [&](int first, int end) {
-    const base::RowWriter writer(PictureBytes(width, height));
+    const base::RowWriter writer(width, height);
     for (int y = first; y < end && !abort; ++y) {
       writer.Fill(picture.ColourRows()[y], 0, base::ColourBytes(width));
       writer.Fill(picture.MaskRows()[y], base::kNothing, static_cast<std::size_t>(width));

@@ -32,15 +32,6 @@ std::span<const ParameterRow<StaubParameters>> StaubParameters::Rows() {
   return kRows;
 }
 
-namespace {
-
-// Of both planes.
-std::int64_t PictureBytes(const PullRectangle& request) {
-  return std::int64_t{base::kBytesPerPixel + 1} * request.width * request.height;
-}
-
-}  // namespace
-
 HRESULT CStaubFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                                BYTE** colourRows, BYTE** maskRows) {
   return RunPull([&]() -> HRESULT {
@@ -73,7 +64,7 @@ CStaubFilter::Outcome CStaubFilter::Rebuild(const PullRectangle& request) {
   BYTE** const mask = outputPicture->MaskRows();
   // What is beside the request stays as it was kept.
   base::ForEachBand(request.height, base::RowsPerBand(request.width), [&](int first, int end) {
-    const base::RowWriter writer(PictureBytes(request));
+    const base::RowWriter writer(request.width, request.height);
     for (int y = first; y < end && !abort; ++y) {
       writer.Fill(colour[y], 0, base::ColourBytes(request.width));
       writer.Fill(mask[y], base::kNothing, static_cast<std::size_t>(request.width));
@@ -110,7 +101,7 @@ bool CStaubFilter::CopyOut(const PullRectangle& request) const {
   };
   return base::ForEachBand(request.height, base::RowsPerBand(request.width),
                            [&](int first, int end) {
-                             const base::RowWriter writer(PictureBytes(request));
+                             const base::RowWriter writer(request.width, request.height);
                              while (first < end && copy(first, writer)) ++first;
                              return first == end;
                            });

@@ -162,7 +162,7 @@ void Shears::ReadRow(int y, std::uint8_t* colour, std::uint8_t* mask) {
   MoveRow(shearedRow, MoveOf(turnedY, geometry.restX), geometry.PlaceX(), resultRow.data(), width,
           kernels);
   kernels.split(resultRow.data(), resultColour.data(), resultMask.data(), width);
-  const base::RowWriter writer(4 * geometry.width * geometry.height);
+  const base::RowWriter writer(geometry.width, geometry.height);
   writer.Copy(colour, resultColour.data(), resultColour.size());
   writer.Copy(mask, resultMask.data(), resultMask.size());
 }
