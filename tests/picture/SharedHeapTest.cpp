@@ -354,16 +354,35 @@ TEST(SharedPictureProcesses, ADeadOneDisturbsNobody) {
   EXPECT_EQ(LeftBehind(id), "");
 }
 
-// A process that was killed lets others in before the system has closed its blocks.
+// The blocks of a heap whose only process was killed: it lets others in before the system has
+// closed them. Its root block names block 1.
+struct DyingHeap {
+  DyingHeap(const std::string& id, std::uint32_t marker, std::size_t pictureBytes)
+      : head(Map(id, 8)), root(Map(id + "_0", 12)), picture(Map(id + "_1", pictureBytes)) {
+    if (!IsThere()) return;
+    Fields(head)[0] = 2;
+    Fields(head)[1] = marker;
+    Fields(root)[0] = 1;
+  }
+  bool IsThere() const { return head && root && picture; }
+
+ private:
+  using Block = std::unique_ptr<platform::SharedBlock>;
+
+  static Block Map(const std::string& name, std::size_t bytes) {
+    return platform::CurrentServices().sharedMemory->Map(name, bytes);
+  }
+  static std::uint32_t* Fields(const Block& block) {
+    return static_cast<std::uint32_t*>(block->Memory());
+  }
+
+  Block head, root, picture;
+};
+
 TEST(SharedPictureProcesses, ADyingFirstOneKeepsItsBlocksForAWhile) {
   const std::string id = FreshId();
-  auto& memory = *platform::CurrentServices().sharedMemory;
-  const auto head = memory.Map(id, 8);
-  const auto root = memory.Map(id + "_0", 12);
-  const auto small = memory.Map(id + "_1", 16);
-  ASSERT_TRUE(head && root && small);
-  static_cast<std::uint32_t*>(head->Memory())[0] = 2;
-  static_cast<std::uint32_t*>(root->Memory())[0] = 1;
+  const DyingHeap dying(id, 0, 16);
+  ASSERT_TRUE(dying.IsThere());
   const SharedPicture picture(id.c_str(), "", 90, 90, true, true);
   EXPECT_TRUE(picture.IsFirst());
   EXPECT_EQ(picture.Width(), 90);
@@ -375,14 +394,8 @@ TEST(SharedPictureProcesses, ADyingFirstOneKeepsItsBlocksForAWhile) {
 // to a page.
 TEST(SharedPictureProcesses, ADyingOneMayLeaveItsRootBlockAlone) {
   const std::string id = FreshId();
-  auto& memory = *platform::CurrentServices().sharedMemory;
-  const auto head = memory.Map(id, 8);
-  const auto root = memory.Map(id + "_0", 12);
-  const auto gone = memory.Map(id + "_1", 4096);
-  ASSERT_TRUE(head && root && gone);
-  static_cast<std::uint32_t*>(head->Memory())[0] = 2;
-  static_cast<std::uint32_t*>(head->Memory())[1] = 0xFFFFFFFF;
-  static_cast<std::uint32_t*>(root->Memory())[0] = 1;
+  const DyingHeap dying(id, 0xFFFFFFFF, 4096);
+  ASSERT_TRUE(dying.IsThere());
   const SharedPicture picture(id.c_str(), "", 90, 90, true, true);
   EXPECT_TRUE(picture.IsFirst());
   EXPECT_EQ(picture.Width(), 90);
