@@ -1,5 +1,5 @@
-// What a new object of each class says that it works by, before anything is committed. Where that
-// differs from what waits, the object counts as changed.
+// What a new object of each class shows, and what it says that it works by before anything is
+// committed. Where that differs from what waits, the object counts as changed.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -79,6 +79,69 @@ const std::map<std::string, std::string> kOtherwiseActive = {
     {"FindEdges", "EdgeEnhance=255"},
     {"Emboss", "EmbossStrength=255"}};
 
+// Of classes without a default text, or with one that turns something on.
+const std::map<std::string, std::string> kShown = {
+    {"RotCrop",
+     "LeftMargin=0.0000, RightMargin=1.0000, BottomMargin=0.0000, TopMargin=1.0000, ShrinkAlpha=0, "
+     "FixRatioOn=1, FixRatio=-1.0000, Landscape=0, DlgSizeX=100, DlgSizeY=100, Mirrored=0, "
+     "Angle=0.0000,Rot1X=0.25000,Rot1Y=0.50000, Rot2X=0.75000, Rot2Y=0.50000"},
+    {"PrintCrop",
+     "MarginL=0.0000, MarginR=1.0000, MarginB=0.0000, MarginT=1.0000, Width=15.0000, "
+     "Height=10.0000, Measur=1, PPI=100.0000, FixedPPI=0"},
+    {"PrintScale", "PrintWidth=100, PrintHeight=100, PrintTurn=0"},
+    {"PrintPad",
+     "AspectRatioX=3, AspectRatioY=2, ForceRatio=0, Toggle=0, Landscape=0, PadColor=ffffff, "
+     "BottomAlign=0"},
+    {"Crop",
+     "LeftMargin=0.0000, RightMargin=1.0000, BottomMargin=0.0000, TopMargin=1.0000, ShrinkAlpha=0, "
+     "FixRatioOn=1, FixRatio=-1.0000, Landscape=0"},
+    {"WaterSign",
+     "Bold=0,Italic=0,Size=040,Red=255,Green=255,Blue=255,Opacity=030,PosX=500,PosY=500,Align=001,"
+     "Angle=000,Outline=000,Red2=000,Green2=000,Blue2=000,Tile=0,Spacing=100,Font=,Picture=,Text="},
+    {"RgbMixer",
+     "BOnK=0,BOnR=0,BOnG=0,BOnB=0,BBypass=0,BRgb0=0,BCon0=1,BRgb1=0,BCon1=0,BRgb2=0,BCon2=0,BRgb3="
+     "0,BCon3=0,kR=030,kG=059,kB=011,rR=100,rG=000,rB=000,gR=000,gG=100,gB=000,bR=000,bG=000,bB="
+     "100,kC=000,rC=000,gC=000,bC=000"},
+    {"RedEye", "N=0"},
+    {"Text",
+     "Bold=0,Italic=0,Size=060,Red=255,Green=255,Blue=255,Opacity=100,PosX=500,PosY=500,Align=001,"
+     "Angle=000,Outline=000,Red2=000,Green2=000,Blue2=000,Font=,Text="},
+    {"Zero", "Generic Filter Parameter"}};
+
+// The smallest buffer that a getter writes to, where it is larger than the text.
+const std::map<std::string, int> kLeastBuffers = {
+    {"PrintCrop", 250},     {"PrintScale", 50},   {"Rotate", 101},
+    {"Scale100", 101},      {"GradCurves", 1001}, {"HSB", 246},
+    {"Exposure", 31},       {"Histo", 31},        {"BrightnessContrast", 51},
+    {"ColorTuning", 101},   {"RGBColor", 31},     {"UnsharpMask", 101},
+    {"Blur", 31},           {"BlurGauss", 101},   {"BlurSel", 101},
+    {"Shadow", 201},        {"AdoptColor", 201},  {"DuoColor", 201},
+    {"BlackWhiteness", 31}, {"RedEye", 501},      {"Sepia", 31},
+    {"Passpartout", 221},   {"Invert", 31},       {"Transparency", 31},
+    {"Offset", 31},         {"ImgBg", 221},       {"InvertMask", 221},
+    {"Rauchglas", 221},     {"Exposure2", 31},    {"FindEdges", 31},
+    {"Emboss", 31},         {"Zero", 31}};
+
+std::string WordOf(const FilterClass& row) {
+  const std::string word = std::string(row.progId).substr(9);
+  return word.substr(0, word.size() - 2);
+}
+
+TEST(NewObjects, ShowWhatTheirDefaultTextSets) {
+  for (const FilterClass& row : FilterClasses()) {
+    const auto made = Make(row), given = Make(row);
+    const auto shown = kShown.find(WordOf(row));
+    if (shown == kShown.end()) given->SetParameter(row.defaultText, 1);
+    const std::string text = PendingText(*made.Get());
+    EXPECT_EQ(text, shown == kShown.end() ? PendingText(*given.Get()) : shown->second);
+    const auto larger = kLeastBuffers.find(WordOf(row));
+    const int least =
+        larger == kLeastBuffers.end() ? static_cast<int>(text.size()) + 1 : larger->second;
+    EXPECT_EQ(PendingText(*made.Get(), least - 1), "") << row.progId;
+    EXPECT_EQ(PendingText(*made.Get(), least), text) << row.progId;
+  }
+}
+
 TEST(NewObjects, WorkByOtherValuesThanTheyShow) {
   auto expected = kOtherwiseActive;
   std::string strengths;
@@ -88,8 +151,7 @@ TEST(NewObjects, WorkByOtherValuesThanTheyShow) {
   expected["Gamma"] = strengths;
   for (const FilterClass& row : FilterClasses()) {
     const auto filter = Make(row);
-    const std::string word = std::string(row.progId).substr(9);
-    EXPECT_EQ(OtherwiseActive(*filter.Get()), expected[word.substr(0, word.size() - 2)]) << word;
+    EXPECT_EQ(OtherwiseActive(*filter.Get()), expected[WordOf(row)]) << row.progId;
   }
 }
 

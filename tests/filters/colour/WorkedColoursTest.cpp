@@ -1,6 +1,9 @@
-// Each key of the filters with a tone curve or sectors of hue, by values that were worked out from
-// the filters' formulas in another language.
+// Each key of the filters with a tone curve, sectors of hue or weights of channels, by values that
+// were worked out from the filters' formulas in another language.
 #include <gtest/gtest.h>
+
+#include <cstdio>
+#include <sstream>
 
 #include "tests/filters/ClassOf.h"
 #include "tests/support/TestFilters.h"
@@ -8,198 +11,146 @@
 namespace testing_support {
 namespace {
 
-using Bytes = std::vector<BYTE>;
-
-// A colour of each sector: red, yellow, green, cyan, blue, magenta; in the order of the bytes.
-const Bytes kSix = {40,  80,  200, 30,  180, 170, 60,  190, 50,
-                    200, 170, 30,  210, 70,  40,  160, 20,  190};
-const Bytes kFour(kSix.begin(), kSix.begin() + 12), kThree(kSix.begin(), kSix.begin() + 9);
+// Colours as their bytes in memory: blue, green, red. One of each sector: red, yellow, green, cyan,
+// blue, magenta.
+const std::string kSix = "2850c8 1eb4aa 3cbe32 c8aa1e d24628 a014be";
+const std::string kFour = kSix.substr(0, 27), kThree = kSix.substr(0, 20);
 
 const std::string kCurves =
     "FilterOn=1,nL=03,xL2=100,yL2=140,xL3=255,yL3=250,yR1=20,nG=03,xG2=60,yG2=30,nB=02,yB2=200";
 
 struct Worked {
   const char* word;
-  std::string text;
-  Bytes given, expected;
+  std::string text, given, expected;
 };
 
 const Worked kCases[] = {
-    {"HSB",
-     "Hue=040",
-     kSix,
-     {40, 186, 200, 30, 180, 69, 153, 190, 49, 200, 56, 30, 210, 40, 123, 46, 19, 190}},
-    {"HSB",
-     "Sat=-40",
-     kSix,
-     {72, 96, 167, 60, 150, 144, 84, 162, 77, 165, 147, 64, 176, 92, 74, 137, 53, 156}},
-    {"HSB",
-     "Sat=060",
-     kSix,
-     {0, 60, 240, 0, 210, 195, 17, 240, 0, 230, 189, 0, 250, 44, 0, 172, 0, 210}},
-    {"HSB",
-     "Bright=-15",
-     {90, 90, 90, 40, 80, 200, 30, 180, 170},
-     {51, 51, 51, 27, 54, 136, 19, 114, 108}},
-    {"HSB",
-     "HueR=50",
-     kSix,
-     {40, 200, 186, 30, 180, 170, 60, 190, 49, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "HueY=50",
-     kSix,
-     {40, 80, 200, 30, 180, 44, 60, 190, 49, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "HueG=50",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 176, 190, 49, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "HueC=50",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 200, 30, 31, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "HueB=50",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 200, 169, 30, 210, 40, 151, 159, 19, 190}},
-    {"HSB",
-     "HueM=50",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 200, 169, 30, 210, 70, 40, 19, 21, 190}},
-    {"HSB",
-     "SatR=-70",
-     kSix,
-     {96, 108, 144, 30, 180, 170, 60, 190, 49, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "SatY=-70",
-     kSix,
-     {40, 80, 200, 82, 127, 124, 60, 190, 49, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "SatG=-70",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 101, 141, 98, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "SatC=-70",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 140, 131, 89, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "SatB=-70",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 200, 169, 30, 150, 108, 99, 159, 19, 190}},
-    {"HSB",
-     "SatM=-70",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 200, 169, 30, 210, 70, 40, 121, 79, 130}},
-    {"HSB",
-     "BrightR=20",
-     kSix,
-     {115, 143, 227, 30, 180, 170, 60, 190, 49, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "BrightY=20",
-     kSix,
-     {40, 80, 200, 85, 226, 217, 60, 190, 49, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "BrightG=20",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 129, 220, 122, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "BrightC=20",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 231, 208, 100, 210, 70, 40, 159, 19, 190}},
-    {"HSB",
-     "BrightB=20",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 200, 169, 30, 229, 141, 122, 159, 19, 190}},
-    {"HSB",
-     "BrightM=20",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 200, 169, 30, 210, 70, 40, 207, 75, 236}},
-    {"HSB",
-     "HueR=300,HueM=100,SatB=999,BrightG=-300",
-     kSix,
-     {160, 40, 200, 30, 180, 170, 0, 0, 0, 200, 169, 30, 250, 44, 0, 19, 163, 190}},
-    {"ColorTuning",
-     "SatR=-80",
-     kSix,
-     {104, 112, 136, 30, 180, 170, 60, 190, 49, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"ColorTuning",
-     "SatY=60",
-     kSix,
-     {40, 80, 200, 0, 210, 195, 60, 190, 49, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"ColorTuning",
-     "SatG=-50",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 90, 155, 85, 200, 169, 30, 210, 70, 40, 159, 19, 190}},
-    {"ColorTuning",
-     "SatC=100",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 230, 189, 0, 210, 70, 40, 159, 19, 190}},
-    {"ColorTuning",
-     "SatB=-120",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 200, 169, 30, 125, 125, 125, 159, 19, 190}},
-    {"ColorTuning",
-     "SatM=70",
-     kSix,
-     {40, 80, 200, 30, 180, 170, 60, 190, 49, 200, 169, 30, 210, 70, 40, 172, 0, 210}},
-    {"Optimize", "Slider1=-20", kFour, {0, 25, 145, 0, 130, 120, 5, 135, 0, 144, 114, 0}},
-    {"Optimize", "Slider1=50", kFour, {82, 122, 242, 62, 212, 202, 98, 228, 88, 238, 208, 68}},
-    {"Optimize", "Slider2=60", kFour, {44, 84, 204, 30, 180, 170, 63, 193, 53, 203, 173, 33}},
-    {"Optimize", "Slider2=-60", kFour, {33, 73, 193, 30, 180, 170, 54, 184, 44, 194, 164, 24}},
-    {"Optimize", "Slider3=50", kFour, {55, 95, 215, 30, 180, 170, 67, 197, 57, 208, 178, 38}},
-    {"Optimize", "Slider3=-60", kFour, {26, 66, 186, 30, 180, 170, 53, 183, 43, 192, 162, 22}},
-    {"Optimize", "Slider4=-50", kFour, {71, 95, 166, 60, 150, 144, 83, 161, 77, 164, 146, 63}},
-    {"Optimize", "Slider4=60", kFour, {0, 59, 238, 0, 210, 195, 17, 238, 0, 228, 187, 0}},
-    {"GradCurves", kCurves, kFour, {48, 78, 224, 36, 191, 206, 70, 199, 89, 173, 182, 62}},
-    {"GradCurves",
-     kCurves + ",Linear=1",
-     kFour,
-     {44, 90, 214, 33, 188, 195, 66, 196, 85, 165, 180, 59}},
-    {"GradCurves",
-     kCurves + ",YIQOn=1",
-     kFour,
-     {63, 82, 241, 51, 199, 209, 78, 219, 102, 187, 191, 84}},
-    {"GradCurves",
-     kCurves + ",Linear=1,YIQOn=1",
-     kFour,
-     {60, 95, 237, 42, 195, 198, 70, 213, 93, 180, 192, 75}},
-    {"GradCurves",
-     "FilterOn=1,xR1=100,yR1=50,xR2=200,yR2=150",
-     kFour,
-     {40, 80, 150, 30, 180, 120, 60, 190, 50, 200, 170, 50}},
-    {"Exposure", "Red=-50", kThree, {6, 25, 156, 3, 127, 113, 14, 141, 9}},
-    {"Exposure", "Red=60", kThree, {83, 127, 220, 70, 206, 199, 107, 213, 95}},
-    {"Exposure", "Green=50", kThree, {0, 60, 240, 0, 210, 195, 20, 235, 4}},
-    {"Exposure", "Green=-50", kThree, {72, 96, 167, 60, 150, 144, 84, 162, 77}},
-    {"Exposure", "Blue=-30", kThree, {13, 39, 172, 8, 146, 133, 25, 159, 18}},
-    {"Exposure", "Blue=70", kThree, {94, 137, 224, 81, 211, 205, 117, 217, 106}},
-    {"Exposure", "Red=20,Green=-30,Blue=40", kThree, {97, 129, 203, 83, 189, 183, 113, 197, 106}},
-    {"Exposure2", "Red=-60", kThree, {40, 80, 145, 30, 180, 137, 60, 190, 26}},
-    {"Exposure2", "Red=80", kThree, {40, 80, 229, 30, 180, 191, 60, 190, 90}},
-    {"Exposure2", "Green=-60", kThree, {40, 62, 200, 30, 142, 170, 60, 131, 50}},
-    {"Exposure2", "Green=80", kThree, {40, 100, 200, 30, 202, 170, 60, 223, 50}},
-    {"Exposure2", "Blue=-60", kThree, {13, 80, 200, 0, 180, 170, 37, 190, 50}},
-    {"Exposure2", "Blue=80", kThree, {92, 80, 200, 101, 180, 170, 92, 190, 50}},
-    {"BrightnessContrast", "Brightness=20", kThree, {91, 131, 251, 81, 231, 221, 111, 241, 101}},
-    {"BrightnessContrast", "Brightness=-30", kThree, {0, 3, 123, 0, 103, 93, 0, 113, 0}},
-    {"BrightnessContrast", "Contrast=25", kThree, {0, 26, 255, 0, 239, 218, 0, 255, 0}},
-    {"BrightnessContrast", "Contrast=-40", kThree, {101, 113, 149, 98, 143, 140, 107, 146, 104}},
-    {"BrightnessContrast", "Saturation=50", kThree, {0, 60, 240, 0, 210, 195, 17, 240, 0}},
-    {"BrightnessContrast", "Saturation=-50", kThree, {80, 100, 160, 67, 142, 137, 90, 155, 85}},
-    {"BrightnessContrast",
-     "Brightness=10,Contrast=-20,Saturation=30",
-     kThree,
-     {74, 105, 198, 70, 187, 178, 90, 191, 82}},
+    {"HSB", "Hue=040", kSix, "28bac8 1eb445 99be31 c8381e d2287b 2e13be"},
+    {"HSB", "Sat=-40", kSix, "4860a7 3c9690 54a24d a59340 b05c4a 89359c"},
+    {"HSB", "Sat=060", kSix, "003cf0 00d2c3 11f000 e6bd00 fa2c00 ac00d2"},
+    {"HSB", "Bright=-15", "5a5a5a 2850c8 1eb4aa", "333333 1b3688 13726c"},
+    {"HSB", "HueR=50", kSix, "28c8ba 1eb4aa 3cbe31 c8a91e d24628 9f13be"},
+    {"HSB", "HueY=50", kSix, "2850c8 1eb42c 3cbe31 c8a91e d24628 9f13be"},
+    {"HSB", "HueG=50", kSix, "2850c8 1eb4aa b0be31 c8a91e d24628 9f13be"},
+    {"HSB", "HueC=50", kSix, "2850c8 1eb4aa 3cbe31 c81e1f d24628 9f13be"},
+    {"HSB", "HueB=50", kSix, "2850c8 1eb4aa 3cbe31 c8a91e d22897 9f13be"},
+    {"HSB", "HueM=50", kSix, "2850c8 1eb4aa 3cbe31 c8a91e d24628 1315be"},
+    {"HSB", "SatR=-70", kSix, "606c90 1eb4aa 3cbe31 c8a91e d24628 9f13be"},
+    {"HSB", "SatY=-70", kSix, "2850c8 527f7c 3cbe31 c8a91e d24628 9f13be"},
+    {"HSB", "SatG=-70", kSix, "2850c8 1eb4aa 658d62 c8a91e d24628 9f13be"},
+    {"HSB", "SatC=-70", kSix, "2850c8 1eb4aa 3cbe31 8c8359 d24628 9f13be"},
+    {"HSB", "SatB=-70", kSix, "2850c8 1eb4aa 3cbe31 c8a91e 966c63 9f13be"},
+    {"HSB", "SatM=-70", kSix, "2850c8 1eb4aa 3cbe31 c8a91e d24628 794f82"},
+    {"HSB", "BrightR=20", kSix, "738fe3 1eb4aa 3cbe31 c8a91e d24628 9f13be"},
+    {"HSB", "BrightY=20", kSix, "2850c8 55e2d9 3cbe31 c8a91e d24628 9f13be"},
+    {"HSB", "BrightG=20", kSix, "2850c8 1eb4aa 81dc7a c8a91e d24628 9f13be"},
+    {"HSB", "BrightC=20", kSix, "2850c8 1eb4aa 3cbe31 e7d064 d24628 9f13be"},
+    {"HSB", "BrightB=20", kSix, "2850c8 1eb4aa 3cbe31 c8a91e e58d7a 9f13be"},
+    {"HSB", "BrightM=20", kSix, "2850c8 1eb4aa 3cbe31 c8a91e d24628 cf4bec"},
+    {"HSB", "HueR=300,HueM=100,SatB=999,BrightG=-300", kSix,
+     "a028c8 1eb4aa 000000 c8a91e fa2c00 13a3be"},
+    {"ColorTuning", "SatR=-80", kSix, "687088 1eb4aa 3cbe31 c8a91e d24628 9f13be"},
+    {"ColorTuning", "SatY=60", kSix, "2850c8 00d2c3 3cbe31 c8a91e d24628 9f13be"},
+    {"ColorTuning", "SatG=-50", kSix, "2850c8 1eb4aa 5a9b55 c8a91e d24628 9f13be"},
+    {"ColorTuning", "SatC=100", kSix, "2850c8 1eb4aa 3cbe31 e6bd00 d24628 9f13be"},
+    {"ColorTuning", "SatB=-120", kSix, "2850c8 1eb4aa 3cbe31 c8a91e 7d7d7d 9f13be"},
+    {"ColorTuning", "SatM=70", kSix, "2850c8 1eb4aa 3cbe31 c8a91e d24628 ac00d2"},
+    {"Optimize", "Slider1=-20", kFour, "001991 008278 058700 907200"},
+    {"Optimize", "Slider1=50", kFour, "527af2 3ed4ca 62e458 eed044"},
+    {"Optimize", "Slider2=60", kFour, "2c54cc 1eb4aa 3fc135 cbad21"},
+    {"Optimize", "Slider2=-60", kFour, "2149c1 1eb4aa 36b82c c2a418"},
+    {"Optimize", "Slider3=50", kFour, "375fd7 1eb4aa 43c539 d0b226"},
+    {"Optimize", "Slider3=-60", kFour, "1a42ba 1eb4aa 35b72b c0a216"},
+    {"Optimize", "Slider4=-50", kFour, "475fa6 3c9690 53a14d a4923f"},
+    {"Optimize", "Slider4=60", kFour, "003bee 00d2c3 11ee00 e4bb00"},
+    {"GradCurves", kCurves, kFour, "304ee0 24bfce 46c759 adb63e"},
+    {"GradCurves", kCurves + ",Linear=1", kFour, "2c5ad6 21bcc3 42c455 a5b43b"},
+    {"GradCurves", kCurves + ",YIQOn=1", kFour, "3f52f1 33c7d1 4edb66 bbbf54"},
+    {"GradCurves", kCurves + ",Linear=1,YIQOn=1", kFour, "3c5fed 2ac3c6 46d55d b4c04b"},
+    {"GradCurves", "FilterOn=1,xR1=100,yR1=50,xR2=200,yR2=150", kFour,
+     "285096 1eb478 3cbe32 c8aa32"},
+    {"Exposure", "Red=-50", kThree, "06199c 037f71 0e8d09"},
+    {"Exposure", "Red=60", kThree, "537fdc 46cec7 6bd55f"},
+    {"Exposure", "Green=50", kThree, "003cf0 00d2c3 14eb04"},
+    {"Exposure", "Green=-50", kThree, "4860a7 3c9690 54a24d"},
+    {"Exposure", "Blue=-30", kThree, "0d27ac 089285 199f12"},
+    {"Exposure", "Blue=70", kThree, "5e89e0 51d3cd 75d96a"},
+    {"Exposure", "Red=20,Green=-30,Blue=40", kThree, "6181cb 53bdb7 71c56a"},
+    {"Exposure2", "Red=-60", kThree, "285091 1eb489 3cbe1a"},
+    {"Exposure2", "Red=80", kThree, "2850e5 1eb4bf 3cbe5a"},
+    {"Exposure2", "Green=-60", kThree, "283ec8 1e8eaa 3c8332"},
+    {"Exposure2", "Green=80", kThree, "2864c8 1ecaaa 3cdf32"},
+    {"Exposure2", "Blue=-60", kThree, "0d50c8 00b4aa 25be32"},
+    {"Exposure2", "Blue=80", kThree, "5c50c8 65b4aa 5cbe32"},
+    {"BrightnessContrast", "Brightness=20", kThree, "5b83fb 51e7dd 6ff165"},
+    {"BrightnessContrast", "Brightness=-30", kThree, "00037b 00675d 007100"},
+    {"BrightnessContrast", "Contrast=25", kThree, "001aff 00efda 00ff00"},
+    {"BrightnessContrast", "Contrast=-40", kThree, "657195 628f8c 6b9268"},
+    {"BrightnessContrast", "Saturation=50", kThree, "003cf0 00d2c3 11f000"},
+    {"BrightnessContrast", "Saturation=-50", kThree, "5064a0 438e89 5a9b55"},
+    {"BrightnessContrast", "Brightness=10,Contrast=-20,Saturation=30", kThree,
+     "4a69c6 46bbb2 5abf52"},
+    {"RgbMixer", "BOnK=1", kThree, "6f6f6f a0a0a0 858585"},
+    {"RgbMixer", "BOnK=1,kR=100,kG=50,kB=-20", kThree, "e8e8e8 fefefe 858585"},
+    {"RgbMixer", "BOnK=1,kR=100,kG=50,kB=-20,BRgb0=1,kC=20", kThree, "e5e5e5 f6f6f6 999999"},
+    {"RgbMixer", "BOnK=1,BCon0=0,kC=20,BRgb0=1,kR=0,kG=0,kB=0", kThree, "000000 000000 000000"},
+    {"RgbMixer", "BOnR=1,rR=20,rG=70,rB=30,rC=10", kThree, "28506c 1eb4a9 3cbea1"},
+    {"RgbMixer", "BOnR=1,rR=20,rG=70,rB=30,rC=10,BRgb1=1,BCon1=1", kThree, "285073 1eb4a5 3cbe9f"},
+    {"RgbMixer", "BOnG=1,gR=-20,gG=70,gB=130,gC=10", kThree, "2844c8 1e83aa 3cc932"},
+    {"RgbMixer", "BOnG=1,gR=-20,gG=70,gB=130,gC=-10,BRgb2=1,BCon2=1", kThree,
+     "280cc8 1e2faa 3c5632"},
+    {"RgbMixer", "BOnB=1,bR=50,bG=40,bB=-30,bC=10", kThree, "7850c8 94b4aa 53be32"},
+    {"RgbMixer", "BOnB=1,bR=50,bG=40,bB=-30,bC=15,BRgb3=1,BCon3=1", kThree, "ee50c8 ffb4aa b0be32"},
+    {"RgbMixer", "BOnR=1,rG=20,BOnG=1,gB=40,BOnB=1,bR=60", kThree, "a060d8 84c0ce 5ad658"},
+    {"RgbMixer", "BOnK=1,BOnR=1,rG=20,BBypass=1", kThree, "2850c8 1eb4aa 3cbe32"},
+    {"Gamma", "S10=40", kSix, "2850fa 1eb4dc 3cbe64 c8aa50 d2465a a014f0"},
+    {"Gamma", "S20=-30", kSix, "282ac8 1e8eaa 3c9832 c8841e d22028 a000be"},
+    {"Gamma", "S30=25", kSix, "4750c8 3db4aa 5bbe32 e7aa1e f14628 bf14be"},
+    {"Gamma", "S40=-15", kSix, "1b3688 13726c 288122 857114 91301b 650c78"},
+    {"Gamma", "S50=60", kSix, "003cf0 00d2c3 11f000 e6bd00 fa2c00 ac00d2"},
+    {"Gamma", "S11=50", kSix, "2850ff 1eb4aa 3cbe32 c8aa1e d24628 a014be"},
+    {"Gamma", "S21=-50", kSix, "2811c8 1eb4aa 3cbe32 c8aa1e d24628 a014be"},
+    {"Gamma", "S32=70", kSix, "2850c8 76b4aa 3cbe32 c8aa1e d24628 a014be"},
+    {"Gamma", "S43=20", kSix, "2850c8 1eb4aa 81dc7a c8aa1e d24628 a014be"},
+    {"Gamma", "S54=-80", kSix, "2850c8 1eb4aa 3cbe32 847e61 d24628 a014be"},
+    {"Gamma", "S15=-60", kSix, "2850c8 1eb4aa 3cbe32 c8aa1e d24600 a014be"},
+    {"Gamma", "S26=90", kSix, "2850c8 1eb4aa 3cbe32 c8aa1e d24628 a086be"},
+    {"Gamma", "S46=30,S56=-40", kSix, "2850c8 1eb4aa 3cbe32 c8aa1e d24628 cc91d9"},
+    {"Gamma", "S10=20,S30=-40,S40=10,S50=50,S11=99", "5a5a5a 000000", "0487c9 00004c"},
+    {"Gamma", "S10=300,S20=-300,S30=200,S40=-200,S50=999", kThree, "000000 000000 000000"},
 };
+
+Picture PictureOf(const std::string& colours) {
+  Picture picture(static_cast<int>((colours.size() + 1) / 7), 1);
+  std::istringstream stream(colours);
+  stream >> std::hex;
+  for (int x = 0, colour = 0; stream >> colour; ++x) {
+    for (int i = 0; i < 3; ++i) {
+      picture.Colour(x, 0)[i] = static_cast<BYTE>(colour >> (16 - 8 * i));
+    }
+  }
+  return picture;
+}
+
+std::string ColoursOf(const Picture& picture) {
+  std::string text;
+  for (int x = 0; x < picture.width; ++x) {
+    const BYTE* const at = picture.Colour(x, 0);
+    char digits[8];
+    std::snprintf(digits, sizeof digits, "%02x%02x%02x", at[0], at[1], at[2]);
+    text.append(x > 0 ? " " : "").append(digits);
+  }
+  return text;
+}
 
 TEST(WorkedColours, EachKeyDoesItsWork) {
   for (const Worked& c : kCases) {
-    Picture picture(static_cast<int>(c.given.size() / 3), 1);
-    picture.colour = c.given;
+    Picture picture = PictureOf(c.given);
     picture.mask.back() = 77;
     Rig rig(picture, ClassOf("ZNFilter." + std::string(c.word) + ".1"));
     rig.Filter().SetParameter(c.text.c_str(), 1);
     const Picture found = rig.PullWhole();
-    EXPECT_EQ(found.colour, c.expected) << c.word << " " << c.text;
+    EXPECT_EQ(ColoursOf(found), c.expected) << c.word << " " << c.text;
     EXPECT_EQ(found.mask, picture.mask) << c.word;
   }
 }

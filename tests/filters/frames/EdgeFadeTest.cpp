@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 
 #include "filters/frames/EdgeFadeKernels.h"
 #include "tests/filters/pixels/KernelRows.h"
@@ -12,56 +11,7 @@ namespace {
 
 using kernels::EdgeFade;
 using kernels::EdgeFadeKernels;
-using kernels::FadedEdges;
 using testing_support::Row;
-
-struct Frame {
-  int width, height;
-  double reach;
-  FadedEdges edges;
-  bool round;
-};
-
-// Pixel by pixel, as the frame is described.
-std::uint8_t Modelled(const Frame& f, int x, int y, std::uint8_t mask) {
-  if (f.reach < 0.5) return mask;
-  const double a =
-      std::min(f.edges.left ? x + 0.5 : f.reach, f.edges.right ? f.width - x - 0.5 : f.reach);
-  const double b =
-      std::min(f.edges.top ? f.height - y - 0.5 : f.reach, f.edges.bottom ? y + 0.5 : f.reach);
-  const double u = 1 - std::min(a / f.reach, 1.0);
-  const double v = 1 - std::min(b / f.reach, 1.0);
-  const double t = f.round ? 1 - std::min(std::sqrt(u * u + v * v), 1.0) : 1 - std::max(u, v);
-  return static_cast<std::uint8_t>(255 - std::trunc((255 - mask) * (t * t * (3 - 2 * t))));
-}
-
-TEST(EdgeFade, EqualsItsModelInWholeRowsAndParts) {
-  const FadedEdges all;
-  for (const Frame& f :
-       {Frame{40, 30, 15, all, true}, Frame{40, 30, 15, all, false},
-        Frame{40, 30, 4.25, {true, false, false, true}, true},
-        Frame{33, 70, 7.5, {false, true, true, false}, false}, Frame{9, 9, 0.49, all, true},
-        Frame{1, 1, 0.5, all, true}, Frame{200, 3, 1.5, all, true}, Frame{150, 150, 75, all, true},
-        Frame{151, 160, 75.5, all, false}, Frame{160, 151, 75.5, {true, false, true, true}, true},
-        Frame{5, 5, 2.5, {false, false, false, false}, true}}) {
-    const EdgeFade fade(f.width, f.height, f.reach, f.edges, f.round);
-    for (int y = 0; y < f.height; ++y) {
-      const Row row =
-          testing_support::RandomRow(static_cast<std::size_t>(f.width), static_cast<unsigned>(y));
-      Row expected = row;
-      for (int x = 0; x < f.width; ++x) {
-        expected[static_cast<std::size_t>(x)] = Modelled(f, x, y, row[static_cast<std::size_t>(x)]);
-      }
-      for (const int first : {0, f.width / 3, f.width - 1}) {
-        Row found = row;
-        fade.FadeRow(found.data() + first, first, y, f.width - first);
-        ASSERT_TRUE(std::equal(found.begin() + first, found.end(), expected.begin() + first))
-            << f.width << " x " << f.height << ", row " << y << " from " << first;
-        ASSERT_TRUE(std::equal(row.begin(), row.begin() + first, found.begin()));
-      }
-    }
-  }
-}
 
 TEST(EdgeFade, ByHand) {
   // Reach 2, left edge alone: depths 1/4 and 3/4 keep 5/32 and 27/32 of the opacity.

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <random>
 
 #include "tests/filters/ClassOf.h"
@@ -149,6 +151,40 @@ TEST(FrameModels, Shadow) {
   ExpectEqual(ShadowOf(given, full, 1), "ZNFilter.Shadow.1", given,
               "LightIntensity=50,LightOn=0,ShadowOn=1,ShadowDensity=30", 1);
   ExpectEqual(ShadowOf(given, {}, 1), "ZNFilter.Shadow.1", given, "ShadowDensity=30,ShadowOn=0", 1);
+}
+
+// Pixel by pixel, as the frame is described.
+TEST(FrameModels, SoftFrame) {
+  Chance chance(4);
+  for (int round = 0; round < 300; ++round) {
+    const int most = round % 20 ? 20 : 160;
+    const Picture given = Noise(chance.Between(1, most), chance.Between(1, most),
+                                round % 2 ? Masks::Opaque : Masks::Noise, 1);
+    const int width = given.width, height = given.height;
+    const int left = chance.Between(0, 1), top = chance.Between(0, 1), right = chance.Between(0, 1);
+    const int bottom = chance.Between(0, 1), soft = chance.Between(0, 1);
+    const int frame = chance.Between(-10, 120);
+    const double reach = std::clamp(frame, 0, 100) * std::min(width, height) / 200.0;
+    Picture expected = given;
+    for (int y = 0; reach >= 0.5 && y < height; ++y) {
+      for (int x = 0; x < width; ++x) {
+        const double a = std::min(left ? x + 0.5 : reach, right ? width - x - 0.5 : reach);
+        const double b = std::min(top ? height - y - 0.5 : reach, bottom ? y + 0.5 : reach);
+        const double u = 1 - std::min(a / reach, 1.0), v = 1 - std::min(b / reach, 1.0);
+        const double t = soft ? 1 - std::min(std::sqrt(u * u + v * v), 1.0) : 1 - std::max(u, v);
+        BYTE& mask = expected.Mask(x, y);
+        mask = static_cast<BYTE>(255 - std::trunc((255 - mask) * (t * t * (3 - 2 * t))));
+      }
+    }
+    ExpectEqual(expected, "ZNFilter.SoftFrame.1", given,
+                TextOf({{"SoftCorner", soft},
+                        {"FrameWidth", frame},
+                        {"Links", left},
+                        {"Oben", top},
+                        {"Rechts", right},
+                        {"Unten", bottom}}),
+                chance.Zoom());
+  }
 }
 
 }  // namespace
