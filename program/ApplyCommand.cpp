@@ -1,8 +1,6 @@
 // fxbox apply: a chain of filters on picture files.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <functional>
-#include <limits>
 #include <map>
 #include <memory>
 #include <thread>
@@ -30,6 +28,7 @@ struct ApplyOptions {
   std::optional<double> zoom;
   int bandRows = 0;
   imageio::WriteOptions writing;
+  int compression = 0;  // a TiffCompression
   std::optional<std::string> listFile;
   bool zeros = false;
   std::optional<int> jobs;
@@ -57,124 +56,93 @@ constexpr char kExamples[] = R"(Examples:
       each picture as soon as its name comes, with a line of JSON for each that is finished
 Exit status: 0 all done, 1 some input failed (the others are done), 2 wrong use, 130 interrupted.)";
 
-const CLI::Range kZoomRange(0.0001, 10000.0);
-
-void AddSizeOptions(CLI::App& command, ApplyOptions& options) {
+void AddSizeOptions(const Command& command, ApplyOptions& options) {
+  command.Take("--fit N|WxH", options.fit,
+               "Preview: reduce the input to fit into N or WxH pixels, and tell the filters");
+  command.Take("--zoom Z", options.zoom, "Tell the filters this zoom; changes no size by itself")
+      .Between(0.0001, 10000.0);
+  command.Take("--target WxH", options.target,
+               "Full-resolution size WxH to tell (default: the full picture's own)");
   command
-      .add_option("--fit", options.fit,
-                  "Preview: reduce the input to fit into N or WxH pixels, and tell the filters")
-      ->type_name("N|WxH");
-  command
-      .add_option("--zoom", options.zoom, "Tell the filters this zoom; changes no size by itself")
-      ->check(kZoomRange)
-      ->type_name("Z");
-  command
-      .add_option("--target", options.target,
-                  "Full-resolution size WxH to tell (default: the full picture's own)")
-      ->type_name("WxH");
-  command
-      .add_option("--bands", options.bandRows,
-                  "Pull N rows at a time, from the bottom row up. Filters that look at what is "
-                  "asked for see less then: ZNFilter.Histo.1, ZNFilter.BlurGauss.1, "
-                  "ZNFilter.BlurSel.1, ZNFilter.UnsharpMask.1, ZNFilter.Rauchglas.1 and "
-                  "ZNFilter.Staub.1 give another picture")
-      ->check(CLI::Range(1, std::numeric_limits<int>::max(), "POSITIVE"))
-      ->type_name("N");
-  command
-      .add_option("--rect", options.part,
-                  "Pull this part of the result only: X,Y,W,H in pixels. X,Y is its lower left "
-                  "corner, counted from the result's lower left: row 0 is the bottom row. What "
-                  "lies outside the result is cut off. For the filters that --bands names the "
-                  "part is the picture")
-      ->type_name("X,Y,W,H");
+      .Take("--bands N", options.bandRows,
+            "Pull N rows at a time, from the bottom row up. Filters that look at what is "
+            "asked for see less then: ZNFilter.Histo.1, ZNFilter.BlurGauss.1, "
+            "ZNFilter.BlurSel.1, ZNFilter.UnsharpMask.1, ZNFilter.Rauchglas.1 and "
+            "ZNFilter.Staub.1 give another picture")
+      .Positive();
+  command.Take("--rect X,Y,W,H", options.part,
+               "Pull this part of the result only: X,Y,W,H in pixels. X,Y is its lower left "
+               "corner, counted from the result's lower left: row 0 is the bottom row. What "
+               "lies outside the result is cut off. For the filters that --bands names the "
+               "part is the picture");
 }
 
-void AddOutputOptions(CLI::App& command, ApplyOptions& options) {
-  command
-      .add_option("-o,--output", options.output.out,
-                  "File to write, its extension says the format; a folder for several inputs; - "
-                  "for standard output. Default: beside the input, as NAME-fxbox.EXT")
-      ->type_name("OUT");
-  command
-      .add_option(
-          "--format", options.output.kind,
-          "Kind of picture to write where no name says it: png, jpg, tif, bmp, ppm, pam, webp, "
-          "jxl, avif, heic. "
-          "Default: the input's own")
-      ->type_name("KIND");
-  command.add_flag("--in-place", options.output.inPlace,
-                   "Let each result take the place of its input, which is refused otherwise");
-  command.add_flag("--skip-existing", options.output.skipExisting,
-                   "Leave outputs alone that are there, as a finished part of the same work");
+void AddOutputOptions(const Command& command, OutputOptions& options) {
+  command.Take("-o,--output OUT", options.out,
+               "File to write, its extension says the format; a folder for several inputs; - "
+               "for standard output. Default: beside the input, as NAME-fxbox.EXT");
+  command.Take("--format KIND", options.kind,
+               "Kind of picture to write where no name says it: png, jpg, tif, bmp, ppm, pam, "
+               "webp, jxl, avif, heic. Default: the input's own");
+  command.Flag("--in-place", options.inPlace,
+               "Let each result take the place of its input, which is refused otherwise");
+  command.Flag("--skip-existing", options.skipExisting,
+               "Leave outputs alone that are there, as a finished part of the same work");
 }
 
-void AddListOptions(CLI::App& command, ApplyOptions& options) {
+void AddListOptions(const Command& command, ApplyOptions& options) {
+  command.Take("--files-from LIST", options.listFile,
+               "File with the names of the inputs, one a line, in the place of INPUT; - for "
+               "standard input, where each is done as soon as it comes");
+  command.Flag("--null", options.zeros, "Names in the list end with a zero byte");
   command
-      .add_option("--files-from", options.listFile,
-                  "File with the names of the inputs, one a line, in the place of INPUT; - for "
-                  "standard input, where each is done as soon as it comes")
-      ->type_name("LIST");
-  command.add_flag("--null", options.zeros, "Names in the list end with a zero byte");
+      .Take("-j,--jobs N", options.jobs,
+            "Pictures side by side. Default: as many as there are threads")
+      .Between(1, 1024);
   command
-      .add_option("-j,--jobs", options.jobs,
-                  "Pictures side by side. Default: as many as there are threads")
-      ->check(CLI::Range(1, 1024))
-      ->type_name("N");
-  command
-      .add_option("--threads", options.threads,
-                  "Threads that filters use, shared out among the pictures side by side; reading "
-                  "and writing go on beside them. Default: as many as there are processors")
-      ->check(CLI::Range(1, 1024))
-      ->type_name("N");
+      .Take("--threads N", options.threads,
+            "Threads that filters use, shared out among the pictures side by side; reading "
+            "and writing go on beside them. Default: as many as there are processors")
+      .Between(1, 1024);
 }
 
-const std::map<std::string, imageio::TiffCompression> kCompressions = {
-    {"none", imageio::TiffCompression::None},
-    {"packbits", imageio::TiffCompression::PackBits},
-    {"lzw", imageio::TiffCompression::Lzw},
-    {"deflate", imageio::TiffCompression::Deflate}};
+const std::map<std::string, int> kCompressions = {
+    {"none", static_cast<int>(imageio::TiffCompression::None)},
+    {"packbits", static_cast<int>(imageio::TiffCompression::PackBits)},
+    {"lzw", static_cast<int>(imageio::TiffCompression::Lzw)},
+    {"deflate", static_cast<int>(imageio::TiffCompression::Deflate)}};
 
-void AddWritingOptions(CLI::App& command, imageio::WriteOptions& options) {
+void AddWritingOptions(const Command& command, ApplyOptions& options) {
   command
-      .add_option(
-          "--quality", options.jpegQuality,
-          "Quality of JPEG, WebP, JPEG XL, AVIF and HEIF files; at 100 WebP, JPEG XL and AVIF "
-          "lose nothing")
-      ->check(CLI::Range(1, 100))
-      ->type_name("1..100")
-      ->capture_default_str();
-  command
-      .add_option("--compression", options.tiffCompression,
-                  "Of TIFF files, always without loss: none (the default, the fastest), packbits, "
-                  "lzw (half the size of a photograph), deflate (a little smaller)")
-      ->transform(CLI::CheckedTransformer(kCompressions).description(""))
-      ->type_name("KIND");
-  command.add_option("--png-level", options.pngLevel, "How hard PNG files are compressed")
-      ->check(CLI::Range(0, 9))
-      ->type_name("0..9")
-      ->capture_default_str();
+      .Take("--quality 1..100", options.writing.jpegQuality,
+            "Quality of JPEG, WebP, JPEG XL, AVIF and HEIF files; at 100 WebP, JPEG XL and AVIF "
+            "lose nothing")
+      .Between(1, 100)
+      .ShowDefault();
+  command.Choose("--compression KIND", kCompressions, options.compression,
+                 "Of TIFF files, always without loss: none (the default, the fastest), packbits, "
+                 "lzw (half the size of a photograph), deflate (a little smaller)");
+  command.Take("--png-level 0..9", options.writing.pngLevel, "How hard PNG files are compressed")
+      .Between(0, 9)
+      .ShowDefault();
 }
 
-void AddOptions(CLI::App& command, ApplyOptions& options) {
+void AddOptions(const Command& command, ApplyOptions& options) {
   AddChainOptions(command, options.chain);
   AddListOptions(command, options);
-  AddOutputOptions(command, options);
-  AddWritingOptions(command, options.writing);
+  AddOutputOptions(command, options.output);
+  AddWritingOptions(command, options);
   AddSizeOptions(command, options);
-  command.add_flag("--json", options.json, "Report on standard output as JSON");
-  command.add_flag("--json-lines", options.jsonLines,
-                   "Report each picture when it is finished: a line of JSON with its status, time "
-                   "and SHA-256 sum");
-  command.add_flag("--quiet", options.quiet, "Print nothing but errors");
-  command
-      .add_option("--limit", options.limit,
-                  "Refuse pictures of more pixels, and decoding of more than 20 times as much work "
-                  "(default 500M)")
-      ->type_name("PIXELS");
-  command
-      .add_option("INPUT", options.inputs,
-                  "Picture files; - for standard input, shared:ID for what fxbox share keeps")
-      ->type_name("");
+  command.Flag("--json", options.json, "Report on standard output as JSON");
+  command.Flag("--json-lines", options.jsonLines,
+               "Report each picture when it is finished: a line of JSON with its status, time "
+               "and SHA-256 sum");
+  command.Flag("--quiet", options.quiet, "Print nothing but errors");
+  command.Take("--limit PIXELS", options.limit,
+               "Refuse pictures of more pixels, and decoding of more than 20 times as much work "
+               "(default 500M)");
+  command.Take("INPUT", options.inputs,
+               "Picture files; - for standard input, shared:ID for what fxbox share keeps");
 }
 
 ApplyRequest RequestOf(const ApplyOptions& options, IAnimFilterCreator& creator) {
@@ -186,6 +154,7 @@ ApplyRequest RequestOf(const ApplyOptions& options, IAnimFilterCreator& creator)
   request.zoom = options.zoom;
   request.bandRows = options.bandRows;
   request.writing = options.writing;
+  request.writing.tiffCompression = static_cast<imageio::TiffCompression>(options.compression);
   request.takesDigests = options.jsonLines;
   request.chain = TakeChain(options.chain, creator);
   return request;
@@ -281,12 +250,12 @@ int Apply(const ApplyOptions& options) {
 
 }  // namespace
 
-void AddApplyCommand(CLI::App& program, Action& action) {
+void AddApplyCommand(const Command& program) {
   const auto options = std::make_shared<ApplyOptions>();
-  CLI::App* const command = program.add_subcommand("apply", "Apply a chain of filters to pictures");
-  AddOptions(*command, *options);
-  command->footer(ForShell(kExamples));
-  command->callback([options, &action] { action = [options] { return Apply(*options); }; });
+  const Command command = program.Add("apply", "Apply a chain of filters to pictures");
+  AddOptions(command, *options);
+  command.Footer(ForShell(kExamples));
+  command.Runs([options] { return Apply(*options); });
 }
 
 }  // namespace program

@@ -1,5 +1,4 @@
 // fxbox box: picture boxes, and any compound file.
-#include <CLI/CLI.hpp>
 #include <charconv>
 #include <fstream>
 #include <iostream>
@@ -187,8 +186,9 @@ class Faults {
 void CheckCompound(const std::string& name, Faults& faults) {
   const CompoundFile file(name);
   for (const auto& fault : platform::FindCompoundFaults(PathOf(name), kMostFaults)) {
-    const std::string other = fault.other.empty() ? "" : " " + ShownName(fault.other);
-    faults.Tell(fault.path.empty() ? name : ShownName(fault.path), fault.words + other);
+    std::string words = fault.words;
+    if (!fault.other.empty()) words.append(" ").append(ShownName(fault.other));
+    faults.Tell(fault.path.empty() ? name : ShownName(fault.path), words);
   }
   if (faults.Names().size() >= kMostFaults) throw FileError(name, "there are too many faults");
   const std::set<std::string> unread = faults.Names();
@@ -309,81 +309,72 @@ Action Guarded(std::function<int()> run) {
   };
 }
 
-using Options = std::shared_ptr<BoxOptions>;
-
 class Commands {
  public:
-  Commands(CLI::App& program, Action& chosen)
-      : action(chosen), box(program.add_subcommand("box", "Picture boxes and compound files")) {
-    box->require_subcommand(1);
-    box->footer(kExamples);
+  explicit Commands(const Command& program)
+      : box(program.Add("box", "Picture boxes and compound files")) {
+    box.Footer(kExamples);
   }
 
-  CLI::App* New(const char* name, const char* help, int (*run)(const BoxOptions&)) {
-    CLI::App* const command = box->add_subcommand(name, help);
-    Action& target = action;
-    command->callback([this_options = options, run, &target] {
-      target = Guarded([this_options, run] { return run(*this_options); });
-    });
+  Command New(const char* name, const char* help, int (*run)(const BoxOptions&)) {
+    const Command command = box.Add(name, help);
+    command.Runs(Guarded([given = options, run] { return run(*given); }));
     return command;
   }
 
   void AddReading() {
-    CLI::App* list = New("list", "List the pictures of a box", &List);
-    list->add_option("BOX", options->box)->required()->type_name("");
-    list->add_flag("--json", options->json, "As JSON");
-    CLI::App* tree = New("tree", "List everything in a compound file or folder", &Tree);
-    tree->add_option("FILE", options->box)->required()->type_name("");
-    tree->add_flag("--json", options->json, "As JSON");
-    CLI::App* info = New("info", "Tell all about a picture", &Info);
-    AddBoxAndName(*info);
-    info->add_flag("--json", options->json, "As JSON");
-    CLI::App* get = New("get", "Write a picture to a file", &Get);
-    AddBoxAndName(*get);
-    get->add_option("-o,--output", options->output,
-                    "File to write: png, pam, tif, jpg, bmp; raw: the stored bytes")
-        ->required()
-        ->type_name("OUT");
-    CLI::App* check = New("check", "Read everything and tell what is broken", &Check);
-    check->add_option("BOX", options->box)->required()->type_name("");
+    const Command list = New("list", "List the pictures of a box", &List);
+    list.Take("BOX", options->box).Required();
+    list.Flag("--json", options->json, "As JSON");
+    const Command tree = New("tree", "List everything in a compound file or folder", &Tree);
+    tree.Take("FILE", options->box).Required();
+    tree.Flag("--json", options->json, "As JSON");
+    const Command info = New("info", "Tell all about a picture", &Info);
+    TakeBoxAndName(info);
+    info.Flag("--json", options->json, "As JSON");
+    const Command get = New("get", "Write a picture to a file", &Get);
+    TakeBoxAndName(get);
+    get.Take("-o,--output OUT", options->output,
+             "File to write: png, pam, tif, jpg, bmp; raw: the stored bytes")
+        .Required();
+    const Command check = New("check", "Read everything and tell what is broken", &Check);
+    check.Take("BOX", options->box).Required();
   }
 
   void AddAdd() {
-    CLI::App* add = New("add", "Put picture files into a box, which is made as needed", &Add);
-    add->add_option("BOX", options->add.box)->required()->type_name("");
-    add->add_option("FILE", options->add.files)->required()->type_name("");
-    add->add_option("--name", options->add.name, "Name of the picture (default: the file's)");
-    add->add_flag("--native", options->native, "Keep the file itself");
-    add->add_flag("--encoded", options->encoded, "Keep a JPEG file and the mask beside it");
-    add->add_flag("--dib", options->dib, "Keep the pixels (the default)");
-    add->add_option("--at", options->at, "Position of the picture")->type_name("X,Y");
-    add->add_flag("--replace", options->add.replaces, "Take the place of a picture of this name");
+    const Command add = New("add", "Put picture files into a box, which is made as needed", &Add);
+    add.Take("BOX", options->add.box).Required();
+    add.Take("FILE", options->add.files).Required();
+    add.Take("--name TEXT", options->add.name, "Name of the picture (default: the file's)");
+    add.Flag("--native", options->native, "Keep the file itself");
+    add.Flag("--encoded", options->encoded, "Keep a JPEG file and the mask beside it");
+    add.Flag("--dib", options->dib, "Keep the pixels (the default)");
+    add.Take("--at X,Y", options->at, "Position of the picture");
+    add.Flag("--replace", options->add.replaces, "Take the place of a picture of this name");
   }
 
   void AddChanging() {
-    CLI::App* note = New("note", "Write the note of a picture", [](const BoxOptions& given) {
+    const Command note = New("note", "Write the note of a picture", [](const BoxOptions& given) {
       return NotePicture(given.box, given.name, given.second, given.block);
     });
-    AddBoxAndName(*note);
-    note->add_option("TEXT", options->second)->required()->type_name("");
-    note->add_option("--block", options->block, "File with the 36 bytes of the block")
-        ->type_name("FILE");
-    CLI::App* remove = New("delete", "Delete a picture and its note", [](const BoxOptions& given) {
+    TakeBoxAndName(note);
+    note.Take("TEXT", options->second).Required();
+    note.Take("--block FILE", options->block, "File with the 36 bytes of the block");
+    TakeBoxAndName(New("delete", "Delete a picture and its note", [](const BoxOptions& given) {
       return DeletePicture(given.box, given.name);
-    });
-    AddBoxAndName(*remove);
-    CLI::App* rename = New("rename", "Rename a picture and its note", [](const BoxOptions& given) {
-      return RenamePicture(given.box, given.name, given.second);
-    });
-    AddBoxAndName(*rename);
-    rename->add_option("NEW", options->second)->required()->type_name("");
-    CLI::App* copy = New("copy", "Copy a picture and its note into a box", &Copy);
-    AddBoxAndName(*copy);
-    copy->add_option("TARGETBOX", options->second)->required()->type_name("");
-    copy->add_option("NEWNAME", options->third)->type_name("");
-    copy->add_flag("--new", options->toNew, "In the new format (the default)");
-    copy->add_flag("--old", options->toOld, "In the old format");
-    copy->add_flag("--native", options->native, "As a plain file: a stored JPEG, otherwise PNG");
+    }));
+    const Command rename = New(
+        "rename", "Rename a picture and its note",
+        [](const BoxOptions& given) { return RenamePicture(given.box, given.name, given.second); });
+    TakeBoxAndName(rename);
+    rename.Take("NEW", options->second).Required();
+    const Command copy = New("copy", "Copy a picture and its note into a box", &Copy);
+    TakeBoxAndName(copy);
+    copy.Take("TARGETBOX", options->second).Required();
+    copy.Take("NEWNAME", options->third);
+    copy.Flag("--new", options->toNew, "In the new format (the default)");
+    copy.Flag("--old", options->toOld, "In the old format");
+    copy.Flag("--native", options->native, "As a plain file: a stored JPEG, otherwise PNG");
   }
 
  private:
@@ -395,20 +386,19 @@ class Commands {
         {given.box, given.name, given.second, given.third, given.toOld, given.native});
   }
 
-  void AddBoxAndName(CLI::App& command) {
-    command.add_option("BOX", options->box)->required()->type_name("");
-    command.add_option("NAME", options->name)->required()->type_name("");
+  void TakeBoxAndName(const Command& command) {
+    command.Take("BOX", options->box).Required();
+    command.Take("NAME", options->name).Required();
   }
 
-  Options options = std::make_shared<BoxOptions>();
-  Action& action;
-  CLI::App* box;
+  const std::shared_ptr<BoxOptions> options = std::make_shared<BoxOptions>();
+  const Command box;
 };
 
 }  // namespace
 
-void AddBoxCommand(CLI::App& program, Action& action) {
-  Commands commands(program, action);
+void AddBoxCommand(const Command& program) {
+  Commands commands(program);
   commands.AddReading();
   commands.AddAdd();
   commands.AddChanging();

@@ -1,6 +1,5 @@
 #include "program/ChainOptions.h"
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 
 #include "program/Host.h"
@@ -50,32 +49,21 @@ std::filesystem::path FolderOf(const ChainOptions& options) {
 
 }  // namespace
 
-void AddChainOptions(CLI::App& command, ChainOptions& options) {
-  command
-      .add_option("-c,--chain", options.chain,
-                  "Chain text such as ZNFilter.Sepia.1(Sepia=050)ZNFilter.Invert.1(Inversity=100); "
-                  "ZNFilter.GradCurves.1 takes a preset too: (@FILE.fp2)")
-      ->type_name("CHAIN");
-  command
-      .add_option("-f,--file", options.file,
-                  "File that holds the chain text, - for standard input; blanks and line ends "
-                  "between items are free, lines that begin with // are remarks")
-      ->type_name("FILE");
-  command.add_option("--open", options.open, "Marker ahead of an item's parameters")
-      ->type_name("MARKER")
-      ->capture_default_str();
-  command.add_option("--close", options.close, "Marker behind an item's parameters")
-      ->type_name("MARKER")
-      ->capture_default_str();
-  command
-      .add_option("--text", options.texts,
-                  "Any text, which becomes the Text of the chain's first filter that writes one "
-                  "(ZNFilter.Text.1, ZNFilter.WaterSign.1), percent-encoded; say it again for the "
-                  "next one. Without a chain: white letters in the middle of the picture")
-      ->allow_extra_args(false)
-      ->type_name("TEXT");
-  command.add_flag("--lenient", options.lenient,
-                   "Take the text as the library takes it: what it does not know, it skips");
+void AddChainOptions(const Command& command, ChainOptions& options) {
+  command.Take("-c,--chain CHAIN", options.chain,
+               "Chain text such as ZNFilter.Sepia.1(Sepia=050)ZNFilter.Invert.1(Inversity=100); "
+               "ZNFilter.GradCurves.1 takes a preset too: (@FILE.fp2)");
+  command.Take("-f,--file FILE", options.file,
+               "File that holds the chain text, - for standard input; blanks and line ends "
+               "between items are free, lines that begin with // are remarks");
+  command.Take("--open MARKER", options.open, "Marker ahead of an item's parameters").ShowDefault();
+  command.Take("--close MARKER", options.close, "Marker behind an item's parameters").ShowDefault();
+  command.Take("--text TEXT", options.texts,
+               "Any text, which becomes the Text of the chain's first filter that writes one "
+               "(ZNFilter.Text.1, ZNFilter.WaterSign.1), percent-encoded; say it again for the "
+               "next one. Without a chain: white letters in the middle of the picture");
+  command.Flag("--lenient", options.lenient,
+               "Take the text as the library takes it: what it does not know, it skips");
 }
 
 ChainText TakeChain(const ChainOptions& options, IAnimFilterCreator& creator) {

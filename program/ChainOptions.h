@@ -5,11 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "program/Command.h"
 #include "program/Host.h"
-
-namespace CLI {
-class App;
-}
 
 namespace program {
 
@@ -22,7 +19,7 @@ struct ChainOptions {
   std::vector<std::string> texts;  // UTF-8, for the filters that write texts
 };
 
-void AddChainOptions(CLI::App& command, ChainOptions& options);
+void AddChainOptions(const Command& command, ChainOptions& options);
 
 // The chain text for the library, checked unless the options are lenient, with the texts in it; a
 // text without a chain is one in the middle of the picture. A UsageError when there is neither,

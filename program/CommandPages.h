@@ -5,11 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "program/Commands.h"
-
-namespace CLI {
-class Option;
-}
+#include "program/Command.h"
 
 namespace program {
 
@@ -18,17 +14,13 @@ struct Page {
   std::string text;
 };
 
-// What --help shows of a command; what has no group is hidden from users.
-std::vector<const CLI::App*> ShownCommands(const CLI::App& command);
-bool IsShown(const CLI::Option& option);
-
 // One manual page a command, in the format of man.
-std::vector<Page> ManualPages(const CLI::App& program, const std::string& version);
+std::vector<Page> ManualPages(const CommandHelp& program, const std::string& version);
 
 // For bash, zsh and fish.
-std::vector<Page> Completions(const CLI::App& program);
+std::vector<Page> Completions(const CommandHelp& program);
 
-// The command that writes both, hidden from users, after all others were added.
-void AddPagesCommand(CLI::App& program, const std::string& version, Action& action);
+// The command that writes both, hidden from users.
+void AddPagesCommand(const Command& program, const std::string& version);
 
 }  // namespace program

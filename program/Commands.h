@@ -1,35 +1,26 @@
 // The commands of the program, one file each.
 #pragma once
 
-#include <functional>
-
-namespace CLI {
-class App;
-}
+#include "program/Command.h"
 
 namespace program {
 
-// What a command does once the command line is read; gives the exit status. UsageError means status
-// 2, any other exception status 1.
-using Action = std::function<int()>;
-
-// Each adds its command with options and help to the program; the command that the user chose sets
-// `action`. The command's options live as long as the action.
-void AddApplyCommand(CLI::App& program, Action& action);
-void AddFiltersCommand(CLI::App& program, Action& action);
-void AddDescribeCommand(CLI::App& program, Action& action);
-void AddTextCommand(CLI::App& program, Action& action);
-void AddTextKeyCommand(CLI::App& program, Action& action);
-void AddFontsCommand(CLI::App& program, Action& action);
-void AddCurveCommand(CLI::App& program, Action& action);
-void AddSizeCommand(CLI::App& program, Action& action);
-void AddModuleCommands(CLI::App& program, Action& action);
-void AddPictureCommand(CLI::App& program, Action& action);
-void AddShareCommand(CLI::App& program, Action& action);
-void AddConfigCommand(CLI::App& program, Action& action);
-void AddDialogCommand(CLI::App& program, Action& action);
-void AddLogCommand(CLI::App& program, Action& action);
-void AddBoxCommand(CLI::App& program, Action& action);
-void AddDragCommand(CLI::App& program, Action& action);
+// Each adds its command with options and help to the program.
+void AddApplyCommand(const Command& program);
+void AddFiltersCommand(const Command& program);
+void AddDescribeCommand(const Command& program);
+void AddTextCommand(const Command& program);
+void AddTextKeyCommand(const Command& program);
+void AddFontsCommand(const Command& program);
+void AddCurveCommand(const Command& program);
+void AddSizeCommand(const Command& program);
+void AddModuleCommands(const Command& program);
+void AddPictureCommand(const Command& program);
+void AddShareCommand(const Command& program);
+void AddConfigCommand(const Command& program);
+void AddDialogCommand(const Command& program);
+void AddLogCommand(const Command& program);
+void AddBoxCommand(const Command& program);
+void AddDragCommand(const Command& program);
 
 }  // namespace program

@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <initializer_list>
 #include <string_view>
@@ -15,26 +14,22 @@ std::string Joined(std::initializer_list<std::string_view> parts) {
 }
 
 // A command with the words that lead to it: "fxbox box list".
-struct Command {
+struct Called {
   std::string words;
-  const CLI::App* app;
+  const CommandHelp* help;
 };
 
-void Collect(const CLI::App& app, const std::string& words, std::vector<Command>& all) {
-  all.push_back({words, &app});
-  for (const CLI::App* sub : ShownCommands(app)) {
-    Collect(*sub, Joined({words, " ", sub->get_name()}), all);
+void Collect(const CommandHelp& help, const std::string& words, std::vector<Called>& all) {
+  all.push_back({words, &help});
+  for (const CommandHelp& sub : help.commands) {
+    Collect(sub, Joined({words, " ", sub.name}), all);
   }
 }
 
-std::vector<Command> AllCommands(const CLI::App& program) {
-  std::vector<Command> all;
-  Collect(program, program.get_name(), all);
+std::vector<Called> AllCommands(const CommandHelp& program) {
+  std::vector<Called> all;
+  Collect(program, program.name, all);
   return all;
-}
-
-bool IsOffered(const CLI::Option& option) {
-  return IsShown(option) && !option.get_positional();
 }
 
 // The first sentence or line, in single quotation marks of a shell.
@@ -52,46 +47,43 @@ struct Offer {
 };
 
 // Commands, then options by their names, and by their letters where those are wanted.
-std::vector<Offer> OffersOf(const CLI::App& app, bool withLetters) {
+std::vector<Offer> OffersOf(const CommandHelp& command, bool withLetters) {
   std::vector<Offer> offers;
-  for (const CLI::App* sub : ShownCommands(app)) {
-    offers.push_back({sub->get_name(), sub->get_description()});
-  }
-  for (const CLI::Option* option : app.get_options()) {
-    if (!IsOffered(*option)) continue;
-    const std::string meaning = option->get_description();
-    for (const std::string& name : option->get_lnames()) offers.push_back({"--" + name, meaning});
+  for (const CommandHelp& sub : command.commands) offers.push_back({sub.name, sub.description});
+  for (const OptionHelp& option : command.options) {
+    const std::string& meaning = option.description;
+    for (const std::string& name : option.names) offers.push_back({"--" + name, meaning});
     if (!withLetters) continue;
-    for (const std::string& name : option->get_snames()) offers.push_back({"-" + name, meaning});
+    for (const std::string& name : option.letters) offers.push_back({"-" + name, meaning});
   }
   return offers;
 }
 
 // The lines of a shell's case over the words of commands, each with what is done.
-std::string Case(const std::vector<Command>& commands, const char* indent,
-                 const std::function<std::string(const Command&)>& done) {
+std::string Case(const std::vector<Called>& commands, const char* indent,
+                 const std::function<std::string(const Called&)>& done) {
   std::string text;
-  for (const Command& command : commands) {
+  for (const Called& command : commands) {
     text += Joined({indent, ShellQuoted(command.words), ") ", done(command), " ;;\n"});
   }
   return text;
 }
 
 // The case that takes one word more for the command, where there is such a command.
-std::string CaseOfWords(const std::vector<Command>& commands, const char* indent) {
+std::string CaseOfWords(const std::vector<Called>& commands, const char* indent) {
   return Case({commands.begin() + 1, commands.end()}, indent,
-              [](const Command&) { return "called=\"$called $word\""; });
+              [](const Called&) { return "called=\"$called $word\""; });
 }
 
-std::string BashWords(const Command& command) {
+std::string BashWords(const Called& command) {
   std::string words;
-  for (const Offer& offer : OffersOf(*command.app, true)) {
+  for (const Offer& offer : OffersOf(*command.help, true)) {
     words += Joined({words.empty() ? "" : " ", offer.word});
   }
   return Joined({"words='", words, "'"});
 }
 
-std::string Bash(const std::vector<Command>& commands) {
+std::string Bash(const std::vector<Called>& commands) {
   return "# Completion of fxbox for bash.\n"
          "_fxbox() {\n"
          "  local current=\"${COMP_WORDS[COMP_CWORD]}\" called=fxbox word\n"
@@ -111,15 +103,15 @@ std::string Bash(const std::vector<Command>& commands) {
 }
 
 // Words with what they mean, "word:meaning" each.
-std::string ZshWords(const Command& command) {
+std::string ZshWords(const Called& command) {
   std::string words;
-  for (const Offer& offer : OffersOf(*command.app, false)) {
+  for (const Offer& offer : OffersOf(*command.help, false)) {
     words += Joined({" ", ShellQuoted(Joined({offer.word, ":", offer.meaning}))});
   }
   return Joined({"offered=(", words, " )"});
 }
 
-std::string Zsh(const std::vector<Command>& commands) {
+std::string Zsh(const std::vector<Called>& commands) {
   return "#compdef fxbox\n"
          "local called=fxbox word\n"
          "local -a offered\n"
@@ -130,7 +122,7 @@ std::string Zsh(const std::vector<Command>& commands) {
 }
 
 // The condition under which a command's words are offered.
-std::string FishCondition(const Command& command) {
+std::string FishCondition(const Called& command) {
   if (command.words == "fxbox") return "__fish_use_subcommand";
   std::string words = command.words.substr(command.words.find(' ') + 1);
   std::string condition;
@@ -143,21 +135,20 @@ std::string FishCondition(const Command& command) {
   return condition;
 }
 
-std::string Fish(const std::vector<Command>& commands) {
+std::string Fish(const std::vector<Called>& commands) {
   std::string text = "# Completion of fxbox for fish.\n";
-  for (const Command& command : commands) {
+  for (const Called& command : commands) {
     const std::string front = Joined({"complete -c fxbox -n '", FishCondition(command), "'"});
-    for (const CLI::App* sub : ShownCommands(*command.app)) {
-      text +=
-          front + " -a " + sub->get_name() + " -d " + ShellQuoted(sub->get_description()) + "\n";
+    for (const CommandHelp& sub : command.help->commands) {
+      text += Joined({front, " -a ", sub.name, " -d ", ShellQuoted(sub.description), "\n"});
     }
-    for (const CLI::Option* option : command.app->get_options()) {
-      if (!IsOffered(*option)) continue;
+    for (const OptionHelp& option : command.help->options) {
+      if (option.IsArgument()) continue;
       text += front;
-      for (const std::string& name : option->get_snames()) text += Joined({" -s ", name});
-      for (const std::string& name : option->get_lnames()) text += Joined({" -l ", name});
-      if (option->get_expected_max() > 0) text += " -r";
-      text += Joined({" -d ", ShellQuoted(option->get_description()), "\n"});
+      for (const std::string& name : option.letters) text += Joined({" -s ", name});
+      for (const std::string& name : option.names) text += Joined({" -l ", name});
+      if (option.mostValues > 0) text += " -r";
+      text += Joined({" -d ", ShellQuoted(option.description), "\n"});
     }
   }
   return text;
@@ -165,8 +156,8 @@ std::string Fish(const std::vector<Command>& commands) {
 
 }  // namespace
 
-std::vector<Page> Completions(const CLI::App& program) {
-  const std::vector<Command> commands = AllCommands(program);
+std::vector<Page> Completions(const CommandHelp& program) {
+  const std::vector<Called> commands = AllCommands(program);
   return {{"completion/bash/fxbox", Bash(commands)},
           {"completion/zsh/_fxbox", Zsh(commands)},
           {"completion/fish/fxbox.fish", Fish(commands)}};

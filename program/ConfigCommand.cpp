@@ -1,9 +1,9 @@
 // fxbox config: the settings in the registry and in Sennet.ini.
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <sstream>
 
 #include "base/CodePage.h"
 #include "platform/PathText.h"
@@ -39,6 +39,13 @@ std::filesystem::path ProductFile() {
   return platform::CurrentServices().process->Program().parent_path() / "Tesmar.inf";
 }
 
+std::vector<std::string> SplitAtCommas(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<std::string> words;
+  for (std::string word; std::getline(stream, word, ',');) words.push_back(word);
+  return words;
+}
+
 // The settings that the options name: those of a product, or those in one file.
 class Settings {
  public:
@@ -57,7 +64,7 @@ class Settings {
     KvString parts[4];
     registry.GetRegistryInfo(parts[0], parts[1], parts[2], parts[3]);
     for (int i = 0; i < 3; ++i) {
-      if (!parts[i].IsEmpty()) productKey += "\\" + parts[i].ToStdString();
+      if (!parts[i].IsEmpty()) productKey.append("\\").append(parts[i].ToStdString());
     }
     prefix = parts[3].ToStdString();
   }
@@ -118,7 +125,7 @@ class Settings {
     if (options.product.empty() && options.file.empty()) {
       return registry.InitFromInf(Text(options.inf).c_str(), nullptr);
     }
-    std::vector<std::string> words = CLI::detail::split(options.product, ',');
+    std::vector<std::string> words = SplitAtCommas(options.product);
     if (options.product.empty()) words = {"fxbox", "", "", options.inf};
     if (words.size() != 4) {
       throw UsageError("--as: " + Quoted(options.product) + " is not COMPANY,PRODUCT,VERSION,ID");
@@ -183,54 +190,44 @@ class Settings {
 
 using Work = std::function<void(Settings&, const ConfigOptions&)>;
 
-void AddPart(CLI::App& config, Action& action, const char* name, const char* help, int least,
-             int most, const char* arguments, Work work) {
+void AddPart(const Command& config, const char* name, const char* help, int least, int most,
+             const char* arguments, Work work) {
   const auto options = std::make_shared<ConfigOptions>();
-  CLI::App* const command = config.add_subcommand(name, help);
+  const Command command = config.Add(name, help);
   if (most > 0) {
-    command->add_option("NAME", options->names, arguments)
-        ->required()
-        ->expected(least, most)
-        ->type_name("");
+    command.Take("NAME", options->names, arguments).Required().Words(least, most);
   }
-  command->add_flag("--user", options->user, "The settings of this user instead of all");
-  command->add_option("--file", options->file, "Another settings file (FILE.ini)")
-      ->type_name("FILE");
-  command
-      ->add_option("--inf", options->inf,
-                   "Section of Tesmar.inf that names the product (ZNGallery)")
-      ->type_name("SECTION");
-  command->add_option("--as", options->product, "Name the product here: COMPANY,PRODUCT,VERSION,ID")
-      ->type_name("WORDS");
-  command->footer(ForShell(kExamples));
-  command->callback([options, work = std::move(work), &action] {
-    if (options->names.size() < 3 && !options->file.empty() && options->names.size() == 1) {
-      throw CLI::ValidationError("KEY alone is in the registry, and --file names a file");
+  command.Flag("--user", options->user, "The settings of this user instead of all");
+  command.Take("--file FILE", options->file, "Another settings file (FILE.ini)");
+  command.Take("--inf SECTION", options->inf,
+               "Section of Tesmar.inf that names the product (ZNGallery)");
+  command.Take("--as WORDS", options->product, "Name the product here: COMPANY,PRODUCT,VERSION,ID");
+  command.Footer(ForShell(kExamples));
+  command.Runs([options, work = std::move(work)] {
+    if (options->names.size() == 1 && !options->file.empty()) {
+      throw UsageError(
+          "KEY alone is in the registry, and --file names a file (fxbox --help tells more)");
     }
-    action = [options, work] {
-      Settings settings(*options);
-      work(settings, *options);
-      return kDone;
-    };
+    Settings settings(*options);
+    work(settings, *options);
+    return kDone;
   });
 }
 
 }  // namespace
 
-void AddConfigCommand(CLI::App& program, Action& action) {
-  CLI::App* const config =
-      program.add_subcommand("config", "Read and change the settings of the product");
-  config->require_subcommand(1);
-  config->footer(ForShell(kExamples));
-  AddPart(*config, action, "get", "Print a setting", 1, 2, "[SECTION] KEY",
+void AddConfigCommand(const Command& program) {
+  const Command config = program.Add("config", "Read and change the settings of the product");
+  config.Footer(ForShell(kExamples));
+  AddPart(config, "get", "Print a setting", 1, 2, "[SECTION] KEY",
           [](Settings& settings, const ConfigOptions& options) {
             std::cout << base::ToUtf8(settings.Get(options.names)) << '\n';
           });
-  AddPart(*config, action, "set", "Change a setting", 2, 3, "[SECTION] KEY VALUE",
+  AddPart(config, "set", "Change a setting", 2, 3, "[SECTION] KEY VALUE",
           [](Settings& settings, const ConfigOptions& options) { settings.Set(options.names); });
-  AddPart(*config, action, "delete", "Delete a setting", 1, 2, "[SECTION] KEY",
+  AddPart(config, "delete", "Delete a setting", 1, 2, "[SECTION] KEY",
           [](Settings& settings, const ConfigOptions& options) { settings.Delete(options.names); });
-  AddPart(*config, action, "list", "Print all settings", 0, 0, "",
+  AddPart(config, "list", "Print all settings", 0, 0, "",
           [](Settings& settings, const ConfigOptions&) { settings.List(); });
 }
 

@@ -1,5 +1,4 @@
 // fxbox curve: presets of the gradation filter.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 
@@ -93,21 +92,17 @@ int Curve(const CurveOptions& options) {
 
 }  // namespace
 
-void AddCurveCommand(CLI::App& program, Action& action) {
+void AddCurveCommand(const Command& program) {
   const auto options = std::make_shared<CurveOptions>();
-  CLI::App* const command =
-      program.add_subcommand("curve", "Check, print and convert presets of the gradation filter");
-  command
-      ->add_option("FILE", options->file,
-                   "Preset file, - for standard input, or the name of a preset in the folders")
-      ->type_name("");
-  command
-      ->add_option("-o,--output", options->output,
-                   "Write the preset as version 2; - for standard output")
-      ->type_name("FILE");
-  command->add_flag("--list", options->list, "List the user's and the supplied presets");
-  command->footer(ForShell(kExamples));
-  command->callback([options, &action] { action = [options] { return Curve(*options); }; });
+  const Command command =
+      program.Add("curve", "Check, print and convert presets of the gradation filter");
+  command.Take("FILE", options->file,
+               "Preset file, - for standard input, or the name of a preset in the folders");
+  command.Take("-o,--output FILE", options->output,
+               "Write the preset as version 2; - for standard output");
+  command.Flag("--list", options->list, "List the user's and the supplied presets");
+  command.Footer(ForShell(kExamples));
+  command.Runs([options] { return Curve(*options); });
 }
 
 }  // namespace program

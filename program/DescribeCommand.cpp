@@ -1,5 +1,4 @@
 // fxbox describe: the keys of one filter class.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <memory>
@@ -106,13 +105,13 @@ int Describe(const DescribeOptions& options) {
 
 }  // namespace
 
-void AddDescribeCommand(CLI::App& program, Action& action) {
+void AddDescribeCommand(const Command& program) {
   const auto options = std::make_shared<DescribeOptions>();
-  CLI::App* const command = program.add_subcommand("describe", "Tell the keys of a filter");
-  command->add_option("PROGID", options->progId, "Name of the filter")->required()->type_name("");
-  command->add_flag("--json", options->json, "As JSON");
-  command->footer(ForShell(kExamples));
-  command->callback([options, &action] { action = [options] { return Describe(*options); }; });
+  const Command command = program.Add("describe", "Tell the keys of a filter");
+  command.Take("PROGID", options->progId, "Name of the filter").Required();
+  command.Flag("--json", options->json, "As JSON");
+  command.Footer(ForShell(kExamples));
+  command.Runs([options] { return Describe(*options); });
 }
 
 }  // namespace program

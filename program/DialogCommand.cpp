@@ -1,5 +1,4 @@
 // fxbox dialog: opens the dialog of a filter class by itself and prints its text on each change.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 
@@ -110,15 +109,15 @@ int RunDialog(const DialogOptions& options) {
 
 }  // namespace
 
-void AddDialogCommand(CLI::App& program, Action& action) {
+void AddDialogCommand(const Command& program) {
   const auto options = std::make_shared<DialogOptions>();
-  CLI::App* const command =
-      program.add_subcommand("dialog", "Open the dialog of a filter and print its text on changes");
-  command->add_option("item", options->item, "PROGID, or PROGID(TEXT) to begin with a text")
-      ->required();
-  command->add_flag("--once", options->once, "Close the dialog when it has been shown (a check)");
-  command->footer(kExamples);
-  command->callback([options, &action] { action = [options] { return RunDialog(*options); }; });
+  const Command command =
+      program.Add("dialog", "Open the dialog of a filter and print its text on changes");
+  command.Take("item TEXT", options->item, "PROGID, or PROGID(TEXT) to begin with a text")
+      .Required();
+  command.Flag("--once", options->once, "Close the dialog when it has been shown (a check)");
+  command.Footer(kExamples);
+  command.Runs([options] { return RunDialog(*options); });
 }
 
 }  // namespace program

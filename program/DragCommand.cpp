@@ -1,5 +1,4 @@
 // fxbox drag: the texts that stand for chains on the clipboard and in drags.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 
@@ -59,19 +58,17 @@ int RunDrag(const DragOptions& options) {
 
 }  // namespace
 
-void AddDragCommand(CLI::App& program, Action& action) {
+void AddDragCommand(const Command& program) {
   const auto options = std::make_shared<DragOptions>();
-  CLI::App* const command = program.add_subcommand(
+  const Command command = program.Add(
       "drag", "Print a chain as it is dragged and put on the clipboard, or read such a text");
-  AddChainOptions(*command, options->chain);
-  command->add_option("text", options->chain.chain, "The chain text, in place of -c")
-      ->type_name("CHAIN");
-  command->add_option("--second", options->second, "A text that goes along with the chain")
-      ->type_name("TEXT");
-  command->add_flag("--read", options->isReading,
-                    "Read a dragged text from standard input instead, with anything around it");
-  command->footer(ForShell(kExamples));
-  command->callback([options, &action] { action = [options] { return RunDrag(*options); }; });
+  AddChainOptions(command, options->chain);
+  command.Take("text CHAIN", options->chain.chain, "The chain text, in place of -c");
+  command.Take("--second TEXT", options->second, "A text that goes along with the chain");
+  command.Flag("--read", options->isReading,
+               "Read a dragged text from standard input instead, with anything around it");
+  command.Footer(ForShell(kExamples));
+  command.Runs([options] { return RunDrag(*options); });
 }
 
 }  // namespace program

@@ -1,5 +1,4 @@
 // fxbox filters: every filter class that the library knows or finds registered.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 
@@ -68,16 +67,16 @@ int ListAll(const FiltersOptions& options) {
 
 }  // namespace
 
-void AddFiltersCommand(CLI::App& program, Action& action) {
+void AddFiltersCommand(const Command& program) {
   const auto options = std::make_shared<FiltersOptions>();
-  CLI::App* const command = program.add_subcommand("filters", "List all filters");
-  command->add_flag("--json", options->json, "As JSON");
+  const Command command = program.Add("filters", "List all filters");
+  command.Flag("--json", options->json, "As JSON");
   // For the project's own documents, and so not in the help.
-  command->add_flag("--markdown", options->markdown)->group("");
-  command->add_flag("--glossary", options->glossary)->group("");
-  command->add_flag("--examples", options->examples)->group("");
-  command->footer(ForShell(kExamples));
-  command->callback([options, &action] { action = [options] { return ListAll(*options); }; });
+  command.Flag("--markdown", options->markdown).Hide();
+  command.Flag("--glossary", options->glossary).Hide();
+  command.Flag("--examples", options->examples).Hide();
+  command.Footer(ForShell(kExamples));
+  command.Runs([options] { return ListAll(*options); });
 }
 
 }  // namespace program

@@ -1,5 +1,4 @@
 // fxbox fonts: the families that texts can be written in.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -77,12 +76,12 @@ int ListFonts(const FontsOptions& options) {
 
 }  // namespace
 
-void AddFontsCommand(CLI::App& program, Action& action) {
+void AddFontsCommand(const Command& program) {
   const auto options = std::make_shared<FontsOptions>();
-  CLI::App* const command = program.add_subcommand("fonts", "List the fonts for texts");
-  command->add_flag("--json", options->json, "As JSON, with files");
-  command->footer(kExamples);
-  command->callback([options, &action] { action = [options] { return ListFonts(*options); }; });
+  const Command command = program.Add("fonts", "List the fonts for texts");
+  command.Flag("--json", options->json, "As JSON, with files");
+  command.Footer(kExamples);
+  command.Runs([options] { return ListFonts(*options); });
 }
 
 }  // namespace program

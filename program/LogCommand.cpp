@@ -1,5 +1,4 @@
 // fxbox log: where the trace log is, and its last lines.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <fstream>
 #include <iostream>
@@ -144,18 +143,15 @@ int PrintLog(const LogOptions& options) {
 
 }  // namespace
 
-void AddLogCommand(CLI::App& program, Action& action) {
+void AddLogCommand(const Command& program) {
   const auto options = std::make_shared<LogOptions>();
-  CLI::App* const command = program.add_subcommand("log", "Print the last lines of the trace log");
-  command->add_flag("--path", options->path, "Only where the log is");
-  command->add_option("-n,--lines", options->lines, "How many lines (20)")
-      ->check(CLI::Range(0, 1000000))
-      ->type_name("N");
-  command->add_flag("-f,--follow", options->follow, "Go on with new lines until it is interrupted");
-  command->add_option("--program", options->program, "The log of this program instead of fxbox")
-      ->type_name("NAME");
-  command->footer(ForShell(kExamples));
-  command->callback([options, &action] { action = [options] { return PrintLog(*options); }; });
+  const Command command = program.Add("log", "Print the last lines of the trace log");
+  command.Flag("--path", options->path, "Only where the log is");
+  command.Take("-n,--lines N", options->lines, "How many lines (20)").Between(0, 1000000);
+  command.Flag("-f,--follow", options->follow, "Go on with new lines until it is interrupted");
+  command.Take("--program NAME", options->program, "The log of this program instead of fxbox");
+  command.Footer(ForShell(kExamples));
+  command.Runs([options] { return PrintLog(*options); });
 }
 
 }  // namespace program

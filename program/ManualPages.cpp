@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 
@@ -28,87 +27,79 @@ std::string Title(std::string name) {
 }
 
 // "-o,--output FILE"
-std::string Heading(const CLI::Option& option) {
+std::string Heading(const OptionHelp& option) {
   std::string names;
-  for (const std::string& name : option.get_snames()) names += (names.empty() ? "-" : ", -") + name;
-  for (const std::string& name : option.get_lnames()) {
-    names += (names.empty() ? "--" : ", --") + name;
-  }
-  if (names.empty()) names = option.get_single_name();
+  for (const std::string& name : option.letters) names += (names.empty() ? "-" : ", -") + name;
+  for (const std::string& name : option.names) names += (names.empty() ? "--" : ", --") + name;
+  if (option.IsArgument()) names = option.argument;
   const std::string heading = "\\fB" + Plain(names) + "\\fR";
-  const bool takesValue = option.get_expected_max() > 0 && !option.get_positional();
-  const std::string type = option.get_type_name();
-  return takesValue && !type.empty() ? heading + " \\fI" + Plain(type) + "\\fR" : heading;
+  const bool takesValue = option.mostValues > 0 && !option.IsArgument();
+  return takesValue && !option.value.empty() ? heading + " \\fI" + Plain(option.value) + "\\fR"
+                                             : heading;
 }
 
-std::string Described(const CLI::Option& option) {
-  std::string text = ".TP\n" + Heading(option) + "\n" + Plain(option.get_description()) + "\n";
-  if (!option.get_default_str().empty()) {
-    text += "Default: " + Plain(option.get_default_str()) + ".\n";
-  }
+std::string Described(const OptionHelp& option) {
+  std::string text = ".TP\n" + Heading(option) + "\n" + Plain(option.description) + "\n";
+  if (!option.defaultText.empty()) text += "Default: " + Plain(option.defaultText) + ".\n";
   return text;
 }
 
-std::string Synopsis(const CLI::App& command, const std::string& called) {
+std::string Synopsis(const CommandHelp& command, const std::string& called) {
   std::string text = ".SH SYNOPSIS\n\\fB" + Plain(called) + "\\fR";
-  if (!command.get_subcommands([](const CLI::App*) { return true; }).empty()) {
-    text += " \\fICOMMAND\\fR";
-  }
+  if (!command.commands.empty()) text += " \\fICOMMAND\\fR";
   text += " [\\fIOPTION\\fR]...";
-  for (const CLI::Option* option : command.get_options()) {
-    if (!option->get_positional()) continue;
-    const std::string name = "\\fI" + Plain(option->get_single_name()) + "\\fR" +
-                             (option->get_expected_max() > 1 ? "..." : "");
-    text += option->get_required() ? " " + name : " [" + name + "]";
+  for (const OptionHelp& option : command.options) {
+    if (!option.IsArgument()) continue;
+    const std::string name =
+        "\\fI" + Plain(option.argument) + "\\fR" + (option.mostValues > 1 ? "..." : "");
+    text += option.isRequired ? " " + name : " [" + name + "]";
   }
   return text + "\n";
 }
 
-std::string Options(const CLI::App& command) {
+std::string Options(const CommandHelp& command) {
   std::string text;
-  for (const CLI::Option* option : command.get_options()) {
-    if (IsShown(*option)) text += Described(*option);
-  }
+  for (const OptionHelp& option : command.options) text += Described(option);
   return text.empty() ? text : ".SH OPTIONS\n" + text;
 }
 
-std::string Commands(const CLI::App& command, const std::string& page) {
+std::string Commands(const CommandHelp& command, const std::string& page) {
   std::string text;
-  for (const CLI::App* sub : ShownCommands(command)) {
-    const std::string name = page + "-" + sub->get_name();
-    text += ".TP\n\\fB" + Plain(name) + "\\fR(1)\n" + Plain(sub->get_description()) + "\n";
+  for (const CommandHelp& sub : command.commands) {
+    const std::string name = page + "-" + sub.name;
+    text += ".TP\n\\fB" + Plain(name) + "\\fR(1)\n" + Plain(sub.description) + "\n";
   }
   return text.empty() ? text : ".SH COMMANDS\n" + text;
 }
 
 // The examples, lines as they are.
-std::string Footer(const CLI::App& command) {
-  if (command.get_footer().empty()) return {};
-  return ".SH NOTES\n.nf\n" + Plain(command.get_footer()) + "\n.fi\n";
+std::string Footer(const CommandHelp& command) {
+  if (command.footer.empty()) return {};
+  return ".SH NOTES\n.nf\n" + Plain(command.footer) + "\n.fi\n";
 }
 
-void AddPages(const CLI::App& command, const std::string& page, const std::string& version,
+void AddPages(const CommandHelp& command, const std::string& page, const std::string& version,
               std::vector<Page>& pages) {
   std::string called = page;
   std::replace(called.begin(), called.end(), '-', ' ');
   std::string text = ".TH " + Title(page) + " 1 \"\" \"" + version + "\" \"User Commands\"\n";
-  text += ".SH NAME\n" + Plain(page) + " \\- " + Plain(command.get_description()) + "\n";
+  text += ".SH NAME\n" + Plain(page) + " \\- " + Plain(command.description) + "\n";
   text += Synopsis(command, called) + Commands(command, page) + Options(command) + Footer(command);
   text +=
       ".SH EXIT STATUS\n0: all is done. 1: an input failed, the others are done. 2: wrong use, "
       "nothing was read or written.\n";
   text += ".SH AUTHOR\n" + Plain(kAuthor) + "\n";
   pages.push_back({"man/" + page + ".1", text});
-  for (const CLI::App* sub : ShownCommands(command)) {
-    AddPages(*sub, page + "-" + sub->get_name(), version, pages);
+  for (const CommandHelp& sub : command.commands) {
+    AddPages(sub, page + "-" + sub.name, version, pages);
   }
 }
 
 }  // namespace
 
-std::vector<Page> ManualPages(const CLI::App& program, const std::string& version) {
+std::vector<Page> ManualPages(const CommandHelp& program, const std::string& version) {
   std::vector<Page> pages;
-  AddPages(program, program.get_name(), "fxbox " + version, pages);
+  AddPages(program, program.name, "fxbox " + version, pages);
   return pages;
 }
 

@@ -1,5 +1,4 @@
 // fxbox register and unregister: modules of third parties that bring filter classes.
-#include <CLI/CLI.hpp>
 #include <array>
 #include <cstdio>
 #include <filesystem>
@@ -85,22 +84,21 @@ int CallModule(const std::string& name, const char* function) {
   throw FileError(name, std::string(function) + " failed with " + code.data());
 }
 
-void AddModuleCommand(CLI::App& program, Action& action, const char* name, const char* help,
+void AddModuleCommand(const Command& program, const char* name, const char* help,
                       const char* function) {
   const auto module = std::make_shared<std::string>();
-  CLI::App* const command = program.add_subcommand(name, help);
-  command->add_option("MODULE", *module, "Shared object or DLL")->required()->type_name("");
-  command->footer(std::string("Example:\n  fxbox ") + name + " ./libmyfilters.so");
-  command->callback(
-      [module, function, &action] { action = [=] { return CallModule(*module, function); }; });
+  const Command command = program.Add(name, help);
+  command.Take("MODULE", *module, "Shared object or DLL").Required();
+  command.Footer(std::string("Example:\n  fxbox ") + name + " ./libmyfilters.so");
+  command.Runs([module, function] { return CallModule(*module, function); });
 }
 
 }  // namespace
 
-void AddModuleCommands(CLI::App& program, Action& action) {
-  AddModuleCommand(program, action, "register",
+void AddModuleCommands(const Command& program) {
+  AddModuleCommand(program, "register",
                    "Add the filters of another module for this user or machine", kRegister);
-  AddModuleCommand(program, action, "unregister",
+  AddModuleCommand(program, "unregister",
                    "Remove the filters of another module, also of one that is gone", kUnregister);
 }
 

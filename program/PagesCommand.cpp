@@ -1,5 +1,4 @@
 // fxbox pages: writes manual pages and completions, for those who make packages.
-#include <CLI/CLI.hpp>
 #include <fstream>
 #include <memory>
 
@@ -17,7 +16,7 @@ void Write(const std::filesystem::path& file, const std::string& text) {
   if (!stream.flush()) throw FileError(Utf8Of(file), "cannot be written");
 }
 
-int WritePages(const CLI::App& program, const std::string& version, const std::string& folder) {
+int WritePages(const CommandHelp& program, const std::string& version, const std::string& folder) {
   for (const auto& pages : {ManualPages(program, version), Completions(program)}) {
     for (const Page& page : pages) Write(PathOf(folder) / page.file, page.text);
   }
@@ -26,23 +25,12 @@ int WritePages(const CLI::App& program, const std::string& version, const std::s
 
 }  // namespace
 
-std::vector<const CLI::App*> ShownCommands(const CLI::App& command) {
-  return command.get_subcommands([](const CLI::App* sub) { return !sub->get_group().empty(); });
-}
-
-bool IsShown(const CLI::Option& option) {
-  return !option.get_group().empty();
-}
-
-void AddPagesCommand(CLI::App& program, const std::string& version, Action& action) {
+void AddPagesCommand(const Command& program, const std::string& version) {
   const auto folder = std::make_shared<std::string>();
-  CLI::App* const command =
-      program.add_subcommand("pages", "Write manual pages and completions into a folder");
-  command->group("");  // no matter of users
-  command->add_option("FOLDER", *folder, "Where to")->required()->type_name("");
-  command->callback([folder, &program, version, &action] {
-    action = [folder, &program, version] { return WritePages(program, version, *folder); };
-  });
+  const Command command = program.Add("pages", "Write manual pages and completions into a folder");
+  command.Hide();
+  command.Take("FOLDER", *folder, "Where to").Required();
+  command.Runs([folder, program, version] { return WritePages(program.Help(), version, *folder); });
 }
 
 }  // namespace program

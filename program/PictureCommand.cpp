@@ -1,5 +1,4 @@
 // fxbox picture: pictures as serialised streams.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -177,44 +176,35 @@ int Unpack(const UnpackOptions& options) {
   return kDone;
 }
 
-void AddPack(CLI::App& parent, Action& action) {
+void AddPack(const Command& picture) {
   const auto options = std::make_shared<PackOptions>();
-  CLI::App* const command =
-      parent.add_subcommand("pack", "Write a picture file as a serialised stream");
-  command->add_option("FILE", options->input, "Picture file")->required()->type_name("");
-  command->add_option("-o,--output", options->output, "Stream to write")
-      ->required()
-      ->type_name("OUT");
-  command
-      ->add_option("--values", options->values,
-                   "The four numbers of the host's (default: 0,0 and twice the width)")
-      ->type_name("A,B,C,D");
-  command->callback([options, &action] { action = [options] { return Pack(*options); }; });
+  const Command command = picture.Add("pack", "Write a picture file as a serialised stream");
+  command.Take("FILE", options->input, "Picture file").Required();
+  command.Take("-o,--output OUT", options->output, "Stream to write").Required();
+  command.Take("--values A,B,C,D", options->values,
+               "The four numbers of the host's (default: 0,0 and twice the width)");
+  command.Runs([options] { return Pack(*options); });
 }
 
-void AddUnpack(CLI::App& parent, Action& action) {
+void AddUnpack(const Command& picture) {
   const auto options = std::make_shared<UnpackOptions>();
-  CLI::App* const command =
-      parent.add_subcommand("unpack", "Write a serialised stream as a picture file");
-  command->add_option("IN", options->input, "Stream to read")->required()->type_name("");
+  const Command command = picture.Add("unpack", "Write a serialised stream as a picture file");
+  command.Take("IN", options->input, "Stream to read").Required();
   command
-      ->add_option("-o,--output", options->output,
-                   "Picture to write; PNG and PAM hold it exactly. - is a PAM")
-      ->required()
-      ->type_name("OUT");
-  command->add_flag("--quiet", options->quiet, "Print nothing but errors");
-  command->callback([options, &action] { action = [options] { return Unpack(*options); }; });
+      .Take("-o,--output OUT", options->output,
+            "Picture to write; PNG and PAM hold it exactly. - is a PAM")
+      .Required();
+  command.Flag("--quiet", options->quiet, "Print nothing but errors");
+  command.Runs([options] { return Unpack(*options); });
 }
 
 }  // namespace
 
-void AddPictureCommand(CLI::App& program, Action& action) {
-  CLI::App* const command =
-      program.add_subcommand("picture", "Turn pictures into serialised streams and back");
-  command->require_subcommand(1);
-  AddPack(*command, action);
-  AddUnpack(*command, action);
-  command->footer(kExamples);
+void AddPictureCommand(const Command& program) {
+  const Command picture = program.Add("picture", "Turn pictures into serialised streams and back");
+  AddPack(picture);
+  AddUnpack(picture);
+  picture.Footer(kExamples);
 }
 
 }  // namespace program

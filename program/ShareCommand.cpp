@@ -1,5 +1,4 @@
 // fxbox share: keeps a picture in shared memory.
-#include <CLI/CLI.hpp>
 #include <chrono>
 #include <iostream>
 #include <memory>
@@ -53,15 +52,15 @@ int Share(const ShareOptions& options) {
 
 }  // namespace
 
-void AddShareCommand(CLI::App& program, Action& action) {
+void AddShareCommand(const Command& program) {
   const auto options = std::make_shared<ShareOptions>();
-  CLI::App* const command = program.add_subcommand(
-      "share", "Keep a picture in memory that other programs share, until Ctrl-C");
-  command->add_option("PICTURE", options->input, "Picture file")->required()->type_name("");
-  command->add_option("--id", options->id, "What others find it by")->required()->type_name("ID");
-  command->add_flag("--quiet", options->quiet, "Print nothing but errors");
-  command->footer(kExamples);
-  command->callback([options, &action] { action = [options] { return Share(*options); }; });
+  const Command command =
+      program.Add("share", "Keep a picture in memory that other programs share, until Ctrl-C");
+  command.Take("PICTURE", options->input, "Picture file").Required();
+  command.Take("--id ID", options->id, "What others find it by").Required();
+  command.Flag("--quiet", options->quiet, "Print nothing but errors");
+  command.Footer(kExamples);
+  command.Runs([options] { return Share(*options); });
 }
 
 }  // namespace program

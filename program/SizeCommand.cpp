@@ -1,5 +1,4 @@
 // fxbox size: the size of the result, without rows.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 
@@ -35,20 +34,16 @@ int PrintSize(const SizeOptions& options) {
 
 }  // namespace
 
-void AddSizeCommand(CLI::App& program, Action& action) {
+void AddSizeCommand(const Command& program) {
   const auto options = std::make_shared<SizeOptions>();
-  CLI::App* const command =
-      program.add_subcommand("size", "Print the size of the result for a picture of size WxH");
-  AddChainOptions(*command, options->chain);
-  command->add_option("SIZE", options->size, "Size of the picture, WxH")->required()->type_name("");
-  command
-      ->add_option("--target", options->target, "Full-resolution size WxH to tell (default: SIZE)")
-      ->type_name("WxH");
-  command->add_option("--zoom", options->zoom, "Tell the filters this zoom")
-      ->check(CLI::Range(0.0001, 10000.0))
-      ->type_name("Z");
-  command->footer(ForShell(kExamples));
-  command->callback([options, &action] { action = [options] { return PrintSize(*options); }; });
+  const Command command =
+      program.Add("size", "Print the size of the result for a picture of size WxH");
+  AddChainOptions(command, options->chain);
+  command.Take("SIZE", options->size, "Size of the picture, WxH").Required();
+  command.Take("--target WxH", options->target, "Full-resolution size WxH to tell (default: SIZE)");
+  command.Take("--zoom Z", options->zoom, "Tell the filters this zoom").Between(0.0001, 10000.0);
+  command.Footer(ForShell(kExamples));
+  command.Runs([options] { return PrintSize(*options); });
 }
 
 }  // namespace program

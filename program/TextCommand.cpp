@@ -1,5 +1,4 @@
 // fxbox text: the chain text that the chain hands out after it took one.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 
@@ -37,15 +36,14 @@ int PrintText(const TextOptions& options) {
 
 }  // namespace
 
-void AddTextCommand(CLI::App& program, Action& action) {
+void AddTextCommand(const Command& program) {
   const auto options = std::make_shared<TextOptions>();
-  CLI::App* const command =
-      program.add_subcommand("text", "Print a chain text as the chain hands it out");
-  AddChainOptions(*command, options->chain);
-  command->add_flag("--active", options->active,
-                    "The parameters that pulls work with, instead of those that were set");
-  command->footer(ForShell(kExamples));
-  command->callback([options, &action] { action = [options] { return PrintText(*options); }; });
+  const Command command = program.Add("text", "Print a chain text as the chain hands it out");
+  AddChainOptions(command, options->chain);
+  command.Flag("--active", options->active,
+               "The parameters that pulls work with, instead of those that were set");
+  command.Footer(ForShell(kExamples));
+  command.Runs([options] { return PrintText(*options); });
 }
 
 }  // namespace program

@@ -1,5 +1,4 @@
 // fxbox text-key: any text as a parameter of a chain text.
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -36,18 +35,15 @@ int PrintKey(const TextKeyOptions& options) {
 
 }  // namespace
 
-void AddTextKeyCommand(CLI::App& program, Action& action) {
+void AddTextKeyCommand(const Command& program) {
   const auto options = std::make_shared<TextKeyOptions>();
-  CLI::App* const command =
-      program.add_subcommand("text-key", "Write any text as a parameter of a chain text");
-  command->add_option("LINE", options->lines, "The text, each argument a line")
-      ->required()
-      ->type_name("");
-  command->add_option("--key", options->key, "The parameter: Text, Font or Picture")
-      ->check(CLI::IsMember({"Text", "Font", "Picture"}))
-      ->capture_default_str();
-  command->footer(kExamples);
-  command->callback([options, &action] { action = [options] { return PrintKey(*options); }; });
+  const Command command = program.Add("text-key", "Write any text as a parameter of a chain text");
+  command.Take("LINE", options->lines, "The text, each argument a line").Required();
+  command.Take("--key TEXT", options->key, "The parameter: Text, Font or Picture")
+      .OneOf({"Text", "Font", "Picture"})
+      .ShowDefault();
+  command.Footer(kExamples);
+  command.Runs([options] { return PrintKey(*options); });
 }
 
 }  // namespace program
