@@ -25,12 +25,6 @@ void Tell(HRESULT status, const char* words, const char* name) {
   ZNDebugMonitor(kTopic, "\n");
 }
 
-// The share and lock codes stand here without their facility, so that only a denied access is
-// waited for; callers rely on a quick answer.
-bool IsHeldStream(HRESULT status) {
-  return status == STG_E_ACCESSDENIED || status == 0x20 || status == 0x21;
-}
-
 KvString FolderOf(const KvString& path) {
   const int at = path.ReverseFind('\\');
   return at < 0 ? path : path.Left(at);
@@ -121,7 +115,8 @@ IKvStream* KvStorage::OpenStream(const char* name, unsigned mode) {
       status = storage->CreateStream(wide.c_str(), stg::FlagsOf(mode), 0, 0, &stream);
     }
     if (SUCCEEDED(status)) return stg::WrapStream(stream);
-    if (!IsHeldStream(status)) {
+    // A shared or locked stream is not waited for: callers rely on a quick answer.
+    if (status != STG_E_ACCESSDENIED) {
       Tell(status, "", name);
       break;
     }

@@ -226,6 +226,15 @@ assert not file.parsing_issues, file.parsing_issues' | sort >found
   judge rename shots.box photo picture
   judge delete shots.box picture
   [ -s found ] || fail "nothing was found"
+  # A note without a picture, which another program has left, is nobody's.
+  run 0 box add left/ opaque.ppm --name one
+  run 0 box note left/ one old
+  cp left_kv/Pictures/one.inf left_kv/Pictures/two.inf
+  run 0 box note left/ one new
+  (cd left_kv && gsf createole ../left.box Pictures 2>/dev/null)
+  run 0 box rename left.box one two
+  run 0 box info left.box two
+  grep -q '^text	new$' stdout || fail "the note of another picture"
 }
 
 # Two pictures that have the same sectors read well and are told all the same; the box is left alone.
