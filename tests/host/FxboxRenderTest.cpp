@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -231,7 +232,7 @@ TEST(FxboxRender, ProgressRisesAndStops) {
   EXPECT_EQ(shares.told.size(), 2u);
 }
 
-// A blur that would take many seconds.
+// Blurs that would take many seconds, when the source has given all its rows.
 TEST(FxboxRender, AnotherThreadStopsIt) {
   std::vector<std::uint8_t> bytes(std::size_t{4000} * 3000 * 3, 77);
   const FxboxImage image{bytes.data(), 0, 4000, 3000, 3};
@@ -240,19 +241,23 @@ TEST(FxboxRender, AnotherThreadStopsIt) {
   options.stopper = stopper;
   std::atomic<bool> begun{false};
   options.context = &begun;
-  options.progress = [](void* context, double) {
-    *static_cast<std::atomic<bool>*>(context) = true;
+  options.progress = [](void* context, double share) {
+    if (share == 1) *static_cast<std::atomic<bool>*>(context) = true;
     return std::int32_t{1};
   };
   std::string chain;
-  for (int i = 0; i < 20; ++i) chain += "ZNFilter.BlurGauss.1(Radius=40.0)";
+  for (int i = 0; i < 20; ++i) chain += "ZNFilter.BlurSel.1(Radius=40.0)";
+  std::chrono::steady_clock::time_point stopped;
   std::thread other([&] {
     while (!begun) std::this_thread::yield();
+    stopped = std::chrono::steady_clock::now();
     FxboxStop(stopper);
   });
   const Outcome outcome = Render(image, chain.c_str(), &options);
+  const auto end = std::chrono::steady_clock::now();
   other.join();
   EXPECT_EQ(outcome.status, FXBOX_STOPPED) << outcome.error.message;
+  EXPECT_LT(end - stopped, std::chrono::seconds(5));
   // And every later one.
   Picture small(3);
   EXPECT_EQ(Render(small.Image(), kInvert, &options).status, FXBOX_STOPPED);

@@ -1,6 +1,6 @@
 #include "host/Pipeline.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <memory>
 
@@ -39,6 +39,36 @@ TEST_F(PipelineTest, AStoppedSourceIsNoticedBehindAFilter) {
     pipeline.Settle();
     MemoryPicture picture("result", 4, 3, true, true);
     EXPECT_FALSE(pipeline.Pull({0, 0, 4, 3}, 0, picture)) << text;
+  }
+}
+
+TEST_F(PipelineTest, BandsGiveTheRowsOfOnePull) {
+  const auto decode = [](const imageio::Rows& rows, const auto&) {
+    for (int i = 0; i < 36; ++i) rows.colour[i / 12][i % 12] = static_cast<BYTE>(7 * i);
+    return true;
+  };
+  for (const char* text : {"", "ZNFilter.Invert.1(Inversity=100)"}) {
+    Pipeline pipeline(*creator.Get(), SourceOf(decode));
+    pipeline.SetText({text});
+    pipeline.Settle();
+    int info[6] = {9, 9, 9, 9, 9, 9};
+    pipeline.Tail().GetInfo(&info[0], &info[1], &info[2], &info[3], &info[4], &info[5]);
+    EXPECT_THAT(info, testing::ElementsAre(4, 3, 0, 0, 4, 3));
+    for (const int band : {0, 1, 2, 99}) {
+      std::vector<double> shares;
+      MemoryPicture result("result", 3, 2, true, true);
+      EXPECT_TRUE(pipeline.Pull({1, 1, 3, 2}, band, result, [&](double share) {
+        shares.push_back(share);
+        return true;
+      }));
+      for (int i = 0; i < 18; ++i) {
+        const int given = 7 * (12 * (i / 9 + 1) + 3 + i % 9) % 256;
+        EXPECT_EQ(result.ColourRows()[i / 9][i % 9], *text ? 255 - given : given) << i;
+      }
+      EXPECT_EQ(shares, band == 1 ? (std::vector{0.5, 1.0}) : std::vector{1.0});
+      EXPECT_EQ(pipeline.Pull({1, 1, 3, 2}, band, result, [](double share) { return share == 1; }),
+                band != 1);
+    }
   }
 }
 

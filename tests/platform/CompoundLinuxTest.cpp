@@ -55,6 +55,24 @@ TEST_F(CompoundLinuxTest, StreamsSeekGrowShrinkAndOverwrite) {
   EXPECT_TRUE(ReadStream(Open(path), u"s") == expected);
 }
 
+TEST_F(CompoundLinuxTest, KeepsWhatIsSaidOfAStorage) {
+  const CLSID classId = {0x01020304, 0x0506, 0x0708, {9, 10, 11, 12, 13, 14, 15, 16}};
+  {
+    const StoragePtr root = Create(path);
+    const StoragePtr inner = CreateStorage(root, u"inner");
+    EXPECT_EQ(inner->SetClass(classId), S_OK);
+    EXPECT_EQ(inner->SetStateBits(0xA5A5A5A5, 0xFFFF0000), S_OK);
+    EXPECT_EQ(inner->SetStateBits(0x1234, 0x00FF), S_OK);
+    StreamPtr stream;
+    EXPECT_EQ(root->CreateStream(u"s", STGM_SHARE_EXCLUSIVE | 3, 0, 0, stream.Put()),
+              STG_E_INVALIDFLAG);
+  }
+  STATSTG stat = {};
+  ASSERT_EQ(OpenStorage(Open(path), u"inner")->Stat(&stat, STATFLAG_NONAME), S_OK);
+  EXPECT_EQ(stat.clsid, classId);
+  EXPECT_EQ(stat.grfStateBits, 0xA5A50034u);
+}
+
 // --- a long life against a model
 
 // Does one thing to the storage and to the model of it.
@@ -598,6 +616,9 @@ TEST_F(FaultTest, OneStreamsFaultIsItsOwn) {
       {EntryOf(u"large") + 120, 0x7FFFFFFF, "the stream is shorter than its size says"},
       {FatEntry(second), foreign, "the stream has the same sectors as"},
       {FatEntry(second), WordAt(48), "the stream has sectors of the file's tables"},
+      {FatEntry(second), WordAt(60), "the stream has sectors of the file's tables"},
+      {FatEntry(second), WordAt(76), "the stream has sectors of the file's tables"},
+      {FatEntry(second), WordAt(Entries()[0] + 116), "the stream has sectors of the file's tables"},
       {EntryOf(u"small") + 116, 0x00FFFFFF, "the stream's chain of sectors has no end"},
       {EntryOf(u"small") + 120, 4000, "the stream is shorter than its size says"},
   };

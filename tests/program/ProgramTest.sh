@@ -763,7 +763,7 @@ test_any_text() {
   error_is 'fxbox: no filter of the chain writes the text "two": ZNFilter.Text.1() at its end would'
   run 2 apply in.ppm
   run 2 drag --read --text one </dev/null
-  run 0 text -c 'unchecked, (ZNFilter.Text.1()' --lenient --text one
+  run 0 text -c '(ZNFilter.Nobody.1() unchecked, (ZNFilter.Text.1()' --lenient --text one
   grep -q 'Text=one' stdout || fail 'no text without the check'
   # A file after the text is a picture; without a chain the text alone is one.
   { printf 'P6\n200 200\n255\n'; head -c 120000 /dev/zero; } >in.ppm

@@ -175,6 +175,8 @@ TEST(SizeChains, CropsAskForPixelsThatExist) {
     SCOPED_TRACE(c.crop.name + " " + c.crop.text);
     Rig rig(Noise(40, 60, Masks::Noise, 1), MakeAll({c.crop}));
     rig.Prepare();
+    // Not before it is prepared.
+    rig.Filter().SetParameter("LeftMargin=0.3,BottomMargin=0.1,MarginL=0.3,MarginB=0.1", 1);
     GuardedRows rows(100, 100);
     EXPECT_EQ(rig.Pull(rows, c.asked), S_OK);
     EXPECT_EQ(rig.source->requests.back(), c.request);
