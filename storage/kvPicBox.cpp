@@ -298,14 +298,8 @@ void kvPicBox::TakeOldHead(FoundPicture& found) {
 // --- enumeration
 
 KvString kvPicBox::FindFirstPicture() {
-  KvString element;
-  unsigned attributes = 0;
-  for (enumerationStage = kStagePictures; enumerationStage < kStageDone; ++enumerationStage) {
-    IKvStorage* storage = storages[kEnumerationOrder[enumerationStage + 1]];
-    element.Empty();
-    if (storage && storage->FindFirst(element, attributes)) return element;
-  }
-  return {};
+  enumerationStage = kStagePictures;
+  return FirstFromStage();
 }
 
 KvString kvPicBox::FindNextPicture() {
@@ -314,9 +308,15 @@ KvString kvPicBox::FindNextPicture() {
   if (enumerationStage >= kStageDone) return {};
   IKvStorage* storage = storages[kEnumerationOrder[enumerationStage + 1]];
   if (storage && storage->FindNext(element, attributes)) return element;
-  for (++enumerationStage; enumerationStage < kStageDone; ++enumerationStage) {
-    storage = storages[kEnumerationOrder[enumerationStage + 1]];
-    element.Empty();
+  ++enumerationStage;
+  return FirstFromStage();
+}
+
+KvString kvPicBox::FirstFromStage() {
+  for (; enumerationStage < kStageDone; ++enumerationStage) {
+    KvString element;
+    unsigned attributes = 0;
+    IKvStorage* storage = storages[kEnumerationOrder[enumerationStage + 1]];
     if (storage && storage->FindFirst(element, attributes)) return element;
   }
   return {};

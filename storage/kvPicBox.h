@@ -202,6 +202,7 @@ class FXBOX_API kvPicBox {
   void TakeHead(picbox::FoundPicture& found);
   void TakeNewHead(picbox::FoundPicture& found);
   void TakeOldHead(picbox::FoundPicture& found);
+  KvString FirstFromStage();
 
   void LoadStored(picbox::FoundPicture& found, Bytes& picture, Bytes& mask, int preferredWidth,
                   int preferredHeight, std::int32_t* x, std::int32_t* y);

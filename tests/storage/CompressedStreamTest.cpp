@@ -148,10 +148,13 @@ TEST(BufferedStreams, EndWithTheLengthOfAStreamThatFails) {
 }
 
 TEST(BufferedStreams, WriteInLargePiecesAndTellOfAFullDisk) {
-  const std::string plain = MixedBytes(200000);
+  const std::string plain = MixedBytes(3 * 65536 + 1);
   MemoryStream target;
   BufferedWriter writer(target);
-  for (std::size_t at = 0; at < plain.size(); at += 100) writer.Write(plain.data() + at, 100);
+  for (std::size_t at = 0; at < plain.size(); at += 101) {
+    writer.Write(plain.data() + at,
+                 static_cast<unsigned>(std::min<std::size_t>(101, plain.size() - at)));
+  }
   EXPECT_TRUE(writer.Flush());
   EXPECT_EQ(target.bytes, plain);
   EXPECT_LE(target.writes, 4);

@@ -12,6 +12,7 @@
 #include "storage/KvPrivateStorage.h"
 #include "storage/KvSimpStorage.h"
 #include "storage/PictureNames.h"
+#include "storage/PictureStream.h"
 #include "storage/kvPicBox.h"
 #include "tests/platform/Support.h"
 #include "tests/storage/StorageSupport.h"
@@ -315,6 +316,12 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
   EXPECT_EQ(block.substr(0, 6), "V10000");
   const std::string stored = ReadAll(box.At(picbox::kPictures), "a.inf");
   EXPECT_EQ(stored, "KVQX" + Number(7) + std::string("a text\0", 7) + Number(36) + block);
+  Bytes note(stored.begin(), stored.end());
+  EXPECT_TRUE(picbox::IsWholeNote(note));
+  ++note[15];
+  EXPECT_FALSE(picbox::IsWholeNote(note)) << "a block of 37 bytes";
+  note = {stored.begin(), stored.end() - 1};
+  EXPECT_FALSE(picbox::IsWholeNote(note));
   std::string read(36, '\0');
   EXPECT_EQ(box.box->GetImageInfo("a", read.data()), "a text");
   EXPECT_EQ(read, block);
@@ -324,6 +331,7 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
        {std::string("KVQY") + stored.substr(4), std::string("KVQ"),
         "KVQX" + Number(0xFFFFFFFF) + "text", "KVQX" + Number(500) + stored.substr(8)}) {
     Put(box.At(picbox::kPictures), "a.inf", broken);
+    EXPECT_FALSE(picbox::IsWholeNote({broken.begin(), broken.end()}));
     EXPECT_EQ(box.box->GetImageInfo("a", read.data()), "");
   }
   EXPECT_EQ(read, block);
@@ -479,6 +487,40 @@ TEST(PictureBox, CopiesBecomeFilesWithoutLoss) {
   }
 }
 
+// A folder of plain files, as the source of a copy and as its target.
+TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
+  using testing_support::ReadFile;
+  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
+  const TemporaryFolder folder;
+  testing_support::WriteFile(folder / "a", jpeg);
+  testing_support::WriteFile(folder / "b.jpg", jpeg);
+  const auto open = [](const std::filesystem::path& path) {
+    return std::make_unique<kvPicBox>(platform::StoragePathOf(path).c_str(), true, false, true);
+  };
+  const auto source = open(folder.Path()), outside = open(folder / "new");
+  KvString ext = "jpg";
+  for (const bool newFormat : {false, true}) {
+    for (const char* name : {"a", "b"}) {
+      for (const bool toFolder : {false, true}) {
+        SCOPED_TRACE(testing::Message() << name << newFormat << toFolder);
+        Box to(toFolder);
+        EXPECT_TRUE(source->CopyImage(name, *to.box, "copy", newFormat, ext, true));
+        const bool isFile = toFolder && newFormat;
+        EXPECT_EQ(Names(to.At(picbox::kPictures)).back() == "copy.jpg", isFile);
+        EXPECT_EQ(to.box->OpenPicture(1, "copy", "jpg")->native, isFile);
+        EXPECT_EQ(to.Read("copy"), "picture");
+        EXPECT_TRUE(to.box->CopyImage("copy", *outside, "back", newFormat, ext, true));
+        EXPECT_EQ(ReadFile(folder / "new" / "back.jpg") == jpeg, isFile);
+        EXPECT_FALSE(source->CopyImage("absent", *to.box, "copy", newFormat, ext, true));
+      }
+      EXPECT_TRUE(source->CopyImage(name, *outside, "copy", newFormat, ext, true));
+      EXPECT_EQ(ReadFile(folder / "new" / "copy"), jpeg);
+      EXPECT_TRUE(outside->Delete("copy"));
+      EXPECT_FALSE(std::filesystem::exists(folder / "new" / "copy"));
+    }
+  }
+}
+
 TEST(PictureBox, FindsNamesAsTheyAreStored) {
   Box box;
   const Bytes picture = Bitmap(2, 2);
@@ -528,8 +570,11 @@ TEST(PictureBox, WithoutPicturesRefuses) {
     EXPECT_EQ(error->Code(), 0x88870004u);
     delete error;
   }
-  Box whole;
-  EXPECT_EQ(whole.box->AddFile("a", {}, {}, 0, 0, false, false, false), 0u);
-  EXPECT_EQ(whole.box->AddFile("PicMask", picture, {}, 0, 0, false, false, false), 0u);
-  EXPECT_EQ(whole.box->AddFile("a", picture, Mask(2, 2), 0, 0, false, false, false), 0u);
+  const std::tuple<const char*, Bytes, Bytes> refused[] = {
+      {"a", {}, {}}, {"PicMask", picture, {}}, {"a", picture, Mask(2, 2)}};
+  for (const auto& [name, colours, mask] : refused) {
+    Box whole;
+    EXPECT_EQ(whole.box->AddFile(name, colours, mask, 0, 0, false, false, false), 0u);
+    EXPECT_EQ(whole.box->HasFailed(), !colours.empty()) << "nothing to write is no failure";
+  }
 }
