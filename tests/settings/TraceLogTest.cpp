@@ -171,6 +171,12 @@ TEST_F(TraceLogTest, FindsItsFolderInTheSettings) {
   EXPECT_TRUE(logLies("now/Log"));
   WriteFile(data, "[ZN_#_Locations]\nLog=" + here + slash + "vanished\n");
   EXPECT_TRUE(logLies("registered"));
+  // Data that lies in no file of its own has not moved.
+  const std::string prefix = here + slash + "now" + slash + "data";
+  WriteFile(folder / "registered/Sennet.ini",
+            "[ZN_#_Datapaths]\nPath#=1\nActivePath=3\nPath3=" + prefix + "\n[" + prefix +
+                "_#_Locations]\nDataRoot=" + here + slash + "\nLog=" + here + slash + "Log\n");
+  EXPECT_TRUE(logLies("Log"));
 }
 
 TEST_F(TraceLogTest, SomeProgramsKeepNone) {
@@ -294,13 +300,25 @@ TEST_F(TraceLogTest, ALogThatIsNotThereIsIgnored) {
 
 TEST_F(TraceLogTest, TheMonitorShowsTopicsThatAreAskedFor) {
   Start();
-  WriteFile(folder / "ZNDebug.txt", "One two #Three Four\n#Five\r\nSix\n#");
+  WriteFile(folder / "ZNDebug.txt", "Old");
+  ZNDebugMonitor("Old", "%d", 5);
   EndDebugMonitor();
-  for (const char* topic : {"One", "two", "TWO", "Three", "Four", "Five", "Six", "#Three", ""}) {
+  const auto before = static_cast<std::ptrdiff_t>(Lines().size());
+  std::string most = "One two #Three Four\n#Five\r\nSix\n# ";
+  WriteFile(folder / "ZNDebug.txt", most);
+  for (const char* topic :
+       {"One", "two", "TWO", "Three", "Four", "Five", "Six", "#Three", "", "Old"}) {
     ZNDebugMonitor(topic, "%d", 5);
   }
   ZNDebugMonitor(nullptr, "x");
-  EXPECT_THAT(Lines(), ElementsAre(Front() + "One: 5", Front() + "two: 5", Front() + "Six: 5"));
+  std::vector<std::string> lines = Lines();
+  lines.erase(lines.begin(), lines.begin() + before);
+  EXPECT_THAT(lines, ElementsAre(Front() + "One: 5", Front() + "two: 5", Front() + "Six: 5"));
+  for (int i = 3; i < 498; ++i) most.append("\nsame");
+  WriteFile(folder / "ZNDebug.txt", most + " Last Beyond");
+  ZNDebugMonitor("Last", "%d", 5);
+  ZNDebugMonitor("Beyond", "%d", 5);
+  EXPECT_EQ(Lines().back(), Front() + "Last: 5");
   EXPECT_THAT(fakes.desktop.debugOutput,
               testing::IsSupersetOf({"One [ZNDeMon]: ", "5\n", "Six [ZNDeMon]: "}));
   ZNDebugMonitor("Six", "%s", std::string(5000, 'x').c_str());

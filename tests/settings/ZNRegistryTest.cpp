@@ -81,10 +81,14 @@ TEST_F(ZNRegistryTest, LearnsTheProductFromTheInf) {
   EXPECT_EQ(other.InitFromInf("P", nullptr), -8);
   WriteFile(folder / "Tesmar.inf", inf);
   EXPECT_EQ(other.InitFromInf("P", nullptr), -8);
+  KvString company, product, version, id;
+  WriteFile(folder / "Tesmar.inf", inf + "ShortId=" + std::string(600, 'B'));
+  EXPECT_EQ(other.InitFromInf("P", nullptr), 0);
+  EXPECT_TRUE(other.GetRegistryInfo(company, product, version, id));
+  EXPECT_EQ(id.GetLength(), 511);
   WriteFile(folder / "Tesmar.inf", inf + "ShortId=BX");
   EXPECT_EQ(other.InitFromInf("Q", nullptr), -8);
   EXPECT_EQ(other.InitFromInf("P", nullptr), 0);
-  KvString company, product, version, id;
   EXPECT_TRUE(other.GetRegistryInfo(company, product, version, id));
   EXPECT_EQ(company + "," + product + "," + version + "," + id, "Firm,Box,4,BX");
 }
@@ -184,6 +188,8 @@ TEST_F(ZNRegistryTest, WrongCallsGiveTheirCodes) {
   EXPECT_EQ(registry.Write("S", nullptr, "v"), -6);
   EXPECT_EQ(registry.Write("S", "k", static_cast<const char*>(nullptr)), -6);
   EXPECT_EQ(registry.Write("S", "k", "v\r\n[evil]"), -6);
+  EXPECT_EQ(registry.WriteKey(HKEY_CURRENT_USER, nullptr, "v", false), -6);
+  EXPECT_EQ(registry.WriteKey(HKEY_CURRENT_USER, "k", nullptr, false), -6);
   EXPECT_FALSE(fs::exists(ini));
   fs::create_directory(ini);
   EXPECT_EQ(registry.Write("S", "k", "v"), -7);
