@@ -21,8 +21,9 @@ enum class FieldKind { Integer, Flag, Real, PointReal, Hexadecimal, Text };
 
 // A value that a panel edits, or only shows.
 struct PanelField {
-  const char* key = "";           // "Sepia"
-  const char* printed = nullptr;  // its piece of a parameter text, "Sepia=%.3d"; null for none
+  const char* key = "";  // "Sepia"
+  // Its piece of a parameter text, "Sepia=%.3d", of a Text what stands before it; null for none.
+  const char* printed = nullptr;
   FieldKind kind = FieldKind::Integer;
   double start = 0;
 };

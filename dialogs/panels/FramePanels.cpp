@@ -109,8 +109,8 @@ constexpr PanelField kTextFields[] = {{"Bold", "Bold=%.1d", FieldKind::Flag},
                                       {"Red2", ",Red2=%.3d"},
                                       {"Green2", ",Green2=%.3d"},
                                       {"Blue2", ",Blue2=%.3d"},
-                                      {"Font", ",Font=%s", FieldKind::Text},
-                                      {"Text", ",Text=%s", FieldKind::Text}};
+                                      {"Font", ",Font=", FieldKind::Text},
+                                      {"Text", ",Text=", FieldKind::Text}};
 constexpr const char* kAlignments[] = {"IDS_TEXT_LEFT", "IDS_TEXT_CENTRE", "IDS_TEXT_RIGHT"};
 
 constexpr PanelRow TextAngleRow() {

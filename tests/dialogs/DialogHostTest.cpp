@@ -189,6 +189,7 @@ TEST_F(DialogHost, GoesOnTopInAModeAndReadsNothing) {
   EXPECT_TRUE(Window().isOnTop);
   EXPECT_EQ(Position("Strength"), 0);
   EXPECT_FALSE(IsMixed());
+  EXPECT_FALSE(Window().At(Window().ByName("Apply", ControlKind::Button)).isEnabled);
   TakeLog();
   Window().Slide(Slider("Strength"), 3);
   EXPECT_EQ(Log(), "messages 5 page=1 59925 9 4\nmessages 5 page=1 59926 9 4\n");

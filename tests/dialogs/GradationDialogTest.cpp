@@ -178,20 +178,35 @@ TEST_F(GradationDialog, LoadsSuppliedSetsAndTellsOfBrokenOnes) {
     good += "Count=  2\nSelected=  1\n#  1 (x, y)=  0,  9\n#  2 (x, y)=255,255\n";
   }
   testing_support::WriteFile(folders.factory / "good.fp2", good);
+  std::string old = "Gradation, Version 1\n";
+  for (int curve = 0; curve < 4; ++curve) {
+    old += "Anzahl=  2\nSelektierter=  1\n#  1 (x, y)=  0,  7\n#  2 (x, y)=255,255\n";
+  }
+  testing_support::WriteFile(folders.factory / "old.fp2", old);
   Make("ZNFilter.GradCurves.1");
   filter = Attach("nL=02");
   OpenDialog();
   const std::size_t windows = backend.WindowsMade();
-  EXPECT_EQ(Window().At(Presets()).items, (std::vector<std::string>{"bad", "good"}));
+  EXPECT_EQ(Window().At(Presets()).items, (std::vector<std::string>{"bad", "good", "old"}));
   backend.Post([&] { backend.LastWindow()->Press(toolkit::Key::Escape); });
   Window().Choose(Presets(), 0);
   EXPECT_EQ(backend.WindowsMade(), windows + 1) << "told in a window";
   EXPECT_TRUE(filter->given.empty());
   Window().Choose(Presets(), 1);
+  EXPECT_EQ(backend.WindowsMade(), windows + 1) << "nothing is asked";
   ASSERT_EQ(filter->given.size(), 1u);
   EXPECT_NE(filter->text.find("yG1=9, "), std::string::npos);
   EXPECT_NE(filter->text.find("Linear=1,YIQOn=1,"), std::string::npos);
   EXPECT_EQ(Window().At(Window().ByName("Channel", ControlKind::ComboBox)).value, 1);
+  // One of the first version is taken in any case.
+  Answer("No");
+  Window().Choose(Presets(), 2);
+  EXPECT_NE(filter->text.find("yG1=7, "), std::string::npos);
+  EXPECT_EQ(Content(folders.factory / "old.fp2"), old);
+  Window().Choose(Presets(), 1);
+  Answer("Yes");
+  Window().Choose(Presets(), 2);
+  EXPECT_TRUE(Content(folders.factory / "old.fp2").starts_with("Gradation, Version 2\n"));
 }
 
 }  // namespace
