@@ -26,7 +26,8 @@ void ResamplingFilter::SetOutput(Ratios newRatios, double width, double height) 
 
 // Of input and result the smaller one is kept. A result that is too large is refused before the
 // input takes memory. What the source answers is not looked at: an abort ends the computation, and
-// anything else is scaled as it came.
+// anything else is scaled as it came. A picture that cannot be enlarged gives an empty result,
+// which is given out and counts as stopped.
 bool ResamplingFilter::Rebuild() {
   const bool isLarger = IsLargerThanInput();
   const bool hasResult = isLarger ? MemoryPicture::CanHold(result.width, result.height)
@@ -39,7 +40,7 @@ bool ResamplingFilter::Rebuild() {
   }
   isOpen = done && isLarger;
   if (!isOpen) inputPicture.reset();
-  if (!done) outputPicture.reset();
+  if (!done && !(outputPicture && Clear(*outputPicture))) outputPicture.reset();
   return done;
 }
 

@@ -268,6 +268,32 @@ TEST(SizeChains, AllAtOnceEqualsItsParts) {
   }
 }
 
+// Fewer than three columns cannot be enlarged. The pull counts as stopped, but rows are given out
+// all the same, and empty: a filter behind that passes over its source's failure ends well.
+TEST(SizeChains, WhatIsTooNarrowGivesEmptyRows) {
+  const Link kWider{"Scale100", "HorizontalProz=200,VerticalProz=10,KeepProportions=0"};
+  for (const Link& enlarging :
+       {Link{"Scale100", "HorizontalProz=300,VerticalProz=300"}, kWider, kEnlarging}) {
+    SCOPED_TRACE(enlarging.name + " " + enlarging.text);
+    const Picture picture = Noise(2, 5, Masks::Noise, 7);
+    Rig alone(picture, MakeAll({enlarging}));
+    alone.Prepare();
+    const int width = alone.destination->width;
+    const int height = alone.destination->height;
+    const Picture nothing(width, height);
+    for (int pull = 0; pull < 2; ++pull) {
+      GuardedRows rows(width, height);
+      EXPECT_NE(alone.Pull(rows, {0, 0, 0, 0, width, height}), S_OK);
+      EXPECT_EQ(Difference(rows.Whole(), nothing), "");
+    }
+    Rig chain(picture, MakeAll({enlarging, {"BrightnessContrast", "Brightness=100"}}));
+    chain.Prepare();
+    GuardedRows rows(width, height);
+    EXPECT_EQ(chain.Pull(rows, {0, 0, 0, 0, width, height}), S_OK);
+    EXPECT_EQ(Difference(rows.Whole(), Uniform(width, height, 255, 255, 255, 255)), "");
+  }
+}
+
 // What a Commit makes of the numbers is no change, however often it is asked.
 TEST(SizeChains, APreparedChainIsQuiet) {
   const Link kPaper{"PrintPad", "ForceRatio=1,Landscape=0,AspectRatioX=4,AspectRatioY=3"};
