@@ -11,9 +11,31 @@ shift 2
 folder="$(mktemp -d)"
 out="$folder/out"
 host=0
-trap '[ $host = 0 ] || kill $host 2>/dev/null || true; rm -rf "$folder"' EXIT
 cd "$folder"
 export XDG_STATE_HOME="$folder/state" LOCALAPPDATA="$folder/state"
+
+# The desks of this walk, which alone have its folder in their environment: under a runner they are
+# no children of ours.
+desks() {
+  local process
+  for process in /proc/[0-9]*; do
+    if grep -qs '^fxbox-desk' "$process/comm" &&
+      grep -qszxF "XDG_STATE_HOME=$XDG_STATE_HOME" "$process/environ"; then
+      basename "$process"
+    fi
+  done
+}
+# Whatever happened, no window stays. The runner ends by itself once its program is gone.
+end() {
+  desks | xargs -r kill -9 2>/dev/null || true
+  for _ in $(seq 100); do
+    if [ $host = 0 ] || ! kill -0 $host 2>/dev/null; then break; fi
+    sleep 0.1
+  done
+  rm -rf "$folder"
+}
+trap end EXIT
+trap 'exit 1' HUP INT TERM
 
 fail() { echo "FAILED: $*" >&2; echo "the desk said:" >&2; tail -20 "$out" >&2; exit 1; }
 
@@ -141,7 +163,7 @@ sleep 0.5
 # What was not saved comes back after the end without a warning. The runner is not the program.
 if [ $# = 0 ]; then
   sleep 0.5
-  pkill -9 -P $host -x fxbox-desk || fail 'the desk is gone already'
+  desks | xargs kill -9 || fail 'the desk is gone already'
   wait $host 2>/dev/null || true
   seen=0
   start "$desk" --tell
