@@ -38,16 +38,21 @@ struct LetteringParameters {
 std::shared_ptr<const text::Overlay> MakeOverlay(const LetteringParameters& parameters,
                                                  const std::string& written, int width, int height);
 
+// Makes a row of P of a member of its base.
+template <class P>
+struct LetteringRow {
+  template <class Field>
+  ParameterRow<P> operator()(const char* key, const char* printed,
+                             Field LetteringParameters::*member, ParameterDescription more) const {
+    more.hasEquals = true;
+    return {key, printed, static_cast<Field P::*>(member), more};
+  }
+};
+
 // The rows of a struct that is LetteringParameters under the name of its class.
 template <class P>
 std::vector<ParameterRow<P>> LetteringRows(bool isWatermark) {
-  // Members of the base are members of P.
-  const auto row = [](const char* key, const char* printed, auto LetteringParameters::*member,
-                      ParameterDescription more) {
-    using Field = std::remove_reference_t<decltype(std::declval<P&>().*member)>;
-    more.hasEquals = true;
-    return ParameterRow<P>(key, printed, static_cast<Field P::*>(member), more);
-  };
+  constexpr LetteringRow<P> row;
   using L = LetteringParameters;
   std::vector<ParameterRow<P>> rows = {
       row("Bold", "Bold=%.1d", &L::bold, {.gloss = "bold letters"}),
