@@ -6,7 +6,8 @@
 // Sepia/24MP/threads2. Between two pulls the rows are inverted in place and set back with memcpy,
 // both timed, on one thread: the shares are the filter's speed beside theirs, by the quickest of
 // each over the run. Work on one thread is timed by its processor time. FXBOX_SIMD limits the
-// vector units, FXBOX_THREADS says for how many threads to measure: "1,2,8".
+// vector units, FXBOX_THREADS says for how many threads to measure: "1,2,8". `lent` is the speed
+// behind a source that lends its rows; the others are behind one that copies them.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -184,20 +185,27 @@ void RunFilter(benchmark::State& state, const Setting& setting, const PictureSiz
   MemoryPicture& limitRows = inPlace ? pull.Result() : rows;
   if (!limitRows.IsValid()) return state.SkipWithError("not enough memory");
 
-  std::vector<double> pulls, copies, inversions;
+  std::vector<double> pulls, lentPulls, copies, inversions;
+  const auto run = [&](bool lends, std::vector<double>& times) {
+    pull.SetLends(lends);
+    bool pulled = setting.again || pull.Prepare();
+    times.push_back(Seconds([&] { pulled = pulled && pull.Run(); }));
+    return pulled;
+  };
   Copy(pull.Picture(), limitRows, Planes::Both);
   for ([[maybe_unused]] auto _ : state) {
     const bool complete = Repeat([&] {
       inversions.push_back(Seconds([&] { Invert(limitRows, setting.planes); }));
       copies.push_back(Seconds([&] { Copy(pull.Picture(), limitRows, setting.planes); }));
-      bool pulled = setting.again || pull.Prepare();
-      pulls.push_back(Seconds([&] { pulled = pulled && pull.Run(); }));
-      return pulled;
+      return run(false, pulls) && (setting.again || run(true, lentPulls));
     });
     if (!complete) return state.SkipWithError("the pull stopped");
   }
   Report(state, pulls, size);
   state.counters["of_memcpy"] = Quickest(copies) / Quickest(pulls);
+  if (!lentPulls.empty()) {
+    state.counters["lent"] = size.width * 1e-6 * size.height / Quickest(lentPulls);
+  }
   state.counters["of_inversion"] = Quickest(inversions) / Quickest(pulls);
 }
 
@@ -279,9 +287,9 @@ void RegisterAll() {
 class SpeedTable final : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context&) override {
-    std::printf("vector units: %s\n%-44s %12s %10s %13s\n",
-                kernels::SimdLevelName(kernels::ActiveSimdLevel()), "", "million/s", "of memcpy",
-                "of inversion");
+    std::printf("vector units: %s\n%-44s %12s %10s %10s %13s\n",
+                kernels::SimdLevelName(kernels::ActiveSimdLevel()), "", "million/s", "lent",
+                "of memcpy", "of inversion");
     return true;
   }
   void ReportRuns(const std::vector<Run>& runs) override {
@@ -289,20 +297,20 @@ class SpeedTable final : public benchmark::BenchmarkReporter {
       if (run.error_occurred) {
         std::printf("%-44s %s\n", run.run_name.function_name.c_str(), run.error_message.c_str());
       } else {
-        std::printf("%-44s %12.1f %10s %13s\n", run.run_name.function_name.c_str(),
-                    run.counters.at("items_per_second") / 1e6, Share(run, "of_memcpy").c_str(),
-                    Share(run, "of_inversion").c_str());
+        std::printf("%-44s %12.1f %10s %10s %13s\n", run.run_name.function_name.c_str(),
+                    run.counters.at("items_per_second") / 1e6, Number(run, "lent", 1).c_str(),
+                    Number(run, "of_memcpy", 2).c_str(), Number(run, "of_inversion", 2).c_str());
       }
     }
     std::fflush(stdout);
   }
 
  private:
-  static std::string Share(const Run& run, const char* counter) {
+  static std::string Number(const Run& run, const char* counter, int digits) {
     const auto found = run.counters.find(counter);
     if (found == run.counters.end()) return "";
     char text[32];
-    std::snprintf(text, sizeof text, "%.2f", static_cast<double>(found->second));
+    std::snprintf(text, sizeof text, "%.*f", digits, static_cast<double>(found->second));
     return text;
   }
 };

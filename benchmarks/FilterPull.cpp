@@ -36,7 +36,8 @@ bool FilterPull::Append(IAnimFilterCreator& creator, const Item& item) {
   const auto parameter = ComPtr<IAnimFilterParameter>::Query(filter.Get());
   if (!parameter) return false;
   parameter->SetParameter(item.text.c_str(), 0);
-  filter->SetSource(filters.empty() ? static_cast<IUnknown*>(source.Get()) : filters.back().Get());
+  filter->SetSource(filters.empty() ? static_cast<IAnimFilterDestCallsThis*>(source.Get())
+                                    : static_cast<IUnknown*>(filters.back().Get()));
   rows = ComPtr<IAnimFilterDestCallsThis>::Query(filter.Get());
   filters.push_back(filter);
   return rows.Get() != nullptr;

@@ -28,6 +28,8 @@ class FilterPull {
   // The source tells a change each time, so that a filter that keeps its result computes it again.
   bool Prepare();
   bool Run();
+  // Whether the source lends its rows, from the next Run on.
+  void SetLends(bool lends) { source->SetLends(lends); }
 
  private:
   bool Append(IAnimFilterCreator& creator, const Item& item);

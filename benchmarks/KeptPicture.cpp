@@ -91,6 +91,14 @@ HRESULT KeptPicture::ReadRows(int destX, int destY, int srcX, int srcY, int widt
   return S_OK;
 }
 
+HRESULT KeptPicture::LendRows(int width, int height, const BYTE* const** colourRows,
+                              const BYTE* const** maskRows) {
+  if (!lends || width > picture.Width() || height > picture.Height()) return 1;
+  *colourRows = picture.ColourRows();
+  *maskRows = picture.MaskRows();
+  return S_OK;
+}
+
 HRESULT KeptPicture::Prepare(bool* changed, int* revision, bool) {
   if (destination) {
     destination->SetTargetSize(picture.Width(), picture.Height());

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/AnimInterfaces.h"
+#include "core/AnimRowLender.h"
 #include "picture/MemoryPicture.h"
 #include "platform/component/ComObject.h"
 #include "platform/component/ComPtr.h"
@@ -18,7 +19,8 @@ void Invert(MemoryPicture& picture, Planes planes);
 
 // A made picture with soft and noisy parts and a mask of all kinds, or opaque. Tells a change at
 // each Prepare. One thread.
-class KeptPicture final : public platform::ComObject<KeptPicture, IAnimFilterDestCallsThis> {
+class KeptPicture final
+    : public platform::ComObject<KeptPicture, IAnimFilterDestCallsThis, IAnimRowLender> {
  public:
   KeptPicture(int width, int height, bool isOpaque = false);
 
@@ -26,9 +28,14 @@ class KeptPicture final : public platform::ComObject<KeptPicture, IAnimFilterDes
   // A pull into these rows, each pixel to its own place, finds the picture there already and costs
   // nothing: what is timed is the filter alone. The caller keeps them filled and alive.
   void SetRowsThatHoldIt(const MemoryPicture& rows);
+  // Whether it lends its rows; otherwise they are copied.
+  void SetLends(bool newLends) { lends = newLends; }
 
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
+  HRESULT STDMETHODCALLTYPE LendRows(int width, int height, const BYTE* const** colourRows,
+                                     const BYTE* const** maskRows) override;
+  HRESULT STDMETHODCALLTYPE ReturnRows() override { return S_OK; }
   HRESULT STDMETHODCALLTYPE SetAbort(bool) override { return S_OK; }
   HRESULT STDMETHODCALLTYPE Prepare(bool* changed, int* revision, bool trackRevision) override;
   HRESULT STDMETHODCALLTYPE GetInfo(int* width, int* height, int* offsetX, int* offsetY,
@@ -40,6 +47,7 @@ class KeptPicture final : public platform::ComObject<KeptPicture, IAnimFilterDes
  private:
   MemoryPicture picture;
   BYTE** filledRows = nullptr;
+  bool lends = false;
   int lastRevision = 0;
   platform::ComPtr<IAnimFilterSrcCallsThis> destination;
 };

@@ -178,6 +178,7 @@ typedef struct IAnimHostPage IAnimHostPage;
 typedef struct IAnimHostMessages IAnimHostMessages;
 typedef struct IAnimHostDrag IAnimHostDrag;
 typedef struct IAnimRowReach IAnimRowReach;
+typedef struct IAnimRowLender IAnimRowLender;
 typedef struct AnimMessage {
   int32_t page, number;
   intptr_t first, second;
@@ -627,6 +628,31 @@ typedef struct IAnimRowReachVtbl {
 } IAnimRowReachVtbl;
 struct IAnimRowReach {
   const IAnimRowReachVtbl* lpVtbl;
+};
+
+/* The optional second interface of a source, be it a host's or a filter. A filter that must see the
+ * whole picture asks for it by QueryInterface at each pull, and reads the rows that it is lent;
+ * from a source without it, or one that does not lend, it has the picture copied with ReadRows. */
+static const GUID IID_IAnimRowLender = {0xECC3AF36, 0x5BB3, 0x4988, {0x8B, 0x9D, 0x87, 0xB8, 0x61, 0x5C, 0x3B, 0x93}};
+typedef struct IAnimRowLenderVtbl {
+  FXBOX_UNKNOWN_SLOTS(IAnimRowLender)
+  /* Lends what ReadRows would deliver for the rectangle (0, 0, width, height): *colourRows and
+   * *maskRows become arrays of `height` pointers to rows of `width` pixels or more, in the order
+   * and layout of ReadRows. Nobody writes to them. Several may point to one row: a picture without
+   * transparent places can lend one mask row of zeros for all.
+   *
+   * 0: arrays and rows stay there, unchanged, until ReturnRows, and count as delivered. 1: the
+   * source does not lend now, as the rows are not in its memory or it has been told to stop; it is
+   * asked with ReadRows instead, and so it is after a failure.
+   *
+   * Called on the thread that pulls, as ReadRows is. Several threads may then read the rows. */
+  HRESULT(FXBOX_CALL* LendRows)(IAnimRowLender* self, int width, int height, const uint8_t* const** colourRows, const uint8_t* const** maskRows);
+  /* The rows are given back: once for each LendRows that answered 0, on the same thread, before the
+   * pull ends that they were lent for. Until then it asks this source for no other rows. */
+  HRESULT(FXBOX_CALL* ReturnRows)(IAnimRowLender* self);
+} IAnimRowLenderVtbl;
+struct IAnimRowLender {
+  const IAnimRowLenderVtbl* lpVtbl;
 };
 /* clang-format on */
 /* --- end of the interfaces */

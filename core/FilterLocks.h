@@ -64,6 +64,8 @@ class FXBOX_API PullGate {
   // comes from within itself.
   bool Enter(const std::atomic<bool>& abort);
   void Leave();
+  // Whether the turn is that of the calling thread.
+  bool IsMine() const { return holder == std::this_thread::get_id(); }
   // Ends the waiting, once the abort flag is set.
   void Abort();
 

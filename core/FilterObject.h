@@ -9,6 +9,7 @@
 #include "base/Export.h"
 #include "base/KvString.h"
 #include "core/AnimInterfaces.h"
+#include "core/AnimRowLender.h"
 #include "core/AnimRowReach.h"
 #include "core/FilterClass.h"
 #include "core/FilterLocks.h"
@@ -18,7 +19,8 @@
 // class row makes one with a single reference; the last Release destroys it. Any thread.
 class FXBOX_API FilterObject
     : public platform::ComObject<FilterObject, IAnimFilter, IAnimFilterSrcCallsThis,
-                                 IAnimFilterDestCallsThis, IAnimFilterParameter, IAnimRowReach> {
+                                 IAnimFilterDestCallsThis, IAnimFilterParameter, IAnimRowReach,
+                                 IAnimRowLender> {
  public:
   // These four stand behind the slots of IAnimFilter, in this order.
   //

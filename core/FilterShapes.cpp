@@ -25,6 +25,10 @@ void CutAxis(int& dest, int& src, int& length, int size) {
   length = static_cast<int>(std::max<std::int64_t>(0, end - first));
 }
 
+base::RowView ViewOf(const MemoryPicture& picture) {
+  return {picture.ColourRows(), picture.MaskRows(), picture.Width(), picture.Height()};
+}
+
 void Announce(const BYTE* row, std::size_t bytes) {
   constexpr std::size_t kCacheLine = 64;
   for (std::size_t at = 0; at < bytes; at += kCacheLine) {
@@ -131,7 +135,7 @@ HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, i
     if (!source) return kPullStopped;
     const PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
     if (PassesNow()) return PassOn(rows);
-    const bool current = BringUpToDate();
+    const bool current = !std::exchange(hasFailedToLend, false) && BringUpToDate();
     if (AbortAnswersDone() && abort) return S_OK;
     if (!current && !(policy.givesOutFailures && HoldsResult())) return kPullStopped;
     PrepareCopy(rows);
@@ -172,33 +176,41 @@ HRESULT WholePictureFilter::PassOn(const PullRectangle& r) {
 }
 
 void WholePictureFilter::DropPictures() {
-  inputPicture.reset();
+  DropInput();
   outputPicture.reset();
   isOpen = false;
+}
+
+bool WholePictureFilter::HoldsAnswer() const {
+  if (isOpen) return true;
+  return policy.cache == Cache::OutputPicture ? outputPicture != nullptr
+                                              : givenIsLent || inputPicture;
+}
+
+base::RowView WholePictureFilter::Answer() const {
+  return policy.cache == Cache::OutputPicture ? ViewOf(*outputPicture) : given;
 }
 
 // After a failed rebuild the picture may be that of another result, or missing.
 bool WholePictureFilter::HoldsResult() const {
   if (isOpen) return true;
-  const MemoryPicture* const picture = Result();
-  return picture && picture->Width() - 2 * policy.frame >= result.width &&
-         picture->Height() - 2 * policy.frame >= result.height;
+  if (!HoldsAnswer()) return false;
+  const base::RowView rows = Answer();
+  return rows.width - 2 * frame >= result.width && rows.height - 2 * frame >= result.height;
 }
 
 bool WholePictureFilter::BringUpToDate() {
-  if ((isOpen || Result()) && !Changed()) return true;
-  if (!TakeState()) return false;
+  const bool isKept = HoldsAnswer() && !Changed();
+  if (!isKept && !TakeState()) return false;
   const bool selfBefore = selfChanged;
-  if (policy.flags == ChangeFlags::ClearedAtStart) ClearChanges();
-  bool rebuilt = false;
-  isOpen = false;
+  if (!isKept && policy.flags == ChangeFlags::ClearedAtStart) ClearChanges();
+  bool done = false;
   try {
-    finished.assign(static_cast<std::size_t>(result.height), 0);
-    rebuilt = Rebuild();
+    done = isKept ? RetakeInput() : RebuildAll();
   } catch (...) {
     // No memory, or a source that throws: the same as a source that failed.
   }
-  if (rebuilt) return true;
+  if (done) return true;
   if (policy.flags == ChangeFlags::ClearedAtStart) {
     if (selfBefore) selfChanged = true;
     sourceChanged = true;
@@ -208,12 +220,31 @@ bool WholePictureFilter::BringUpToDate() {
   return false;
 }
 
+bool WholePictureFilter::RebuildAll() {
+  isOpen = false;
+  finished.assign(static_cast<std::size_t>(result.height), 0);
+  return Rebuild();
+}
+
+// What was lent has gone with the pull that it was lent for.
+bool WholePictureFilter::RetakeInput() {
+  const bool isRead = isOpen || policy.cache == Cache::InputPicture;
+  if (!givenIsLent || !isRead) return true;
+  if (TakeInput()) return true;
+  isOpen = false;
+  return false;
+}
+
 bool WholePictureFilter::GiveOut(const PullRectangle& rectangle) {
   const PullRectangle cut = rectangle.CutTo(result.width, result.height);
   if (isOpen && IsAll(cut)) {
     return ComputeRows(cut.colourRows + cut.destY, cut.maskRows + cut.destY);
   }
-  return (!isOpen || Close()) && CopyOut(cut);
+  return CloseAll() && CopyOut(cut);
+}
+
+bool WholePictureFilter::CloseAll() {
+  return !isOpen || Close();
 }
 
 // All pixels of both planes, from column 0 of the caller's rows on.
@@ -227,28 +258,26 @@ bool WholePictureFilter::Close() {
       !ComputeRows(outputPicture->ColourRows(), outputPicture->MaskRows())) {
     return false;
   }
-  inputPicture.reset();
+  DropInput();
   isOpen = false;
   return true;
 }
 
 bool WholePictureFilter::CopyOut(const PullRectangle& cut) {
-  const MemoryPicture& from = *Result();
-  const int x = policy.frame + cut.srcX;
+  const base::RowView from = Answer();
+  const int x = frame + cut.srcX;
   return base::ForEachBand(cut.height, base::RowsPerBand(cut.width), [&](int first, int end) {
     constexpr int kTogether = 8;
     const base::RowWriter writer(cut.width, cut.height);
     const auto copy = [&](int i) {
-      const int y = policy.frame + cut.srcY + i;
-      CopyRow(from.ColourRows()[y] + base::ColourOffset(x), from.MaskRows()[y] + x, cut.Colour(i),
-              cut.Mask(i), cut.width, writer);
+      const int y = frame + cut.srcY + i;
+      CopyRow(from.colour[y] + base::ColourOffset(x), from.mask[y] + x, cut.Colour(i), cut.Mask(i),
+              cut.width, writer);
     };
     for (int last = end; last > first; last -= kTogether) {
       const int begin = std::max(first, last - kTogether);
       if (abort) return false;
-      for (int y = cut.srcY + begin; y < cut.srcY + last; ++y) {
-        if (!std::exchange(finished[static_cast<std::size_t>(y)], 1)) FinishRow(y);
-      }
+      FinishRows(cut.srcY + begin, cut.srcY + last);
       for (int i = last - 1; i >= begin; --i) {
         if (abort) return false;
         if (cut.width > 0) copy(i);
@@ -256,6 +285,32 @@ bool WholePictureFilter::CopyOut(const PullRectangle& cut) {
     }
     return true;
   });
+}
+
+void WholePictureFilter::FinishRows(int first, int end) {
+  for (int y = first; y < end; ++y) {
+    if (!std::exchange(finished[static_cast<std::size_t>(y)], 1)) FinishRow(y);
+  }
+}
+
+// A result that is kept as it is given out. One that could not be made is not tried again in the
+// pull that comes instead. The source has its rows back.
+std::optional<base::RowView> WholePictureFilter::Lend(int width, int height) {
+  if (PassesNow()) {
+    DropPictures();
+    return LendBorrowed(width, height);
+  }
+  if (policy.cache == Cache::InputPicture) return std::nullopt;
+  hasFailedToLend = !BringUpToDate();
+  if (hasFailedToLend || width > result.width || height > result.height) return std::nullopt;
+  hasFailedToLend = !CloseAll() || !ForRows(0, height, [this](int y) { FinishRows(y, y + 1); });
+  if (hasFailedToLend) {
+    selfChanged = true;
+    return std::nullopt;
+  }
+  borrowed = {};
+  if (policy.flags == ChangeFlags::ClearedAtEnd) ClearChanges();
+  return lentRows.Crop(ViewOf(*outputPicture), frame, frame, width, height);
 }
 
 void WholePictureFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
@@ -277,19 +332,39 @@ bool WholePictureFilter::Clear(MemoryPicture& picture) {
   });
 }
 
-HRESULT WholePictureFilter::PullInto(MemoryPicture& picture, int x, int y) {
-  return source->ReadRows(x, y, 0, 0, pulled.width, pulled.height, picture.ColourRows(),
-                          picture.MaskRows());
+void WholePictureFilter::DropInput() {
+  inputPicture.reset();
+  borrowed = {};
+  givenIsLent = false;
+}
+
+bool WholePictureFilter::BorrowInput() {
+  givenIsLent = Borrow(pulled.width, pulled.height);
+  if (givenIsLent) given = borrowed.Rows();
+  isGivenWhole = givenIsLent;
+  return givenIsLent;
+}
+
+bool WholePictureFilter::TakeInputOfSize(int width, int height) {
+  const bool goesOn = !abort;
+  if (width == pulled.width && height == pulled.height && BorrowInput()) {
+    inputPicture.reset();
+    return !policy.takesWhatComes || goesOn;
+  }
+  givenIsLent = false;
+  if (!EnsurePictures(width, height, 0, 0)) return false;
+  given = ViewOf(*inputPicture);
+  return PullInput(*inputPicture);
 }
 
 // The source hears of an abort by being asked. What it delivered needed no clearing.
 bool WholePictureFilter::PullInput(MemoryPicture& picture, int x, int y) {
-  Clear(picture);
-  return PullInto(picture, x, y) == S_OK;
+  const bool isClear = Clear(picture);
+  isGivenWhole = PullInto(picture, x, y) == S_OK;
+  return policy.takesWhatComes ? isClear : isGivenWhole;
 }
 
-bool WholePictureFilter::PullWhatComes(MemoryPicture& picture, int x, int y) {
-  const bool isClear = Clear(picture);
-  PullInto(picture, x, y);
-  return isClear;
+HRESULT WholePictureFilter::PullInto(MemoryPicture& picture, int x, int y) {
+  return source->ReadRows(x, y, 0, 0, pulled.width, pulled.height, picture.ColourRows(),
+                          picture.MaskRows());
 }

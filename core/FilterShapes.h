@@ -5,9 +5,11 @@
 #include <type_traits>
 #include <vector>
 
+#include "base/RowView.h"
 #include "base/RowWriter.h"
 #include "base/Rows.h"
 #include "base/Workers.h"
+#include "core/CroppedRows.h"
 #include "core/PdibFilter.h"
 
 // A rectangle of a pull as a filter works on it: row i of the rectangle starts at Colour(i),
@@ -129,14 +131,17 @@ class FXBOX_API RectangleFilter : public CPdibFilter {
 };
 
 // Derive from WholePictureFilter when no row can be given before the whole picture was seen. On the
-// first pull after a change the class fills the private picture that answers are copied from; all
-// later pulls are copies. A request is cut to the picture.
+// first pull after a change the class reads the source's picture, which is lent by a source that
+// can and copied to a picture of our own otherwise, and prepares what answers come from; later
+// pulls are answered from that. A request is cut to the picture.
 class FXBOX_API WholePictureFilter : public CPdibFilter {
  public:
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) final;
 
  protected:
+  // What answers are made of: rows of the result, which are finished (FinishRow) and copied, or the
+  // rows of the source's picture, which the class changes on their way out (CopyRow).
   enum class Cache { OutputPicture, InputPicture };
   enum class ChangeFlags {
     ClearedAtEnd,   // stay set until a pull is complete; a failed rebuild sets `selfChanged`
@@ -149,7 +154,8 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
     bool abortMarksChange = false;  // an abort while rows are given out sets `selfChanged`
     // A failed rebuild gives out what there is, and the pull counts as stopped all the same.
     bool givesOutFailures = false;
-    int frame = 0;  // pixels around the result in the picture that holds it
+    // Whatever the source answers, the class goes on with what came.
+    bool takesWhatComes = false;
   };
   WholePictureFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
 
@@ -166,13 +172,13 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   virtual void DropPictures();
   // Copies what Rebuild works with, at the moment of `pulled` and `result` and with the state held.
   virtual void TakeParameters() {}
-  // Fills the picture that answers come from, EnsurePictures included; false when it could not
+  // Prepares what answers come from, TakeInput and EnsurePictures included; false when it could not
   // (abort, failed source, no memory). Works with the sizes of `pulled` and `result`, and with
   // copies of the parameters.
   virtual bool Rebuild() = 0;
-  // A Rebuild that sets this keeps what the result is computed from, and leaves its rows open: they
-  // are computed straight into the rows of a caller who asks for all of them, and into
-  // the picture that answers from then on as soon as somebody asks for a part.
+  // A Rebuild that sets this leaves the rows of the result open: they are computed straight into
+  // the rows of a caller who asks for all of them, and into the picture that answers from then on
+  // as soon as somebody asks for a part.
   bool isOpen = false;
   // Computes all rows of the result; false when it could not.
   virtual bool ComputeRows(BYTE* const* /*colour*/, BYTE* const* /*mask*/) { return false; }
@@ -193,15 +199,30 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   // the middle of a pull. The picture that holds the result may be larger than `result` says.
   PictureInfo pulled;
   PictureInfo result;
+  int frame = 0;  // pixels around the result in the picture that holds it
 
-  // Pulls the source's whole input into `picture` with one call, its corner at (x, y). Gives the
-  // source's answer.
-  HRESULT PullInto(MemoryPicture& picture, int x, int y);
-  // Clears `picture` first. False when the pull stopped.
+  // Has the source's picture in `given`: what the source lends for the pull, or else
+  // `inputPicture`, cleared and filled. False when the source did not deliver all; of a class that
+  // takes what comes, when an abort left the picture uncleared. For Rebuild; a later pull that
+  // needs what was lent to a former one finds it taken again.
+  virtual bool TakeInput() { return TakeInputOfSize(pulled.width, pulled.height); }
+  // With room for a picture of this size, where that is another one than the source's.
+  bool TakeInputOfSize(int width, int height);
+  // For who has read it and needs it no more.
+  void DropInput();
+  // To be read, for Rebuild, ComputeRows and CopyRow.
+  base::RowView given;
+  bool isGivenWhole = false;  // whether the source delivered all of it
+  // Whether `given` belongs to the source, and lasts for the pull alone.
+  bool IsLent() const { return givenIsLent; }
+
+  // Has the source lend its picture for `given`. False when it does not.
+  bool BorrowInput();
+  // Clears `picture`, then pulls the source's whole input into it with one call, its corner at (x,
+  // y). Answers as TakeInput does.
   bool PullInput(MemoryPicture& picture, int x = 0, int y = 0);
-  // The same of a class that goes on with whatever came, or that shows what lies beside it: false
-  // only when an abort left the picture uncleared.
-  bool PullWhatComes(MemoryPicture& picture, int x = 0, int y = 0);
+  // The same without clearing. Gives the source's answer.
+  HRESULT PullInto(MemoryPicture& picture, int x, int y);
   // Colour 0 and mask 255, with abort tests; false when one stopped it.
   bool Clear(MemoryPicture& picture);
   // Calls work(y) for the rows `first` to first + count - 1, shared by the workers, with an abort
@@ -218,20 +239,27 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   }
 
  private:
-  const MemoryPicture* Result() const {
-    return policy.cache == Cache::OutputPicture ? outputPicture.get() : inputPicture.get();
-  }
+  std::optional<base::RowView> Lend(int width, int height) final;
+  bool HoldsAnswer() const;
+  base::RowView Answer() const;
   bool PassesNow();
   bool TakeState();
   HRESULT PassOn(const PullRectangle& rectangle);
   bool BringUpToDate();
+  bool RebuildAll();
+  bool RetakeInput();
+  bool CloseAll();
   bool HoldsResult() const;
   bool GiveOut(const PullRectangle& rectangle);
   bool IsAll(const PullRectangle& rectangle) const;
   bool CopyOut(const PullRectangle& cut);
+  void FinishRows(int first, int end);
 
   const Policy policy;
-  std::vector<char> finished;  // by row; no bits, as threads finish rows beside each other
+  bool givenIsLent = false;
+  CroppedRows lentRows;          // without the frame
+  bool hasFailedToLend = false;  // the pull that comes instead has failed already
+  std::vector<char> finished;    // by row; no bits, as threads finish rows beside each other
 };
 
 // Adds the parameters to a shape: `Parameters` is the struct that core/ParameterText.h describes.

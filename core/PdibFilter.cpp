@@ -230,6 +230,61 @@ HRESULT CPdibFilter::SetAbort(bool newAbort) {
   return status;
 }
 
+// --- lending
+
+bool CPdibFilter::BeginTurn() {
+  if (!gate.Enter(abort)) return false;
+  selfChangesSeen = selfChanged.Count();
+  sourceChangesSeen = sourceChanged.Count();
+  return true;
+}
+
+void CPdibFilter::EndTurn() {
+  borrowed = {};
+  gate.Leave();
+}
+
+HRESULT CPdibFilter::LendRows(int width, int height, const BYTE* const** colourRows,
+                              const BYTE* const** maskRows) {
+  constexpr HRESULT kNotNow = 1;
+  if (!colourRows || !maskRows) return E_POINTER;
+  Turn turn(*this);
+  if (!turn) return kNotNow;
+  std::optional<base::RowView> lent;
+  Guard([&] {
+    if (source && !abort) lent = Lend(width, height);
+    return S_OK;
+  });
+  if (!lent) return kNotNow;
+  *colourRows = lent->colour;
+  *maskRows = lent->mask;
+  isLending = true;
+  turn.Keep();
+  return S_OK;
+}
+
+HRESULT CPdibFilter::ReturnRows() {
+  if (!gate.IsMine() || !isLending) return E_UNEXPECTED;
+  isLending = false;
+  EndTurn();
+  return S_OK;
+}
+
+// What a former loan was for is done: the source lends once at a time.
+bool CPdibFilter::Borrow(int width, int height) {
+  borrowed = {};
+  borrowed = RowLoan(source.Get(), width, height);
+  return static_cast<bool>(borrowed);
+}
+
+std::optional<base::RowView> CPdibFilter::LendBorrowed(int width, int height) {
+  if (!Borrow(width, height)) return std::nullopt;
+  ClearChanges();
+  return borrowed.Rows();
+}
+
+// --- information
+
 HRESULT CPdibFilter::Prepare(bool* changed, int* consumerRevision, bool trackRevision) {
   return Guard([&] {
     if (source) {

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "core/FilterObject.h"
+#include "core/RowLoan.h"
 #include "picture/MemoryPicture.h"
 #include "platform/component/ComPtr.h"
 #include "platform/component/Guard.h"
@@ -101,6 +102,12 @@ class FXBOX_API CPdibFilter : public FilterObject {
   // changes, so that the next one does all the work.
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
+  // The destination borrows rows for a pull of its own, which counts as a pull of this filter until
+  // the rows are given back. Whether it lends, the class says (`Lend`).
+  HRESULT STDMETHODCALLTYPE LendRows(int width, int height, const BYTE* const** colourRows,
+                                     const BYTE* const** maskRows) override;
+  // E_UNEXPECTED where the calling thread has borrowed nothing.
+  HRESULT STDMETHODCALLTYPE ReturnRows() override;
   // The destination stops pulls, or allows them again, mostly from another thread than the one that
   // pulls. Passed on to the source first, then to the pull of this filter and to those that wait.
   HRESULT STDMETHODCALLTYPE SetAbort(bool newAbort) override;
@@ -128,6 +135,16 @@ class FXBOX_API CPdibFilter : public FilterObject {
   // abort does: kPullStopped.
   template <class Body>
   HRESULT RunPull(Body&& body);
+
+  // For pulls alone. Has the source lend all rows of a picture of this size, which are in
+  // `borrowed` until the pull ends. False when it does not.
+  bool Borrow(int width, int height);
+  // Rows of the result that `LendRows` lends, its picture being of this size at least; nothing
+  // where they are not in memory. Runs as a pull does, and nothing in it changes what it gave until
+  // that pull is over.
+  virtual std::optional<base::RowView> Lend(int /*width*/, int /*height*/) { return std::nullopt; }
+  // For Lend of a class that hands over its source's rows as they are.
+  std::optional<base::RowView> LendBorrowed(int width, int height);
 
   // For pulls alone. Provides the work pictures, under the process's picture lock. A picture is
   // kept when it is large enough and its area is not over four times what is asked, so it can be
@@ -166,23 +183,28 @@ class FXBOX_API CPdibFilter : public FilterObject {
   platform::ComPtr<IAnimFilterDestCallsThis> source;
   std::unique_ptr<MemoryPicture> inputPicture;  // the work pictures belong to the pull
   std::unique_ptr<MemoryPicture> outputPicture;
+  RowLoan borrowed;
 
  private:
   // A pull's turn, as long as it lives; none, and so false, after an abort.
   class Turn {
    public:
-    explicit Turn(CPdibFilter& pulled) : filter(pulled), has(pulled.gate.Enter(pulled.abort)) {}
+    explicit Turn(CPdibFilter& pulled) : filter(pulled), has(pulled.BeginTurn()) {}
     ~Turn() {
-      if (has) filter.gate.Leave();
+      if (has) filter.EndTurn();
     }
+    // Leaves the turn to who ends it.
+    void Keep() { has = false; }
     Turn(const Turn&) = delete;
     Turn& operator=(const Turn&) = delete;
     explicit operator bool() const { return has; }
 
    private:
     CPdibFilter& filter;
-    const bool has;
+    bool has;
   };
+  bool BeginTurn();
+  void EndTurn();
 
   // Makes what is pending or was told anew count. False when there was nothing.
   bool CommitWhatChanged();
@@ -192,6 +214,7 @@ class FXBOX_API CPdibFilter : public FilterObject {
   void PassInfoOn();
 
   PullGate gate;
+  bool isLending = false;                                    // belongs to the turn
   std::uint32_t selfChangesSeen = 0, sourceChangesSeen = 0;  // when the pull began
 };
 
@@ -199,8 +222,6 @@ template <class Body>
 HRESULT CPdibFilter::RunPull(Body&& body) {
   const Turn turn(*this);
   if (!turn) return kPullStopped;
-  selfChangesSeen = selfChanged.Count();
-  sourceChangesSeen = sourceChanged.Count();
   HRESULT result = kPullStopped;
   platform::Guard([&] {
     result = body();

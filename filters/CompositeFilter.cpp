@@ -165,6 +165,15 @@ HRESULT CompositeFilter::ReadRows(int destX, int destY, int srcX, int srcY, int 
   return Last().ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows);
 }
 
+HRESULT CompositeFilter::LendRows(int width, int height, const BYTE* const** colourRows,
+                                  const BYTE* const** maskRows) {
+  return Last().LendRows(width, height, colourRows, maskRows);
+}
+
+HRESULT CompositeFilter::ReturnRows() {
+  return Last().ReturnRows();
+}
+
 HRESULT CompositeFilter::SetAbort(bool newAbort) {
   return Last().SetAbort(newAbort);
 }

@@ -44,6 +44,9 @@ class CompositeFilter : public FilterObject {
 
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
+  HRESULT STDMETHODCALLTYPE LendRows(int width, int height, const BYTE* const** colourRows,
+                                     const BYTE* const** maskRows) override;
+  HRESULT STDMETHODCALLTYPE ReturnRows() override;
   HRESULT STDMETHODCALLTYPE SetAbort(bool newAbort) override;
   HRESULT STDMETHODCALLTYPE Prepare(bool* changed, int* consumerRevision,
                                     bool trackRevision) override;

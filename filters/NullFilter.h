@@ -19,4 +19,7 @@ class CNullFilter final : public CPdibFilter {
 
  private:
   std::optional<RowReach> Reach() override { return RowReach(); }
+  std::optional<base::RowView> Lend(int width, int height) override {
+    return LendBorrowed(width, height);
+  }
 };

@@ -14,6 +14,8 @@ namespace {
 // What a pull answers when its rows are not complete. Filters ask for a positive value.
 constexpr HRESULT kStopped = 1;
 
+constexpr HRESULT kNotLent = 1;
+
 // The rows from `first` on, each from the byte `offset` on. Row arrays that fit already are used as
 // they are, others are made in `room`.
 BYTE* const* Shifted(BYTE** rows, int first, int count, std::ptrdiff_t offset,
@@ -57,6 +59,16 @@ HRESULT PictureSource::ReadRows(int destX, int destY, int srcX, int srcY, int wi
     stopped = true;
     return kStopped;
   }
+  changed = false;
+  return S_OK;
+}
+
+HRESULT PictureSource::LendRows(int width, int height, const BYTE* const** colourRows,
+                                const BYTE* const** maskRows) {
+  const bool isHere = kept && width <= picture.size.width && height <= picture.size.height;
+  if (abort || !isHere) return kNotLent;
+  *colourRows = kept->ColourRows();
+  *maskRows = kept->MaskRows();
   changed = false;
   return S_OK;
 }

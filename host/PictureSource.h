@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "core/AnimInterfaces.h"
+#include "core/AnimRowLender.h"
 #include "host/RowWindow.h"
 #include "host/Sizes.h"
 #include "imageio/ImageFile.h"
@@ -28,11 +29,11 @@ struct SourcePicture {
 
 // A pull of the whole picture decodes straight into the caller's rows, without a copy here. Any
 // other pull, and a second whole one, decodes once into a kept picture and is served from it. A
-// request is cut to the picture; nothing outside is written.
+// request is cut to the picture; nothing outside is written. A kept picture is lent.
 //
 // Linking, Prepare and pulls are one thread's; SetAbort may come from any.
 class FXBOX_API PictureSource final
-    : public platform::ComObject<PictureSource, IAnimFilterDestCallsThis> {
+    : public platform::ComObject<PictureSource, IAnimFilterDestCallsThis, IAnimRowLender> {
  public:
   // Fills rows of the picture's size; false when `progress` stopped it. May throw.
   using Decode = std::function<bool(const imageio::Rows& rows, const imageio::Progress& progress)>;
@@ -55,6 +56,10 @@ class FXBOX_API PictureSource final
 
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
+  HRESULT STDMETHODCALLTYPE LendRows(int width, int height, const BYTE* const** colourRows,
+                                     const BYTE* const** maskRows) override;
+  // Kept rows stay: there is nothing to do.
+  HRESULT STDMETHODCALLTYPE ReturnRows() override { return S_OK; }
   HRESULT STDMETHODCALLTYPE SetAbort(bool newAbort) override;
   HRESULT STDMETHODCALLTYPE Prepare(bool* changed, int* consumerRevision,
                                     bool trackRevision) override;

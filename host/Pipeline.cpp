@@ -40,7 +40,7 @@ Pipeline::Pipeline(IAnimFilterCreator& filterCreator, platform::ComPtr<PictureSo
       destination(platform::ComPtr<PictureDestination>::Attach(new PictureDestination)) {
   creator.CreateChain(IAnimFilterChain::kIid, chain.PutVoid());
   if (!chain) throw std::runtime_error("the filter library makes no chain");
-  chain->SetSource(source.Get());
+  chain->SetSource(static_cast<IAnimFilterDestCallsThis*>(source.Get()));
   chain->SetDestination(destination.Get());
 }
 

@@ -10,7 +10,7 @@ import sys
 
 TREE = pathlib.Path(__file__).resolve().parent.parent
 HEADERS = ["core/AnimInterfaces.h", "core/AnimChain.h", "core/AnimIcon.h", "core/AnimDialog.h",
-           "core/AnimHost.h", "core/AnimRowReach.h"]
+           "core/AnimHost.h", "core/AnimRowReach.h", "core/AnimRowLender.h"]
 C_HEADER = TREE / "component/fxbox.h"
 IDL = TREE / "component/windows/Fxbox4.idl"
 BEGIN = "/* --- interfaces: made by scripts/interfaces.py */\n"
@@ -113,6 +113,7 @@ def comment_lines(comment, indent):
 def c_type(kind):
     replaced = {"REFIID": "const GUID*", "REFCLSID": "const GUID*", "AnimWindowHandle*": "void**",
                 "KvString*": "void*", "BYTE*": "uint8_t*", "BYTE**": "uint8_t**",
+                "const BYTE* const**": "const uint8_t* const**",
                 "DWORD": "uint32_t", "DWORD*": "uint32_t*", "IUnknown*": "void*"}
     if kind.rstrip("*") in SYSTEM_INTERFACES:
         return "void*"
@@ -151,7 +152,7 @@ def c_region(interfaces):
 def idl_type(kind):
     replaced = {"REFIID": "GUID*", "REFCLSID": "GUID*", "AnimWindowHandle*": "void**",
                 "KvString*": "void*", "bool": "boolean", "bool*": "boolean*", "BYTE*": "byte*",
-                "BYTE**": "byte**", "const char*": "LPSTR", "char*": "LPSTR", "char**": "LPSTR*",
+                "BYTE**": "byte**", "const BYTE* const**": "byte***", "const char*": "LPSTR", "char*": "LPSTR", "char**": "LPSTR*",
                 "intptr_t": "INT_PTR", "intptr_t*": "INT_PTR*", "const void*": "void*",
                 "uint32_t": "unsigned int", "const AnimMessage*": "AnimMessage*"}
     if kind.rstrip("*") in SYSTEM_INTERFACES:

@@ -81,10 +81,7 @@ void CAdoptColorFilter::TakeParameters() {
 }
 
 bool CAdoptColorFilter::Rebuild() {
-  if (!EnsurePictures(0, 0, result.width, result.height) || !PullInput(*outputPicture)) {
-    return false;
-  }
-  if (exBlit == 0 && !Measure()) return false;
+  if (!TakeInput() || (exBlit == 0 && !Measure())) return false;
   FillTable();
   return true;
 }
@@ -94,8 +91,7 @@ bool CAdoptColorFilter::Measure() {
   kernels::LightnessStatistics statistics;
   for (int y = 0; y < result.height; ++y) {
     if (abort) return false;
-    addLightness(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y], result.width,
-                 statistics);
+    addLightness(given.colour[y], given.mask[y], result.width, statistics);
   }
   const kernels::LightnessMap map = kernels::FitLightness(statistics, aim.lightness);
   lightA = map.factor;

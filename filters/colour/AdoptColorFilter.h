@@ -25,7 +25,7 @@ extern const FilterClass kAdoptColorClass;
 class CAdoptColorFilter final : public ParameterFilter<WholePictureFilter, AdoptColorParameters> {
  public:
   explicit CAdoptColorFilter(const FilterClass& row)
-      : ParameterFilter(row, {Cache::OutputPicture, ChangeFlags::ClearedAtStart}) {}
+      : ParameterFilter(row, {Cache::InputPicture, ChangeFlags::ClearedAtStart}) {}
 
   void Commit() override;
   HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;

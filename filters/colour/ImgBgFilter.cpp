@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/Guid.h"
+#include "filters/colour/ChangedCopy.h"
 #include "filters/colour/MaskColourParameters.h"
 #include "filters/pixels/PointKernelTable.h"
 
@@ -33,14 +34,13 @@ void CImgBgFilter::Commit() {
 
 // A source that stopped is not told apart: what it gave is composed, and the abort flag ends the
 // rows.
-bool CImgBgFilter::Rebuild() {
-  return EnsurePictures(result.width, result.height, 0, 0) && PullWhatComes(*inputPicture);
-}
-
-void CImgBgFilter::FinishRow(int y) {
-  kernels::Choose<kernels::PointKernelTable>().putBackground(
-      inputPicture->ColourRows()[y], inputPicture->MaskRows()[y], result.width,
-      {used.blue, used.green, used.red}, used.transparency);
+void CImgBgFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
+                           int width, const base::RowWriter&) {
+  const auto change = [this](BYTE* c, BYTE* m, int pixels) {
+    kernels::Choose<kernels::PointKernelTable>().putBackground(
+        c, m, pixels, {used.blue, used.green, used.red}, used.transparency);
+  };
+  CopyChanged(colour, mask, toColour, toMask, width, change);
 }
 
 HRESULT CImgBgFilter::ReadPixel(BYTE* pixel) {

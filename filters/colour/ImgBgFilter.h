@@ -19,15 +19,19 @@ extern const FilterClass kImgBgClass;
 class CImgBgFilter final : public ParameterFilter<WholePictureFilter, ImgBgParameters> {
  public:
   explicit CImgBgFilter(const FilterClass& row)
-      : ParameterFilter(row, {.cache = Cache::InputPicture, .abortMarksChange = true}) {}
+      : ParameterFilter(
+            row, {.cache = Cache::InputPicture, .abortMarksChange = true, .takesWhatComes = true}) {
+  }
 
   void Commit() override;
   HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;
 
  private:
   void TakeParameters() override { used = active; }
-  bool Rebuild() override;
-  void FinishRow(int y) override;
+  bool TakeInput() override { return TakeInputOfSize(result.width, result.height); }
+  bool Rebuild() override { return TakeInput(); }
+  void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask, int width,
+               const base::RowWriter& writer) override;
 
-  ImgBgParameters used;  // of the picture in the cache
+  ImgBgParameters used;  // of the picture that was taken last
 };

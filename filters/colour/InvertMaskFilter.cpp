@@ -1,6 +1,7 @@
 #include "filters/colour/InvertMaskFilter.h"
 
 #include "base/Guid.h"
+#include "filters/colour/ChangedCopy.h"
 #include "filters/colour/MaskColourParameters.h"
 #include "filters/pixels/PointKernelTable.h"
 
@@ -31,12 +32,10 @@ std::span<const ParameterRow<InvertMaskParameters>> InvertMaskParameters::Rows()
   return kMaskColourRows<InvertMaskParameters>;
 }
 
-bool CInvertMaskFilter::Rebuild() {
-  return EnsurePictures(0, 0, result.width, result.height) && PullInput(*outputPicture);
-}
-
-void CInvertMaskFilter::FinishRow(int y) {
-  ChangeRow(outputPicture->ColourRows()[y], outputPicture->MaskRows()[y], result.width, used);
+void CInvertMaskFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
+                                int width, const base::RowWriter&) {
+  CopyChanged(colour, mask, toColour, toMask, width,
+              [this](BYTE* c, BYTE* m, int pixels) { ChangeRow(c, m, pixels, used); });
 }
 
 HRESULT CInvertMaskFilter::ReadPixel(BYTE* pixel) {

@@ -19,14 +19,15 @@ extern const FilterClass kInvertMaskClass;
 class CInvertMaskFilter final : public ParameterFilter<WholePictureFilter, InvertMaskParameters> {
  public:
   explicit CInvertMaskFilter(const FilterClass& row)
-      : ParameterFilter(row, {Cache::OutputPicture, ChangeFlags::ClearedAtStart}) {}
+      : ParameterFilter(row, {Cache::InputPicture, ChangeFlags::ClearedAtStart}) {}
 
   HRESULT STDMETHODCALLTYPE ReadPixel(BYTE* pixel) override;
 
  private:
   void TakeParameters() override { used = active; }
-  bool Rebuild() override;
-  void FinishRow(int y) override;
+  bool Rebuild() override { return TakeInput(); }
+  void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask, int width,
+               const base::RowWriter& writer) override;
 
-  InvertMaskParameters used;  // of the picture in the cache
+  InvertMaskParameters used;  // of the picture that was taken last
 };

@@ -8,16 +8,23 @@ constexpr int kMostPixels = std::numeric_limits<int>::max() - 2;  // of a side, 
 
 }  // namespace
 
-// The picture is pulled to where the result shall lie, in a frame of one pixel that is as good as a
-// picture's own: a source that looks at the rows around its rectangle, or changes them, finds it
-// there. Whatever the source answers, it is convolved: a source that has nothing to deliver leaves
-// it blank.
+// What is not lent is pulled to where the result shall lie, in a frame of one pixel that is as good
+// as a picture's own: a source that looks at the rows around its rectangle, or changes them, finds
+// it there. Whatever the source answers, it is convolved: a source that has nothing to deliver
+// leaves it blank.
+bool ConvolutionFilter::TakeInput() {
+  const bool goesOn = !abort;
+  frame = BorrowInput() ? 0 : 1;
+  if (IsLent()) {
+    outputPicture.reset();
+    return goesOn;
+  }
+  return EnsurePictures(0, 0, result.width + 2, result.height + 2) &&
+         PullInput(*outputPicture, 1, 1);
+}
+
 bool ConvolutionFilter::Rebuild() {
-  const int width = result.width;
-  const int height = result.height;
-  if (width > kMostPixels || height > kMostPixels) return false;
-  if (!EnsurePictures(0, 0, width + 2, height + 2)) return false;
-  isOpen = PullWhatComes(*outputPicture, 1, 1);
+  isOpen = result.width <= kMostPixels && result.height <= kMostPixels && TakeInput();
   return isOpen;
 }
 
@@ -31,15 +38,16 @@ kernels::PictureRows ConvolutionFilter::Framed() const {
 }
 
 bool ConvolutionFilter::ComputeRows(BYTE* const* colour, BYTE* const* mask) {
-  return kernels::Convolve3x3(kernels::BlendKernel(table, usedStrength), Framed(),
-                              {1, 1, result.width, result.height},
+  const kernels::GivenRows picture = IsLent() ? kernels::GivenRows(given) : Framed();
+  return kernels::Convolve3x3(kernels::BlendKernel(table, usedStrength), picture, Inner(),
                               kernels::ResultRows{colour, mask}, abort);
 }
 
-// In place. What an abort leaves is of no use.
+// Our own copy in place. What an abort leaves of it is of no use.
 bool ConvolutionFilter::Close() {
-  isOpen = !kernels::Convolve3x3(kernels::BlendKernel(table, usedStrength), Framed(),
-                                 {1, 1, result.width, result.height}, abort);
+  if (IsLent()) return WholePictureFilter::Close();
+  isOpen =
+      !kernels::Convolve3x3(kernels::BlendKernel(table, usedStrength), Framed(), Inner(), abort);
   if (!isOpen) return true;
   DropPictures();
   selfChanged = true;

@@ -8,23 +8,25 @@
 #include "core/ParameterReaders.h"
 #include "filters/pixels/Convolution.h"
 
-// Keeps the whole picture, which is convolved into the rows of a caller who asks for all of them,
-// or in place, once, as soon as somebody asks for a part. What lies outside the picture or is
-// masked out counts as if it had the colour of the pixel beside it.
+// The whole picture is convolved into the rows of a caller who asks for all of them. As soon as
+// somebody asks for a part it is convolved once, a copy of our own in place. What lies outside the
+// picture or is masked out counts as if it had the colour of the pixel beside it.
 class ConvolutionFilter : public WholePictureFilter {
  protected:
   ConvolutionFilter(const FilterClass& row, const kernels::KernelTable& full)
-      : WholePictureFilter(row, {.frame = 1}), table(full) {}
+      : WholePictureFilter(row, {.takesWhatComes = true}), table(full) {}
 
   // In percent of the full kernel. Called with the state held.
   virtual double Strength() const = 0;
 
  private:
   void TakeParameters() override { usedStrength = Strength(); }
+  bool TakeInput() override;
   bool Rebuild() override;
   bool ComputeRows(BYTE* const* colour, BYTE* const* mask) override;
   bool Close() override;
   kernels::PictureRows Framed() const;
+  kernels::PictureArea Inner() const { return {frame, frame, result.width, result.height}; }
 
   const kernels::KernelTable& table;
   double usedStrength = 0;  // of the picture in the cache

@@ -146,13 +146,13 @@ void CPasspartoutFilter::TakeParameters() {
 // A source that stopped is not told apart, and may have left out anything: the abort flag ends the
 // rows.
 bool CPasspartoutFilter::Rebuild() {
-  if (!EnsurePictures(result.width, result.height, 0, 0)) return false;
+  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
   glaze =
       kernels::BuildGlazeTables({painted.blue, painted.green, painted.red}, painted.transparency);
-  const bool isClear = Clear(*inputPicture);
+  const bool isClear = Clear(*outputPicture);
   source->ReadRows(layout.x.place, layout.y.place, layout.x.source, layout.y.source,
-                   layout.x.length, layout.y.length, inputPicture->ColourRows(),
-                   inputPicture->MaskRows());
+                   layout.x.length, layout.y.length, outputPicture->ColourRows(),
+                   outputPicture->MaskRows());
   return isClear && !abort;
 }
 
@@ -160,7 +160,7 @@ void CPasspartoutFilter::FinishRow(int y) {
   if (y < layout.y.first) PaintTopBand(y);
   if (y > layout.y.last) PaintBottomBand(y);
   if (y >= layout.y.first && y <= layout.y.last) PaintBetween(y);
-  kernels::RoundCornersOfRow(inputPicture->MaskRows()[y], result.width, result.height,
+  kernels::RoundCornersOfRow(outputPicture->MaskRows()[y], result.width, result.height,
                              painted.radius, y);
 }
 
@@ -172,8 +172,8 @@ CPasspartoutFilter::Paint CPasspartoutFilter::PaintAlong(int border) const {
 
 void CPasspartoutFilter::PaintPart(Paint paint, int y, int from, int to) {
   if (from >= to) return;
-  BYTE* const colour = inputPicture->ColourRows()[y] + base::ColourOffset(from);
-  BYTE* const mask = inputPicture->MaskRows()[y] + from;
+  BYTE* const colour = outputPicture->ColourRows()[y] + base::ColourOffset(from);
+  BYTE* const mask = outputPicture->MaskRows()[y] + from;
   const int width = to - from;
   if (paint == Paint::Glaze) {
     kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, width, glaze);
@@ -207,7 +207,7 @@ void CPasspartoutFilter::PaintBetween(int y) {
   PaintPart(paint, y, 0, layout.x.first);
   PaintPart(paint, y, layout.x.last + 1, result.width);
   kernels::Choose<kernels::PointKernelTable>().putBackground(
-      inputPicture->ColourRows()[y] + base::ColourOffset(layout.x.first),
-      inputPicture->MaskRows()[y] + layout.x.first, layout.x.last - layout.x.first + 1,
+      outputPicture->ColourRows()[y] + base::ColourOffset(layout.x.first),
+      outputPicture->MaskRows()[y] + layout.x.first, layout.x.last - layout.x.first + 1,
       {painted.blue, painted.green, painted.red}, painted.transparency);
 }

@@ -47,7 +47,7 @@ extern const FilterClass kPasspartoutClass;
 class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, PasspartoutParameters> {
  public:
   explicit CPasspartoutFilter(const FilterClass& row)
-      : ParameterFilter(row, {Cache::InputPicture, ChangeFlags::ClearedAtEnd, true}) {}
+      : ParameterFilter(row, {.abortMarksChange = true}) {}
 
   bool IsDirty() override;
   void Commit() override;

@@ -58,7 +58,7 @@ class FramedRow {
 
   // Row y of the picture, from column x on, with the colours of the columns `columns`. A row
   // outside the picture does not count.
-  void Load(const PictureRows& picture, int x, int y, const Columns& columns,
+  void Load(const GivenRows& picture, int x, int y, const Columns& columns,
             const std::uint8_t* colours) {
     if (y < 0 || y >= picture.height) {
       SetNothing(-1, width + 1, base::kNothing);
@@ -147,14 +147,14 @@ const ConvolutionKernels& ConvolutionKernels::Plain() {
 namespace {
 
 // Which columns of the picture an area and the pixels on either side of it have.
-Columns ColumnsAround(const PictureArea& area, const PictureRows& picture) {
+Columns ColumnsAround(const PictureArea& area, const GivenRows& picture) {
   return {std::max(area.x - 1, 0), std::min(area.x + area.width + 1, picture.width)};
 }
 
 // Works on neighbouring rows of the area at a time.
 class Convolver {
  public:
-  Convolver(const Kernel3x3& blended, const PictureRows& convolved, const PictureArea& part)
+  Convolver(const Kernel3x3& blended, const GivenRows& convolved, const PictureArea& part)
       : kernel(blended), picture(convolved), area(part), columns(ColumnsAround(part, convolved)) {}
 
   // Convolves the rows from `begin` on to the one ahead of `end`, upwards by a step of 1 or
@@ -188,7 +188,7 @@ class Convolver {
 
  private:
   const Kernel3x3& kernel;
-  const PictureRows& picture;
+  const GivenRows picture;
   const PictureArea& area;
   const Columns columns;
 };
@@ -214,7 +214,7 @@ bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const Pict
   });
 }
 
-bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
+bool Convolve3x3(const Kernel3x3& kernel, const GivenRows& picture, const PictureArea& area,
                  const ResultRows& result, const std::atomic<bool>& abort) {
   if (area.width < 1 || area.height < 1) return true;
   const Convolver convolver(kernel, picture, area);

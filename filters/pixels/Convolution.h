@@ -63,7 +63,7 @@ struct ResultRows {
 
 // The same into rows elsewhere, masks included, from the last row of the area, or of each of the
 // workers' bands, to the first. The picture, which has masks, stays. Rows are whole or untouched.
-bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
+bool Convolve3x3(const Kernel3x3& kernel, const GivenRows& picture, const PictureArea& area,
                  const ResultRows& result, const std::atomic<bool>& abort);
 
 }  // namespace kernels

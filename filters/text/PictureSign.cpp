@@ -106,10 +106,6 @@ LastRead& Signs() {
   return signs;
 }
 
-kernels::Raster RasterOf(const MemoryPicture& picture) {
-  return {picture.ColourRows(), picture.MaskRows(), picture.Width(), picture.Height()};
-}
-
 Picture CopyOf(const MemoryPicture& picture) {
   Picture copy = NewPicture(picture.Width(), picture.Height());
   for (int y = 0; y < picture.Height(); ++y) {
@@ -127,8 +123,10 @@ Picture ScaledTo(int height, const MemoryPicture& picture) {
   Picture scaled = NewPicture(std::max<std::int64_t>(width, 1), height);
   scaled->Clear();
   const std::atomic<bool> never{false};
-  if (!kernels::Resample(RasterOf(picture), RasterOf(*scaled), {.ratioX = ratio, .ratioY = ratio},
-                         never)) {
+  if (!kernels::Resample(
+          {picture.ColourRows(), picture.MaskRows(), picture.Width(), picture.Height()},
+          {scaled->ColourRows(), scaled->MaskRows(), scaled->Width(), scaled->Height()},
+          {.ratioX = ratio, .ratioY = ratio}, never)) {
     throw SignError("the picture is too narrow to be enlarged");
   }
   return scaled;

@@ -59,7 +59,7 @@ struct ChainRig {
     destination->AttachSource(nullptr);
   }
   void Link() {
-    chain->SetSource(source.Get());
+    chain->SetSource(source->Unknown());
     chain->SetDestination(destination.Get());
   }
   HRESULT Set(const std::string& text) {
@@ -131,11 +131,11 @@ TEST(PdibFilterChain, EndsMayComeInAnyOrder) {
   for (const int order : {0, 1, 2, 3}) {
     for (const std::string text : {"", "A(1)B(2)C(3)"}) {
       ChainRig test;
-      if (order & 1) test.chain->SetSource(test.source.Get());
+      if (order & 1) test.chain->SetSource(test.source->Unknown());
       if (order & 2) test.chain->SetDestination(test.destination.Get());
       EXPECT_EQ(test.Set(text), S_OK);
       EXPECT_EQ(test.EndsAreLinked(), order == 3 && text.empty());
-      if (!(order & 1)) test.chain->SetSource(test.source.Get());
+      if (!(order & 1)) test.chain->SetSource(test.source->Unknown());
       if (!(order & 2)) test.chain->SetDestination(test.destination.Get());
       EXPECT_EQ(test.EndsAreLinked(), text.empty());
       EXPECT_EQ(test.Names(), text.empty() ? "" : "A B C ");
@@ -173,8 +173,8 @@ TEST(PdibFilterChain, RefusesWhatIsNoFilterOrWouldMakeARing) {
   test.Link();
   test.Set("A(1)B(2)");
   EXPECT_EQ(test.chain->Insert(nullptr), E_FAIL);
-  EXPECT_EQ(test.chain->Insert(test.source.Get()), E_NOINTERFACE);
-  EXPECT_EQ(test.chain->InsertAt(0, test.source.Get()), E_NOINTERFACE);
+  EXPECT_EQ(test.chain->Insert(test.source->Unknown()), E_NOINTERFACE);
+  EXPECT_EQ(test.chain->InsertAt(0, test.source->Unknown()), E_NOINTERFACE);
   for (IAnimFilter* const own : test.Objects()) {
     EXPECT_EQ(test.chain->Insert(own), E_INVALIDARG);
     EXPECT_EQ(test.chain->InsertAt(0, own), E_INVALIDARG);
@@ -435,7 +435,7 @@ TEST(PdibFilterChain, LocksTheDestinationAroundChanges) {
   EXPECT_EQ(test.chain->TouchChain(1, 2), S_OK);
   test.chain->SetDestination(test.destination.Get());
   EXPECT_EQ(test.destination->TakeLocks(), "");
-  test.chain->SetSource(test.source.Get());
+  test.chain->SetSource(test.source->Unknown());
   test.Insert("A");
   test.Insert("B", 0);
   test.chain->SetChainTextLocked("B(1)", "(", ")", test.creator.Get());

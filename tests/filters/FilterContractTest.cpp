@@ -456,7 +456,7 @@ TEST_P(FilterContract, PullsOutOfTurnAreHarmless) {
   // Linked but never prepared: the sizes are 0. Then told sizes that cannot be.
   const auto source =
       platform::ComPtr<TestSource>::Attach(new TestSource(Noise(20, 10, Masks::Noise, 1)));
-  filter->SetSource(source.Get());
+  filter->SetSource(source->Unknown());
   source->AttachDestination(nullptr);
   for (const auto& [w, h] : {std::pair(0, 0), {-1, -1}, {0, 5}, {INT_MAX, INT_MAX}, {INT_MIN, 3}}) {
     pull();
@@ -772,7 +772,7 @@ TEST_P(FilterContract, PreparingDuringAPullIsHarmless) {
     test.source->onRow = nullptr;
     test.source->picture = later;
     test.source->revision++;
-    test.Filter().SetSource(test.source.Get());
+    test.Filter().SetSource(test.source->Unknown());
     Test fresh(*this, later);
     EXPECT_EQ(Difference(fresh.PullWhole(), test.PullWhole()), "");
   }

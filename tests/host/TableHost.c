@@ -1,6 +1,7 @@
-/* A host in plain C that uses the tables of fxbox.h: a source of its own, a chain, bands of rows.
- */
+/* A host in plain C that uses the tables of fxbox.h: a source of its own, which lends its rows, a
+ * chain, bands of rows. */
 #include <fxbox.h>
+#include <stddef.h>
 #include <stdio.h>
 #include <string.h>
 
@@ -10,9 +11,18 @@ enum { kWidth = 6, kHeight = 5 };
 
 typedef struct {
   const IAnimFilterDestCallsThisVtbl* lpVtbl; /* first: so it is an IAnimFilterDestCallsThis */
+  IAnimRowLender lender;                      /* the second interface of the same object */
   uint32_t references;
   IAnimFilterSrcCallsThis* destination; /* not counted */
+  uint8_t colour[kHeight][3 * kWidth];
+  uint8_t opaque[kWidth]; /* the mask of every row */
+  const uint8_t *colourRows[kHeight], *maskRows[kHeight];
+  int loans, returns;
 } Source;
+
+static Source* SourceOf(IAnimRowLender* lender) {
+  return (Source*)((uint8_t*)lender - offsetof(Source, lender));
+}
 
 static bool IsSame(const GUID* a, const GUID* b) {
   return memcmp(a, b, sizeof *a) == 0;
@@ -24,6 +34,7 @@ static uint8_t ByteAt(int y, int i) {
 
 static HRESULT FXBOX_CALL Query(IAnimFilterDestCallsThis* self, const GUID* iid, void** result) {
   *result = IsSame(iid, &IID_IUnknown) || IsSame(iid, &IID_IAnimFilterDestCallsThis) ? self : NULL;
+  if (IsSame(iid, &IID_IAnimRowLender)) *result = &((Source*)self)->lender;
   if (*result) ++((Source*)self)->references;
   return *result ? S_OK : E_NOINTERFACE;
 }
@@ -33,6 +44,33 @@ static uint32_t FXBOX_CALL AddRef(IAnimFilterDestCallsThis* self) {
 static uint32_t FXBOX_CALL Release(IAnimFilterDestCallsThis* self) {
   return --((Source*)self)->references;
 }
+static HRESULT FXBOX_CALL QueryLender(IAnimRowLender* self, const GUID* iid, void** result) {
+  return Query((IAnimFilterDestCallsThis*)SourceOf(self), iid, result);
+}
+static uint32_t FXBOX_CALL AddRefLender(IAnimRowLender* self) {
+  return ++SourceOf(self)->references;
+}
+static uint32_t FXBOX_CALL ReleaseLender(IAnimRowLender* self) {
+  return --SourceOf(self)->references;
+}
+/* The picture stays in memory as long as the source: there is nothing to do but to say where. */
+static HRESULT FXBOX_CALL LendRows(IAnimRowLender* self, int width, int height,
+                                   const uint8_t* const** colourRows,
+                                   const uint8_t* const** maskRows) {
+  Source* source = SourceOf(self);
+  if (width > kWidth || height > kHeight) return 1;
+  *colourRows = source->colourRows;
+  *maskRows = source->maskRows;
+  ++source->loans;
+  return S_OK;
+}
+static HRESULT FXBOX_CALL ReturnRows(IAnimRowLender* self) {
+  ++SourceOf(self)->returns;
+  return S_OK;
+}
+static const IAnimRowLenderVtbl kLenderTable = {QueryLender, AddRefLender, ReleaseLender, LendRows,
+                                                ReturnRows};
+
 static HRESULT FXBOX_CALL ReadRows(IAnimFilterDestCallsThis* self, int destX, int destY, int srcX,
                                    int srcY, int width, int height, uint8_t** colourRows,
                                    uint8_t** maskRows) {
@@ -102,6 +140,31 @@ static void PullBands(IAnimFilterDestCallsThis* tail) {
   }
 }
 
+/* A filter that must see the whole picture reads the rows that it is lent. */
+static void PullHalfTurn(IAnimFilterChain* chain, IAnimFilterCreator* creator, Source* source) {
+  uint8_t colour[kHeight][3 * kWidth], mask[kHeight][kWidth];
+  uint8_t *colourRows[kHeight], *maskRows[kHeight];
+  IAnimFilterDestCallsThis* tail = NULL;
+  int ignored = 0;
+  for (int y = 0; y < kHeight; ++y) {
+    colourRows[y] = colour[y], maskRows[y] = mask[y];
+    source->colourRows[y] = source->colour[y], source->maskRows[y] = source->opaque;
+    for (int i = 0; i < 3 * kWidth; ++i) source->colour[y][i] = ByteAt(y, i);
+  }
+  CHECK(chain->lpVtbl->SetChainTextLocked(chain, "ZNFilter.Rotate.1(Angle=180)", "(", ")",
+                                          creator) == S_OK);
+  CHECK(chain->lpVtbl->GetAt(chain, -1, &IID_IAnimFilterDestCallsThis, (void**)&tail) == S_OK);
+  tail->lpVtbl->GetInfo(tail, &ignored, &ignored, &ignored, &ignored, &ignored, &ignored);
+  CHECK(tail->lpVtbl->ReadRows(tail, 0, 0, 0, 0, kWidth, kHeight, colourRows, maskRows) == S_OK);
+  CHECK(source->loans == 1 && source->returns == 1);
+  for (int y = 0; y < kHeight; ++y) {
+    for (int i = 0; i < 3 * kWidth; ++i) {
+      CHECK(colour[y][i] == ByteAt(kHeight - 1 - y, 3 * (kWidth - 1 - i / 3) + i % 3));
+    }
+  }
+  tail->lpVtbl->Release(tail);
+}
+
 /* The last slots of the tables, which lie right only if all before them do. */
 static void CheckLastSlots(IAnimFilterCreator* creator, IAnimFilterChain* chain) {
   IAnimFilter* filter = NULL;
@@ -122,7 +185,7 @@ static void CheckLastSlots(IAnimFilterCreator* creator, IAnimFilterChain* chain)
 }
 
 int main(void) {
-  Source source = {&kSourceTable, 1, NULL};
+  Source source = {.lpVtbl = &kSourceTable, .lender = {&kLenderTable}, .references = 1};
   IAnimFilterCreator* creator = NULL;
   IAnimFilterChain* chain = NULL;
   IAnimFilterDestCallsThis* tail = NULL;
@@ -143,6 +206,7 @@ int main(void) {
   CHECK(width == kWidth && height == kHeight);
   PullBands(tail);
   CheckLastSlots(creator, chain);
+  PullHalfTurn(chain, creator, &source);
 
   tail->lpVtbl->Release(tail);
   chain->lpVtbl->RemoveAll(chain);

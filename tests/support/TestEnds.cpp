@@ -43,7 +43,45 @@ HRESULT TestSource::ReadRows(int destX, int destY, int srcX, int srcY, int width
   return result;
 }
 
+// An opaque picture has one mask row for all.
+HRESULT TestSource::LendRows(int width, int height, const BYTE* const** colourRows,
+                             const BYTE* const** maskRows) {
+  const bool isHere = width <= picture.width && height <= picture.height;
+  if (!lends || IsStopped() || !isHere) return 1;
+  if (lent) throw std::logic_error("rows were lent already");
+  lent = std::make_unique<GuardedRows>(picture.width, picture.height);
+  for (int y = 0; y < picture.height; ++y) {
+    std::copy_n(picture.Colour(0, y), 3 * picture.width, lent->ColourRows()[y]);
+    std::copy_n(picture.mask.data() + y * picture.width, picture.width, lent->MaskRows()[y]);
+  }
+  const auto isOpaque = [](BYTE m) { return m == 0; };
+  opaqueRow.assign(static_cast<std::size_t>(picture.width), 0);
+  opaqueRows.assign(static_cast<std::size_t>(picture.height), opaqueRow.data());
+  *colourRows = lent->ColourRows();
+  *maskRows = std::all_of(picture.mask.begin(), picture.mask.end(), isOpaque) ? opaqueRows.data()
+                                                                              : lent->MaskRows();
+  ++loans;
+  if (onLend) onLend();
+  return S_OK;
+}
+
+HRESULT TestSource::ReturnRows() {
+  if (!lent) throw std::logic_error("no rows were lent");
+  writtenToLent += Difference(picture, lent->Whole());
+  if (std::any_of(opaqueRow.begin(), opaqueRow.end(), [](BYTE m) { return m != 0; })) {
+    writtenToLent += "the opaque row";
+  }
+  lent.reset();
+  return S_OK;
+}
+
+bool TestSource::IsStopped() {
+  const std::lock_guard lock(noting);
+  return !aborts.empty() && aborts.back();
+}
+
 HRESULT TestSource::SetAbort(bool abort) {
+  const std::lock_guard lock(noting);
   aborts.push_back(abort);
   return S_OK;
 }

@@ -4,14 +4,17 @@
 #include <atomic>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "core/AnimInterfaces.h"
+#include "core/AnimRowLender.h"
 #include "platform/component/ComObject.h"
 #include "platform/component/ComPtr.h"
+#include "tests/support/GuardedRows.h"
 #include "tests/support/Pictures.h"
 
 namespace testing_support {
@@ -25,12 +28,18 @@ void PrintTo(const RowRequest& request, std::ostream* out);
 
 // Serves a picture. Prepare may come from any thread, ReadRows from one at a time. A request is cut
 // to the picture: what lies outside is not written.
-class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestCallsThis> {
+class TestSource final
+    : public platform::ComObject<TestSource, IAnimFilterDestCallsThis, IAnimRowLender> {
  public:
   explicit TestSource(Picture served) : picture(std::move(served)) {}
+  IUnknown* Unknown() { return static_cast<IAnimFilterDestCallsThis*>(this); }
 
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
+  // Lends rows that hold something else as soon as they are given back.
+  HRESULT STDMETHODCALLTYPE LendRows(int width, int height, const BYTE* const** colourRows,
+                                     const BYTE* const** maskRows) override;
+  HRESULT STDMETHODCALLTYPE ReturnRows() override;
   HRESULT STDMETHODCALLTYPE SetAbort(bool abort) override;
   // Tells the picture's size, and the target when there is one. Changed when the revision differs.
   HRESULT STDMETHODCALLTYPE Prepare(bool* changed, int* consumer, bool trackRevision) override;
@@ -55,6 +64,13 @@ class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestC
   // middle.
   std::function<void(int rows)> onRow;
 
+  bool lends = false;
+  // What somebody wrote to lent rows; empty while nobody did.
+  std::string writtenToLent;
+  int loans = 0;                      // until now
+  std::unique_ptr<GuardedRows> lent;  // while they are
+  std::function<void()> onLend;       // runs when rows were lent
+
   std::vector<RowRequest> requests;
   std::vector<std::intptr_t> messages;
   int pixelCount = 0;
@@ -63,7 +79,11 @@ class TestSource final : public platform::ComObject<TestSource, IAnimFilterDestC
   platform::ComPtr<IAnimFilterSrcCallsThis> destination;
 
  private:
+  bool IsStopped();
+
   std::mutex noting;
+  std::vector<BYTE> opaqueRow;
+  std::vector<BYTE*> opaqueRows;
 };
 
 // Records what it is told, by any thread.

@@ -62,7 +62,7 @@ Rig::Rig(Picture picture, std::vector<ComPtr<FilterObject>> linked)
     : source(ComPtr<TestSource>::Attach(new TestSource(std::move(picture)))),
       destination(ComPtr<TestDestination>::Attach(new TestDestination)),
       filters(std::move(linked)) {
-  Filter().SetSource(source.Get());
+  Filter().SetSource(source->Unknown());
   for (std::size_t i = 1; i < filters.size(); ++i) {
     Filter(i).SetSource(static_cast<IAnimFilter*>(&Filter(i - 1)));
   }

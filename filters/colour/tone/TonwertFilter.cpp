@@ -111,10 +111,7 @@ std::string CTonwertFilter::PrintMeasured() const {
 }
 
 bool CTonwertFilter::Rebuild() {
-  if (!EnsurePictures(0, 0, result.width, result.height) || !PullInput(*outputPicture)) {
-    return false;
-  }
-  return exBlit != 0 || Count();
+  return TakeInput() && (exBlit != 0 || Count());
 }
 
 bool CTonwertFilter::Count() {
@@ -122,8 +119,7 @@ bool CTonwertFilter::Count() {
   measuredMidtone = 0;
   LevelCounters counters;
   const auto count = [&](LevelCounters& part, int first, int end) {
-    for (int y = first; y < end && !abort; ++y)
-      part.AddRow(outputPicture->ColourRows()[y], result.width);
+    for (int y = first; y < end && !abort; ++y) part.AddRow(given.colour[y], result.width);
     return !abort;
   };
   if (!base::CountInBands(result.height, base::RowsPerBand(result.width), counters, count)) {

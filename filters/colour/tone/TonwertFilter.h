@@ -32,7 +32,7 @@ extern const FilterClass kTonwertClass;
 class CTonwertFilter final : public ParameterFilter<WholePictureFilter, TonwertParameters> {
  public:
   explicit CTonwertFilter(const FilterClass& row)
-      : ParameterFilter(row, {.flags = ChangeFlags::ClearedAtStart, .abortMarksChange = true}) {}
+      : ParameterFilter(row, {Cache::InputPicture, ChangeFlags::ClearedAtStart, true}) {}
 
  private:
   // The limits of one histogram, from the picture or from a text.

@@ -35,7 +35,8 @@ const FilterClass kDrehClass = {.sortKey = 4,
 // A new filter keeps the corner in its place; the record's default, which it starts active with,
 // does not.
 CDrehFilter::CDrehFilter(const FilterClass& row)
-    : ParameterFilter(row, {.abortMarksChange = true, .givesOutFailures = true}) {
+    : ParameterFilter(
+          row, {.abortMarksChange = true, .givesOutFailures = true, .takesWhatComes = true}) {
   pending.alignLeftBottom = true;
 }
 
@@ -116,26 +117,24 @@ bool CDrehFilter::Rebuild() {
   if (!turn.isQuarterTurn && !EnsureIntermediate(turn.ShearedWidth(), turn.turnedHeight)) {
     return false;
   }
-  if (!EnsurePictures(pulled.width, pulled.height, 0, 0)) return false;
-  const bool isClear = Clear(*inputPicture);
-  const bool isComplete = PullInto(*inputPicture, 0, 0) == S_OK;
+  if (!TakeInput()) return false;
   if (!turn.isQuarterTurn) {
-    const auto given = std::move(inputPicture);
-    if (!TakeIntermediate(Turned(*given, turn), turn)) return false;
+    const bool isTaken = TakeIntermediate(Turned(turn), turn);
+    DropInput();
+    if (!isTaken) return false;
   }
-  isOpen = isClear && !abort;
-  return isOpen && isComplete;
+  isOpen = !abort;
+  return isOpen && isGivenWhole;
 }
 
-QuarterTurn CDrehFilter::Turned(const MemoryPicture& given, const RotationGeometry& turn) const {
-  return QuarterTurn({given.ColourRows(), given.MaskRows(), 0, 0, pulled.width, pulled.height},
-                     turn.quarterTurns, used.mirrorOn);
+QuarterTurn CDrehFilter::Turned(const RotationGeometry& turn) const {
+  return QuarterTurn({given.colour, given.mask, pulled.width, pulled.height}, turn.quarterTurns,
+                     used.mirrorOn);
 }
 
 bool CDrehFilter::ComputeRows(BYTE* const* colour, BYTE* const* mask) {
   const RotationGeometry turn = Geometry(used, pulled);
-  return turn.isQuarterTurn ? Turn(Turned(*inputPicture, turn), colour, mask)
-                            : Shear(turn, colour, mask);
+  return turn.isQuarterTurn ? Turn(Turned(turn), colour, mask) : Shear(turn, colour, mask);
 }
 
 bool CDrehFilter::Turn(const QuarterTurn& turned, BYTE* const* colour, BYTE* const* mask) {

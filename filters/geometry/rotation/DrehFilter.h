@@ -31,8 +31,7 @@ class CDrehFilter final : public ParameterFilter<WholePictureFilter, RotationRec
   void TakeParameters() override { used = active; }
   bool Rebuild() override;
   bool ComputeRows(BYTE* const* colour, BYTE* const* mask) override;
-  kernels::QuarterTurn Turned(const MemoryPicture& given,
-                              const kernels::RotationGeometry& turn) const;
+  kernels::QuarterTurn Turned(const kernels::RotationGeometry& turn) const;
   bool Turn(const kernels::QuarterTurn& turned, BYTE* const* colour, BYTE* const* mask);
   // What the first shear leaves, and the two others from that.
   bool TakeIntermediate(const kernels::QuarterTurn& turned, const kernels::RotationGeometry& turn);

@@ -21,4 +21,9 @@ class COffsetFilter final : public ParameterFilter<CPdibFilter, OffsetParameters
 
   // Each call moves `output` once more, until Prepare has renewed it.
   void Commit() override;
+
+ private:
+  std::optional<base::RowView> Lend(int width, int height) override {
+    return LendBorrowed(width, height);
+  }
 };

@@ -30,7 +30,7 @@ inline void Announce(const std::uint8_t* at, int bytes) {
 
 }  // namespace
 
-QuarterTurn::QuarterTurn(const PictureRows& turned, int quarterTurns, bool mirror,
+QuarterTurn::QuarterTurn(const base::RowView& turned, int quarterTurns, bool mirror,
                          const ShearKernelTable& table)
     : picture(turned),
       kernels(table),
@@ -79,8 +79,8 @@ void QuarterTurn::ReadBand(const Band& band, std::uint8_t* const* colour,
 void QuarterTurn::ReadUpright(int x, int y, int width, Quad* quads) const {
   const int row = isBackwardsY ? picture.height - 1 - y : y;
   const int column = isBackwardsX ? picture.width - x - width : x;
-  kernels.join(picture.colourRows[row] + 3 * std::ptrdiff_t{column}, picture.maskRows[row] + column,
-               quads, width);
+  kernels.join(picture.colour[row] + 3 * std::ptrdiff_t{column}, picture.mask[row] + column, quads,
+               width);
   if (isBackwardsX) std::reverse(quads, quads + width);
 }
 
@@ -102,12 +102,12 @@ void QuarterTurn::ReadTransposed(int x, int y, int width, int height, Quad* quad
 void QuarterTurn::ReadUprightTile(int x, int column, int width, int height, Quad* upright) const {
   for (int i = 0; i < width; ++i) {
     const int row = isBackwardsX ? picture.height - 1 - x - i : x + i;
-    kernels.join(picture.colourRows[row] + 3 * std::ptrdiff_t{column},
-                 picture.maskRows[row] + column, upright + i * kBandRows, height);
+    kernels.join(picture.colour[row] + 3 * std::ptrdiff_t{column}, picture.mask[row] + column,
+                 upright + i * kBandRows, height);
     const int ahead = isBackwardsX ? row - kUprightRows : row + kUprightRows;
     if (ahead < 0 || ahead >= picture.height) continue;
-    Announce<kForReading>(picture.colourRows[ahead] + 3 * std::ptrdiff_t{column}, 3 * height);
-    Announce<kForReading>(picture.maskRows[ahead] + column, height);
+    Announce<kForReading>(picture.colour[ahead] + 3 * std::ptrdiff_t{column}, 3 * height);
+    Announce<kForReading>(picture.mask[ahead] + column, height);
   }
 }
 

@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/RowView.h"
 #include "filters/geometry/rotation/Quads.h"
 #include "filters/geometry/rotation/ShearKernels.h"
-#include "filters/pixels/PictureRows.h"
 
 namespace kernels {
 
@@ -19,7 +19,7 @@ struct Band {
 // wished. Rows that become columns are read in tiles, while they are near.
 class QuarterTurn {
  public:
-  QuarterTurn(const PictureRows& turned, int quarterTurns, bool mirror,
+  QuarterTurn(const base::RowView& turned, int quarterTurns, bool mirror,
               const ShearKernelTable& table = Choose<ShearKernelTable>());
 
   int Width() const { return isTransposed ? picture.height : picture.width; }
@@ -50,7 +50,7 @@ class QuarterTurn {
   void SplitTile(const Quad* tile, int x, int y, int width, int height, std::uint8_t* const* colour,
                  std::uint8_t* const* mask) const;
 
-  const PictureRows picture;
+  const base::RowView picture;
   const ShearKernelTable& kernels;
   const bool isTransposed;
   const bool isBackwardsX, isBackwardsY;  // after the transposition

@@ -130,3 +130,19 @@ HRESULT CCropFilter::ReadRows(int destX, int destY, int srcX, int srcY, int widt
     return S_OK;
   });
 }
+
+std::pair<int, int> CCropFilter::PictureSize() const {
+  const auto held = HoldState();
+  return {input.width, input.height};
+}
+
+// The source's rows, from the crop's first pixel on. Nothing for a crop that reaches beyond the
+// picture.
+std::optional<base::RowView> CCropFilter::Lend(int width, int height) {
+  const auto [sourceWidth, sourceHeight] = PictureSize();
+  const PullRectangle r = InSource({0, 0, 0, 0, width, height, nullptr, nullptr});
+  const bool isAll = r.destX == 0 && r.destY == 0 && r.width == width && r.height == height;
+  if (!isAll || !Borrow(sourceWidth, sourceHeight)) return std::nullopt;
+  ClearChanges();
+  return lentRows.Crop(borrowed.Rows(), r.srcX, r.srcY, width, height);
+}

@@ -1,6 +1,9 @@
 // Crop: keeps a part of the picture, given as shares of its sides.
 #pragma once
 
+#include <utility>
+
+#include "core/CroppedRows.h"
 #include "core/FilterShapes.h"
 #include "filters/FilterStatics.h"
 
@@ -28,8 +31,12 @@ class CCropFilter final : public ParameterFilter<CPdibFilter, CropParameters> {
 
  private:
   std::optional<RowReach> Reach() override { return RowReach(); }
+  std::optional<base::RowView> Lend(int width, int height) override;
   void ReadText(const char* text) override;
   void PrintText(const CropParameters& parameters, char* buffer, int size) override;
   void LockToRatio(CropRecord& crop) const;
   PullRectangle InSource(const PullRectangle& request) const;
+  std::pair<int, int> PictureSize() const;
+
+  CroppedRows lentRows;
 };

@@ -33,13 +33,12 @@ bool ResamplingFilter::Rebuild() {
   const bool hasResult = isLarger ? MemoryPicture::CanHold(result.width, result.height)
                                   : EnsurePictures(0, 0, result.width, result.height);
   if (isLarger) outputPicture.reset();
-  bool done = pulled.width > 0 && pulled.height > 0 && hasResult &&
-              EnsurePictures(pulled.width, pulled.height, 0, 0) && PullWhatComes(*inputPicture);
+  bool done = pulled.width > 0 && pulled.height > 0 && hasResult && TakeInput();
   if (done && !isLarger) {
     done = ComputeRows(outputPicture->ColourRows(), outputPicture->MaskRows());
   }
   isOpen = done && isLarger;
-  if (!isOpen) inputPicture.reset();
+  if (!isOpen) DropInput();
   if (!done && !(outputPicture && Clear(*outputPicture))) outputPicture.reset();
   return done;
 }
@@ -53,8 +52,7 @@ bool ResamplingFilter::IsLargerThanInput() const {
 }
 
 bool ResamplingFilter::ComputeRows(BYTE* const* colour, BYTE* const* mask) {
-  return kernels::Resample(
-      {inputPicture->ColourRows(), inputPicture->MaskRows(), pulled.width, pulled.height},
-      {colour, mask, result.width, result.height},
-      {usedRatios.x, usedRatios.y, pulled.offsetX, pulled.offsetY}, abort);
+  return kernels::Resample({given.colour, given.mask, pulled.width, pulled.height},
+                           {colour, mask, result.width, result.height},
+                           {usedRatios.x, usedRatios.y, pulled.offsetX, pulled.offsetY}, abort);
 }

@@ -7,7 +7,9 @@
 
 class ResamplingFilter : public WholePictureFilter {
  protected:
-  ResamplingFilter(const FilterClass& row, Policy rules) : WholePictureFilter(row, rules) {}
+  explicit ResamplingFilter(const FilterClass& row)
+      : WholePictureFilter(
+            row, {.abortMarksChange = true, .givesOutFailures = true, .takesWhatComes = true}) {}
 
   struct Ratios {
     double x, y;  // output over input, before the size is rounded

@@ -17,8 +17,7 @@ extern const FilterClass kScale100Class;
 // At 100 percent the picture is resampled, too, and becomes a little softer.
 class CScale100Filter final : public ParameterFilter<ResamplingFilter, Scale100Parameters> {
  public:
-  explicit CScale100Filter(const FilterClass& row)
-      : ParameterFilter(row, {.abortMarksChange = true, .givesOutFailures = true}) {}
+  explicit CScale100Filter(const FilterClass& row) : ParameterFilter(row) {}
 
   void Commit() override;
   HRESULT STDMETHODCALLTYPE SetTargetSize(int width, int height) override;

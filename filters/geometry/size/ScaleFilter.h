@@ -20,8 +20,7 @@ extern const FilterClass kScaleClass;
 // has no pending copy.
 class CScaleFilter final : public ParameterFilter<ResamplingFilter, ScaleParameters> {
  public:
-  explicit CScaleFilter(const FilterClass& row)
-      : ParameterFilter(row, {.abortMarksChange = true, .givesOutFailures = true}) {}
+  explicit CScaleFilter(const FilterClass& row) : ParameterFilter(row) {}
 
   // The active box turns to the picture's shape and stays turned.
   void Commit() override;

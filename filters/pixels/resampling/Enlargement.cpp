@@ -20,7 +20,7 @@ constexpr std::size_t Size(int number) {
 struct OpaqueWay {
   using Pixel = std::array<std::uint8_t, base::kBytesPerPixel>;
 
-  static void Read(Pixel* to, const Raster& from, int y) {
+  static void Read(Pixel* to, const base::RowView& from, int y) {
     std::memcpy(to->data(), from.colour[y], base::ColourBytes(from.width));
   }
   static void Stretch(Pixel* to, const Pixel* from, const std::vector<BicubicTap>& taps) {
@@ -39,7 +39,7 @@ struct OpaqueWay {
 struct MaskedWay {
   using Pixel = WeighedPixel;
 
-  static void Read(Pixel* to, const Raster& from, int y) {
+  static void Read(Pixel* to, const base::RowView& from, int y) {
     Choose<BicubicKernels>().weigh(to, from.colour[y], from.mask[y], from.width);
   }
   static void Stretch(Pixel* to, const Pixel* from, const std::vector<BicubicTap>& taps) {
@@ -55,7 +55,7 @@ struct MaskedWay {
 template <class Way>
 class StretchedRows {
  public:
-  StretchedRows(const Raster& source, int width)
+  StretchedRows(const base::RowView& source, int width)
       : source_(source),
         taps_(BicubicTaps(source.width, width)),
         padded_(Size(source.width) + 2 * kBicubicMargin) {
@@ -88,14 +88,14 @@ class StretchedRows {
     Way::Stretch(to, &*first, taps_);
   }
 
-  const Raster& source_;
+  const base::RowView& source_;
   const std::vector<BicubicTap> taps_;
   std::vector<typename Way::Pixel> padded_;
   Line lines_[4];
 };
 
 template <class Way>
-bool EnlargeBy(const Raster& from, const Raster& to, const std::atomic<bool>& abort) {
+bool EnlargeBy(const base::RowView& from, const Raster& to, const std::atomic<bool>& abort) {
   const std::vector<BicubicTap> taps = BicubicTaps(from.height, to.height);
   return base::ForEachBand(to.height, base::RowsPerBand(to.width), [&](int first, int end) {
     StretchedRows<Way> stretched(from, to.width);
@@ -112,7 +112,8 @@ bool EnlargeBy(const Raster& from, const Raster& to, const std::atomic<bool>& ab
 
 }  // namespace
 
-bool Enlarge(const Raster& from, const Raster& to, bool opaque, const std::atomic<bool>& abort) {
+bool Enlarge(const base::RowView& from, const Raster& to, bool opaque,
+             const std::atomic<bool>& abort) {
   if (from.width < kLeastEnlargedWidth) return false;
   return opaque ? EnlargeBy<OpaqueWay>(from, to, abort) : EnlargeBy<MaskedWay>(from, to, abort);
 }

@@ -63,7 +63,7 @@ struct Totals {
 
 class Reducer {
  public:
-  Reducer(const Raster& source, const Raster& result, const Resampling& how, bool isOpaque,
+  Reducer(const base::RowView& source, const Raster& result, const Resampling& how, bool isOpaque,
           const std::atomic<bool>& abort)
       : abort_(abort),
         from_(source),
@@ -242,7 +242,7 @@ class Reducer {
   }
 
   const std::atomic<bool>& abort_;
-  const Raster& from_;
+  const base::RowView& from_;
   const Raster& to_;
   const bool opaque_;
   const ReductionAxis xAxis_;
@@ -359,14 +359,14 @@ bool Sharpen(const Raster& picture, const Resampling& how, bool opaque,
 }
 
 // Rows of the result under which lie enough pixels to be worth a thread of their own.
-int LeastRows(const Raster& from, const Raster& to) {
+int LeastRows(const base::RowView& from, const Raster& to) {
   const std::int64_t rowsUnder = from.height / to.height + 1;
   return base::RowsPerBand(base::LimitToInt32(from.width * rowsUnder));
 }
 
 }  // namespace
 
-bool Reduce(const Raster& from, const Raster& to, const Resampling& how, bool opaque,
+bool Reduce(const base::RowView& from, const Raster& to, const Resampling& how, bool opaque,
             const std::atomic<bool>& abort) {
   const Reducer windows(from, to, how, opaque, abort);
   return base::ForEachBand(to.height, LeastRows(from, to),

@@ -14,7 +14,7 @@ bool IsOpaqueRow(const std::uint8_t* mask, int width) {
 }
 
 // After an abort it may be false.
-bool IsOpaque(const Raster& picture, const std::atomic<bool>& abort) {
+bool IsOpaque(const base::RowView& picture, const std::atomic<bool>& abort) {
   const int least = base::RowsPerBand(picture.width, 1 << 19);
   return base::ForEachBand(picture.height, least, [&](int first, int end) {
     while (first < end && !abort && IsOpaqueRow(picture.mask[first], picture.width)) ++first;
@@ -32,7 +32,7 @@ bool CanEnlarge(int width, double ratioX, double ratioY) {
   return width >= kLeastEnlargedWidth && IsEnlargement(ratioX, ratioY);
 }
 
-bool Resample(const Raster& from, const Raster& to, const Resampling& how,
+bool Resample(const base::RowView& from, const Raster& to, const Resampling& how,
               const std::atomic<bool>& abort) {
   const bool opaque = IsOpaque(from, abort);
   if (IsEnlargement(how.ratioX, how.ratioY)) return Enlarge(from, to, opaque, abort);

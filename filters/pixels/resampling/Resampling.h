@@ -4,9 +4,11 @@
 #include <atomic>
 #include <cstdint>
 
+#include "base/RowView.h"
+
 namespace kernels {
 
-// A picture by its rows, which are 3 bytes a pixel of colour and 1 of mask.
+// The result by its rows, which are 3 bytes a pixel of colour and 1 of mask.
 struct Raster {
   std::uint8_t* const* colour;
   std::uint8_t* const* mask;
@@ -24,7 +26,7 @@ struct Resampling {
 // False when `abort` was seen, which is looked at before each row, or when the source is too narrow
 // to be enlarged. `to` then holds anything, but an enlargement is finished from its last row on,
 // and those ahead are untouched. Throws std::bad_alloc.
-bool Resample(const Raster& from, const Raster& to, const Resampling& how,
+bool Resample(const base::RowView& from, const Raster& to, const Resampling& how,
               const std::atomic<bool>& abort);
 
 // Whether a picture of this width is enlarged at these ratios.
@@ -34,8 +36,9 @@ bool CanEnlarge(int width, double ratioX, double ratioY);
 inline constexpr int kLeastEnlargedWidth = 3;
 
 // The two ways, for Resample.
-bool Reduce(const Raster& from, const Raster& to, const Resampling& how, bool opaque,
+bool Reduce(const base::RowView& from, const Raster& to, const Resampling& how, bool opaque,
             const std::atomic<bool>& abort);
-bool Enlarge(const Raster& from, const Raster& to, bool opaque, const std::atomic<bool>& abort);
+bool Enlarge(const base::RowView& from, const Raster& to, bool opaque,
+             const std::atomic<bool>& abort);
 
 }  // namespace kernels

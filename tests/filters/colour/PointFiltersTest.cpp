@@ -194,7 +194,7 @@ TEST(PointFilters, ChainsEqualTheirModel) {
     ASSERT_EQ(creator->CreateChain(IAnimFilterChain::kIid, chain.PutVoid()), S_OK);
     const auto source = ComPtr<TestSource>::Attach(new TestSource(test.picture));
     const auto destination = ComPtr<TestDestination>::Attach(new TestDestination);
-    chain->SetSource(source.Get());
+    chain->SetSource(source->Unknown());
     chain->SetDestination(destination.Get());
     ASSERT_EQ(chain->SetChainText(text.c_str(), "(", ")", creator.Get()), S_OK);
     bool changed = false;

@@ -148,7 +148,7 @@ TEST_P(ShearKernelLevels, QuarterTurnsOfWholePictures) {
     from.At(x, y, i % 4) = ByteAt(x, y, i % 4);
   }
   for (int i = 0; i < 8; ++i) {
-    const kernels::QuarterTurn turned({from.colour.data(), from.mask.data(), 0, 0, kWidth, kHeight},
+    const kernels::QuarterTurn turned({from.colour.data(), from.mask.data(), kWidth, kHeight},
                                       i / 2, i % 2 == 1,
                                       kernels::Choose<ShearKernelTable>(GetParam()));
     Square to;
