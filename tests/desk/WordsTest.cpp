@@ -4,13 +4,13 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 
 #include "desk/DeskWindow.h"
 #include "host/FilterFacts.h"
 #include "tests/platform/Support.h"
+#include "tests/support/QuotedWords.h"
 #include "toolkit/fake/FakeBackend.h"
 
 namespace {
@@ -31,22 +31,13 @@ std::set<std::string> KeysOf(const std::string& language) {
 // The pieces that the sources put together stand here as they are there.
 std::set<std::string> UsedKeys() {
   std::set<std::string> used;
-  const std::regex word("\"((DESK|GROUP|PREVIEW)_[A-Za-z_]+)\"");
-  const std::regex tool("add\\(\"([A-Z]+)\"");
-  for (const auto& entry : std::filesystem::directory_iterator(FXBOX_SOURCE "/desk")) {
-    if (entry.path().extension() != ".cpp") continue;
-    std::stringstream source;
-    source << std::ifstream(entry.path()).rdbuf();
-    const std::string text = source.str();
-    for (std::sregex_iterator found(text.begin(), text.end(), word), end; found != end; ++found) {
-      if ((*found)[1] != "DESK_") used.insert((*found)[1]);
-    }
-    for (std::sregex_iterator found(text.begin(), text.end(), tool), end; found != end; ++found) {
-      const std::string key = "DESK_" + (*found)[1].str();
-      used.insert(key);
-      // What can be taken back is said in the bubble.
-      used.insert(key + "_BUBBLE");
-    }
+  for (const std::string& word : testing_support::QuotedWords(FXBOX_SOURCE "/desk")) {
+    const bool isKey = testing_support::StartsWithAny(word, {"DESK_", "GROUP_", "PREVIEW_"});
+    if (isKey && word != "DESK_") used.insert(word);
+  }
+  for (const std::string& word : testing_support::QuotedWords(FXBOX_SOURCE "/desk", "add(")) {
+    used.insert("DESK_" + word);
+    used.insert("DESK_" + word + "_BUBBLE");  // what can be taken back is said in the bubble
   }
   return used;
 }

@@ -1,8 +1,6 @@
 // The component between a dialog's window, its filters and the host.
 #include <olectl.h>
 
-#include <regex>
-
 #include "core/PdibFilter.h"
 #include "core/TransferFormats.h"
 #include "filters/FilterClasses.h"
@@ -19,8 +17,13 @@ using toolkit::ControlKind;
 constexpr char kSepia[] = "ZNFilter.Sepia.1";
 
 // The number behind the ProgID of an instance id is the process's.
-std::string Plain(const std::string& log) {
-  return std::regex_replace(log, std::regex("ZNFilter\\.\\w+\\.1#\\d+"), "ID");
+std::string Plain(std::string log) {
+  for (std::size_t at = 0; (at = log.find("ZNFilter.", at)) != log.npos; ++at) {
+    const std::size_t number = log.find_first_of("# \n", at);
+    if (number == log.npos || log[number] != '#') continue;
+    log.replace(at, log.find_first_not_of("0123456789", number + 1) - at, "ID");
+  }
+  return log;
 }
 
 class DialogHost : public DialogRig {

@@ -1,7 +1,6 @@
 // Every dialog over its real filter: what its controls do, say and take in room.
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -10,6 +9,7 @@
 #include "filters/FilterClasses.h"
 #include "tests/dialogs/DialogRig.h"
 #include "tests/dialogs/LayoutCheck.h"
+#include "tests/support/QuotedWords.h"
 #include "tests/support/TestFilters.h"
 
 namespace {
@@ -76,8 +76,9 @@ TEST_F(Panels, EveryClassHasItsDialogWithItsWords) {
     std::string name = filterClass.className;
     name.replace(name.rfind("Filter"), 6, "Dialog");
     EXPECT_EQ(row->className, name);
-    EXPECT_EQ(row->headerKey, std::regex_replace(std::string(filterClass.nameKey),
-                                                 std::regex("_NAME$"), "_HEADER"));
+    std::string key = filterClass.nameKey;
+    if (key.ends_with("_NAME")) key.replace(key.size() - 4, 4, "HEADER");
+    EXPECT_EQ(row->headerKey, key);
     EXPECT_STREQ(row->helpKey ? row->helpKey : "", filterClass.helpKey ? filterClass.helpKey : "");
     const std::string text = filterClass.defaultText ? filterClass.defaultText : "";
     const bool isWhole = !text.empty() && text.find('%') == std::string::npos;
@@ -402,15 +403,9 @@ std::set<std::string> KeysOfWords(const std::string& language) {
 
 TEST(Words, AreThereInBothLanguagesAndAllUsed) {
   std::set<std::string> used;
-  const std::regex word("\"((IDS|IDB|HLP|COMMON)_[A-Z0-9_]+|PrintCrop|PrintPad)\"");
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(FXBOX_SOURCE "/dialogs")) {
-    if (entry.path().extension() != ".cpp") continue;
-    std::stringstream source;
-    source << std::ifstream(entry.path()).rdbuf();
-    const std::string text = source.str();
-    for (std::sregex_iterator found(text.begin(), text.end(), word), end; found != end; ++found) {
-      used.insert((*found)[1]);
-    }
+  for (const std::string& word : testing_support::QuotedWords(FXBOX_SOURCE "/dialogs")) {
+    const bool isKey = testing_support::StartsWithAny(word, {"IDS_", "IDB_", "HLP_", "COMMON_"});
+    if (isKey || word == "PrintCrop" || word == "PrintPad") used.insert(word);
   }
   EXPECT_GT(used.size(), 150u);
   EXPECT_EQ(KeysOfWords("en"), used);
