@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "imageio/Decoder.h"
 #include "tests/imageio/ExifMaker.h"
 #include "tests/imageio/TryFile.h"
 
@@ -111,6 +112,19 @@ TEST(BrokenFiles, OfOtherKindsAreToldSo) {
     EXPECT_EQ(TryBytes(bytes, &message), Outcome::Error);
     EXPECT_EQ(message.rfind("not a picture file of a known kind (JPEG", 0), 0u) << text;
   }
+}
+
+// Its first word begins small, unless it is a name.
+TEST(BrokenFiles, LibrariesSpeakInOurSentences) {
+  const std::pair<const char*, const char*> kMessages[] = {
+      {"Bogus marker length.\n", "bogus marker length"},
+      {"Zero width", "zero width"},
+      {"Any", "any"},
+      {"[x] cut", "[x] cut"},
+      {"JPEG ends", "JPEG ends"},
+      {"I", "I"},
+      {".\n", "the picture is damaged"}};
+  for (const auto& [given, told] : kMessages) EXPECT_EQ(imageio::LibraryMessage(given), told);
 }
 
 }  // namespace

@@ -132,23 +132,26 @@ TEST(Metadata, SizesAndOrientationAreSet) {
   const std::string packet =
       "<r tiff:Orientation=\"6\" exif:PixelXDimension='6000'><exif:PixelYDimension>";
   metadata.xmp = test::BytesOf(packet + "4000</exif:PixelYDimension></r>");
-  test::BlockWriter writer(true);
-  writer.block = test::BytesOf("II");
-  writer.Number(42, 2);
-  writer.Number(8, 4);
-  writer.Number(4, 2);
-  writer.Entry(0x0100, 4, 1, 6000);
-  writer.Entry(0x011A, 5, 1, 92);
-  writer.Entry(0x011B, 5, 1, 92);
-  writer.Entry(0x8769, 4, 1, 62);
-  writer.Number(0, 4);
-  writer.Number(2, 2);  // from 62 to 92
-  writer.Entry(0xA002, 3, 1, 6000);
-  writer.Entry(0xA003, 4, 1, 4000);
-  writer.Number(0, 4);
-  writer.Number(72, 4);
-  writer.Number(1, 4);
-  metadata.exif = writer.block;
+  const auto exif = [](bool little) {
+    test::BlockWriter writer(little);
+    writer.block = test::BytesOf(little ? "II" : "MM");
+    writer.Number(42, 2);
+    writer.Number(8, 4);
+    writer.Number(4, 2);
+    writer.Entry(0x0100, 4, 1, 6000);
+    writer.Entry(0x011A, 5, 1, 92);
+    writer.Entry(0x011B, 5, 1, 92);
+    writer.Entry(0x8769, 4, 1, 62);
+    writer.Number(0, 4);
+    writer.Number(2, 2);  // from 62 to 92
+    writer.Entry(0xA002, 3, 1, 6000);
+    writer.Entry(0xA003, 4, 1, 4000);
+    writer.Number(0, 4);
+    writer.Number(72, 4);
+    writer.Number(1, 4);
+    return writer.block;
+  };
+  metadata.exif = exif(true);
   imageio::SetPictureSize(metadata, 70000, 4);
   const Metadata travelled = Travelled(Format::Jpeg, metadata);
   EXPECT_EQ(std::string(travelled.xmp.begin(), travelled.xmp.end()),
@@ -160,6 +163,9 @@ TEST(Metadata, SizesAndOrientationAreSet) {
   EXPECT_TRUE(std::search(travelled.exif.begin(), travelled.exif.end(), sizes.block.begin(),
                           sizes.block.end()) != travelled.exif.end());
   EXPECT_DOUBLE_EQ(travelled.resolution.x, 72) << "where no other place tells it";
+  Metadata big;
+  big.exif = exif(false);
+  EXPECT_DOUBLE_EQ(Travelled(Format::Jpeg, big).resolution.y, 72);
 }
 
 bool Contains(const Bytes& block, const Bytes& part) {

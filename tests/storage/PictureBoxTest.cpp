@@ -300,8 +300,24 @@ TEST(PictureBox, ReadsBitmapsOfAllDepths) {
     bitmap[0] = 40, bitmap[4] = 5, bitmap[8] = 3, bitmap[12] = 1;
     bitmap[14] = static_cast<std::uint8_t>(bits);
     bitmap[15] = bits < 0 ? 0xFF : 0;
+    // In every row, and in the table the number of an entry, twice and three times that.
+    for (std::size_t i = 0; i < table; ++i) {
+      bitmap[40 + i] = static_cast<std::uint8_t>(i / 4 * (i % 4 + 1));
+    }
+    for (std::size_t i = 0; i < 3 * stride; ++i) {
+      bitmap[40 + table + i] = static_cast<std::uint8_t>(0x12 + 0x22 * (i % stride));
+    }
     const auto layout = imageio::StoredBitmap::Parse(bitmap);
     ASSERT_TRUE(layout) << bits;
+    std::uint8_t colours[15] = {};
+    layout->ReadColours(2, colours);
+    for (int x = 0; x < 5; ++x) {
+      const int index = depth == 1 ? x == 3 : depth == 4 ? x + 1 : 0x12 + 0x22 * x;
+      const int blue = depth >= 24 ? 0x12 + 0x22 * (depth / 8 * x) : index;
+      const int red = depth >= 24 ? blue + 0x44 : bits < 0 ? index : 3 * index;
+      EXPECT_EQ(colours[3 * x], blue & 0xFF) << bits << " " << x;
+      EXPECT_EQ(colours[3 * x + 2], red & 0xFF) << bits << " " << x;
+    }
     EXPECT_EQ(layout->Bytes(), bitmap.size() - 2) << bits;
     EXPECT_EQ(layout->Bits(), bits);
     bitmap.resize(bitmap.size() - 3);

@@ -243,6 +243,12 @@ TEST(SizeChains, AllAtOnceEqualsItsParts) {
     GuardedRows all(width, height), again(width, height), moved(width + 3, height + 4),
         rows(width, height);
     const RowRequest whole{0, 0, 0, 0, width, height};
+    // A square may be as wide as the whole is high.
+    Rig fresh(picture, MakeAll({link}));
+    fresh.Prepare();
+    const int side = std::min(width, height);
+    const Picture square = fresh.PullPart({0, 0, 0, 0, side, side});
+    EXPECT_EQ(Difference(PartOf(fresh.PullWhole(), {0, 0, 0, 0, side, side}), square), "");
     ASSERT_EQ(rig.Pull(all, whole), S_OK);
     ASSERT_EQ(rig.Pull(again, {0, 2, 0, 2, width, height - 2}), S_OK);
     ASSERT_EQ(rig.Pull(again, {0, 0, 0, 0, width, 2}), S_OK);

@@ -5,6 +5,8 @@
 #include <random>
 #include <vector>
 
+#include "filters/pixels/Histogram.h"
+
 namespace {
 
 using kernels::LuminanceKernelTable;
@@ -51,6 +53,23 @@ TEST(LuminanceKernels, AllLevelsGiveTheSameBytes) {
       ASSERT_EQ(level == SimdLevel::Plain, k.luminance == kernels::Luminance);
       ASSERT_EQ(run(k), expected) << kernels::SimdLevelName(level) << ", width " << width;
     }
+  }
+}
+
+// Each level as often as its number and one, in any two parts.
+TEST(LevelCounters, AddUpToTheWhole) {
+  Row levels;
+  for (int level = 0; level < 256; ++level) {
+    levels.insert(levels.end(), static_cast<std::size_t>(level) + 1,
+                  static_cast<std::uint8_t>(level));
+  }
+  const int all = static_cast<int>(levels.size());
+  for (const int first : {0, 1, 6, 1000, all}) {
+    kernels::LevelCounter counter, rest;
+    counter.Add(levels.data(), first);
+    rest.Add(levels.data() + first, all - first);
+    const kernels::Histogram total = (counter += rest).Total();
+    for (std::uint32_t level = 0; level < 256; ++level) EXPECT_EQ(total[level], level + 1) << first;
   }
 }
 
