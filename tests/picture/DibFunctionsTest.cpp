@@ -271,10 +271,11 @@ TEST(DibFunctions, UnpacksRunLengths) {
   EXPECT_EQ(Bytes(unpacked.end() - 24, unpacked.end()), expected);
   EXPECT_EQ(Get(unpacked, 16, 4), 0u);
 
-  Bytes four = HeadOf({4, 5, 1, RandomColours(16, 5), 2});
-  for (const int byte : {3, 0xAB, 0, 0, 0, 1}) Put(four, byte, 1);
+  Bytes four = HeadOf({4, 5, 2, RandomColours(16, 5), 2});
+  for (const int byte : {5, 0xFE, 0, 0, 3, 0xAB, 0, 0, 0, 1}) Put(four, byte, 1);
   const Bytes nibbles = Dib(DibReadDib(four.data(), four.size())).Content();
-  EXPECT_EQ(Bytes(nibbles.end() - 4, nibbles.end()), (Bytes{0xAB, 0xA0, 0, 0}));
+  EXPECT_EQ(Bytes(nibbles.end() - 8, nibbles.end()),
+            (Bytes{0xFE, 0xFE, 0xF0, 0, 0xAB, 0xA0, 0, 0}));
 
   const Dib dib(eight);
   EXPECT_EQ(PixelOf24(Dib(Make24BitDib(dib)).Content(), 5, 2),
@@ -420,6 +421,7 @@ TEST(DibFunctions, ColourTables) {
   EXPECT_EQ(dib.Content(), bytes);
   EXPECT_EQ(DibSetUsage(dib, shape.colours.data(), 16, 2), 0);
   EXPECT_EQ(DibSetUsage(dib, nullptr, 16, 0), 0);
+  EXPECT_EQ(DibSetUsage(Dib(DibCreate(24, 2, 2)), nullptr, 0, 1), 0);
 
   const std::vector<std::uint32_t> palette = {0x000000, 0xFF0000, 0x00FF00, 0x808080, 0x808080};
   ASSERT_EQ(DibMapToPalette(dib, palette.data(), 5), 1);
@@ -441,6 +443,13 @@ TEST(DibFunctions, ColourTables) {
       EXPECT_EQ(ModelPixel({4, 5, 2, table}, mapped, x, y), best);
     }
   }
+  // What lies behind the rows is nobody's.
+  Bytes longer = bytes;
+  longer.resize(bytes.size() + 8, 0x5A);
+  const Dib behind(longer);
+  ASSERT_EQ(DibMapToPalette(behind, palette.data(), 2), 1);
+  const Bytes kept = behind.Content();
+  EXPECT_EQ(Bytes(kept.end() - 8, kept.end()), Bytes(8, 0x5A));
   EXPECT_EQ(DibMapToPalette(dib, palette.data(), 17), 0);
   EXPECT_EQ(DibMapToPalette(Dib(DibCreate(24, 2, 2)), palette.data(), 2), 0);
   EXPECT_EQ(DibMapToPalette(Dib(DibCreate(-8, 2, 2)), palette.data(), 2), 0);
@@ -454,6 +463,11 @@ TEST(DibFunctions, PaintsWhatLiesWithinTheTarget) {
   const Bytes maskBytes = RandomDib(maskShape, 7);
   const Dib mask(maskBytes);
   const DibRectangle whole{0, 0, 6, 4};
+  const Dib plain(DibCreate(24, 10, 9)), stated(DibCreate(24, 10, 9));
+  const DibTarget toPlain{nullptr, plain}, toStated{nullptr, stated};
+  EXPECT_EQ(DIBPaint(&toPlain, nullptr, dib, nullptr), 1);
+  EXPECT_EQ(DIBPaint(&toStated, &whole, dib, &whole), 1);
+  EXPECT_EQ(plain.Content(), stated.Content());
   const struct {
     DibRectangle to, from;
   } cases[] = {{{2, 3, 6, 4}, whole},           {{-3, -2, 6, 4}, whole},
