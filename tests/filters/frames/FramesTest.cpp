@@ -92,41 +92,7 @@ TEST(Passpartout, TellsSizesBothWays) {
   EXPECT_EQ(std::pair(w, h), std::pair(24, 26));
 }
 
-// The pixels of one column or row: a picture of colour 100 in a mat of colour 200.
-std::string Strip(const std::string& text, bool column, int at) {
-  Rig rig(Uniform(6, 6, 100, 100, 100), ClassOf("ZNFilter.Passpartout.1"));
-  rig.Filter().SetParameter(("Radius=0,Red=200,Green=200,Blue=200," + text).c_str(), 1);
-  const Picture result = rig.PullWhole();
-  std::string strip;
-  for (int i = 0; i < (column ? result.height : result.width); ++i) {
-    const int x = column ? at : i;
-    const int y = column ? i : at;
-    strip += std::to_string(result.Colour(x, y)[0]) + "/" + std::to_string(result.Mask(x, y)) + " ";
-  }
-  return strip;
-}
-
-TEST(Passpartout, PaintsTheMat) {
-  EXPECT_EQ(Strip("Borderhori=2,Borderverti=0,Transparency=100", false, 0),
-            "200/255 200/255 100/0 100/0 100/0 100/0 100/0 100/0 200/255 200/255 ");
-  // A mat over the picture: solid without transparency, else a glaze.
-  EXPECT_EQ(Strip("Borderhori=-2,Borderverti=0", false, 3), "200/0 200/0 100/0 100/0 200/0 200/0 ");
-  EXPECT_EQ(Strip("Borderhori=-2,Borderverti=0,Transparency=30", false, 3),
-            "170/0 170/0 100/0 100/0 170/0 170/0 ");
-  // Bands that are wider than half the picture lie twice over its middle.
-  EXPECT_EQ(Strip("Borderhori=0,Borderverti=-4,Transparency=50", true, 3),
-            "150/0 150/0 175/0 175/0 150/0 150/0 ");
-  // Solid sides go on through the top band alone, which is the first one in memory.
-  EXPECT_EQ(Strip("Borderhori=1,Borderverti=-1,Transparency=50", false, 0),
-            "200/127 150/0 150/0 150/0 150/0 150/0 150/0 200/127 ");
-  EXPECT_EQ(Strip("Borderhori=1,Borderverti=-1,Transparency=50", false, 5),
-            "100/0 150/0 150/0 150/0 150/0 150/0 150/0 100/0 ");
-  // A shift beyond the edge leaves one row of the picture's place.
-  EXPECT_EQ(Strip("Borderhori=0,Borderverti=0,Poscorverti=-9", true, 3),
-            "200/0 200/0 200/0 200/0 200/0 200/0 ");
-}
-
-// Nor is a light smoothed for ever, or wraps round.
+// A light is not smoothed for ever, nor does it wrap round.
 TEST(Shadow, LightBeyondAllMeasure) {
   const auto lit = [](const std::string& intensity) {
     Rig rig(Noise(40, 30, Masks::Edges, 1), ClassOf("ZNFilter.Shadow.1"));
