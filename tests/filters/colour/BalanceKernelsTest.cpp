@@ -39,17 +39,6 @@ TEST(BalanceKernels, SlidersAreMixedAndLimited) {
   EXPECT_FALSE(BalanceOf({.red = {100, {}}}).entries[7].recolours);
 }
 
-TEST(BalanceKernels, ByHand) {
-  // Red gets lighter by a quarter, grey a cast of red, and green is left alone.
-  const Balance balance = BalanceOf({.red = {0, {0, 0, 0, 0, 0, 0}}, .lightness = {0, {25}}});
-  Row row = {0, 0, 255, 0, 255, 0, 77, 77, 77};
-  kernels::BalanceColours(row.data(), 3, balance);
-  EXPECT_EQ(row, (Row{127, 127, 255, 0, 255, 0, 77, 77, 77}));
-  const Balance cast = BalanceOf({.red = {50, {}}, .blue = {-100, {}}});
-  kernels::BalanceColours(row.data(), 3, cast);
-  EXPECT_EQ(row, (Row{0, 127, 255, 0, 255, 63, 0, 77, 140}));
-}
-
 class BalanceLevels : public testing::TestWithParam<SimdLevel> {
  protected:
   void SetUp() override {

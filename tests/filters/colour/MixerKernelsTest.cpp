@@ -17,16 +17,6 @@ using testing_support::Row;
 
 constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
 
-TEST(MixerKernels, ByHand) {
-  // Blue, green, red. The negative quotient -350 / 100 is -3, the other -3.
-  Row row = {10, 20, 30, 200, 100, 50, 0, 0, 0, 255, 255, 255};
-  kernels::MixChannels(row.data(), 4,
-                       {.blue = {.blue = -35, .constant = 5},
-                        .green = {.blue = 1, .green = 2, .red = 4, .divisor = 7},
-                        .red = {.blue = 200, .red = 100, .constant = -300}});
-  EXPECT_EQ(row, (Row{2, 24, 0, 0, 85, 150, 5, 0, 0, 0, 255, 255}));
-}
-
 class MixerLevels : public testing::TestWithParam<SimdLevel> {
  protected:
   void SetUp() override {

@@ -1,5 +1,5 @@
 // The frame kernels and the mask filters: the fast ones against the plain ones byte for byte, and
-// the plain ones against hand-worked bytes.
+// naive passes, and where shadows and panes lie.
 #include "filters/frames/FrameKernels.h"
 
 #include <gtest/gtest.h>
@@ -185,38 +185,6 @@ TEST(MaskFilters, StopAndStayWithinThePlane) {
   for (int y = 0; y < 10; ++y) {
     for (const int x : {0, 19, 20, 21, 22}) EXPECT_EQ(plane.At(x, y), before[y * 23u + x]);
   }
-}
-
-TEST(MaskFilters, HandWorkedBytes) {
-  const std::atomic<bool> abort{false};
-  const auto middle = [&](auto filter) {
-    std::uint8_t bytes[3][4] = {{10, 20, 30, 9}, {40, 250, 60, 9}, {70, 80, 90, 9}};
-    std::uint8_t* rows[] = {bytes[0], bytes[1], bytes[2]};
-    filter(kernels::MaskPlane{rows, 3, 3});
-    return int{bytes[1][1]};
-  };
-  EXPECT_EQ(middle([&](auto m) { kernels::SmoothMask(m, 1, abort); }), 100);
-  EXPECT_EQ(middle([&](auto m) { kernels::BlurMask(m, 1, abort); }), 77);
-  // The neighbour at the left, 40, does not count; what counts least is 10.
-  EXPECT_EQ(middle([&](auto m) { kernels::GrowShape(m, 1, abort); }), 10);
-  EXPECT_EQ(middle([&](auto m) { kernels::FractionBlur(m, 1, abort); }), 215);
-  EXPECT_EQ(middle([&](auto m) { kernels::FractionBlur(m, 4, abort); }), 111);
-  const kernels::ReliefKernel relief =
-      kernels::LayOutShadow({.direction = 1350, .intensity = 20}).relief;
-  EXPECT_EQ(middle([&](auto m) { kernels::EmbossMask(m, relief, abort); }), 151);
-}
-
-TEST(FrameTables, AttenuationTintAndGlaze) {
-  EXPECT_EQ(kernels::BuildAttenuationTable(70, 100)[0], 77);
-  EXPECT_EQ(kernels::BuildAttenuationTable(70, 10)[0], 166);
-  EXPECT_EQ(kernels::BuildAttenuationTable(-40, 100)[155], 39);
-  const kernels::ChannelTables tint = kernels::BuildTintTables({180, 0, 255}, 50);
-  EXPECT_EQ(tint.blue[101], 140);
-  EXPECT_EQ(tint.green[101], 50);
-  EXPECT_EQ(kernels::BuildTintTables({180, 0, 255}, -20).blue[101], 196);
-  const kernels::ChannelTables glaze = kernels::BuildGlazeTables({105, 0, 0}, 70);
-  EXPECT_EQ(glaze.blue[101], 102);
-  EXPECT_EQ(glaze.green[101], 70);
 }
 
 TEST(ShadowLayout, MarginsAndOffsets) {
