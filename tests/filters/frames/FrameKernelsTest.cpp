@@ -8,7 +8,6 @@
 #include <limits>
 
 #include "filters/frames/MaskFilters.h"
-#include "filters/frames/MatKernels.h"
 #include "filters/frames/PaneLayout.h"
 #include "filters/frames/ShadowLayout.h"
 #include "tests/filters/pixels/KernelRows.h"
