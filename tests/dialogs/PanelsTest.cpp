@@ -5,10 +5,12 @@
 #include <sstream>
 
 #include "core/PdibFilter.h"
+#include "dialogs/DialogText.h"
 #include "dialogs/Words.h"
 #include "filters/FilterClasses.h"
 #include "tests/dialogs/DialogRig.h"
 #include "tests/dialogs/LayoutCheck.h"
+#include "tests/support/CommaLocale.h"
 #include "tests/support/QuotedWords.h"
 #include "tests/support/TestFilters.h"
 
@@ -356,6 +358,30 @@ TEST_F(Panels, GreyPointIsPickedInThePicture) {
   const AnimMessage reset = {1, 57808, 1, 2};
   ComPtr<IAnimMessageReceiver>::Query(dialog.Get())->OnHostMessage(&reset);
   EXPECT_EQ(text->text, "RedG=255, GreenG=255, BlueG=255, Mode=2, Opacity=100, FilterOn=1");
+  // The host's picker is told of the end by a dialog that still picks, and by no other.
+  TakeLog();
+  dialog->Close();
+  EXPECT_NE(TakeLog().find("ToolBarNotifications"), std::string::npos);
+  Make("ZNFilter.WhiteBlackGrey.1");
+  OpenDialog();
+  TakeLog();
+  dialog->Close();
+  EXPECT_EQ(TakeLog().find("ToolBarNotifications"), std::string::npos);
+}
+
+class PanelTexts : public testing_support::CommaLocale {};
+
+// As filters print them there, and as records and defaults have them everywhere.
+TEST_F(PanelTexts, NumbersComeWithEitherPoint) {
+  constexpr PanelField kFields[] = {{"Radius", "Radius=%.1f", FieldKind::Real},
+                                    {"Percent", ",Percent=%d", FieldKind::Integer}};
+  for (const char* text : {"Radius=2,5,Percent=7", "Radius=2.5,Percent=7"}) {
+    PanelValues values(kFields);
+    dialogs::ReadDialogText(text, values);
+    EXPECT_EQ(values.Number("Radius"), 2.5) << text;
+    EXPECT_EQ(values.Number("Percent"), 7);
+    EXPECT_EQ(dialogs::PrintDialogText(values), "Radius=2,5,Percent=7");
+  }
 }
 
 // --- room and words

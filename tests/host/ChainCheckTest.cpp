@@ -100,7 +100,7 @@ TEST_F(ChainCheck, RefusesWhatIsNoNumber) {
                 HasSubstr("is not Key=whole number"))
         << value;
   }
-  for (const char* value : {"", ".", "1.5.5", "e3", "1e", "inf", "nan", "1,5"}) {
+  for (const char* value : {"", ".", "1.5.5", "e3", "1e", "1ee5", "inf", "nan", "1,5"}) {
     EXPECT_THAT(Message("ZNFilter.AdoptColor.1(LightA=" + std::string(value) + ")"),
                 HasSubstr("is not Key=number"))
         << value;

@@ -167,6 +167,9 @@ TEST(FxboxRender, RefusesWhatIsNoPicture) {
   for (const FxboxImage& image : wrong) {
     EXPECT_EQ(Render(image, kInvert).status, FXBOX_BAD_ARGUMENT);
   }
+  FxboxImage least = good;
+  least.width = least.height = 1;
+  EXPECT_EQ(Render(least, kInvert).status, FXBOX_OK);
   EXPECT_EQ(Render(good, nullptr).status, FXBOX_BAD_ARGUMENT);
   FxboxRenderOptions options{};  // without its size
   EXPECT_EQ(Render(good, kInvert, &options).status, FXBOX_BAD_ARGUMENT);

@@ -192,6 +192,11 @@ test_several_inputs() {
   [ "$(od -An -tx1 -N2 out/deep/b.JPG | tr -d ' ')" = ffd8 ] || fail 'b.JPG is no JPEG'
   cmp -s a.ppm out/deep/a.ppm || fail 'a.ppm was changed'
   no_leftovers
+  # Names that differ in case alone are two where the system tells them apart.
+  [ ! -e A.PPM ] || return 0
+  picture A.PPM
+  run 0 apply --quiet -c '' -o both a.ppm A.PPM
+  [ "$(ls both | wc -l)" -eq 2 ] || fail 'one name for two pictures'
 }
 
 test_original_is_kept() {
