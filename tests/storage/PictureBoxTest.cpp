@@ -352,6 +352,7 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
   }
   EXPECT_EQ(read, block);
   EXPECT_EQ(box.box->GetImageInfo("b", nullptr), "");
+  EXPECT_FALSE(box.box->WriteImageInfo("PicMask", "text", nullptr));
 }
 
 TEST(PictureBox, CutsAJpegBehindItsScanHead) {
