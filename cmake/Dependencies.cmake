@@ -1,4 +1,15 @@
-# Libraries from outside, found once for all rooms.
+# Libraries from outside, found once for all rooms. What an earlier configuration found in a folder
+# of libraries that is the former one by now is forgotten.
+if(FXBOX_LIBRARIES_FOUND_IN AND NOT FXBOX_LIBRARIES_FOUND_IN STREQUAL "${FXBOX_WINDOWS_LIBRARIES}")
+  get_cmake_property(found CACHE_VARIABLES)
+  foreach(variable IN LISTS found)
+    string(FIND "${${variable}}" "${FXBOX_LIBRARIES_FOUND_IN}/" place)
+    if(place EQUAL 0)
+      unset(${variable} CACHE)
+    endif()
+  endforeach()
+endif()
+set(FXBOX_LIBRARIES_FOUND_IN "${FXBOX_WINDOWS_LIBRARIES}" CACHE INTERNAL "")
 if(imageio IN_LIST FXBOX_ROOMS)
   find_package(ZLIB REQUIRED)
   find_package(JPEG REQUIRED)

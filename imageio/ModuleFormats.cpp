@@ -159,7 +159,10 @@ std::unique_ptr<Decoder> OpenModuleFormat(Source& source, Format format) {
 bool WriteModuleFormat(Output& output, Format format, const Picture& picture,
                        const WriteOptions& options, const Progress& progress) {
   const FormatFunctions& functions = FunctionsOf(format);
-  if (!functions.write) throw ImageError("pictures of this kind cannot be written");
+  if (!functions.write) {
+    throw ImageError(std::string(RowOf(format)->name) +
+                     " pictures can be read here, but not written");
+  }
   std::vector<BYTE> pixels(picture.RowBytes() * static_cast<std::size_t>(picture.Height()));
   for (int y = 0; y < picture.Height(); ++y) {
     picture.Interleave(y, true, pixels.data() + picture.RowBytes() * static_cast<std::size_t>(y));

@@ -20,7 +20,7 @@ takeProgram() { # FILE
   if [ -f "$1.debug" ]; then cp "$1.debug" "$files/symbols/"; fi
 }
 takeProgram "$built/component/Fxbox4.dll"
-takeProgram "$built/component/Fxbox4-webp.dll"
+for format in heif raw webp; do takeProgram "$built/component/Fxbox4-$format.dll"; done
 takeProgram "$built/program/fxbox.exe"
 takeProgram "$built/desk/fxbox-desk.exe"
 cp resources/settings/Tesmar.inf "$files/"
@@ -56,7 +56,7 @@ cp "$from"/sample/* "$files/sample/"
 x86_64-w64-mingw32-gcc-posix -O2 -Icomponent "$from/sample/sample.c" -o "$files/sample/sample.exe" -lole32
 cp "$files/Fxbox4.dll" "$files/Fxbox4.manifest" "$files/sample/"
 
-for package in zlib1g libjpeg62-turbo libpng16-16 libtiff6 libwebp7 liblcms2-2 libfreetype6 libharfbuzz0b \
+for package in zlib1g libjpeg62-turbo libpng16-16 libtiff6 libwebp7 libheif1 libde265-0 libraw20 liblcms2-2 libfreetype6 libharfbuzz0b \
   libfribidi0 libcli11-dev nlohmann-json3-dev gcc-mingw-w64-x86-64-posix-runtime mingw-w64-common; do
   [ -f "/usr/share/doc/$package/copyright" ] || die "the licence of $package is missing"
   cp "/usr/share/doc/$package/copyright" "$files/licences/$package.txt"

@@ -29,7 +29,8 @@ soak=(python3-distributed)
 # Windows, so that a file decodes, and a text is drawn, to the same bytes on both systems.
 windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev
   cmake ninja-build googletest libcli11-dev nlohmann-json3-dev libjpeg62-turbo-dev libpng-dev libtiff-dev
-  libwebp-dev liblcms2-dev libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
+  libwebp-dev libraw-dev libde265-dev libheif-dev
+  liblcms2-dev libfreetype-dev libharfbuzz-dev libfribidi-dev fonts-dejavu-core
   clang dpkg-dev nasm wine wine64 fonts-wine fonts-liberation xvfb xauth xclip xdotool)
 # What only packages need, beside all that builds.
 package=(debhelper dh-python lintian nsis mingw-w64-tools libwine-dev llvm-14 clang-tools-14 lld-14 zip unzip mmdebstrap)

@@ -200,7 +200,7 @@ Bytes Encode(const FormatPicture& from) {
 FormatFunctions Functions() {
   heif_init(nullptr);
   FormatFunctions functions = Reading<HeifFile>();
-  AddWriting<Encode>(functions);
+  if (heif_have_encoder_for_format(heif_compression_HEVC)) AddWriting<Encode>(functions);
   return functions;
 }
 

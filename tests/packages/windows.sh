@@ -96,19 +96,23 @@ otherHosts
 shortcuts() { find "$("$project/scripts/wine-prefix.sh" --where)/drive_c" -name 'Fxbox Desk.lnk'; }
 
 target="$folder/installed"
-webpThereAndBack() {
+readsAndWrites() {
   printf 'P6\n2 1\n255\n\372\240\050\050\132\310' >"$folder/in.ppm"
   check "writes WebP, $1" windows "$target/fxbox.exe" apply -c '' --quality 100 \
     -o "Z:$folder/out.webp" "Z:$folder/in.ppm"
   check "reads WebP, $1" windows "$target/fxbox.exe" apply -c '' -o "Z:$folder/back.ppm" "Z:$folder/out.webp"
   cmp "$folder/in.ppm" "$folder/back.ppm" || die "$1: WebP changes the picture"
+  local sample
+  for sample in "$project"/tests/imageio/data/sample.*; do
+    check "reads ${sample##*.}, $1" windows "$target/fxbox.exe" apply -c '' -o "Z:$folder/sample.ppm" "Z:$sample"
+  done
 }
 for mode in CurrentUser AllUsers; do
   check "install, $mode" windows "$installer" /S "/$mode" "/D=Z:${target//\//\\}"
   [ -f "$target/fxbox.exe" ] || die "$mode: nothing was installed"
   check "program, $mode" windows "$target/fxbox.exe" filters
   [ "$(grep -c ZNFilter "$folder/said")" -ge 46 ] || die "$mode: filters are missing"
-  webpThereAndBack "$mode"
+  readsAndWrites "$mode"
   check "program with windows, $mode" windows "$target/fxbox-desk.exe" --version
   grep -q '^fxbox-desk [0-9]' "$folder/said" || die "$mode: the program with windows says nothing"
   [ -n "$(shortcuts)" ] || die "$mode: the start menu lacks the program"

@@ -36,6 +36,11 @@ file_is() {
   }
 }
 
+# sum_is FILE SUM: its SHA-256 sum.
+sum_is() {
+  [ "$(sha256sum <"$1")" = "$2  -" ] || fail "$1 has other bytes"
+}
+
 is_missing() {
   for file in "$@"; do
     [ ! -e "$file" ] || fail "$file should not be there"
@@ -396,6 +401,32 @@ test_webp() {
   error_starts "fxbox: out2.webp: WebP pictures need the module $webp_module: "
   is_missing out2.webp
   run 0 apply -c '' -o out.png in.ppm
+}
+
+# Of each format that is not written everywhere there is a sample, which gives the same bytes on
+# every system.
+test_samples() {
+  samples=$(dirname "$0")/../imageio/data
+  cp "$samples/sample.heic" "$samples/sample.dng" .
+  run 0 apply -c '' -o heic.pam sample.heic
+  sum_is heic.pam 0a1b220d98f129bae6b0a5fe3fc8dbd4e030c51e19f86f7543e433a5cec13ef1
+  run 0 apply -c '' --quiet -o dng.pam sample.dng
+  sum_is dng.pam 32e5d51003ceb7366a3e4882d36e1ab5ecba70c6706678a95e1573a56d6c1d76
+  for kind in heic dng; do
+    head -c 1500 sample.$kind >cut.$kind
+    run 1 apply -c '' -o cut.pam cut.$kind
+    error_starts "fxbox: cut.$kind: "
+    is_missing cut.pam
+  done
+  picture in.ppm
+  case "$prefix" in
+    *.exe)
+      run 1 apply -c '' -o out.heic in.ppm
+      error_is 'fxbox: out.heic: HEIF pictures can be read here, but not written'
+      is_missing out.heic
+      ;;
+    *) run 0 apply -c '' -o out.heic in.ppm ;;
+  esac
 }
 
 test_module_formats() {
