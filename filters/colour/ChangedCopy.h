@@ -1,27 +1,24 @@
-// A row that is changed as it is copied.
+// A row of both planes that is changed on its way to rows that may be one plane alone.
 #pragma once
 
 #include <wtypes.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include "base/Rows.h"
+#include "filters/pixels/PointKernels.h"
 
-// Copies a row in pieces that stay in the nearest cache, each of which change(colour, mask, width)
-// then changes in place. Either target may be null.
+// Calls change(to, from, width) for pieces of a row, with a place for the plane that nobody wants.
 template <class Change>
-void CopyChanged(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask, int width,
+void CopyChanged(const kernels::MaskedRow& to, const kernels::GivenMaskedRow& from, int width,
                  const Change& change) {
-  constexpr int kPiece = 512;
-  BYTE unwantedColour[base::kBytesPerPixel * kPiece];
-  BYTE unwantedMask[kPiece];
+  constexpr int kPiece = 1024;
+  if (to.colour && to.mask) return change(to, from, width);
+  BYTE colours[base::kBytesPerPixel * kPiece];
+  BYTE masks[kPiece];
   for (int x = 0; x < width; x += kPiece) {
-    const int pixels = std::min(kPiece, width - x);
-    BYTE* const changedColour = toColour ? toColour + base::ColourOffset(x) : unwantedColour;
-    BYTE* const changedMask = toMask ? toMask + x : unwantedMask;
-    std::memcpy(changedColour, colour + base::ColourOffset(x), base::ColourBytes(pixels));
-    std::memcpy(changedMask, mask + x, static_cast<std::size_t>(pixels));
-    change(changedColour, changedMask, pixels);
+    const std::ptrdiff_t at = base::ColourOffset(x);
+    change({to.colour ? to.colour + at : colours, to.mask ? to.mask + x : masks},
+           {from.colour + at, from.mask + x}, std::min(kPiece, width - x));
   }
 }

@@ -36,11 +36,12 @@ void CImgBgFilter::Commit() {
 // rows.
 void CImgBgFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                            int width, const base::RowWriter&) {
-  const auto change = [this](BYTE* c, BYTE* m, int pixels) {
+  const auto change = [this](const kernels::MaskedRow& to, const kernels::GivenMaskedRow& from,
+                             int pixels) {
     kernels::Choose<kernels::PointKernelTable>().putBackground(
-        c, m, pixels, {used.blue, used.green, used.red}, used.transparency);
+        to, from, pixels, {used.blue, used.green, used.red}, used.transparency);
   };
-  CopyChanged(colour, mask, toColour, toMask, width, change);
+  CopyChanged({toColour, toMask}, {colour, mask}, width, change);
 }
 
 HRESULT CImgBgFilter::ReadPixel(BYTE* pixel) {

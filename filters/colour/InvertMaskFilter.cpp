@@ -21,9 +21,10 @@ const FilterClass kInvertMaskClass = {
 
 namespace {
 
-void ChangeRow(BYTE* colour, BYTE* mask, int width, const InvertMaskParameters& p) {
-  kernels::Choose<kernels::PointKernelTable>().invertMask(colour, mask, width,
-                                                          {p.blue, p.green, p.red}, p.transparency);
+void ChangeRow(const kernels::MaskedRow& to, const kernels::GivenMaskedRow& from, int width,
+               const InvertMaskParameters& p) {
+  kernels::Choose<kernels::PointKernelTable>().invertMask(to, from, width, {p.blue, p.green, p.red},
+                                                          p.transparency);
 }
 
 }  // namespace
@@ -34,14 +35,16 @@ std::span<const ParameterRow<InvertMaskParameters>> InvertMaskParameters::Rows()
 
 void CInvertMaskFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                                 int width, const base::RowWriter&) {
-  CopyChanged(colour, mask, toColour, toMask, width,
-              [this](BYTE* c, BYTE* m, int pixels) { ChangeRow(c, m, pixels, used); });
+  CopyChanged({toColour, toMask}, {colour, mask}, width,
+              [this](const kernels::MaskedRow& to, const kernels::GivenMaskedRow& from,
+                     int pixels) { ChangeRow(to, from, pixels, used); });
 }
 
 HRESULT CInvertMaskFilter::ReadPixel(BYTE* pixel) {
   if (!pixel) return E_POINTER;
   const HRESULT status = CPdibFilter::ReadPixel(pixel);
   if (FAILED(status)) return status;
-  ChangeRow(pixel, pixel + base::kBytesPerPixel, 1, Active());
+  BYTE* const mask = pixel + base::kBytesPerPixel;
+  ChangeRow({pixel, mask}, {pixel, mask}, 1, Active());
   return S_OK;
 }

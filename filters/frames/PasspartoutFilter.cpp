@@ -206,8 +206,9 @@ void CPasspartoutFilter::PaintBetween(int y) {
   const Paint paint = PaintAlong(painted.borderhori);
   PaintPart(paint, y, 0, layout.x.first);
   PaintPart(paint, y, layout.x.last + 1, result.width);
+  BYTE* const colour = outputPicture->ColourRows()[y] + base::ColourOffset(layout.x.first);
+  BYTE* const mask = outputPicture->MaskRows()[y] + layout.x.first;
   kernels::Choose<kernels::PointKernelTable>().putBackground(
-      outputPicture->ColourRows()[y] + base::ColourOffset(layout.x.first),
-      outputPicture->MaskRows()[y] + layout.x.first, layout.x.last - layout.x.first + 1,
+      {colour, mask}, {colour, mask}, layout.x.last - layout.x.first + 1,
       {painted.blue, painted.green, painted.red}, painted.transparency);
 }

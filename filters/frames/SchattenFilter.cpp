@@ -130,16 +130,42 @@ void CSchattenFilter::TakeParameters() {
 // The result ends up in the output picture, and the input picture serves to make shadows.
 bool CSchattenFilter::Rebuild() {
   if (!EnsurePictures(result.width, result.height, result.width, result.height)) return false;
-  if (!Pull(*outputPicture, layout.left, layout.top)) return false;
+  BorrowInput();
+  if (!Pull(*outputPicture, layout.left, layout.top, Wanted::Picture)) return false;
   if (drawn.lightIntensity != 0 && !AddRelief()) return false;
   if (drawn.shadowDensity == 0) return true;
   if (!drawn.innerOn) return CastOuterShadow();
   return CastInnerShadow() && (drawn.size == 0 || AddOuterGlow());
 }
 
-bool CSchattenFilter::Pull(MemoryPicture& picture, int x, int y) {
+bool CSchattenFilter::Pull(MemoryPicture& picture, int x, int y, Wanted wanted) {
+  if (IsLent()) return CopyGiven(picture, x, y, wanted);
   const bool isClear = Clear(picture);
   return PullInto(picture, x, y) == S_OK && isClear && !abort;
+}
+
+// Puts the picture into one that is empty around it.
+bool CSchattenFilter::CopyGiven(MemoryPicture& picture, int x, int y, Wanted wanted) {
+  const int right = x + pulled.width;
+  return ForRows(0, result.height, [&](int row) {
+    const base::RowWriter writer(result.width, result.height);
+    BYTE* const mask = picture.MaskRows()[row];
+    BYTE* const colour = picture.ColourRows()[row];
+    const bool isWithin = row >= y && row < y + pulled.height;
+    const auto clear = [&](int first, int end) {
+      if (first >= end) return;
+      writer.Fill(mask + first, base::kNothing, static_cast<std::size_t>(end - first));
+      if (wanted == Wanted::Mask) return;
+      writer.Fill(colour + base::ColourOffset(first), 0, base::ColourBytes(end - first));
+    };
+    clear(0, isWithin ? x : result.width);
+    if (!isWithin) return;
+    clear(right, result.width);
+    writer.Copy(mask + x, given.mask[row - y], static_cast<std::size_t>(pulled.width));
+    if (wanted == Wanted::Mask) return;
+    writer.Copy(colour + base::ColourOffset(x), given.colour[row - y],
+                base::ColourBytes(pulled.width));
+  });
 }
 
 kernels::MaskPlane CSchattenFilter::ShadowMask() const {
@@ -150,7 +176,7 @@ bool CSchattenFilter::AddRelief() {
   // Each costs a walk over the picture: a light far beyond 100 percent gets no more of them.
   constexpr int kMostPasses = 1000;
   const int passes = std::min(std::max(drawn.lightIntensity, 50) - 50 + 15, kMostPasses);
-  if (!Pull(*inputPicture, layout.left, layout.top) ||
+  if (!Pull(*inputPicture, layout.left, layout.top, Wanted::Mask) ||
       !kernels::SmoothMask(ShadowMask(), passes, abort) ||
       !kernels::EmbossMask(ShadowMask(), layout.relief, abort)) {
     return false;
@@ -169,14 +195,15 @@ bool CSchattenFilter::SpreadShadow(bool grows) {
 }
 
 bool CSchattenFilter::CastOuterShadow() {
-  return Pull(*inputPicture, layout.left + layout.offsetX, layout.top + layout.offsetY) &&
+  return Pull(*inputPicture, layout.left + layout.offsetX, layout.top + layout.offsetY,
+              Wanted::Mask) &&
          SpreadShadow(true) && LayOverShadow(100);
 }
 
 // Behind a picture with an inner shadow, fainter than that.
 bool CSchattenFilter::AddOuterGlow() {
   const std::int64_t fainter = std::int64_t{drawn.shadowDensity} * 85 / 100;
-  return Pull(*inputPicture, layout.left, layout.top) && SpreadShadow(true) &&
+  return Pull(*inputPicture, layout.left, layout.top, Wanted::Mask) && SpreadShadow(true) &&
          LayOverShadow(static_cast<int>(fainter));
 }
 
@@ -199,7 +226,8 @@ bool CSchattenFilter::LayOverShadow(int attenuation) {
 
 // What is left of the shape around the moved picture, where the picture is.
 bool CSchattenFilter::CastInnerShadow() {
-  if (!Pull(*inputPicture, layout.left + layout.offsetX, layout.top + layout.offsetY) ||
+  if (!Pull(*inputPicture, layout.left + layout.offsetX, layout.top + layout.offsetY,
+            Wanted::Mask) ||
       !SpreadShadow(false)) {
     return false;
   }

@@ -26,7 +26,7 @@ struct SchattenParameters {
 extern const FilterClass kSchattenClass;
 
 // Each computing pull reads the source two to four times: for the picture, and for the mask that
-// relief, shadow and glow are made of.
+// relief, shadow and glow are made of. Of rows that are lent it takes the mask alone then.
 class CSchattenFilter final : public ParameterFilter<WholePictureFilter, SchattenParameters> {
  public:
   explicit CSchattenFilter(const FilterClass& row)
@@ -39,7 +39,9 @@ class CSchattenFilter final : public ParameterFilter<WholePictureFilter, Schatte
   void ReadText(const char* text) override;
   void TakeParameters() override;
   bool Rebuild() override;
-  bool Pull(MemoryPicture& picture, int x, int y);
+  enum class Wanted { Picture, Mask };
+  bool Pull(MemoryPicture& picture, int x, int y, Wanted wanted);
+  bool CopyGiven(MemoryPicture& picture, int x, int y, Wanted wanted);
   bool AddRelief();
   bool CastOuterShadow();
   bool CastInnerShadow();

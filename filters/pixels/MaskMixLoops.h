@@ -144,20 +144,20 @@ template <class Weights>
   return {All<Bytes>(fill.blue), All<Bytes>(fill.green), All<Bytes>(fill.red)};
 }
 
-inline void InvertMaskInBlocks(std::uint8_t* colour, std::uint8_t* mask, int width, Colour fill,
-                               int percent) {
-  if (percent < 0 || percent > 100) return InvertMask(colour, mask, width, fill, percent);
+inline void InvertMaskInBlocks(const MaskedRow& to, const GivenMaskedRow& from, int width,
+                               Colour fill, int percent) {
+  if (percent < 0 || percent > 100) return InvertMask(to, from, width, fill, percent);
   const Planes fills = PlanesOf(fill);
   const MaskInversionWeights weights(percent);
   ChangeRowWithMasks(
-      colour, mask, width, [&](Block & block, Bytes & masks) __attribute__((always_inline)) {
+      to, from, width, [&](Block & block, Bytes & masks) __attribute__((always_inline)) {
         MixBlock(block, masks, fills, weights);
       });
 }
 
-inline void PutBackgroundInBlocks(std::uint8_t* colour, std::uint8_t* mask, int width,
+inline void PutBackgroundInBlocks(const MaskedRow& to, const GivenMaskedRow& from, int width,
                                   Colour background, int percent) {
-  if (percent < 0 || percent >= 100) return PutBackground(colour, mask, width, background, percent);
+  if (percent < 0 || percent >= 100) return PutBackground(to, from, width, background, percent);
   const int level = percent * 255 / 100;
   const auto behind = [level](int channel) {
     return static_cast<std::uint8_t>(channel * (255 - level) / 255);
@@ -166,7 +166,7 @@ inline void PutBackgroundInBlocks(std::uint8_t* colour, std::uint8_t* mask, int 
       PlanesOf({behind(background.blue), behind(background.green), behind(background.red)});
   const BackgroundWeights weights(level);
   ChangeRowWithMasks(
-      colour, mask, width, [&](Block & block, Bytes & masks) __attribute__((always_inline)) {
+      to, from, width, [&](Block & block, Bytes & masks) __attribute__((always_inline)) {
         if (IsAny(masks)) MixBlock(block, masks, fills, weights);
       });
 }

@@ -137,21 +137,23 @@ inline void MixRow(std::uint8_t* colour, std::uint8_t* mask, int width, Colour f
   __builtin_memcpy(mask, lastMasks, pixels);
 }
 
-inline void InvertMaskLoop(std::uint8_t* colour, std::uint8_t* mask, int width, Colour fill,
+inline void InvertMaskLoop(const MaskedRow& to, const GivenMaskedRow& from, int width, Colour fill,
                            int percent) {
-  if (percent < 0 || percent > 100) return InvertMask(colour, mask, width, fill, percent);
-  MixRow(colour, mask, width, fill, MaskInversion{static_cast<float>(percent)});
+  if (percent < 0 || percent > 100) return InvertMask(to, from, width, fill, percent);
+  CopyMaskedRow(to, from, width);
+  MixRow(to.colour, to.mask, width, fill, MaskInversion{static_cast<float>(percent)});
 }
 
-inline void PutBackgroundLoop(std::uint8_t* colour, std::uint8_t* mask, int width,
+inline void PutBackgroundLoop(const MaskedRow& to, const GivenMaskedRow& from, int width,
                               Colour background, int percent) {
-  if (percent < 0 || percent >= 100) return PutBackground(colour, mask, width, background, percent);
+  if (percent < 0 || percent >= 100) return PutBackground(to, from, width, background, percent);
+  CopyMaskedRow(to, from, width);
   const int level = percent * 255 / 100;
-  if (level == 0) return MixRow(colour, mask, width, background, OpaqueBackground{});
+  if (level == 0) return MixRow(to.colour, to.mask, width, background, OpaqueBackground{});
   const auto behind = [level](int channel) {
     return static_cast<std::uint8_t>(channel * (255 - level) / 255);
   };
-  MixRow(colour, mask, width,
+  MixRow(to.colour, to.mask, width,
          {behind(background.blue), behind(background.green), behind(background.red)},
          BackgroundMix{static_cast<float>(level)});
 }

@@ -16,9 +16,10 @@ struct PointKernelTable {
   void (*shiftColours)(std::uint8_t* colour, int width, const ColourOffsets& offsets);
   void (*invert)(std::uint8_t* bytes, std::size_t count, int percent);
   void (*fade)(std::uint8_t* mask, std::size_t count, std::uint8_t keep);
-  void (*invertMask)(std::uint8_t* colour, std::uint8_t* mask, int width, Colour fill, int percent);
-  void (*putBackground)(std::uint8_t* colour, std::uint8_t* mask, int width, Colour background,
-                        int percent);
+  void (*invertMask)(const MaskedRow& to, const GivenMaskedRow& from, int width, Colour fill,
+                     int percent);
+  void (*putBackground)(const MaskedRow& to, const GivenMaskedRow& from, int width,
+                        Colour background, int percent);
 
   // For Choose.
   static const PointKernelTable& Plain();

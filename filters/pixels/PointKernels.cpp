@@ -1,6 +1,7 @@
 #include "filters/pixels/PointKernels.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "base/Arithmetic.h"
 #include "base/Rows.h"
@@ -150,22 +151,31 @@ void MixColour(std::uint8_t* colour, int width, Colour mixed, int percent) {
   }
 }
 
-void InvertMask(std::uint8_t* colour, std::uint8_t* mask, int width, Colour fill, int percent) {
+void CopyMaskedRow(const MaskedRow& to, const GivenMaskedRow& from, int width) {
+  if (to.colour == from.colour || width < 1) return;
+  std::memcpy(to.colour, from.colour, base::ColourBytes(width));
+  std::memcpy(to.mask, from.mask, static_cast<std::size_t>(width));
+}
+
+void InvertMask(const MaskedRow& to, const GivenMaskedRow& from, int width, Colour fill,
+                int percent) {
+  CopyMaskedRow(to, from, width);
   if (IsPercentage(percent)) {
-    InvertMaskRow<int>(colour, mask, width, fill, percent);
+    InvertMaskRow<int>(to.colour, to.mask, width, fill, percent);
   } else {
-    InvertMaskRow<std::int64_t>(colour, mask, width, fill, percent);
+    InvertMaskRow<std::int64_t>(to.colour, to.mask, width, fill, percent);
   }
 }
 
-void PutBackground(std::uint8_t* colour, std::uint8_t* mask, int width, Colour background,
+void PutBackground(const MaskedRow& to, const GivenMaskedRow& from, int width, Colour background,
                    int percent) {
+  CopyMaskedRow(to, from, width);
   const std::int64_t level = ScaleToByte(percent);
   if (level >= 255) return;
   if (level >= 0) {
-    PutBackgroundRow<int>(colour, mask, width, background, static_cast<int>(level));
+    PutBackgroundRow<int>(to.colour, to.mask, width, background, static_cast<int>(level));
   } else {
-    PutBackgroundRow<std::int64_t>(colour, mask, width, background, level);
+    PutBackgroundRow<std::int64_t>(to.colour, to.mask, width, background, level);
   }
 }
 

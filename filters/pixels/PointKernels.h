@@ -11,6 +11,7 @@
 #include <cstdint>
 
 #include "filters/pixels/ColourConversion.h"
+#include "filters/pixels/MaskedRow.h"
 
 namespace kernels {
 
@@ -43,11 +44,15 @@ void ShiftColours(std::uint8_t* colour, int width, const ColourOffsets& offsets)
 // A plain mix with a colour.
 void MixColour(std::uint8_t* colour, int width, Colour mixed, int percent);
 
+// Copies nothing where they are the same.
+void CopyMaskedRow(const MaskedRow& to, const GivenMaskedRow& from, int width);
+
 // Fills what is transparent with a colour and makes what is opaque transparent, by a percentage.
-void InvertMask(std::uint8_t* colour, std::uint8_t* mask, int width, Colour fill, int percent);
+void InvertMask(const MaskedRow& to, const GivenMaskedRow& from, int width, Colour fill,
+                int percent);
 
 // Puts a colour of the given transparency behind the picture.
-void PutBackground(std::uint8_t* colour, std::uint8_t* mask, int width, Colour background,
+void PutBackground(const MaskedRow& to, const GivenMaskedRow& from, int width, Colour background,
                    int percent);
 
 // The form for a single pixel, whose arithmetic differs. Where a percentage above 100 leaves

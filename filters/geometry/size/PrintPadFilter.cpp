@@ -116,8 +116,9 @@ bool CPrintPadFilter::Rebuild() {
                    outputPicture->ColourRows(), outputPicture->MaskRows());
   const kernels::Colour pad = ColourOf(used.padColor);
   return isClear && ForRows(0, result.height, [&](int row) {
+           BYTE* const colour = outputPicture->ColourRows()[row];
+           BYTE* const mask = outputPicture->MaskRows()[row];
            kernels::Choose<kernels::PointKernelTable>().putBackground(
-               outputPicture->ColourRows()[row], outputPicture->MaskRows()[row], result.width, pad,
-               0);
+               {colour, mask}, {colour, mask}, result.width, pad, 0);
          });
 }

@@ -1,6 +1,7 @@
 // Colour rows in blocks of as many pixels as a vector has bytes: for fast kernels alone.
 #pragma once
 
+#include "filters/pixels/MaskedRow.h"
 #include "filters/pixels/simd/Vectors.h"
 
 namespace kernels {
@@ -63,33 +64,37 @@ template <class Change>
   __builtin_memcpy(colour, rest, bytes);
 }
 
-// The same with a mask row beside it: change(block, masks) changes both.
+// The same with a mask row beside it, from one place to another, which may be the same one:
+// change(block, masks) changes both.
 template <class Change>
-[[gnu::always_inline]] inline void ChangeBlockWithMasks(std::uint8_t* colour, std::uint8_t* mask,
+[[gnu::always_inline]] inline void ChangeBlockWithMasks(const MaskedRow& to,
+                                                        const GivenMaskedRow& from,
                                                         const Change& change) {
-  Block block = LoadBlock(colour);
-  auto masks = Load<Bytes>(mask);
+  Block block = LoadBlock(from.colour);
+  auto masks = Load<Bytes>(from.mask);
   change(block, masks);
-  StoreBlock(colour, block);
-  Store(mask, masks);
+  StoreBlock(to.colour, block);
+  Store(to.mask, masks);
 }
 template <class Change>
-[[gnu::always_inline]] inline void ChangeRowWithMasks(std::uint8_t* colour, std::uint8_t* mask,
-                                                      int width, const Change& change) {
-  for (; width >= kPixels; width -= kPixels, colour += kBlockBytes, mask += kPixels) {
-    Prefetch(colour);
-    __builtin_prefetch(mask + 1024);
-    ChangeBlockWithMasks(colour, mask, change);
+[[gnu::always_inline]] inline void ChangeRowWithMasks(MaskedRow to, GivenMaskedRow from, int width,
+                                                      const Change& change) {
+  for (; width >= kPixels; width -= kPixels) {
+    Prefetch(from.colour);
+    __builtin_prefetch(from.mask + 1024);
+    ChangeBlockWithMasks(to, from, change);
+    to.colour += kBlockBytes, to.mask += kPixels;
+    from.colour += kBlockBytes, from.mask += kPixels;
   }
   if (width <= 0) return;
   const auto pixels = static_cast<std::size_t>(width);
   std::uint8_t colours[kBlockBytes] = {};
   std::uint8_t masks[kPixels] = {};
-  __builtin_memcpy(colours, colour, 3 * pixels);
-  __builtin_memcpy(masks, mask, pixels);
-  ChangeBlockWithMasks(colours, masks, change);
-  __builtin_memcpy(colour, colours, 3 * pixels);
-  __builtin_memcpy(mask, masks, pixels);
+  __builtin_memcpy(colours, from.colour, 3 * pixels);
+  __builtin_memcpy(masks, from.mask, pixels);
+  ChangeBlockWithMasks({colours, masks}, {colours, masks}, change);
+  __builtin_memcpy(to.colour, colours, 3 * pixels);
+  __builtin_memcpy(to.mask, masks, pixels);
 }
 
 // --- Blocks in memory, for loops over single pixels that the compiler widens.

@@ -54,6 +54,21 @@ TEST_P(PointKernelLevels, HasKernelsOfItsOwn) {
   }
 }
 
+// The rows that are read stay.
+TEST_P(PointKernelLevels, MixMasksFromRowToRow) {
+  for (const int width : {1, 63, 64, 150}) {
+    const int end = 4 * width;
+    ExpectSame(RandomRow(static_cast<std::size_t>(3 * end), 6), [&](auto& k, std::uint8_t* at) {
+      const std::uint8_t* const from = at + 2 * end;
+      for (const int percent : {-1, 0, 30, 100}) {
+        k.invertMask({at, at + 3 * width}, {from, from + 3 * width}, width, {1, 128, 255}, percent);
+        k.putBackground({at + end, at + end + 3 * width}, {from, from + 3 * width}, width,
+                        {180, 128, 255}, percent);
+      }
+    });
+  }
+}
+
 // Every width around the size of a vector, at every alignment; the row before and behind is a
 // guard.
 TEST_P(PointKernelLevels, KeepInsideTheRow) {
@@ -75,16 +90,16 @@ TEST_P(PointKernelLevels, KeepInsideTheRow) {
     const Row both = RandomRow(static_cast<std::size_t>(start + 4 * width + 2 * kGuard), 5);
     const int mask = start + 3 * width + kGuard;
     ExpectSame(both, [&](auto& k, std::uint8_t* at) {
-      k.invertMask(at + start, at + mask, width, {1, 128, 255}, 40);
-      k.putBackground(at + start, at + mask, width, {180, 128, 255}, 30);
+      k.invertMask({at + start, at + mask}, {at + start, at + mask}, width, {1, 128, 255}, 40);
+      k.putBackground({at + start, at + mask}, {at + start, at + mask}, width, {180, 128, 255}, 30);
     });
   }
   ExpectSame(RandomRow(64, 1), [](auto& k, std::uint8_t* at) {
     k.sepia(at + 32, -1, 90);
     k.blackWhite(at + 32, -1, 70);
     k.shiftColours(at + 32, -1, {17, -200, 90});
-    k.invertMask(at, at + 32, -1, {1, 128, 255}, 40);
-    k.putBackground(at, at + 32, -1, {180, 128, 255}, 30);
+    k.invertMask({at, at + 32}, {at, at + 32}, -1, {1, 128, 255}, 40);
+    k.putBackground({at, at + 32}, {at, at + 32}, -1, {180, 128, 255}, 30);
   });
 }
 
@@ -179,18 +194,18 @@ TEST_P(PointKernelLevels, EveryMaskWithEveryByteAtEveryPercentage) {
   for (int percent = -1; percent <= 101; ++percent) {
     for (const kernels::Colour fill : {kernels::Colour{0, 128, 255}, {1, 77, 254}}) {
       ExpectSame(row, [&](auto& k, std::uint8_t* at) {
-        k.invertMask(at, at + kMask, kWidth, fill, percent);
+        k.invertMask({at, at + kMask}, {at, at + kMask}, kWidth, fill, percent);
       });
       ExpectSame(row, [&](auto& k, std::uint8_t* at) {
-        k.putBackground(at, at + kMask, kWidth, fill, percent);
+        k.putBackground({at, at + kMask}, {at, at + kMask}, kWidth, fill, percent);
       });
     }
   }
   constexpr int kMax = std::numeric_limits<int>::max();
   for (const int percent : {-kMax - 1, -300, 300, kMax}) {
     ExpectSame(RandomRow(4 * 99, 3), [&](auto& k, std::uint8_t* at) {
-      k.invertMask(at, at + 3 * 99, 99, {1, 128, 255}, percent);
-      k.putBackground(at, at + 3 * 99, 99, {1, 128, 255}, percent);
+      k.invertMask({at, at + 3 * 99}, {at, at + 3 * 99}, 99, {1, 128, 255}, percent);
+      k.putBackground({at, at + 3 * 99}, {at, at + 3 * 99}, 99, {1, 128, 255}, percent);
     });
   }
 }

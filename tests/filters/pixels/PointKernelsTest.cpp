@@ -195,12 +195,12 @@ TEST(PointKernels, EveryMaskAtEveryPercentage) {
     for (int m = 0; m < 256; ++m) {
       std::uint8_t row[] = {10, 200, 90, static_cast<std::uint8_t>(m)};
       std::uint8_t pixel[] = {10, 200, 90, static_cast<std::uint8_t>(m)};
-      kernels::PutBackground(row, row + 3, 1, {180, 128, 255}, percent);
+      kernels::PutBackground({row, row + 3}, {row, row + 3}, 1, {180, 128, 255}, percent);
       kernels::PutBackgroundPixel(pixel, pixel + 3, {180, 128, 255}, percent);
       if (percent <= 99) {
         ASSERT_EQ(row[3], pixel[3]) << m << ' ' << percent;
       }
-      kernels::InvertMask(row, row + 3, 1, {1, 128, 255}, percent);
+      kernels::InvertMask({row, row + 3}, {row, row + 3}, 1, {1, 128, 255}, percent);
       if (percent == 0) {
         ASSERT_EQ(row[3], pixel[3]) << m;
       }
