@@ -11,7 +11,7 @@
 #include <cstdint>
 
 #include "filters/pixels/ColourConversion.h"
-#include "filters/pixels/MaskedRow.h"
+#include "filters/pixels/simd/MaskedRow.h"
 
 namespace kernels {
 

@@ -1,7 +1,7 @@
 // Colour rows in blocks of as many pixels as a vector has bytes: for fast kernels alone.
 #pragma once
 
-#include "filters/pixels/MaskedRow.h"
+#include "filters/pixels/simd/MaskedRow.h"
 #include "filters/pixels/simd/Vectors.h"
 
 namespace kernels {
