@@ -276,6 +276,7 @@ TEST(PictureBox, HalfAPictureIsNone) {
       {"no mask", Bytes10(1) + Packed(place + Sized(picture))},
       {"short mask", Bytes10(1) + Packed(place + Sized(picture) + Number(2000) + Text(mask))},
       {"other mask", Bytes10(1) + Packed(place + Sized(picture) + Sized(other))},
+      {"colours as mask", Bytes10(1) + Packed(place + Sized(picture) + Sized(picture))},
       {"top down", Bytes10(2) + Packed(place + Sized(top))},
       {"compressed", Bytes10(2) + Packed(place + Sized(packed))},
       {"too wide", Bytes10(2) + Packed(place + Sized(wide))},
@@ -526,8 +527,10 @@ TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
         EXPECT_EQ(Names(to.At(picbox::kPictures)).back() == "copy.jpg", isFile);
         EXPECT_EQ(to.box->OpenPicture(1, "copy", "jpg")->native, isFile);
         EXPECT_EQ(to.Read("copy"), "picture");
-        EXPECT_TRUE(to.box->CopyImage("copy", *outside, "back", newFormat, ext, true));
-        EXPECT_EQ(ReadFile(folder / "new" / "back.jpg") == jpeg, isFile);
+        std::filesystem::remove(folder / "new" / "copy.jpg");
+        EXPECT_TRUE(to.box->CopyImage("copy", *outside, "copy", newFormat, ext, true));
+        EXPECT_EQ(ReadFile(folder / "new" / "copy.jpg") == jpeg, isFile);
+        EXPECT_TRUE(std::filesystem::exists(folder / "new" / "copy.jpg"));
         EXPECT_FALSE(source->CopyImage("absent", *to.box, "copy", newFormat, ext, true));
       }
       EXPECT_TRUE(source->CopyImage(name, *outside, "copy", newFormat, ext, true));
