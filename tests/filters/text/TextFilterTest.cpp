@@ -223,6 +223,16 @@ TEST(TextFilter, TextsMayBeSetAndReadOnAnyThread) {
   setter.join();
 }
 
+// Where a font has the name of a key, too.
+TEST(TextFilter, KeysEndWithTheirSign) {
+  const auto filter = Make(ClassOf(kText));
+  filter->SetParameter("Font=Size,Size=300,Text=PosX,PosX=250", 1);
+  const std::string text = PendingText(*filter.Get());
+  EXPECT_THAT(text, testing::HasSubstr(",Size=300,"));
+  EXPECT_THAT(text, testing::HasSubstr(",PosX=250,"));
+  EXPECT_THAT(text, testing::EndsWith(",Font=Size,Text=PosX"));
+}
+
 TEST(WaterSign, RepeatsAtEvenSteps) {
   TestFonts fonts;
   // 40 pixels high letters, 2384 / 2048 of it is the line; 10 pixels between.
@@ -310,7 +320,12 @@ TEST_F(SignPicture, IsScaledTurnedAndRepeated) {
   const Picture turned =
       Drawn(kSign, "Size=200,Opacity=100,Angle=1800" + Key(file), Uniform(100, 100, 0, 0, 0, 255));
   for (int y = 0; y < 20; ++y) {
-    for (int x = 0; x < 40; ++x) ASSERT_EQ(turned.Mask(30 + x, 40 + y), sign.Mask(39 - x, 19 - y));
+    for (int x = 0; x < 40; ++x) {
+      const BYTE* const from = sign.Colour(39 - x, 19 - y);
+      ASSERT_EQ(turned.Mask(30 + x, 40 + y), sign.Mask(39 - x, 19 - y));
+      if (sign.Mask(39 - x, 19 - y) == 255) continue;
+      ASSERT_TRUE(std::equal(from, from + 3, turned.Colour(30 + x, 40 + y))) << x << ", " << y;
+    }
   }
   const Picture tiled = Drawn(kSign, "Size=200,Opacity=100,Tile=1,Spacing=030" + Key(file),
                               Uniform(100, 100, 0, 0, 0, 255));
@@ -323,6 +338,12 @@ TEST_F(SignPicture, IsScaledTurnedAndRepeated) {
       }
     }
   }
+}
+
+TEST_F(SignPicture, IsLaidOverASingleRow) {
+  TestFonts fonts;
+  const Picture row = Uniform(40, 1, 1, 2, 3, 255);
+  EXPECT_NE(Drawn(kSign, "Size=1000,Opacity=100" + Key(file), row), row);
 }
 
 // Known by length and time, unless it is so new that it may still be written.
