@@ -142,6 +142,7 @@ TEST_F(CompoundFileTest, WhatWasOpenedEndsWithItsStorage) {
   WriteAt(stream, 0, "written");
   root.Reset();
   EXPECT_EQ(stream->Write("x", 1, nullptr), STG_E_REVERTED);
+  EXPECT_EQ(stream->SetSize(Large(1)), STG_E_REVERTED);
   StreamPtr other;
   EXPECT_EQ(inner->OpenStream(Ole(u"stream").c_str(), nullptr, kReading, 0, other.Put()),
             STG_E_REVERTED);

@@ -1,8 +1,10 @@
 // Compound files where they are our own: what other readers say, faults, kills, full disks.
+#include <ole2.h>
 #include <signal.h>
 #include <sys/resource.h>
 
 #include <cstdlib>
+#include <cstring>
 
 #include "platform/CompoundCheck.h"
 #include "platform/compound/CompoundFile.h"
@@ -71,6 +73,19 @@ TEST_F(CompoundLinuxTest, KeepsWhatIsSaidOfAStorage) {
   ASSERT_EQ(OpenStorage(Open(path), u"inner")->Stat(&stat, STATFLAG_NONAME), S_OK);
   EXPECT_EQ(stat.clsid, classId);
   EXPECT_EQ(stat.grfStateBits, 0xA5A50034u);
+}
+
+TEST_F(CompoundLinuxTest, ReadsTheEndOfGlobalMemoryAndNoMore) {
+  const HGLOBAL block = GlobalAlloc(GHND, 5);
+  std::memcpy(GlobalLock(block), "01234", 5);
+  GlobalUnlock(block);
+  platform::ComPtr<ILockBytes> bytes;
+  ASSERT_EQ(CreateILockBytesOnHGlobal(block, TRUE, bytes.Put()), S_OK);
+  std::string read(6, 'x');
+  ULONG count = 0;
+  EXPECT_EQ(bytes->ReadAt(Large(2), read.data(), 6, &count), S_OK);
+  EXPECT_EQ(count, 3u);
+  EXPECT_EQ(read, "234xxx");
 }
 
 // --- a long life against a model
