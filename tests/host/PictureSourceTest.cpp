@@ -117,6 +117,24 @@ TEST_F(PictureSourceTest, WholePullDecodesIntoTheCallersRowsAndASecondIsKept) {
   EXPECT_EQ(decodes, 2);
 }
 
+TEST_F(PictureSourceTest, LendsWhatItKeeps) {
+  const BYTE* const* colour = nullptr;
+  const BYTE* const* mask = nullptr;
+  const auto lend = [&](int width) { return source->LendRows(width, 4, &colour, &mask); };
+  EXPECT_EQ(lend(5), 1) << "nothing was decoded";
+  CallerRows rows;
+  Read(rows, {0, 0, 0, 0, 5, 4});
+  EXPECT_EQ(lend(5), 1) << "the caller's rows are not the source's";
+  Read(rows, {0, 0, 0, 0, 2, 2});
+  ASSERT_EQ(lend(5), S_OK);
+  EXPECT_EQ(colour[3][4 * 3 + 1], ColourAt(4, 3, 1));
+  EXPECT_EQ(mask[3][4], MaskAt(4, 3));
+  EXPECT_EQ(source->ReturnRows(), S_OK);
+  EXPECT_EQ(lend(6), 1) << "more than there is";
+  source->SetAbort(true);
+  EXPECT_EQ(lend(5), 1);
+}
+
 TEST(PictureSource, AbortDuringADecodeStopsIt) {
   platform::ComPtr<PictureSource> source;
   int rowsDone = 0;
