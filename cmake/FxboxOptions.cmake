@@ -31,8 +31,9 @@ target_compile_options(fxbox_warnings INTERFACE -Wall -Wextra -Wconversion -Wsha
 
 if(FXBOX_SANITIZE STREQUAL "address")
   # Not vptr: a host's objects may come from a language whose tables carry no C++ type information.
-  add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr -fno-sanitize-recover=all
-    -fno-omit-frame-pointer)
+  # Not null, not object-size: the address sanitizer stops at both, and they are a tenth of the build.
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize=vptr,null,object-size
+    -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)
 elseif(FXBOX_SANITIZE STREQUAL "thread")
   add_compile_options(-fsanitize=thread)
