@@ -277,6 +277,18 @@ INSTANTIATE_TEST_SUITE_P(All, LentRows, testing::ValuesIn([] {
                          }()),
                          [](const auto& tested) { return std::string(tested.param->className); });
 
+// A source that hands itself out for any id seems to lend, and does not.
+TEST(LentRowsOfAChain, AreNotAskedOfWhoAnswersEveryQuery) {
+  const std::vector<Item> turn = {{&ClassOf("ZNFilter.Rotate.1"), "Angle=90"}};
+  const Picture picture = Noise(20, 9, Masks::Noise, 3);
+  Chain copying(picture, turn, false);
+  Chain simple(picture, turn, true);
+  simple.source->answersEveryQuery = true;
+  ExpectEqualPulls(copying, simple, copying.Whole());
+  EXPECT_EQ(simple.source->loans, 0);
+  EXPECT_EQ(simple.source->requests, copying.source->requests);
+}
+
 // One thread pulls the end of a chain, another a filter in the middle of it, which lends its rows
 // to the next one, and a third one prepares.
 TEST(LentRowsOfAChain, AreSharedByThreads) {

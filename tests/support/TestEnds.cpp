@@ -14,6 +14,13 @@ void PrintTo(const RowRequest& r, std::ostream* out) {
 
 // --- source
 
+HRESULT TestSource::QueryInterface(REFIID iid, void** result) {
+  if (!answersEveryQuery) return ComObject::QueryInterface(iid, result);
+  *result = Unknown();
+  AddRef();
+  return S_OK;
+}
+
 HRESULT TestSource::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                              BYTE** colourRows, BYTE** maskRows) {
   requests.push_back({destX, destY, srcX, srcY, width, height});

@@ -34,6 +34,7 @@ class TestSource final
   explicit TestSource(Picture served) : picture(std::move(served)) {}
   IUnknown* Unknown() { return static_cast<IAnimFilterDestCallsThis*>(this); }
 
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override;
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) override;
   // Lends rows that hold something else as soon as they are given back.
@@ -64,6 +65,7 @@ class TestSource final
   // middle.
   std::function<void(int rows)> onRow;
 
+  bool answersEveryQuery = false;  // with its first interface, whatever it is asked for
   bool lends = false;
   // What somebody wrote to lent rows; empty while nobody did.
   std::string writtenToLent;
