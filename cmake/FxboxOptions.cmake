@@ -72,7 +72,8 @@ function(fxbox_read_ahead name)
 endfunction()
 if(FXBOX_PRECOMPILE)
   if(WIN32) # GCC warns falsely of short strings whose header was read ahead
-    target_compile_options(fxbox_warnings INTERFACE -Wno-array-bounds -Wno-stringop-overread)
+    target_compile_options(fxbox_warnings INTERFACE -Wno-array-bounds -Wno-stringop-overread
+      -Wno-stringop-overflow)
   endif()
   fxbox_read_ahead(fxbox_headers)
 endif()
