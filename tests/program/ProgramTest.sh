@@ -198,10 +198,17 @@ test_several_inputs() {
   cmp -s a.ppm out/deep/a.ppm || fail 'a.ppm was changed'
   no_leftovers
   # Names that differ in case alone are two where the system tells them apart.
-  [ ! -e A.PPM ] || return 0
   picture A.PPM
-  run 0 apply --quiet -c '' -o both a.ppm A.PPM
-  [ "$(ls both | wc -l)" -eq 2 ] || fail 'one name for two pictures'
+  case "$prefix" in
+    *run-wine.sh*)
+      run 2 apply --quiet -c '' -o both a.ppm A.PPM
+      error_is 'fxbox: A.PPM: would overwrite the result of a.ppm in both\A.PPM'
+      ;;
+    *)
+      run 0 apply --quiet -c '' -o both a.ppm A.PPM
+      [ "$(ls both | wc -l)" -eq 2 ] || fail 'one name for two pictures'
+      ;;
+  esac
 }
 
 test_original_is_kept() {
