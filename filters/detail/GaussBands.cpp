@@ -89,8 +89,8 @@ class GaussRegions {
   void KeepSides(int first, int end) {
     for (int row = first; row < end; ++row) {
       for (int border = 1; border < count; ++border) {
-        std::memcpy(sides.data() + SideAt(border, row), Pixel(row, First(border) - radius),
-                    2 * SideBytes());
+        std::copy_n(Pixel(row, First(border) - radius), 2 * SideBytes(),
+                    sides.data() + SideAt(border, row));
       }
     }
   }
