@@ -203,7 +203,7 @@ class GaussPass {
     if (x == 0) {
       for (std::size_t i = 0; i < LeftBytes(); ++i) left[i] = Pixel(row, 0)[i % 3];
     } else if (x == begin) {
-      std::memcpy(left, regions.Before(region, row), LeftBytes());
+      std::copy_n(regions.Before(region, row), LeftBytes(), left);
     }
     const int fresh = std::min(radius, pixels);
     const std::size_t kept = base::ColourBytes(radius - fresh);
