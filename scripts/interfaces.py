@@ -152,7 +152,8 @@ def c_region(interfaces):
 def idl_type(kind):
     replaced = {"REFIID": "GUID*", "REFCLSID": "GUID*", "AnimWindowHandle*": "void**",
                 "KvString*": "void*", "bool": "boolean", "bool*": "boolean*", "BYTE*": "byte*",
-                "BYTE**": "byte**", "const BYTE* const**": "byte***", "const char*": "LPSTR", "char*": "LPSTR", "char**": "LPSTR*",
+                "BYTE**": "byte**", "const BYTE* const**": "byte***",
+                "const char*": "LPSTR", "char*": "LPSTR", "char**": "LPSTR*",
                 "intptr_t": "INT_PTR", "intptr_t*": "INT_PTR*", "const void*": "void*",
                 "uint32_t": "unsigned int", "const AnimMessage*": "AnimMessage*"}
     if kind.rstrip("*") in SYSTEM_INTERFACES:

@@ -32,8 +32,6 @@ void CImgBgFilter::Commit() {
   output.offsetX = output.offsetY = 0;
 }
 
-// A source that stopped is not told apart: what it gave is composed, and the abort flag ends the
-// rows.
 void CImgBgFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
                            int width, const base::RowWriter&) {
   const auto change = [this](const kernels::MaskedRow& to, const kernels::GivenMaskedRow& from,

@@ -18,6 +18,8 @@ extern const FilterClass kImgBgClass;
 
 class CImgBgFilter final : public ParameterFilter<WholePictureFilter, ImgBgParameters> {
  public:
+  // A source that stopped is not told apart: what it gave is composed, and the abort flag ends the
+  // rows.
   explicit CImgBgFilter(const FilterClass& row)
       : ParameterFilter(
             row, {.cache = Cache::InputPicture, .abortMarksChange = true, .takesWhatComes = true}) {
