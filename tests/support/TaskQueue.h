@@ -19,6 +19,10 @@ class TaskQueue {
     }
     wake.notify_all();
   }
+  bool IsEmpty() {
+    const std::lock_guard hold(lock);
+    return tasks.empty();
+  }
   // Runs tasks until the condition holds, which is looked at after each and every two milliseconds.
   // False where it does not hold after half a minute and no task is left.
   template <class Condition>
