@@ -1,4 +1,4 @@
-// A picture to be read, wherever its rows lie.
+// Pictures wherever their rows lie: one to be read, and one to be written.
 #pragma once
 
 #include <wtypes.h>
@@ -10,6 +10,15 @@ struct RowView {
   const BYTE* const* colour = nullptr;
   const BYTE* const* mask = nullptr;
   int width = 0, height = 0;
+};
+
+// The same where each row lies apart from the others.
+struct WritableRows {
+  BYTE* const* colour = nullptr;
+  BYTE* const* mask = nullptr;
+  int width = 0, height = 0;
+
+  operator RowView() const { return {colour, mask, width, height}; }
 };
 
 }  // namespace base

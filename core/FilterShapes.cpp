@@ -25,10 +25,6 @@ void CutAxis(int& dest, int& src, int& length, int size) {
   length = static_cast<int>(std::max<std::int64_t>(0, end - first));
 }
 
-base::RowView ViewOf(const MemoryPicture& picture) {
-  return {picture.ColourRows(), picture.MaskRows(), picture.Width(), picture.Height()};
-}
-
 void Announce(const BYTE* row, std::size_t bytes) {
   constexpr std::size_t kCacheLine = 64;
   for (std::size_t at = 0; at < bytes; at += kCacheLine) {
@@ -188,7 +184,7 @@ bool WholePictureFilter::HoldsAnswer() const {
 }
 
 base::RowView WholePictureFilter::Answer() const {
-  return policy.cache == Cache::OutputPicture ? ViewOf(*outputPicture) : given;
+  return policy.cache == Cache::OutputPicture ? outputPicture->Rows() : given;
 }
 
 // After a failed rebuild the picture may be that of another result, or missing.
@@ -238,7 +234,8 @@ bool WholePictureFilter::RetakeInput() {
 bool WholePictureFilter::GiveOut(const PullRectangle& rectangle) {
   const PullRectangle cut = rectangle.CutTo(result.width, result.height);
   if (isOpen && IsAll(cut)) {
-    return ComputeRows(cut.colourRows + cut.destY, cut.maskRows + cut.destY);
+    return ComputeRows(
+        {cut.colourRows + cut.destY, cut.maskRows + cut.destY, cut.width, cut.height});
   }
   return CloseAll() && CopyOut(cut);
 }
@@ -255,7 +252,7 @@ bool WholePictureFilter::IsAll(const PullRectangle& cut) const {
 
 bool WholePictureFilter::Close() {
   if (!EnsurePictures(0, 0, result.width, result.height) ||
-      !ComputeRows(outputPicture->ColourRows(), outputPicture->MaskRows())) {
+      !ComputeRows(outputPicture->Rows(result.width, result.height))) {
     return false;
   }
   DropInput();
@@ -310,7 +307,7 @@ std::optional<base::RowView> WholePictureFilter::Lend(int width, int height) {
   }
   borrowed = {};
   if (policy.flags == ChangeFlags::ClearedAtEnd) ClearChanges();
-  return lentRows.Crop(ViewOf(*outputPicture), frame, frame, width, height);
+  return lentRows.Crop(outputPicture->Rows(), frame, frame, width, height);
 }
 
 void WholePictureFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
@@ -353,7 +350,7 @@ bool WholePictureFilter::TakeInputOfSize(int width, int height) {
   }
   givenIsLent = false;
   if (!EnsurePictures(width, height, 0, 0)) return false;
-  given = ViewOf(*inputPicture);
+  given = inputPicture->Rows(width, height);
   return PullInput(*inputPicture);
 }
 

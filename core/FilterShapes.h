@@ -181,7 +181,7 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   // as soon as somebody asks for a part.
   bool isOpen = false;
   // Computes all rows of the result; false when it could not.
-  virtual bool ComputeRows(BYTE* const* /*colour*/, BYTE* const* /*mask*/) { return false; }
+  virtual bool ComputeRows(const base::WritableRows& /*to*/) { return false; }
   // Ends that. Unless a class knows a way with less memory, the rows are computed into
   // `outputPicture`, and `inputPicture` goes. False when it could not.
   virtual bool Close();
@@ -210,7 +210,8 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   bool TakeInputOfSize(int width, int height);
   // For who has read it and needs it no more.
   void DropInput();
-  // To be read, for Rebuild, ComputeRows and CopyRow.
+  // To be read, for Rebuild, ComputeRows and CopyRow. It has the size that was taken, also where
+  // our own picture is larger.
   base::RowView given;
   bool isGivenWhole = false;  // whether the source delivered all of it
   // Whether `given` belongs to the source, and lasts for the pull alone.

@@ -9,6 +9,7 @@
 #include "base/Dib.h"
 #include "base/Export.h"
 #include "base/KvInterfaces.h"
+#include "base/RowView.h"
 
 // The block, all fields 32-bit little-endian, at any address that is a multiple of 4:
 //
@@ -57,6 +58,11 @@ class FXBOX_API MemoryPicture {
   // One pointer a row; null without the plane.
   BYTE** ColourRows() const { return imageRows.get(); }
   BYTE** MaskRows() const { return maskRows.get(); }
+  // Both planes, and as much of them as a smaller picture has.
+  base::WritableRows Rows() const { return Rows(width, height); }
+  base::WritableRows Rows(int partWidth, int partHeight) const {
+    return {ColourRows(), MaskRows(), partWidth, partHeight};
+  }
   BYTE* Block() const { return block; }
   BYTE* Image() const { return image; }
   BYTE* Mask() const { return mask; }

@@ -19,8 +19,9 @@ bool ConvolutionFilter::TakeInput() {
     outputPicture.reset();
     return goesOn;
   }
-  return EnsurePictures(0, 0, result.width + 2, result.height + 2) &&
-         PullInput(*outputPicture, 1, 1);
+  if (!EnsurePictures(0, 0, result.width + 2, result.height + 2)) return false;
+  given = Framed();
+  return PullInput(*outputPicture, 1, 1);
 }
 
 bool ConvolutionFilter::Rebuild() {
@@ -28,19 +29,8 @@ bool ConvolutionFilter::Rebuild() {
   return isOpen;
 }
 
-kernels::PictureRows ConvolutionFilter::Framed() const {
-  return {outputPicture->ColourRows(),
-          outputPicture->MaskRows(),
-          0,
-          0,
-          result.width + 2,
-          result.height + 2};
-}
-
-bool ConvolutionFilter::ComputeRows(BYTE* const* colour, BYTE* const* mask) {
-  const kernels::GivenRows picture = IsLent() ? kernels::GivenRows(given) : Framed();
-  return kernels::Convolve3x3(kernels::BlendKernel(table, usedStrength), picture, Inner(),
-                              kernels::ResultRows{colour, mask}, abort);
+bool ConvolutionFilter::ComputeRows(const base::WritableRows& to) {
+  return kernels::Convolve3x3(kernels::BlendKernel(table, usedStrength), given, Inner(), to, abort);
 }
 
 // Our own copy in place. What an abort leaves of it is of no use.

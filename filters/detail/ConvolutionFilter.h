@@ -23,9 +23,11 @@ class ConvolutionFilter : public WholePictureFilter {
   void TakeParameters() override { usedStrength = Strength(); }
   bool TakeInput() override;
   bool Rebuild() override;
-  bool ComputeRows(BYTE* const* colour, BYTE* const* mask) override;
+  bool ComputeRows(const base::WritableRows& to) override;
   bool Close() override;
-  kernels::PictureRows Framed() const;
+  base::WritableRows Framed() const {
+    return outputPicture->Rows(result.width + 2, result.height + 2);
+  }
   kernels::PictureArea Inner() const { return {frame, frame, result.width, result.height}; }
 
   const kernels::KernelTable& table;

@@ -38,7 +38,7 @@ void FindDust(const std::uint16_t* const* sums, int width, const DustLimits& lim
 // colours of those of three that it has changed.
 class DustWalk {
  public:
-  DustWalk(const PictureRows& walked, const RowBlocks& rowBlocks, int block,
+  DustWalk(const base::WritableRows& walked, const RowBlocks& rowBlocks, int block,
            const DustKernelTable& table, const DustLimits& dust)
       : picture(walked),
         blocks(rowBlocks),
@@ -98,7 +98,7 @@ class DustWalk {
     if (x == 0) return;
     changed[Slot<3>(y)] = true;
     originals[Slot<3>(y)].assign(Row(y), Row(y) + base::ColourBytes(picture.width));
-    std::uint8_t* const row = picture.colourRows[picture.y + y] + base::ColourOffset(picture.x);
+    std::uint8_t* const row = picture.colour[y];
     const std::uint8_t* const rows[] = {Original(y - 1), Original(y), Row(y + 1)};
     for (; x != 0; x = NextMark(x)) {
       const std::ptrdiff_t pixel = base::ColourOffset(x);
@@ -122,7 +122,7 @@ class DustWalk {
     return changed[Slot<3>(y)] ? originals[Slot<3>(y)].data() : Row(y);
   }
 
-  const PictureRows& picture;
+  const base::WritableRows& picture;
   const RowBlocks& blocks;
   const int number;
   const DustKernelTable& kernels;
@@ -141,7 +141,7 @@ const DustKernelTable& DustKernelTable::Plain() {
   return kPlain;
 }
 
-bool RemoveDust(const PictureRows& picture, int tolerance, int greatestRegion,
+bool RemoveDust(const base::WritableRows& picture, int tolerance, int greatestRegion,
                 const std::atomic<bool>& abort) {
   if (picture.width < 3 || picture.height < 3) return true;
   // No sums are further apart than 765, and no window has more than 121 pixels.
@@ -149,9 +149,8 @@ bool RemoveDust(const PictureRows& picture, int tolerance, int greatestRegion,
                              std::clamp(greatestRegion, -1, kDustRows * kDustRows)};
   // So that what is counted twice at the borders stays a small part.
   const int least = std::max(8 * kDustRows, base::RowsPerBand(picture.width));
-  const RowBlocks blocks(picture.colourRows + picture.y,
-                         static_cast<std::size_t>(base::ColourOffset(picture.x)),
-                         base::ColourBytes(picture.width), picture.height, kDustReach, least);
+  const RowBlocks blocks(picture.colour, 0, base::ColourBytes(picture.width), picture.height,
+                         kDustReach, least);
   return blocks.ForEach([&](int block) {
     return DustWalk(picture, blocks, block, Choose<DustKernelTable>(), limits).Run(abort);
   });

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "filters/pixels/PictureRows.h"
+#include "base/RowView.h"
 #include "filters/pixels/simd/Simd.h"
 
 namespace kernels {
@@ -18,7 +18,7 @@ namespace kernels {
 // Works in place, from the first row on, in blocks that workers share, and tests `abort` ahead of
 // each row; false when that ended it.
 // Takes memory for some rows and may throw std::bad_alloc.
-bool RemoveDust(const PictureRows& picture, int tolerance, int greatestRegion,
+bool RemoveDust(const base::WritableRows& picture, int tolerance, int greatestRegion,
                 const std::atomic<bool>& abort);
 
 // --- One row of it, by vector unit.

@@ -52,7 +52,7 @@ class Window {
   // Places are 16 bits wide where they are stacked.
   static constexpr double kGreatestReach = 32000;
 
-  Window(const PictureRows& whole, int clickX, int clickY, double reach)
+  Window(const base::WritableRows& whole, int clickX, int clickY, double reach)
       : picture(&whole),
         columns(SpanAround(clickX, std::min(reach, kGreatestReach), whole.width)),
         rows(SpanAround(clickY, std::min(reach, kGreatestReach), whole.height)),
@@ -64,8 +64,7 @@ class Window {
   std::int64_t Area() const { return std::int64_t{Width()} * Height(); }
 
   BYTE* Pixel(Place at) const {
-    return picture->colourRows[picture->y + rows.first + at.row] +
-           base::ColourOffset(picture->x + columns.first + at.column);
+    return picture->colour[rows.first + at.row] + base::ColourOffset(columns.first + at.column);
   }
   BYTE& Cell(Place at) {
     return map[static_cast<std::size_t>(at.row) * static_cast<std::size_t>(Width()) +
@@ -214,7 +213,7 @@ class Window {
     change(placeAt(last), placeAt(last + 1));
   }
 
-  const PictureRows* picture;
+  const base::WritableRows* picture;
   Span columns, rows;
   Place click;
   std::vector<BYTE> map;  // 1 for what belongs to the eye, row after row
@@ -223,7 +222,7 @@ class Window {
 // One eye: finds the threshold and the window that part it from what is around it, and fills it.
 class Eye {
  public:
-  Eye(const PictureRows& whole, double givenZoom, const editing::RedEyeClick& click,
+  Eye(const base::WritableRows& whole, double givenZoom, const editing::RedEyeClick& click,
       const std::atomic<bool>& abortFlag)
       : picture(whole),
         zoom(givenZoom),
@@ -262,9 +261,7 @@ class Eye {
   static constexpr int kLeastOfCat = 155;
   static constexpr int kGreatestOfColour = 100;
 
-  BYTE* ClickedPixel() const {
-    return picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + x);
-  }
+  BYTE* ClickedPixel() const { return picture.colour[y] + base::ColourOffset(x); }
 
   // No window is smaller than the clicked pixel.
   double Reach(int size) const { return size * zoom > 0 ? size * zoom : 0; }
@@ -405,7 +402,7 @@ class Eye {
     });
   }
 
-  const PictureRows& picture;
+  const base::WritableRows& picture;
   const double zoom;
   const std::atomic<bool>& abort;
   const int x, y;  // of the click
@@ -427,7 +424,7 @@ EyeKind EyeKindOf(const BYTE* pixel) {
   return blue > green ? EyeKind::Blue : EyeKind::Green;
 }
 
-void RemoveRedEye(const PictureRows& picture, double zoom, const editing::RedEyeClick& click,
+void RemoveRedEye(const base::WritableRows& picture, double zoom, const editing::RedEyeClick& click,
                   const std::atomic<bool>& abort) {
   Eye eye(picture, zoom, click, abort);
   eye.Find(click.correction);

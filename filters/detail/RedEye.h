@@ -6,8 +6,8 @@
 
 #include <atomic>
 
+#include "base/RowView.h"
 #include "editing/RedEyeParameters.h"
-#include "filters/pixels/PictureRows.h"
 
 namespace kernels {
 
@@ -26,7 +26,7 @@ EyeKind EyeKindOf(const BYTE* pixel);
 // so that a preview shows what the full picture will be. The picture has a pixel at least; its mask
 // rows are not used. An abort ends a search early, and the eye is then not as it should be. Takes
 // memory for a map of the window, and may throw std::bad_alloc.
-void RemoveRedEye(const PictureRows& picture, double zoom, const editing::RedEyeClick& click,
+void RemoveRedEye(const base::WritableRows& picture, double zoom, const editing::RedEyeClick& click,
                   const std::atomic<bool>& abort);
 
 }  // namespace kernels

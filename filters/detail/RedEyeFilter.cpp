@@ -63,7 +63,7 @@ bool CRedEyeFilter::ChangeRectangle(const PullRectangle& rectangle) {
   if (!isClear) return false;
   for (int i = 0; i < now.count; ++i) {
     if (abort) return false;
-    kernels::RemoveRedEye({rows, nullptr, 0, 0, width, height}, zoom,
+    kernels::RemoveRedEye({rows, nullptr, width, height}, zoom,
                           now.clicks[static_cast<std::size_t>(i)], abort);
   }
   const PullRectangle cut = rectangle.CutTo(width, height);

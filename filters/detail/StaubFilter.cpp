@@ -76,8 +76,8 @@ CStaubFilter::Outcome CStaubFilter::Rebuild(const PullRectangle& request) {
   const std::int32_t tolerance = active.grayTolerance;
   const std::int32_t greatest = pending.maxRgnSize;
   held.unlock();
-  isWhole = kernels::RemoveDust({colour, mask, 0, 0, request.width, request.height}, tolerance,
-                                greatest, abort);
+  isWhole = kernels::RemoveDust({colour, mask, request.width, request.height}, tolerance, greatest,
+                                abort);
   return isWhole ? Outcome::Done : Outcome::StoppedWithin;
 }
 

@@ -54,14 +54,18 @@ bool CRauchglasFilter::ChangeRectangle(const PullRectangle& rectangle) {
 }
 
 // Across the pane's edges the picture is seen as it was, beyond those of the request nothing is.
-bool CRauchglasFilter::Blur(const PullRectangle& rectangle, const PullRectangle& pane,
-                            int radius) const {
+bool CRauchglasFilter::Blur(const PullRectangle& rectangle, const PullRectangle& pane, int radius) {
   const int strength = std::clamp(radius, 0, 100);
   if (strength == 0 || (pane.width < 3 && pane.height < 3)) return true;
+  colours.clear();
+  masks.clear();
+  for (int y = 0; y < rectangle.height; ++y) {
+    colours.push_back(rectangle.Colour(y));
+    masks.push_back(rectangle.Mask(y));
+  }
   return kernels::Convolve3x3(
       kernels::BlendKernel(kernels::kSoftenTable, strength * zoom),
-      {rectangle.colourRows, rectangle.maskRows, rectangle.destX, rectangle.destY, rectangle.width,
-       rectangle.height},
+      base::WritableRows{colours.data(), masks.data(), rectangle.width, rectangle.height},
       {pane.destX - rectangle.destX, pane.destY - rectangle.destY, pane.width, pane.height}, abort);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <vector>
 
 #include "core/FilterShapes.h"
 #include "filters/frames/MatParameters.h"
@@ -48,6 +49,8 @@ class CRauchglasFilter final : public ParameterFilter<RectangleFilter, Rauchglas
   void PrintText(const RauchglasParameters& parameters, char* buffer, int size) override;
   bool ChangeRectangle(const PullRectangle& rectangle) override;
   bool NeedsMask() const override { return true; }
-  bool Blur(const PullRectangle& rectangle, const PullRectangle& pane, int radius) const;
+  bool Blur(const PullRectangle& rectangle, const PullRectangle& pane, int radius);
   bool Tint(const PullRectangle& pane, const RauchglasParameters& parameters) const;
+
+  std::vector<BYTE*> colours, masks;  // the rows of the rectangle; kept for their room
 };

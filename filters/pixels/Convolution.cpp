@@ -58,7 +58,7 @@ class FramedRow {
 
   // Row y of the picture, from column x on, with the colours of the columns `columns`. A row
   // outside the picture does not count.
-  void Load(const GivenRows& picture, int x, int y, const Columns& columns,
+  void Load(const base::RowView& picture, int x, int y, const Columns& columns,
             const std::uint8_t* colours) {
     if (y < 0 || y >= picture.height) {
       SetNothing(-1, width + 1, base::kNothing);
@@ -68,8 +68,7 @@ class FramedRow {
     std::memcpy(Colour() + base::ColourOffset(columns.first - x), colours,
                 base::ColourBytes(columns.Count()));
     if (anyNothing) SetNothing(-1, width + 1, 0);
-    const std::uint8_t* const mask =
-        picture.maskRows ? picture.maskRows[picture.y + y] + picture.x + x : nullptr;
+    const std::uint8_t* const mask = picture.mask ? picture.mask[y] + x : nullptr;
     SetNothing(-1, 0, x > 0 ? NothingAt(mask, -1) : base::kNothing);
     SetNothing(width, width + 1,
                x + width < picture.width ? NothingAt(mask, width) : base::kNothing);
@@ -147,14 +146,14 @@ const ConvolutionKernels& ConvolutionKernels::Plain() {
 namespace {
 
 // Which columns of the picture an area and the pixels on either side of it have.
-Columns ColumnsAround(const PictureArea& area, const GivenRows& picture) {
+Columns ColumnsAround(const PictureArea& area, const base::RowView& picture) {
   return {std::max(area.x - 1, 0), std::min(area.x + area.width + 1, picture.width)};
 }
 
 // Works on neighbouring rows of the area at a time.
 class Convolver {
  public:
-  Convolver(const Kernel3x3& blended, const GivenRows& convolved, const PictureArea& part)
+  Convolver(const Kernel3x3& blended, const base::RowView& convolved, const PictureArea& part)
       : kernel(blended), picture(convolved), area(part), columns(ColumnsAround(part, convolved)) {}
 
   // Convolves the rows from `begin` on to the one ahead of `end`, upwards by a step of 1 or
@@ -188,24 +187,23 @@ class Convolver {
 
  private:
   const Kernel3x3& kernel;
-  const GivenRows picture;
+  const base::RowView picture;
   const PictureArea& area;
   const Columns columns;
 };
 
 }  // namespace
 
-bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
-                 const std::atomic<bool>& abort) {
+bool Convolve3x3(const Kernel3x3& kernel, const base::WritableRows& picture,
+                 const PictureArea& area, const std::atomic<bool>& abort) {
   if (area.width < 1 || area.height < 1) return true;
   const Convolver convolver(kernel, picture, area);
   const Columns columns = ColumnsAround(area, picture);
-  const RowBlocks blocks(picture.colourRows + picture.y + area.y,
-                         static_cast<std::size_t>(base::ColourOffset(picture.x + columns.first)),
-                         base::ColourBytes(columns.Count()), area.height, 1,
-                         base::RowsPerBand(area.width));
+  const RowBlocks blocks(
+      picture.colour + area.y, static_cast<std::size_t>(base::ColourOffset(columns.first)),
+      base::ColourBytes(columns.Count()), area.height, 1, base::RowsPerBand(area.width));
   const auto writeInPlace = [&](int y, const auto& convolve) {
-    convolve(picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + area.x));
+    convolve(picture.colour[y] + base::ColourOffset(area.x));
   };
   return blocks.ForEach([&](int block) {
     return convolver.Run(
@@ -214,17 +212,15 @@ bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const Pict
   });
 }
 
-bool Convolve3x3(const Kernel3x3& kernel, const GivenRows& picture, const PictureArea& area,
-                 const ResultRows& result, const std::atomic<bool>& abort) {
+bool Convolve3x3(const Kernel3x3& kernel, const base::RowView& picture, const PictureArea& area,
+                 const base::WritableRows& result, const std::atomic<bool>& abort) {
   if (area.width < 1 || area.height < 1) return true;
   const Convolver convolver(kernel, picture, area);
   const Columns columns = ColumnsAround(area, picture);
-  const auto rowAt = [&](int y) {
-    return picture.colourRows[picture.y + y] + base::ColourOffset(picture.x + columns.first);
-  };
+  const auto rowAt = [&](int y) { return picture.colour[y] + base::ColourOffset(columns.first); };
   const auto write = [&](int y, const auto& convolve) {
     convolve(result.colour[y - area.y]);
-    std::memcpy(result.mask[y - area.y], picture.maskRows[picture.y + y] + picture.x + area.x,
+    std::memcpy(result.mask[y - area.y], picture.mask[y] + area.x,
                 static_cast<std::size_t>(area.width));
   };
   return base::ForEachBand(area.height, base::RowsPerBand(area.width), [&](int first, int end) {

@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "filters/pixels/PictureRows.h"
+#include "base/RowView.h"
 
 namespace kernels {
 
@@ -51,19 +51,14 @@ struct PictureArea {
 // neighbour counts as if it had the colour of the centre where its mask is 255 or where it lies
 // outside the picture; outside the area the neighbours are what they are. Masks stay. Tests `abort`
 // ahead of each row; false when that ended it, the rows of a block from there on being untouched.
-// Takes memory for a few rows and may throw std::bad_alloc.
-bool Convolve3x3(const Kernel3x3& kernel, const PictureRows& picture, const PictureArea& area,
-                 const std::atomic<bool>& abort);
+// Takes memory for a few rows and may throw std::bad_alloc. Without mask rows everything is opaque.
+bool Convolve3x3(const Kernel3x3& kernel, const base::WritableRows& picture,
+                 const PictureArea& area, const std::atomic<bool>& abort);
 
-// Row i of an area goes to row i of these.
-struct ResultRows {
-  std::uint8_t* const* colour;
-  std::uint8_t* const* mask;
-};
-
-// The same into rows elsewhere, masks included, from the last row of the area, or of each of the
-// workers' bands, to the first. The picture, which has masks, stays. Rows are whole or untouched.
-bool Convolve3x3(const Kernel3x3& kernel, const GivenRows& picture, const PictureArea& area,
-                 const ResultRows& result, const std::atomic<bool>& abort);
+// The same into rows elsewhere, masks included: row i of the area to row i of the result, from the
+// last one of the area, or of each of the workers' bands, to the first. The picture, which has
+// masks, stays. Rows are whole or untouched.
+bool Convolve3x3(const Kernel3x3& kernel, const base::RowView& picture, const PictureArea& area,
+                 const base::WritableRows& result, const std::atomic<bool>& abort);
 
 }  // namespace kernels

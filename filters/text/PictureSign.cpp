@@ -123,10 +123,8 @@ Picture ScaledTo(int height, const MemoryPicture& picture) {
   Picture scaled = NewPicture(std::max<std::int64_t>(width, 1), height);
   scaled->Clear();
   const std::atomic<bool> never{false};
-  if (!kernels::Resample(
-          {picture.ColourRows(), picture.MaskRows(), picture.Width(), picture.Height()},
-          {scaled->ColourRows(), scaled->MaskRows(), scaled->Width(), scaled->Height()},
-          {.ratioX = ratio, .ratioY = ratio}, never)) {
+  if (!kernels::Resample(picture.Rows(), scaled->Rows(), {.ratioX = ratio, .ratioY = ratio},
+                         never)) {
     throw SignError("the picture is too narrow to be enlarged");
   }
   return scaled;

@@ -128,20 +128,19 @@ bool CDrehFilter::Rebuild() {
 }
 
 QuarterTurn CDrehFilter::Turned(const RotationGeometry& turn) const {
-  return QuarterTurn({given.colour, given.mask, pulled.width, pulled.height}, turn.quarterTurns,
-                     used.mirrorOn);
+  return QuarterTurn(given, turn.quarterTurns, used.mirrorOn);
 }
 
-bool CDrehFilter::ComputeRows(BYTE* const* colour, BYTE* const* mask) {
+bool CDrehFilter::ComputeRows(const base::WritableRows& to) {
   const RotationGeometry turn = Geometry(used, pulled);
-  return turn.isQuarterTurn ? Turn(Turned(turn), colour, mask) : Shear(turn, colour, mask);
+  return turn.isQuarterTurn ? Turn(Turned(turn), to) : Shear(turn, to);
 }
 
-bool CDrehFilter::Turn(const QuarterTurn& turned, BYTE* const* colour, BYTE* const* mask) {
+bool CDrehFilter::Turn(const QuarterTurn& turned, const base::WritableRows& to) {
   return base::ForEachBand(turned.Bands(), 1, [&](int first, int end) {
     for (int i = first; i < end; ++i) {
       if (abort) return false;
-      turned.ReadBand(turned.BandAt(i), colour, mask);
+      turned.ReadBand(turned.BandAt(i), to);
     }
     return true;
   });
@@ -163,11 +162,11 @@ bool CDrehFilter::TakeIntermediate(const QuarterTurn& turned, const RotationGeom
   return base::ForEachBand(turned.Bands(), 1, take);
 }
 
-bool CDrehFilter::Shear(const RotationGeometry& turn, BYTE* const* colour, BYTE* const* mask) {
+bool CDrehFilter::Shear(const RotationGeometry& turn, const base::WritableRows& to) {
   const kernels::Shears shears = ShearsOf(turn);
   return base::ForEachBand(result.height, base::RowsPerBand(result.width), [&](int first, int end) {
     kernels::Shears part = shears;
-    for (int y = end - 1; y >= first && !abort; --y) part.ReadRow(y, colour[y], mask[y]);
+    for (int y = end - 1; y >= first && !abort; --y) part.ReadRow(y, to.colour[y], to.mask[y]);
     return !abort;
   });
 }

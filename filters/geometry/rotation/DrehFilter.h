@@ -30,12 +30,12 @@ class CDrehFilter final : public ParameterFilter<WholePictureFilter, RotationRec
   void DropPictures() override;
   void TakeParameters() override { used = active; }
   bool Rebuild() override;
-  bool ComputeRows(BYTE* const* colour, BYTE* const* mask) override;
+  bool ComputeRows(const base::WritableRows& to) override;
   kernels::QuarterTurn Turned(const kernels::RotationGeometry& turn) const;
-  bool Turn(const kernels::QuarterTurn& turned, BYTE* const* colour, BYTE* const* mask);
+  bool Turn(const kernels::QuarterTurn& turned, const base::WritableRows& to);
   // What the first shear leaves, and the two others from that.
   bool TakeIntermediate(const kernels::QuarterTurn& turned, const kernels::RotationGeometry& turn);
-  bool Shear(const kernels::RotationGeometry& turn, BYTE* const* colour, BYTE* const* mask);
+  bool Shear(const kernels::RotationGeometry& turn, const base::WritableRows& to);
   kernels::Shears ShearsOf(const kernels::RotationGeometry& turn) const;
   bool EnsureIntermediate(std::int64_t width, std::int64_t height);
 

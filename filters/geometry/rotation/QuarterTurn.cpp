@@ -55,14 +55,13 @@ void QuarterTurn::ReadBand(const Band& band, Quad* quads, std::ptrdiff_t stride)
   }
 }
 
-void QuarterTurn::ReadBand(const Band& band, std::uint8_t* const* colour,
-                           std::uint8_t* const* mask) const {
+void QuarterTurn::ReadBand(const Band& band, const base::WritableRows& to) const {
   alignas(64) Quad tile[kBandRows * kColumns];
   if (isTransposed) {
     for (int x = 0; x < Width(); x += kColumns) {
       const int width = std::min(kColumns, Width() - x);
       ReadTransposed(x, band.y, width, band.height, tile, kColumns);
-      SplitTile(tile, x, band.y, width, band.height, colour, mask);
+      SplitTile(tile, x, band.y, width, band.height, to);
     }
   } else {
     constexpr int kLongest = kBandRows * kColumns;
@@ -70,7 +69,7 @@ void QuarterTurn::ReadBand(const Band& band, std::uint8_t* const* colour,
       for (int x = 0; x < Width(); x += kLongest) {
         const int width = std::min(kLongest, Width() - x);
         ReadUpright(x, y, width, tile);
-        SplitTile(tile, x, y, width, 1, colour, mask);
+        SplitTile(tile, x, y, width, 1, to);
       }
     }
   }
@@ -112,13 +111,13 @@ void QuarterTurn::ReadUprightTile(int x, int column, int width, int height, Quad
 }
 
 void QuarterTurn::SplitTile(const Quad* tile, int x, int y, int width, int height,
-                            std::uint8_t* const* colour, std::uint8_t* const* mask) const {
+                            const base::WritableRows& to) const {
   for (int i = 0; i < height; ++i) {
-    kernels.split(tile + i * kColumns, colour[y + i] + 3 * std::ptrdiff_t{x}, mask[y + i] + x,
+    kernels.split(tile + i * kColumns, to.colour[y + i] + 3 * std::ptrdiff_t{x}, to.mask[y + i] + x,
                   width);
     if (i + 1 == height) break;
-    Announce<kForWriting>(colour[y + i + 1] + 3 * std::ptrdiff_t{x}, 3 * width);
-    Announce<kForWriting>(mask[y + i + 1] + x, width);
+    Announce<kForWriting>(to.colour[y + i + 1] + 3 * std::ptrdiff_t{x}, 3 * width);
+    Announce<kForWriting>(to.mask[y + i + 1] + x, width);
   }
 }
 

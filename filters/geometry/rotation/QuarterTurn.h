@@ -30,9 +30,9 @@ class QuarterTurn {
   // The rows come in bands, numbered from the last one on.
   int Bands() const { return (Height() + kBandRows - 1) / kBandRows; }
   Band BandAt(int number) const;
-  // The distance of the rows of `quads` is given in quads. The planes' arrays hold all rows.
+  // The distance of the rows of `quads` is given in quads. `to` holds all rows.
   void ReadBand(const Band& band, Quad* quads, std::ptrdiff_t stride) const;
-  void ReadBand(const Band& band, std::uint8_t* const* colour, std::uint8_t* const* mask) const;
+  void ReadBand(const Band& band, const base::WritableRows& to) const;
 
  private:
   // Of a tile of the result. Pieces of its rows are long enough for the processor to foresee them
@@ -47,8 +47,8 @@ class QuarterTurn {
   void ReadTransposed(int x, int y, int width, int height, Quad* quads,
                       std::ptrdiff_t stride) const;
   void ReadUprightTile(int x, int column, int width, int height, Quad* upright) const;
-  void SplitTile(const Quad* tile, int x, int y, int width, int height, std::uint8_t* const* colour,
-                 std::uint8_t* const* mask) const;
+  void SplitTile(const Quad* tile, int x, int y, int width, int height,
+                 const base::WritableRows& to) const;
 
   const base::RowView picture;
   const ShearKernelTable& kernels;

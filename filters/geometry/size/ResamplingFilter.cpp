@@ -34,9 +34,7 @@ bool ResamplingFilter::Rebuild() {
                                   : EnsurePictures(0, 0, result.width, result.height);
   if (isLarger) outputPicture.reset();
   bool done = pulled.width > 0 && pulled.height > 0 && hasResult && TakeInput();
-  if (done && !isLarger) {
-    done = ComputeRows(outputPicture->ColourRows(), outputPicture->MaskRows());
-  }
+  if (done && !isLarger) done = ComputeRows(outputPicture->Rows(result.width, result.height));
   isOpen = done && isLarger;
   if (!isOpen) DropInput();
   if (!done && !(outputPicture && Clear(*outputPicture))) outputPicture.reset();
@@ -51,8 +49,7 @@ bool ResamplingFilter::IsLargerThanInput() const {
          pixels(result) > pixels(pulled);
 }
 
-bool ResamplingFilter::ComputeRows(BYTE* const* colour, BYTE* const* mask) {
-  return kernels::Resample({given.colour, given.mask, pulled.width, pulled.height},
-                           {colour, mask, result.width, result.height},
-                           {usedRatios.x, usedRatios.y, pulled.offsetX, pulled.offsetY}, abort);
+bool ResamplingFilter::ComputeRows(const base::WritableRows& to) {
+  return kernels::Resample(given, to, {usedRatios.x, usedRatios.y, pulled.offsetX, pulled.offsetY},
+                           abort);
 }

@@ -23,7 +23,7 @@ class ResamplingFilter : public WholePictureFilter {
 
  private:
   bool IsLargerThanInput() const;
-  bool ComputeRows(BYTE* const* colour, BYTE* const* mask) override;
+  bool ComputeRows(const base::WritableRows& to) override;
 
   Ratios scaledBy = {1, 1};
   Ratios usedRatios = scaledBy;  // of the picture in the cache

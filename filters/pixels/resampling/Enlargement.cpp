@@ -27,7 +27,7 @@ struct OpaqueWay {
     Choose<BicubicKernels>().stretch(to->data(), from->data(), taps.data(),
                                      static_cast<int>(taps.size()));
   }
-  static void Blend(const Raster& to, int y, const Pixel* const (&rows)[4],
+  static void Blend(const base::WritableRows& to, int y, const Pixel* const (&rows)[4],
                     const BicubicWeights& weights) {
     const std::uint8_t* const bytes[4] = {rows[0]->data(), rows[1]->data(), rows[2]->data(),
                                           rows[3]->data()};
@@ -45,7 +45,7 @@ struct MaskedWay {
   static void Stretch(Pixel* to, const Pixel* from, const std::vector<BicubicTap>& taps) {
     Choose<BicubicKernels>().stretchMasked(to, from, taps.data(), static_cast<int>(taps.size()));
   }
-  static void Blend(const Raster& to, int y, const Pixel* const (&rows)[4],
+  static void Blend(const base::WritableRows& to, int y, const Pixel* const (&rows)[4],
                     const BicubicWeights& weights) {
     Choose<BicubicKernels>().blendMasked(to.colour[y], to.mask[y], rows, to.width, weights);
   }
@@ -95,7 +95,8 @@ class StretchedRows {
 };
 
 template <class Way>
-bool EnlargeBy(const base::RowView& from, const Raster& to, const std::atomic<bool>& abort) {
+bool EnlargeBy(const base::RowView& from, const base::WritableRows& to,
+               const std::atomic<bool>& abort) {
   const std::vector<BicubicTap> taps = BicubicTaps(from.height, to.height);
   return base::ForEachBand(to.height, base::RowsPerBand(to.width), [&](int first, int end) {
     StretchedRows<Way> stretched(from, to.width);
@@ -112,7 +113,7 @@ bool EnlargeBy(const base::RowView& from, const Raster& to, const std::atomic<bo
 
 }  // namespace
 
-bool Enlarge(const base::RowView& from, const Raster& to, bool opaque,
+bool Enlarge(const base::RowView& from, const base::WritableRows& to, bool opaque,
              const std::atomic<bool>& abort) {
   if (from.width < kLeastEnlargedWidth) return false;
   return opaque ? EnlargeBy<OpaqueWay>(from, to, abort) : EnlargeBy<MaskedWay>(from, to, abort);

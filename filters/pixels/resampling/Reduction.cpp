@@ -63,8 +63,8 @@ struct Totals {
 
 class Reducer {
  public:
-  Reducer(const base::RowView& source, const Raster& result, const Resampling& how, bool isOpaque,
-          const std::atomic<bool>& abort)
+  Reducer(const base::RowView& source, const base::WritableRows& result, const Resampling& how,
+          bool isOpaque, const std::atomic<bool>& abort)
       : abort_(abort),
         from_(source),
         to_(result),
@@ -243,7 +243,7 @@ class Reducer {
 
   const std::atomic<bool>& abort_;
   const base::RowView& from_;
-  const Raster& to_;
+  const base::WritableRows& to_;
   const bool opaque_;
   const ReductionAxis xAxis_;
   const ReductionAxis yAxis_;
@@ -264,7 +264,7 @@ class Reducer {
 // ends.
 class SharpenLines {
  public:
-  SharpenLines(const Raster& picture, bool opaque, const RowBlocks& blocks, int block)
+  SharpenLines(const base::WritableRows& picture, bool opaque, const RowBlocks& blocks, int block)
       : picture_(picture),
         blocks_(blocks),
         block_(block),
@@ -329,7 +329,7 @@ class SharpenLines {
     }
   }
 
-  const Raster& picture_;
+  const base::WritableRows& picture_;
   const RowBlocks& blocks_;
   const int block_;
   const bool opaque_;
@@ -338,7 +338,7 @@ class SharpenLines {
 };
 
 // Neighbours outside the picture count as the pixel itself.
-bool Sharpen(const Raster& picture, const Resampling& how, bool opaque,
+bool Sharpen(const base::WritableRows& picture, const Resampling& how, bool opaque,
              const std::atomic<bool>& abort) {
   const double share = (2.0 - how.ratioX - how.ratioY) * 0.125;
   const SharpenWeights weights = {static_cast<std::int64_t>(65536 * (1 + 4 * share)),
@@ -359,15 +359,15 @@ bool Sharpen(const Raster& picture, const Resampling& how, bool opaque,
 }
 
 // Rows of the result under which lie enough pixels to be worth a thread of their own.
-int LeastRows(const base::RowView& from, const Raster& to) {
+int LeastRows(const base::RowView& from, const base::WritableRows& to) {
   const std::int64_t rowsUnder = from.height / to.height + 1;
   return base::RowsPerBand(base::LimitToInt32(from.width * rowsUnder));
 }
 
 }  // namespace
 
-bool Reduce(const base::RowView& from, const Raster& to, const Resampling& how, bool opaque,
-            const std::atomic<bool>& abort) {
+bool Reduce(const base::RowView& from, const base::WritableRows& to, const Resampling& how,
+            bool opaque, const std::atomic<bool>& abort) {
   const Reducer windows(from, to, how, opaque, abort);
   return base::ForEachBand(to.height, LeastRows(from, to),
                            [&](int first, int end) {

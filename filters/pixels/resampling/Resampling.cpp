@@ -32,7 +32,7 @@ bool CanEnlarge(int width, double ratioX, double ratioY) {
   return width >= kLeastEnlargedWidth && IsEnlargement(ratioX, ratioY);
 }
 
-bool Resample(const base::RowView& from, const Raster& to, const Resampling& how,
+bool Resample(const base::RowView& from, const base::WritableRows& to, const Resampling& how,
               const std::atomic<bool>& abort) {
   const bool opaque = IsOpaque(from, abort);
   if (IsEnlargement(how.ratioX, how.ratioY)) return Enlarge(from, to, opaque, abort);

@@ -8,13 +8,6 @@
 
 namespace kernels {
 
-// The result by its rows, which are 3 bytes a pixel of colour and 1 of mask.
-struct Raster {
-  std::uint8_t* const* colour;
-  std::uint8_t* const* mask;
-  int width, height;  // above 0
-};
-
 // How a picture is scaled. The ratios are those before the output's size was rounded, and choose
 // the way: enlargement for both axes where one of them is above 1.
 struct Resampling {
@@ -22,11 +15,11 @@ struct Resampling {
   int offsetX = 0, offsetY = 0;  // of the picture's origin, in source pixels
 };
 
-// Fills `to` from `from`, whose mask is searched once: an opaque picture takes a shorter way.
-// False when `abort` was seen, which is looked at before each row, or when the source is too narrow
-// to be enlarged. `to` then holds anything, but an enlargement is finished from its last row on,
-// and those ahead are untouched. Throws std::bad_alloc.
-bool Resample(const base::RowView& from, const Raster& to, const Resampling& how,
+// Fills `to`, which has a pixel at least, from `from`, whose mask is searched once: an opaque
+// picture takes a shorter way. False when `abort` was seen, which is looked at before each row, or
+// when the source is too narrow to be enlarged. `to` then holds anything, but an enlargement is
+// finished from its last row on, and those ahead are untouched. Throws std::bad_alloc.
+bool Resample(const base::RowView& from, const base::WritableRows& to, const Resampling& how,
               const std::atomic<bool>& abort);
 
 // Whether a picture of this width is enlarged at these ratios.
@@ -36,9 +29,9 @@ bool CanEnlarge(int width, double ratioX, double ratioY);
 inline constexpr int kLeastEnlargedWidth = 3;
 
 // The two ways, for Resample.
-bool Reduce(const base::RowView& from, const Raster& to, const Resampling& how, bool opaque,
-            const std::atomic<bool>& abort);
-bool Enlarge(const base::RowView& from, const Raster& to, bool opaque,
+bool Reduce(const base::RowView& from, const base::WritableRows& to, const Resampling& how,
+            bool opaque, const std::atomic<bool>& abort);
+bool Enlarge(const base::RowView& from, const base::WritableRows& to, bool opaque,
              const std::atomic<bool>& abort);
 
 }  // namespace kernels

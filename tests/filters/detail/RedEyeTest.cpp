@@ -22,7 +22,7 @@ constexpr std::atomic<bool> kGoesOn{false};
 void Remove(Picture& picture, const editing::RedEyeClick& click, double zoom = 1.0) {
   std::vector<BYTE*> rows;
   for (int y = 0; y < picture.height; ++y) rows.push_back(picture.Colour(0, y));
-  kernels::RemoveRedEye({rows.data(), nullptr, 0, 0, picture.width, picture.height}, zoom, click,
+  kernels::RemoveRedEye({rows.data(), nullptr, picture.width, picture.height}, zoom, click,
                         kGoesOn);
 }
 

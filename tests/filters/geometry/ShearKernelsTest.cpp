@@ -152,8 +152,10 @@ TEST_P(ShearKernelLevels, QuarterTurnsOfWholePictures) {
                                       i / 2, i % 2 == 1,
                                       kernels::Choose<ShearKernelTable>(GetParam()));
     Square to;
+    const base::WritableRows rows{to.colour.data(), to.mask.data(), turned.Width(),
+                                  turned.Height()};
     for (int band = 0; band < turned.Bands(); ++band) {
-      turned.ReadBand(turned.BandAt(band), to.colour.data(), to.mask.data());
+      turned.ReadBand(turned.BandAt(band), rows);
     }
     EXPECT_TRUE(IsTurned(to, i / 2, i % 2 == 1)) << i / 2 << " turns, mirrored: " << i % 2;
   }

@@ -133,16 +133,16 @@ TEST(Convolution, AreaInPlaceAndElsewhere) {
   Row elsewhere = given;
   Row masks = RandomRow(20 * 30, 5);
   Row maskResult(20 * 30, 7);
-  auto wholeRows = rowsOf(whole, 90, 0);
-  auto partRows = rowsOf(part, 90, 0);
-  auto maskRows = rowsOf(masks, 30, 0);
+  auto wholeRows = rowsOf(whole, 90, 6);
+  auto partRows = rowsOf(part, 90, 6);
+  auto maskRows = rowsOf(masks, 30, 2);
   auto elsewhereRows = rowsOf(elsewhere, 90, 15);
   auto maskResultRows = rowsOf(maskResult, 30, 5);
-  const kernels::ResultRows result = {elsewhereRows.data() + 5, maskResultRows.data() + 5};
+  const base::WritableRows result = {elsewhereRows.data() + 5, maskResultRows.data() + 5, 24, 7};
   const auto kernel = kernels::BlendKernel(kernels::kFindEdgesTable, 60);
   std::atomic<bool> abort{false};
   const auto picture = [&](auto& rows) {
-    return kernels::PictureRows{rows.data(), maskRows.data(), 2, 1, 27, 18};
+    return base::WritableRows{rows.data() + 1, maskRows.data() + 1, 27, 18};
   };
   EXPECT_TRUE(kernels::Convolve3x3(kernel, picture(wholeRows), {3, 4, 24, 7}, result, abort));
   ASSERT_EQ(whole, given);
