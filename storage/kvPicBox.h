@@ -173,7 +173,8 @@ class FXBOX_API kvPicBox {
   bool Rename(const char* oldName, const char* newName, const char* ext = "");
   // Copies a picture with its note into another box, in the target's new format or an older one;
   // `keepNative` makes an image file of it. `ext` is the extension wanted, and carries out the one
-  // that was taken. A picture that is copied onto itself stays as it is.
+  // that was taken. A picture that is copied onto itself stays as it is. False where the note could
+  // not be copied, too: the picture is there then.
   bool CopyImage(const char* source, kvPicBox& target, const char* targetName, bool newFormat,
                  KvString& ext, bool keepNative);
 
@@ -222,7 +223,7 @@ class FXBOX_API kvPicBox {
   bool DeleteAny(const std::string& name, const std::string& ext, picbox::Place& place);
   bool DeleteFound(IKvStorage* storage, const std::string& name);
   bool RenameFile(IKvStorage* storage, const std::string& from, const std::string& to);
-  void CopyNote(const char* source, kvPicBox& target, const char* targetName);
+  bool CopyNote(const char* source, kvPicBox& target, const char* targetName);
 
   bool CopyExternal(const char* source, kvPicBox& target, const char* targetName, bool newFormat,
                     const std::string& ext);

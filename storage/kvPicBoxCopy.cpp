@@ -57,8 +57,8 @@ bool kvPicBox::CopyImage(const char* source, kvPicBox& target, const char* targe
                          "CStream-Exception: unexpected Error in kvPicBox::CopyImage", [&] {
                            const bool isCopied =
                                CopyInternal(source, target, targetName, newFormat, ext, keepNative);
-                           if (isCopied && !target.external) CopyNote(source, target, targetName);
-                           return isCopied;
+                           return isCopied &&
+                                  (target.external || CopyNote(source, target, targetName));
                          });
 }
 
@@ -248,17 +248,17 @@ bool kvPicBox::CopyStream(FoundPicture& found, kvPicBox& target, const char* tar
   return CloseChecked(stream) && done == count && count > 0;
 }
 
-void kvPicBox::CopyNote(const char* source, kvPicBox& target, const char* targetName) {
+bool kvPicBox::CopyNote(const char* source, kvPicBox& target, const char* targetName) {
   IKvStorage* from = StorageOf(picbox::kPictures);
   IKvStorage* to = target.StorageOf(picbox::kPictures);
   const std::string noteName = picbox::CleanName(source) + ".inf";
   const picbox::StreamPtr note(from ? from->OpenStream(noteName.c_str(), OpenModeRead) : nullptr);
-  if (!note || !to) return;
+  if (!note || !to) return true;
   const std::string targetNote = picbox::CleanName(targetName) + ".inf";
   IKvStream* copy = to->CreateStream(targetNote.c_str(), OpenModeRewrite);
-  if (!copy) return;
-  picbox::CopyRest(*note, *copy);
-  copy->Close();
+  if (!copy) return false;
+  const bool isWhole = picbox::CopyRest(*note, *copy) == note->GetLength();
+  return CloseChecked(copy) && isWhole;
 }
 
 // --- into the folder of an external box
