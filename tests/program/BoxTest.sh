@@ -62,12 +62,6 @@ box_round_trip() {
   run 0 box copy "$box" alpha other.box beta --native
   run 0 box get other.box beta -o out3.pam
   same out3.pam alpha.pam
-  run 0 box copy "$box" alpha other.box gamma --old
-  run 0 box info other.box gamma --json
-  grep -qF '"generation": "old"' stdout || fail "not in the old format"
-  grep -qF '"headerSize": 5' stdout || fail "the old head has another size"
-  run 0 box get other.box gamma -o out4.pam
-  same out4.pam alpha.pam
   run 0 box delete "$box" picture
   run 1 box get "$box" picture -o out5.jpg
   error_has "there is no such picture"
@@ -96,6 +90,56 @@ test_folder() {
     run 0 box tree $box
     grep -q '^Pictures/a b	stream	' stdout || fail "the tree of $box lacks the picture"
   done
+}
+
+# Every way to keep a picture and to copy it: what is told of it, its note, and the same pixels.
+test_ways() {
+  pictures
+  head -c 36 /dev/urandom >block
+  # told FIELDS BOX NAME: generation, kind, tag, head and position, and the note, in one line.
+  told() {
+    fields=$1
+    shift
+    run 0 box info "$@"
+    [ "$(sed -n '2,7p' stdout | cut -f 2 | tr '\n' ' ')" = "$fields " ] || fail "expected $fields: $*"
+    grep -q "^block	5631303030$(od -An -v -tx1 -j5 block | tr -d ' \n')\$" stdout || fail "another block: $*"
+    grep -q '^text	a note$' stdout || fail "another note: $*"
+  }
+  for pair in shots.box:other/ shots/:other.box; do
+    box=${pair%:*}
+    other=${pair#*:}
+    while IFS='|' read -r file way kept old plain; do
+      name="$file ${way%% *}"
+      run 0 box add "$box" $file $way --name "$name"
+      run 0 box note "$box" "$name" first --block block
+      run 0 box note "$box" "$name" 'a note' # which keeps the block
+      told "$kept" "$box" "$name"
+      run 0 box get "$box" "$name" -o want.pam
+      from=$box
+      for form in "native|$plain" "new|$kept" "old|$old"; do
+        run 0 box copy "$from" "$name" $other "$name" --${form%%|*}
+        told "${form#*|}" $other "$name"
+        run 0 box get $other "$name" -o got.pam
+        same got.pam want.pam
+        [ "$form" != "new|$kept" ] || from=$other # the last one takes its own place
+      done
+    done <<END
+alpha.pam|--dib --at 5,-6|new 1 JPG 10 5 -6|old 1 null 5 5 -6|native 2 PNG 0 null null
+alpha.pam|--encoded --at 5,-6|new 1 JPG 14 5 -6|old 1 null 9 5 -6|native 2 PNG 0 null null
+alpha.pam|--native|native 2 null 0 null null|old 2 null 9 null null|native 2 null 0 null null
+photo.jpg|--at 5,-6|new 2 JPG 10 5 -6|old 2 null 5 5 -6|native 2 PNG 0 null null
+photo.jpg|--encoded|native 2 JPG 0 null null|old 2 null 9 null null|native 2 JPG 0 null null
+photo.jpg|--native|native 2 JPG 0 null null|old 2 null 9 null null|native 2 JPG 0 null null
+END
+    run 0 box check "$box"
+    run 0 box check $other
+    run 0 box list $other
+    [ "$(wc -l <stdout)" -eq 6 ] || fail "another picture is left"
+  done
+  printf short >block
+  run 1 box note shots.box 'alpha.pam --native' x --block block
+  error_has "a block has 36 bytes"
+  for form in '--new --old' '--old --native'; do run 2 box copy shots.box a shots.box b $form; done
 }
 
 test_foreign_files() {

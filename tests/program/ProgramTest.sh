@@ -25,6 +25,14 @@ error_starts() {
   case "$(cat stderr)" in "$1"*) ;; *) fail "expected an error line that starts: $1" ;; esac
 }
 
+# prints LINES ARGUMENT...: status 0 and this output.
+prints() {
+  lines=$1
+  shift
+  run 0 "$@"
+  output_is "$lines"
+}
+
 # file_is FILE FORMAT: the bytes are those that printf makes of FORMAT.
 file_is() {
   [ -e "$1" ] || fail "$1 is missing"
@@ -62,8 +70,7 @@ picture() {
 # L = (151 G + 77 R + 28 B) >> 8; red L + 49, green L - 13, blue L - 55, limited.
 test_sepia() {
   picture in.ppm
-  run 0 apply -c 'ZNFilter.Sepia.1(Sepia=100)' -o out.ppm in.ppm
-  output_is 'out.ppm  3x2'
+  prints 'out.ppm  3x2' apply -c 'ZNFilter.Sepia.1(Sepia=100)' -o out.ppm in.ppm
   # L: 0, 255, 76; 150, 27, 140
   file_is out.ppm 'P6\n3 2\n255\n\061\000\000\377\362\310\175\077\025\307\211\137\114\016\000\275\177\125'
 }
@@ -133,8 +140,7 @@ test_bands_and_rectangle() {
   # The lower left pixel is the green one; the corner counts from there, upwards.
   run 0 apply -c '' --rect 1,0,1,2 -o middle.ppm in.ppm
   file_is middle.ppm 'P6\n1 2\n255\n\377\377\377\000\000\377'
-  run 0 apply -c '' --rect=-5,1,7,9 -o cut.ppm in.ppm
-  output_is 'cut.ppm  2x1'
+  prints 'cut.ppm  2x1' apply -c '' --rect=-5,1,7,9 -o cut.ppm in.ppm
   file_is cut.ppm 'P6\n2 1\n255\n\000\000\000\377\377\377'
   run 2 apply -c '' --rect 3,0,1,1 -o none.ppm in.ppm
   error_is 'fxbox: in.ppm: --rect lies outside the result, which is 3x2'
@@ -170,10 +176,21 @@ test_fit_and_size() {
     run 0 apply -c "$frame" --fit $fit -o framed.ppm square.ppm
     [ "$(sed -n 2p framed.ppm)" = '1200 1200' ] || fail "another size behind a border with --fit $fit"
   done
-  run 0 size -c 'ZNFilter.Sepia.1(Sepia=050)' 6000x4000
-  output_is 6000x4000
-  run 0 size -c 'ZNFilter.Offset.1(OffsetX=5)ZNFilter.Rotate.1(Angle=7.5)' 60x40
-  output_is 67x54
+  # Borders follow the zoom, a reduction the full size that is told.
+  border='ZNFilter.Passpartout.1(Borderhori=10, Borderverti=20)'
+  reduce='ZNFilter.Scale.1(MaximumHorizontalSize=300,MaximumVerticalSize=200,KeepProportions=2)'
+  printf 'P6\n100 100\n255\n' >square.ppm
+  head -c 30000 /dev/zero >>square.ppm
+  prints 6000x4000 size -c 'ZNFilter.Sepia.1(Sepia=050)' 6000x4000
+  prints 67x54 size -c 'ZNFilter.Offset.1(OffsetX=5)ZNFilter.Rotate.1(Angle=7.5)' 60x40
+  prints 110x120 size -c "$border" --zoom 0.5 100x100
+  prints 90x60 size -c "$reduce" 90x60
+  prints 300x200 size -c "$reduce" --target 900x600 90x60
+  prints 'out.ppm  120x140' apply -c "$border" -o out.ppm square.ppm
+  prints 'out.ppm  110x120' apply -c "$border" --zoom 0.5 -o out.ppm square.ppm
+  prints 'out.ppm  60x70' apply -c "$border" --fit 50 -o out.ppm square.ppm
+  prints 'out.ppm  70x90' apply -c "$border" --fit 50 --zoom 1 -o out.ppm square.ppm
+  prints 'out.ppm  200x200' apply -c "$reduce" --target 900x900 -o out.ppm square.ppm
   run 2 size -c '' 6000
   error_is 'fxbox: SIZE: "6000" is no size such as 640x480'
 }
@@ -562,8 +579,7 @@ test_pipes() {
   run 1 apply -c '' -o pipe.ppm large.ppm
   error_is 'fxbox: pipe.ppm: Broken pipe'
   cat large.ppm >source.ppm &
-  run 0 apply -c '' --fit 10 -o small.ppm source.ppm
-  output_is 'small.ppm  10x5'
+  prints 'small.ppm  10x5' apply -c '' --fit 10 -o small.ppm source.ppm
   { $prefix apply -c '' -o - large.ppm 2>stderr; echo $? >status; } | head -c 10 >out.ppm
   [ "$(cat status)" = 1 ] || fail "status $(cat status)"
   error_is 'fxbox: standard output: Broken pipe'
@@ -657,8 +673,7 @@ test_config() {
   run 0 config set --file Sennet.ini --inf ZN Locations Filter 'Größe 50'
   run 0 config set --file Sennet.ini --inf ZN Locations Log x
   file_is Sennet.ini '; mine\r\n[Other]\r\nk=1\r\n[ZN_#_Locations]\r\nFilter=Gr\366\337e 50\r\nLog=x\r\n'
-  run 0 config get --file Sennet.ini --inf ZN Locations Filter
-  output_is 'Größe 50'
+  prints 'Größe 50' config get --file Sennet.ini --inf ZN Locations Filter
   run 0 config delete --file Sennet.ini --inf ZN Locations Log
   run 0 config list --file Sennet.ini
   output_is '[Other]
@@ -685,8 +700,7 @@ test_config_registry() {
   run 0 config set $product IniFilePath "$PWD"
   run 0 config set $product --user User 0007
   run 0 config set $product --user Section Key value
-  run 0 config get $product --user Section Key
-  output_is value
+  prints value config get $product --user Section Key
   run 0 config list $product
   grep -q '^IniFilePath=' stdout || fail 'the key is not listed'
   grep -q '^\[FT_#_User0007_#_Section\]$' stdout || fail 'the section is not listed'
@@ -808,6 +822,8 @@ test_any_text() {
   run 2 drag --read --text one </dev/null
   run 0 text -c '(ZNFilter.Nobody.1() unchecked, (ZNFilter.Text.1()' --lenient --text one
   grep -q 'Text=one' stdout || fail 'no text without the check'
+  prints "Text=$coded%0Ax" text-key "$text" x
+  prints 'Font=DejaVu%20Serif' text-key --key Font 'DejaVu Serif'
   # A file after the text is a picture; without a chain the text alone is one.
   { printf 'P6\n200 200\n255\n'; head -c 120000 /dev/zero; } >in.ppm
   run 0 apply --quiet --text H -o without.ppm in.ppm
@@ -817,17 +833,13 @@ test_any_text() {
 }
 
 test_text() {
-  run 0 text -c 'ZNFilter.RGBColor.1(Red=5, Blue=-7) ZNFilter.Sepia.1(Sepia=50)'
-  output_is 'ZNFilter.RGBColor.1(Red=005, Green=000, Blue=-007)ZNFilter.Sepia.1(Sepia=050)'
+  prints 'ZNFilter.RGBColor.1(Red=005, Green=000, Blue=-007)ZNFilter.Sepia.1(Sepia=050)' text -c 'ZNFilter.RGBColor.1(Red=5, Blue=-7) ZNFilter.Sepia.1(Sepia=50)'
   twice='ZNFilter.Sepia.1(Sepia=010)ZNFilter.Zero.1(Generic Filter Parameter)ZNFilter.Sepia.1(Sepia=020)'
-  run 0 text -c "$twice"
-  output_is "$twice"
-  run 0 size -c 'ZNFilter.Rotate.1(Angle=90)ZNFilter.Crop.1()ZNFilter.Rotate.1(Angle=-90)' 60x40
-  output_is 60x40
+  prints "$twice" text -c "$twice"
+  prints 60x40 size -c 'ZNFilter.Rotate.1(Angle=90)ZNFilter.Crop.1()ZNFilter.Rotate.1(Angle=-90)' 60x40
   run 0 text -c 'ZNFilter.RGBColor.1(Red=5, Blue=-7) ZNFilter.Sepia.1(Sepia=50)'
   chain=$(cat stdout)
-  run 0 text --active -c "$chain"
-  output_is "$chain"
+  prints "$chain" text --active -c "$chain"
 }
 
 # preset FILE: a first version whose red curve takes all levels to 200.
@@ -844,12 +856,10 @@ test_drag() {
   $prefix drag 'ZNFilter.Sepia.1(Sepia=050)' --second "$(printf 'Gr\303\274n\nund mehr')" >dragged || fail 'status'
   file_is dragged '##KVVeltrane_DND_FILTERCHAIN_IA##ZNFilter.Sepia.1(Sepia=050)&&Gr\374n\nund mehr\r\n##KVVeltrane_DND_FILTERCHAIN_IA_END##'
   { printf 'A mail.\r\n> '; cat dragged; printf '\r\nEnd\r\n'; } >mail
-  run 0 drag --read <mail
-  output_is "$(printf 'ZNFilter.Sepia.1(Sepia=050)\nGr\303\274n\nund mehr')"
+  prints "$(printf 'ZNFilter.Sepia.1(Sepia=050)\nGr\303\274n\nund mehr')" drag --read <mail
   $prefix drag 'ZNFilter.Offset.1(OffsetX=003,OffsetY=000)' >dragged || fail 'status'
   file_is dragged '##KVVeltrane_DND_FILTERCHAIN##ZNFilter.Offset.1(OffsetX=003,OffsetY=000)##KVVeltrane_DND_FILTERCHAIN_END##'
-  run 0 drag --read <dragged
-  output_is 'ZNFilter.Offset.1(OffsetX=003,OffsetY=000)'
+  prints 'ZNFilter.Offset.1(OffsetX=003,OffsetY=000)' drag --read <dragged
   printf 'nothing' | run 1 drag --read
   run 1 drag --read </dev/null
   error_is 'fxbox: standard input: there is no pair of markers in it'
@@ -866,8 +876,7 @@ test_curve() {
   preset old.fp2
   run 0 apply -c 'ZNFilter.GradCurves.1( @old.fp2 )' -o out.ppm in.ppm
   file_is out.ppm 'P6\n3 2\n255\n\310\000\000\310\377\377\310\000\000\310\377\000\310\000\377\310\226\310'
-  run 0 curve old.fp2 -o new.fp2
-  output_is ''
+  prints '' curve old.fp2 -o new.fp2
   run 0 curve new.fp2
   sed '$d' stdout >curves
   printf 'new.fp2: gradation, version 2, splines\n  luminance: (0, 0) (255, 255)\n  red: (0, 200) (255, 200)\n' >wanted
@@ -963,14 +972,12 @@ test_file_names() {
   name='Gr\303\274n \316\261\316\262'
   name=$(printf "$name")
   picture "$name.ppm"
-  run 0 apply -c '' -o "$name 2.ppm" "$name.ppm"
-  output_is "$name 2.ppm  3x2"
+  prints "$name 2.ppm  3x2" apply -c '' -o "$name 2.ppm" "$name.ppm"
   cmp -s "$name.ppm" "$name 2.ppm" || fail 'the result is missing'
   run 1 apply -c '' -o x.ppm "$name.not"
   error_is "fxbox: $name.not: the file cannot be opened: No such file or directory"
 }
 
-# Noise takes the longest to compress. The signal comes while the output is being written.
 # --- streams and shared pictures
 
 test_picture_stream() {
@@ -980,13 +987,11 @@ test_picture_stream() {
   # 0, and 36 bytes with two bitmaps: 40 and a row of 8, 40 and a row of 4.
   head -c 10 out.stream >start
   file_is start '\000\000\000\000\200\000\000\000\170\234'
-  run 0 picture unpack out.stream -o back.pam
-  output_is 'back.pam  2x1  values 1,-2,3,4'
+  prints 'back.pam  2x1  values 1,-2,3,4' picture unpack out.stream -o back.pam
   cmp -s in.pam back.pam || fail 'the stream does not keep the picture'
   picture in.ppm
   run 0 picture pack in.ppm -o plain.stream
-  run 0 picture unpack plain.stream -o back.png
-  output_is 'back.png  3x2  values 0,0,3,3'
+  prints 'back.png  3x2  values 0,0,3,3' picture unpack plain.stream -o back.png
   run 0 apply -c '' -o back.ppm back.png
   cmp -s in.ppm back.ppm || fail 'the stream does not keep a picture without alpha'
 
@@ -1021,10 +1026,8 @@ test_share() {
   [ "$(cat shared)" = "shared:$id  3x2" ] || fail 'expected the name of what is shared'
   run 0 apply -c '' -o out.ppm "shared:$id"
   cmp -s in.ppm out.ppm || fail 'another picture came out'
-  run 0 apply -c '' --fit 1 -o small.ppm "shared:$id"
-  output_is 'small.ppm  1x1'
-  run 0 apply -c '' "shared:$id"
-  output_is "$id-fxbox.png  3x2"
+  prints 'small.ppm  1x1' apply -c '' --fit 1 -o small.ppm "shared:$id"
+  prints "$id-fxbox.png  3x2" apply -c '' "shared:$id"
   run 1 share in.ppm --id $id
   error_is "fxbox: shared:$id: somebody shares a picture under this id"
   run 2 apply -c '' --in-place "shared:$id"
@@ -1039,6 +1042,7 @@ test_share() {
   is_missing gone.ppm
 }
 
+# Noise takes the longest to compress. The signal comes while the output is being written.
 test_interrupt() {
   mkdir out
   { printf 'P6\n4000 4000\n255\n'; head -c 48000000 /dev/urandom; } >in.ppm
