@@ -150,6 +150,7 @@ Id Directory::Add(Id storage, std::u16string_view name, Type type) {
   made.type = type;
   made.owner = storage;
   made.start = type == Type::Stream ? kEndOfChain : 0;
+  made.isChanged = elements[id].isChanged;  // one that was removed may still be on the disk
   places.emplace(Place(storage, KeyOf(name)), id);
   vacant.erase(id);
   elements[id] = std::move(made);
@@ -170,9 +171,9 @@ void Directory::List(Id id) {
 // Afterwards no name leads to the element.
 void Directory::Unlist(Id id) {
   const Id owner = elements[id].owner;
+  if (elements[id].isListed) Prepare(owner);  // while its name still leads to it
   places.erase({owner, KeyOf(elements[id].name)});
   if (!elements[id].isListed) return;
-  Prepare(owner);
   SiblingTree(elements, elements[owner].child).Remove(id);
   elements[owner].isChanged = true;
   elements[id].isListed = false;

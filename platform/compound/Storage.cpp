@@ -91,7 +91,11 @@ HRESULT Storage::CreateStream(const OLECHAR* child, DWORD flags, DWORD reserved1
       file->Destroy(found);
       found = kNone;
     }
-    if (found == kNone) found = elements.Add(id, child, Type::Stream);
+    if (found == kNone) {
+      found = elements.Add(id, child, Type::Stream);
+    } else if (elements.At(found).name != child) {
+      elements.Rename(found, child);  // the same letters in another case
+    }
     auto content = std::make_shared<StreamContent>(file, found);
     content->Resize(0);
     return new Stream(std::move(content), flags);

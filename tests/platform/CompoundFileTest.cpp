@@ -164,6 +164,8 @@ TEST_F(CompoundFileTest, RenamesAndDestroys) {
   const std::vector<std::u16string> expected = {u"a", u"c", u"b1", u"Renamed"};
   EXPECT_EQ(NamesOf(root), expected);
   EXPECT_TRUE(ReadStream(root, u"RENAMED") == Pattern(5000, u'a'));
+  WriteStream(root, u"reNamed", "x");  // what replaces a stream brings its own letters
+  EXPECT_EQ(NamesOf(root).back(), u"reNamed");
 }
 
 TEST_F(CompoundFileTest, CopiesMerge) {

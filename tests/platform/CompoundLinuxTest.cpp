@@ -734,8 +734,8 @@ TEST_F(FaultTest, AnyLengthIsBorne) {
   }
 }
 
-// Elements in a row instead of a tree, all red, in any order: found, read, and put right by a
-// change.
+// Elements in a row instead of a tree, all red, in any order: found, read, and put right by the
+// first change, whatever it is.
 TEST_F(FaultTest, OddTreesAreRead) {
   const Contents before = ContentsOf(OpenOn(bytes, kReading));
   const std::u16string names[] = {u"small", u"inner", u"other", u"large"};
@@ -750,11 +750,38 @@ TEST_F(FaultTest, OddTreesAreRead) {
     SetWord(entry + 72, i < 3 ? idOf(names[i + 1]) : none);
   }
   SetWord(OffsetOf(WordAt(48)) + 76, idOf(names[0]));
+  const std::string odd = bytes->bytes;
   ASSERT_TRUE(ContentsOf(OpenOn(bytes, kReading)) == before);
   WriteStream(OpenOn(bytes), u"new", "new");
   Contents after = ContentsOf(OpenOn(bytes, kReading));
   EXPECT_EQ(after.erase(u"new"), 1u);
   EXPECT_TRUE(after == before);
+  for (const char16_t* name : {u"small", u"other", u"large"}) {
+    bytes->bytes = odd;
+    EXPECT_EQ(OpenOn(bytes)->DestroyElement(name), S_OK);
+    after = before;
+    after.erase(name);
+    EXPECT_TRUE(ContentsOf(OpenOn(bytes, kReading)) == after);
+    bytes->bytes = odd;
+    EXPECT_EQ(OpenOn(bytes)->RenameElement(name, u"renamed"), S_OK);
+    after[u"renamed"] = before.at(name);
+    EXPECT_TRUE(ContentsOf(OpenOn(bytes, kReading)) == after);
+  }
+}
+
+// The place of a removed element, taken by one that is not written yet, is empty in the file.
+TEST_F(FaultTest, ARemovedElementLeavesNoEntry) {
+  for (std::size_t i = 0; i < 12; ++i) WriteStream(OpenOn(bytes), Numbered(u"n", i), "x");
+  const std::string whole = bytes->bytes;
+  for (std::size_t i = 0; i < 12; ++i) {
+    bytes->bytes = whole;
+    const std::size_t entry = IdOf(Numbered(u"n", i));
+    const StoragePtr root = OpenOn(bytes);
+    EXPECT_EQ(root->DestroyElement(Ole(Numbered(u"n", i)).c_str()), S_OK);
+    const StreamPtr open = CreateStream(root, u"later");
+    WriteStream(root, u"other", "x");
+    EXPECT_EQ(bytes->bytes[Entries()[entry] + 66], 0) << i;
+  }
 }
 
 // --- trees
