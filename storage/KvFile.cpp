@@ -145,7 +145,7 @@ bool KvFile::BeginWriting() {
 }
 
 unsigned KvFile::Write(const void* buffer, unsigned count) {
-  if (!buffer || !BeginWriting()) return 0;
+  if (!buffer || count == 0 || !BeginWriting()) return 0;
   const auto put = static_cast<unsigned>(Current()->WriteAt(position, buffer, count));
   if (put < count) hasFailed = true;
   position += put;

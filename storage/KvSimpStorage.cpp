@@ -94,7 +94,13 @@ class FileStream final : public CheckedStream {
   bool isKept = false;
 };
 
-IKvStream* OpenFileStream(const char* path, unsigned mode) {
+// A name may lead into folders below, which are made with the file.
+IKvStream* OpenFileStream(const KvString& path, unsigned mode) {
+  if (mode & OpenModeCreate) {
+    std::error_code error;
+    fs::create_directories(platform::PathOfStorage(path.View()).parent_path(), error);
+    TellFailure("CreateDirectory", path, error);
+  }
   auto stream = std::make_unique<FileStream>(path, mode);
   return stream->IsOpen() ? stream.release() : nullptr;
 }
@@ -156,12 +162,10 @@ void KvSimpStorage::Close() {
 // --- streams
 
 IKvStream* KvSimpStorage::CreateStream(const char* name, unsigned mode) {
-  MakeFolder();
   return OpenFileStream(PathOf(name), ModeOf(mode));
 }
 
 IKvStream* KvSimpStorage::OpenStream(const char* name, unsigned mode) {
-  if ((mode & OpenModeCreate) && !Exists(name)) MakeFolder();
   return OpenFileStream(PathOf(name), ModeOf(mode));
 }
 

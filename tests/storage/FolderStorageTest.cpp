@@ -60,6 +60,8 @@ TEST(FolderStorage, MakesFoldersWithTheFirstStreamAndRemovesEmptyOnes) {
   EXPECT_TRUE(storage->RemoveStorage("below"));
   EXPECT_TRUE(storage->RemoveStorage(nullptr));
   EXPECT_EQ(folder.Names(), std::vector<std::string>());
+  Put(*storage, "in\\name", "two");
+  EXPECT_EQ(ReadFile(folder / "deep" / "in" / "name"), "two");
 }
 
 TEST(FolderStorage, OpensWithoutMaking) {
@@ -94,6 +96,7 @@ TEST(FolderStorage, AStreamTakesItsPlaceWhenItIsClosed) {
   // One that was only looked at stays.
   stream = storage->OpenStream("a", OpenModeReadWrite);
   EXPECT_EQ(stream->GetLength(), 7u);
+  EXPECT_EQ(stream->Write("", 0), 0u);
   stream->Close();
   EXPECT_EQ(ReadFile(folder / "a"), "the new");
   stream = storage->CreateStream("a", OpenModeRewrite);
