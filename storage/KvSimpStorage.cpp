@@ -105,6 +105,22 @@ IKvStream* OpenFileStream(const KvString& path, unsigned mode) {
   return stream->IsOpen() ? stream.release() : nullptr;
 }
 
+// Removes a file, or a folder that holds nothing; the other one of the two stays.
+bool RemoveFrom(const KvString& object, const char* operation, bool isFolder) {
+  const fs::path place = FindOnDisk(platform::PathOfStorage(object.View()));
+  std::error_code error;
+  const fs::file_type type = fs::symlink_status(place, error).type();
+  if (type == fs::file_type::not_found) {
+    error = std::make_error_code(std::errc::no_such_file_or_directory);
+  } else if ((type == fs::file_type::directory) != isFolder) {
+    error = std::make_error_code(isFolder ? std::errc::not_a_directory : std::errc::is_a_directory);
+  } else if (fs::remove(place, error)) {
+    return true;
+  }
+  TellFailure(operation, object, error);
+  return false;
+}
+
 // What creates also writes.
 unsigned ModeOf(unsigned mode) {
   return (mode & OpenModeCreate) ? mode | OpenModeWrite : mode;
@@ -170,13 +186,7 @@ IKvStream* KvSimpStorage::OpenStream(const char* name, unsigned mode) {
 }
 
 bool KvSimpStorage::DeleteStream(const char* name) {
-  const KvString object = PathOf(name);
-  const fs::path file = FindOnDisk(platform::PathOfStorage(object.View()));
-  std::error_code error;
-  if (fs::is_directory(fs::symlink_status(file, error))) return false;
-  const bool isGone = fs::remove(file, error);
-  TellFailure("DeleteStream", object, error);
-  return isGone;
+  return RemoveFrom(PathOf(name), "DeleteStream", false);
 }
 
 // --- storages
@@ -192,11 +202,7 @@ IKvStorage* KvSimpStorage::OpenStorage(const char* name, unsigned mode, bool isN
 }
 
 bool KvSimpStorage::RemoveStorage(const char* name) {
-  const KvString object = name ? PathOf(name) : path.Left(path.GetLength() - 1);
-  const fs::path folder = FindOnDisk(platform::PathOfStorage(object.View()));
-  std::error_code error;
-  // A folder that holds anything stays.
-  return fs::is_directory(fs::symlink_status(folder, error)) && fs::remove(folder, error);
+  return RemoveFrom(name ? PathOf(name) : path.Left(path.GetLength() - 1), "RemoveStorage", true);
 }
 
 // --- elements

@@ -18,7 +18,7 @@ std::string SystemMessage(HRESULT status) {
       {STG_E_READFAULT, "A disk error occurred during a read operation."},
       {STG_E_SHAREVIOLATION, "A share violation has occurred."},
       {STG_E_LOCKVIOLATION, "A lock violation has occurred."},
-      {STG_E_FILEALREADYEXISTS, "The file exists and is no compound file."},
+      {STG_E_FILEALREADYEXISTS, "The element exists already, or the file is no compound file."},
       {STG_E_MEDIUMFULL, "There is not enough disk space."},
       {STG_E_INVALIDHEADER, "The compound file has an invalid head."},
       {STG_E_INVALIDNAME, "The name is not valid."},

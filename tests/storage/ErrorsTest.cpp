@@ -1,9 +1,16 @@
 // What storages throw, and the box that tells of a file.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "platform/RawFile.h"
+#include "platform/StoragePath.h"
 #include "platform/fake/FakeServices.h"
+#include "settings/ZNDebugMonitor.h"
 #include "storage/KvErrors.h"
+#include "storage/KvSimpStorage.h"
+#include "storage/KvStorage.h"
+#include "tests/platform/Support.h"
+#include "tests/storage/StorageSupport.h"
 
 namespace {
 
@@ -50,4 +57,31 @@ TEST(FileError, IsShownWithItsCause) {
   EXPECT_EQ(Shown({static_cast<FileCause>(15), "a\\b.jpg"}), List{line});
   EXPECT_EQ(KvFileException(platform::kLockViolation, "x").Cause(), FileCause::LockViolation);
   EXPECT_EQ(KvFileException(platform::kDiskFull, "x").Cause(), FileCause::DiskFull);
+}
+
+// Reports go to the monitor, for who asks for their topic.
+TEST(StorageReports, NameTheOperationAndTheObject) {
+  using testing::HasSubstr;
+  const testing_support::TemporaryFolder folder;
+  testing_support::WriteFile(folder / "ZNDebug.txt", "KvStorage KvStorage_Quillan");
+  platform::FakeServices fakes;
+  fakes.process.program = folder / "Test";
+  fakes.process.stateFolder = folder.Path();
+  const platform::ScopedServices scope(fakes.services);
+  EndDebugMonitor();
+  const std::string path = platform::StoragePathOf(folder / "box");
+  EXPECT_EQ(KvStorage::CreateNewKvStorage(path.c_str(), OpenModeRead, false, false), nullptr);
+  EXPECT_THAT(fakes.desktop.debugOutput,
+              testing::IsSupersetOf({path + "\n", std::string(" in new KVStorage\n \n")}));
+  fakes.desktop.debugOutput.clear();
+  const test::StoragePtr boxes(new KvSimpStorage(path.c_str(), OpenModeReadWrite, true, false));
+  test::Put(*boxes, "below\\a", "x");
+  EXPECT_FALSE(boxes->DeleteStream("absent"));
+  EXPECT_THAT(fakes.desktop.debugOutput.back(),
+              HasSubstr("Operation DeleteStream schlug fehl f\xFCr " + path + "\\absent ("));
+  EXPECT_FALSE(boxes->DeleteStream("below"));
+  EXPECT_THAT(fakes.desktop.debugOutput.back(), HasSubstr("\\below ("));
+  EXPECT_FALSE(boxes->RemoveStorage("below"));
+  EXPECT_THAT(fakes.desktop.debugOutput.back(),
+              HasSubstr("Operation RemoveStorage schlug fehl f\xFCr " + path + "\\below ("));
 }
