@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+
 #include "platform/PathText.h"
 #include "platform/fake/FakeServices.h"
 #include "settings/ZNRegistryMFC.h"
@@ -258,20 +260,79 @@ TEST_F(ZNRegistryTest, ARefusedRegistryHasItsCodes) {
   fakes.services.registry = &fakes.registry;
 }
 
-TEST_F(ZNRegistryTest, StringsOfTheClassLibraryAreForwarded) {
+// One value for all and another one for the user, by both kinds of texts.
+TEST_F(ZNRegistryTest, EveryFormComesBackForAllAndForAUser) {
   WriteFile(folder / "Tesmar.inf", "[P]\nCompany=F\nProduct=B\nVersion=4\nShortId=BX\n");
   ZNRegistryMFC strings(std::string("P"));
+  const auto expectBoth = [&](const auto& section, const auto& key, auto all, auto own) {
+    decltype(all) out{};
+    EXPECT_EQ(strings.Write(section, key, all), 0);
+    EXPECT_EQ(strings.WriteUser(section, key, own), 0);
+    EXPECT_EQ(strings.ReadDefault(section, key, &out, own), 0);
+    EXPECT_EQ(out, all);
+    EXPECT_EQ(strings.ReadUserDefault(section, key, &out, all), 0);
+    EXPECT_EQ(out, own);
+    EXPECT_EQ(strings.ReadUserDefault("S", "none", &out, all), 0);
+    EXPECT_EQ(out, all);
+    EXPECT_EQ(strings.ReadUser("S", "k", &out), 0);
+    EXPECT_EQ(out, own);
+  };
+  const auto expectAll = [&](const auto& section, const auto& key) {
+    expectBoth(section, key, true, false);
+    expectBoth(section, key, 7, -8);
+    expectBoth(section, key, 7.5, -8.25);
+  };
   const std::string section = "S", key = "k";
-  EXPECT_EQ(strings.Write(section, key, "literal"), 0);
+  expectAll("S", "k");
+  expectAll(section, key);
+
+  const std::string none = "none", other = "default", kept = "all", own = "own";
+  EXPECT_EQ(strings.Write(section, key, kept), 0);
+  EXPECT_EQ(strings.WriteUser(section, key, own), 0);
+  EXPECT_EQ(strings.Write("S", "literal", "a literal"), 0);
+  EXPECT_EQ(strings.WriteUser(section, "literal", "a user's"), 0);
+  const HKEY machine = HKEY_LOCAL_MACHINE;
+  EXPECT_EQ(strings.WriteKey(machine, key, kept, false), 0);
+  EXPECT_EQ(strings.WriteKey(machine, key, own, true), -13);
+  EXPECT_EQ(strings.AddListItem(machine, "L", "n", "item"), 0);
   std::string text;
-  EXPECT_EQ(strings.Read(section, key, text), 0);
-  EXPECT_EQ(text, "literal");
-  EXPECT_EQ(strings.ReadUserPath(section, key, text, std::string(600, 'x')), -12);
+  KvString out;
+  const int size = sizeof buffer;
+  const std::pair<std::function<int()>, std::string> reads[] = {
+      {[&] { return strings.Read(section, key, text); }, kept},
+      {[&] { return strings.ReadUser(section, key, text); }, own},
+      {[&] { return strings.ReadDefault(section, key, text, other); }, kept},
+      {[&] { return strings.ReadDefault(section, none, text, other); }, other},
+      {[&] { return strings.ReadUserDefault(section, key, text, other); }, own},
+      {[&] { return strings.ReadUserDefault(section, none, text, other); }, other},
+      {[&] { return strings.ReadPath(section, key, text, other); }, kept + kSlash},
+      {[&] { return strings.ReadUserPath(section, key, text, other); }, own + kSlash},
+      {[&] { return strings.ReadUserPath(section, none, text, other); }, other + kSlash},
+      {[&] { return strings.ReadKey(machine, key, text); }, kept},
+      {[&] { return strings.GetErrorText(-8, text); },
+       "ZNRegistry - Fehler: Ini-Datei nicht lesbar"},
+      {[&] { return strings.Read("S", "literal", out); }, "a literal"},
+      {[&] { return strings.ReadUser("S", "literal", buffer, size); }, "a user's"},
+      {[&] { return strings.ReadUserDefault("S", "k", out, "default"); }, own},
+      {[&] { return strings.ReadUserDefault("S", "none", buffer, size, "default"); }, other},
+      {[&] { return strings.ReadUserPath("S", "k", out, "default"); }, own + kSlash},
+      {[&] { return strings.ReadUserPath("S", "k", buffer, size, "default"); }, own + kSlash},
+      {[&] { return strings.ReadUserPath("S", "k", out); }, own + kSlash},
+      {[&] { return strings.ReadUserPath("S", "k", buffer, size); }, own + kSlash},
+      {[&] { return strings.ReadPath("S", "none", buffer, size, "default"); }, other + kSlash},
+      {[&] { return strings.ReadListItem(machine, "L", "n", 0, buffer, size); }, "item"},
+      {[&] { return strings.GetIniPath(buffer, size); }, TextOf(folder.Path()) + kSlash},
+  };
+  for (std::size_t i = 0; i < std::size(reads); ++i) {
+    SCOPED_TRACE(i);
+    text.clear(), out.Empty(), buffer[0] = '\0';
+    EXPECT_EQ(reads[i].first(), 0);
+    EXPECT_EQ(text + out.ToStdString() + buffer, reads[i].second);
+  }
+  EXPECT_EQ(strings.ReadUserPath(section, none, text, std::string(600, 'x')), -12);
   EXPECT_EQ(text.size(), 511u);
-  int number = 0;
-  EXPECT_EQ(strings.Write(section, key, 12), 0);
-  EXPECT_EQ(strings.ReadDefault(section, key, &number, 0), 0);
-  EXPECT_EQ(number, 12);
+  EXPECT_EQ(strings.GetIniPath(buffer, static_cast<int>(TextOf(folder.Path()).size()) + 11), -9);
+  EXPECT_EQ(strings.FlushIniFile(), 0);
 }
 
 }  // namespace
