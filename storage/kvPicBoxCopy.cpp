@@ -53,13 +53,12 @@ bool kvPicBox::CopyImage(const char* source, kvPicBox& target, const char* targe
     return CopyExternal(source, target, targetName, newFormat, ext.ToStdString());
   }
   if (IsSamePicture(source, target, targetName)) return Exists(source, ext);
-  return picbox::Guarded(Log(), "kvPicBox::CopyImage CStream-Exception %s",
-                         "CStream-Exception: unexpected Error in kvPicBox::CopyImage", [&] {
-                           const bool isCopied =
-                               CopyInternal(source, target, targetName, newFormat, ext, keepNative);
-                           return isCopied &&
-                                  (target.external || CopyNote(source, target, targetName));
-                         });
+  return picbox::Guarded(
+      Log(), "kvPicBox::CopyImage CStream-Exception %s",
+      "CStream-Exception: unexpected Error in kvPicBox::CopyImage", [&] {
+        const bool isCopied = CopyInternal(source, target, targetName, newFormat, ext, keepNative);
+        return isCopied && (target.external || CopyNote(source, target, targetName));
+      });
 }
 
 // By the storages' paths; a storage without a path is nobody else's.

@@ -12,6 +12,7 @@
 #include "core/TransferFormats.h"
 #include "host/Texts.h"
 #include "tests/platform/Support.h"
+#include "tests/support/Sheets.h"
 #include "toolkit/fake/FakeBackend.h"
 
 namespace {
@@ -306,16 +307,58 @@ TEST_F(Desk, TakesFiltersThatAreDraggedToTheirPlace) {
   EXPECT_EQ(Order(), "Se Em In ") << "dropped nowhere";
 }
 
-TEST_F(Desk, ZoomsToThePointer) {
+// The window in its states, one after the other, as a person goes through them.
+TEST_F(Desk, IsAsItsSheetSays) {
+  std::string sheet;
+  std::set<std::string> known;
+  const auto look = [&](const char* state) {
+    EXPECT_TRUE(Await([&] { return window->Work().Renderer().IsIdle(); }));
+    backend.Pump(false);
+    sheet += std::string("--- ") + state + "\n" + testing_support::Drawn(*native, &known);
+  };
+  look("empty");
   ASSERT_TRUE(OpenPicture());
-  const auto canvas = Canvas("Picture");
-  const auto painted = native->Paint(canvas);
-  EXPECT_GE(painted.Count("DrawPicture"), 1);
-  native->Mouse(canvas, MouseAction::Move, {300, 200}, 0);
-  EXPECT_TRUE(native->Wheel(canvas, 2));
-  EXPECT_TRUE(Press(Key::Character, '0', true));
-  native->Mouse(canvas, MouseAction::Move, {2, 2}, 0);
-  native->Mouse(canvas, MouseAction::Leave, {}, 0);
+  for (const char* progId : {"Sepia", "Invert", "Tonwert"}) {
+    Add(("ZNFilter." + std::string(progId) + ".1").c_str());
+  }
+  ClickAt("Chain", {20, RowMiddle(1)});
+  look("three filters, one of them off");
+  native->Mouse(Canvas("Picture"), MouseAction::Move, {300, 200}, 0);
+  native->Wheel(Canvas("Picture"), 6);
+  look("enlarged at the pointer");
+  for (const Key key : {Key::Left, Key::Up, Key::Up}) {
+    native->Focus(Canvas("Picture"));
+    native->Press(key);
+  }
+  DragTo("Picture", {100, 100}, {130, 160});
+  look("moved");
+  native->ChooseMenu({"View", "Split"});
+  native->ChooseMenu({"View", "100 %"});
+  look("split, at 100 %");
+  native->ChooseMenu({"View", "Mask"});
+  native->ChooseMenu({"View", "Zoom in"});
+  native->ChooseMenu({"View", "Zoom in"});
+  look("the mask, larger");
+  native->ChooseMenu({"View", "Fit"});
+  native->ChooseMenu({"View", "Zoom out"});
+  native->Type(native->ByName("Search for filters", ControlKind::Edit), "no such filter");
+  look("nothing found");
+  native->Type(native->ByName("Search for filters", ControlKind::Edit), "sha");
+  Add("ZNFilter.Crop.1");
+  auto& chain = window->Work().Chain();
+  const int crop = *chain.Selection().begin();
+  chain.SetParameters({{crop, "LeftMargin=0.250,RightMargin=0.750,TopMargin=0.900"}});
+  backend.isDark = true;
+  backend.scale = 150;
+  native->ChangeLook();
+  look("a crop, in the dark");
+  native->Focus(Canvas("Filters"));
+  for (const Key key : {Key::Down, Key::Down, Key::Enter, Key::Up}) native->Press(key);
+  look("by keys");
+  for (std::size_t at; (at = sheet.find(host::Utf8Of(folder.Path()))) != sheet.npos;) {
+    sheet.replace(at, host::Utf8Of(folder.Path()).size(), "FOLDER");
+  }
+  testing_support::ExpectSheet(sheet, FXBOX_SOURCE "/tests/desk/window.txt");
 }
 
 TEST_F(Desk, CropsByHandlesInThePicture) {

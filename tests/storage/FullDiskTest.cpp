@@ -53,8 +53,8 @@ struct FailingMove {
 };
 
 Bytes Noise(int width, int height, bool isMask = false) {
-  Bytes bitmap = isMask ? imageio::BlankMaskBitmap(width, height)
-                        : imageio::BlankColourBitmap(width, height);
+  Bytes bitmap =
+      isMask ? imageio::BlankMaskBitmap(width, height) : imageio::BlankColourBitmap(width, height);
   std::minstd_rand random(static_cast<unsigned>(width));
   for (BYTE* row : imageio::RowsOf(bitmap)) {
     for (int x = 0; x < (isMask ? 1 : 3) * width; ++x) row[x] = static_cast<BYTE>(random() >> 8);
@@ -138,7 +138,8 @@ bool AddStream(kvPicBox& box, Disk& disk, bool asNative) {
   return box.AddFileStream("a", "PNG", file, asNative, nullptr);
 }
 
-bool Copy(kvPicBox& box, Disk& disk, bool fromFiles, const char* name, bool newFormat, bool asFile) {
+bool Copy(kvPicBox& box, Disk& disk, bool fromFiles, const char* name, bool newFormat,
+          bool asFile) {
   KvString ext("PNG");
   return disk.Opened(fromFiles ? disk.files.get() : disk.memory.get())
       ->CopyImage(name, box, "a", newFormat, ext, asFile);
@@ -148,10 +149,8 @@ const struct {
   const char* what;
   Disk::Operation run;
 } kOperations[] = {
-    {"add",
-     [](kvPicBox& box, Disk&) {
-       return box.AddFile("a", kPicture, kMask, 3, 4, false, false, false) > 0;
-     }},
+    {"add", [](kvPicBox& box,
+               Disk&) { return box.AddFile("a", kPicture, kMask, 3, 4, false, false, false) > 0; }},
     {"add encoded",
      [](kvPicBox& box, Disk&) {
        return box.AddFile("a", kPicture, kMask, 3, 4, true, false, true) > 0;
@@ -165,7 +164,8 @@ const struct {
     {"note", [](kvPicBox& box, Disk&) { return box.WriteImageInfo("a", "after", nullptr); }},
     {"copy", [](kvPicBox& box, Disk& disk) { return Copy(box, disk, 0, "a", true, false); }},
     {"copy old", [](kvPicBox& box, Disk& disk) { return Copy(box, disk, 0, "a", false, false); }},
-    {"copy a file", [](kvPicBox& box, Disk& disk) { return Copy(box, disk, 1, "png", true, true); }},
+    {"copy a file",
+     [](kvPicBox& box, Disk& disk) { return Copy(box, disk, 1, "png", true, true); }},
     {"copy from files", [](kvPicBox& box, Disk& disk) { return Copy(box, disk, 1, "a", 1, true); }},
 };
 

@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "tests/support/Sheets.h"
 #include "toolkit/ZNAngleDial.h"
 #include "toolkit/ZNCropView.h"
 #include "toolkit/ZNCurveEditor.h"
@@ -251,6 +252,60 @@ TEST(Messages, AskForText) {
   EXPECT_EQ(ask(), "new");
   backend.Post([&] { backend.LastWindow()->Press(Key::Escape); });
   EXPECT_EQ(ask(), std::nullopt);
+}
+
+// --- all of it
+
+TEST_F(Canvases, AndQuestionsAreAsTheirSheetSays) {
+  class Editor : public CZNCurveEditor {
+   public:
+    using CZNCurveEditor::CZNCurveEditor;
+    void Show(const PanelValues&) override {}
+    void Store(PanelValues&) const override {}
+  };
+  auto& dial = dialog.Make<CZNAngleDial>("Direction", ValueRange{0, 3600, 1, 0}, 3600);
+  auto& curve = dialog.Make<Editor>("Curve", 12);
+  auto& crop = dialog.Make<CZNCropView>("Crop", std::array<const char*, 4>{"L", "R", "B", "T"});
+  dial.Place({10, 20, 90, 80});
+  dial.SetValue(300);
+  curve.Place({110, 20, 140, 130});
+  curve.SetCurve({{0, 30}, {60, 120}, {160, 140}, {255, 220}}, false);
+  crop.Place({10, 160, 200, 120});
+  crop.SetPictureSize({300, 200});
+  Drag(crop.Id(), {20, 10}, {60, 30});
+  std::string sheet = testing_support::Drawn(Window());
+  // In use: with the keys, a histogram, another curve behind, in the dark and larger.
+  curve.onHistogram = [] {
+    CZNCurveEditor::Histogram histogram = {};
+    for (std::size_t i = 0; i < 256; i += 60) histogram[i] = static_cast<unsigned>(i + 1);
+    return histogram;
+  };
+  RCNodeCurve behind;
+  behind.nodes = {{0, 255}, {255, 0}};
+  curve.SetBehind({behind});
+  curve.SetPercent(true);
+  curve.SetCurve({{0, 30}, {60, 120}, {160, 140}, {255, 220}}, true);
+  backend.isDark = true;
+  backend.scale = 150;
+  Window().ChangeLook();
+  for (CZNCanvas* const canvas : std::initializer_list<CZNCanvas*>{&dial, &curve, &crop}) {
+    canvas->Focus();
+    Window().Press(Key::Right);
+    Window().Mouse(canvas->Id(), MouseAction::Move, {70, 60}, 0);
+    sheet += testing_support::Drawn(Window());
+  }
+  for (const int scale : {100, 150}) {
+    backend.scale = scale;
+    for (int i = 0; i < 2; ++i) {
+      backend.Post([&] {
+        sheet += testing_support::Drawn(*backend.LastWindow());
+        backend.LastWindow()->AskToClose();
+      });
+      i == 0 ? void(ZNAskButton("Title", "Two\nlines", {"&Yes", "&Not at all"}))
+             : void(ZNAskText("Title", "Name of it", "old", "OK", "Cancel"));
+    }
+  }
+  testing_support::ExpectSheet(sheet, FXBOX_SOURCE "/tests/toolkit/drawn.txt");
 }
 
 }  // namespace

@@ -43,6 +43,15 @@ std::string ColourText(Colour colour) {
   return Line("%d,%d,%d", colour.red, colour.green, colour.blue);
 }
 
+// Of many corners, as curves have them, every sixteenth.
+std::string CornersText(std::span<const Spot> corners) {
+  std::string text = corners.size() > 16 ? Line(" %d:", static_cast<int>(corners.size())) : "";
+  for (std::size_t i = 0; i<corners.size(); i += corners.size()> 16 ? 16 : 1) {
+    text += Line(" %.1f,%.1f", corners[i].x, corners[i].y);
+  }
+  return text;
+}
+
 }  // namespace
 
 // --- RecordingPainter
@@ -57,19 +66,18 @@ void RecordingPainter::FillRect(const Rect& place, Colour colour) {
   calls.push_back("FillRect " + PlaceText(place) + " " + ColourText(colour));
 }
 
-void RecordingPainter::DrawLines(std::span<const Spot> corners, Colour colour, double) {
-  std::string line = "DrawLines " + ColourText(colour);
-  for (const Spot& corner : corners) line += Line(" %.1f,%.1f", corner.x, corner.y);
-  calls.push_back(line);
+void RecordingPainter::DrawLines(std::span<const Spot> corners, Colour colour, double thickness) {
+  calls.push_back("DrawLines " + ColourText(colour) + CornersText(corners) +
+                  Line(" by %.1f", thickness));
 }
 
 void RecordingPainter::FillShape(std::span<const Spot> corners, Colour colour) {
-  calls.push_back(Line("FillShape %d ", static_cast<int>(corners.size())) + ColourText(colour));
+  calls.push_back("FillShape " + ColourText(colour) + CornersText(corners));
 }
 
-void RecordingPainter::DrawCircle(Spot centre, double radius, Colour colour, double) {
+void RecordingPainter::DrawCircle(Spot centre, double radius, Colour colour, double thickness) {
   calls.push_back(Line("DrawCircle %.1f,%.1f %.1f ", centre.x, centre.y, radius) +
-                  ColourText(colour));
+                  ColourText(colour) + Line(" by %.1f", thickness));
 }
 
 void RecordingPainter::FillCircle(Spot centre, double radius, Colour colour) {
@@ -77,12 +85,14 @@ void RecordingPainter::FillCircle(Spot centre, double radius, Colour colour) {
                   ColourText(colour));
 }
 
-void RecordingPainter::WriteText(Point place, const std::string& text, Colour) {
-  calls.push_back(Line("WriteText %d,%d ", place.x, place.y) + text);
+void RecordingPainter::WriteText(Point place, const std::string& text, Colour colour) {
+  calls.push_back(Line("WriteText %d,%d ", place.x, place.y) + text + " " + ColourText(colour));
 }
 
-void RecordingPainter::WriteLine(const Rect& place, const std::string& text, Colour, TextAlign) {
-  calls.push_back("WriteLine " + PlaceText(place) + " " + text);
+void RecordingPainter::WriteLine(const Rect& place, const std::string& text, Colour colour,
+                                 TextAlign align) {
+  calls.push_back("WriteLine " + PlaceText(place) + " " + text + " " + ColourText(colour) +
+                  Line(" at %d", static_cast<int>(align)));
 }
 
 void RecordingPainter::DrawPicture(const Rect& place, const PictureRows& picture) {
@@ -90,8 +100,8 @@ void RecordingPainter::DrawPicture(const Rect& place, const PictureRows& picture
                   Line(" of %dx%d", picture.width, picture.height));
 }
 
-void RecordingPainter::Shade(const Rect& place, double) {
-  calls.push_back("Shade " + PlaceText(place));
+void RecordingPainter::Shade(const Rect& place, double strength) {
+  calls.push_back("Shade " + PlaceText(place) + Line(" by %.1f", strength));
 }
 
 // --- FakeWindow
