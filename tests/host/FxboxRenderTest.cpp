@@ -134,6 +134,42 @@ TEST(FxboxRender, PartsCountFromTheTopLeft) {
   EXPECT_THAT(outside.error.message, HasSubstr("outside the result, which is 5x4"));
 }
 
+// What the filters are told of the full picture, and a limit.
+TEST(FxboxRender, EveryOptionDoesItsWork) {
+  constexpr char kReduce[] = "ZNFilter.Scale.1(MaximumHorizontalSize=10,MaximumVerticalSize=10)";
+  constexpr char kBorder[] = "ZNFilter.Passpartout.1(Borderhori=4, Borderverti=8)";
+  Picture picture(3);
+  const struct {
+    const char* chain;
+    double zoom;
+    int fullWidth, fullHeight;
+    int width, height;  // of the result
+  } cases[] = {{kReduce, 0, 0, 0, 5, 4},    {kReduce, 0, 50, 40, 10, 8}, {kReduce, 0, 50, 0, 5, 4},
+               {kReduce, 0, 0, 40, 5, 4},   {kBorder, 0, 0, 0, 13, 20},  {kBorder, 1, 0, 0, 13, 20},
+               {kBorder, 0.5, 0, 0, 9, 12}, {"", 0.5, 50, 40, 5, 4}};
+  for (const auto& c : cases) {
+    FxboxRenderOptions options = Options();
+    options.zoom = c.zoom, options.fullWidth = c.fullWidth, options.fullHeight = c.fullHeight;
+    const Outcome outcome = Render(picture.Image(), c.chain, &options);
+    ASSERT_EQ(outcome.status, FXBOX_OK) << outcome.error.message;
+    EXPECT_EQ(std::pair(outcome.result->width, outcome.result->height),
+              std::pair(c.width, c.height))
+        << c.chain << ' ' << c.zoom;
+  }
+  FxboxRenderOptions options = Options();
+  options.zoom = -0.5;
+  EXPECT_EQ(Render(picture.Image(), "", &options).status, FXBOX_BAD_ARGUMENT);
+  for (const int channels : {1, 2, 5, -3}) {
+    options = Options();
+    options.channels = channels;
+    EXPECT_EQ(Render(picture.Image(), "", &options).status, FXBOX_BAD_ARGUMENT);
+  }
+  // A row, a column.
+  options = Options();
+  options.top = 2, options.width = 5;
+  EXPECT_EQ(Render(picture.Image(), "", &options).status, FXBOX_BAD_ARGUMENT) << "no height";
+}
+
 TEST(FxboxRender, ErrorsNameItemAndPlace) {
   Picture picture(3);
   const Outcome wrong =

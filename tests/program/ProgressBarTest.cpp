@@ -10,13 +10,26 @@ namespace {
 using std::chrono::milliseconds;
 
 TEST(ProgressBar, DrawsOneLineThatFitsAndGoes) {
-  std::ostringstream terminal;
-  {
-    ProgressBar bar(terminal, 30, 4, milliseconds(0));
-    bar.Show(1, 0.5);
-    bar.Show(1, 0.6);  // too soon to be drawn again
+  const struct {
+    int width;
+    std::size_t files, done;
+    double share;
+    const char* line;
+  } cases[] = {{30, 4, 1, 0.5, "[######-----------] 37 %  2/4"},
+               {30, 4, 4, 0, "[################] 100 %  4/4"},
+               {16, 1, 0, 0.5, "[####----] 50 %"},
+               {10, 0, 0, 0.25, "[--] 25 %"},
+               {12, 2, 1, 1, " 100 %  2/2"},
+               {200, 1, 0, 0.1, "[####------------------------------------] 10 %"}};
+  for (const auto& c : cases) {
+    std::ostringstream terminal;
+    {
+      ProgressBar bar(terminal, c.width, c.files, milliseconds(0));
+      bar.Show(c.done, c.share);
+      bar.Show(c.done, c.share / 2);  // too soon to be drawn again
+    }
+    EXPECT_EQ(terminal.str(), "\r" + std::string(c.line) + "\x1B[K\r\x1B[K");
   }
-  EXPECT_EQ(terminal.str(), "\r[######-----------] 37 %  2/4\x1B[K\r\x1B[K");
 }
 
 TEST(ProgressBar, IsQuietWithoutATerminalAndForShortWork) {

@@ -71,6 +71,7 @@ TEST_F(TraceLogTest, WritesLinesBelowItsLevel) {
   EXPECT_STREQ(TraceLog::GetLastLogEntry(), "bare");
   TraceLog::SetLogLevel(2);
   log.Write(-1, "the object's level is too high now", true);
+  TraceLog(1).Write(3, "the line's own level", true);
   log.LogFuncsAt(1);
   log.Write(-1, "x", true);
   EXPECT_EQ(TraceLog::GetLastLogEntry(), Front() + "x");

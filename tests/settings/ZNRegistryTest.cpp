@@ -213,6 +213,13 @@ TEST_F(ZNRegistryTest, EveryUserGetsTheNextNumber) {
   fakes.registry.Write(Hive::CurrentUser, "Software\\Firm\\2.0\\User", "0001");
   EXPECT_EQ(registry.ReadUser("S", "k", text), 0);
   EXPECT_EQ(text, "first");
+  // The last number that there can be, and none.
+  for (const char* last : {"2147483647", "many"}) {
+    fakes.registry.DeleteTree(Hive::CurrentUser, "Software");
+    fakes.registry.Write(Hive::LocalMachine, "Software\\Firm\\2.0\\LastUser", last);
+    EXPECT_EQ(registry.ReadUser("S", "k", text), 0);
+    EXPECT_EQ(fakes.registry.Read(Hive::LocalMachine, "Software\\Firm\\2.0\\LastUser"), "0001");
+  }
 }
 
 TEST_F(ZNRegistryTest, KeysAndLists) {

@@ -202,7 +202,27 @@ void ExpectSoundChanges(int first, int step, int least) {
 }  // namespace
 
 TEST(FullDisk, LeavesNoHalfPicture) {
-  ExpectSoundChanges<DiskLimit>(0, 397, 1);
+  ExpectSoundChanges<DiskLimit>(0, 797, 1);
+}
+
+// The first write brings along what the file held so far.
+TEST(FullDisk, LeavesAFileThatIsChangedWhole) {
+  const TemporaryFolder folder;
+  const std::string before(200000, 'b'), path = platform::StoragePathOf(folder / "file");
+  for (const int room : {0, 5, 65536, 199999, 200000}) {
+    testing_support::WriteFile(folder / "file", before);
+    KvFile file(path.c_str(), OpenModeReadWrite);
+    bool isKept = false;
+    {
+      const DiskLimit limit(room);
+      isKept = file.Seek(199990, 0) == 199990 && file.Write("after", 5) == 5;
+      isKept = file.Close() && isKept;
+    }
+    EXPECT_EQ(isKept, room == 200000);
+    const std::string now = testing_support::ReadFile(folder / "file");
+    EXPECT_EQ(now == before, !isKept) << room;
+    EXPECT_EQ(folder.Names().size(), 1u);
+  }
 }
 
 TEST(FilesThatCannotBeMoved, LeaveNoHalfPicture) {

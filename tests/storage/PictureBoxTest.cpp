@@ -541,6 +541,31 @@ TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
   }
 }
 
+// As they are in a picture of an older generation, at no position.
+TEST(PictureBox, KeepsFilesAsTheyAre) {
+  const TemporaryFolder folder;
+  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
+  testing_support::WriteFile(folder / "file", jpeg);
+  for (const bool isFolder : {false, true}) {
+    for (const bool asNative : {false, true}) {
+      Box box(isFolder);
+      KvFile file(platform::StoragePathOf(folder / "file").c_str(), OpenModeRead);
+      Bytes kept;
+      EXPECT_TRUE(box.box->AddFileStream("a", "jpg", file, asNative, &kept));
+      EXPECT_EQ(Text(kept), jpeg);
+      std::int32_t x = 1, y = 1;
+      Bytes picture, mask;
+      box.box->GetQuick("a", "", &picture, &mask, -1, -1, &x, &y);
+      EXPECT_EQ(picture.size(), Bitmap(16, 16).size());
+      auto found = box.box->OpenPicture(1, "a", "jpg");
+      ASSERT_TRUE(found);
+      EXPECT_EQ(found->native, isFolder && asNative);
+      EXPECT_EQ(std::pair(x, y), found->native ? std::pair(1, 1) : std::pair(0, 0));
+      EXPECT_EQ(Text(box.box->ReadEncoded(*found)), jpeg);
+    }
+  }
+}
+
 TEST(PictureBox, FindsNamesAsTheyAreStored) {
   Box box;
   const Bytes picture = Bitmap(2, 2);
