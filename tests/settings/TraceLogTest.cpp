@@ -257,8 +257,61 @@ TEST_F(TraceLogTest, KeepsLinesForABacktrace) {
               testing::Contains(HasSubstr("The last 5000 lines have been dumped.")));
 }
 
+// A turn at the file ends in one of four ways, and is given back where it was had.
+TEST_F(TraceLogTest, WritesInItsTurn) {
+  using Wait = platform::NamedMutex::Wait;
+  struct Turns final : platform::Mutexes {
+    struct Turn final : platform::NamedMutex {
+      explicit Turn(Turns& given) : turns(given) {}
+      Wait WaitFor(std::chrono::milliseconds) override { return turns.result; }
+      void Release() override { ++turns.released; }
+      Turns& turns;
+    };
+    std::unique_ptr<platform::NamedMutex> Open(const std::string&) override {
+      return std::make_unique<Turn>(*this);
+    }
+    Wait result = Wait::Held;
+    int released = 0;
+  } turns;
+  fakes.services.mutexes = &turns;
+  WriteFile(folder / "other", "appended\r\n");
+  const std::string other = platform::PathText(folder / "other");
+  const struct {
+    Wait result;
+    bool isAppended;
+    int lines, released;  // one line and six rulers, in turns of their own
+  } cases[] = {{Wait::Held, true, 8, 8},
+               {Wait::Abandoned, true, 1, 8},
+               {Wait::TimedOut, false, 0, 0},
+               {Wait::Failed, false, 0, 0}};
+  for (const auto& c : cases) {
+    fs::remove(File());
+    Start();
+    turns.result = c.result;
+    turns.released = 0;
+    log.Write(0, "a line", true);
+    EXPECT_EQ(log.AppendFileToLog(other.c_str()), c.isAppended);
+    EXPECT_EQ(Lines().size(), static_cast<std::size_t>(c.lines));
+    EXPECT_EQ(turns.released, c.released);
+    turns.result = Wait::Held;
+    TraceLog::StopLogging(true);
+  }
+  // What a process that was killed has left.
+  for (const bool journal : {false, true}) {
+    WriteFile(File(), "half a li");
+    Start(journal);
+    log.Write(0, "whole", true);
+    log.FlushBuffers();
+    ASSERT_GE(Lines().size(), 2u);
+    EXPECT_EQ(Lines()[0], "half a li");
+    EXPECT_THAT(Lines().back(), EndsWith("whole"));
+    TraceLog::StopLogging(true);
+  }
+}
+
 TEST_F(TraceLogTest, AppendsFiles) {
   Start();
+  TraceLog::SetLogLevel(1);
   const std::string text(5000, 'z');
   WriteFile(folder / "other", text + "\r\n");
   EXPECT_FALSE(log.AppendFileToLog(platform::PathText(folder / "none").c_str()));
