@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
+#include "host/ChainTexts.h"
 #include "host/FilterFacts.h"
 
 namespace host {
@@ -65,6 +67,7 @@ TEST_F(ChainCheck, TakesEveryNumberOfTheRightKind) {
             "");
   EXPECT_EQ(Message("ZNFilter.RGBColor.1(Red=-500)ZNFilter.Rotate.1(Angle=12345.6789)"), "");
   EXPECT_EQ(Message("ZNFilter.PrintPad.1(PadColor=0xFF8000)"), "");
+  EXPECT_EQ(Message("ZNFilter.PrintPad.1(PadColor=0Xff8000)"), "");
   EXPECT_THAT(Message("ZNFilter.RedEye.1(N=2, X=0.5)"), HasSubstr("unknown key"));
   EXPECT_THAT(Message("ZNFilter.RedEye.1(N=2, E2=0.5)"), HasSubstr("is not Key=whole number"));
 }
@@ -162,16 +165,29 @@ TEST_F(ChainCheck, RefusesMarkersThatTellNothingApart) {
 }
 
 TEST_F(ChainCheck, ErrorsCarryThePlace) {
-  try {
-    Check("ZNFilter.Zero.1()\n ZNFilter.Sepia.1(Sepia=050, Sepai=1)");
-    FAIL();
-  } catch (const ChainError& error) {
-    EXPECT_EQ(error.Place().item, 2);
-    EXPECT_EQ(error.Place().filter, "ZNFilter.Sepia.1");
-    EXPECT_EQ(error.Place().line, 2);
-    EXPECT_EQ(error.Place().character, 30);
-    EXPECT_THAT(error.what(), HasSubstr(" at line 2, character 30"));
+  const auto placeOf = [](const std::function<void()>& check) {
+    try {
+      check();
+    } catch (const ChainError& error) {
+      const ChainPlace& place = error.Place();
+      return std::to_string(place.item) + " " + std::to_string(place.line) + ":" +
+             std::to_string(place.character) + " " + place.filter;
+    }
+    return std::string("no error");
+  };
+  const std::pair<std::string, const char*> texts[] = {
+      {"ZNFilter.Zero.1()\n ZNFilter.Sepia.1(Sepia=050, Sepai=1)", "2 2:30 ZNFilter.Sepia.1"},
+      {"\n\nZNFilter.Nobody.1()", "1 3:1 "},
+      {"ZNFilter.Zero.1() more", "2 1:19 "},
+      {std::string("ZNFilter.Zero.1(\0)", 18), "1 1:17 ZNFilter.Zero.1"}};
+  for (const auto& [text, place] : texts) {
+    EXPECT_EQ(placeOf([&, chain = text] { Check(chain); }), place) << text;
   }
+  EXPECT_EQ(placeOf([&] { Check("ZNFilter.Zero.1()", ""); }), "1 0:0 ");
+  // Of a picture that is named, the item is told.
+  const ChainText sign{"ZNFilter.Zero.1()ZNFilter.WaterSign.1(Picture=none.png)"};
+  EXPECT_EQ(placeOf([&] { WithFullPaths(sign, filters, "nowhere"); }),
+            "2 0:0 ZNFilter.WaterSign.1");
 }
 
 }  // namespace
