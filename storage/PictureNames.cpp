@@ -95,7 +95,8 @@ bool CanBeName(std::string_view name) {
 
 std::string PictureTag(std::string_view name) {
   for (const std::string_view ending : kPictureEndings) {
-    if (EndsWithText(name, ending)) return UpperText(ending.substr(1));
+    if (!EndsWithText(name, ending)) continue;
+    return std::string(name.substr(name.size() - ending.size() + 1));
   }
   return {};
 }

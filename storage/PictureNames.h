@@ -29,7 +29,7 @@ FXBOX_API bool IsNote(std::string_view name);
 // that means a folder.
 FXBOX_API bool CanBeName(std::string_view name);
 
-// The ending of a plain file that is taken for a picture of this kind: "JPG" of "photo.jpg"; empty
+// The ending of a plain file that is taken for a picture of this kind: "jpg" of "photo.jpg"; empty
 // for any other.
 FXBOX_API std::string PictureTag(std::string_view name);
 

@@ -43,7 +43,7 @@ struct FoundPicture {
   int kind = kNoKind;         // a PictureKind
   std::uint32_t size = 0;     // of the encoded picture; of the whole stream where it is native
   std::uint32_t encoded = 0;  // 0: a bitmap in the compressed part
-  std::string tag;            // "JPG"; empty where it is not known
+  std::string tag;            // "JPG", or a file's ending as it is; empty where it is not known
   std::string fullName;       // the storage's path and the stream's name
   int headerSize = 0;         // of a head with all of its fields
   PictureHead head;           // as it was really read
@@ -142,7 +142,7 @@ class FXBOX_API kvPicBox {
   int AnalyzeFile(const char* name, KvString& tag, const char* ext = "");
 
   // The note beside a picture: its text in the code page, empty without a note or where that is
-  // broken; with `block` its 36 bytes too, which stay as they are where there are none.
+  // broken; with `block` its 36 bytes too, which stay as they are then.
   KvString GetImageInfo(const char* name, void* block);
 
   // --- writing

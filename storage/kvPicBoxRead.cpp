@@ -25,7 +25,8 @@ namespace {
 
 constexpr int kBeepHertz = 800;
 constexpr int kBeepMilliseconds = 200;
-constexpr char kNoteMagic[] = "KVQX";
+constexpr std::size_t kTextOfNote = 8;
+constexpr std::size_t kSizesOfNote = 12;  // with the magic number
 constexpr std::size_t kSizeOfStart = 0x8000;
 
 bool HasPicture(int kind) {
@@ -36,7 +37,8 @@ bool HasMask(int kind) {
   return kind == picbox::kPictureAndMask || kind == picbox::kMaskAlone;
 }
 
-// Sets the size of the rows and the number of colours where the head leaves them open.
+// Sets the size of the rows and the number of colours where a loader leaves them open. A bitmap
+// that is stored as such is handed out as it is.
 void RepairHead(Bytes& bitmap) {
   const auto layout = StoredBitmap::Parse(bitmap);
   if (!layout) return;
@@ -99,7 +101,6 @@ void kvPicBox::Load(FoundPicture& found, Bytes* picture, Bytes* mask, int prefer
     LoadStored(found, colours, alpha, preferredWidth, preferredHeight, x, y);
   }
   if (colours.empty()) alpha.clear();
-  RepairHead(colours);
   if (picture) *picture = std::move(colours);
   if (mask) *mask = std::move(alpha);
 }
@@ -159,6 +160,7 @@ void kvPicBox::LoadNative(FoundPicture& found, Bytes& picture, Bytes& mask, int 
   if (loaderStatus != 0) return;
   foundType = loader.Type();
   picture = std::move(loader.ImageDIB());
+  RepairHead(picture);
   mask = std::move(loader.MaskDIB());
 }
 
@@ -177,6 +179,7 @@ bool kvPicBox::DecodeFile(std::span<const std::uint8_t> file, Bytes& picture, By
   if (loaderStatus != 0) return false;
   foundType = loader.Type();
   picture = std::move(loader.ImageDIB());
+  RepairHead(picture);
   mask = std::move(loader.MaskDIB());
   return true;
 }
@@ -348,16 +351,11 @@ KvString kvPicBox::GetImageInfo(const char* pictureName, void* block) {
         const picbox::StreamPtr stream(
             pictures ? pictures->OpenStream(noteName.c_str(), OpenModeRead) : nullptr);
         if (!stream) return {};
-        BYTE head[8] = {};
-        if (stream->Read(head, 8) != 8 || std::memcmp(head, kNoteMagic, 4) != 0) return {};
-        const std::uint32_t length = head[4] | std::uint32_t{head[5]} << 8 |
-                                     std::uint32_t{head[6]} << 16 | std::uint32_t{head[7]} << 24;
-        const Bytes rest = picbox::ReadStored(*stream, ~0u);
-        if (length > rest.size()) return {};
-        const auto* text = reinterpret_cast<const char*>(rest.data());
-        const bool hasBlock =
-            rest.size() >= std::size_t{length} + 4 + kBlockBytes && rest[length] == kBlockBytes;
-        if (block && hasBlock) std::memcpy(block, rest.data() + length + 4, kBlockBytes);
+        const Bytes note = picbox::ReadStored(*stream, ~0u);
+        if (!picbox::IsWholeNote(note)) return {};
+        const std::size_t length = note.size() - kSizesOfNote - kBlockBytes;
+        const auto* text = reinterpret_cast<const char*>(note.data() + kTextOfNote);
+        if (block) std::memcpy(block, note.data() + note.size() - kBlockBytes, kBlockBytes);
         return KvString(std::string(text, strnlen(text, length)));
       });
 }

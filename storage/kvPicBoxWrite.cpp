@@ -43,15 +43,15 @@ View Trimmed(View bitmap) {
   return layout ? bitmap.first(static_cast<std::size_t>(layout->Bytes())) : View();
 }
 
-// Masks are stored with 8 bits and 256 greys.
+// Masks are stored with 8 bits and 256 greys; what fills up their rows stays.
 Bytes StoredMask(View mask) {
   const auto layout = StoredBitmap::Parse(mask);
   if (!layout || !layout->IsMask()) return {};
   Bytes stored = imageio::BlankMaskBitmap(layout->Width(), layout->Height());
   const std::vector<BYTE*> rows = imageio::RowsOf(stored);
+  const auto stride = static_cast<std::size_t>(base::DibStride(8, layout->Width()));
   for (std::size_t y = 0; y < rows.size(); ++y) {
-    std::memcpy(rows[y], layout->MaskRow(static_cast<int>(y)),
-                static_cast<std::size_t>(layout->Width()));
+    std::memcpy(rows[y], layout->MaskRow(static_cast<int>(y)), stride);
   }
   return stored;
 }

@@ -117,6 +117,8 @@ TEST(PictureNames, AreCleanedAndGetTheirEndings) {
   for (const char* refused : {"", ".", "..", "PicMask", "onlypic", "a.INF"}) {
     EXPECT_FALSE(picbox::CanBeName(refused)) << refused;
   }
+  EXPECT_EQ(picbox::PictureTag("a.b.Tiff"), "Tiff");
+  EXPECT_EQ(picbox::PictureTag("a.note"), "");
   EXPECT_STREQ(picbox::TagOfType(12), "gif");
   EXPECT_STREQ(picbox::SuffixOfType(13), ".JPEG");
   EXPECT_STREQ(picbox::SuffixOfType(99), ".JPG");
@@ -124,7 +126,9 @@ TEST(PictureNames, AreCleanedAndGetTheirEndings) {
 
 TEST(PictureBox, WritesTheNewFormatToTheByte) {
   Box box;
-  const Bytes picture = Bitmap(3, 2), mask = Mask(3, 2);
+  const Bytes picture = Bitmap(3, 2);
+  Bytes mask = Mask(3, 2);
+  mask.back() = 0x77;  // what fills up a row comes back, too
   const unsigned stored = box.box->AddFile("a", picture, mask, -93, -51, false, false, false);
   EXPECT_EQ(stored, picture.size() + mask.size());
   EXPECT_EQ(
@@ -321,7 +325,16 @@ TEST(PictureBox, ReadsBitmapsOfAllDepths) {
     }
     EXPECT_EQ(layout->Bytes(), bitmap.size() - 2) << bits;
     EXPECT_EQ(layout->Bits(), bits);
-    bitmap.resize(bitmap.size() - 3);
+    bitmap.resize(bitmap.size() - 2);
+    if (bits > 0) {
+      Box box;
+      Put(box.At(picbox::kPictures), "a",
+          Bytes10(2) + Packed(Number(0) + Number(0) + Sized(bitmap)));
+      Bytes read;
+      box.box->GetQuick("a", "", &read, nullptr);
+      EXPECT_EQ(read, bitmap) << "as it is stored, open fields and all: " << bits;
+    }
+    bitmap.pop_back();
     EXPECT_FALSE(imageio::StoredBitmap::Parse(bitmap)) << bits;
   }
 }
@@ -346,7 +359,8 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
   EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "a.inf").size(), 8u + 2 + 4 + 36);
   for (const std::string& broken :
        {std::string("KVQY") + stored.substr(4), std::string("KVQ"),
-        "KVQX" + Number(0xFFFFFFFF) + "text", "KVQX" + Number(500) + stored.substr(8)}) {
+        "KVQX" + Number(0xFFFFFFFF) + "text", "KVQX" + Number(500) + stored.substr(8),
+        stored.substr(0, stored.size() - 1), stored.substr(0, 15)}) {
     Put(box.At(picbox::kPictures), "a.inf", broken);
     EXPECT_FALSE(picbox::IsWholeNote({broken.begin(), broken.end()}));
     EXPECT_EQ(box.box->GetImageInfo("a", read.data()), "");
