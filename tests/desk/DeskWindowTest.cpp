@@ -273,6 +273,11 @@ TEST_F(Desk, EditsSeveralFiltersAtOnce) {
   chain.Undo();
   EXPECT_EQ(chain.Items()[0].parameters, chain.Items()[2].parameters);
   EXPECT_EQ(chain.Items()[0].parameters, "Sepia=000");
+  dialog->AskToClose();
+  for (const std::size_t item : {0, 2}) chain.SetParameters({{chain.Items()[item].id, "Sepia=033"}});
+  ASSERT_TRUE(native->Click(native->ByName("Edit", ControlKind::Button)));
+  toolkit::FakeWindow* const again = backend.LastWindow();
+  EXPECT_EQ(again->At(again->ByName("Strength", ControlKind::Slider)).value, 33);
 }
 
 TEST_F(Desk, WorksOnTheChainWithTheMouse) {
@@ -335,6 +340,8 @@ TEST_F(Desk, IsAsItsSheetSays) {
   native->ChooseMenu({"View", "Split"});
   native->ChooseMenu({"View", "100 %"});
   look("split, at 100 %");
+  DragTo("Border", {3, 100}, {43, 60});
+  look("a border moved");
   native->ChooseMenu({"View", "Mask"});
   native->ChooseMenu({"View", "Zoom in"});
   native->ChooseMenu({"View", "Zoom in"});

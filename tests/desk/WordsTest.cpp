@@ -18,14 +18,7 @@ namespace {
 using toolkit::ControlKind;
 
 std::set<std::string> KeysOf(const std::string& language) {
-  std::set<std::string> keys;
-  std::ifstream file(FXBOX_SOURCE "/resources/strings/desk/" + language + ".txt");
-  for (std::string line; std::getline(file, line);) {
-    if (line.empty() || line[0] == '#') continue;
-    EXPECT_TRUE(keys.insert(line.substr(0, line.find('='))).second) << line;
-    EXPECT_LT(line.find('=') + 1, line.size()) << line;
-  }
-  return keys;
+  return testing_support::KeysOfWords(FXBOX_SOURCE "/resources/strings/desk/" + language + ".txt");
 }
 
 // The pieces that the sources put together stand here as they are there.

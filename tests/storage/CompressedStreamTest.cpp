@@ -1,6 +1,5 @@
 // Compressed streams against zlib itself: every length around the buffers, damaged and cut data.
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <vector>
 
@@ -8,21 +7,13 @@
 #include "storage/KvZlib.h"
 #include "tests/storage/MemoryStream.h"
 
+using test::Compressed;
 using test::MemoryStream;
 using test::MixedBytes;
 
 namespace {
 
 constexpr std::size_t kLengths[] = {0, 1, 99, 100, 101, 113, 114, 5000, 200001};
-
-std::string Compressed(const std::string& plain) {
-  uLongf size = compressBound(static_cast<uLong>(plain.size()));
-  std::string result(size, '\0');
-  compress(reinterpret_cast<Bytef*>(result.data()), &size,
-           reinterpret_cast<const Bytef*>(plain.data()), static_cast<uLong>(plain.size()));
-  result.resize(size);
-  return result;
-}
 
 std::string WrittenByUs(const std::string& plain, std::size_t piece) {
   MemoryStream target("head");

@@ -1,6 +1,8 @@
 // A stream over bytes in memory, with a place for every fault that a stream can have.
 #pragma once
 
+#include <zlib.h>
+
 #include <algorithm>
 #include <cstring>
 #include <random>
@@ -61,6 +63,16 @@ inline std::string MixedBytes(std::size_t size, unsigned seed = 1) {
   std::string bytes(size, 'x');
   for (std::size_t i = 0; i < size; i += 2) bytes[i] = static_cast<char>(random() % 64);
   return bytes;
+}
+
+// By zlib itself.
+inline std::string Compressed(const std::string& plain) {
+  uLongf size = compressBound(static_cast<uLong>(plain.size()));
+  std::string result(size, '\0');
+  compress(reinterpret_cast<Bytef*>(result.data()), &size,
+           reinterpret_cast<const Bytef*>(plain.data()), static_cast<uLong>(plain.size()));
+  result.resize(size);
+  return result;
 }
 
 }  // namespace test

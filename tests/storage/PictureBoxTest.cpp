@@ -1,6 +1,5 @@
 // The picture box: the bytes of every generation, what is found first, what is refused.
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <memory>
 
@@ -15,9 +14,11 @@
 #include "storage/PictureStream.h"
 #include "storage/kvPicBox.h"
 #include "tests/platform/Support.h"
+#include "tests/storage/MemoryStream.h"
 #include "tests/storage/StorageSupport.h"
 
 using picbox::Bytes;
+using test::Compressed;
 using test::Names;
 using test::Put;
 using test::ReadAll;
@@ -57,15 +58,6 @@ std::string Number(std::uint32_t number) {
 
 std::string Sized(const Bytes& bitmap) {
   return Number(static_cast<std::uint32_t>(bitmap.size())) + Text(bitmap);
-}
-
-std::string Packed(const std::string& plain) {
-  uLongf size = compressBound(static_cast<uLong>(plain.size()));
-  std::string packed(size, '\0');
-  compress(reinterpret_cast<Bytef*>(packed.data()), &size,
-           reinterpret_cast<const Bytef*>(plain.data()), static_cast<uLong>(plain.size()));
-  packed.resize(size);
-  return packed;
 }
 
 std::string Bytes10(char kind) {
@@ -131,9 +123,9 @@ TEST(PictureBox, WritesTheNewFormatToTheByte) {
   mask.back() = 0x77;  // what fills up a row comes back, too
   const unsigned stored = box.box->AddFile("a", picture, mask, -93, -51, false, false, false);
   EXPECT_EQ(stored, picture.size() + mask.size());
-  EXPECT_EQ(
-      ReadAll(box.At(picbox::kPictures), "a"),
-      Bytes10(1) + Packed(Number(0xFFFFFFA3) + Number(0xFFFFFFCD) + Sized(picture) + Sized(mask)));
+  EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "a"),
+            Bytes10(1) +
+                Compressed(Number(0xFFFFFFA3) + Number(0xFFFFFFCD) + Sized(picture) + Sized(mask)));
   Bytes readPicture, readMask;
   std::int32_t x = 0, y = 0;
   box.box->GetQuick("a", "", &readPicture, &readMask, -1, -1, &x, &y);
@@ -153,7 +145,7 @@ TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
   ASSERT_TRUE(found);
   EXPECT_EQ(found->headerSize, 14);
   EXPECT_EQ(stored.substr(14, 3), "\xFF\xD8\xFF");
-  EXPECT_EQ(stored.substr(14 + found->size), Packed(Number(5) + Number(6) + Sized(mask)));
+  EXPECT_EQ(stored.substr(14 + found->size), Compressed(Number(5) + Number(6) + Sized(mask)));
   found.reset();
   EXPECT_EQ(box.Read("a"), "picture mask");
   KvString tag;
@@ -197,13 +189,14 @@ TEST(PictureBox, ReadsEveryGeneration) {
   Put(box.At(picbox::kPictures), "native.JPG", jpeg);
   Put(box.At(picbox::kPictures), "bare", jpeg);
   Put(box.At(picbox::kPictures), "absent",
-      std::string("\x02JPG\0\0", 6) + Packed(place + Sized(picture)));
-  Put(box.At(picbox::kOnlyPic), "old2", plainHead + Packed(place + Sized(picture)));
-  Put(box.At(picbox::kPicMask), "old1", plainHead + Packed(place + Sized(picture) + Sized(mask)));
-  Put(box.At(picbox::kOnlyMask), "old3", plainHead + Packed(place + Sized(mask)));
-  Put(box.At(picbox::kRootPicMask), "oldest", encodedHead + jpeg + Packed(place));
+      std::string("\x02JPG\0\0", 6) + Compressed(place + Sized(picture)));
+  Put(box.At(picbox::kOnlyPic), "old2", plainHead + Compressed(place + Sized(picture)));
+  Put(box.At(picbox::kPicMask), "old1",
+      plainHead + Compressed(place + Sized(picture) + Sized(mask)));
+  Put(box.At(picbox::kOnlyMask), "old3", plainHead + Compressed(place + Sized(mask)));
+  Put(box.At(picbox::kRootPicMask), "oldest", encodedHead + jpeg + Compressed(place));
   Put(box.At(picbox::kRootPicMask2), "oldest2",
-      plainHead + Packed(place + Sized(picture) + Sized(mask)));
+      plainHead + Compressed(place + Sized(picture) + Sized(mask)));
   struct Row {
     const char* name;
     const char* read;
@@ -232,7 +225,7 @@ TEST(PictureBox, ReadsEveryGeneration) {
 
 TEST(PictureBox, TakesAHeadOnlyWithAWholeTagAndAKind) {
   Box box;
-  const std::string body = Packed(Number(0) + Number(0) + Sized(Bitmap(1, 1)));
+  const std::string body = Compressed(Number(0) + Number(0) + Sized(Bitmap(1, 1)));
   const std::string rest = std::string("\x08\0\0\0\0", 5) + body;
   const std::pair<std::string, bool> cases[] = {
       {std::string("\x02jpg\0", 5), true},     {std::string("\x02TIFF", 5), true},
@@ -273,20 +266,21 @@ TEST(PictureBox, HalfAPictureIsNone) {
   wide[6] = 0x10;
   deep[14] = 16;
   const std::pair<const char*, std::string> cases[] = {
-      {"no position", Bytes10(2) + Packed("abc")},
-      {"no size", Bytes10(2) + Packed(place)},
-      {"short picture", Bytes10(2) + Packed(place + Number(500) + "abc")},
-      {"size beyond all memory", Bytes10(2) + Packed(place + Number(0xFFFFFFFF) + Text(picture))},
-      {"no mask", Bytes10(1) + Packed(place + Sized(picture))},
-      {"short mask", Bytes10(1) + Packed(place + Sized(picture) + Number(2000) + Text(mask))},
-      {"other mask", Bytes10(1) + Packed(place + Sized(picture) + Sized(other))},
-      {"colours as mask", Bytes10(1) + Packed(place + Sized(picture) + Sized(picture))},
-      {"top down", Bytes10(2) + Packed(place + Sized(top))},
-      {"compressed", Bytes10(2) + Packed(place + Sized(packed))},
-      {"too wide", Bytes10(2) + Packed(place + Sized(wide))},
-      {"16 bits", Bytes10(2) + Packed(place + Sized(deep))},
-      {"cut stream", (Bytes10(2) + Packed(place + Sized(picture))).substr(0, 30)},
-      {"no JPEG", std::string("\x02JPG\0\x08\x01\0\0\0\x05\0\0\0hello", 19) + Packed(place)},
+      {"no position", Bytes10(2) + Compressed("abc")},
+      {"no size", Bytes10(2) + Compressed(place)},
+      {"short picture", Bytes10(2) + Compressed(place + Number(500) + "abc")},
+      {"size beyond all memory",
+       Bytes10(2) + Compressed(place + Number(0xFFFFFFFF) + Text(picture))},
+      {"no mask", Bytes10(1) + Compressed(place + Sized(picture))},
+      {"short mask", Bytes10(1) + Compressed(place + Sized(picture) + Number(2000) + Text(mask))},
+      {"other mask", Bytes10(1) + Compressed(place + Sized(picture) + Sized(other))},
+      {"colours as mask", Bytes10(1) + Compressed(place + Sized(picture) + Sized(picture))},
+      {"top down", Bytes10(2) + Compressed(place + Sized(top))},
+      {"compressed", Bytes10(2) + Compressed(place + Sized(packed))},
+      {"too wide", Bytes10(2) + Compressed(place + Sized(wide))},
+      {"16 bits", Bytes10(2) + Compressed(place + Sized(deep))},
+      {"cut stream", (Bytes10(2) + Compressed(place + Sized(picture))).substr(0, 30)},
+      {"no JPEG", std::string("\x02JPG\0\x08\x01\0\0\0\x05\0\0\0hello", 19) + Compressed(place)},
   };
   for (const auto& [what, bytes] : cases) {
     Box box;
@@ -497,7 +491,7 @@ TEST(PictureBox, CopiesBecomeFilesWithoutLoss) {
   Box from, to;
   Put(from.At(picbox::kPictures), "plain",
       std::string("\x02JPG\0\x08\x01\0\0\0", 10) + Number(static_cast<std::uint32_t>(jpeg.size())) +
-          jpeg + Packed(Number(0) + Number(0)));
+          jpeg + Compressed(Number(0) + Number(0)));
   from.box->AddFile("masked", Bitmap(16, 16), Mask(16, 16), 0, 0, true, false, false);
   from.box->WriteImageInfo("masked", "note", nullptr);
   KvString ext = "JPG";

@@ -1,12 +1,15 @@
 // The words that stand in the sources of a folder, for tests that hold them against tables.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
 #include <iterator>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +40,18 @@ inline std::vector<std::string> QuotedWords(const std::filesystem::path& folder,
 inline bool StartsWithAny(std::string_view word, std::initializer_list<std::string_view> fronts) {
   return std::any_of(fronts.begin(), fronts.end(),
                      [&](std::string_view front) { return word.starts_with(front); });
+}
+
+// The keys of a file of words. Each stands there once, with words.
+inline std::set<std::string> KeysOfWords(const std::string& name) {
+  std::set<std::string> keys;
+  std::ifstream file(name);
+  for (std::string line; std::getline(file, line);) {
+    if (line.empty() || line[0] == '#') continue;
+    EXPECT_TRUE(keys.insert(line.substr(0, line.find('='))).second) << line;
+    EXPECT_LT(line.find('=') + 1, line.size()) << line;
+  }
+  return keys;
 }
 
 }  // namespace testing_support
