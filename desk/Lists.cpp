@@ -321,10 +321,10 @@ void ChainList::SelectRow(int row, bool extends, bool toggles) {
   const auto idAt = [&](int at) { return document.Items()[static_cast<std::size_t>(at)].id; };
   std::set<int> chosen = toggles ? document.Selection() : std::set<int>();
   if (extends) {
-    anchor = std::clamp(anchor, 0, RowCount() - 1);
-    for (int at = std::min(anchor, row); at <= std::max(anchor, row); ++at) chosen.insert(idAt(at));
+    const int from = document.Find(anchor) ? document.PlaceOf(anchor) : row;
+    for (int at = std::min(from, row); at <= std::max(from, row); ++at) chosen.insert(idAt(at));
   } else {
-    anchor = row;
+    anchor = idAt(row);
     if (!chosen.insert(idAt(row)).second) chosen.erase(idAt(row));
   }
   document.Select(chosen);

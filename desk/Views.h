@@ -122,7 +122,7 @@ class ChainList final : public RowList {
   const FilterCatalog& catalog;
   ChainDocument& document;
   int pressed = -1;
-  int anchor = 0;
+  int anchor = 0;  // the item from which a selection is extended, wherever it moves
   toolkit::Point pressedAt;
   bool isDragging = false;
   bool selectsOnRelease = false;

@@ -212,8 +212,11 @@ TEST_F(Desk, CopiesPastesAndTakesWhatIsDropped) {
 
   // Out of the window, and back into the list.
   std::string out;
-  backend.onDrag = [&](IDataObject* object, IDropSource*, std::uint32_t, std::uint32_t&) {
+  backend.onDrag = [&](IDataObject* object, IDropSource* source, std::uint32_t, std::uint32_t&) {
     out = ReadPlainText(object).value_or("");
+    EXPECT_EQ(source->QueryContinueDrag(TRUE, MK_LBUTTON), DRAGDROP_S_CANCEL);
+    EXPECT_EQ(source->QueryContinueDrag(FALSE, MK_LBUTTON), S_OK);
+    EXPECT_EQ(source->QueryContinueDrag(FALSE, 0), DRAGDROP_S_DROP);
     return toolkit::DragEnd::Dropped;
   };
   DragTo("Chain", {150, RowMiddle(1)}, {-300, 40});
@@ -274,7 +277,8 @@ TEST_F(Desk, EditsSeveralFiltersAtOnce) {
   EXPECT_EQ(chain.Items()[0].parameters, chain.Items()[2].parameters);
   EXPECT_EQ(chain.Items()[0].parameters, "Sepia=000");
   dialog->AskToClose();
-  for (const std::size_t item : {0, 2}) chain.SetParameters({{chain.Items()[item].id, "Sepia=033"}});
+  for (const std::size_t item : {0, 2})
+    chain.SetParameters({{chain.Items()[item].id, "Sepia=033"}});
   ASSERT_TRUE(native->Click(native->ByName("Edit", ControlKind::Button)));
   toolkit::FakeWindow* const again = backend.LastWindow();
   EXPECT_EQ(again->At(again->ByName("Strength", ControlKind::Slider)).value, 33);
@@ -297,6 +301,41 @@ TEST_F(Desk, WorksOnTheChainWithTheMouse) {
   Press(Key::Character, 'z', true);
   Press(Key::Character, 'z', true);
   EXPECT_EQ(Order(), "Se In Em ");
+}
+
+TEST_F(Desk, WorksOnTheChainByKeys) {
+  for (const char* progId : {"Sepia", "Invert", "Emboss"}) {
+    Add(("ZNFilter." + std::string(progId) + ".1").c_str());
+  }
+  native->Focus(Canvas("Chain"));
+  // The order, with a star at what is selected.
+  const auto after = [&](toolkit::KeyEvent event) {
+    native->Press(event);
+    std::string rows;
+    for (const auto& row : native->At(Canvas("Chain")).rows) {
+      rows += row.name.substr(0, 2) + (*row.isChecked ? "" : "-") + (row.isSelected ? "* " : " ");
+    }
+    return rows;
+  };
+  const auto key = [](Key which, bool shift = false, bool alt = false) {
+    return toolkit::KeyEvent{which, 0, shift, false, alt};
+  };
+  EXPECT_EQ(after(key(Key::Up)), "Se Ne* Em ");
+  EXPECT_EQ(after(key(Key::Up)), "Se* Ne Em ");
+  EXPECT_EQ(after(key(Key::Up)), "Se* Ne Em ") << "the first one";
+  EXPECT_EQ(after(key(Key::Down, false, true)), "Ne Se* Em ");
+  EXPECT_EQ(after(key(Key::Down, true)), "Ne Se* Em* ");
+  EXPECT_EQ(after(key(Key::Up, false, true)), "Se* Em* Ne ");
+  EXPECT_EQ(after(key(Key::Space)), "Se-* Em-* Ne ");
+  EXPECT_EQ(after(key(Key::Down)), "Se- Em- Ne* ");
+  EXPECT_EQ(after(key(Key::Down)), "Se- Em- Ne* ") << "the last one";
+  EXPECT_EQ(after(key(Key::Down, false, true)), "Se- Em- Ne* ");
+  EXPECT_EQ(after(key(Key::Up)), "Se- Em-* Ne ");
+  EXPECT_EQ(after(key(Key::Space)), "Se- Em* Ne ");
+  EXPECT_EQ(after(key(Key::Delete)), "Se- Ne* ");
+  EXPECT_EQ(backend.LastWindow(), native);
+  EXPECT_EQ(after(key(Key::Enter)), "Se- Ne* ");
+  EXPECT_NE(backend.LastWindow(), native) << "its dialog";
 }
 
 TEST_F(Desk, TakesFiltersThatAreDraggedToTheirPlace) {
@@ -437,10 +476,25 @@ TEST_F(Desk, EndsWithItsWindow) {
   EXPECT_FALSE(native->isVisible);
 }
 
-// Nobody answers the question in this window system, which is as good as "Cancel".
 TEST_F(Desk, LeavesNoChainUnsaved) {
+  for (const char* answer : {"Cancel", "Do not save", "Save"}) {
+    SCOPED_TRACE(answer);
+    Reopen();
+    ASSERT_TRUE(OpenPicture());
+    Add("ZNFilter.Sepia.1");
+    const auto file = window->Work().ChainFile();
+    backend.Post([&] {
+      toolkit::FakeWindow& question = *backend.LastWindow();
+      EXPECT_TRUE(question.Click(question.ByName(answer, ControlKind::Button)));
+    });
+    native->AskToClose();
+    EXPECT_EQ(window->IsOpen(), std::string(answer) == "Cancel");
+    EXPECT_EQ(std::filesystem::exists(file), std::string(answer) == "Save");
+  }
+  // What is saved needs no question; nobody's answer is as good as "Cancel".
+  Reopen();
   ASSERT_TRUE(OpenPicture());
-  Add("ZNFilter.Sepia.1");
+  Add("ZNFilter.Invert.1");
   native->AskToClose();
   EXPECT_TRUE(window->IsOpen());
   ASSERT_TRUE(window->Work().SaveChain(host::Utf8Of(window->Work().ChainFile())));

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "desk/ChainFile.h"
+#include "desk/WorkFile.h"
 #include "host/Texts.h"
 #include "program/ApplyRun.h"
 #include "program/BoxChanges.h"
@@ -372,6 +373,8 @@ TEST_F(DeskSession, BringsTheWorkBack) {
   session->Chain().Switch(session->Chain().Selection(), false);
   const desk::ChainItems before = session->Chain().Items();
   session->Flush();
+  // Not to a desk that runs beside it.
+  std::thread([&] { EXPECT_FALSE(desk::WorkFile(folder / "state", true).Left()); }).join();
   Begin(true);
   ASSERT_TRUE(session->Recover());
   ASSERT_TRUE(Await(RenderStage::Full));
