@@ -323,7 +323,7 @@ TEST(PictureBox, ReadsBitmapsOfAllDepths) {
     if (bits > 0) {
       Box box;
       Put(box.At(picbox::kPictures), "a",
-          Bytes10(2) + Packed(Number(0) + Number(0) + Sized(bitmap)));
+          Bytes10(2) + Compressed(Number(0) + Number(0) + Sized(bitmap)));
       Bytes read;
       box.box->GetQuick("a", "", &read, nullptr);
       EXPECT_EQ(read, bitmap) << "as it is stored, open fields and all: " << bits;
