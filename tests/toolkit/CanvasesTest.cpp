@@ -165,6 +165,15 @@ TEST_F(Crops, HandlesAreCornersSidesAndTheInside) {
   EXPECT_EQ(view->HandleAt({206, 106}), CZNCropView::kRight | CZNCropView::kBottom);
   EXPECT_EQ(view->HandleAt({100, 8}), CZNCropView::kTop);
   EXPECT_EQ(view->HandleAt({100, 50}), CZNCropView::kWhole);
+  // As far out as a hand may be, and a pixel farther.
+  const int reach = 7, left = 6 - reach, right = 206 + reach, top = 6 - reach, bottom = 106 + reach;
+  for (const int out : {0, 1}) {
+    const auto of = [&](int side) { return out ? int{CZNCropView::kNothing} : side; };
+    EXPECT_EQ(view->HandleAt({left - out, 50}), of(CZNCropView::kLeft));
+    EXPECT_EQ(view->HandleAt({right - 1 + out, 50}), of(CZNCropView::kRight));
+    EXPECT_EQ(view->HandleAt({100, top - out}), of(CZNCropView::kTop));
+    EXPECT_EQ(view->HandleAt({100, bottom - 1 + out}), of(CZNCropView::kBottom));
+  }
   view->SetPictureSize({100, 100});
   EXPECT_EQ(view->HandleAt({10, 50}), CZNCropView::kNothing);
 }

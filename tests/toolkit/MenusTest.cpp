@@ -58,6 +58,7 @@ class Menus : public testing::Test {
     });
     file.Add("&Copy\tCtrl+C", [this] { done += "copy "; });
     file.Add("&Next\tRight", [this] { done += "next "; });
+    file.Add("&Zero\t0", [this] { done += "zero "; });
     dialog.ShowMenuBar();
   }
   FakeWindow& Window() { return *backend.LastWindow(); }
@@ -101,6 +102,17 @@ TEST_F(Menus, WhereOneTypesEditingKeysAreTheText) {
   EXPECT_TRUE(Window().Press(Pressed("Ctrl+C")));
   EXPECT_TRUE(Window().Press(Key::Right));
   EXPECT_EQ(done, "open grid copy next ");
+  // In a list one types what it is to go to.
+  for (const bool isOpen : {false, true}) {
+    dialog.Make<CZNComboBox>("List", std::vector<std::string>{"0"}, isOpen).Focus();
+    Window().Press(Pressed("0"));
+    EXPECT_EQ(std::exchange(done, ""), isOpen ? "" : "open grid copy next ");
+    EXPECT_TRUE(Window().Press(Pressed("Ctrl+C")));
+    EXPECT_EQ(std::exchange(done, ""), "copy ");
+  }
+  dialog.Make<CZNButton>("&Other").Focus();
+  Window().Press(Pressed("0"));
+  EXPECT_EQ(done, "zero ");
 }
 
 // The menu of the last files is made anew by one of its own entries.
