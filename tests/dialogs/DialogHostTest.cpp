@@ -440,16 +440,45 @@ TEST_F(DialogHost, IconsAskTheSameHostForTheirName) {
   EXPECT_EQ(name(), "Alte Fotografie");
 }
 
+TEST_F(DialogHost, TheCopyButtonHasAMenu) {
+  TextFilter* const filter = Attach("Sepia=040");
+  TextFilter* const other = Attach("Sepia=050");
+  OpenDialog();
+  const auto choose = [&](std::size_t entry) {
+    bool canCopy = false;
+    backend.onMenu = [&](const std::vector<toolkit::MenuEntry>& entries) {
+      EXPECT_EQ(entries.size(), 2u);
+      canCopy = entries.at(0).isEnabled;
+      return entries.at(entry).id;
+    };
+    EXPECT_TRUE(Window().ContextMenu(Window().ByName("Apply", ControlKind::Button), {3, 4}));
+    return canCopy;
+  };
+  Window().Slide(Slider("Strength"), 30);
+  filter->text = "Sepia=001";
+  dialog->Show();
+  EXPECT_TRUE(IsMixed());
+  EXPECT_TRUE(choose(0));
+  EXPECT_EQ(filter->text, "Sepia=030");
+  EXPECT_EQ(other->text, "Sepia=030");
+  TakeLog();
+  EXPECT_FALSE(IsMixed());
+}
+
 TEST_F(DialogHost, DeleteTellsTheHostInOrder) {
   OpenDialog();
   TakeLog();
+  const std::string told =
+      "messages 14 ZN_FilterDialog_Dispatcher\n"
+      "messages 5 page=1 59925 0 4\n"
+      "messages 5 page=1 59937 \"ID\" 0\n"
+      "messages 5 page=1 59961 \"ID\" 0\n"
+      "messages 5 page=1 59926 0 4\n";
   Window().Click(Window().ByName("Remove", ControlKind::Button));
-  EXPECT_EQ(Log(),
-            "messages 14 ZN_FilterDialog_Dispatcher\n"
-            "messages 5 page=1 59925 0 4\n"
-            "messages 5 page=1 59937 \"ID\" 0\n"
-            "messages 5 page=1 59961 \"ID\" 0\n"
-            "messages 5 page=1 59926 0 4\n");
+  EXPECT_EQ(Log(), told);
+  backend.onMenu = [](const auto& entries) { return entries.at(1).id; };
+  Window().ContextMenu(Window().ByName("Apply", ControlKind::Button), {3, 4});
+  EXPECT_EQ(Log(), told);
 }
 
 TEST_F(DialogHost, DragsTheFilterOut) {
