@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 
+#include "base/Workers.h"
 #include "tests/support/TestFilters.h"
 
 // What a pull does with the change flags. All that a host sees of the shapes is in the contract
@@ -142,6 +143,36 @@ TEST(FilterShapes, FlagsFollowThePolicy) {
   CheckFlags<WholeProbe<false>>({{"complete", true, true, 0, Nothing, 0, false, false},
                                  {"abort", false, true, 0, Abort, 1, true, true},
                                  {"exception", false, true, 0, Throw, 1, true, true}});
+}
+
+// As many threads are asked for as there is work for: bands have 65,536 pixels.
+TEST(FilterShapes, RowsAreSharedByTheirPixels) {
+  struct Workers final : IAnimWorkers {
+    Workers() { base::SetWorkers(this); }
+    ~Workers() { base::SetWorkers(nullptr); }
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 1; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE Run(int count, AnimTask task, void* context) override {
+      counts.push_back(count);
+      for (int i = 0; i < count; ++i) task(context, i);
+      return S_OK;
+    }
+    std::vector<int> counts;
+  };
+  const struct {
+    int width, height;
+    std::vector<int> counts;
+  } cases[] = {{4096, 64, {4}}, {4096, 65, {5}}, {16, 8192, {2}}, {16, 4096, {}}, {300, 200, {}}};
+  for (const auto& c : cases) {
+    Rig rig(Uniform(c.width, c.height, 1, 2, 3),
+            TestClass("Test.Shape.1", 5000, 0, MakeFilter<RowProbe<false>>));
+    rig.Prepare();
+    Workers workers;
+    rig.PullWhole();
+    EXPECT_EQ(workers.counts, c.counts) << c.width;
+    EXPECT_EQ(static_cast<RowProbe<false>&>(rig.Filter()).rowsSeen, c.height);
+  }
 }
 
 TEST(FilterShapes, ARectangleLiesWhereTheCallerWantsIt) {
