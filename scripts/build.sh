@@ -8,7 +8,15 @@ shift
 cd "$project"
 say "Building $preset${*:+: $*} (build/$preset)"
 mkdir -p "build/$preset"
-if ! cmake --preset "$preset" >"build/$preset/configure.log"; then
+# What was found of former libraries for Windows is forgotten.
+fresh=()
+if [ "$preset" = windows ] && [ -f build/windows/CMakeCache.txt ]; then
+  libraries="$(scripts/windows-libraries.sh --where)"
+  if grep -F "${libraries%-*}-" build/windows/CMakeCache.txt | grep -qvF "$libraries"; then
+    fresh=(--fresh)
+  fi
+fi
+if ! cmake --preset "$preset" "${fresh[@]}" >"build/$preset/configure.log"; then
   cat "build/$preset/configure.log"
   die "$preset could not be configured"
 fi
