@@ -5,6 +5,7 @@
 #include "core/TransferFormats.h"
 #include "filters/FilterClasses.h"
 #include "tests/dialogs/DialogRig.h"
+#include "tests/support/Sheets.h"
 #include "toolkit/Shortcut.h"
 
 namespace {
@@ -359,6 +360,8 @@ TEST_F(DialogHost, AKeyOpensAWindowThatGivesTheFiltersAnyText) {
   ASSERT_NE(&debug, &own);
   const auto edit = debug.ByName("Parameter", toolkit::ControlKind::Edit);
   EXPECT_EQ(debug.At(edit).text, "Sepia=033");
+  EXPECT_EQ(testing_support::Drawn(debug),
+            "Debug 420x42\n ; 8,8 337x26 7 ParameterSepia=033 ; 353,8 59x26 2 &Apply\n");
   TakeLog();
   debug.Type(edit, "Sepia=077");
   EXPECT_TRUE(debug.Click(debug.ByName("Apply", toolkit::ControlKind::Button)));
@@ -451,7 +454,10 @@ TEST_F(DialogHost, TheCopyButtonHasAMenu) {
       canCopy = entries.at(0).isEnabled;
       return entries.at(entry).id;
     };
-    EXPECT_TRUE(Window().ContextMenu(Window().ByName("Apply", ControlKind::Button), {3, 4}));
+    const auto apply = Window().ByName("Apply", ControlKind::Button);
+    EXPECT_TRUE(Window().ContextMenu(apply, {3, 4}));
+    const toolkit::Rect place = Window().At(apply).place;
+    EXPECT_EQ(backend.menuPlace, (toolkit::Point{place.x + 3, place.y + 4}));
     return canCopy;
   };
   Window().Slide(Slider("Strength"), 30);

@@ -262,9 +262,17 @@ TEST(Jpeg, GreysAndInks) {
   for (std::size_t i = 0; i < grey.size(); ++i) ASSERT_EQ(grey[i], i % 4 == 3 ? 255 : 77);
   Bytes inks;  // as light that they let through: the library marks such files as inverted
   for (int i = 0; i < 128; ++i) inks.insert(inks.end(), {200, 100, 0, 128});
-  const Bytes pixels = Pixels(MakeJpeg(16, 8, JCS_CMYK, 4, false, inks));
-  const int expected[] = {200 * 128 / 255, 100 * 128 / 255, 0, 255};
-  for (std::size_t i = 0; i < pixels.size(); ++i) ASSERT_NEAR(pixels[i], expected[i % 4], 2);
+  Bytes file = MakeJpeg(16, 8, JCS_CMYK, 4, false, inks);
+  const int light[] = {200 * 128 / 255, 100 * 128 / 255, 0, 255};
+  const int ink[] = {55 * 127 / 255, 155 * 127 / 255, 127, 255};
+  for (const int* expected : {light, ink}) {
+    const Bytes pixels = Pixels(file);
+    for (std::size_t i = 0; i < pixels.size(); ++i) ASSERT_NEAR(pixels[i], expected[i % 4], 2);
+    // Without the library's mark they are taken as inks.
+    const Bytes mark = {0xFF, 0xEE, 0, 14};
+    const auto at = std::search(file.begin(), file.end(), mark.begin(), mark.end());
+    if (at != file.end()) file.erase(at, at + 16);
+  }
 }
 
 struct TiffKind {

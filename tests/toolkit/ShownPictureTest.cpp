@@ -46,6 +46,12 @@ TEST(ShownPicture, OnlyTheSeenPartCounts) {
   EXPECT_EQ(toolkit::SeenPart({-5, 3, 20, 20}, {10, 10}), (Rect{5, 0, 10, 7}));
   EXPECT_EQ(toolkit::SeenPart({12, 0, 5, 5}, {10, 10}).width, 0);
   EXPECT_EQ(toolkit::SeenPart({0, 0, -3, 5}, {10, 10}).width, 0);
+  for (const toolkit::Point in : {toolkit::Point{2, 3}, {5, 3}, {2, 4}}) {
+    EXPECT_TRUE((Rect{2, 3, 4, 2}).Contains(in));
+  }
+  for (const toolkit::Point out : {toolkit::Point{1, 3}, {6, 3}, {2, 2}, {2, 5}}) {
+    EXPECT_FALSE((Rect{2, 3, 4, 2}).Contains(out));
+  }
 }
 
 }  // namespace

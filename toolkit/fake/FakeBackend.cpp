@@ -400,7 +400,8 @@ void FakeWindow::Show(bool activate) {
   TellHost();
 }
 
-int FakeWindow::RunMenu(Point, const std::vector<MenuEntry>& entries) {
+int FakeWindow::RunMenu(Point place, const std::vector<MenuEntry>& entries) {
+  backend.menuPlace = place;
   return backend.onMenu ? backend.onMenu(entries) : 0;
 }
 

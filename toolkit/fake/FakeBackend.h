@@ -169,6 +169,7 @@ class FakeBackend : public Backend {
 
   // What the person answers to menus, questions and drags; nothing set means that all is cancelled.
   std::function<int(const std::vector<MenuEntry>&)> onMenu;
+  Point menuPlace;  // of the last one, pixels of its window
   std::function<std::optional<Colour>(Colour start, const std::function<void(Colour)>& onTry)>
       onColour;
   std::function<std::optional<std::filesystem::path>(bool toSave)> onFile;

@@ -1,0 +1,188 @@
+// The class through which picture boxes read and write files: kinds, packed bitmaps, what goes in
+// and out. And what is written byte for byte, as other readers find it.
+#include "imageio/ImageLoader.h"
+
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+#include "imageio/StoredBitmap.h"
+#include "tests/imageio/ExifMaker.h"
+#include "tests/imageio/TestPicture.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+using imageio::ImageLoader;
+using imageio::StoredBitmap;
+using test::Bytes;
+
+Bytes Noise(int width, int height, bool isMask) {
+  Bytes bitmap =
+      isMask ? imageio::BlankMaskBitmap(width, height) : imageio::BlankColourBitmap(width, height);
+  std::minstd_rand random(1);
+  for (BYTE* row : imageio::RowsOf(bitmap)) {
+    for (int x = 0; x < (isMask ? 1 : 3) * width; ++x) row[x] = static_cast<BYTE>(random() >> 9);
+  }
+  return bitmap;
+}
+
+const Bytes kPicture = Noise(7, 4, false), kMask = Noise(7, 4, true);
+
+TEST(ImageLoader, TellsKindsByBytesAndNames) {
+  const struct {
+    std::size_t at;
+    std::string_view mark;
+    int type;
+  } kinds[] = {{0, "\xFF\xD8\xFF"sv, 1},
+               {0, "II*\0"sv, 2},
+               {0, "MM\0*"sv, 2},
+               {0, "8BPS"sv, 4},
+               {0, "BM"sv, 7},
+               {0, "GIF87a"sv, 9},
+               {0, "GIF89a"sv, 9},
+               {0, "\x89PNG\r\n\x1A\n"sv, 10},
+               {0, "P6\n"sv, 15},
+               {0, "P7\n"sv, 15},
+               {0, "\xFF\x4F\xFF\x51"sv, 13},
+               {0, "\0\0\0\x0CjP  \r\n"sv, 13},
+               {0, "\x59\xA6\x6A\x95"sv, 14},
+               {0x800, "PCD_IPI"sv, 16},
+               {0, "FOVb"sv, 17},
+               {0, "FUJIFILMCCD-RAW"sv, 17},
+               {0, "\0MRM"sv, 17},
+               {0, "IIRO"sv, 17},
+               {6, "HEAPCCDR"sv, 17}};
+  for (const auto& kind : kinds) {
+    Bytes bytes(0x900, 'x'), moved = bytes;
+    std::copy(kind.mark.begin(), kind.mark.end(), bytes.begin() + static_cast<long>(kind.at));
+    std::copy(kind.mark.begin(), kind.mark.end(), moved.begin() + static_cast<long>(kind.at) + 1);
+    EXPECT_EQ(ImageLoader::GetType(bytes), kind.type) << kind.mark;
+    EXPECT_EQ(ImageLoader::GetType(moved), 0) << kind.mark;
+    bytes.resize(kind.at + kind.mark.size() - 1);
+    EXPECT_EQ(ImageLoader::GetType(bytes), 0) << kind.mark;
+  }
+  for (const char* name : {"a.jpg", "a.JPEG", "b.c.Tif", ".png", "a.nef", "a.DNG", "x.znx"}) {
+    EXPECT_TRUE(ImageLoader::IsImage(name)) << name;
+  }
+  for (const char* name : {"", "jpg", "a.jpg.txt", "a.jp", "a.jpgg", "a.", "a.inf"}) {
+    EXPECT_FALSE(ImageLoader::IsImage(name)) << name;
+  }
+  EXPECT_FALSE(ImageLoader::IsImage(nullptr));
+}
+
+TEST(ImageLoader, SavesWhatItLoads) {
+  for (int type = 0; type <= 18; ++type) {
+    SCOPED_TRACE(type);
+    const bool isWritten = type == 1 || type == 2 || type == 7 || type == 10 || type == 15;
+    for (const Bytes& mask : {Bytes(), kMask}) {
+      ImageLoader saver;
+      saver.SetImage(kPicture);
+      saver.SetMask(mask);
+      const Bytes file = saver.Save(type);
+      EXPECT_EQ(saver.Error(), isWritten ? "" : "no encoder");
+      ASSERT_EQ(!file.empty(), isWritten);
+      if (!isWritten) continue;
+      EXPECT_EQ(ImageLoader::GetType(file), type);
+      ImageLoader loader(file);
+      EXPECT_FALSE(loader.HadError());
+      EXPECT_EQ(loader.Type(), type);
+      if (type == 1) continue;  // loses bytes, and the mask
+      EXPECT_EQ(loader.MaskDIB(), mask);
+      if (mask.empty()) {
+        EXPECT_EQ(loader.ImageDIB(), kPicture);
+      }
+    }
+  }
+}
+
+TEST(ImageLoader, TellsWhatCannotBeSavedOrLoaded) {
+  const Bytes other = Noise(7, 5, true), wide = Noise(8, 4, true),
+              cut(kPicture.begin(), kPicture.end() - 1);
+  const struct {
+    const Bytes &picture, &mask;
+    const char* error;
+  } cases[] = {{kPicture, other, "the mask does not fit the picture"},
+               {kPicture, wide, "the mask does not fit the picture"},
+               {kPicture, kPicture, "the mask does not fit the picture"},
+               {cut, kMask, "the picture is damaged"}};
+  for (const auto& c : cases) {
+    ImageLoader saver;
+    saver.SetImage(c.picture);
+    saver.SetMask(c.mask);
+    EXPECT_TRUE(saver.Save(imageio::kTypePng).empty());
+    EXPECT_EQ(saver.Error(), c.error);
+    saver.SetImage(kPicture);
+    saver.SetMask(kMask);
+    EXPECT_FALSE(saver.Save(imageio::kTypePng).empty()) << "the next one is another";
+    EXPECT_EQ(saver.Error(), "");
+  }
+  const Bytes gif = {'G', 'I', 'F', '8', '9', 'a'};
+  ImageLoader loader(gif);
+  EXPECT_EQ(loader.Type(), imageio::kTypeGif);
+  EXPECT_TRUE(loader.HadError());
+  EXPECT_EQ(loader.Error(), "no decoder");
+  EXPECT_TRUE(loader.ImageDIB().empty());
+}
+
+TEST(ImageLoader, CarriesDataAndQuality) {
+  Bytes exif = test::MakeExif(true, 1), iptc = {0x1C, 2, 120, 0, 3, 'a', 'b', 'c'};
+  Bytes marked = exif;
+  marked.insert(marked.begin(), {'E', 'x', 'i', 'f', 0, 0});
+  std::size_t length = 0;
+  for (const Bytes& given : {exif, marked}) {
+    ImageLoader saver;
+    saver.SetImage(kPicture);
+    saver.PutExifData(given);
+    saver.PutIPTCData(iptc);
+    saver.SetJpegQuality(length == 0 ? 10 : 100);
+    const Bytes file = saver.Save(imageio::kTypeJpeg);
+    EXPECT_GT(file.size(), length);
+    length = file.size();
+    ImageLoader loader(file);
+    EXPECT_FALSE(loader.HadError());
+    EXPECT_EQ(loader.FileMetadata().exif, exif);
+    EXPECT_EQ(loader.FileMetadata().iptc, iptc);
+    // A resource without a name, behind a mark that other readers look for.
+    const std::string text(file.begin(), file.end());
+    EXPECT_NE(text.find("Photoshop 3.0\0"
+                        "8BIM\x04\x04\0\0\0\0\0\x08\x1C"sv),
+              text.npos);
+  }
+}
+
+// --- byte for byte
+
+void Put(Bytes& bytes, std::initializer_list<std::uint32_t> longs) {
+  for (const std::uint32_t value : longs) {
+    for (int shift = 0; shift < 32; shift += 8) {
+      bytes.push_back(static_cast<std::uint8_t>(value >> shift));
+    }
+  }
+}
+
+TEST(Files, AreWrittenToTheByte) {
+  test::TestPicture picture(2, 1, 0);
+  for (int i = 0; i < 6; ++i)
+    picture.colour[static_cast<std::size_t>(i)] = static_cast<BYTE>(i + 1);
+  Bytes plain = {'B', 'M'};
+  Put(plain, {62, 0, 54, 40, 2, 1, 1 | 24 << 16, 0, 8, 3780, 3780, 0, 0, 0x04030201, 0x0605});
+  EXPECT_EQ(test::Written(imageio::Format::Bmp, picture), plain);
+  const auto text = [&](imageio::Format format) {
+    const Bytes bytes = test::Written(format, picture);
+    return std::string(bytes.begin(), bytes.end());
+  };
+  EXPECT_EQ(text(imageio::Format::Pnm), "P6\n2 1\n255\n\3\2\1\6\5\4");
+  picture.mask[1] = 255 - 9;
+  Bytes alpha = {'B', 'M'};
+  Put(alpha, {130, 0, 122, 108, 2, 1, 1 | 32 << 16, 3, 8, 3780, 3780, 0, 0, 0xFF0000, 0xFF00, 0xFF,
+              0xFF000000, 0x73524742});
+  alpha.resize(122);
+  Put(alpha, {0xFF030201, 0x09060504});
+  EXPECT_EQ(test::Written(imageio::Format::Bmp, picture), alpha);
+  EXPECT_EQ(text(imageio::Format::Pam),
+            "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n"
+            "\3\2\1\xFF\6\5\4\t");
+}
+
+}  // namespace
