@@ -30,6 +30,8 @@ class FilterPull {
   bool Run();
   // Whether the source lends its rows, from the next Run on.
   void SetLends(bool lends) { source->SetLends(lends); }
+  // What the source takes to fill the caller's rows counts as well, from the next Run on.
+  void FillAllRows() { source->FillAllRows(); }
 
  private:
   bool Append(IAnimFilterCreator& creator, const Item& item);

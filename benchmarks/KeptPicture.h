@@ -28,6 +28,8 @@ class KeptPicture final
   // A pull into these rows, each pixel to its own place, finds the picture there already and costs
   // nothing: what is timed is the filter alone. The caller keeps them filled and alive.
   void SetRowsThatHoldIt(const MemoryPicture& rows);
+  // All rows are filled from now on, whatever they hold.
+  void FillAllRows() { filledRows = nullptr; }
   // Whether it lends its rows; otherwise they are copied.
   void SetLends(bool newLends) { lends = newLends; }
 

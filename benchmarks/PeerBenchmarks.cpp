@@ -1,14 +1,15 @@
 // The filters beside OpenCV and libvips at the same work, in one run: a table in Markdown.
 //
-// fxbox_peers [THREADS]: one thread where nothing is said. All work on the same 24 megapixels in
-// memory; the three take turns, and the quickest turn of each counts, on one thread by its
-// processor time. Where a filter works on colour and mask, the others work on four channels, else
-// on three. Work is the same in kind and in the number of operations; bytes differ, as everyone
-// rounds in a way of his own.
+// fxbox_peers [THREADS [NAME]]: one thread where nothing is said; the works with NAME in theirs.
+// All work on the same 24 megapixels in memory; the three take turns, and the quickest turn of each
+// counts, on one thread by its processor time. Where a filter works on colour and mask, the others
+// work on four channels, else on three. Work is the same in kind and in the number of operations;
+// bytes differ, as everyone rounds in a way of his own.
 #include <vips/vips.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <functional>
 #include <opencv2/core.hpp>
@@ -263,6 +264,7 @@ struct Speeds {
 Speeds Measure(const Work& work) {
   FilterPull pull(work.items, kWidth, kHeight, true);
   if (!pull.IsReady()) return {};
+  pull.FillAllRows();
   const cv::Mat from = PixelsOf(pull.Picture(), work.channels);
   cv::Mat to;
   VipsImage* const image = vips_image_new_from_memory(
@@ -338,6 +340,7 @@ int main(int argc, char** argv) {
       platform::ComPtr<platform::WorkerPool>::Attach(new platform::WorkerPool(threads)).Get());
   PrintHead(threads);
   for (const Work& work : AllWork()) {
+    if (argc > 2 && !std::strstr(work.name, argv[2])) continue;
     const Speeds speeds = Measure(work);
     std::printf("| %s | %s | %s | %s | %s | %s |\n", work.name, Cell(speeds.ours, "%.0f").c_str(),
                 Cell(speeds.copied, "%.0f").c_str(), Cell(speeds.cv, "%.0f").c_str(),

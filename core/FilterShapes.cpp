@@ -25,10 +25,13 @@ void CutAxis(int& dest, int& src, int& length, int size) {
   length = static_cast<int>(std::max<std::int64_t>(0, end - first));
 }
 
+constexpr int kForReading = 0;
+constexpr int kForWriting = 1;
+template <int kUse>
 void Announce(const BYTE* row, std::size_t bytes) {
   constexpr std::size_t kCacheLine = 64;
   for (std::size_t at = 0; at < bytes; at += kCacheLine) {
-    __builtin_prefetch(row + at, 1);
+    __builtin_prefetch(row + at, kUse);
     asm volatile("");  // without it the compiler takes the loop for empty
   }
 }
@@ -42,25 +45,51 @@ PullRectangle PullRectangle::CutTo(int pictureWidth, int pictureHeight) const {
   return cut;
 }
 
-void PullRectangle::AnnounceColour(int i) const {
+void PullRectangle::CopyLent(int i) const {
+  std::memcpy(Colour(i), lent.colour[i], base::ColourBytes(width));
+  std::memcpy(Mask(i), lent.mask[i], static_cast<std::size_t>(width));
+}
+
+void PullRectangle::AnnounceNext(int i) const {
   constexpr std::size_t kFront = 3072;
-  if (colourRows) Announce(Colour(i), std::min(base::ColourBytes(width), kFront));
+  const std::size_t colours = std::min(base::ColourBytes(width), kFront);
+  if (colourRows) Announce<kForWriting>(Colour(i), colours);
+  if (!lent.colour) return;
+  const std::size_t masks = std::min(static_cast<std::size_t>(width), kFront);
+  Announce<kForReading>(lent.colour[i], colours);
+  Announce<kForReading>(lent.mask[i], masks);
+  Announce<kForWriting>(Mask(i), masks);
 }
 
 void PullRectangle::AnnounceMask(int i) const {
-  if (maskRows) Announce(Mask(i), static_cast<std::size_t>(width));
+  if (maskRows) Announce<kForWriting>(Mask(i), static_cast<std::size_t>(width));
+}
+
+HRESULT InPlaceFilter::Fill(PullRectangle& rows, SourceResult rule) {
+  const bool isFilter = static_cast<bool>(platform::ComPtr<IAnimFilter>::Query(source.Get()));
+  if (!isFilter && IsWhole(rows) && Borrow(rows.width, rows.height)) {
+    rows.lent = borrowed.Rows();
+    return S_OK;
+  }
+  return EndBySource(
+      rule, source->ReadRows(rows.destX, rows.destY, rows.srcX, rows.srcY, rows.width, rows.height,
+                             rows.colourRows, rows.maskRows));
+}
+
+bool InPlaceFilter::IsWhole(const PullRectangle& r) const {
+  const auto held = HoldState();
+  return r.srcX == 0 && r.srcY == 0 && r.width == input.width && r.height == input.height &&
+         r.colourRows && r.maskRows;
 }
 
 HRESULT RowFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                             BYTE** colourRows, BYTE** maskRows) {
   return RunPull([&]() -> HRESULT {
     if (!source) return kPullStopped;
-    const HRESULT ended = EndBySource(
-        policy.sourceResult,
-        source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows));
+    PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
+    const HRESULT ended = Fill(rows, policy.sourceResult);
     if (ended != S_OK) return ended;
-    const PullRectangle rows{
-        destX, destY, srcX, srcY, width, height, WorksOnMask() ? nullptr : colourRows, maskRows};
+    if (WorksOnMask() && !rows.lent.colour) rows.colourRows = nullptr;
     if (!ChangeAll(rows)) {
       if (policy.abortMarksChange) selfChanged = true;
       return kPullStopped;
@@ -112,17 +141,30 @@ HRESULT RectangleFilter::ReadRows(int destX, int destY, int srcX, int srcY, int 
       maskRows = lent->MaskRows();
       if (!maskRows) return kPullStopped;
     }
-    const HRESULT ended = EndBySource(
-        policy.sourceResult,
-        source->ReadRows(destX, destY, srcX, srcY, width, height, colourRows, maskRows));
+    PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
+    const HRESULT ended = Fill(rows, policy.sourceResult);
     if (ended != S_OK) return ended;
-    if (!ChangeRectangle({destX, destY, srcX, srcY, width, height, colourRows, maskRows})) {
+    if (!TakeLent(rows) || !ChangeRectangle(rows)) {
       if (policy.abortMarksChange) selfChanged = true;
       return kPullStopped;
     }
     ClearChanges();
     return S_OK;
   });
+}
+
+// Into the caller's rows. A class may ask the source for more then, so that what was lent goes
+// back.
+bool RectangleFilter::TakeLent(PullRectangle& rows) {
+  if (!rows.lent.colour) return true;
+  const bool isWhole =
+      base::ForEachBand(rows.height, base::RowsPerBand(rows.width), [&](int first, int end) {
+        for (; first < end && !abort; ++first) rows.CopyLent(first);
+        return first == end;
+      });
+  rows.lent = {};
+  borrowed = {};
+  return isWhole;
 }
 
 HRESULT WholePictureFilter::ReadRows(int destX, int destY, int srcX, int srcY, int width,

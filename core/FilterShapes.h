@@ -18,6 +18,9 @@ struct PullRectangle {
   int destX, destY, srcX, srcY, width, height;
   BYTE** colourRows;  // either array may be null when the caller does not want that plane
   BYTE** maskRows;
+  // What the caller's rows are to hold before they are changed, where they do not hold it yet: the
+  // source's picture, all of which is asked for. Empty otherwise.
+  base::RowView lent = {};
 
   BYTE* Colour(int i) const {
     return colourRows ? colourRows[destY + i] + base::ColourOffset(destX) : nullptr;
@@ -28,15 +31,18 @@ struct PullRectangle {
   FXBOX_API PullRectangle CutTo(int pictureWidth, int pictureHeight) const;
 
   // Calls change(colour, mask), or change(colour, mask, i), for each row, with an abort test before
-  // each. False when it stopped. Workers share the rows, so that `change` may run for several at
-  // once; without them they come from the last to the first. A width below 1 has rows, but nothing
-  // in them to change.
+  // each. A row that is lent is copied just ahead. False when it stopped. Workers share the rows,
+  // so that `change` may run for several at once; without them they come from the last to the
+  // first. A width below 1 has rows, but nothing in them to change.
   template <class Change>
   bool ChangeRows(const std::atomic<bool>& abort, const Change& change) const {
     return base::ForEachBand(height, base::RowsPerBand(width), [&](int first, int end) {
       return ChangeBand(first, end, abort, change);
     });
   }
+
+  // Copies a row that is lent, both planes.
+  FXBOX_API void CopyLent(int i) const;
 
   // Asks for all of a mask row: for a change that takes long for a row, or takes it from both ends.
   FXBOX_API void AnnounceMask(int i) const;
@@ -47,7 +53,8 @@ struct PullRectangle {
     for (int i = end - 1; i >= first; --i) {
       if (abort) return false;
       if (width < 1) continue;
-      if (i > first) AnnounceColour(i - 1);
+      if (i > first) AnnounceNext(i - 1);
+      if (lent.colour) CopyLent(i);
       if constexpr (std::is_invocable_v<const Change&, BYTE*, BYTE*, int>) {
         change(Colour(i), Mask(i), i);
       } else {
@@ -60,7 +67,7 @@ struct PullRectangle {
  private:
   // Asks for the front of the row that comes next. Processors foresee rows that follow upwards in
   // memory, and ours go down; the rest of a row they see coming by themselves.
-  FXBOX_API void AnnounceColour(int i) const;
+  FXBOX_API void AnnounceNext(int i) const;
 };
 
 // What a shape does when its source's pull answers something else than 0.
@@ -71,11 +78,25 @@ enum class SourceResult {
   EndsUnlessZero,   // the pull ends with that answer
 };
 
+// Where the two shapes that change the caller's rows have them from.
+class FXBOX_API InPlaceFilter : public CPdibFilter {
+ protected:
+  using CPdibFilter::CPdibFilter;
+
+  // Has the source fill the rows. A host that lends its picture, and is asked for all of it, lends
+  // it for `rows.lent`: workers copy it more quickly than the host. A filter computes straight into
+  // the caller's rows and is not asked to lend. Gives 0, or the answer that ends the pull.
+  HRESULT Fill(PullRectangle& rows, SourceResult rule);
+
+ private:
+  bool IsWhole(const PullRectangle& rows) const;
+};
+
 // Derive from RowFilter when a pixel's result depends on that pixel alone. The shape pulls the
 // source with the same rectangle and changes the rows that come back, in place, from the last to
-// the first, with an abort test before each; it allocates nothing and copies nothing. The host's
-// workers share the rows.
-class FXBOX_API RowFilter : public CPdibFilter {
+// the first, with an abort test before each; it allocates nothing. The host's workers share the
+// rows.
+class FXBOX_API RowFilter : public InPlaceFilter {
  public:
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) final;
@@ -87,7 +108,7 @@ class FXBOX_API RowFilter : public CPdibFilter {
     bool abortMarksChange = false;  // an abort sets `selfChanged`
     bool passesPixels = false;      // a single pixel is left as the source gives it
   };
-  RowFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
+  RowFilter(const FilterClass& row, Policy rules) : InPlaceFilter(row), policy(rules) {}
 
   // Changes `width` pixels, at least one, while the pull holds the state: a Commit comes between
   // two rows, never within one. Runs on several threads at once, with a row for each, and must not
@@ -107,7 +128,7 @@ class FXBOX_API RowFilter : public CPdibFilter {
 // Derive from RectangleFilter when the result depends on the rectangle that is asked for:
 // statistics of the request, neighbours within it. The shape pulls the source with the same
 // rectangle and hands all of it to the class at once.
-class FXBOX_API RectangleFilter : public CPdibFilter {
+class FXBOX_API RectangleFilter : public InPlaceFilter {
  public:
   HRESULT STDMETHODCALLTYPE ReadRows(int destX, int destY, int srcX, int srcY, int width,
                                      int height, BYTE** colourRows, BYTE** maskRows) final;
@@ -118,7 +139,7 @@ class FXBOX_API RectangleFilter : public CPdibFilter {
     bool abortMarksChange = true;  // an abort sets `selfChanged`
   };
   explicit RectangleFilter(const FilterClass& row) : RectangleFilter(row, {}) {}
-  RectangleFilter(const FilterClass& row, Policy rules) : CPdibFilter(row), policy(rules) {}
+  RectangleFilter(const FilterClass& row, Policy rules) : InPlaceFilter(row), policy(rules) {}
 
   // Changes the rectangle in place, testing `abort` once a row; false when it stopped. Works with
   // copies of the parameters (`Active`, `Pending`), as they may change meanwhile.
@@ -127,6 +148,8 @@ class FXBOX_API RectangleFilter : public CPdibFilter {
   virtual bool NeedsMask() const { return false; }
 
  private:
+  bool TakeLent(PullRectangle& rows);
+
   const Policy policy;
 };
 

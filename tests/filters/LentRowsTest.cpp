@@ -37,7 +37,7 @@ class Chain : public Rig {
     for (std::size_t i = 0; i <= items.size(); ++i) PrepareAnew();
   }
   ~Chain() {
-    EXPECT_EQ(source->writtenToLent, "");
+    EXPECT_EQ(source->misuseOfLent, "");
     EXPECT_FALSE(source->lent) << "rows were not given back";
   }
 

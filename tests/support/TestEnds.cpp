@@ -24,6 +24,7 @@ HRESULT TestSource::QueryInterface(REFIID iid, void** result) {
 HRESULT TestSource::ReadRows(int destX, int destY, int srcX, int srcY, int width, int height,
                              BYTE** colourRows, BYTE** maskRows) {
   requests.push_back({destX, destY, srcX, srcY, width, height});
+  if (lent) misuseOfLent += " rows asked for meanwhile";
   if (throwsInReadRows) throw std::runtime_error("source");
   const int first = std::max(0, srcX);
   const int end = static_cast<int>(
@@ -74,9 +75,9 @@ HRESULT TestSource::LendRows(int width, int height, const BYTE* const** colourRo
 
 HRESULT TestSource::ReturnRows() {
   if (!lent) throw std::logic_error("no rows were lent");
-  writtenToLent += Difference(picture, lent->Whole());
+  misuseOfLent += Difference(picture, lent->Whole());
   if (std::any_of(opaqueRow.begin(), opaqueRow.end(), [](BYTE m) { return m != 0; })) {
-    writtenToLent += "the opaque row";
+    misuseOfLent += "the opaque row";
   }
   lent.reset();
   return S_OK;

@@ -67,8 +67,8 @@ class TestSource final
 
   bool answersEveryQuery = false;  // with its first interface, whatever it is asked for
   bool lends = false;
-  // What somebody wrote to lent rows; empty while nobody did.
-  std::string writtenToLent;
+  // What somebody wrote to lent rows, or asked for before they were back; empty while nobody did.
+  std::string misuseOfLent;
   int loans = 0;                      // until now
   std::unique_ptr<GuardedRows> lent;  // while they are
   std::function<void()> onLend;       // runs when rows were lent
