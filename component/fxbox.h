@@ -631,8 +631,8 @@ struct IAnimRowReach {
 };
 
 /* The optional second interface of a source, be it a host's or a filter. A filter that is asked for
- * the whole picture, or must see it, asks for this by QueryInterface at each pull, and reads what it
- * is lent; from a source without it, or one that does not lend, it has it copied with ReadRows. */
+ * the whole picture, or must see it, asks for this by QueryInterface at each pull, and reads what
+ * it is lent; from a source without it, or one that does not lend, it has it copied with ReadRows. */
 static const GUID IID_IAnimRowLender = {0xECC3AF36, 0x5BB3, 0x4988, {0x8B, 0x9D, 0x87, 0xB8, 0x61, 0x5C, 0x3B, 0x93}};
 typedef struct IAnimRowLenderVtbl {
   FXBOX_UNKNOWN_SLOTS(IAnimRowLender)

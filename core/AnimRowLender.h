@@ -7,8 +7,8 @@
 #include "base/Guid.h"
 
 // The optional second interface of a source, be it a host's or a filter. A filter that is asked for
-// the whole picture, or must see it, asks for this by QueryInterface at each pull, and reads what it
-// is lent; from a source without it, or one that does not lend, it has it copied with ReadRows.
+// the whole picture, or must see it, asks for this by QueryInterface at each pull, and reads what
+// it is lent; from a source without it, or one that does not lend, it has it copied with ReadRows.
 struct IAnimRowLender : IUnknown {
   static constexpr IID kIid = base::Guid("{ECC3AF36-5BB3-4988-8B9D-87B8615C3B93}");
 

@@ -384,6 +384,25 @@ bool WholePictureFilter::BorrowInput() {
   return givenIsLent;
 }
 
+void WholePictureFilter::PlaceGiven(const Placed& part, int y, BYTE* colour, BYTE* mask,
+                                    const base::RowWriter& writer) const {
+  const int row = y - part.y;
+  const bool isWithin = row >= 0 && row < part.height && part.width > 0;
+  const auto clear = [&](int first, int end) {
+    if (first >= end) return;
+    if (colour) writer.Fill(colour + base::ColourOffset(first), 0, base::ColourBytes(end - first));
+    writer.Fill(mask + first, base::kNothing, static_cast<std::size_t>(end - first));
+  };
+  clear(0, isWithin ? part.x : result.width);
+  if (!isWithin) return;
+  clear(part.x + part.width, result.width);
+  const int from = row + part.sourceY;
+  writer.Copy(mask + part.x, given.mask[from] + part.sourceX, static_cast<std::size_t>(part.width));
+  if (!colour) return;
+  writer.Copy(colour + base::ColourOffset(part.x),
+              given.colour[from] + base::ColourOffset(part.sourceX), base::ColourBytes(part.width));
+}
+
 bool WholePictureFilter::TakeInputOfSize(int width, int height) {
   const bool goesOn = !abort;
   if (width == pulled.width && height == pulled.height && BorrowInput()) {

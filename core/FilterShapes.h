@@ -242,6 +242,14 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
 
   // Has the source lend its picture for `given`. False when it does not.
   bool BorrowInput();
+  // A part of `given` in the result: `width` pixels of `height` rows from (sourceX, sourceY) on lie
+  // at (x, y), all of them in both. A width or height below 1 is no part.
+  struct Placed {
+    int x, y, sourceX, sourceY, width, height;
+  };
+  // Fills row y of the result, with nothing around the part. Colours may be null.
+  void PlaceGiven(const Placed& part, int y, BYTE* colour, BYTE* mask,
+                  const base::RowWriter& writer) const;
   // Clears `picture`, then pulls the source's whole input into it with one call, its corner at (x,
   // y). Answers as TakeInput does.
   bool PullInput(MemoryPicture& picture, int x = 0, int y = 0);

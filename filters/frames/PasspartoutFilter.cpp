@@ -146,9 +146,16 @@ void CPasspartoutFilter::TakeParameters() {
 // A source that stopped is not told apart, and may have left out anything: the abort flag ends the
 // rows.
 bool CPasspartoutFilter::Rebuild() {
-  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
   glaze =
       kernels::BuildGlazeTables({painted.blue, painted.green, painted.red}, painted.transparency);
+  isOpen = MemoryPicture::CanHold(result.width, result.height) && BorrowInput();
+  isPaintedLate = !isOpen;
+  if (isOpen) {
+    outputPicture.reset();
+    return !abort;
+  }
+  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
+  canvas = outputPicture->Rows();
   const bool isClear = Clear(*outputPicture);
   source->ReadRows(layout.x.place, layout.y.place, layout.x.source, layout.y.source,
                    layout.x.length, layout.y.length, outputPicture->ColourRows(),
@@ -156,12 +163,26 @@ bool CPasspartoutFilter::Rebuild() {
   return isClear && !abort;
 }
 
+bool CPasspartoutFilter::ComputeRows(const base::WritableRows& to) {
+  const Placed part{layout.x.place,  layout.y.place,  layout.x.source,
+                    layout.y.source, layout.x.length, layout.y.length};
+  canvas = to;
+  return ForRows(0, result.height, [&](int y) {
+    const base::RowWriter writer(0);  // what is painted on stays in the cache
+    PlaceGiven(part, y, to.colour[y], to.mask[y], writer);
+    PaintRow(y);
+  });
+}
+
 void CPasspartoutFilter::FinishRow(int y) {
+  if (isPaintedLate) PaintRow(y);
+}
+
+void CPasspartoutFilter::PaintRow(int y) {
   if (y < layout.y.first) PaintTopBand(y);
   if (y > layout.y.last) PaintBottomBand(y);
   if (y >= layout.y.first && y <= layout.y.last) PaintBetween(y);
-  kernels::RoundCornersOfRow(outputPicture->MaskRows()[y], result.width, result.height,
-                             painted.radius, y);
+  kernels::RoundCornersOfRow(canvas.mask[y], result.width, result.height, painted.radius, y);
 }
 
 // A mat that lies over the picture lets it shine through.
@@ -172,8 +193,8 @@ CPasspartoutFilter::Paint CPasspartoutFilter::PaintAlong(int border) const {
 
 void CPasspartoutFilter::PaintPart(Paint paint, int y, int from, int to) {
   if (from >= to) return;
-  BYTE* const colour = outputPicture->ColourRows()[y] + base::ColourOffset(from);
-  BYTE* const mask = outputPicture->MaskRows()[y] + from;
+  BYTE* const colour = canvas.colour[y] + base::ColourOffset(from);
+  BYTE* const mask = canvas.mask[y] + from;
   const int width = to - from;
   if (paint == Paint::Glaze) {
     kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, width, glaze);
@@ -206,8 +227,8 @@ void CPasspartoutFilter::PaintBetween(int y) {
   const Paint paint = PaintAlong(painted.borderhori);
   PaintPart(paint, y, 0, layout.x.first);
   PaintPart(paint, y, layout.x.last + 1, result.width);
-  BYTE* const colour = outputPicture->ColourRows()[y] + base::ColourOffset(layout.x.first);
-  BYTE* const mask = outputPicture->MaskRows()[y] + layout.x.first;
+  BYTE* const colour = canvas.colour[y] + base::ColourOffset(layout.x.first);
+  BYTE* const mask = canvas.mask[y] + layout.x.first;
   kernels::Choose<kernels::PointKernelTable>().putBackground(
       {colour, mask}, {colour, mask}, layout.x.last - layout.x.first + 1,
       {painted.blue, painted.green, painted.red}, painted.transparency);

@@ -43,7 +43,8 @@ struct PasspartoutParameters {
 
 extern const FilterClass kPasspartoutClass;
 
-// The result is finished row by row as it is asked for, while the row is in the cache.
+// A picture that is lent goes straight to the caller, mat and all. Otherwise the result is finished
+// row by row as it is asked for, while the row is in the cache.
 class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, PasspartoutParameters> {
  public:
   explicit CPasspartoutFilter(const FilterClass& row)
@@ -66,7 +67,9 @@ class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, Pass
   static Layout LayOut(const PasspartoutParameters& parameters, const PictureInfo& picture);
   void TakeParameters() override;
   bool Rebuild() override;
+  bool ComputeRows(const base::WritableRows& to) override;
   void FinishRow(int y) override;
+  void PaintRow(int y);
   void PaintPart(Paint paint, int y, int from, int to);
   void PaintBottomBand(int y);
   void PaintTopBand(int y);
@@ -77,4 +80,6 @@ class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, Pass
   PasspartoutParameters painted;
   Layout layout;
   kernels::ChannelTables glaze;
+  base::WritableRows canvas;   // what is painted on: the output picture, or the rows of a caller
+  bool isPaintedLate = false;  // as rows are finished
 };

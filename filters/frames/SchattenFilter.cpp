@@ -146,25 +146,11 @@ bool CSchattenFilter::Pull(MemoryPicture& picture, int x, int y, Wanted wanted) 
 
 // Puts the picture into one that is empty around it.
 bool CSchattenFilter::CopyGiven(MemoryPicture& picture, int x, int y, Wanted wanted) {
-  const int right = x + pulled.width;
+  const Placed whole{x, y, 0, 0, pulled.width, pulled.height};
   return ForRows(0, result.height, [&](int row) {
     const base::RowWriter writer(result.width, result.height);
-    BYTE* const mask = picture.MaskRows()[row];
-    BYTE* const colour = picture.ColourRows()[row];
-    const bool isWithin = row >= y && row < y + pulled.height;
-    const auto clear = [&](int first, int end) {
-      if (first >= end) return;
-      writer.Fill(mask + first, base::kNothing, static_cast<std::size_t>(end - first));
-      if (wanted == Wanted::Mask) return;
-      writer.Fill(colour + base::ColourOffset(first), 0, base::ColourBytes(end - first));
-    };
-    clear(0, isWithin ? x : result.width);
-    if (!isWithin) return;
-    clear(right, result.width);
-    writer.Copy(mask + x, given.mask[row - y], static_cast<std::size_t>(pulled.width));
-    if (wanted == Wanted::Mask) return;
-    writer.Copy(colour + base::ColourOffset(x), given.colour[row - y],
-                base::ColourBytes(pulled.width));
+    PlaceGiven(whole, row, wanted == Wanted::Mask ? nullptr : picture.ColourRows()[row],
+               picture.MaskRows()[row], writer);
   });
 }
 

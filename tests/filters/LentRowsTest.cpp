@@ -123,6 +123,11 @@ std::vector<std::string> TextsOf(const FilterClass& row) {
     texts.insert(texts.end(), {"AutoTone=1,AutoContrastRGB=1,AutoContrast=1", "ExBlit=1,WL=20"});
   }
   if (progId == "ZNFilter.AdoptColor.1") texts.push_back("Intensity=080,ColorRed=200,ExBlit=0");
+  if (progId == "ZNFilter.Passpartout.1") {
+    texts.insert(texts.end(), {"Borderhori=-4,Borderverti=-3,Transparency=40,Radius=6",
+                               "Borderhori=5,Borderverti=2,Poscorhori=-17,Poscorverti=12",
+                               "BordersizeOn=0,TotalHori=30,TotalVerti=60,Poscorverti=-40"});
+  }
   if (progId == "ZNFilter.Crop.1" || progId == "ZNFilter.RotCrop.1") {
     texts.push_back("LeftMargin=0.2,RightMargin=0.8,BottomMargin=0.1,TopMargin=0.9,FixRatioOn=0");
   }
