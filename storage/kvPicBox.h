@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <span>
@@ -233,6 +234,7 @@ class FXBOX_API kvPicBox {
                      const std::string& ext);
   bool CopyInto(picbox::FoundPicture& found, kvPicBox& target, const char* targetName,
                 bool newFormat, const std::string& tag);
+  void TellReadOnly(const std::filesystem::path& source, const std::string& copy);
   bool CopyStream(picbox::FoundPicture& found, kvPicBox& target, const char* targetName,
                   bool newFormat, const std::string& tag);
   bool CopyOut(picbox::FoundPicture& found, kvPicBox& target, const char* targetName,

@@ -36,6 +36,12 @@ fs::path OnDisk(const std::string& path) {
   return FindOnDisk(platform::PathOfStorage(path));
 }
 
+// A copy never is, whatever its source was.
+bool IsReadOnly(const fs::path& file) {
+  std::error_code ignored;
+  return (fs::status(file, ignored).permissions() & fs::perms::owner_write) == fs::perms::none;
+}
+
 void MakeFolderOf(const fs::path& file) {
   std::error_code ignored;
   if (file.has_parent_path()) fs::create_directories(file.parent_path(), ignored);
@@ -208,7 +214,9 @@ bool kvPicBox::CopyInto(FoundPicture& found, kvPicBox& target, const char* targe
     Log().Format(kDetail, "      kvPicBox::CopyImage(): do not copy");
     return CopyStream(found, target, targetName, newFormat, tag);
   }
-  Log().Format(kDetail, "      kvPicBox::CopyImage(): do copy");
+  for (int told = 0; told < 2; ++told) {
+    Log().Format(kDetail, "      kvPicBox::CopyImage(): do copy");
+  }
   const fs::path from = OnDisk(found.fullName);
   found.stream.reset();
   const std::string streamName =
@@ -217,12 +225,19 @@ bool kvPicBox::CopyInto(FoundPicture& found, kvPicBox& target, const char* targe
   MakeFolderOf(platform::PathOfStorage(to));
   const bool isCopied = CopyFileWhole(from, OnDisk(to));
   if (isCopied) {
+    TellReadOnly(from, to);
     Log().Format(kDetail, "      kvPicBox::CopyImage(d): copied '%s' to '%s'",
                  found.fullName.c_str(), to.c_str());
   } else {
     Log().Format(1, "      kvPicBox::CopyImage(): CopyFile() failed");
   }
   return isCopied;
+}
+
+void kvPicBox::TellReadOnly(const fs::path& source, const std::string& copy) {
+  if (!IsReadOnly(source)) return;
+  Log().Format(kDetail, "      kvPicBox::CopyImage(): removing read only file status of %s",
+               copy.c_str());
 }
 
 bool kvPicBox::CopyStream(FoundPicture& found, kvPicBox& target, const char* targetName,
@@ -273,6 +288,7 @@ bool kvPicBox::CopyOut(FoundPicture& found, kvPicBox& target, const char* target
     found.stream.reset();
     const bool isCopied = CopyFileWhole(from, OnDisk(path));
     if (isCopied) {
+      TellReadOnly(from, path);
       Log().Format(kDetail, "      kvPicBox::CopyImage(b): copied '%s' to '%s'",
                    found.fullName.c_str(), path.c_str());
     } else {

@@ -6,6 +6,7 @@
 #include "imageio/ImageLoader.h"
 #include "imageio/StoredBitmap.h"
 #include "platform/StoragePath.h"
+#include "settings/TraceLogStd.h"
 #include "storage/KvErrors.h"
 #include "storage/KvFile.h"
 #include "storage/KvPrivateStorage.h"
@@ -482,6 +483,29 @@ TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
       EXPECT_EQ(from.Read("dib"), "picture mask");
       EXPECT_FALSE(from.box->CopyImage("absent", *to.box, "x", true, ext, false));
     }
+  }
+}
+
+TEST(PictureBox, TellsTheLogTheWayOfACopy) {
+  Box from(true), to(true);
+  Put(from.At(picbox::kPictures), "file.JPG", Text(FileOf(Bitmap(2, 2), imageio::kTypeJpeg)));
+  const auto source = from.folder / "box_kv" / "Pictures" / "file.JPG";
+  std::filesystem::permissions(source, std::filesystem::perms::owner_read);
+  const std::string logs = (to.folder / "logs").string();
+  StartLogging(nullptr, false, false, logs.c_str());
+  TraceLog::SetLogLevel(6);
+  KvString ext = "JPG";
+  EXPECT_TRUE(from.box->CopyImage("file", *to.box, "copy", true, ext, true));
+  EXPECT_FALSE(from.box->CopyImage("absent", *to.box, "copy", true, ext, true));
+  const std::string log = testing_support::ReadFile(TraceLog::GetLogFileName());
+  TraceLog::StopLogging(true);
+  std::filesystem::permissions(source, std::filesystem::perms::owner_all);
+  std::size_t at = 0;
+  for (const char* line :
+       {"file.JPG to ", "destination is internal", "src is native", "do copy", "do copy",
+        "removing read only file status of ", "(d): copied '", "source absent.JPG not found!"}) {
+    at = log.find(line, at + 1);
+    ASSERT_NE(at, std::string::npos) << line << " in " << log;
   }
 }
 
