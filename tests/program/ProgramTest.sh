@@ -721,6 +721,17 @@ test_log() {
   grep -qi 'Starting Program/DLL ".*fxbox' stdout || fail 'no start line'
   run 1 log --program nobody
   error_starts 'fxbox: nobody: it has no log in '
+  # The log of another program, longer than what is read at once; its last line is not whole yet.
+  case "$prefix" in *.exe) return ;; esac
+  log=$(dirname "$($prefix log --path)")/abcd'(2999-01-01).log'
+  seq -f 'line %g of another program' 500 >lines
+  { sed 's/$/\r/' lines; printf 'half a li'; } >"$log"
+  for count in 0 1 3 200 499 500 501 9999; do
+    run 0 log --program abcd.exe -n $count
+    tail -n $count lines | cmp -s - stdout || fail "other lines than the last $count"
+  done
+  run 0 log --program abcd.exe
+  [ "$(wc -l <stdout)" -eq 20 ] || fail 'not twenty lines'
   run 2 log -n -1
 }
 
@@ -804,6 +815,18 @@ test_filters() {
   done
   run 0 describe ZNFilter.Sepia.1 --json
   grep -q '"example": "ZNFilter.Sepia.1(Sepia=075)"' stdout || fail 'no example'
+}
+
+# What commands print, as listings.txt has it: a line "$ ARGUMENTS", and then all that comes.
+test_listings() {
+  XDG_STATE_HOME="$folder/state"
+  export XDG_STATE_HOME
+  sed -n 's/^\$ //p' "$docs/../tests/program/listings.txt" >commands
+  while IFS= read -r command; do
+    printf '$ %s\n' "$command"
+    eval "$prefix $command" 2>&1 </dev/null || echo "status $?"
+  done <commands >printed
+  diff "$docs/../tests/program/listings.txt" printed >&2 || fail 'other listings'
 }
 
 test_any_text() {
