@@ -59,17 +59,19 @@ struct IAnimRunnable : IUnknown {
   // The named calls. The arguments are numbers or pointers by the name; those that a name does not
   // use may be left out:
   //
-  //   "TimerCallback" (text)             answers -1
-  //   "Localize" (key, buffer, size)     the words for a key; nothing is written when they do not
-  //   fit "GetContexthelp" (text or null) "bu_lock"                          the lock button was
-  //   used "CheckDragDrop"                    answers -2 "ButtonTop"                        gives
-  //   all filters what the window shows "ButtonTopCopyEnabled" (int*)      whether that would
-  //   change something; also in the answer "ButtonTopDelete"                  removes the filter
-  //   from the host's chains "ButtonTopDrag"                    drags the filter out of the dialog
-  //   "LockUnlocked" (int*)              1 while the lock button is up; also in the answer
+  //   "TimerCallback" (text)            answers -1
+  //   "Localize" (key, buffer, size)    the words for a key; nothing where they do not fit
+  //   "GetContexthelp" (text or null)
+  //   "bu_lock"                         the lock button was used
+  //   "CheckDragDrop"                   answers -2
+  //   "ButtonTop"                       gives all filters what the window shows
+  //   "ButtonTopCopyEnabled" (int*)     whether that would change something; also in the answer
+  //   "ButtonTopDelete"                 removes the filter from the host's chains
+  //   "ButtonTopDrag"                   drags the filter out of the dialog
+  //   "LockUnlocked" (int*)             1 while the lock button is up; also in the answer
   //   "GenerateBubbleHelpText", "ShowBubbleHelpText", "HideBubbleHelpText" (any)
   //   "ButtonClose"
-  //   "ColorPicker" (text)               see core::kMessageColorPicker
+  //   "ColorPicker" (text)              see core::kMessageColorPicker
   //
   // Any other name goes to the class. S_OK where nothing else is said; E_POINTER for a null name.
   virtual HRESULT STDMETHODCALLTYPE Dispatch(const char* name, std::intptr_t a, std::intptr_t b,
