@@ -69,7 +69,7 @@ constexpr ByteTable MakeLower() {
     const bool capital = (i >= 'A' && i <= 'Z') || (i >= 0xC0 && i <= 0xDE && i != 0xD7);
     table[i] = Byte(capital ? i + 32 : i);
   }
-  for (const std::size_t caron : {0x8A, 0x8C, 0x8E}) table[caron] = Byte(caron + 16);
+  for (const std::size_t caron : {0x8Au, 0x8Cu, 0x8Eu}) table[caron] = Byte(caron + 16);
   table[0x9F] = Byte(0xFF);
   return table;
 }

@@ -19,7 +19,10 @@ namespace core {
 template <int Place>
 struct HostSlot {};
 
-// The places `First` to `Last` of a table behind those of `Base`.
+// The places `First` to `Last` of a table behind those of `Base`. Those that `Base` has of its own
+// need not be called by this name any more.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Woverloaded-virtual"
 template <class Base, int First, int Last>
 struct HostSlots : HostSlots<Base, First, Last - 1> {
   using HostSlots<Base, First, Last - 1>::HostOperation;
@@ -35,6 +38,7 @@ struct HostSlots<Base, First, First> : Base {
  protected:
   ~HostSlots() = default;
 };
+#pragma GCC diagnostic pop
 
 }  // namespace core
 

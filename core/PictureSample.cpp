@@ -48,7 +48,8 @@ void PictureSample::TakeRow(const BYTE* colour, const BYTE* mask, int x, int y, 
     const BYTE* const pixel = colour + base::ColourOffset(at);
     std::uint32_t& point = points[static_cast<std::size_t>(row * across.points + i)];
     const bool isThere = !mask || mask[at] != kNothing;
-    point = isThere ? kTaken | pixel[0] | pixel[1] << 8 | pixel[2] << 16 : 0;
+    const auto colours = static_cast<std::uint32_t>(pixel[0] | pixel[1] << 8 | pixel[2] << 16);
+    point = isThere ? kTaken | colours : 0;
   }
 }
 

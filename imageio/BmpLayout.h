@@ -15,7 +15,9 @@ inline constexpr std::uint32_t kBmpFileHeadBytes = 14;
 
 // Where the head of a file says that its rows begin.
 constexpr std::uint32_t BmpRowsAt(const BYTE (&fileHead)[kBmpFileHeadBytes]) {
-  return fileHead[10] | fileHead[11] << 8 | fileHead[12] << 16 | std::uint32_t{fileHead[13]} << 24;
+  std::uint32_t at = 0;
+  for (int i = 13; i >= 10; --i) at = at << 8 | fileHead[i];
+  return at;
 }
 
 enum class BmpCompression : std::uint32_t {

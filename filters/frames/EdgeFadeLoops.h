@@ -43,15 +43,12 @@ struct ByDistance {
   return static_cast<std::uint8_t>(255 - static_cast<int>((255 - mask) * share));
 }
 
-// A root that tells errors nobody asks for would not be widened.
 template <class Kind>
-[[gnu::optimize("no-math-errno")]] inline void FadeExactly(std::uint8_t* mask, const Kind& kind,
-                                                           int first, int end) {
+inline void FadeExactly(std::uint8_t* mask, const Kind& kind, int first, int end) {
   for (int x = first; x < end; ++x) mask[x] = FadedMask(mask[x], kind.Share(x));
 }
 template <class Kind>
-[[gnu::optimize("no-math-errno")]] inline void FadeExactly(const MirroredMasks& masks,
-                                                           const Kind& kind, int first, int end) {
+inline void FadeExactly(const MirroredMasks& masks, const Kind& kind, int first, int end) {
   FadeExactly(masks.left, kind, first, end);
   for (int x = first; x < end; ++x) {
     std::uint8_t& mirrored = masks.rightEnd[-1 - x];

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "filters/frames/EdgeFadeLoops.h"
 #include "filters/pixels/simd/Vectors.h"
@@ -61,16 +62,12 @@ template <class Kind>
   FadeExactly(mask, kind, x, count);
 }
 
-struct LaneNumbers {
-  std::int32_t of[kLanes<Ints>];
-};
-constexpr LaneNumbers kBackwards = [] {
-  LaneNumbers lanes = {};
-  for (int i = 0; i < kLanes<Ints>; ++i) lanes.of[i] = kLanes<Ints> - 1 - i;
-  return lanes;
-}();
+template <int... kLane>
+[[gnu::always_inline]] inline Floats Reversed(Floats values, std::integer_sequence<int, kLane...>) {
+  return __builtin_shufflevector(values, values, (kLanes<Floats> - 1 - kLane)...);
+}
 [[gnu::always_inline]] inline Floats Reversed(Floats values) {
-  return __builtin_shuffle(values, Load<Ints>(kBackwards.of));
+  return Reversed(values, std::make_integer_sequence<int, kLanes<Floats>>());
 }
 
 template <class Kind>
