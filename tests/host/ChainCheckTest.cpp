@@ -158,6 +158,28 @@ TEST_F(ChainCheck, TakesTextsAsPeopleWriteThem) {
   EXPECT_THAT(Message("ZNFilter.Text.1(Text=a,Siez=9)"), HasSubstr("unknown key \"Siez\""));
 }
 
+// Each text goes to the next filter that writes one; a font that is not there is told.
+TEST_F(ChainCheck, TextsAndFontsFindTheirFilters) {
+  const ChainText chain{
+      "ZNFilter.WaterSign.1(Picture=)ZNFilter.Sepia.1(Sepia=1)ZNFilter.WaterSign.1(Picture=a)"
+      "ZNFilter.Text.1(Text=old,Size=040)"};
+  EXPECT_EQ(WithTexts(chain, filters, {"a b", "(c)"}).text,
+            "ZNFilter.WaterSign.1(Picture=,Text=a%20b)ZNFilter.Sepia.1(Sepia=1)"
+            "ZNFilter.WaterSign.1(Picture=a)ZNFilter.Text.1(Text=%28c%29,Size=040)");
+  EXPECT_EQ(WithTexts(chain, filters, {}).text, chain.text);
+  EXPECT_THROW(WithTexts(chain, filters, {"1", "2", "3"}), ChainError);
+  std::vector<std::string> told;
+  const ChainText fonts{
+      "ZNFilter.Text.1(Font=,Text=a)ZNFilter.Sepia.1(Font=No)ZNFilter.Text.1(Font=No%20Such,Text="
+      "b)"};
+  const auto tell = [&](const std::string& words) { told.push_back(words); };
+  EXPECT_EQ(WithFullPaths(fonts, filters, "nowhere", tell).text, fonts.text);
+  EXPECT_EQ(WithFullPaths(fonts, filters, "nowhere").text, fonts.text);
+  ASSERT_EQ(told.size(), 1u);
+  EXPECT_THAT(told[0], testing::StartsWith("chain item 3 (ZNFilter.Text.1): the font \"No Such\" "
+                                           "is not there, taking \""));
+}
+
 TEST_F(ChainCheck, RefusesMarkersThatTellNothingApart) {
   EXPECT_NE(Message("ZNFilter.Zero.1()", "", ")"), "");
   EXPECT_NE(Message("ZNFilter.Zero.1||", "|", "|"), "");

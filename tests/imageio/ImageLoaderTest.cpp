@@ -27,6 +27,20 @@ Bytes Noise(int width, int height, bool isMask) {
   return bitmap;
 }
 
+TEST(StoredBitmaps, HaveAPixelAtTheLeast) {
+  for (const bool isMask : {false, true}) {
+    Bytes one = Noise(1, 1, isMask);
+    const auto layout = StoredBitmap::Parse(one);
+    ASSERT_TRUE(layout);
+    EXPECT_EQ(std::pair(layout->Width(), layout->Height()), std::pair(1, 1));
+    for (const std::size_t side : {4, 8}) {
+      Bytes none = one;
+      none[side] = 0;
+      EXPECT_FALSE(StoredBitmap::Parse(none));
+    }
+  }
+}
+
 const Bytes kPicture = Noise(7, 4, false), kMask = Noise(7, 4, true);
 
 TEST(ImageLoader, TellsKindsByBytesAndNames) {
