@@ -27,8 +27,13 @@ ZlibImplementation::ZlibImplementation(unsigned bufferSize)
 }
 
 ZlibImplementation::~ZlibImplementation() {
+  LetGo();
+}
+
+void ZlibImplementation::LetGo() {
   if (mode == Mode::Compressing) deflateEnd(&state);
   if (mode == Mode::Decompressing || mode == Mode::Ended) inflateEnd(&state);
+  mode = Mode::Closed;
 }
 
 void ZlibImplementation::NeedMode(Mode needed) const {
@@ -66,6 +71,8 @@ void ZlibImplementation::CompressBlock(const void* block, unsigned count, IKvWri
 
 void ZlibImplementation::EndCompressing(IKvWrite& target) {
   NeedMode(Mode::Compressing);
+  // What is left of a block whose writing failed may be gone by now.
+  state.avail_in = 0;
   int result = Z_OK;
   while (result != Z_STREAM_END) {
     state.next_out = buffer.get();
@@ -151,6 +158,7 @@ KvZlib::KvZlib() : ZlibImplementation(kCompressorBuffer) {}
 unsigned KvZlib::Decompress(IKvWrite* target, IKvRead* source, unsigned limit) {
   BYTE chunk[kChunk];
   unsigned done = 0;
+  LetGo();  // of what an exception has left open
   StartDecompressing();
   while (limit == 0 || done < limit) {
     const unsigned got = DecompressBlock(chunk, NextChunk(done, limit), *source);
@@ -165,9 +173,11 @@ unsigned KvZlib::Decompress(IKvWrite* target, IKvRead* source, unsigned limit) {
 unsigned KvZlib::Compress(IKvRead* source, IKvWrite* target, unsigned limit) {
   BYTE chunk[kChunk];
   unsigned done = 0;
+  LetGo();
   StartCompressing();
   while (limit == 0 || done < limit) {
-    const unsigned got = source->Read(chunk, NextChunk(done, limit));
+    const unsigned wanted = NextChunk(done, limit);
+    const unsigned got = std::min(source->Read(chunk, wanted), wanted);
     if (got == 0) break;
     CompressBlock(chunk, got, *target);
     done += got;

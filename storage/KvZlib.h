@@ -33,6 +33,8 @@ class FXBOX_API ZlibImplementation {
   ZlibImplementation(const ZlibImplementation&) = delete;
   ZlibImplementation& operator=(const ZlibImplementation&) = delete;
 
+  // Without finishing it.
+  void LetGo();
   void StartCompressing();
   void CompressBlock(const void* block, unsigned count, IKvWrite& target);
   void EndCompressing(IKvWrite& target);

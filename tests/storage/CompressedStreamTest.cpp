@@ -1,6 +1,8 @@
 // Compressed streams against zlib itself: every length around the buffers, damaged and cut data.
 #include <gtest/gtest.h>
 
+#include <random>
+#include <utility>
 #include <vector>
 
 #include "storage/BufferedStream.h"
@@ -47,6 +49,19 @@ class FailingSource final : public IKvRead {
 class FailingTarget final : public IKvWrite {
  public:
   unsigned Write(const void*, unsigned) override { throw KvStreamException(-99, "disk"); }
+};
+
+// Counts what comes after the first write, which fails.
+class OnceFailingTarget final : public IKvWrite {
+ public:
+  unsigned Write(const void*, unsigned count) override {
+    if (std::exchange(hasFailed, true)) return later += count, count;
+    throw KvStreamException(-99, "disk");
+  }
+  unsigned later = 0;
+
+ private:
+  bool hasFailed = false;
 };
 
 }  // namespace
@@ -110,6 +125,32 @@ TEST(CompressedStreams, PassOnWhatTheInnerStreamThrows) {
         throw 1;
       },
       int);
+}
+
+// Nothing is read from a block once its Write has ended, however it did.
+TEST(CompressedStreams, ForgetABlockThatCouldNotBeWritten) {
+  std::string block(400000, '\0');
+  std::mt19937 random(3);
+  for (char& byte : block) byte = static_cast<char>(random());
+  OnceFailingTarget target;
+  {
+    KvZlibWrite writer(&target);
+    EXPECT_THROW(writer.Write(block.data(), 400000), KvStreamException);
+  }
+  EXPECT_LT(target.later, block.size() / 2);
+}
+
+TEST(WholeStreams, WorkAgainAfterAFailure) {
+  FailingSource source;
+  FailingTarget target;
+  MemoryStream plain("text"), again("text"), packed, unpacked;
+  KvZlib zlib;
+  EXPECT_THROW(zlib.Compress(&plain, &target, 0), KvStreamException);
+  EXPECT_EQ(zlib.Compress(&again, &packed, 0), 4u);
+  packed.Seek(0, 0);
+  EXPECT_THROW(zlib.Decompress(&unpacked, &source, 0), KvStreamException);
+  EXPECT_EQ(zlib.Decompress(&unpacked, &packed, 0), 4u);
+  EXPECT_EQ(unpacked.bytes, "text");
 }
 
 TEST(WholeStreams, KeepTheLimit) {
