@@ -158,6 +158,50 @@ TEST_F(ChainCheck, TakesTextsAsPeopleWriteThem) {
   EXPECT_THAT(Message("ZNFilter.Text.1(Text=a,Siez=9)"), HasSubstr("unknown key \"Siez\""));
 }
 
+TEST_F(ChainCheck, ClassesHaveTheirFacts) {
+  const struct {
+    const char *name, *preview, *example, *lastKey, *kind, *range;
+    std::optional<std::string> start;
+  } cases[] = {
+      {"Sepia", "exact", "(Sepia=075)", "Sepia", "whole number", "0 to 100", "000"},
+      {"Sharpen", "100 %", "(Sharpness=075)", "Sharpness", "whole number", "0 to 100", "000"},
+      {"Tonwert", "measured", "(AutoContrast=1)", "Addlo", "whole number", "-100 to 100", "000"},
+      {"RedEye", "scaled", "(N=1, X1=0.75, Y1=0.75, E1=025, F1=025)", "F1", "whole number",
+       "-50 to 50", std::nullopt},
+      {"Rotate", "exact", "(Angle=12.5)", "AlignLeftBottom", "0 or 1", "0 to 1", "1"},
+      {"Text", "scaled", "(Size=180,PosY=180,Outline=040,Text=Sunrise)", "Text", "text", "", ""}};
+  for (const auto& c : cases) {
+    const std::string progId = "ZNFilter." + std::string(c.name) + ".1";
+    const FilterFacts facts = FactsOf(*FindFilter(filters, progId), *creator.Get());
+    EXPECT_EQ(facts.progId, progId);
+    EXPECT_EQ(facts.preview, c.preview) << c.name;
+    EXPECT_EQ(facts.example, progId + c.example);
+    const KeyFacts& key = facts.keys.back();
+    EXPECT_EQ(key.key, c.lastKey);
+    EXPECT_EQ(key.kind, c.kind) << c.name;
+    EXPECT_EQ(RangeText(key), c.range) << c.name;
+    EXPECT_EQ(key.defaultValue, c.start) << c.name;
+  }
+  EXPECT_EQ(FindFilter(filters, "ZNFilter.Nobody.1"), nullptr);
+}
+
+TEST(Suggestions, AreNearOrHoldTheWord) {
+  const std::vector<std::string> words = {"Scale", "Sepa", "ZNFilter.Sepia.1", "Rotate"};
+  const std::pair<const char*, const char*> cases[] = {{"Sepia", "ZNFilter.Sepia.1"},
+                                                       {"Sxpa", "Sepa"},
+                                                       {"Rxtxte", "Rotate"},
+                                                       {"Rxxxte", ""},
+                                                       {"Sc", ""},
+                                                       {"Sca", "Scale"},
+                                                       {"Nobody", ""},
+                                                       {"", ""}};
+  for (const auto& [misspelt, meant] : cases) {
+    EXPECT_EQ(Suggestion(misspelt, words),
+              *meant ? ", did you mean \"" + std::string(meant) + "\"?" : "")
+        << misspelt;
+  }
+}
+
 // Each text goes to the next filter that writes one; a font that is not there is told.
 TEST_F(ChainCheck, TextsAndFontsFindTheirFilters) {
   const ChainText chain{
