@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <thread>
 
 #include "platform/PathText.h"
@@ -72,6 +73,8 @@ TEST_F(TraceLogTest, WritesLinesBelowItsLevel) {
   TraceLog::SetLogLevel(2);
   log.Write(-1, "the object's level is too high now", true);
   log.Format(-1, "%s", "here as well");
+  log.LogFuncsAt(7);
+  log.Write("at the highest", true);
   TraceLog(1).Write(3, "the line's own level", true);
   log.LogFuncsAt(1);
   log.Write(-1, "x", true);
@@ -277,8 +280,8 @@ TEST_F(TraceLogTest, WritesInItsTurn) {
     std::unique_ptr<platform::NamedMutex> Open(const std::string&) override {
       return std::make_unique<Turn>(*this);
     }
-    Wait result = Wait::Held;
-    int released = 0;
+    std::atomic<Wait> result = Wait::Held;
+    std::atomic<int> released = 0;
   } turns;
   fakes.services.mutexes = &turns;
   WriteFile(folder / "other", "appended\r\n");
@@ -303,6 +306,20 @@ TEST_F(TraceLogTest, WritesInItsTurn) {
     turns.result = Wait::Held;
     TraceLog::StopLogging(true);
   }
+  // The journal keeps what it cannot write yet.
+  fs::remove(File());
+  turns.result = Wait::TimedOut;
+  Start(true);
+  log.Write(0, "first", true);
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_TRUE(Lines().empty());
+  turns.result = Wait::Held;
+  log.Write(0, "second", true);
+  log.FlushBuffers();
+  ASSERT_EQ(Lines().size(), 3u);
+  EXPECT_THAT(Lines()[1], EndsWith("first"));
+  EXPECT_THAT(Lines()[2], EndsWith("second"));
+  TraceLog::StopLogging(true);
   // What a process that was killed has left.
   for (const bool journal : {false, true}) {
     WriteFile(File(), "half a li");
