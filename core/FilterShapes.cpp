@@ -45,9 +45,9 @@ PullRectangle PullRectangle::CutTo(int pictureWidth, int pictureHeight) const {
   return cut;
 }
 
-void PullRectangle::CopyLent(int i) const {
-  std::memcpy(Colour(i), lent.colour[i], base::ColourBytes(width));
-  std::memcpy(Mask(i), lent.mask[i], static_cast<std::size_t>(width));
+void PullRectangle::CopyLent(int i, const base::RowWriter& writer) const {
+  writer.Copy(Colour(i), lent.colour[i], base::ColourBytes(width));
+  writer.Copy(Mask(i), lent.mask[i], static_cast<std::size_t>(width));
 }
 
 void PullRectangle::AnnounceNext(int i) const {
@@ -65,15 +65,17 @@ void PullRectangle::AnnounceMask(int i) const {
   if (maskRows) Announce<kForWriting>(Mask(i), static_cast<std::size_t>(width));
 }
 
-HRESULT InPlaceFilter::Fill(PullRectangle& rows, SourceResult rule) {
+bool InPlaceFilter::BorrowWhole(PullRectangle& rows) {
   const bool isFilter = static_cast<bool>(platform::ComPtr<IAnimFilter>::Query(source.Get()));
-  if (!isFilter && IsWhole(rows) && Borrow(rows.width, rows.height)) {
-    rows.lent = borrowed.Rows();
-    return S_OK;
-  }
-  return EndBySource(
-      rule, source->ReadRows(rows.destX, rows.destY, rows.srcX, rows.srcY, rows.width, rows.height,
-                             rows.colourRows, rows.maskRows));
+  if (isFilter || !IsWhole(rows) || !Borrow(rows.width, rows.height)) return false;
+  rows.lent = borrowed.Rows();
+  return true;
+}
+
+HRESULT InPlaceFilter::Fill(PullRectangle& r, SourceResult rule) {
+  if (BorrowWhole(r)) return S_OK;
+  return EndBySource(rule, source->ReadRows(r.destX, r.destY, r.srcX, r.srcY, r.width, r.height,
+                                            r.colourRows, r.maskRows));
 }
 
 bool InPlaceFilter::IsWhole(const PullRectangle& r) const {
@@ -159,7 +161,8 @@ bool RectangleFilter::TakeLent(PullRectangle& rows) {
   if (!rows.lent.colour) return true;
   const bool isWhole =
       base::ForEachBand(rows.height, base::RowsPerBand(rows.width), [&](int first, int end) {
-        for (; first < end && !abort; ++first) rows.CopyLent(first);
+        const base::RowWriter writer(rows.width, rows.height);
+        for (; first < end && !abort; ++first) rows.CopyLent(first, writer);
         return first == end;
       });
   rows.lent = {};

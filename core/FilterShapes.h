@@ -42,7 +42,7 @@ struct PullRectangle {
   }
 
   // Copies a row that is lent, both planes.
-  FXBOX_API void CopyLent(int i) const;
+  FXBOX_API void CopyLent(int i, const base::RowWriter& writer) const;
 
   // Asks for all of a mask row: for a change that takes long for a row, or takes it from both ends.
   FXBOX_API void AnnounceMask(int i) const;
@@ -50,11 +50,12 @@ struct PullRectangle {
   // Changes the rows `first` to `end` - 1 so, on the calling thread, from the last to the first.
   template <class Change>
   bool ChangeBand(int first, int end, const std::atomic<bool>& abort, const Change& change) const {
+    const base::RowWriter writer(0);  // a lent row is changed while it is in the cache
     for (int i = end - 1; i >= first; --i) {
       if (abort) return false;
       if (width < 1) continue;
       if (i > first) AnnounceNext(i - 1);
-      if (lent.colour) CopyLent(i);
+      if (lent.colour) CopyLent(i, writer);
       if constexpr (std::is_invocable_v<const Change&, BYTE*, BYTE*, int>) {
         change(Colour(i), Mask(i), i);
       } else {
@@ -78,14 +79,16 @@ enum class SourceResult {
   EndsUnlessZero,   // the pull ends with that answer
 };
 
-// Where the two shapes that change the caller's rows have them from.
+// Where filters that change rows in place have them from.
 class FXBOX_API InPlaceFilter : public CPdibFilter {
  protected:
   using CPdibFilter::CPdibFilter;
 
-  // Has the source fill the rows. A host that lends its picture, and is asked for all of it, lends
-  // it for `rows.lent`: workers copy it more quickly than the host. A filter computes straight into
-  // the caller's rows and is not asked to lend. Gives 0, or the answer that ends the pull.
+  // Has a host lend its picture for `rows.lent`, where the rows are to hold all of it: workers copy
+  // it more quickly than the host. A filter computes straight into the rows and is not asked to
+  // lend. False where the rows have to be pulled.
+  bool BorrowWhole(PullRectangle& rows);
+  // Has the source lend or fill the rows. Gives 0, or the answer that ends the pull.
   HRESULT Fill(PullRectangle& rows, SourceResult rule);
 
  private:

@@ -60,25 +60,37 @@ HRESULT CStaubFilter::ReadRows(int destX, int destY, int srcX, int srcY, int wid
 CStaubFilter::Outcome CStaubFilter::Rebuild(const PullRectangle& request) {
   isWhole = false;
   if (!EnsurePictures(0, 0, request.width, request.height)) return Outcome::StoppedBefore;
-  BYTE** const colour = outputPicture->ColourRows();
-  BYTE** const mask = outputPicture->MaskRows();
-  // What is beside the request stays as it was kept.
-  base::ForEachBand(request.height, base::RowsPerBand(request.width), [&](int first, int end) {
-    const base::RowWriter writer(request.width, request.height);
-    for (int y = first; y < end && !abort; ++y) {
-      writer.Fill(colour[y], 0, base::ColourBytes(request.width));
-      writer.Fill(mask[y], base::kNothing, static_cast<std::size_t>(request.width));
-    }
-  });
-  source->ReadRows(0, 0, request.srcX, request.srcY, request.width, request.height, colour, mask);
+  TakePicture(request);
   if (abort) return Outcome::StoppedBefore;
   auto held = HoldState();
   const std::int32_t tolerance = active.grayTolerance;
   const std::int32_t greatest = pending.maxRgnSize;
   held.unlock();
-  isWhole = kernels::RemoveDust({colour, mask, request.width, request.height}, tolerance, greatest,
-                                abort);
+  isWhole = kernels::RemoveDust(outputPicture->Rows(request.width, request.height), tolerance,
+                                greatest, abort);
   return isWhole ? Outcome::Done : Outcome::StoppedWithin;
+}
+
+// What is beside the request stays as it was kept.
+void CStaubFilter::TakePicture(PullRectangle kept) {
+  kept.destX = kept.destY = 0;
+  kept.colourRows = outputPicture->ColourRows();
+  kept.maskRows = outputPicture->MaskRows();
+  const bool isLent = BorrowWhole(kept);
+  base::ForEachBand(kept.height, base::RowsPerBand(kept.width), [&](int first, int end) {
+    const base::RowWriter writer(kept.width, kept.height);
+    for (int y = first; y < end && !abort; ++y) {
+      if (isLent) {
+        kept.CopyLent(y, writer);
+      } else {
+        writer.Fill(kept.Colour(y), 0, base::ColourBytes(kept.width));
+        writer.Fill(kept.Mask(y), base::kNothing, static_cast<std::size_t>(kept.width));
+      }
+    }
+  });
+  if (isLent) return;
+  source->ReadRows(0, 0, kept.srcX, kept.srcY, kept.width, kept.height, kept.colourRows,
+                   kept.maskRows);
 }
 
 std::pair<int, int> CStaubFilter::PictureSize() const {

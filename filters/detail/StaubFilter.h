@@ -20,7 +20,7 @@ extern const FilterClass kStaubClass;
 // Has a pull of its own: it sees the request alone and keeps its result. A later request that is no
 // larger gets the rows that are kept, whatever its place in the picture, until something changes.
 // Hosts ask for the whole picture.
-class CStaubFilter final : public ParameterFilter<CPdibFilter, StaubParameters> {
+class CStaubFilter final : public ParameterFilter<InPlaceFilter, StaubParameters> {
  public:
   explicit CStaubFilter(const FilterClass& row) : ParameterFilter(row) {}
 
@@ -32,6 +32,8 @@ class CStaubFilter final : public ParameterFilter<CPdibFilter, StaubParameters> 
 
   // Pulls the request and cleans it. It must lie in the picture.
   Outcome Rebuild(const PullRectangle& request);
+  // Has what is asked for in the kept picture.
+  void TakePicture(PullRectangle kept);
   // False when an abort stopped it.
   bool CopyOut(const PullRectangle& request) const;
   std::pair<int, int> PictureSize() const;

@@ -107,18 +107,33 @@ bool CPrintPadFilter::Rebuild() {
   int offset[2];
   int extent[2];
   source->GetInfo(&w, &h, &offset[0], &offset[1], &extent[0], &extent[1]);
-  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
-  const bool isClear = Clear(*outputPicture);
   const Overlap x(pulled.width, result.width, (result.width - pulled.width) / 2);
   const Overlap y(pulled.height, result.height,
                   used.bottomAlign ? 0 : (result.height - pulled.height) / 2);
-  source->ReadRows(x.paper, y.paper, x.source, y.source, x.length, y.length,
+  part = {x.paper, y.paper, x.source, y.source, x.length, y.length};
+  isOpen = MemoryPicture::CanHold(result.width, result.height) && BorrowInput();
+  if (isOpen) {
+    outputPicture.reset();
+    return !abort;
+  }
+  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
+  const bool isClear = Clear(*outputPicture);
+  source->ReadRows(part.x, part.y, part.sourceX, part.sourceY, part.width, part.height,
                    outputPicture->ColourRows(), outputPicture->MaskRows());
-  const kernels::Colour pad = ColourOf(used.padColor);
   return isClear && ForRows(0, result.height, [&](int row) {
-           BYTE* const colour = outputPicture->ColourRows()[row];
-           BYTE* const mask = outputPicture->MaskRows()[row];
-           kernels::Choose<kernels::PointKernelTable>().putBackground(
-               {colour, mask}, {colour, mask}, result.width, pad, 0);
+           PadRow(outputPicture->ColourRows()[row], outputPicture->MaskRows()[row]);
          });
+}
+
+bool CPrintPadFilter::ComputeRows(const base::WritableRows& to) {
+  return ForRows(0, result.height, [&](int y) {
+    const base::RowWriter writer(0);  // what is padded stays in the cache
+    PlaceGiven(part, y, to.colour[y], to.mask[y], writer);
+    PadRow(to.colour[y], to.mask[y]);
+  });
+}
+
+void CPrintPadFilter::PadRow(BYTE* colour, BYTE* mask) const {
+  kernels::Choose<kernels::PointKernelTable>().putBackground(
+      {colour, mask}, {colour, mask}, result.width, ColourOf(used.padColor), 0);
 }

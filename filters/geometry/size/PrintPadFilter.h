@@ -18,6 +18,7 @@ struct PadParameters {
 
 extern const FilterClass kPrintPadClass;
 
+// A picture that is lent goes straight to the caller.
 class CPrintPadFilter final : public ParameterFilter<WholePictureFilter, PadParameters> {
  public:
   explicit CPrintPadFilter(const FilterClass& row)
@@ -32,8 +33,11 @@ class CPrintPadFilter final : public ParameterFilter<WholePictureFilter, PadPara
   void ReadText(const char* text) override;
   void TakeParameters() override { used = active; }
   bool Rebuild() override;
+  bool ComputeRows(const base::WritableRows& to) override;
+  void PadRow(BYTE* colour, BYTE* mask) const;
   // Though no rows were given out.
   bool AbortAnswersDone() const override { return true; }
 
   PadParameters used;  // of the picture in the cache
+  Placed part = {};    // of the source's picture, on the paper
 };
