@@ -3,6 +3,8 @@
 
 #include <objbase.h>
 
+#include <memory>
+
 #include "base/KvInterfaces.h"
 
 // The base of the streams of this folder. Close does the same as Finish and destroys the object.
@@ -27,10 +29,19 @@ inline void Abandon(IKvStream* stream) {
   checked ? checked->Abandon() : stream->Close();
 }
 
+// A stream that is being written. When an exception ends the writing its content is not wanted.
+struct AbandonStream {
+  void operator()(IKvStream* stream) const { Abandon(stream); }
+};
+using WrittenStream = std::unique_ptr<IKvStream, AbandonStream>;
+
 // Closes any stream; true where a stream cannot tell.
 inline bool CloseChecked(IKvStream* stream) {
   auto* checked = dynamic_cast<CheckedStream*>(stream);
   const bool isKept = !checked || checked->Finish();
   stream->Close();
   return isKept;
+}
+inline bool CloseChecked(WrittenStream stream) {
+  return CloseChecked(stream.release());
 }

@@ -221,6 +221,8 @@ class FXBOX_API kvPicBox {
   unsigned SaveNew(const char* name, std::span<const std::uint8_t> picture,
                    std::span<const std::uint8_t> mask, std::int32_t x, std::int32_t y, bool encode);
   IKvStream* OpenOld(const std::string& name, int kind, std::uint32_t size, std::int32_t encoded);
+  std::optional<bool> StoreFile(const char* name, const std::string& tag, KvFile& file,
+                                bool asNative, Bytes* kept, std::uint64_t& done);
   bool DeleteAny(const std::string& name, const std::string& ext, picbox::Place& place);
   bool DeleteFound(IKvStorage* storage, const std::string& name);
   bool RenameFile(IKvStorage* storage, const std::string& from, const std::string& to);

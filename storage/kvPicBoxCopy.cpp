@@ -187,14 +187,14 @@ bool kvPicBox::CopyConverted(const char* source, kvPicBox& target, const char* t
   if (loader.HadError()) Log().Format(1, "      kvPicBox::CopyImage(): image loader has error");
   IKvStorage* const storage = target.external ? target.parent : target.StorageOf(picbox::kPictures);
   const std::string streamName = picbox::AddExtension(targetName, ext);
-  IKvStream* stream = file.empty() || !storage
-                          ? nullptr
-                          : storage->CreateStream(streamName.c_str(), OpenModeRewrite);
+  WrittenStream stream(file.empty() || !storage
+                           ? nullptr
+                           : storage->CreateStream(streamName.c_str(), OpenModeRewrite));
   bool isWritten = false;
   if (stream) {
     const auto count = static_cast<unsigned>(file.size());
     isWritten = stream->Write(file.data(), count) == count;
-    isWritten = CloseChecked(stream) && isWritten;
+    isWritten = CloseChecked(std::move(stream)) && isWritten;
   } else {
     Log().Format(1, "      kvPicBox::CopyImage(): failed to open dest file");
   }
@@ -243,8 +243,8 @@ void kvPicBox::TellReadOnly(const fs::path& source, const std::string& copy) {
 bool kvPicBox::CopyStream(FoundPicture& found, kvPicBox& target, const char* targetName,
                           bool newFormat, const std::string& tag) {
   const auto encoded = static_cast<std::int32_t>(found.encoded);
-  IKvStream* stream = target.OpenWritePic(targetName, tag.c_str(), newFormat, newFormat, found.kind,
-                                          found.size, encoded);
+  WrittenStream stream(target.OpenWritePic(targetName, tag.c_str(), newFormat, newFormat,
+                                           found.kind, found.size, encoded));
   if (!stream) {
     Log().Format(1, "      kvPicBox::CopyImage(): OpenWritePic failed");
     Log().Format(1, "      kvPicBox(%s)::CopyImage failed - couldn't open destination \"%s\" !",
@@ -259,7 +259,7 @@ bool kvPicBox::CopyStream(FoundPicture& found, kvPicBox& target, const char* tar
   const std::uint64_t done = picbox::CopyRest(*found.stream, *stream);
   Log().Format(kDetail, "      kvPicBox::CopyImage(): Dest image '%s.%s', %d of %d bytes written",
                targetName, tag.c_str(), static_cast<int>(done), static_cast<int>(count));
-  return CloseChecked(stream) && done == count && count > 0;
+  return CloseChecked(std::move(stream)) && done == count && count > 0;
 }
 
 bool kvPicBox::CopyNote(const char* source, kvPicBox& target, const char* targetName) {
@@ -269,10 +269,10 @@ bool kvPicBox::CopyNote(const char* source, kvPicBox& target, const char* target
   const picbox::StreamPtr note(from ? from->OpenStream(noteName.c_str(), OpenModeRead) : nullptr);
   if (!note || !to) return true;
   const std::string targetNote = picbox::CleanName(targetName) + ".inf";
-  IKvStream* copy = to->CreateStream(targetNote.c_str(), OpenModeRewrite);
+  WrittenStream copy(to->CreateStream(targetNote.c_str(), OpenModeRewrite));
   if (!copy) return false;
   const bool isWhole = picbox::CopyRest(*note, *copy) == note->GetLength();
-  return CloseChecked(copy) && isWhole;
+  return CloseChecked(std::move(copy)) && isWhole;
 }
 
 // --- into the folder of an external box

@@ -65,13 +65,42 @@ bool Fit(View picture, View mask) {
          alpha->Height() == colours->Height();
 }
 
-// Closes a stream that was written; what could not be kept is deleted.
-bool CloseOrDelete(IKvStream* stream, bool isWritten, IKvStorage& storage, const char* name) {
-  if (CloseChecked(stream) && isWritten) return true;
-  // A folder still has the file from before.
-  if (storage.GetStorageKind() != static_cast<int>(StorageKind::Folder)) {
-    storage.DeleteStream(name);
+// What a stream throws while it is written is a failed write; a file that is locked, and a lack of
+// memory, the caller hears of.
+template <class Result, class Body>
+Result Written(Result failure, Body body) {
+  try {
+    return body();
+  } catch (const KvFileException&) {
+    throw;
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (CKvError* error) {
+    delete error;
+  } catch (CStorageFileError* error) {
+    delete error;
+  } catch (...) {
   }
+  return failure;
+}
+
+// Writes a new stream and closes it; what could not be kept is deleted. A folder still has the file
+// from before.
+template <class Body>
+bool WriteStream(WrittenStream stream, IKvStorage& storage, const std::string& name, Body body) {
+  const auto drop = [&] {
+    if (storage.GetStorageKind() == static_cast<int>(StorageKind::Folder)) return;
+    storage.DeleteStream(name.c_str());
+  };
+  try {
+    const bool isWritten = Written(false, [&] { return body(*stream); });
+    if (CloseChecked(std::move(stream)) && isWritten) return true;
+  } catch (...) {
+    stream.reset();
+    drop();
+    throw;
+  }
+  drop();
   return false;
 }
 
@@ -105,8 +134,10 @@ unsigned kvPicBox::AddFile(const char* pictureName, View picture, View mask, std
   }
   if (replace) Delete(pictureName);
   const bool savesNative = asNative || (mask.empty() && encode);
-  const unsigned stored = savesNative ? SaveNative(pictureName, picture, mask)
-                                      : SaveNew(pictureName, picture, mask, x, y, encode);
+  const unsigned stored = Written(0u, [&] {
+    return savesNative ? SaveNative(pictureName, picture, mask)
+                       : SaveNew(pictureName, picture, mask, x, y, encode);
+  });
   if (stored == 0) {
     failed = true;
     Log().Format(1, "PicBox AddFile Error on %s", pictureName);
@@ -128,10 +159,10 @@ unsigned kvPicBox::SaveNative(const char* pictureName, View picture, View mask) 
   if (file.empty()) return 0;
   const std::string streamName = picbox::CleanName(pictureName) + picbox::SuffixOfType(type);
   IKvStorage& pictures = *storages[picbox::kPictures];
-  IKvStream* stream = pictures.CreateStream(streamName.c_str(), OpenModeRewrite);
+  WrittenStream stream(pictures.CreateStream(streamName.c_str(), OpenModeRewrite));
   if (!stream) return 0;
-  const bool isWritten = WriteAll(*stream, file);
-  const bool isKept = CloseOrDelete(stream, isWritten, pictures, streamName.c_str());
+  const bool isKept = WriteStream(std::move(stream), pictures, streamName,
+                                  [&](IKvWrite& target) { return WriteAll(target, file); });
   return isKept ? static_cast<unsigned>(file.size()) : 0;
 }
 
@@ -150,16 +181,17 @@ unsigned kvPicBox::SaveNew(const char* pictureName, View picture, View mask, std
   }
   const std::string streamName = picbox::CleanName(pictureName);
   IKvStorage& pictures = *storages[picbox::kPictures];
-  IKvStream* stream = pictures.CreateStream(streamName.c_str(), OpenModeRewrite);
+  WrittenStream stream(pictures.CreateStream(streamName.c_str(), OpenModeRewrite));
   if (!stream) return 0;
   const int kind = alpha.empty() ? picbox::kPictureAlone : picbox::kPictureAndMask;
-  const bool isWritten =
-      WriteAll(*stream, picbox::TagHead(kind, "JPG")) &&
-      WriteAll(*stream,
-               picbox::SizeHead(encode ? 1 : 0, static_cast<std::uint32_t>(file.size()))) &&
-      (file.empty() || WriteAll(*stream, file)) &&
-      WriteBody(*stream, x, y, encode ? View() : bitmap, alpha);
-  if (!CloseOrDelete(stream, isWritten, pictures, streamName.c_str())) return 0;
+  const bool isKept = WriteStream(std::move(stream), pictures, streamName, [&](IKvWrite& target) {
+    return WriteAll(target, picbox::TagHead(kind, "JPG")) &&
+           WriteAll(target,
+                    picbox::SizeHead(encode ? 1 : 0, static_cast<std::uint32_t>(file.size()))) &&
+           (file.empty() || WriteAll(target, file)) &&
+           WriteBody(target, x, y, encode ? View() : bitmap, alpha);
+  });
+  if (!isKept) return 0;
   return static_cast<unsigned>(bitmap.size() + alpha.size() + file.size());
 }
 
@@ -177,11 +209,12 @@ IKvStream* kvPicBox::OpenWritePic(const char* pictureName, const char* ext, bool
     }
   }
   if (newFormat) {
-    if (IKvStream* stream = pictures->OpenStream(clean.c_str(), OpenModeReadWrite)) {
+    WrittenStream stream(pictures->OpenStream(clean.c_str(), OpenModeReadWrite));
+    if (stream) {
       stream->SetLength(0);
       WriteAll(*stream, picbox::TagHead(kind, ext ? ext : ""));
       WriteAll(*stream, picbox::SizeHead(encoded, size));
-      return stream;
+      return stream.release();
     }
   }
   return OpenOld(clean, kind, size, encoded);
@@ -192,32 +225,50 @@ IKvStream* kvPicBox::OpenOld(const std::string& clean, int kind, std::uint32_t s
   constexpr Place kPlaces[] = {picbox::kPicMask, picbox::kOnlyPic, picbox::kOnlyMask};
   if (kind < picbox::kPictureAndMask || kind > picbox::kMaskAlone) return nullptr;
   IKvStorage* storage = storages[kPlaces[kind - picbox::kPictureAndMask]];
-  IKvStream* stream = storage ? storage->OpenStream(clean.c_str(), OpenModeReadWrite) : nullptr;
+  WrittenStream stream(storage ? storage->OpenStream(clean.c_str(), OpenModeReadWrite) : nullptr);
   if (!stream) return nullptr;
   stream->SetLength(0);
   WriteAll(*stream, picbox::SizeHead(encoded, size));
-  return stream;
+  return stream.release();
 }
 
 bool kvPicBox::AddFileStream(const char* pictureName, const char* ext, KvFile& file, bool asNative,
                              Bytes* kept) {
-  const std::uint64_t length = file.GetLength();
   if (kept) kept->clear();
   const std::string tag = ext ? ext : "";
-  IKvStream* stream = length > 0xFFFFFFFF ? nullptr
-                                          : OpenWritePic(pictureName, tag.c_str(), asNative,
-                                                         asNative, picbox::KindOfTag(tag),
-                                                         static_cast<std::uint32_t>(length), 1);
-  if (!stream) {
-    Log().Format(1, "PicBox AddFile: Unable to open stream for %s (%s); length %d", pictureName,
-                 tag.c_str(), static_cast<int>(length));
-    return false;
+  std::uint64_t done = 0;
+  try {
+    const std::optional<bool> isStored = Written(std::optional<bool>(false), [&] {
+      return StoreFile(pictureName, tag, file, asNative, kept, done);
+    });
+    if (!isStored) {
+      Log().Format(1, "PicBox AddFile: Unable to open stream for %s (%s); length %d", pictureName,
+                   tag.c_str(), static_cast<int>(file.GetLength()));
+      return false;
+    }
+    if (*isStored) return true;
+    Log().Format(1, "PicBox AddFile Error on %s, Trace=%d", pictureName, static_cast<int>(done));
+  } catch (const KvFileException& error) {
+    Log().Format(1, "PicBox AddFile Error on %s - cause=%d, IOsError=%d, Trace=%d ", pictureName,
+                 static_cast<int>(error.Cause()), error.SystemError(), static_cast<int>(done));
   }
+  failed = true;
+  return false;
+}
+
+// Nothing when there is no stream to write to. `done` counts the bytes of the file.
+std::optional<bool> kvPicBox::StoreFile(const char* pictureName, const std::string& tag,
+                                        KvFile& file, bool asNative, Bytes* kept,
+                                        std::uint64_t& done) {
+  const std::uint64_t length = file.GetLength();
+  if (length > 0xFFFFFFFF) return std::nullopt;
+  WrittenStream stream(OpenWritePic(pictureName, tag.c_str(), asNative, asNative,
+                                    picbox::KindOfTag(tag), static_cast<std::uint32_t>(length), 1));
+  if (!stream) return std::nullopt;
   const auto block = static_cast<unsigned>(std::min<std::uint64_t>(length, kCopyBlock));
   Bytes bytes(block);
   Log().Format(5, "PicBox AddFile: copying %d bytes file...", static_cast<int>(length));
   bool isWritten = true;
-  std::uint64_t done = 0;
   file.Seek(0, 0);
   while (isWritten && done < length) {
     const unsigned got = file.Read(bytes.data(), block);
@@ -226,11 +277,7 @@ bool kvPicBox::AddFileStream(const char* pictureName, const char* ext, KvFile& f
   }
   Log().Format(5, "PicBox AddFile: copying done.");
   if (isWritten && !(asNative && native)) isWritten = WriteBody(*stream, 0, 0, {}, {});
-  if (!CloseChecked(stream) || !isWritten) {
-    failed = true;
-    Log().Format(1, "PicBox AddFile Error on %s, Trace=%d", pictureName, static_cast<int>(done));
-    return false;
-  }
+  if (!CloseChecked(std::move(stream)) || !isWritten) return false;
   if (kept && length <= kCopyBlock) *kept = std::move(bytes);
   return true;
 }
@@ -258,12 +305,14 @@ bool kvPicBox::WriteImageInfo(const char* pictureName, const char* text, void* b
   bytes.insert(bytes.end(), info, info + kBlockBytes);
 
   const std::string streamName = clean + ".inf";
-  IKvStream* stream = pictures->OpenStream(streamName.c_str(), OpenModeReadWrite);
-  if (!stream) return false;
-  stream->Seek(0, 0);
-  stream->SetLength(0);
-  const bool isWritten = WriteAll(*stream, bytes);
-  return CloseChecked(stream) && isWritten;
+  return Written(false, [&] {
+    WrittenStream stream(pictures->OpenStream(streamName.c_str(), OpenModeReadWrite));
+    if (!stream) return false;
+    stream->Seek(0, 0);
+    stream->SetLength(0);
+    const bool isWritten = WriteAll(*stream, bytes);
+    return CloseChecked(std::move(stream)) && isWritten;
+  });
 }
 
 // --- deleting and renaming
