@@ -131,7 +131,7 @@ TEST(CompressedStreams, PassOnWhatTheInnerStreamThrows) {
 TEST(CompressedStreams, ForgetABlockThatCouldNotBeWritten) {
   std::string block(400000, '\0');
   std::mt19937 random(3);
-  for (char& byte : block) byte = static_cast<char>(random());
+  for (char& letter : block) letter = static_cast<char>(random());
   OnceFailingTarget target;
   {
     KvZlibWrite writer(&target);
