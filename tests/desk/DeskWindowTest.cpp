@@ -358,7 +358,8 @@ TEST_F(Desk, IsAsItsSheetSays) {
   const auto look = [&](const char* state) {
     EXPECT_TRUE(Await([&] { return window->Work().Renderer().IsIdle(); }));
     backend.Pump(false);
-    sheet += std::string("--- ") + state + "\n" + testing_support::Drawn(*native, &known);
+    sheet += std::string("--- ") + state + "\n" +
+             testing_support::Drawn(*native, &known, host::Utf8Of(folder.Path()));
   };
   look("empty");
   ASSERT_TRUE(OpenPicture());
@@ -381,6 +382,9 @@ TEST_F(Desk, IsAsItsSheetSays) {
   look("split, at 100 %");
   DragTo("Border", {3, 100}, {43, 60});
   look("a border moved");
+  native->Wheel(Canvas("Filters"), -100);
+  look("the filters scrolled to their end");
+  native->Wheel(Canvas("Filters"), 100);
   native->ChooseMenu({"View", "Mask"});
   native->ChooseMenu({"View", "Zoom in"});
   native->ChooseMenu({"View", "Zoom in"});
@@ -401,9 +405,11 @@ TEST_F(Desk, IsAsItsSheetSays) {
   native->Focus(Canvas("Filters"));
   for (const Key key : {Key::Down, Key::Down, Key::Enter, Key::Up}) native->Press(key);
   look("by keys");
-  for (std::size_t at; (at = sheet.find(host::Utf8Of(folder.Path()))) != sheet.npos;) {
-    sheet.replace(at, host::Utf8Of(folder.Path()).size(), "FOLDER");
-  }
+  native->ChooseMenu({"View", "Messages..."});
+  sheet += "--- a message\n" + testing_support::Drawn(*backend.LastWindow());
+  native->ChooseMenu({"File", "Batch..."});
+  sheet += "--- a batch\n" +
+           testing_support::Drawn(*backend.LastWindow(), nullptr, host::Utf8Of(folder.Path()));
   testing_support::ExpectSheet(sheet, FXBOX_SOURCE "/tests/desk/window.txt");
 }
 
@@ -413,10 +419,22 @@ TEST_F(Desk, CropsByHandlesInThePicture) {
   ASSERT_TRUE(Await([&] { return window->Work().Renderer().IsIdle(); }));
   const Rect view = native->At(Canvas("Picture")).place;
   const int left = (view.width - 320) / 2, top = (view.height - 200) / 2;
-  DragTo("Picture", {left, top + 100}, {left + 80, top + 100});
-  const auto frame = desk::CropOf(window->Work().Chain().Items()[0].parameters);
-  EXPECT_NEAR(frame.left, 0.25, 0.01);
-  EXPECT_EQ(frame.right, 1);
+  const struct {
+    Point from, to;  // in the picture
+    double left, right, bottom, top;
+  } drags[] = {
+      {{0, 100}, {80, 100}, 0.25, 1, 0, 1},          {{320, 100}, {304, 100}, 0.25, 0.95, 0, 1},
+      {{160, 200}, {160, 150}, 0.25, 0.95, 0.25, 1}, {{160, 0}, {160, 20}, 0.25, 0.95, 0.25, 0.9},
+      {{160, 80}, {176, 100}, 0.3, 1, 0.15, 0.8},    {{96, 40}, {80, 20}, 0.25, 1, 0.15, 0.9},
+      {{20, 20}, {60, 60}, 0.25, 1, 0.15, 0.9}};  // beside it
+  for (const auto& d : drags) {
+    DragTo("Picture", {left + d.from.x, top + d.from.y}, {left + d.to.x, top + d.to.y});
+    const auto frame = desk::CropOf(window->Work().Chain().Items()[0].parameters);
+    EXPECT_NEAR(frame.left, d.left, 0.01) << d.from.x;
+    EXPECT_NEAR(frame.right, d.right, 0.01) << d.from.x;
+    EXPECT_NEAR(frame.bottom, d.bottom, 0.01) << d.from.y;
+    EXPECT_NEAR(frame.top, d.top, 0.01) << d.from.y;
+  }
   window->Work().Chain().Select({});
   ASSERT_TRUE(Await([&] {
     return window->Work().Shown().after && window->Work().Shown().after->Width() == 240;

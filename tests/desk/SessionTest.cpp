@@ -343,6 +343,14 @@ TEST_F(DeskSession, KeepsChainsInBoxes) {
     EXPECT_THAT(session->Messages(), IsEmpty());
   }
   EXPECT_FALSE(fs::exists(folder / "shots.box-eins.chain"));
+  // As long as a name in a box may be.
+  program::AddRequest request;
+  request.box = host::Utf8Of(folder / "shots.box");
+  request.files = {file};
+  request.name = std::string(31, 'n');
+  ASSERT_EQ(program::AddToBox(request), 0);
+  desk::WriteBoxChain(request.box + "::" + *request.name, "long");
+  EXPECT_EQ(desk::ReadBoxChain(request.box + "::" + *request.name), "long");
   EXPECT_THROW(desk::WriteBoxChain(host::Utf8Of(folder / "shots.box") + "::drei", ""),
                program::FileError);
 }

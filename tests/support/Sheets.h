@@ -31,14 +31,22 @@ inline std::string Drawn(toolkit::FakeWindow& window, toolkit::ControlId id) {
 }
 
 // All of a window. With `known` those controls alone that are not as they were there, where they
-// are noted then.
-inline std::string Drawn(toolkit::FakeWindow& window, std::set<std::string>* known = nullptr) {
-  std::string lines = window.title + " " + std::to_string(window.client.width) + "x" +
-                      std::to_string(window.client.height) + "\n";
+// are noted then. For `folder`, which has another name in each run, stands "FOLDER".
+inline std::string Drawn(toolkit::FakeWindow& window, std::set<std::string>* known = nullptr,
+                         const std::string& folder = "") {
+  const auto nameless = [&folder](std::string text) {
+    for (std::size_t at; !folder.empty() && (at = text.find(folder)) != text.npos;) {
+      text.replace(at, folder.size(), "FOLDER");
+    }
+    return text;
+  };
+  const std::string title = nameless(window.title) + " " + std::to_string(window.client.width) +
+                            "x" + std::to_string(window.client.height) + "\n";
+  std::string lines;
   std::set<std::string> now;
   for (toolkit::ControlId id = 1; id <= window.ControlCount(); ++id) {
     if (!window.At(id).isVisible) continue;
-    const std::string words = Drawn(window, id);
+    const std::string words = nameless(Drawn(window, id));
     now.insert(words);
     if (!known || known->count(words) == 0) lines += " ; " + words;
   }
@@ -51,7 +59,7 @@ inline std::string Drawn(toolkit::FakeWindow& window, std::set<std::string>* kno
     wrapped += lines.substr(from, end - from);
     from = end;
   }
-  return wrapped + "\n";
+  return title + wrapped + "\n";
 }
 
 // Compares with a sheet that was read through. Where it differs, the new one is written to the
