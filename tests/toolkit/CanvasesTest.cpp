@@ -183,13 +183,15 @@ TEST_F(Crops, DragsMoveEdgesAndTheWhole) {
   Expect(0.25, 1, 0, 0.75);
   Drag(view->Id(), {130, 70}, {110, 60});
   Expect(0.15, 0.9, 0.1, 0.85);
-  Drag(view->Id(), {130, 70}, {0, 400});
+  Drag(view->Id(), {130, 70}, {0, -400});
+  Expect(0, 0.75, 0.25, 1);
+  Drag(view->Id(), {60, 60}, {60, 400});
   Expect(0, 0.75, 0, 0.75);
   Drag(view->Id(), {156, 60}, {-900, 60});
   Expect(0, 0.01, 0, 0.75);
-  EXPECT_EQ(changes, 4);
+  EXPECT_EQ(changes, 5);
   Drag(view->Id(), {180, 20}, {100, 20});
-  EXPECT_EQ(changes, 4) << "outside nothing is held";
+  EXPECT_EQ(changes, 5) << "outside nothing is held";
 }
 
 TEST_F(Crops, ADragKeepsToTheRatio) {

@@ -46,6 +46,7 @@ TEST(ShownPicture, OnlyTheSeenPartCounts) {
   EXPECT_EQ(toolkit::SeenPart({-5, 3, 20, 20}, {10, 10}), (Rect{5, 0, 10, 7}));
   EXPECT_EQ(toolkit::SeenPart({12, 0, 5, 5}, {10, 10}).width, 0);
   EXPECT_EQ(toolkit::SeenPart({0, 0, -3, 5}, {10, 10}).width, 0);
+  EXPECT_EQ(toolkit::SeenPart({0, 0, 5, -3}, {10, 10}).height, 0);
   for (const toolkit::Point in : {toolkit::Point{2, 3}, {5, 3}, {2, 4}}) {
     EXPECT_TRUE((Rect{2, 3, 4, 2}).Contains(in));
   }
