@@ -157,6 +157,18 @@ TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
   EXPECT_EQ(box.box->FoundType(), imageio::kTypeJpeg);
 }
 
+TEST(PictureBox, KeepsDataInPlainFiles) {
+  Box box;
+  const std::string iptc(
+      "\x1C\x02x\0\x03"
+      "abc",
+      8);
+  box.box->SetIptcData(iptc.data(), 8);
+  EXPECT_GT(box.box->AddFile("a", Bitmap(16, 16), {}, 0, 0, true, true, false), 0u);
+  const std::string file = ReadAll(box.At(picbox::kPictures), "a.JPG");
+  EXPECT_NE(file.find(iptc), file.npos);
+}
+
 TEST(PictureBox, DecodesReducedWhereThatIsAllowed) {
   const struct {
     int width, height;  // that are preferred
@@ -350,6 +362,9 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
   std::string read(36, '\0');
   EXPECT_EQ(box.box->GetImageInfo("a", read.data()), "a text");
   EXPECT_EQ(read, block);
+  const std::string longer(70000, 'n');
+  ASSERT_TRUE(box.box->WriteImageInfo("a", longer.c_str(), nullptr));
+  EXPECT_EQ(box.box->GetImageInfo("a", nullptr), longer.c_str());
   ASSERT_TRUE(box.box->WriteImageInfo("a", "b", nullptr));
   EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "a.inf").size(), 8u + 2 + 4 + 36);
   for (const std::string& broken :
@@ -548,6 +563,12 @@ TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
     return std::make_unique<kvPicBox>(platform::StoragePathOf(path).c_str(), true, false, true);
   };
   const auto source = open(folder.Path()), outside = open(folder / "new");
+  bool wantPicture = true, wantMask = false;
+  unsigned room = 10;
+  Bytes buffer(20, 7);
+  EXPECT_EQ(source->GetImageFileInfo("a", &wantPicture, &wantMask, &room, buffer.data()), 10u);
+  EXPECT_EQ(room, jpeg.size());
+  EXPECT_EQ(Text(buffer), jpeg.substr(0, 10) + std::string(10, 7)) << "no more than there is room";
   KvString ext = "jpg";
   for (const bool newFormat : {false, true}) {
     for (const char* name : {"a", "b"}) {
