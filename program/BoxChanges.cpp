@@ -171,6 +171,9 @@ NewPicture Prepare(const fs::path& file, const std::string& name, const AddReque
             FromMemory(picbox::NewStream(picture, mask, request.x, request.y, {}))};
   }
   if (mask.empty()) {
+    if (request.x != 0 || request.y != 0) {
+      throw FileError(where, "--at: without a mask it becomes a plain file, which has no position");
+    }
     PictureBytes jpeg = loader.Type() == imageio::kTypeJpeg
                             ? bytes
                             : SaveAs(imageio::kTypeJpeg, picture, {}, loader.FileMetadata(), where);

@@ -136,6 +136,8 @@ END
     run 0 box list $other
     [ "$(wc -l <stdout)" -eq 6 ] || fail "another picture is left"
   done
+  run 1 box add shots.box photo.jpg --name placed --encoded --at 5,-6
+  grep -q "no position" stderr || fail "the lost position is not told"
   printf short >block
   run 1 box note shots.box 'alpha.pam --native' x --block block
   error_has "a block has 36 bytes"

@@ -39,6 +39,7 @@ const FilterClass kPrintPadClass = {.sortKey = 3,
                                     .iconName = "icons_passpartout",
                                     .nameKey = "PrintPad",
                                     .gloss = "Pad to a paper ratio",
+                                    .example = "AspectRatioX=1,AspectRatioY=1,ForceRatio=1",
                                     .make = MakeFilter<CPrintPadFilter>,
                                     .describe = CPrintPadFilter::Describe};
 
