@@ -49,12 +49,12 @@ struct LetteringRow {
   }
 };
 
-// The rows of a struct that is LetteringParameters under the name of its class.
+// What both classes have: how letters look, and where they stand.
 template <class P>
-std::vector<ParameterRow<P>> LetteringRows(bool isWatermark) {
+std::vector<ParameterRow<P>> LetterRows() {
   constexpr LetteringRow<P> row;
   using L = LetteringParameters;
-  std::vector<ParameterRow<P>> rows = {
+  return {
       row("Bold", "Bold=%.1d", &L::bold, {.gloss = "bold letters"}),
       row("Italic", ",Italic=%.1d", &L::italic, {.gloss = "slanted letters"}),
       row("Size", ",Size=%.3d", &L::size,
@@ -77,6 +77,14 @@ std::vector<ParameterRow<P>> LetteringRows(bool isWatermark) {
       row("Red2", ",Red2=%.3d", &L::red2, {.greatest = 255, .gloss = "red of the line"}),
       row("Green2", ",Green2=%.3d", &L::green2, {.greatest = 255, .gloss = "green of the line"}),
       row("Blue2", ",Blue2=%.3d", &L::blue2, {.greatest = 255, .gloss = "blue of the line"})};
+}
+
+// The rows of a struct that is LetteringParameters under the name of its class.
+template <class P>
+std::vector<ParameterRow<P>> LetteringRows(bool isWatermark) {
+  constexpr LetteringRow<P> row;
+  using L = LetteringParameters;
+  std::vector<ParameterRow<P>> rows = LetterRows<P>();
   if (isWatermark) {
     rows.push_back(row("Tile", ",Tile=%.1d", &L::tile, {.gloss = "repeated over the picture"}));
     rows.push_back(row(

@@ -4,6 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
 
+unset CMAKE_C_COMPILER_LAUNCHER CMAKE_CXX_COMPILER_LAUNCHER # of this machine alone
 packages="$(cd "${1:-$project/build/packages}" && pwd)"
 [ "$(id -u)" = 0 ] || die "run as root: a system is unpacked and entered"
 folder="$(mktemp -d)"
