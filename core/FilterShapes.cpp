@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/Arithmetic.h"
+#include "base/Prefetch.h"
 
 namespace {
 
@@ -25,17 +26,6 @@ void CutAxis(int& dest, int& src, int& length, int size) {
   length = static_cast<int>(std::max<std::int64_t>(0, end - first));
 }
 
-constexpr int kForReading = 0;
-constexpr int kForWriting = 1;
-template <int kUse>
-void Announce(const BYTE* row, std::size_t bytes) {
-  constexpr std::size_t kCacheLine = 64;
-  for (std::size_t at = 0; at < bytes; at += kCacheLine) {
-    __builtin_prefetch(row + at, kUse);
-    asm volatile("");  // without it the compiler takes the loop for empty
-  }
-}
-
 }  // namespace
 
 PullRectangle PullRectangle::CutTo(int pictureWidth, int pictureHeight) const {
@@ -53,16 +43,16 @@ void PullRectangle::CopyLent(int i, const base::RowWriter& writer) const {
 void PullRectangle::AnnounceNext(int i) const {
   constexpr std::size_t kFront = 3072;
   const std::size_t colours = std::min(base::ColourBytes(width), kFront);
-  if (colourRows) Announce<kForWriting>(Colour(i), colours);
+  if (colourRows) base::Announce<base::kForWriting>(Colour(i), colours);
   if (!lent.colour) return;
   const std::size_t masks = std::min(static_cast<std::size_t>(width), kFront);
-  Announce<kForReading>(lent.colour[i], colours);
-  Announce<kForReading>(lent.mask[i], masks);
-  Announce<kForWriting>(Mask(i), masks);
+  base::Announce<base::kForReading>(lent.colour[i], colours);
+  base::Announce<base::kForReading>(lent.mask[i], masks);
+  base::Announce<base::kForWriting>(Mask(i), masks);
 }
 
 void PullRectangle::AnnounceMask(int i) const {
-  if (maskRows) Announce<kForWriting>(Mask(i), static_cast<std::size_t>(width));
+  if (maskRows) base::Announce<base::kForWriting>(Mask(i), static_cast<std::size_t>(width));
 }
 
 bool InPlaceFilter::BorrowWhole(PullRectangle& rows) {
@@ -385,6 +375,20 @@ bool WholePictureFilter::BorrowInput() {
   if (givenIsLent) given = borrowed.Rows();
   isGivenWhole = givenIsLent;
   return givenIsLent;
+}
+
+bool WholePictureFilter::OpenLent() {
+  isOpen = MemoryPicture::CanHold(result.width, result.height) && BorrowInput();
+  if (isOpen) outputPicture.reset();
+  return isOpen;
+}
+
+bool WholePictureFilter::PullPart(const Placed& part) {
+  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
+  const bool isClear = Clear(*outputPicture);
+  source->ReadRows(part.x, part.y, part.sourceX, part.sourceY, part.width, part.height,
+                   outputPicture->ColourRows(), outputPicture->MaskRows());
+  return isClear;
 }
 
 void WholePictureFilter::PlaceGiven(const Placed& part, int y, BYTE* colour, BYTE* mask,

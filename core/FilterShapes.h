@@ -245,12 +245,17 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
 
   // Has the source lend its picture for `given`. False when it does not.
   bool BorrowInput();
-  // A part of `given` in the result: `width` pixels of `height` rows from (sourceX, sourceY) on lie
-  // at (x, y), all of them in both. A width or height below 1 is no part.
+  // The same where all rows can be computed from it as they are asked for: `isOpen` then.
+  bool OpenLent();
+  // A part of the source's picture in the result: `width` pixels of `height` rows from (sourceX,
+  // sourceY) on lie at (x, y), all of them in both. A width or height below 1 is no part.
   struct Placed {
     int x, y, sourceX, sourceY, width, height;
   };
-  // Fills row y of the result, with nothing around the part. Colours may be null.
+  // Pulls it into `outputPicture`, which gets the result's size and is cleared before. What the
+  // source answers does not count. False without memory, or when an abort stopped the clearing.
+  bool PullPart(const Placed& part);
+  // Fills row y of the result from `given`, with nothing around the part. Colours may be null.
   void PlaceGiven(const Placed& part, int y, BYTE* colour, BYTE* mask,
                   const base::RowWriter& writer) const;
   // Clears `picture`, then pulls the source's whole input into it with one call, its corner at (x,

@@ -214,7 +214,7 @@ bool kvPicBox::CopyInto(FoundPicture& found, kvPicBox& target, const char* targe
     Log().Format(kDetail, "      kvPicBox::CopyImage(): do not copy");
     return CopyStream(found, target, targetName, newFormat, tag);
   }
-  for (int told = 0; told < 2; ++told) {
+  for (int told = 0; told < 2; ++told) {  // as readers of logs know it
     Log().Format(kDetail, "      kvPicBox::CopyImage(): do copy");
   }
   const fs::path from = OnDisk(found.fullName);

@@ -148,24 +148,21 @@ void CPasspartoutFilter::TakeParameters() {
 bool CPasspartoutFilter::Rebuild() {
   glaze =
       kernels::BuildGlazeTables({painted.blue, painted.green, painted.red}, painted.transparency);
-  isOpen = MemoryPicture::CanHold(result.width, result.height) && BorrowInput();
-  isPaintedLate = !isOpen;
-  if (isOpen) {
-    outputPicture.reset();
-    return !abort;
+  isPaintedLate = !OpenLent();
+  if (isPaintedLate) {
+    if (!PullPart(Part())) return false;
+    canvas = outputPicture->Rows();
   }
-  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
-  canvas = outputPicture->Rows();
-  const bool isClear = Clear(*outputPicture);
-  source->ReadRows(layout.x.place, layout.y.place, layout.x.source, layout.y.source,
-                   layout.x.length, layout.y.length, outputPicture->ColourRows(),
-                   outputPicture->MaskRows());
-  return isClear && !abort;
+  return !abort;
+}
+
+CPasspartoutFilter::Placed CPasspartoutFilter::Part() const {
+  return {layout.x.place,  layout.y.place,  layout.x.source,
+          layout.y.source, layout.x.length, layout.y.length};
 }
 
 bool CPasspartoutFilter::ComputeRows(const base::WritableRows& to) {
-  const Placed part{layout.x.place,  layout.y.place,  layout.x.source,
-                    layout.y.source, layout.x.length, layout.y.length};
+  const Placed part = Part();
   canvas = to;
   return ForRows(0, result.height, [&](int y) {
     const base::RowWriter writer(0);  // what is painted on stays in the cache

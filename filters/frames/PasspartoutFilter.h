@@ -67,6 +67,7 @@ class CPasspartoutFilter final : public ParameterFilter<WholePictureFilter, Pass
   static Layout LayOut(const PasspartoutParameters& parameters, const PictureInfo& picture);
   void TakeParameters() override;
   bool Rebuild() override;
+  Placed Part() const;
   bool ComputeRows(const base::WritableRows& to) override;
   void FinishRow(int y) override;
   void PaintRow(int y);

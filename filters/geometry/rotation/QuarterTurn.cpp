@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/Prefetch.h"
+
 namespace kernels {
 namespace {
 
@@ -16,16 +18,10 @@ const Backwards& BackwardsOf(int quarterTurns, bool mirror) {
   return (mirror ? kMirrored : kPlain)[quarterTurns];
 }
 
-// Short pieces of many rows are fetched ahead of their use: the processor foresees long rows only.
-constexpr int kForReading = 0;
-constexpr int kForWriting = 1;
+// Short pieces of many rows: the processor foresees long rows only.
 template <int kUse>
 inline void Announce(const std::uint8_t* at, int bytes) {
-  constexpr int kCacheLine = 64;
-  for (int i = 0; i < bytes; i += kCacheLine) {
-    __builtin_prefetch(at + i, kUse);
-    asm volatile("");  // without it the compiler takes the loop for empty
-  }
+  base::Announce<kUse>(at, static_cast<std::size_t>(bytes));
 }
 
 }  // namespace
@@ -105,8 +101,8 @@ void QuarterTurn::ReadUprightTile(int x, int column, int width, int height, Quad
                  upright + i * kBandRows, height);
     const int ahead = isBackwardsX ? row - kUprightRows : row + kUprightRows;
     if (ahead < 0 || ahead >= picture.height) continue;
-    Announce<kForReading>(picture.colour[ahead] + 3 * std::ptrdiff_t{column}, 3 * height);
-    Announce<kForReading>(picture.mask[ahead] + column, height);
+    Announce<base::kForReading>(picture.colour[ahead] + 3 * std::ptrdiff_t{column}, 3 * height);
+    Announce<base::kForReading>(picture.mask[ahead] + column, height);
   }
 }
 
@@ -116,8 +112,8 @@ void QuarterTurn::SplitTile(const Quad* tile, int x, int y, int width, int heigh
     kernels.split(tile + i * kColumns, to.colour[y + i] + 3 * std::ptrdiff_t{x}, to.mask[y + i] + x,
                   width);
     if (i + 1 == height) break;
-    Announce<kForWriting>(to.colour[y + i + 1] + 3 * std::ptrdiff_t{x}, 3 * width);
-    Announce<kForWriting>(to.mask[y + i + 1] + x, width);
+    Announce<base::kForWriting>(to.colour[y + i + 1] + 3 * std::ptrdiff_t{x}, 3 * width);
+    Announce<base::kForWriting>(to.mask[y + i + 1] + x, width);
   }
 }
 

@@ -112,16 +112,8 @@ bool CPrintPadFilter::Rebuild() {
   const Overlap y(pulled.height, result.height,
                   used.bottomAlign ? 0 : (result.height - pulled.height) / 2);
   part = {x.paper, y.paper, x.source, y.source, x.length, y.length};
-  isOpen = MemoryPicture::CanHold(result.width, result.height) && BorrowInput();
-  if (isOpen) {
-    outputPicture.reset();
-    return !abort;
-  }
-  if (!EnsurePictures(0, 0, result.width, result.height)) return false;
-  const bool isClear = Clear(*outputPicture);
-  source->ReadRows(part.x, part.y, part.sourceX, part.sourceY, part.width, part.height,
-                   outputPicture->ColourRows(), outputPicture->MaskRows());
-  return isClear && ForRows(0, result.height, [&](int row) {
+  if (OpenLent()) return !abort;
+  return PullPart(part) && ForRows(0, result.height, [&](int row) {
            PadRow(outputPicture->ColourRows()[row], outputPicture->MaskRows()[row]);
          });
 }
