@@ -9,10 +9,10 @@
 #include <array>
 #include <climits>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <random>
 #include <vector>
+
+#include "tests/platform/Support.h"
 
 #ifdef _WIN32
 #include <wingdi.h>
@@ -22,18 +22,24 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 using Colour = std::array<std::uint8_t, 3>;  // blue, green, red
+using Pixels = std::vector<Colour>;          // from the top left corner
+using Colours = std::vector<std::uint32_t>;  // 0xRRGGBB
 
-void Put(Bytes& bytes, std::int64_t value, int count) {
-  for (int i = 0; i < count; ++i) {
-    bytes.push_back(static_cast<std::uint8_t>(static_cast<std::uint64_t>(value) >> 8 * i));
+void Put(Bytes& bytes, int count, std::initializer_list<std::int64_t> values) {
+  for (const std::int64_t value : values) {
+    for (int i = 0; i < count; ++i) bytes.push_back(static_cast<std::uint8_t>(value >> 8 * i));
   }
 }
 
 std::uint32_t Get(const Bytes& bytes, std::size_t at, int count) {
   std::uint32_t value = 0;
-  for (int i = count - 1; i >= 0; --i)
-    value = value << 8 | bytes.at(at + static_cast<std::size_t>(i));
+  while (--count >= 0) value = value << 8 | bytes.at(at + static_cast<std::size_t>(count));
   return value;
+}
+
+Colour ColourOf(std::uint32_t rgb) {
+  return {static_cast<std::uint8_t>(rgb), static_cast<std::uint8_t>(rgb >> 8),
+          static_cast<std::uint8_t>(rgb >> 16)};
 }
 
 // A bitmap in the caller's hands.
@@ -68,48 +74,47 @@ class Dib {
 struct Shape {
   int bits;
   int width, height;
-  std::vector<std::uint32_t> colours;  // 0xRRGGBB
+  Colours colours = {};
   int compression = 0;
-  std::vector<std::uint32_t> fields = {};
+  Colours fields = {};
+
+  std::size_t Stride() const {
+    return static_cast<std::size_t>((width * std::abs(bits) + 31) / 32 * 4);
+  }
+  std::size_t Rows() const { return Stride() * static_cast<std::size_t>(std::abs(height)); }
+  std::string Name() const {
+    return std::to_string(bits) + " bits, " + std::to_string(width) + "x" + std::to_string(height) +
+           ", " + std::to_string(colours.size()) + " colours";
+  }
 };
 
 Bytes HeadOf(const Shape& shape) {
   Bytes dib;
-  for (const std::int64_t field : {40, shape.width, shape.height}) Put(dib, field, 4);
-  Put(dib, 1, 2);
-  Put(dib, shape.bits, 2);
-  Put(dib, shape.compression, 4);
-  for (const std::int64_t field : {0, 0, 0}) Put(dib, field, 4);
-  Put(dib, static_cast<std::int64_t>(shape.colours.size()), 4);
-  Put(dib, 0, 4);
-  for (const std::uint32_t field : shape.fields) Put(dib, field, 4);
-  for (const std::uint32_t colour : shape.colours) Put(dib, colour, 4);
+  Put(dib, 4, {40, shape.width, shape.height});
+  Put(dib, 2, {1, shape.bits});
+  Put(dib, 4, {shape.compression, 0, 0, 0, static_cast<std::int64_t>(shape.colours.size()), 0});
+  for (const Colours& entries : {shape.fields, shape.colours}) {
+    for (const std::uint32_t entry : entries) Put(dib, 4, {entry});
+  }
   return dib;
-}
-
-int StrideOf(const Shape& shape) {
-  return (shape.width * std::abs(shape.bits) + 31) / 32 * 4;
 }
 
 // Random rows behind the head.
 Bytes RandomDib(const Shape& shape, unsigned seed) {
   Bytes dib = HeadOf(shape);
   std::mt19937 random(seed);
-  for (int i = 0; i < StrideOf(shape) * std::abs(shape.height); ++i) {
-    dib.push_back(static_cast<std::uint8_t>(random()));
-  }
+  for (std::size_t i = 0; i < shape.Rows(); ++i) dib.push_back(static_cast<std::uint8_t>(random()));
   return dib;
 }
 
-std::vector<std::uint32_t> RandomColours(std::size_t count, unsigned seed) {
+Colours RandomColours(std::size_t count, unsigned seed) {
   std::mt19937 random(seed);
-  std::vector<std::uint32_t> colours;
-  for (std::size_t i = 0; i < count; ++i) colours.push_back(random() & 0xFFFFFF);
+  Colours colours(count);
+  for (std::uint32_t& colour : colours) colour = random() & 0xFFFFFF;
   return colours;
 }
 
 std::uint8_t FieldOf(std::uint32_t pixel, std::uint32_t mask) {
-  if (mask == 0) return 0;
   std::uint64_t value = pixel & mask;
   std::uint64_t most = mask;
   while ((most & 1) == 0) most >>= 1, value >>= 1;
@@ -118,31 +123,35 @@ std::uint8_t FieldOf(std::uint32_t pixel, std::uint32_t mask) {
 
 // The pixel at a place that counts from the top left corner.
 Colour ModelPixel(const Shape& shape, const Bytes& dib, int x, int y) {
-  const std::size_t rowsAt = 40 + 4 * shape.fields.size() + 4 * shape.colours.size();
-  const int stored = shape.height < 0 ? y : shape.height - 1 - y;
-  const std::size_t row = rowsAt + static_cast<std::size_t>(stored * StrideOf(shape));
+  const std::size_t stored = static_cast<std::size_t>(shape.height < 0 ? y : shape.height - 1 - y);
   const int bits = std::abs(shape.bits);
-  const std::size_t at = row + static_cast<std::size_t>(x * bits / 8);
-  if (bits == 24) return {dib.at(at), dib.at(at + 1), dib.at(at + 2)};
+  const std::size_t at =
+      dib.size() - shape.Rows() + stored * shape.Stride() + static_cast<std::size_t>(x * bits / 8);
+  if (bits == 24) return ColourOf(Get(dib, at, 3));
   if (bits > 8) {
     const std::uint32_t pixel = Get(dib, at, bits / 8);
-    const std::vector<std::uint32_t> usual =
-        bits == 16 ? std::vector<std::uint32_t>{0x7C00, 0x3E0, 0x1F}
-                   : std::vector<std::uint32_t>{0xFF0000, 0xFF00, 0xFF};
-    const auto& fields = shape.fields.empty() ? usual : shape.fields;
+    const Colours usual =
+        bits == 16 ? Colours{0x7C00, 0x3E0, 0x1F} : Colours{0xFF0000, 0xFF00, 0xFF};
+    const Colours& fields = shape.fields.empty() ? usual : shape.fields;
     return {FieldOf(pixel, fields[2]), FieldOf(pixel, fields[1]), FieldOf(pixel, fields[0])};
   }
   const unsigned index = dib.at(at) >> (8 - bits - x * bits % 8) & ((1u << bits) - 1);
-  const std::uint32_t rgb = shape.bits < 0                 ? index * 0x10101
-                            : index < shape.colours.size() ? shape.colours[index]
-                                                           : 0;
-  return {static_cast<std::uint8_t>(rgb), static_cast<std::uint8_t>(rgb >> 8),
-          static_cast<std::uint8_t>(rgb >> 16)};
+  if (shape.bits < 0) return ColourOf(index * 0x10101);
+  return index < Get(dib, 32, 4) ? ColourOf(Get(dib, 40 + 4 * index, 4)) : Colour{};
 }
 
-Colour PixelOf24(const Bytes& dib, int x, int y) {
-  const Shape shape{24, static_cast<int>(Get(dib, 4, 4)), static_cast<int>(Get(dib, 8, 4)), {}};
-  return ModelPixel(shape, dib, x, y);
+Pixels Model(const Shape& shape, const Bytes& dib) {
+  Pixels pixels;
+  for (int i = 0; i < shape.width * std::abs(shape.height); ++i) {
+    pixels.push_back(ModelPixel(shape, dib, i % shape.width, i / shape.width));
+  }
+  return pixels;
+}
+
+// By our own functions, which the model has seen.
+Pixels Seen(DibHandle dib) {
+  const Bytes bytes = Dib(Make24BitDib(dib)).Content();
+  return Model({24, static_cast<int>(Get(bytes, 4, 4)), static_cast<int>(Get(bytes, 8, 4))}, bytes);
 }
 
 std::vector<Shape> AllShapes() {
@@ -152,7 +161,7 @@ std::vector<Shape> AllShapes() {
       for (const int bits : {1, 4, 8}) {
         shapes.push_back({bits, width, height, RandomColours(std::size_t{1} << bits, 3)});
       }
-      for (const int bits : {-8, 16, 24, 32}) shapes.push_back({bits, width, height, {}});
+      for (const int bits : {-8, 16, 24, 32}) shapes.push_back({bits, width, height});
     }
   }
   shapes.push_back({8, 6, 4, RandomColours(17, 4)});
@@ -162,59 +171,38 @@ std::vector<Shape> AllShapes() {
   return shapes;
 }
 
-std::string NameOf(const Shape& shape) {
-  return std::to_string(shape.bits) + " bits, " + std::to_string(shape.width) + "x" +
-         std::to_string(shape.height) + ", " + std::to_string(shape.colours.size()) + " colours";
-}
-
 TEST(DibFunctions, EveryShapeIsReadAsThePlainModelReadsIt) {
   for (const Shape& shape : AllShapes()) {
-    SCOPED_TRACE(NameOf(shape));
+    SCOPED_TRACE(shape.Name());
     const Bytes bytes = RandomDib(shape, 1);
     const Dib dib(bytes);
     const Dib copy = DibReadDib(bytes.data(), bytes.size());
-    const Dib grey = GolorGray(dib);
+    const int height = std::abs(shape.height);
+    const Pixels pixels = Model(shape, bytes);
+    const Shape plain{24, shape.width, height};
     for (const Dib* from : {&dib, &copy}) {
       const Dib made = Make24BitDib(*from);
-      ASSERT_TRUE(made);
-      const Bytes content = made.Content();
-      const int height = std::abs(shape.height);
-      EXPECT_EQ(content.size(),
-                40u + static_cast<std::size_t>((shape.width * 3 + 3) / 4 * 4 * height));
-      EXPECT_EQ(DIBFileSize(made), content.size() + 14);
-      EXPECT_EQ(static_cast<int>(Get(content, 8, 4)), height);
-      for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < shape.width; ++x) {
-          const Colour colour = ModelPixel(shape, bytes, x, y);
-          ASSERT_EQ(PixelOf24(content, x, y), colour) << x << ", " << y;
-          const int expected = (77 * colour[2] + 151 * colour[1] + 28 * colour[0]) / 256;
-          const Shape greys{8, shape.width, height, std::vector<std::uint32_t>(256)};
-          const Bytes& greyBytes = grey.Content();
-          ASSERT_EQ(greyBytes.at(40 + 1024 +
-                                 static_cast<std::size_t>((height - 1 - y) * StrideOf(greys) + x)),
-                    expected);
-        }
-      }
+      ASSERT_EQ(made.Content().size(), 40 + plain.Rows());
+      EXPECT_EQ(Model(plain, made.Content()), pixels);
+      EXPECT_EQ(DIBFileSize(made), 14 + 40 + plain.Rows());
     }
+    Pixels greys;
+    for (const auto& [blue, green, red] : pixels) {
+      greys.push_back(ColourOf((77u * red + 151u * green + 28u * blue) / 256 * 0x10101));
+    }
+    EXPECT_EQ(Model({8, shape.width, height}, Dib(GolorGray(dib)).Content()), greys);
     EXPECT_EQ(DIBFileSize(dib), bytes.size() + 14);
-  }
-}
-
-TEST(DibFunctions, ReadingKeepsDepthColoursAndBits) {
-  for (const Shape& shape : AllShapes()) {
+    // The copy keeps depth, colours and fields.
     if (shape.bits == 24 && !shape.colours.empty()) continue;  // a table that nobody needs
-    SCOPED_TRACE(NameOf(shape));
-    const Bytes bytes = RandomDib(shape, 1);
-    const Bytes copy = Dib(DibReadDib(bytes.data(), bytes.size())).Content();
-    ASSERT_EQ(copy.size(), bytes.size());
-    EXPECT_EQ(static_cast<std::int16_t>(Get(copy, 14, 2)), shape.bits);
-    EXPECT_EQ(Get(copy, 16, 4), static_cast<unsigned>(shape.compression));
-    const auto height = static_cast<std::size_t>(std::abs(shape.height));
-    const auto stride = static_cast<std::size_t>(StrideOf(shape));
-    const std::size_t rowsAt = bytes.size() - stride * height;
-    EXPECT_EQ(Bytes(copy.begin() + 40, copy.begin() + static_cast<std::ptrdiff_t>(rowsAt)),
-              Bytes(bytes.begin() + 40, bytes.begin() + static_cast<std::ptrdiff_t>(rowsAt)));
-    EXPECT_EQ(Get(copy, 20, 4), stride * height);
+    Bytes head(bytes.begin(), bytes.end() - static_cast<std::ptrdiff_t>(shape.Rows()));
+    for (std::size_t i = 0; i < 4; ++i) {
+      head[8 + i] = static_cast<std::uint8_t>(height >> 8 * i);
+      head[20 + i] = static_cast<std::uint8_t>(shape.Rows() >> 8 * i);
+    }
+    Bytes kept = copy.Content();
+    ASSERT_EQ(kept.size(), bytes.size());
+    kept.resize(head.size());
+    EXPECT_EQ(kept, head);
   }
 }
 
@@ -222,8 +210,7 @@ TEST(DibFunctions, BlankBitmaps) {
   for (const int bits : {1, 4, 8, 16, 24, 32, -8}) {
     const Bytes content = Dib(DibCreate(bits, 9, 3)).Content();
     const std::size_t colours = bits > 0 && bits <= 8 ? std::size_t{1} << bits : 0;
-    const Shape shape{bits, 9, 3, {}};
-    ASSERT_EQ(content.size(), 40 + 4 * colours + static_cast<std::size_t>(3 * StrideOf(shape)));
+    ASSERT_EQ(content.size(), (40 + 4 * colours + Shape{bits, 9, 3}.Rows()));
     EXPECT_EQ(Get(content, 32, 4), colours);
     EXPECT_EQ(content.back(), std::abs(bits) == 8 ? 255 : 0);
     if (bits == 1) {
@@ -239,20 +226,19 @@ TEST(DibFunctions, BlankBitmaps) {
   EXPECT_EQ(Get(topDown, 32, 4), 2u);
   EXPECT_EQ(Get(topDown, 44, 4), 0xFFEEDDu);
   EXPECT_EQ(topDown.size(), 40u + 8 + 2 * 4);
-  const struct {
-    int bits, width, height;
-  } refused[] = {{2, 1, 1},
-                 {-24, 1, 1},
-                 {0, 1, 1},
-                 {8, 0, 1},
-                 {8, 1, 0},
-                 {8, -1, 1},
-                 {32, INT_MAX, INT_MAX},
-                 {32, 23171, 23171},
-                 {1, INT_MAX, 8},
-                 {INT_MIN, 1, 1}};
-  for (const auto& c : refused) EXPECT_FALSE(DibCreate(c.bits, c.width, c.height)) << c.bits;
-  EXPECT_FALSE(DibCreate(24, 1, -1));
+  for (const auto& [bits, width, height] : {std::array{2, 1, 1},
+                                            {-24, 1, 1},
+                                            {0, 1, 1},
+                                            {8, 0, 1},
+                                            {8, 1, 0},
+                                            {8, -1, 1},
+                                            {32, INT_MAX, INT_MAX},
+                                            {32, 23171, 23171},
+                                            {1, INT_MAX, 8},
+                                            {INT_MIN, 1, 1},
+                                            {24, 1, -1}}) {
+    EXPECT_FALSE(DibCreate(bits, width, height)) << bits;
+  }
   EXPECT_FALSE(DibCreateEx(24, 1, INT_MIN, nullptr, 0));
   EXPECT_FALSE(DibCreateEx(1, 1, 1, own, 3));
   EXPECT_FALSE(DibCreateEx(24, 1, 1, own, 1));
@@ -261,57 +247,54 @@ TEST(DibFunctions, BlankBitmaps) {
 }
 
 TEST(DibFunctions, UnpacksRunLengths) {
-  Bytes eight = HeadOf({8, 6, 3, RandomColours(256, 5), 1});
-  // Two runs; a literal of three and the end of the row; a jump; the end.
-  for (const int byte : {4, 7, 2, 9, 0, 0, 0, 3, 1, 2, 3, 0, 0, 0, 0, 2, 2, 0, 1, 8, 0, 1})
-    Put(eight, byte, 1);
-  const Bytes unpacked = Dib(DibReadDib(eight.data(), eight.size())).Content();
-  const Bytes expected = {7, 7, 7, 7, 9, 9, 0, 0, 1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0, 0, 0};
-  ASSERT_EQ(unpacked.size(), 40 + 1024 + expected.size());
-  EXPECT_EQ(Bytes(unpacked.end() - 24, unpacked.end()), expected);
-  EXPECT_EQ(Get(unpacked, 16, 4), 0u);
-
-  Bytes four = HeadOf({4, 5, 2, RandomColours(16, 5), 2});
-  for (const int byte : {5, 0xFE, 0, 0, 3, 0xAB, 0, 0, 0, 1}) Put(four, byte, 1);
-  const Bytes nibbles = Dib(DibReadDib(four.data(), four.size())).Content();
-  EXPECT_EQ(Bytes(nibbles.end() - 8, nibbles.end()),
-            (Bytes{0xFE, 0xFE, 0xF0, 0, 0xAB, 0xA0, 0, 0}));
-
-  const Dib dib(eight);
-  EXPECT_EQ(PixelOf24(Dib(Make24BitDib(dib)).Content(), 5, 2),
-            ModelPixel({8, 6, 3, RandomColours(256, 5)}, unpacked, 5, 2));
-  for (std::size_t cut = 40 + 1024; cut < eight.size() - 2; ++cut) {
-    EXPECT_FALSE(DibReadDib(eight.data(), cut)) << cut;
+  const struct {
+    Shape shape;
+    Bytes runs, rows;
+  } cases[] = {// Two runs; a literal of three and the end of the row; a jump; the end.
+               {{8, 6, 3, RandomColours(256, 5), 1},
+                {4, 7, 2, 9, 0, 0, 0, 3, 1, 2, 3, 0, 0, 0, 0, 2, 2, 0, 1, 8, 0, 1},
+                {7, 7, 7, 7, 9, 9, 0, 0, 1, 2, 3, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0, 0, 0}},
+               {{4, 5, 2, RandomColours(16, 5), 2},
+                {5, 0xFE, 0, 0, 3, 0xAB, 0, 0, 0, 1},
+                {0xFE, 0xFE, 0xF0, 0, 0xAB, 0xA0, 0, 0}}};
+  for (const auto& [shape, runs, rows] : cases) {
+    SCOPED_TRACE(shape.Name());
+    Bytes packed = HeadOf(shape), plain = packed;
+    plain[16] = 0;  // no compression
+    plain[20] = static_cast<std::uint8_t>(rows.size());
+    packed.insert(packed.end(), runs.begin(), runs.end());
+    plain.insert(plain.end(), rows.begin(), rows.end());
+    EXPECT_EQ(Dib(DibReadDib(packed.data(), packed.size())).Content(), plain);
+    const Dib dib(packed);
+    EXPECT_EQ(Seen(dib), Seen(Dib(plain)));
+    EXPECT_EQ(DibMapToPalette(dib, shape.colours.data(), 1), 0);
+    for (std::size_t cut = packed.size() - runs.size(); cut < packed.size() - 2; ++cut) {
+      EXPECT_FALSE(DibReadDib(packed.data(), cut)) << cut;
+    }
   }
-  const std::uint32_t colour = 0;
-  EXPECT_EQ(DibMapToPalette(dib, &colour, 1), 0);
 }
 
 TEST(DibFunctions, ReadsFilesAndOldHeads) {
   const Shape shape{8, 8, 4, RandomColours(20, 6)};
   const Bytes dib = RandomDib(shape, 2);
   Bytes file = {'B', 'M'};
-  Put(file, static_cast<std::int64_t>(14 + dib.size()), 4);
-  Put(file, 0, 4);
-  Put(file, 14 + 40 + 80, 4);
+  Put(file, 4, {static_cast<std::int64_t>(14 + dib.size()), 0, 14 + 40 + 80});
   file.insert(file.end(), dib.begin(), dib.end());
   const Bytes fromMemory = Dib(DibReadDib(file.data(), file.size())).Content();
   EXPECT_EQ(fromMemory.size(), dib.size());
   EXPECT_EQ(Bytes(fromMemory.begin() + 40, fromMemory.end()), Bytes(dib.begin() + 40, dib.end()));
 
-  const auto path = std::filesystem::temp_directory_path() /
-                    ("fxbox-dib-" + std::to_string(std::random_device()()) + ".bmp");
-  std::ofstream(path, std::ios::binary)
-      .write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
-  EXPECT_EQ(Dib(DibOpenFile(path.string().c_str())).Content(), fromMemory);
-  std::filesystem::remove(path);
+  const testing_support::TemporaryFolder folder;
+  const auto path = folder / "a.bmp";
   EXPECT_FALSE(DibOpenFile(path.string().c_str()));
+  testing_support::WriteFile(path, {file.begin(), file.end()});
+  EXPECT_EQ(Dib(DibOpenFile(path.string().c_str())).Content(), fromMemory);
   EXPECT_FALSE(DibOpenFile(nullptr));
 
   Bytes old;
-  Put(old, 12, 4);
-  for (const int field : {3, 2, 1, 1}) Put(old, field, 2);
-  for (const int byte : {1, 2, 3, 4, 5, 6, 0x40, 0, 0, 0, 0xA0, 0, 0, 0}) Put(old, byte, 1);
+  Put(old, 4, {12});
+  Put(old, 2, {3, 2, 1, 1});
+  Put(old, 1, {1, 2, 3, 4, 5, 6, 0x40, 0, 0, 0, 0xA0, 0, 0, 0});
   const Bytes young = Dib(DibReadDib(old.data(), old.size())).Content();
   EXPECT_EQ(Bytes(young.begin() + 40, young.end()),
             (Bytes{1, 2, 3, 0, 4, 5, 6, 0, 0x40, 0, 0, 0, 0xA0, 0, 0, 0}));
@@ -379,32 +362,31 @@ TEST(DibFunctions, RefusesHeadsThatLie) {
 
 TEST(DibFunctions, Scales) {
   // Exact means: 4 x 2 pixels, each pair of columns becomes one.
-  Bytes bytes = HeadOf({24, 4, 2, {}});
-  for (int row = 0; row < 2; ++row) {
-    for (const int value : {10, 20, 30, 40}) Put(bytes, value * 0x10101 + row, 3);
+  Bytes bytes = HeadOf({24, 4, 2});
+  for (const int row : {0, 1}) {
+    for (const int value : {10, 20, 30, 40}) Put(bytes, 3, {value * 0x10101 + row});
   }
   const Dib dib(bytes);
-  const Bytes half = Dib(DibScale(dib, 2, 2)).Content();
-  EXPECT_EQ(PixelOf24(half, 0, 1), (Colour{15, 15, 15}));
-  EXPECT_EQ(PixelOf24(half, 1, 0), (Colour{36, 35, 35}));
-  const Bytes wide = Dib(DibScale(dib, 8, 1)).Content();
-  EXPECT_EQ(PixelOf24(wide, 0, 0), PixelOf24(wide, 1, 0));
-  EXPECT_EQ(PixelOf24(wide, 6, 0), (Colour{41, 40, 40}));
-
+  const auto pixels = [](std::initializer_list<std::uint32_t> colours) {
+    Pixels made;
+    for (const std::uint32_t rgb : colours) made.push_back(ColourOf(rgb));
+    return made;
+  };
+  EXPECT_EQ(Seen(Dib(DibScale(dib, 2, 2))), pixels({0x0F0F10, 0x232324, 0x0F0F0F, 0x232323}));
+  EXPECT_EQ(Seen(Dib(DibScale(dib, 8, 1))), pixels({0x0A0A0B, 0x0A0A0B, 0x141415, 0x141415,
+                                                    0x1E1E1F, 0x1E1E1F, 0x282829, 0x282829}));
   const Shape shape{4, 9, -3, RandomColours(16, 8)};
   const Bytes nibbles = RandomDib(shape, 4);
   const Dib indexed(nibbles);
   for (const auto& [width, height] : {std::pair(9, 3), {4, 2}, {20, 7}, {1, 1}}) {
     const Bytes scaled = Dib(DibScale(indexed, width, height)).Content();
-    const Shape now{4, width, height, shape.colours};
     EXPECT_EQ(Get(scaled, 14, 2), 4u);
-    for (int y = 0; y < height; ++y) {
-      for (int x = 0; x < width; ++x) {
-        ASSERT_EQ(ModelPixel(now, scaled, x, y),
-                  ModelPixel(shape, nibbles, (2 * x + 1) * 9 / (2 * width),
-                             (2 * y + 1) * 3 / (2 * height)));
-      }
+    Pixels nearest;
+    for (int i = 0; i < width * height; ++i) {
+      nearest.push_back(ModelPixel(shape, nibbles, (2 * (i % width) + 1) * 9 / (2 * width),
+                                   (2 * (i / width) + 1) * 3 / (2 * height)));
     }
+    EXPECT_EQ(Model({4, width, height}, scaled), nearest);
   }
   EXPECT_FALSE(DibScale(dib, 0, 1));
   EXPECT_FALSE(DibScale(dib, 1, -1));
@@ -414,53 +396,47 @@ TEST(DibFunctions, Scales) {
 TEST(DibFunctions, ColourTables) {
   const Shape shape{4, 5, 2, RandomColours(16, 9)};
   const Bytes bytes = RandomDib(shape, 5);
-  const Dib dib(bytes);
+  const Dib dib(bytes), colours(DibCreate(24, 2, 2)), plane(DibCreate(-8, 2, 2));
   EXPECT_EQ(DibSetUsage(dib, nullptr, 0, 1), 1);
   EXPECT_EQ(Get(dib.Content(), 40 + 2 * 15, 2), 15u);
   EXPECT_EQ(DibSetUsage(dib, shape.colours.data(), 16, 0), 1);
   EXPECT_EQ(dib.Content(), bytes);
   EXPECT_EQ(DibSetUsage(dib, shape.colours.data(), 16, 2), 0);
   EXPECT_EQ(DibSetUsage(dib, nullptr, 16, 0), 0);
-  EXPECT_EQ(DibSetUsage(Dib(DibCreate(24, 2, 2)), nullptr, 0, 1), 0);
+  EXPECT_EQ(DibSetUsage(colours, nullptr, 0, 1), 0);
 
-  const std::vector<std::uint32_t> palette = {0x000000, 0xFF0000, 0x00FF00, 0x808080, 0x808080};
-  ASSERT_EQ(DibMapToPalette(dib, palette.data(), 5), 1);
-  const Bytes mapped = dib.Content();
-  for (int y = 0; y < 2; ++y) {
-    for (int x = 0; x < 5; ++x) {
-      const Colour old = ModelPixel(shape, bytes, x, y);
-      Colour best = {};
-      int least = INT_MAX;
-      for (const std::uint32_t rgb : palette) {
-        const Colour c = {static_cast<std::uint8_t>(rgb), static_cast<std::uint8_t>(rgb >> 8),
-                          static_cast<std::uint8_t>(rgb >> 16)};
-        int distance = 0;
-        for (std::size_t i = 0; i < 3; ++i) distance += (c[i] - old[i]) * (c[i] - old[i]);
-        if (distance < least) least = distance, best = c;
-      }
-      std::vector<std::uint32_t> table = palette;
-      table.resize(16);
-      EXPECT_EQ(ModelPixel({4, 5, 2, table}, mapped, x, y), best);
-    }
+  const Colours palette = {0x000000, 0xFF0000, 0x00FF00, 0x808080, 0x808080};
+  Pixels nearest = Model(shape, bytes);
+  for (Colour& pixel : nearest) {
+    const auto distance = [&pixel](std::uint32_t rgb) {
+      const Colour other = ColourOf(rgb);
+      int sum = 0;
+      for (std::size_t c = 0; c < 3; ++c) sum += (other[c] - pixel[c]) * (other[c] - pixel[c]);
+      return sum;
+    };
+    pixel = ColourOf(*std::min_element(
+        palette.begin(), palette.end(),
+        [&](std::uint32_t a, std::uint32_t b) { return distance(a) < distance(b); }));
   }
+  ASSERT_EQ(DibMapToPalette(dib, palette.data(), 5), 1);
+  EXPECT_EQ(Seen(dib), nearest);
   // What lies behind the rows is nobody's.
   Bytes longer = bytes;
   longer.resize(bytes.size() + 8, 0x5A);
   const Dib behind(longer);
   ASSERT_EQ(DibMapToPalette(behind, palette.data(), 2), 1);
-  Bytes kept = behind.Content();
-  kept.erase(kept.begin(), kept.begin() + static_cast<std::ptrdiff_t>(bytes.size()));
-  EXPECT_EQ(kept, Bytes(8, 0x5A));
+  const Bytes kept = behind.Content();
+  EXPECT_EQ(Bytes(kept.end() - 8, kept.end()), Bytes(8, 0x5A));
   EXPECT_EQ(DibMapToPalette(dib, palette.data(), 17), 0);
-  EXPECT_EQ(DibMapToPalette(Dib(DibCreate(24, 2, 2)), palette.data(), 2), 0);
-  EXPECT_EQ(DibMapToPalette(Dib(DibCreate(-8, 2, 2)), palette.data(), 2), 0);
+  EXPECT_EQ(DibMapToPalette(colours, palette.data(), 2), 0);
+  EXPECT_EQ(DibMapToPalette(plane, palette.data(), 2), 0);
 }
 
 TEST(DibFunctions, PaintsWhatLiesWithinTheTarget) {
   const Shape shape{8, 6, 4, RandomColours(256, 10)};
   const Bytes bytes = RandomDib(shape, 6);
   const Dib dib(bytes);
-  const Shape maskShape{-8, 6, 4, {}};
+  const Shape maskShape{-8, 6, 4};
   const Bytes maskBytes = RandomDib(maskShape, 7);
   const Dib mask(maskBytes);
   const DibRectangle whole{0, 0, 6, 4};
@@ -477,36 +453,33 @@ TEST(DibFunctions, PaintsWhatLiesWithinTheTarget) {
                {{3, 2, 5, 5}, {1, 1, 3, 2}},    {{100, 100, 6, 4}, whole},
                {{INT_MAX - 2, 0, 6, 4}, whole}, {{INT_MIN, INT_MIN, INT_MAX, INT_MAX}, whole}};
   for (const int height : {9, -9}) {
-    const Shape targetShape{24, 10, height, {}};
+    const Shape targetShape{24, 10, height};
     const Bytes before = RandomDib(targetShape, 8);
-    for (const auto& c : cases) {
-      SCOPED_TRACE(std::to_string(c.to.x) + "," + std::to_string(c.to.y));
+    for (const auto& [to, from] : cases) {
       for (const bool masked : {false, true}) {
+        SCOPED_TRACE(testing::Message() << to.x << "," << to.y << " " << masked);
         const Dib target(before);
-        const DibTarget to{nullptr, target};
-        ASSERT_EQ(masked ? DIBDrawWithMask(&to, &c.to, dib, mask, &c.from)
-                         : DIBPaint(&to, &c.to, dib, &c.from),
-                  1);
-        const Bytes after = target.Content();
-        for (int y = 0; y < 9; ++y) {
-          for (int x = 0; x < 10; ++x) {
-            Colour expected = ModelPixel(targetShape, before, x, y);
-            const std::int64_t px = std::int64_t{x} - c.to.x, py = std::int64_t{y} - c.to.y;
-            if (px >= 0 && py >= 0 && px < c.to.width && py < c.to.height) {
-              const int sx = static_cast<int>(c.from.x + (2 * px + 1) * c.from.width /
-                                                             (2 * std::int64_t{c.to.width}));
-              const int sy = static_cast<int>(c.from.y + (2 * py + 1) * c.from.height /
-                                                             (2 * std::int64_t{c.to.height}));
-              const Colour fresh = ModelPixel(shape, bytes, sx, sy);
-              const int m = masked ? ModelPixel(maskShape, maskBytes, sx, sy)[0] : 0;
-              for (std::size_t i = 0; i < 3; ++i) {
-                expected[i] =
-                    static_cast<std::uint8_t>((fresh[i] * (255 - m) + expected[i] * m) / 255);
-              }
-            }
-            ASSERT_EQ(ModelPixel(targetShape, after, x, y), expected) << x << ", " << y;
+        const DibTarget on{nullptr, target};
+        ASSERT_EQ(
+            masked ? DIBDrawWithMask(&on, &to, dib, mask, &from) : DIBPaint(&on, &to, dib, &from),
+            1);
+        Pixels expected = Model(targetShape, before);
+        for (int i = 0; i < 90; ++i) {
+          const std::int64_t x = std::int64_t{i % 10} - to.x, y = std::int64_t{i / 10} - to.y;
+          if (x < 0 || y < 0 || x >= to.width || y >= to.height) continue;
+          const auto nearest = [](int first, int size, std::int64_t at, std::int64_t all) {
+            return static_cast<int>(first + (2 * at + 1) * size / (2 * all));
+          };
+          const int fromX = nearest(from.x, from.width, x, to.width);
+          const int fromY = nearest(from.y, from.height, y, to.height);
+          const Colour fresh = ModelPixel(shape, bytes, fromX, fromY);
+          const int m = masked ? ModelPixel(maskShape, maskBytes, fromX, fromY)[0] : 0;
+          for (std::size_t c = 0; c < 3; ++c) {
+            std::uint8_t& old = expected[static_cast<std::size_t>(i)][c];
+            old = static_cast<std::uint8_t>((fresh[c] * (255 - m) + old * m) / 255);
           }
         }
+        ASSERT_EQ(Model(targetShape, target.Content()), expected);
       }
     }
   }
@@ -537,7 +510,7 @@ TEST(DibFunctions, RefusesToPaint) {
 // What a device shows afterwards is what a bitmap holds.
 TEST(DibFunctions, PaintsOnDevices) {
   const Dib dib(RandomDib({8, 6, 4, RandomColours(256, 10)}, 6));
-  const Dib mask(RandomDib({-8, 6, 4, {}}, 7));
+  const Dib mask(RandomDib({-8, 6, 4}, 7));
   const Dib target(DibCreate(24, 10, 9));
   const DibTarget bitmap{nullptr, target};
   const Bytes blank = target.Content();
@@ -590,9 +563,8 @@ TEST(DibFunctions, MasksComeAndGoAsRows) {
     EXPECT_EQ(Bytes(back[y].begin(), back[y].end() - 1), rows[y]);
     EXPECT_EQ(back[y].back(), 77);
   }
-  ASSERT_EQ(ConvertMaskDibToArray(Dib(RandomDib({-8, 5, -2, {}}, 1)), out, 5, 2), 1);
-  EXPECT_EQ(back[0][0], RandomDib({-8, 5, -2, {}}, 1).at(40 + 8))
-      << "the bottom row is stored last";
+  ASSERT_EQ(ConvertMaskDibToArray(Dib(RandomDib({-8, 5, -2}, 1)), out, 5, 2), 1);
+  EXPECT_EQ(back[0][0], RandomDib({-8, 5, -2}, 1).at(40 + 8)) << "the bottom row is stored last";
   EXPECT_EQ(ConvertMaskDibToArray(mask, out, 4, 2), 0);
   EXPECT_EQ(ConvertMaskDibToArray(mask, out, 5, 1), 0);
   EXPECT_EQ(ConvertMaskDibToArray(Dib(DibCreate(24, 5, 2)), out, 5, 2), 0);

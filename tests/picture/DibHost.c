@@ -1,8 +1,6 @@
 /* A host in plain C at the functions for packed bitmaps of the shared library. The exit status is 0
  * when everything came out as it should. */
 #include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
 
 #include "picture/DibFunctions.h"
 #include "tests/support/Check.h"
@@ -19,42 +17,31 @@ size_t GlobalSize(void* block);
 
 enum { kHead = 40 };
 
-static void Paint(DibHandle target) {
+static void Paint(void) {
   static const uint32_t colours[2] = {0x102030, 0xA0B0C0};
-  DibHandle dib = DibCreateEx(1, 3, 2, colours, 2);
+  DibHandle target = DibCreate(24, 5, 4), dib = DibCreateEx(1, 3, 2, colours, 2);
   DibTarget to = {NULL, target};
   DibRectangle place = {1, 1, 3, 2};
   uint8_t* bytes;
-  CHECK(dib != NULL && GlobalSize(dib) == kHead + 8 + 2 * 4);
+  CHECK(target != NULL && dib != NULL && GlobalSize(dib) == kHead + 8 + 2 * 4);
   bytes = GlobalLock(dib);
   CHECK(bytes != NULL && bytes[0] == kHead && bytes[kHead + 4] == 0xC0);
   bytes[kHead + 8] = 0x40; /* the middle of the bottom row */
   GlobalUnlock(dib);
   CHECK(DIBPaint(&to, &place, dib, NULL) == 1);
-  CHECK(DIBFileSize(dib) == 14 + kHead + 8 + 2 * 4);
-  CHECK(DibFree(dib) == 1);
-}
-
-static void CheckPainted(DibHandle target) {
-  const uint8_t* bytes = GlobalLock(target);
   /* 5 x 4 pixels in rows of 16 bytes; the painted bottom row is the second from below. */
-  const uint8_t* row = bytes + kHead + 16;
-  CHECK(row[2] == 0 && row[3] == 0x30 && row[6] == 0xC0 && row[8] == 0xA0 && row[12] == 0);
+  bytes = (uint8_t*)GlobalLock(target) + kHead + 16;
+  CHECK(bytes[2] == 0 && bytes[3] == 0x30 && bytes[6] == 0xC0 && bytes[8] == 0xA0 &&
+        bytes[12] == 0);
   GlobalUnlock(target);
+  CHECK(DIBFileSize(dib) == 14 + kHead + 8 + 2 * 4);
+  CHECK(DibFree(dib) == 1 && DibFree(target) == 1);
 }
 
-static void MasksAndFailures(void) {
-  uint8_t bottom[3] = {1, 2, 3}, top[3] = {4, 5, 6}, read[2][3];
-  const uint8_t* rows[2];
-  uint8_t* back[2];
-  DibHandle mask;
-  rows[0] = bottom, rows[1] = top, back[0] = read[0], back[1] = read[1];
-  mask = ConvertMaskArrayToDib(rows, 3, 2);
-  CHECK(ConvertMaskDibToArray(mask, back, 3, 2) == 1);
-  CHECK(memcmp(read[0], bottom, 3) == 0 && memcmp(read[1], top, 3) == 0);
-  CHECK(DibFree(mask) == 1);
-  CHECK(DibReadDib("BM", 2) == NULL);
-  CHECK(DibOpenFile("no such file.bmp") == NULL);
+/* The others are there for C as well. */
+static void Refuse(void) {
+  CHECK(ConvertMaskArrayToDib(NULL, 3, 2) == NULL && ConvertMaskDibToArray(NULL, NULL, 3, 2) == 0);
+  CHECK(DibReadDib("BM", 2) == NULL && DibOpenFile("no such file.bmp") == NULL);
   CHECK(DibOpenFromModule(NULL, "no_such_bitmap") == NULL);
   CHECK(DibScale(NULL, 1, 1) == NULL && Make24BitDib(NULL) == NULL && GolorGray(NULL) == NULL);
   CHECK(DibSetUsage(NULL, NULL, 0, 0) == 0 && DibMapToPalette(NULL, NULL, 0) == 0);
@@ -82,12 +69,8 @@ static void ReadOwnBitmap(void) {
 }
 
 int main(void) {
-  DibHandle target = DibCreate(24, 5, 4);
-  CHECK(target != NULL);
-  Paint(target);
-  CheckPainted(target);
-  CHECK(DibFree(target) == 1);
-  MasksAndFailures();
+  Paint();
+  Refuse();
   ReadOwnBitmap();
   return failures > 0;
 }

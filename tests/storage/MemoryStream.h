@@ -1,14 +1,16 @@
-// A stream over bytes in memory, with a place for every fault that a stream can have.
+// A stream over bytes in memory, with a place for every fault that a stream can have, and the bytes
+// that stored pictures are made of.
 #pragma once
 
 #include <zlib.h>
 
 #include <algorithm>
 #include <cstring>
+#include <initializer_list>
 #include <random>
 #include <string>
 
-#include "base/KvInterfaces.h"
+#include "storage/KvErrors.h"
 
 namespace test {
 
@@ -18,17 +20,20 @@ class MemoryStream final : public IKvStream {
   explicit MemoryStream(std::string start = {}) : bytes(std::move(start)) {}
 
   unsigned Read(void* buffer, unsigned count) override {
+    Call();
     ++reads;
     if (endlessZeros) {
       std::memset(buffer, 0, count);
       return count;
     }
-    const auto got = static_cast<unsigned>(std::min<std::size_t>(count, bytes.size() - position));
+    const auto got =
+        static_cast<unsigned>(std::min<std::size_t>({count, most, bytes.size() - position}));
     std::memcpy(buffer, bytes.data() + position, got);
     position += got;
     return got;
   }
   unsigned Write(const void* buffer, unsigned count) override {
+    Call();
     ++writes;
     const auto room = static_cast<unsigned>(std::min<std::size_t>(count, capacity - position));
     if (bytes.size() < position + room) bytes.resize(position + room);
@@ -52,9 +57,16 @@ class MemoryStream final : public IKvStream {
   std::string bytes;
   std::size_t position = 0;
   std::size_t capacity = std::size_t{1} << 30;
+  std::size_t most = capacity;  // that it gives at a time
+  int callsLeft = 1 << 30;      // of Read and Write, until one throws
   bool endlessZeros = false;
   int reads = 0;
   int writes = 0;
+
+ private:
+  void Call() {
+    if (callsLeft-- == 0) throw KvStreamException(-99, "disk");
+  }
 };
 
 // Half of it repeats, so that it compresses.
@@ -63,6 +75,15 @@ inline std::string MixedBytes(std::size_t size, unsigned seed = 1) {
   std::string bytes(size, 'x');
   for (std::size_t i = 0; i < size; i += 2) bytes[i] = static_cast<char>(random() % 64);
   return bytes;
+}
+
+// Numbers of four bytes, the lowest first.
+inline std::string Longs(std::initializer_list<std::int64_t> numbers) {
+  std::string text;
+  for (const std::int64_t number : numbers) {
+    for (int shift = 0; shift < 32; shift += 8) text += static_cast<char>(number >> shift);
+  }
+  return text;
 }
 
 // By zlib itself.
