@@ -5,10 +5,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 
 #include "host/ChainTexts.h"
 #include "host/FilterFacts.h"
+#include "host/Texts.h"
 
 namespace host {
 namespace {
@@ -20,12 +20,21 @@ class ChainCheck : public testing::Test {
   std::string Check(const std::string& text, const char* open = "(", const char* close = ")") {
     return CheckChainText({text, open, close}, filters, *creator.Get());
   }
-  // The message; empty when the text passed.
+  // The message, whose words have to be those of the place; empty when the text passed.
   std::string Message(const std::string& text, const char* open = "(", const char* close = ")") {
     try {
       Check(text, open, close);
       return {};
     } catch (const ChainError& error) {
+      const ChainPlace& place = error.Place();
+      std::string front, at;
+      if (place.item > 0) front = "chain item " + std::to_string(place.item);
+      if (!place.filter.empty()) front += " (" + place.filter + ")";
+      if (place.line > 0) at = "character " + std::to_string(place.character);
+      if (place.line > 0 && text.find('\n') != text.npos) {
+        at = "line " + std::to_string(place.line) + ", " + at;
+      }
+      EXPECT_THAT(error.what(), testing::AllOf(testing::StartsWith(front), HasSubstr(at)));
       return error.what();
     }
   }
@@ -51,28 +60,27 @@ TEST_F(ChainCheck, TakesBothLayoutsAndBlanksBetweenItems) {
   for (const auto& [text, expected] : cases) EXPECT_EQ(Check(text), expected) << text;
 }
 
-TEST_F(ChainCheck, TakesEveryNumberOfTheRightKind) {
-  for (const char* parameters :
-       {"", " ", "Sepia=0", "Sepia= +99", "Sepia=50,Version=3,Vis=0", "Sepia=50,", "Sepia=50, ",
-        "ExtraParam=|ANY THING|,Sepia=1", "ExBlit=1"}) {
-    EXPECT_EQ(Message("ZNFilter.Sepia.1(" + std::string(parameters) + ")"), "") << parameters;
+TEST_F(ChainCheck, TakesWhatTheFilterKeeps) {
+  for (const char* item :
+       {"Sepia.1()", "Sepia.1( )", "Sepia.1(Sepia=0)", "Sepia.1(Sepia= +99)",
+        "Sepia.1(Sepia=50,Version=3,Vis=0)", "Sepia.1(Sepia=50,)", "Sepia.1(Sepia=50, )",
+        "Sepia.1(ExtraParam=|ANY THING|,Sepia=1)", "Sepia.1(ExBlit=1)",
+        // What a class prints of its measurements; numbered keys.
+        "AdoptColor.1(ExBlit=1, LightA=1.5, LightB=-.5e-3)",
+        "Tonwert.1(ExBlit=1, WL=3, BH=250, MAUTO=-5)", "RedEye.1(N=2, X1=.5, X17=0.25, F128=-5)",
+        // What is read and not printed, or out of the dialogs' range and kept.
+        "Scale.1(ScaleThrough=1, MaximumHorizontalSize=99999)",
+        "Shadow.1(LightOn=0,LightIntensity=50,ShadowOn=1,ShadowDensity=3)",
+        "RGBColor.1(Red=-500)ZNFilter.Rotate.1(Angle=12345.6789)", "PrintPad.1(PadColor=0xFF8000)",
+        "PrintPad.1(PadColor=0Xff8000)",
+        // As people write texts.
+        "Text.1(Text=two words)", "Text.1(Text=%C3%A4%zz,Font=,Size=060)", "Text.1(Text=)",
+        "WaterSign.1(Text=a%3Db)"}) {
+    EXPECT_EQ(Message("ZNFilter." + std::string(item)), "") << item;
   }
-  // What a class prints of its measurements.
-  EXPECT_EQ(Message("ZNFilter.AdoptColor.1(ExBlit=1, LightA=1.5, LightB=-.5e-3)"), "");
-  EXPECT_EQ(Message("ZNFilter.Tonwert.1(ExBlit=1, WL=3, BH=250, MAUTO=-5)"), "");
-  EXPECT_EQ(Message("ZNFilter.RedEye.1(N=2, X1=.5, X17=0.25, F128=-5)"), "") << "numbered keys";
-  // What is read and not printed, or out of the dialogs' range and kept.
-  EXPECT_EQ(Message("ZNFilter.Scale.1(ScaleThrough=1, MaximumHorizontalSize=99999)"), "");
-  EXPECT_EQ(Message("ZNFilter.Shadow.1(LightOn=0,LightIntensity=50,ShadowOn=1,ShadowDensity=3)"),
-            "");
-  EXPECT_EQ(Message("ZNFilter.RGBColor.1(Red=-500)ZNFilter.Rotate.1(Angle=12345.6789)"), "");
-  EXPECT_EQ(Message("ZNFilter.PrintPad.1(PadColor=0xFF8000)"), "");
-  EXPECT_EQ(Message("ZNFilter.PrintPad.1(PadColor=0Xff8000)"), "");
-  EXPECT_THAT(Message("ZNFilter.RedEye.1(N=2, X=0.5)"), HasSubstr("unknown key"));
-  EXPECT_THAT(Message("ZNFilter.RedEye.1(N=2, E2=0.5)"), HasSubstr("is not Key=whole number"));
 }
 
-TEST_F(ChainCheck, NamesItemAndPlace) {
+TEST_F(ChainCheck, NamesItemAndPlaceOfWhatItRefuses) {
   const struct {
     const char* text;
     const char* message;
@@ -81,6 +89,7 @@ TEST_F(ChainCheck, NamesItemAndPlace) {
        "chain item 2 (ZNFilter.Sepia.1): unknown key \"Qqqqqqqq\" at line 3, character 1"},
       {"Sepia(Sepia=050)",
        "chain item 1: unknown filter \"Sepia\" at character 1, did you mean \"ZNFilter.Sepia.1\"?"},
+      {"\n\nNobody(A=1)", "chain item 1: unknown filter \"Nobody\" at line 3, character 1"},
       {"ZNFilter.Sepia.1(50)",
        "chain item 1 (ZNFilter.Sepia.1): \"50\" at character 18 is not Key=number"},
       {"ZNFilter.Sepia.1(Sepia=50,,)",
@@ -95,19 +104,33 @@ TEST_F(ChainCheck, NamesItemAndPlace) {
       {"(ZNFilter.Zero.1()ZNFilter.Zero.1()",
        "chain item 2: \"(\" is missing ahead of \"ZNFilter.Zero.1()\" at character 19"}};
   for (const auto& [text, message] : cases) EXPECT_EQ(Message(text), message) << text;
-}
-
-TEST_F(ChainCheck, RefusesWhatIsNoNumber) {
-  for (const char* value : {"", " ", "x", "-", "1x", "1 2", "1.5", "0x10", "1e3", "%d", "\n"}) {
-    EXPECT_THAT(Message("ZNFilter.Sepia.1(Sepia=" + std::string(value) + ")"),
-                HasSubstr("is not Key=whole number"))
-        << value;
+  const struct {
+    const char* message;
+    std::vector<const char*> items;
+  } kinds[] = {
+      {"is not Key=whole number",
+       {"Sepia.1(Sepia=)", "Sepia.1(Sepia= )", "Sepia.1(Sepia=x)", "Sepia.1(Sepia=-)",
+        "Sepia.1(Sepia=1x)", "Sepia.1(Sepia=1 2)", "Sepia.1(Sepia=1.5)", "Sepia.1(Sepia=0x10)",
+        "Sepia.1(Sepia=1e3)", "Sepia.1(Sepia=%d)", "Sepia.1(Sepia=\n)", "RedEye.1(N=2, E2=0.5)"}},
+      {"is not Key=number",
+       {"AdoptColor.1(LightA=)", "AdoptColor.1(LightA=.)", "AdoptColor.1(LightA=1.5.5)",
+        "AdoptColor.1(LightA=e3)", "AdoptColor.1(LightA=1e)", "AdoptColor.1(LightA=1ee5)",
+        "AdoptColor.1(LightA=inf)", "AdoptColor.1(LightA=nan)", "AdoptColor.1(LightA=1,5)"}},
+      {"unknown key", {"RedEye.1(N=2, X=0.5)", "Text.1(Text=a,Siez=9)"}},
+      {": the filter takes ",
+       {"Sepia.1(Sepia=-5)", "Sepia.1(Sepia=99999999999)", "Sepia.1(Sepia=10,Sepia=20)",
+        "Rotate.1(MirrorOn=2)", "UnsharpMask.1(OnLuminanceOnly=1,On=0)", "Tonwert.1(AutoTone=7)",
+        "Rotate.1(Angle=1e999)", "PrintPad.1(PadColor=0x1FFFFFFFFFFFFFFFFF)"}}};
+  for (const auto& [message, items] : kinds) {
+    for (const std::string item : items) {
+      EXPECT_THAT(Message("ZNFilter." + item), HasSubstr(message)) << item;
+    }
   }
-  for (const char* value : {"", ".", "1.5.5", "e3", "1e", "1ee5", "inf", "nan", "1,5"}) {
-    EXPECT_THAT(Message("ZNFilter.AdoptColor.1(LightA=" + std::string(value) + ")"),
-                HasSubstr("is not Key=number"))
-        << value;
-  }
+  // Markers that tell nothing apart, and a text that ends within.
+  EXPECT_NE(Message("ZNFilter.Zero.1()", "", ")"), "");
+  EXPECT_NE(Message("ZNFilter.Zero.1||", "|", "|"), "");
+  EXPECT_THROW(Check(std::string("ZNFilter.Sepia.1(Sepia=050)\0ZNFilter.Zero.1()", 45)),
+               ChainError);
 }
 
 // What the library prints and what dialogs start with has to pass, for every class.
@@ -135,27 +158,16 @@ TEST_F(ChainCheck, TakesEveryNumberThatADialogOffers) {
   }
 }
 
-TEST_F(ChainCheck, RefusesNumbersThatTheFilterDoesNotKeep) {
-  for (const char* item :
-       {"Sepia.1(Sepia=-5)", "Sepia.1(Sepia=99999999999)", "Sepia.1(Sepia=10,Sepia=20)",
-        "Rotate.1(MirrorOn=2)", "UnsharpMask.1(OnLuminanceOnly=1,On=0)", "Tonwert.1(AutoTone=7)",
-        "Rotate.1(Angle=1e999)", "PrintPad.1(PadColor=0x1FFFFFFFFFFFFFFFFF)"}) {
-    EXPECT_THAT(Message("ZNFilter." + std::string(item)), HasSubstr(": the filter takes ")) << item;
-  }
-}
-
-TEST_F(ChainCheck, RemarksAreEmptyLines) {
+TEST(ChainTexts, ComeInAsPeopleWriteThem) {
+  EXPECT_EQ(ChainTextOf("\xEF\xBB\xBF"
+                        "a\xC3\xBC"),
+            "a\xFC");
+  EXPECT_EQ(ChainTextOf("a\xFC"), "a\xFC") << "is in the code page already";
+  EXPECT_EQ(Quoted(std::string(40, 'a') + '\xFC'), '"' + std::string(40, 'a') + "...\"");
+  EXPECT_EQ(Quoted(std::string(39, 'a') + '\xFC'), '"' + std::string(39, 'a') + "\xC3\xBC\"");
   EXPECT_EQ(host::WithoutRemarks("//a\nb // c\r\n//\n\n d//\n//end"), "\nb // c\r\n\n\n d//\n\n");
   EXPECT_EQ(host::WithoutRemarks("/ /\n/"), "/ /\n/");
   EXPECT_EQ(host::WithoutRemarks(""), "");
-}
-
-TEST_F(ChainCheck, TakesTextsAsPeopleWriteThem) {
-  for (const char* item : {"Text.1(Text=two words)", "Text.1(Text=%C3%A4%zz,Font=,Size=060)",
-                           "Text.1(Text=)", "WaterSign.1(Text=a%3Db)"}) {
-    EXPECT_EQ(Message("ZNFilter." + std::string(item)), "") << item;
-  }
-  EXPECT_THAT(Message("ZNFilter.Text.1(Text=a,Siez=9)"), HasSubstr("unknown key \"Siez\""));
 }
 
 TEST_F(ChainCheck, ClassesHaveTheirFacts) {
@@ -222,38 +234,14 @@ TEST_F(ChainCheck, TextsAndFontsFindTheirFilters) {
   ASSERT_EQ(told.size(), 1u);
   EXPECT_THAT(told[0], testing::StartsWith("chain item 3 (ZNFilter.Text.1): the font \"No Such\" "
                                            "is not there, taking \""));
-}
-
-TEST_F(ChainCheck, RefusesMarkersThatTellNothingApart) {
-  EXPECT_NE(Message("ZNFilter.Zero.1()", "", ")"), "");
-  EXPECT_NE(Message("ZNFilter.Zero.1||", "|", "|"), "");
-  EXPECT_NE(Message(std::string("ZNFilter.Sepia.1(Sepia=050)\0ZNFilter.Zero.1()", 45)), "");
-}
-
-TEST_F(ChainCheck, ErrorsCarryThePlace) {
-  const auto placeOf = [](const std::function<void()>& check) {
-    try {
-      check();
-    } catch (const ChainError& error) {
-      const ChainPlace& place = error.Place();
-      return std::to_string(place.item) + " " + std::to_string(place.line) + ":" +
-             std::to_string(place.character) + " " + place.filter;
-    }
-    return std::string("no error");
-  };
-  const std::pair<std::string, const char*> texts[] = {
-      {"ZNFilter.Zero.1()\n ZNFilter.Sepia.1(Sepia=050, Sepai=1)", "2 2:30 ZNFilter.Sepia.1"},
-      {"\n\nZNFilter.Nobody.1()", "1 3:1 "},
-      {"ZNFilter.Zero.1() more", "2 1:19 "},
-      {std::string("ZNFilter.Zero.1(\0)", 18), "1 1:17 ZNFilter.Zero.1"}};
-  for (const auto& [text, place] : texts) {
-    EXPECT_EQ(placeOf([&, chain = text] { Check(chain); }), place) << text;
+  try {
+    WithFullPaths({"ZNFilter.Zero.1()ZNFilter.WaterSign.1(Picture=none.png)"}, filters, "nowhere");
+    FAIL();
+  } catch (const ChainError& error) {
+    EXPECT_EQ(error.Place().item, 2);
+    EXPECT_EQ(error.Place().line, 0);
+    EXPECT_EQ(error.Place().filter, "ZNFilter.WaterSign.1");
   }
-  EXPECT_EQ(placeOf([&] { Check("ZNFilter.Zero.1()", ""); }), "1 0:0 ");
-  // Of a picture that is named, the item is told.
-  const ChainText sign{"ZNFilter.Zero.1()ZNFilter.WaterSign.1(Picture=none.png)"};
-  EXPECT_EQ(placeOf([&] { WithFullPaths(sign, filters, "nowhere"); }),
-            "2 0:0 ZNFilter.WaterSign.1");
 }
 
 }  // namespace

@@ -224,8 +224,8 @@ TEST(BrokenPictures, AreNone) {
   }
   const std::string block = BlockOf(MemoryPicture("", 5, 3, true, true));
   ExpectNoPicture(1, kBytes, block);
-  for (const std::int64_t total :
-       {std::int64_t{35}, kBytes - 4, kBytes + 4, 0x7FFFFFFFL, 0xFFFFFFFFL}) {
+  for (const std::int64_t total : {std::int64_t{35}, kBytes - 4, kBytes + 4,
+                                   std::int64_t{0x7FFFFFFF}, std::int64_t{0xFFFFFFFF}}) {
     SCOPED_TRACE(total);
     ExpectNoPicture(0, total, block);
   }

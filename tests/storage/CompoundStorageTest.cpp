@@ -31,27 +31,19 @@ class RefusingStorage final : public platform::ComObject<RefusingStorage, IStora
 
   HRESULT STDMETHODCALLTYPE CreateStream(const OLECHAR*, DWORD mode, DWORD, DWORD,
                                          IStream**) override {
-    ++creates;
-    lastMode = mode;
-    return status;
+    return Count(creates, mode);
   }
   HRESULT STDMETHODCALLTYPE OpenStream(const OLECHAR*, void*, DWORD mode, DWORD,
                                        IStream**) override {
-    ++opens;
-    lastMode = mode;
-    return status;
+    return Count(opens, mode);
   }
   HRESULT STDMETHODCALLTYPE CreateStorage(const OLECHAR*, DWORD mode, DWORD, DWORD,
                                           IStorage**) override {
-    ++creates;
-    lastMode = mode;
-    return status;
+    return Count(creates, mode);
   }
   HRESULT STDMETHODCALLTYPE OpenStorage(const OLECHAR*, IStorage*, DWORD mode, SNB, DWORD,
                                         IStorage**) override {
-    ++opens;
-    lastMode = mode;
-    return status;
+    return Count(opens, mode);
   }
   HRESULT STDMETHODCALLTYPE CopyTo(DWORD, const IID*, SNB, IStorage*) override { return status; }
   HRESULT STDMETHODCALLTYPE MoveElementTo(const OLECHAR*, IStorage*, const OLECHAR*,
@@ -79,35 +71,14 @@ class RefusingStorage final : public platform::ComObject<RefusingStorage, IStora
   int creates = 0;
   int opens = 0;
   DWORD lastMode = 0;
-};
 
-struct Counts {
-  int opens;
-  int creates;
-  bool operator==(const Counts&) const = default;
-};
-
-enum class Call { CreateStream, OpenStream, CreateStorage, OpenStorage };
-
-Counts CallsUntilGivenUp(Call call, HRESULT status, unsigned mode) {
-  auto* element = new RefusingStorage(status);
-  KvStorage storage(element);
-  switch (call) {
-    case Call::CreateStream:
-      EXPECT_EQ(storage.CreateStream("a", mode), nullptr);
-      break;
-    case Call::OpenStream:
-      EXPECT_EQ(storage.OpenStream("a", mode), nullptr);
-      break;
-    case Call::CreateStorage:
-      EXPECT_EQ(storage.CreateStorage("a", mode, false, false), nullptr);
-      break;
-    case Call::OpenStorage:
-      EXPECT_EQ(storage.OpenStorage("a", mode, false, false), nullptr);
-      break;
+ private:
+  HRESULT Count(int& calls, DWORD mode) {
+    ++calls;
+    lastMode = mode;
+    return status;
   }
-  return {element->opens, element->creates};
-}
+};
 
 std::string PathText(const std::filesystem::path& path) {
   return platform::StoragePathOf(path);
@@ -119,25 +90,43 @@ StoragePtr OpenBox(const std::string& path, unsigned mode) {
 
 }  // namespace
 
-TEST(CompoundStorage, WaitsForWhatSomebodyElseHolds) {
+TEST(CompoundStorage, WaitsForWhatIsHeldAndMakesWhatIsAbsent) {
+  using Call = bool (*)(KvStorage & storage, unsigned mode);
+  const Call createStream = [](KvStorage& s, unsigned mode) { return !s.CreateStream("a", mode); };
+  const Call openStream = [](KvStorage& s, unsigned mode) { return !s.OpenStream("a", mode); };
+  const Call createStorage = [](KvStorage& s, unsigned mode) {
+    return !s.CreateStorage("a", mode, false, false);
+  };
+  const Call openStorage = [](KvStorage& s, unsigned mode) {
+    return !s.OpenStorage("a", mode, false, false);
+  };
   constexpr unsigned kChange = OpenModeRead | OpenModeWrite;
+  struct Case {
+    Call call;
+    HRESULT answer;
+    unsigned mode;
+    int opens, creates;  // until it gives up
+  };
+  std::vector<Case> cases = {{openStream, STG_E_READFAULT, OpenModeReadWrite, 1, 0}};
   for (const HRESULT held : {STG_E_ACCESSDENIED, STG_E_SHAREVIOLATION, STG_E_LOCKVIOLATION}) {
-    EXPECT_EQ(CallsUntilGivenUp(Call::CreateStream, held, kChange), (Counts{0, 100}));
-    EXPECT_EQ(CallsUntilGivenUp(Call::CreateStorage, held, kChange), (Counts{0, 100}));
-    EXPECT_EQ(CallsUntilGivenUp(Call::OpenStorage, held, kChange), (Counts{3, 0}));
-    const int tries = held == STG_E_ACCESSDENIED ? 100 : 1;
-    EXPECT_EQ(CallsUntilGivenUp(Call::OpenStream, held, kChange), (Counts{tries, 0}));
+    cases.push_back({createStream, held, kChange, 0, 100});
+    cases.push_back({createStorage, held, kChange, 0, 100});
+    cases.push_back({openStorage, held, kChange, 3, 0});
+    cases.push_back({openStream, held, kChange, held == STG_E_ACCESSDENIED ? 100 : 1, 0});
   }
-}
-
-TEST(CompoundStorage, MakesWhatIsAbsentInTheSameAttempt) {
   for (const HRESULT absent : {STG_E_FILENOTFOUND, STG_E_PATHNOTFOUND}) {
-    EXPECT_EQ(CallsUntilGivenUp(Call::OpenStream, absent, OpenModeReadWrite), (Counts{1, 1}));
-    EXPECT_EQ(CallsUntilGivenUp(Call::OpenStorage, absent, OpenModeReadWrite), (Counts{1, 1}));
-    EXPECT_EQ(CallsUntilGivenUp(Call::OpenStream, absent, OpenModeRead), (Counts{1, 0}));
+    cases.push_back({openStream, absent, OpenModeReadWrite, 1, 1});
+    cases.push_back({openStorage, absent, OpenModeReadWrite, 1, 1});
+    cases.push_back({openStream, absent, OpenModeRead, 1, 0});
   }
-  EXPECT_EQ(CallsUntilGivenUp(Call::OpenStream, STG_E_READFAULT, OpenModeReadWrite),
-            (Counts{1, 0}));
+  for (const Case& c : cases) {
+    SCOPED_TRACE(&c - cases.data());
+    auto* element = new RefusingStorage(c.answer);
+    KvStorage storage(element);
+    EXPECT_TRUE(c.call(storage, c.mode));
+    EXPECT_EQ(element->opens, c.opens);
+    EXPECT_EQ(element->creates, c.creates);
+  }
 }
 
 TEST(CompoundStorage, OpensExclusivelyInEveryMode) {
@@ -303,9 +292,7 @@ TEST(MemoryStorage, IsDumpedOnce) {
   Put(memory, "a", test::MixedBytes(50000));
   memory.DumpToFile(path.c_str());
   EXPECT_EQ(memory.CreateStream("b", OpenModeReadWrite), nullptr);
-  std::filesystem::remove(folder / "dump.copy");
-  std::filesystem::copy_file(folder / "dump", folder / "dump.copy");
-  std::filesystem::remove(folder / "dump");
+  std::filesystem::rename(folder / "dump", folder / "dump.copy");
   memory.DumpToFile(path.c_str());
   EXPECT_FALSE(std::filesystem::exists(folder / "dump"));
   const StoragePtr box = OpenBox(PathText(folder / "dump.copy"), OpenModeRead);

@@ -20,6 +20,7 @@
 
 using picbox::Bytes;
 using test::Compressed;
+using test::Longs;
 using test::Names;
 using test::Put;
 using test::ReadAll;
@@ -28,37 +29,29 @@ using testing_support::TemporaryFolder;
 
 namespace {
 
-// A picture whose every byte differs from its neighbours.
-Bytes Bitmap(int width, int height) {
-  Bytes bitmap = imageio::BlankColourBitmap(width, height);
+// Every byte differs from its neighbours.
+Bytes Painted(Bytes bitmap, int rowBytes) {
   std::uint8_t level = 1;
   for (BYTE* row : imageio::RowsOf(bitmap)) {
-    for (int x = 0; x < 3 * width; ++x) row[x] = level += 7;
+    for (int x = 0; x < rowBytes; ++x) row[x] = level += 31;
   }
   return bitmap;
 }
 
+Bytes Bitmap(int width, int height) {
+  return Painted(imageio::BlankColourBitmap(width, height), 3 * width);
+}
+
 Bytes Mask(int width, int height) {
-  Bytes bitmap = imageio::BlankMaskBitmap(width, height);
-  std::uint8_t level = 0;
-  for (BYTE* row : imageio::RowsOf(bitmap)) {
-    for (int x = 0; x < width; ++x) row[x] = level += 31;
-  }
-  return bitmap;
+  return Painted(imageio::BlankMaskBitmap(width, height), width);
 }
 
 std::string Text(const Bytes& bytes) {
   return {bytes.begin(), bytes.end()};
 }
 
-std::string Number(std::uint32_t number) {
-  std::string text;
-  for (int shift = 0; shift < 32; shift += 8) text += static_cast<char>(number >> shift);
-  return text;
-}
-
 std::string Sized(const Bytes& bitmap) {
-  return Number(static_cast<std::uint32_t>(bitmap.size())) + Text(bitmap);
+  return Longs({static_cast<std::int64_t>(bitmap.size())}) + Text(bitmap);
 }
 
 std::string Bytes10(char kind) {
@@ -73,14 +66,16 @@ Bytes FileOf(const Bytes& picture, int type) {
 
 // A box in memory, or in a folder.
 struct Box {
-  explicit Box(bool isFolder = false) {
-    if (isFolder) {
-      parent.reset(new KvSimpStorage(platform::StoragePathOf(folder / "box_kv").c_str(),
-                                     OpenModeReadWrite, true, false));
-    } else {
-      parent.reset(new KvMemoryStorage(0));
-    }
-    box = std::make_unique<kvPicBox>(parent.get(), OpenModeReadWrite);
+  explicit Box(bool isFolder = false) { isFolder ? Open(folder) : Open(new KvMemoryStorage(0)); }
+  // A second one on the folder of the first.
+  explicit Box(const TemporaryFolder& used) { Open(used); }
+  void Open(const TemporaryFolder& used) {
+    Open(new KvSimpStorage(platform::StoragePathOf(used / "box_kv").c_str(), OpenModeReadWrite,
+                           true, false));
+  }
+  void Open(IKvStorage* storage) {
+    parent.reset(storage);
+    box = std::make_unique<kvPicBox>(storage, OpenModeReadWrite);
   }
   IKvStorage& At(picbox::Place place) { return *box->StorageOf(place); }
 
@@ -125,8 +120,7 @@ TEST(PictureBox, WritesTheNewFormatToTheByte) {
   const unsigned stored = box.box->AddFile("a", picture, mask, -93, -51, false, false, false);
   EXPECT_EQ(stored, picture.size() + mask.size());
   EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "a"),
-            Bytes10(1) +
-                Compressed(Number(0xFFFFFFA3) + Number(0xFFFFFFCD) + Sized(picture) + Sized(mask)));
+            Bytes10(1) + Compressed(Longs({-93, -51}) + Sized(picture) + Sized(mask)));
   Bytes readPicture, readMask;
   std::int32_t x = 0, y = 0;
   box.box->GetQuick("a", "", &readPicture, &readMask, -1, -1, &x, &y);
@@ -146,7 +140,7 @@ TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
   ASSERT_TRUE(found);
   EXPECT_EQ(found->headerSize, 14);
   EXPECT_EQ(stored.substr(14, 3), "\xFF\xD8\xFF");
-  EXPECT_EQ(stored.substr(14 + found->size), Compressed(Number(5) + Number(6) + Sized(mask)));
+  EXPECT_EQ(stored.substr(14 + found->size), Compressed(Longs({5, 6}) + Sized(mask)));
   found.reset();
   EXPECT_EQ(box.Read("a"), "picture mask");
   KvString tag;
@@ -159,14 +153,13 @@ TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
 
 TEST(PictureBox, KeepsDataInPlainFiles) {
   Box box;
-  const std::string iptc(
-      "\x1C\x02x\0\x03"
-      "abc",
-      8);
+  const std::string iptc("\x1C\x02x\0\3abc", 8), exif = "II*" + std::string(5, '\0') + "exif";
   box.box->SetIptcData(iptc.data(), 8);
+  box.box->SetExifData(exif.data(), 12);
   EXPECT_GT(box.box->AddFile("a", Bitmap(16, 16), {}, 0, 0, true, true, false), 0u);
   const std::string file = ReadAll(box.At(picbox::kPictures), "a.JPG");
   EXPECT_NE(file.find(iptc), file.npos);
+  EXPECT_NE(file.find(exif), file.npos);
 }
 
 TEST(PictureBox, DecodesReducedWhereThatIsAllowed) {
@@ -194,10 +187,10 @@ TEST(PictureBox, DecodesReducedWhereThatIsAllowed) {
 TEST(PictureBox, ReadsEveryGeneration) {
   const Bytes picture = Bitmap(5, 4), mask = Mask(5, 4);
   const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
-  const std::string place = Number(1) + Number(2);
+  const std::string place = Longs({1, 2});
   const std::string plainHead = std::string("\x08\0\0\0\0", 5);
   const std::string encodedHead =
-      std::string("\x08\x01\0\0\0", 5) + Number(static_cast<std::uint32_t>(jpeg.size()));
+      std::string("\x08\x01\0\0\0", 5) + Longs({static_cast<std::int64_t>(jpeg.size())});
   Box box;
   Put(box.At(picbox::kPictures), "native.JPG", jpeg);
   Put(box.At(picbox::kPictures), "bare", jpeg);
@@ -238,7 +231,7 @@ TEST(PictureBox, ReadsEveryGeneration) {
 
 TEST(PictureBox, TakesAHeadOnlyWithAWholeTagAndAKind) {
   Box box;
-  const std::string body = Compressed(Number(0) + Number(0) + Sized(Bitmap(1, 1)));
+  const std::string body = Compressed(Longs({0, 0}) + Sized(Bitmap(1, 1)));
   const std::string rest = std::string("\x08\0\0\0\0", 5) + body;
   const std::pair<std::string, bool> cases[] = {
       {std::string("\x02jpg\0", 5), true},     {std::string("\x02TIFF", 5), true},
@@ -263,7 +256,7 @@ TEST(PictureBox, TellsAMaskByWhatStandsBehindThePicture) {
   Box box;
   const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
   const std::string head = std::string("\x01JPG\0\x08\x01\0\0\0", 10) +
-                           Number(static_cast<std::uint32_t>(jpeg.size())) + jpeg;
+                           Longs({static_cast<std::int64_t>(jpeg.size())}) + jpeg;
   for (const std::size_t behind : {36u, 37u}) {  // with the head 50 and 51
     Put(box.At(picbox::kPictures), "a", head + std::string(behind, 'x'));
     EXPECT_EQ(box.box->OpenPicture(1, "a")->kind, behind == 36 ? 2 : 1);
@@ -272,7 +265,7 @@ TEST(PictureBox, TellsAMaskByWhatStandsBehindThePicture) {
 
 TEST(PictureBox, HalfAPictureIsNone) {
   const Bytes picture = Bitmap(9, 9), mask = Mask(9, 9), other = Mask(9, 8);
-  const std::string place = Number(0) + Number(0);
+  const std::string place = Longs({0, 0});
   Bytes top = picture, packed = picture, wide = picture, deep = picture;
   top[8] = 0xF7, top[9] = top[10] = top[11] = 0xFF;  // height -9
   packed[16] = 1;
@@ -281,11 +274,11 @@ TEST(PictureBox, HalfAPictureIsNone) {
   const std::pair<const char*, std::string> cases[] = {
       {"no position", Bytes10(2) + Compressed("abc")},
       {"no size", Bytes10(2) + Compressed(place)},
-      {"short picture", Bytes10(2) + Compressed(place + Number(500) + "abc")},
+      {"short picture", Bytes10(2) + Compressed(place + Longs({500}) + "abc")},
       {"size beyond all memory",
-       Bytes10(2) + Compressed(place + Number(0xFFFFFFFF) + Text(picture))},
+       Bytes10(2) + Compressed(place + Longs({0xFFFFFFFF}) + Text(picture))},
       {"no mask", Bytes10(1) + Compressed(place + Sized(picture))},
-      {"short mask", Bytes10(1) + Compressed(place + Sized(picture) + Number(2000) + Text(mask))},
+      {"short mask", Bytes10(1) + Compressed(place + Sized(picture) + Longs({2000}) + Text(mask))},
       {"other mask", Bytes10(1) + Compressed(place + Sized(picture) + Sized(other))},
       {"colours as mask", Bytes10(1) + Compressed(place + Sized(picture) + Sized(picture))},
       {"top down", Bytes10(2) + Compressed(place + Sized(top))},
@@ -335,8 +328,7 @@ TEST(PictureBox, ReadsBitmapsOfAllDepths) {
     bitmap.resize(bitmap.size() - 2);
     if (bits > 0) {
       Box box;
-      Put(box.At(picbox::kPictures), "a",
-          Bytes10(2) + Compressed(Number(0) + Number(0) + Sized(bitmap)));
+      Put(box.At(picbox::kPictures), "a", Bytes10(2) + Compressed(Longs({0, 0}) + Sized(bitmap)));
       Bytes read;
       box.box->GetQuick("a", "", &read, nullptr);
       EXPECT_EQ(read, bitmap) << "as it is stored, open fields and all: " << bits;
@@ -352,7 +344,7 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
   ASSERT_TRUE(box.box->WriteImageInfo("a", "a text", block.data()));
   EXPECT_EQ(block.substr(0, 6), "V10000");
   const std::string stored = ReadAll(box.At(picbox::kPictures), "a.inf");
-  EXPECT_EQ(stored, "KVQX" + Number(7) + std::string("a text\0", 7) + Number(36) + block);
+  EXPECT_EQ(stored, "KVQX" + Longs({7}) + std::string("a text\0", 7) + Longs({36}) + block);
   Bytes note(stored.begin(), stored.end());
   EXPECT_TRUE(picbox::IsWholeNote(note));
   ++note[15];
@@ -369,7 +361,7 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
   EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "a.inf").size(), 8u + 2 + 4 + 36);
   for (const std::string& broken :
        {std::string("KVQY") + stored.substr(4), std::string("KVQ"),
-        "KVQX" + Number(0xFFFFFFFF) + "text", "KVQX" + Number(500) + stored.substr(8),
+        "KVQX" + Longs({0xFFFFFFFF}) + "text", "KVQX" + Longs({500}) + stored.substr(8),
         stored.substr(0, stored.size() - 1), stored.substr(0, 15)}) {
     Put(box.At(picbox::kPictures), "a.inf", broken);
     EXPECT_FALSE(picbox::IsWholeNote({broken.begin(), broken.end()}));
@@ -410,24 +402,44 @@ TEST(PictureBox, CutsAJpegBehindItsScanHead) {
 TEST(PictureBox, GivesStoredBytesWithoutDecoding) {
   Box box;
   const Bytes picture = Bitmap(4, 4), mask = Mask(4, 4);
-  box.box->AddFile("a", picture, mask, 0, 0, false, false, false);
-  bool wantPicture = true, wantMask = false;
-  Bytes buffer(picture.size());
-  unsigned size = 10;
-  EXPECT_EQ(box.box->GetImageFileInfo("a", &wantPicture, &wantMask, &size, buffer.data()), 10u);
-  EXPECT_EQ(size, picture.size());
-  EXPECT_EQ(box.box->GetImageFileInfo("a", &wantPicture, &wantMask, &size, buffer.data()), size);
-  EXPECT_EQ(buffer, picture);
-  box.box->AddFile("b", picture, {}, 0, 0, false, false, false);
-  wantMask = true;
-  EXPECT_EQ(box.box->GetImageFileInfo("b", &wantPicture, &wantMask, &size, buffer.data()), 0u);
-  EXPECT_TRUE(wantPicture);
-  EXPECT_FALSE(wantMask);
-  EXPECT_FALSE(box.box->HasFailed());
+  box.box->AddFile("dib", picture, mask, 0, 0, false, false, false);
+  box.box->AddFile("jpeg", picture, mask, 0, 0, true, false, false);
+  box.box->AddFile("alone", picture, {}, 0, 0, false, false, false);
   // More bytes than there are.
-  Put(box.At(picbox::kPictures), "c", std::string("\x02JPG\0\x08\x01\0\0\0\x7F\0\0\0hello", 19));
-  size = 16;
-  EXPECT_EQ(box.box->GetImageFileInfo("c", &wantPicture, &wantMask, &size, buffer.data()), 0u);
+  Put(box.At(picbox::kPictures), "cut", std::string("\x02JPG\0\x08\x01\0\0\0\x7F\0\0\0hello", 19));
+  auto jpeg = box.box->OpenPicture(1, "jpeg");
+  const std::string file = Text(box.box->ReadEncoded(*jpeg));
+  jpeg.reset();
+  const struct {
+    const char* name;
+    bool picture, mask;
+    std::string bytes;
+  } cases[] = {{"dib", true, false, Text(picture)},
+               {"dib", false, true, Text(mask)},
+               {"dib", true, true, Text(picture) + Text(mask)},
+               {"jpeg", true, false, file},
+               {"jpeg", false, true, Text(mask)},
+               {"jpeg", true, true, file + Text(mask)},
+               {"alone", true, false, Text(picture)},
+               {"alone", true, true, ""}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.name << c.picture << c.mask);
+    for (const unsigned room : {10u, 4000u}) {
+      bool wantPicture = c.picture, wantMask = c.mask;
+      unsigned size = room;
+      std::string bytes(4000, '?');
+      const unsigned copied =
+          box.box->GetImageFileInfo(c.name, &wantPicture, &wantMask, &size, bytes.data());
+      EXPECT_EQ(copied, std::min<std::size_t>(room, c.bytes.size()));
+      EXPECT_EQ(bytes, c.bytes.substr(0, copied) + std::string(4000 - copied, '?'));
+      EXPECT_EQ(size, c.bytes.empty() ? room : c.bytes.size());
+      EXPECT_EQ(wantMask, c.mask && !c.bytes.empty());
+    }
+  }
+  EXPECT_FALSE(box.box->HasFailed());
+  bool wantPicture = true, wantMask = false;
+  unsigned size = 16;
+  EXPECT_EQ(box.box->GetImageFileInfo("cut", &wantPicture, &wantMask, &size, nullptr), 0u);
   EXPECT_TRUE(box.box->HasFailed());
 }
 
@@ -439,6 +451,9 @@ TEST(PictureBox, DeletesPicturesAndNothingElse) {
       Put(box.At(picbox::kPictures), name, "x");
     }
     box.box->WriteImageInfo("a", "text", nullptr);
+    box.box->AddFile("n*m", picture, {}, 0, 0, false, false, false);
+    box.box->WriteImageInfo("n*m", "text", nullptr);
+    EXPECT_TRUE(box.box->Delete("n*m"));
     EXPECT_FALSE(box.box->Delete("PicMask"));
     EXPECT_FALSE(box.box->Delete(""));
     EXPECT_TRUE(box.box->Delete("A"));
@@ -495,7 +510,12 @@ TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
       EXPECT_TRUE(from.box->CopyImage("file", *to.box, "file", true, ext, true));
       EXPECT_EQ(to.Read("file"), "picture");
       EXPECT_TRUE(from.box->CopyImage("dib", *from.box, "dib", true, ext, false));
+      if (fromFolder) {
+        Box again(from.folder);
+        EXPECT_TRUE(from.box->CopyImage("dib", *again.box, "DIB", true, ext, false));
+      }
       EXPECT_EQ(from.Read("dib"), "picture mask");
+      EXPECT_EQ(from.box->OpenPicture(1, "dib")->place, picbox::kPictures) << "left as it was";
       EXPECT_FALSE(from.box->CopyImage("absent", *to.box, "x", true, ext, false));
     }
   }
@@ -529,8 +549,8 @@ TEST(PictureBox, CopiesBecomeFilesWithoutLoss) {
   const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
   Box from, to;
   Put(from.At(picbox::kPictures), "plain",
-      std::string("\x02JPG\0\x08\x01\0\0\0", 10) + Number(static_cast<std::uint32_t>(jpeg.size())) +
-          jpeg + Compressed(Number(0) + Number(0)));
+      std::string("\x02JPG\0\x08\x01\0\0\0", 10) + Longs({static_cast<std::int64_t>(jpeg.size())}) +
+          jpeg + Compressed(Longs({0, 0})));
   from.box->AddFile("masked", Bitmap(16, 16), Mask(16, 16), 0, 0, true, false, false);
   from.box->WriteImageInfo("masked", "note", nullptr);
   KvString ext = "JPG";
