@@ -3,31 +3,15 @@
 #include <objbase.h>
 #include <winbase.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 #include "picture/DibFunctions.h"
 #include "picture/MemoryPicture.h"
+#include "tests/storage/MemoryStream.h"
 
 namespace {
-
-class BytesStream final : public IKvRead {
- public:
-  BytesStream(const std::uint8_t* first, std::size_t count) : at(first), left(count) {}
-  unsigned Read(void* buffer, unsigned count) override {
-    const auto given = static_cast<unsigned>(std::min<std::size_t>(count, left));
-    std::memcpy(buffer, at, given);
-    at += given;
-    left -= given;
-    return given;
-  }
-
- private:
-  const std::uint8_t* at;
-  std::size_t left;
-};
 
 void TryDib(const std::uint8_t* bytes, std::size_t size) {
   const DibHandle dib = GlobalAlloc(GMEM_FIXED, size);  // exact, so that a byte too many is seen
@@ -56,7 +40,7 @@ void TryDib(const std::uint8_t* bytes, std::size_t size) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  BytesStream stream(bytes, size);
+  test::MemoryStream stream({reinterpret_cast<const char*>(bytes), size});
   MemoryPicture(&stream).Clear();
   TryDib(bytes, size);
   return 0;

@@ -74,11 +74,9 @@ static const IAnimRowLenderVtbl kLenderTable = {QueryLender, AddRefLender, Relea
 static HRESULT FXBOX_CALL ReadRows(IAnimFilterDestCallsThis* self, int destX, int destY, int srcX,
                                    int srcY, int width, int height, uint8_t** colourRows,
                                    uint8_t** maskRows) {
-  (void)self;
   for (int y = 0; y < height; ++y) {
-    for (int i = 0; i < 3 * width; ++i) {
-      colourRows[destY + y][3 * destX + i] = ByteAt(srcY + y, 3 * srcX + i);
-    }
+    memcpy(&colourRows[destY + y][3 * destX], &((Source*)self)->colour[srcY + y][3 * srcX],
+           3 * (size_t)width);
     memset(maskRows[destY + y] + destX, 0, (size_t)width);
   }
   return S_OK;
@@ -127,39 +125,28 @@ static const IAnimFilterDestCallsThisVtbl kSourceTable = {
     Query,   AddRef,  Release,           ReadRows,  SetAbort,
     Prepare, GetInfo, AttachDestination, ReadPixel, SendToSource};
 
-static void PullBands(IAnimFilterDestCallsThis* tail) {
-  uint8_t colour[kHeight][3 * kWidth], mask[kHeight][kWidth];
-  uint8_t *colourRows[kHeight], *maskRows[kHeight];
-  for (int y = 0; y < kHeight; ++y) colourRows[y] = colour[y], maskRows[y] = mask[y];
-  for (int y = 0; y < kHeight; y += 2) {
-    int height = y + 2 <= kHeight ? 2 : kHeight - y;
-    CHECK(tail->lpVtbl->ReadRows(tail, 0, y, 0, y, kWidth, height, colourRows, maskRows) == S_OK);
-  }
-  for (int y = 0; y < kHeight; ++y) {
-    for (int i = 0; i < 3 * kWidth; ++i) CHECK(colour[y][i] == 255 - ByteAt(y, i));
-  }
-}
-
-/* A filter that must see the whole picture reads the rows that it is lent. */
-static void PullHalfTurn(IAnimFilterChain* chain, IAnimFilterCreator* creator, Source* source) {
+/* Pulls all rows in bands through one filter, which inverts the picture or turns it half around. */
+static void PullThrough(IAnimFilterChain* chain, IAnimFilterCreator* creator, const char* text,
+                        int band) {
   uint8_t colour[kHeight][3 * kWidth], mask[kHeight][kWidth];
   uint8_t *colourRows[kHeight], *maskRows[kHeight];
   IAnimFilterDestCallsThis* tail = NULL;
-  int ignored = 0;
-  for (int y = 0; y < kHeight; ++y) {
-    colourRows[y] = colour[y], maskRows[y] = mask[y];
-    source->colourRows[y] = source->colour[y], source->maskRows[y] = source->opaque;
-    for (int i = 0; i < 3 * kWidth; ++i) source->colour[y][i] = ByteAt(y, i);
-  }
-  CHECK(chain->lpVtbl->SetChainTextLocked(chain, "ZNFilter.Rotate.1(Angle=180)", "(", ")",
-                                          creator) == S_OK);
+  bool inverts = strstr(text, "Invert") != NULL;
+  int width = 0, height = 0, ignored = 0;
+  for (int y = 0; y < kHeight; ++y) colourRows[y] = colour[y], maskRows[y] = mask[y];
+  CHECK(chain->lpVtbl->SetChainTextLocked(chain, text, "(", ")", creator) == S_OK);
   CHECK(chain->lpVtbl->GetAt(chain, -1, &IID_IAnimFilterDestCallsThis, (void**)&tail) == S_OK);
-  tail->lpVtbl->GetInfo(tail, &ignored, &ignored, &ignored, &ignored, &ignored, &ignored);
-  CHECK(tail->lpVtbl->ReadRows(tail, 0, 0, 0, 0, kWidth, kHeight, colourRows, maskRows) == S_OK);
-  CHECK(source->loans == 1 && source->returns == 1);
+  CHECK(tail->lpVtbl->GetInfo(tail, &width, &height, &ignored, &ignored, &ignored, &ignored) ==
+        S_OK);
+  CHECK(width == kWidth && height == kHeight);
+  for (int y = 0; y < kHeight; y += band) {
+    int rows = y + band <= kHeight ? band : kHeight - y;
+    CHECK(tail->lpVtbl->ReadRows(tail, 0, y, 0, y, kWidth, rows, colourRows, maskRows) == S_OK);
+  }
   for (int y = 0; y < kHeight; ++y) {
     for (int i = 0; i < 3 * kWidth; ++i) {
-      CHECK(colour[y][i] == ByteAt(kHeight - 1 - y, 3 * (kWidth - 1 - i / 3) + i % 3));
+      int turned = ByteAt(kHeight - 1 - y, 3 * (kWidth - 1 - i / 3) + i % 3);
+      CHECK(colour[y][i] == (inverts ? 255 - ByteAt(y, i) : turned));
     }
   }
   tail->lpVtbl->Release(tail);
@@ -188,27 +175,25 @@ int main(void) {
   Source source = {.lpVtbl = &kSourceTable, .lender = {&kLenderTable}, .references = 1};
   IAnimFilterCreator* creator = NULL;
   IAnimFilterChain* chain = NULL;
-  IAnimFilterDestCallsThis* tail = NULL;
-  int width = 0, height = 0, ignored = 0;
 
 #ifdef _WIN32
   CoInitialize(NULL);
 #endif
+  for (int y = 0; y < kHeight; ++y) {
+    source.colourRows[y] = source.colour[y], source.maskRows[y] = source.opaque;
+    for (int i = 0; i < 3 * kWidth; ++i) source.colour[y][i] = ByteAt(y, i);
+  }
   CHECK(FxboxCreateCreator(&IID_IAnimFilterCreator, (void**)&creator) == S_OK);
   if (!creator) return 1;
   CHECK(creator->lpVtbl->CreateChain(creator, &IID_IAnimFilterChain, (void**)&chain) == S_OK);
   CHECK(chain->lpVtbl->SetSource(chain, &source) == S_OK);
-  CHECK(chain->lpVtbl->SetChainTextLocked(chain, "ZNFilter.Invert.1(Inversity=100)", "(", ")",
-                                          creator) == S_OK);
-  CHECK(chain->lpVtbl->GetAt(chain, -1, &IID_IAnimFilterDestCallsThis, (void**)&tail) == S_OK);
-  CHECK(tail->lpVtbl->GetInfo(tail, &width, &height, &ignored, &ignored, &ignored, &ignored) ==
-        S_OK);
-  CHECK(width == kWidth && height == kHeight);
-  PullBands(tail);
+  PullThrough(chain, creator, "ZNFilter.Invert.1(Inversity=100)", 2);
   CheckLastSlots(creator, chain);
-  PullHalfTurn(chain, creator, &source);
+  /* A filter that must see the whole picture reads the rows that it is lent. */
+  CHECK(source.loans == 0);
+  PullThrough(chain, creator, "ZNFilter.Rotate.1(Angle=180)", kHeight);
+  CHECK(source.loans == 1 && source.returns == 1);
 
-  tail->lpVtbl->Release(tail);
   chain->lpVtbl->RemoveAll(chain);
   chain->lpVtbl->SetSource(chain, NULL);
   chain->lpVtbl->Release(chain);

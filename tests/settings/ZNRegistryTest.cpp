@@ -192,6 +192,16 @@ TEST_F(ZNRegistryTest, WrongCallsGiveTheirCodes) {
   EXPECT_EQ(registry.Write("S", "k", "v\r\n[evil]"), -6);
   EXPECT_EQ(registry.WriteKey(HKEY_CURRENT_USER, nullptr, "v", false), -6);
   EXPECT_EQ(registry.WriteKey(HKEY_CURRENT_USER, "k", nullptr, false), -6);
+  const HKEY user = HKEY_CURRENT_USER;
+  for (const auto& [key, name] :
+       {std::pair<const char*, const char*>(nullptr, "n"), {"L", nullptr}}) {
+    EXPECT_EQ(registry.ReadListItem(user, key, name, 0, text), -6);
+    EXPECT_EQ(registry.ReadListItem(user, key, name, 0, buffer, 9), -6);
+    EXPECT_EQ(registry.AddListItem(user, key, name, "v"), -6);
+    EXPECT_EQ(registry.RemoveListItem(user, key, name, "v"), -6);
+  }
+  EXPECT_EQ(registry.AddListItem(user, "L", "n", nullptr), -6);
+  EXPECT_EQ(registry.RemoveListItem(user, "L", "n", nullptr), -6);
   EXPECT_FALSE(fs::exists(ini));
   fs::create_directory(ini);
   EXPECT_EQ(registry.Write("S", "k", "v"), -7);
@@ -338,7 +348,9 @@ TEST_F(ZNRegistryTest, EveryFormComesBackForAllAndForAUser) {
   }
   EXPECT_EQ(strings.ReadUserPath(section, none, text, std::string(600, 'x')), -12);
   EXPECT_EQ(text.size(), 511u);
-  EXPECT_EQ(strings.GetIniPath(buffer, static_cast<int>(TextOf(folder.Path()).size()) + 11), -9);
+  const int room = static_cast<int>((TextOf(folder.Path()) + kSlash + "Sennet.ini").size()) + 1;
+  EXPECT_EQ(strings.GetIniPath(buffer, room), 0);
+  EXPECT_EQ(strings.GetIniPath(buffer, room - 1), -9);
   EXPECT_EQ(strings.FlushIniFile(), 0);
 }
 

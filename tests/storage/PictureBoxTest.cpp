@@ -252,6 +252,31 @@ TEST(PictureBox, TakesAHeadOnlyWithAWholeTagAndAKind) {
   }
 }
 
+TEST(PictureBox, WritesTheHeadThatIsAskedFor) {
+  using namespace std::string_literals;
+  const struct {
+    bool newFormat;
+    int kind;
+    std::int32_t encoded;
+    picbox::Place place;
+    std::string head;
+  } cases[] = {{true, 2, 0, picbox::kPictures, "\2PNG\0\x08\0\0\0\0"s},
+               {true, 1, -1, picbox::kPictures, "\1PNG\0\x08\1\0\0\0\7\0\0\0"s},
+               {false, 1, 3, picbox::kPicMask, "\x08\3\0\0\0\7\0\0\0"s},
+               {false, 2, 0, picbox::kOnlyPic, "\x08\0\0\0\0"s},
+               {false, 3, 0, picbox::kOnlyMask, "\x08\0\0\0\0"s}};
+  for (const auto& c : cases) {
+    Box box;
+    IKvStream* stream = box.box->OpenWritePic("a", "png", true, c.newFormat, c.kind, 7, c.encoded);
+    ASSERT_TRUE(stream);
+    stream->Close();
+    EXPECT_EQ(ReadAll(box.At(c.place), "a"), c.head) << c.kind;
+    for (const int kind : {0, 4}) {
+      EXPECT_FALSE(box.box->OpenWritePic("a", "png", true, false, kind, 7, 0));
+    }
+  }
+}
+
 TEST(PictureBox, TellsAMaskByWhatStandsBehindThePicture) {
   Box box;
   const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
