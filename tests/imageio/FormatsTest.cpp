@@ -1,15 +1,12 @@
 // The kinds of pictures that the formats know beside those that the library itself writes.
-#include <cstdio>  // jpeglib.h needs it before
-
 #include <gtest/gtest.h>
-#include <jpeglib.h>
 #include <png.h>
 #include <tiffio.h>
 
 #include <algorithm>
 #include <cstring>
 
-#include "tests/imageio/TestPicture.h"
+#include "tests/imageio/JpegMaker.h"
 
 namespace {
 
@@ -17,6 +14,7 @@ using imageio::Format;
 using imageio::ImageReader;
 using test::Bytes;
 using test::BytesOf;
+using test::MakeJpeg;
 using test::TestPicture;
 
 // Red, green, blue and alpha of all pixels from the top left on.
@@ -153,34 +151,7 @@ TEST(Png, InterlacedGivesTheSame) {
   }
 }
 
-// Writes samples as they are, at full colour resolution.
-Bytes MakeJpeg(int width, int height, J_COLOR_SPACE colours, int samples, bool progressive,
-               const Bytes& data) {
-  jpeg_compress_struct jpeg = {};
-  jpeg_error_mgr errors;
-  jpeg.err = jpeg_std_error(&errors);
-  jpeg_create_compress(&jpeg);
-  unsigned char* bytes = nullptr;
-  unsigned long count = 0;
-  jpeg_mem_dest(&jpeg, &bytes, &count);
-  jpeg.image_width = static_cast<JDIMENSION>(width);
-  jpeg.image_height = static_cast<JDIMENSION>(height);
-  jpeg.input_components = samples;
-  jpeg.in_color_space = colours;
-  jpeg_set_defaults(&jpeg);
-  jpeg_set_quality(&jpeg, 95, TRUE);
-  if (progressive) jpeg_simple_progression(&jpeg);
-  jpeg_start_compress(&jpeg, TRUE);
-  for (int y = 0; y < height; ++y) {
-    auto* row = const_cast<JSAMPROW>(&data[static_cast<std::size_t>(y * width * samples)]);
-    jpeg_write_scanlines(&jpeg, &row, 1);
-  }
-  jpeg_finish_compress(&jpeg);
-  jpeg_destroy_compress(&jpeg);
-  const Bytes file(bytes, bytes + count);
-  std::free(bytes);
-  return file;
-}
+const test::JpegKind kProgressive = {JCS_RGB, 3, 95, true};
 
 Bytes WavyPixels(int width, int height, int samples) {
   Bytes data;
@@ -193,8 +164,8 @@ Bytes WavyPixels(int width, int height, int samples) {
 
 TEST(Jpeg, ProgressiveGivesTheSame) {
   const Bytes data = WavyPixels(70, 50, 3);
-  const Bytes plain = MakeJpeg(70, 50, JCS_RGB, 3, false, data);
-  const Bytes progressive = MakeJpeg(70, 50, JCS_RGB, 3, true, data);
+  const Bytes plain = MakeJpeg(70, 50, {JCS_RGB, 3}, data);
+  const Bytes progressive = MakeJpeg(70, 50, kProgressive, data);
   for (const int box : {70, 35, 20, 5}) {
     ImageReader one(plain.data(), plain.size());
     ImageReader other(progressive.data(), progressive.size());
@@ -207,7 +178,7 @@ TEST(Jpeg, ProgressiveGivesTheSame) {
 // A file may lack its end mark, but nothing else; an end mark behind less does not make it whole.
 TEST(Jpeg, CutOffAnywhereIsAnError) {
   for (const bool progressive : {false, true}) {
-    const Bytes whole = MakeJpeg(70, 50, JCS_RGB, 3, progressive, WavyPixels(70, 50, 3));
+    const Bytes whole = MakeJpeg(70, 50, {JCS_RGB, 3, 95, progressive}, WavyPixels(70, 50, 3));
     EXPECT_EQ(Pixels({whole.begin(), whole.end() - 2}), Pixels(whole));
     for (auto end = whole.begin() + 3; end < whole.end() - 6; ++end) {
       Bytes cut(whole.begin(), end);
@@ -220,7 +191,7 @@ TEST(Jpeg, CutOffAnywhereIsAnError) {
 
 // Each costs a pass over the picture.
 TEST(Jpeg, ScansCountAsWork) {
-  const Bytes bytes = MakeJpeg(70, 50, JCS_RGB, 3, true, WavyPixels(70, 50, 3));
+  const Bytes bytes = MakeJpeg(70, 50, kProgressive, WavyPixels(70, 50, 3));
   ImageReader reader(bytes.data(), bytes.size());
   TestPicture::Of(reader);
   reader.LimitWork({70.0 * 50 * 5, " (told)"});
@@ -236,7 +207,7 @@ TEST(Jpeg, ScansCountAsWork) {
 TEST(Jpeg, SmallPicturesAreNotStretched) {
   for (int width = 1; width <= 12; ++width) {
     for (const int height : {1, 2, 7, 12}) {
-      const Bytes bytes = MakeJpeg(width, height, JCS_RGB, 3, false, WavyPixels(width, height, 3));
+      const Bytes bytes = MakeJpeg(width, height, {JCS_RGB, 3}, WavyPixels(width, height, 3));
       ImageReader whole(bytes.data(), bytes.size());
       const TestPicture full = TestPicture::Of(whole);
       // The same picture in a file that is reduced by means alone.
@@ -258,11 +229,11 @@ TEST(Jpeg, SmallPicturesAreNotStretched) {
 }
 
 TEST(Jpeg, GreysAndInks) {
-  const Bytes grey = Pixels(MakeJpeg(16, 8, JCS_GRAYSCALE, 1, false, Bytes(128, 77)));
+  const Bytes grey = Pixels(MakeJpeg(16, 8, {JCS_GRAYSCALE, 1}, Bytes(128, 77)));
   for (std::size_t i = 0; i < grey.size(); ++i) ASSERT_EQ(grey[i], i % 4 == 3 ? 255 : 77);
   Bytes inks;  // as light that they let through: the library marks such files as inverted
   for (int i = 0; i < 128; ++i) inks.insert(inks.end(), {200, 100, 0, 128});
-  Bytes file = MakeJpeg(16, 8, JCS_CMYK, 4, false, inks);
+  Bytes file = MakeJpeg(16, 8, {JCS_CMYK, 4}, inks);
   const int light[] = {200 * 128 / 255, 100 * 128 / 255, 0, 255};
   const int ink[] = {55 * 127 / 255, 155 * 127 / 255, 127, 255};
   for (const int* expected : {light, ink}) {
@@ -575,11 +546,7 @@ TEST(Reference, IsMet) {
     const TestPicture picture = TestPicture::Of(reader);
     const TestPicture expected = TestPicture::Of(reference);
     ASSERT_EQ(picture.colour.size(), expected.colour.size()) << name;
-    double sum = 0;
-    for (std::size_t i = 0; i < picture.colour.size(); ++i) {
-      sum += std::abs(picture.colour[i] - expected.colour[i]);
-    }
-    EXPECT_LE(sum / static_cast<double>(picture.colour.size()), tolerance) << name;
+    EXPECT_LE(picture.DistanceTo(expected), tolerance) << name;
   }
 }
 

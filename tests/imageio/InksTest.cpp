@@ -1,8 +1,5 @@
 // Pictures of four inks with a profile, against the formulas of its colours and of sRGB.
-#include <cstdio>  // jpeglib.h needs it before
-
 #include <gtest/gtest.h>
-#include <jpeglib.h>
 #include <lcms2.h>
 #include <tiffio.h>
 
@@ -11,7 +8,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "tests/imageio/TestPicture.h"
+#include "tests/imageio/JpegMaker.h"
 
 namespace {
 
@@ -90,30 +87,7 @@ Bytes InkBytes(int others) {
 // The library says of such files that 255 is no ink.
 Bytes JpegOf(Bytes inks, const Bytes& profile) {
   for (std::uint8_t& ink : inks) ink = static_cast<std::uint8_t>(255 - ink);
-  jpeg_compress_struct jpeg = {};
-  jpeg_error_mgr errors = {};
-  jpeg.err = jpeg_std_error(&errors);
-  jpeg_create_compress(&jpeg);
-  unsigned char* bytes = nullptr;
-  unsigned long size = 0;
-  jpeg_mem_dest(&jpeg, &bytes, &size);
-  jpeg.image_width = jpeg.image_height = kSide;
-  jpeg.input_components = 4;
-  jpeg.in_color_space = JCS_CMYK;
-  jpeg_set_defaults(&jpeg);
-  jpeg_set_quality(&jpeg, 100, TRUE);
-  jpeg_start_compress(&jpeg, TRUE);
-  if (!profile.empty())
-    jpeg_write_icc_profile(&jpeg, profile.data(), static_cast<unsigned>(profile.size()));
-  for (std::size_t y = 0; y < kSide; ++y) {
-    JSAMPROW row = &inks[y * kSide * 4];
-    jpeg_write_scanlines(&jpeg, &row, 1);
-  }
-  jpeg_finish_compress(&jpeg);
-  const Bytes file(bytes, bytes + size);
-  jpeg_destroy_compress(&jpeg);
-  std::free(bytes);
-  return file;
+  return test::MakeJpeg(kSide, kSide, {JCS_CMYK, 4, 100, false, profile}, inks);
 }
 
 Bytes TiffOf(Bytes inks, int others, const Bytes& profile) {

@@ -68,12 +68,6 @@ Bytes WrittenAt(Format format, const TestPicture& picture, int quality,
   return test::Written(format, picture, options);
 }
 
-double Distance(const TestPicture& a, const TestPicture& b) {
-  double sum = 0;
-  for (std::size_t i = 0; i < a.colour.size(); ++i) sum += std::abs(a.colour[i] - b.colour[i]);
-  return sum / static_cast<double>(a.colour.size());
-}
-
 bool HasCamera(const Bytes& exif) {
   return std::search(exif.begin(), exif.end(), test::kCamera,
                      test::kCamera + sizeof test::kCamera) != exif.end();
@@ -127,8 +121,8 @@ TEST(ModuleFormats, AreCloseAndQualityCounts) {
   for (const auto& [format, name, module] : WithModules()) {
     const Bytes fine = WrittenAt(format, picture, 95);
     const Bytes coarse = WrittenAt(format, picture, 20);
-    EXPECT_LT(Distance(TestPicture::OfBytes(fine), picture), 3) << name;
-    EXPECT_LT(Distance(TestPicture::OfBytes(coarse), picture), 12) << name;
+    EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(fine)), 3) << name;
+    EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(coarse)), 12) << name;
     EXPECT_GT(fine.size(), coarse.size()) << name;
   }
 }

@@ -54,13 +54,6 @@ TEST(RoundTrip, NeedsNoMaskRows) {
   }
 }
 
-// The mean distance of colour bytes.
-double Distance(const TestPicture& a, const TestPicture& b) {
-  double sum = 0;
-  for (std::size_t i = 0; i < a.colour.size(); ++i) sum += std::abs(a.colour[i] - b.colour[i]);
-  return sum / static_cast<double>(a.colour.size());
-}
-
 TEST(RoundTrip, JpegIsCloseAndQualityCounts) {
   TestPicture picture = TestPicture::Smooth(64, 48);
   const auto written = [&](int quality) {
@@ -68,8 +61,8 @@ TEST(RoundTrip, JpegIsCloseAndQualityCounts) {
     options.jpegQuality = quality;
     return test::Written(Format::Jpeg, picture, options);
   };
-  EXPECT_LT(Distance(TestPicture::OfBytes(written(100)), picture), 0.7);
-  EXPECT_LT(Distance(TestPicture::OfBytes(written(50)), picture), 4);
+  EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(written(100))), 0.7);
+  EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(written(50))), 4);
   EXPECT_GT(written(90).size(), written(89).size() * 11 / 10) << "colour at full resolution";
   picture.mask.assign(picture.mask.size(), 255);
   EXPECT_EQ(TestPicture::OfBytes(written(90)).colour, test::Bytes(picture.colour.size(), 255))

@@ -78,6 +78,12 @@ class TestPicture {
   }
   BYTE& Mask(int x, int y) { return mask[static_cast<std::size_t>((height - 1 - y) * width + x)]; }
 
+  // The mean distance of colour bytes.
+  double DistanceTo(const TestPicture& other) const {
+    double sum = 0;
+    for (std::size_t i = 0; i < colour.size(); ++i) sum += std::abs(colour[i] - other.colour[i]);
+    return sum / static_cast<double>(colour.size());
+  }
   bool operator==(const TestPicture& other) const {
     return width == other.width && height == other.height && colour == other.colour &&
            mask == other.mask;

@@ -311,12 +311,21 @@ TEST(PictureBox, HalfAPictureIsNone) {
       {"too wide", Bytes10(2) + Compressed(place + Sized(wide))},
       {"16 bits", Bytes10(2) + Compressed(place + Sized(deep))},
       {"cut stream", (Bytes10(2) + Compressed(place + Sized(picture))).substr(0, 30)},
-      {"no JPEG", std::string("\x02JPG\0\x08\x01\0\0\0\x05\0\0\0hello", 19) + Compressed(place)},
+      {"JPEG that is none",
+       std::string("\x02JPG\0\x08\x01\0\0\0\x05\0\0\0hello", 19) + Compressed(place)},
   };
   for (const auto& [what, bytes] : cases) {
     Box box;
     Put(box.At(picbox::kPictures), "a", bytes);
     EXPECT_EQ(box.Read("a"), "none failed") << what;
+    EXPECT_EQ(box.box->LoaderStatus() != 0, *what == 'J') << what;
+  }
+  // A file of another program is the loader's affair alone.
+  for (const bool isFolder : {false, true}) {
+    Box box(isFolder);
+    Put(box.At(picbox::kPictures), "a.JPG", "hello");
+    EXPECT_EQ(box.Read("a"), "none");
+    EXPECT_NE(box.box->LoaderStatus(), 0);
   }
 }
 
@@ -412,6 +421,9 @@ TEST(PictureBox, CutsAJpegBehindItsScanHead) {
   const std::string sixFill(5, '\xFF');
   EXPECT_EQ(header(start + sixFill + scan + "data"), start + sixFill + scan);
   EXPECT_EQ(header("no JPEG"), "");
+  Bytes none(3);
+  EXPECT_EQ(box.box->GetJPegHeader("absent", &none), 0u);
+  EXPECT_TRUE(none.empty());
   EXPECT_FALSE(box.box->HasFailed());
   for (const std::string& broken :
        {start + sixFill + "\xFF" + scan, start + std::string("\xFF\xE0\0\x01x", 5) + scan,
