@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "filters/colour/tone/YiqKernels.h"
-#include "tests/filters/pixels/KernelRows.h"
+#include "tests/filters/KernelRows.h"
 
 namespace {
 
@@ -110,31 +110,6 @@ TEST(YiqKernels, ByHand) {
   table[76] = 255;
   kernels::MapLuminance(row.data(), 3, table);
   EXPECT_EQ(row, (testing_support::Row{40, 60, 200, 250, 250, 250, 178, 178, 255}));
-}
-
-TEST(YiqKernels, LevelsAreEqual) {
-  ByteTable table;
-  for (std::size_t i = 0; i < 256; ++i) table[i] = static_cast<std::uint8_t>(i * i / 255);
-  testing_support::Row colours;
-  for (int i = 0; i < 1 << 24; i += 61) {
-    for (const int shift : {0, 8, 16}) colours.push_back(static_cast<std::uint8_t>(i >> shift));
-  }
-  const auto plain = &kernels::MapLuminance;
-  for (const kernels::SimdLevel level : kernels::kSimdLevels) {
-    if (level == kernels::SimdLevel::Plain || level > kernels::ProcessorSimdLevel()) continue;
-    const auto own = kernels::Choose<kernels::YiqKernels>(level).mapLuminance;
-    EXPECT_NE(own, plain);
-    const auto expectSame = [&](const testing_support::Row& row, int start, int width) {
-      testing_support::ExpectSameRow(plain, own, row, [&](auto kernel, std::uint8_t* at) {
-        kernel(at + start, width, table);
-      });
-    };
-    expectSame(colours, 0, static_cast<int>(colours.size() / 3));
-    for (int width = -1; width <= 140; ++width) {
-      expectSame(testing_support::RandomRow(static_cast<std::size_t>(3 * width + 300), 1), 100,
-                 width);
-    }
-  }
 }
 
 }  // namespace

@@ -1,8 +1,11 @@
+// How settings for sectors of hue become numbers for each hue.
 #include "filters/colour/HueSectors.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
+
+#include "filters/colour/BalanceKernels.h"
 
 namespace {
 
@@ -53,6 +56,33 @@ TEST(HueSectors, SaturationFactors) {
   EXPECT_EQ(factors.byHue[120], 101.0 / 100);
   EXPECT_EQ(factors.byHue[180], 0.0);
   EXPECT_EQ(factors.byHue[240], 101.0);
+}
+
+kernels::Balance BalanceOf(const kernels::BalanceSettings& settings) {
+  kernels::Balance balance;
+  kernels::BuildBalance(settings, balance);
+  return balance;
+}
+
+TEST(HueSectors, SlidersAreMixedAndLimited) {
+  // At hue 30 red and yellow weigh 50 percent each: (-7 x 100 + 50 x 3 + 50 x 4) / 100 is -3.
+  const kernels::Balance balance = BalanceOf({.red = {-7, {3, 4}},
+                                              .green = {60, {90}},
+                                              .blue = {-60, {-90}},
+                                              .lightness = {0, {0, 0, 25}},
+                                              .saturation = {-40, {0, 0, 0, 0, 0, 141}}});
+  EXPECT_EQ(balance.entries[30].shifts[2], -3);
+  EXPECT_EQ(balance.entries[0].shifts[1], 127);
+  EXPECT_EQ(balance.entries[0].shifts[0], -127);
+  EXPECT_EQ(balance.entries[120].lightness, 0.25);
+  EXPECT_EQ(balance.entries[300].saturation, 101.0);
+  EXPECT_EQ(balance.entries[0].saturation, 0.6);
+  const kernels::BalanceEntry& grey = balance.entries[kernels::kGreyEntry];
+  EXPECT_EQ(grey.shifts[2], -8);  // -7 x 127 / 100
+  EXPECT_EQ(grey.shifts[1], 76);
+  EXPECT_EQ(grey.lightness, 0);
+  EXPECT_TRUE(grey.recolours);
+  EXPECT_FALSE(BalanceOf({.red = {100, {}}}).entries[7].recolours);
 }
 
 }  // namespace

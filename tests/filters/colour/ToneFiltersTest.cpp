@@ -1,94 +1,286 @@
+// The filters that measure a picture: tone value, grey point and histogram, over any texts and
+// requests against naive models, and what is odd in them.
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <functional>
+#include <array>
+#include <cmath>
+#include <random>
 
-#include "filters/FilterClasses.h"
+#include "tests/filters/ClassOf.h"
 #include "tests/support/TestFilters.h"
 
-// Worked examples of the tone filters, above all of what is odd in them.
 namespace testing_support {
 namespace {
 
-using Bytes = std::vector<BYTE>;
+using Table = std::array<double, 256>;  // entries that no integer holds stay infinite
+using Tables = std::array<Table, 3>;    // blue, green, red
+struct Range {
+  int low, high;
+};
 
-const FilterClass& ClassOf(const std::string& word) {
-  const auto table = FilterClasses();
-  return *std::find_if(table.begin(), table.end(), [&](const FilterClass& row) {
-    return "ZNFilter." + word + ".1" == row.progId;
-  });
+constexpr int kLuminance = 3;
+
+int LevelOf(const BYTE* pixel, int channel) {
+  return channel < kLuminance ? pixel[channel]
+                              : (77 * pixel[2] + 151 * pixel[1] + 28 * pixel[0]) >> 8;
 }
 
-// A row of pixels.
-Picture RowOf(const Bytes& colour) {
-  Picture picture(static_cast<int>(colour.size() / 3), 1);
-  picture.colour = colour;
+// How often each level occurs in one channel, or in the luminance.
+std::array<int, 256> Counts(const Picture& picture, int channel) {
+  std::array<int, 256> counts = {};
+  for (std::size_t i = 0; i < picture.colour.size(); i += 3) {
+    ++counts[static_cast<std::size_t>(LevelOf(&picture.colour[i], channel))];
+  }
+  return counts;
+}
+
+Range Measure(const Picture& picture, int channel, int requestedPixels) {
+  const auto counts = Counts(picture, channel);
+  const int threshold = requestedPixels * 5 / 1000;
+  Range range{0, 255};
+  for (int sum = 0; sum < threshold;) sum += counts.at(static_cast<std::size_t>(range.low++));
+  for (int sum = 0; sum < threshold;) sum += counts.at(static_cast<std::size_t>(range.high--));
+  return range;
+}
+
+Table Ramp(Range range) {
+  Table table = {};
+  for (int i = std::max(range.high, 0); i < 256; ++i) table[static_cast<std::size_t>(i)] = 255;
+  const float slope = static_cast<float>(255.0 / (range.high - range.low));
+  for (int i = std::max(range.low + 1, 0); i < std::min(range.high, 256); ++i) {
+    const double entry = std::trunc((i - range.low) * double{slope}) + table[0];
+    table[static_cast<std::size_t>(i)] = static_cast<int>(entry) & 255;
+  }
+  return table;
+}
+
+struct ToneValue {
+  int autoContrast, channelsApart, autoTone, hi, med, lo, addHi, addMed, addLo;
+
+  std::string Text() const {
+    const char* const keys[] = {"AutoContrast", "AutoContrastRGB", "AutoTone", "Hi",   "Med",
+                                "Lo",           "Addhi",           "Addmed",   "Addlo"};
+    const int values[] = {autoContrast, channelsApart, autoTone, hi, med, lo, addHi, addMed, addLo};
+    std::string text;
+    for (std::size_t i = 0; i < std::size(keys); ++i) {
+      text.append(i == 0 ? "" : ",").append(keys[i]).append("=").append(std::to_string(values[i]));
+    }
+    return text;
+  }
+
+  Range Adjusted(Range measured) const {
+    if (!autoContrast) return {lo, 255 - hi};
+    return {std::clamp(measured.low + addLo, 0, 125), std::clamp(measured.high - addHi, 130, 255)};
+  }
+
+  int Midtone(const Picture& picture, Range limits, int requestedPixels) const {
+    if (!autoTone) return med;
+    const auto counts = Counts(picture, kLuminance);
+    double sum = 0;
+    for (int i = 0; i < 256; ++i) {
+      const int weight = i <= limits.low ? 1 : i < limits.high ? i + 1 : 256;
+      sum += double(weight) * counts[static_cast<std::size_t>(i)];
+    }
+    const float mean = static_cast<float>(sum / requestedPixels - 1.0);
+    const double v = std::clamp(std::trunc(mean + 0.5) - 100.0, -70.0, 125.0);
+    const double t = v > 0 ? 1.0 + 2 * v / 125.0 : 1.0 - 0.5 * v / -70.0;
+    const double found = t > 1 ? std::max(std::trunc((1.0 - t) * 50.0), -100.0)
+                               : std::min(std::trunc((1.0 - t) * 200.0), 100.0);
+    return std::clamp(addMed + static_cast<int>(found), -100, 100);
+  }
+
+  // By the request that the limits were measured for, and by that of the pull.
+  Tables Build(const Picture& picture, int firstPixels, int pixels) const {
+    const Range all = Adjusted(Measure(picture, kLuminance, firstPixels));
+    const int m = Midtone(picture, all, pixels);
+    const double exponent = 1.0 - (m >= 0 ? m / 200.0 : m / 50.0);
+    Tables tables;
+    for (int channel = 0; channel < 3; ++channel) {
+      Table& table = tables[static_cast<std::size_t>(channel)];
+      table = Ramp(channelsApart ? Adjusted(Measure(picture, channel, firstPixels)) : all);
+      for (double& entry : table) {
+        entry = std::trunc(255 * std::pow(entry / 255, exponent) + 0.5);
+      }
+    }
+    return tables;
+  }
+};
+
+void ExpectMapped(const Picture& given, const Tables& tables, int opacity, const Picture& found) {
+  for (std::size_t i = 0; i < given.colour.size(); ++i) {
+    const double entry = tables[i % 3][given.colour[i]];
+    if (!(std::abs(entry) < 1e7)) continue;
+    const int mixed = static_cast<int>(entry) * opacity + (100 - opacity) * given.colour[i];
+    ASSERT_EQ((mixed / 100) & 255, found.colour[i]) << "of " << int{given.colour[i]};
+  }
+  EXPECT_EQ(given.mask, found.mask);
+}
+
+int Between(std::mt19937& random, int least, int most) {
+  return least + static_cast<int>(random() % static_cast<unsigned>(most - least + 1));
+}
+
+// Noise whose channels have ranges of their own.
+Picture Narrow(std::mt19937& random, int width, int height) {
+  Picture picture = Noise(width, height, Masks::Noise, static_cast<std::uint32_t>(random()));
+  for (std::size_t channel = 0; channel < 3; ++channel) {
+    const int first = Between(random, 0, 110);
+    const int span = Between(random, 20, 255 - first);
+    for (std::size_t i = channel; i < picture.colour.size(); i += 3) {
+      picture.colour[i] = static_cast<BYTE>(first + picture.colour[i] * span / 256);
+    }
+  }
   return picture;
 }
 
-Bytes Pull(const FilterClass& row, const std::string& text, const Picture& picture) {
-  Rig rig(picture, row);
-  rig.Filter().SetParameter(text.c_str(), 1);
-  return rig.PullWhole().colour;
-}
-
-TEST(ToneFilters, GiveWorkedValues) {
-  const Bytes kSome = {0, 128, 255, 10, 20, 30, 127, 127, 127};
-  const struct {
-    const char* word;
-    const char* text;
-    Bytes given, expected;
-  } kCases[] = {
-      {"BrightnessContrast", "", kSome, kSome},
-      {"BrightnessContrast", "Brightness=100", kSome, Bytes(9, 255)},
-      {"BrightnessContrast", "Brightness=-100", kSome, Bytes(9, 0)},
-      // So steep that no integer holds the products.
-      {"BrightnessContrast", "Contrast=2000", kSome, {0, 255, 255, 0, 0, 0, 0, 0, 0}},
-      // No saturation leaves the lightness: (20 / 255 + 40 / 255) / 2 * 255.
-      {"BrightnessContrast", "Saturation=-100", {20, 30, 40}, {30, 30, 30}},
-      {"BrightnessContrast", "Saturation=101", {20, 30, 40}, {0, 30, 60}},
-      // 80 percent of 1 is 0: no conversion, which would lose levels.
-      {"Exposure", "Green=001", kSome, kSome},
-      // 255 * (100 / 255)^3, then ^(1/3).
-      {"Exposure", "Red=-100", {100, 0, 255}, {15, 0, 255}},
-      {"Exposure", "Blue=100", {100, 0, 255}, {186, 0, 255}},
-      {"Exposure2", "", kSome, kSome},
-      {"Exposure2", "Red=100, Green=100, Blue=-100", {9, 9, 9}, {9, 9, 9}},
-      // Mean 66; 100 takes 100 - 255 * (100 / 255)^3 = 84; 34 * 84 / 85 = 33.
-      {"Exposure2", "Blue=-100", {100, 50, 50}, {67, 50, 50}},
-      // One level: all of it is white, and black stays.
-      {"Histo", "", {0, 0, 0, 99, 99, 99}, {0, 0, 0, 255, 255, 255}},
-      {"Histo", "Intensity=100", {90, 90, 90, 99, 99, 99}, {128, 128, 128, 255, 255, 255}},
-      {"WhiteBlackGrey", "Mode=1", kSome, kSome},
-      {"WhiteBlackGrey", "Mode=7", kSome, kSome},
-      {"WhiteBlackGrey", "RedG=000, GreenG=000, Opacity=000", kSome, kSome},
-      {"WhiteBlackGrey", "RedG=000, GreenG=000, FilterOn=0", kSome, kSome},
-      // A grey channel of 255 has the first branch alone; one of 50 is lifted to the median of 100.
-      {"WhiteBlackGrey", "RedG=255, GreenG=100, BlueG=050", {50, 100, 255}, {100, 100, 100}},
-      {"WhiteBlackGrey", "RedG=255, GreenG=100, BlueG=050", {25, 200, 128}, {50, 200, 50}},
-      {"WhiteBlackGrey", "RedG=0, GreenG=0, BlueG=0, Mode=1", {0, 1, 200}, {255, 255, 255}},
-      // The scaled grey 128 * (60, 80, 120) / 80 goes to 128 exactly, whatever rounding says.
-      {"WhiteBlackGrey", "RedG=60, GreenG=80, BlueG=120, Mode=1", {192, 128, 96}, {128, 128, 128}},
-      {"WhiteBlackGrey",
-       "RedG=0, GreenG=0, BlueG=0, Mode=1, Opacity=50",
-       {100, 0, 1},
-       {177, 127, 128}},
-      {"Tonwert", "AutoContrast=0", kSome, kSome},
-      {"Tonwert", "AutoContrast=0, Lo=100, Hi=55", {100, 150, 200}, {0, 127, 255}},
-      // A low limit below 0 adds its own first entry to all others.
-      {"Tonwert", "AutoContrast=0, Lo=-255", {0, 2, 254}, {127, 255, 125}},
-      {"Tonwert", "AutoContrast=0, Lo=300, Hi=300", kSome, Bytes(9, 255)},
-      // Limits that cross are held apart: 125 and 130.
-      {"Tonwert", "Addlo=1000, Addhi=1000", {125, 127, 130}, {0, 102, 255}},
-  };
-  for (const auto& c : kCases) {
-    EXPECT_EQ(Pull(ClassOf(c.word), c.text, RowOf(c.given)), c.expected) << c.word << " " << c.text;
+TEST(ToneFilters, ToneValue) {
+  std::mt19937 random(21);
+  for (int round = 0; round < 120; ++round) {
+    const auto flag = [&] { return Between(random, 0, 1); };
+    const auto correction = [&] { return flag() ? 0 : Between(random, -130, 130); };
+    const ToneValue tone{flag(),
+                         flag(),
+                         flag(),
+                         Between(random, -40, 110),
+                         Between(random, -100, 100),
+                         Between(random, -40, 110),
+                         correction(),
+                         correction(),
+                         correction()};
+    SCOPED_TRACE(tone.Text());
+    const Picture picture = Narrow(random, Between(random, 15, 50), Between(random, 15, 50));
+    Rig rig(picture, ClassOf("ZNFilter.Tonwert.1"));
+    rig.Filter().SetParameter(tone.Text().c_str(), 1);
+    rig.Prepare();
+    const RowRequest first = AnyRequest(random, picture, 2),
+                     second = AnyRequest(random, picture, 2);
+    for (const RowRequest& r : {first, second}) {
+      const Tables tables = tone.Build(picture, first.width * first.height, r.width * r.height);
+      ExpectMapped(PartOf(picture, r), tables, 100, rig.PullPart(r));
+    }
   }
 }
 
+struct GreyPoint {
+  int mode;
+  std::array<int, 3> grey;  // blue, green, red
+
+  std::array<double, 3> Gammas(const std::array<double, 3>& by) const {
+    const double median = std::max(std::min(by[0], by[1]), std::min(std::max(by[0], by[1]), by[2]));
+    std::array<double, 3> gammas;
+    std::transform(by.begin(), by.end(), gammas.begin(), [&](double value) {
+      const double scaled = std::trunc(128.0 / (median < 2 ? 1 : median) * value + 0.5);
+      return scaled == 128 ? 1.0 : std::log10(255.0 / 128) / std::log10(255.0 / scaled);
+    });
+    return gammas;
+  }
+
+  static Range Apart(Range limits) {
+    limits = {std::clamp(limits.low, 0, 240), std::clamp(limits.high, 15, 255)};
+    if (limits.high < limits.low) std::swap(limits.low, limits.high);
+    if (limits.high - limits.low >= 10) return limits;
+    if (limits.high < 129) return {limits.low, limits.low + 10};
+    return {limits.high - 10, limits.high};
+  }
+
+  static Table Curve(Range limits, double gamma) {
+    Table table = {};
+    for (int i = limits.low; i < 256; ++i) {
+      const double share = static_cast<double>(i - limits.low) / (limits.high - limits.low);
+      const double entry = std::trunc(255 * std::pow(share, gamma) + 1e-9);
+      table[static_cast<std::size_t>(i)] = i < limits.high ? entry : 255;
+    }
+    return table;
+  }
+
+  Table Line(int c) const {
+    std::array<int, 3> sorted = grey;
+    std::sort(sorted.begin(), sorted.end());
+    Table table;
+    for (int i = 0; i < 256; ++i) {
+      table[static_cast<std::size_t>(i)] =
+          i < c || c == 255 ? i * sorted[1] / c : (i - 255) * (255 - sorted[1]) / (255 - c) + 255;
+    }
+    return table;
+  }
+
+  Tables Build(const Picture& part) const {
+    Tables tables;
+    std::array<double, 3> by;
+    std::array<Range, 3> ranges;
+    for (std::size_t c = 0; c < 3; ++c) {
+      const int channel = mode == 2 ? kLuminance : static_cast<int>(c);
+      ranges[c] = mode == 1 ? Range{0, 255} : Measure(part, channel, part.width * part.height);
+      by[c] = mode == 1 ? grey[c] : Ramp(ranges[c])[static_cast<std::size_t>(grey[c])];
+    }
+    for (std::size_t c = 0; c < 3; ++c) {
+      tables[c] = mode == 0 ? Line(grey[c]) : Curve(Apart(ranges[c]), Gammas(by)[c]);
+    }
+    return tables;
+  }
+};
+
+TEST(ToneFilters, GreyPoint) {
+  std::mt19937 random(22);
+  for (int round = 0; round < 160; ++round) {
+    const auto level = [&] { return Between(random, 1, 255); };
+    const GreyPoint point{round % 4, {level(), level(), level()}};
+    const int opacity = round % 3 == 0 ? 100 : Between(random, 1, 99);
+    const std::string text =
+        "BlueG=" + std::to_string(point.grey[0]) + ",GreenG=" + std::to_string(point.grey[1]) +
+        ",RedG=" + std::to_string(point.grey[2]) + ",Mode=" + std::to_string(point.mode) +
+        ",Opacity=" + std::to_string(opacity);
+    SCOPED_TRACE(text);
+    const Picture picture = round % 5 == 0
+                                ? Uniform(30, 20, 7, static_cast<BYTE>(level()), 251)
+                                : Narrow(random, Between(random, 5, 40), Between(random, 5, 40));
+    Rig rig(picture, ClassOf("ZNFilter.WhiteBlackGrey.1"));
+    rig.Filter().SetParameter(text.c_str(), 1);
+    rig.Prepare();
+    const RowRequest r = AnyRequest(random, picture, 2);
+    const Picture part = PartOf(picture, r);
+    ExpectMapped(part, point.Build(part), opacity, rig.PullPart(r));
+  }
+}
+
+Picture Equalised(const Picture& part, int intensity) {
+  const auto counts = Counts(part, kLuminance);
+  std::array<float, 256> curve;
+  float sum = 0;
+  for (std::size_t i = 0; i < 256; ++i) {
+    if (counts[i] != 0) sum += static_cast<float>(std::pow(counts[i], intensity / 100.0));
+    curve[i] = sum;
+  }
+  Picture result = part;
+  for (std::size_t i = 0; i < part.colour.size(); ++i) {
+    const int level = LevelOf(&part.colour[i / 3 * 3], kLuminance);
+    const auto scaled = static_cast<float>(curve[static_cast<std::size_t>(level)] * (255.0 / sum));
+    const double ratio = level > 0 ? double{scaled} / level : 0.0;
+    result.colour[i] = static_cast<BYTE>(std::min(part.colour[i] * ratio + 0.5, 255.0));
+  }
+  return result;
+}
+
+TEST(ToneFilters, Histogram) {
+  std::mt19937 random(23);
+  for (const int intensity : {0, 1, 35, 50, 99, 100, 150, -40}) {
+    const Picture picture = Narrow(random, Between(random, 5, 90), Between(random, 5, 40));
+    Rig rig(picture, ClassOf("ZNFilter.Histo.1"));
+    rig.Filter().SetParameter(("Intensity=" + std::to_string(intensity)).c_str(), 1);
+    rig.Prepare();
+    // What is counted lies at the front of the rows.
+    const RowRequest r = AnyRequest(random, picture, 0);
+    EXPECT_EQ(Difference(Equalised(PartOf(picture, r), intensity), rig.PullPart(r)), "")
+        << intensity;
+  }
+}
+
+using Bytes = std::vector<BYTE>;
+
 // A text without `Mode` is linear again, and a pull does not wait for the Prepare.
 TEST(ToneFilters, GreyPointWorksByPendingParameters) {
-  Rig rig(RowOf({50, 100, 200}), ClassOf("WhiteBlackGrey"));
+  Rig rig(Uniform(1, 1, 50, 100, 200), ClassOf("ZNFilter.WhiteBlackGrey.1"));
   rig.Filter().SetParameter("RedG=0, GreenG=0, BlueG=0, Mode=1", 1);
   rig.Prepare();
   GuardedRows rows(1, 1);
@@ -102,45 +294,15 @@ TEST(ToneFilters, GreyPointWorksByPendingParameters) {
   EXPECT_THAT(PendingText(rig.Filter()), testing::HasSubstr("Mode=0"));
 }
 
-TEST(ToneFilters, SourcesThatStopEndThePullAsEachFilterSays) {
-  for (const auto& [word, failed, stopped] : {std::tuple{"Optimize", E_FAIL, HRESULT{7}},
-                                              {"WhiteBlackGrey", E_FAIL, 7},
-                                              {"Histo", S_OK, S_OK},
-                                              {"BrightnessContrast", S_OK, S_OK},
-                                              {"Exposure", S_OK, 1}}) {
-    for (const auto& [given, expected] : {std::pair{E_FAIL, failed}, {HRESULT{7}, stopped}}) {
-      Rig rig(RowOf({1, 2, 3}), ClassOf(word));
-      rig.Prepare();
-      rig.source->results = {given};
-      GuardedRows rows(1, 1);
-      EXPECT_EQ(rig.Pull(rows, {0, 0, 0, 0, 1, 1}), expected) << word;
-    }
-  }
-}
-
 // Whoever filled the first rows of the caller's array is counted, and only they.
 TEST(ToneFilters, HistogramCountsTheFirstRowsOfTheArray) {
-  Rig rig(Uniform(2, 1, 50, 50, 50), ClassOf("Histo"));
+  Rig rig(Uniform(2, 1, 50, 50, 50), ClassOf("ZNFilter.Histo.1"));
   rig.Prepare();
   GuardedRows rows(2, 2);
   std::fill_n(rows.ColourRows()[0], 6, BYTE{200});
   EXPECT_EQ(rig.Pull(rows, {0, 1, 0, 0, 2, 1}), S_OK);
   EXPECT_EQ(rows.Part(0, 1, 1, 1).colour, Bytes({0, 0, 0}));
   EXPECT_EQ(rows.Part(0, 0, 1, 1).colour, Bytes({200, 200, 200}));
-}
-
-// The first request after a change decides how many pixels the limits leave out; a small one leaves
-// out none, for all later requests.
-TEST(ToneFilters, LimitsComeFromTheFirstRequest) {
-  Rig rig(Noise(40, 40, Masks::Nothing, 3), ClassOf("Tonwert"));
-  for (auto& byte : rig.source->picture.colour) byte = static_cast<BYTE>(60 + byte / 2);
-  rig.Prepare();
-  GuardedRows rows(40, 40);
-  rig.Pull(rows, {0, 0, 0, 0, 10, 10});
-  rig.Pull(rows, {0, 0, 0, 0, 40, 40});
-  EXPECT_EQ(rows.Whole().colour, rig.source->picture.colour);
-  rig.source->revision++;
-  EXPECT_NE(rig.PullWhole().colour, rig.source->picture.colour);
 }
 
 // Whether channels are stretched apart is taken as it is set, all else once it is prepared.
@@ -150,7 +312,7 @@ TEST(ToneFilters, ChannelsGoApartAtOnce) {
     picture.colour[i] = static_cast<BYTE>(picture.colour[i] / (2 + i % 3) + 20);
   }
   const auto pulled = [&](const char* prepared, const char* pending) {
-    Rig rig(picture, ClassOf("Tonwert"));
+    Rig rig(picture, ClassOf("ZNFilter.Tonwert.1"));
     rig.Filter().SetParameter(prepared, 1);
     rig.PullWhole();
     rig.Filter().SetParameter(pending, 1);
@@ -168,7 +330,7 @@ TEST(ToneFilters, ChannelsGoApartAtOnce) {
 // What one object measures on a preview, another repeats on the picture: pixels of one level come
 // out alike.
 TEST(ToneFilters, ToneValueRepeatsAMeasurement) {
-  const FilterClass& row = ClassOf("Tonwert");
+  const FilterClass& row = ClassOf("ZNFilter.Tonwert.1");
   const std::string own = "AutoContrast=1, AutoContrastRGB=1, AutoTone=1, Hi=000, Med=000, Lo=000";
   Picture preview = Noise(30, 20, Masks::Noise, 11);
   for (auto& byte : preview.colour) byte = static_cast<BYTE>(byte / 3 + 20);

@@ -1,5 +1,6 @@
 // Each key of the filters with a tone curve, sectors of hue or weights of channels, by values that
-// were worked out from the filters' formulas in another language.
+// were worked out from the filters' formulas in another language; and what is odd in filters of
+// tones, by hand.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -15,6 +16,8 @@ namespace {
 // blue, magenta.
 const std::string kSix = "2850c8 1eb4aa 3cbe32 c8aa1e d24628 a014be";
 const std::string kFour = kSix.substr(0, 27), kThree = kSix.substr(0, 20);
+
+const std::string kSome = "0080ff 0a141e 7f7f7f", kWhite = "ffffff ffffff ffffff";
 
 const std::string kCurves =
     "FilterOn=1,nL=03,xL2=100,yL2=140,xL3=255,yL3=250,yR1=20,nG=03,xG2=60,yG2=30,nB=02,yB2=200";
@@ -118,6 +121,34 @@ const Worked kCases[] = {
     {"Gamma", "S46=30,S56=-40", kSix, "2850c8 1eb4aa 3cbe32 c8aa1e d24628 cc91d9"},
     {"Gamma", "S10=20,S30=-40,S40=10,S50=50,S11=99", "5a5a5a 000000", "0487c9 00004c"},
     {"Gamma", "S10=300,S20=-300,S30=200,S40=-200,S50=999", kThree, "000000 000000 000000"},
+    // So steep that no integer holds the products.
+    {"BrightnessContrast", "Contrast=2000", kSome, "00ffff 000000 000000"},
+    {"BrightnessContrast", "Brightness=100", kSome, kWhite},
+    // No saturation leaves the lightness: (20 / 255 + 40 / 255) / 2 * 255.
+    {"BrightnessContrast", "Saturation=-100", "141e28", "1e1e1e"},
+    {"BrightnessContrast", "Saturation=101", "141e28", "001e3c"},
+    // 80 percent of 1 is 0: no conversion, which would lose levels.
+    {"Exposure", "Green=001", kSome, kSome},
+    // 255 * (100 / 255)^3, then ^(1/3).
+    {"Exposure", "Red=-100", "6400ff", "0f00ff"},
+    {"Exposure", "Blue=100", "6400ff", "ba00ff"},
+    {"Exposure2", "Red=100, Green=100, Blue=-100", "090909", "090909"},
+    // Mean 66; 100 takes 100 - 255 * (100 / 255)^3 = 84; 34 * 84 / 85 = 33.
+    {"Exposure2", "Blue=-100", "643232", "433232"},
+    // One level: all of it is white, and black stays.
+    {"Histo", "", "000000 636363", "000000 ffffff"},
+    {"WhiteBlackGrey", "RedG=010, Mode=7", kSome, kSome},
+    {"WhiteBlackGrey", "RedG=000, GreenG=000, Opacity=000", kSome, kSome},
+    {"WhiteBlackGrey", "RedG=000, GreenG=000, FilterOn=0", kSome, kSome},
+    {"WhiteBlackGrey", "RedG=0, GreenG=0, BlueG=0, Mode=1", "0001c8", "ffffff"},
+    {"WhiteBlackGrey", "RedG=0, GreenG=0, BlueG=0, Mode=1, Opacity=50", "640001", "b17f80"},
+    // The scaled grey 128 * (60, 80, 120) / 80 goes to 128 exactly, whatever rounding says.
+    {"WhiteBlackGrey", "RedG=60, GreenG=80, BlueG=120, Mode=1", "c08060", "808080"},
+    // A low limit below 0 adds its own first entry to all others.
+    {"Tonwert", "AutoContrast=0, Lo=-255", "0002fe", "7fff7d"},
+    {"Tonwert", "AutoContrast=0, Lo=300, Hi=300", kSome, kWhite},
+    // Limits that cross are held apart: 125 and 130.
+    {"Tonwert", "Addlo=1000, Addhi=1000", "7d7f82", "0066ff"},
 };
 
 Picture PictureOf(const std::string& colours) {

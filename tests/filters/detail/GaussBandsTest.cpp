@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-#include "tests/filters/pixels/KernelRows.h"
+#include "tests/filters/KernelRows.h"
 
 namespace {
 
