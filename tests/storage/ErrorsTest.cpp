@@ -74,6 +74,14 @@ TEST(StorageReports, NameTheOperationAndTheObject) {
   EXPECT_THAT(fakes.desktop.debugOutput,
               testing::IsSupersetOf({path + "\n", std::string(" in new KVStorage\n \n")}));
   fakes.desktop.debugOutput.clear();
+  const std::string other = platform::StoragePathOf(folder / "other"), name(40, 'n');
+  const test::StoragePtr box(
+      KvStorage::CreateNewKvStorage(other.c_str(), OpenModeReadWrite, false, false));
+  EXPECT_EQ(box->CreateStream(name.c_str(), OpenModeReadWrite), nullptr);
+  EXPECT_EQ(box->CreateStorage(name.c_str(), OpenModeReadWrite, false, false), nullptr);
+  EXPECT_EQ(
+      std::count(fakes.desktop.debugOutput.begin(), fakes.desktop.debugOutput.end(), name + "\n"),
+      2);
   const test::StoragePtr boxes(new KvSimpStorage(path.c_str(), OpenModeReadWrite, true, false));
   test::Put(*boxes, "below\\a", "x");
   EXPECT_FALSE(boxes->DeleteStream("absent"));

@@ -66,6 +66,14 @@ TEST(FolderStorage, MakesFoldersWithTheFirstStreamAndRemovesEmptyOnes) {
 
 TEST(FolderStorage, OpensWithoutMaking) {
   const TemporaryFolder folder;
+  // Only a folder outside of boxes is made at once.
+  for (const auto& [mode, external] :
+       {std::pair(OpenModeRead, true), {OpenModeReadWrite, false}, {OpenModeReadWrite, true}}) {
+    EXPECT_FALSE(fs::exists(folder / "at once"));
+    const StoragePtr made(new KvSimpStorage(platform::StoragePathOf(folder / "at once").c_str(),
+                                            mode, true, external));
+  }
+  EXPECT_TRUE(fs::remove(folder / "at once"));
   const StoragePtr storage = FolderOn(folder.Path());
   EXPECT_EQ(storage->OpenStream("absent", OpenModeRead), nullptr);
   EXPECT_EQ(storage->OpenStream("absent", OpenModeRead | OpenModeWrite), nullptr);

@@ -420,6 +420,7 @@ TEST(PictureBox, CutsAJpegBehindItsScanHead) {
             start + std::string("\xFF\xE0\0\x03x", 5) + scan);
   const std::string sixFill(5, '\xFF');
   EXPECT_EQ(header(start + sixFill + scan + "data"), start + sixFill + scan);
+  EXPECT_EQ(header(start + scan), start + scan);
   EXPECT_EQ(header("no JPEG"), "");
   Bytes none(3);
   EXPECT_EQ(box.box->GetJPegHeader("absent", &none), 0u);
@@ -427,7 +428,7 @@ TEST(PictureBox, CutsAJpegBehindItsScanHead) {
   EXPECT_FALSE(box.box->HasFailed());
   for (const std::string& broken :
        {start + sixFill + "\xFF" + scan, start + std::string("\xFF\xE0\0\x01x", 5) + scan,
-        start + std::string("\xFF\xE0\x7F\xFFx", 5), start}) {
+        start + std::string("\xFF\xE0\x7F\xFFx", 5), start + scan.substr(0, 5), start}) {
     Box other;
     Put(other.At(picbox::kPictures), "a.JPG", broken);
     Bytes bytes;
