@@ -121,11 +121,13 @@ inline Bytes ReadBytes(const std::filesystem::path& file) {
   return Bytes(std::istreambuf_iterator<char>(stream), {});
 }
 
+#ifdef FXBOX_TEST_DATA
 // Where the tests find picture files, good and broken.
 inline std::filesystem::path DataFolder() {
   const char* other = std::getenv("FXBOX_TEST_DATA");
   return other != nullptr ? other : FXBOX_TEST_DATA;
 }
+#endif
 
 // The bytes of a file that WriteImage makes.
 inline Bytes Written(imageio::Format format, TestPicture picture,

@@ -12,6 +12,8 @@
 #include <random>
 #include <vector>
 
+#include "imageio/StoredBitmap.h"
+#include "tests/imageio/TestPicture.h"
 #include "tests/platform/Support.h"
 
 #ifdef _WIN32
@@ -154,6 +156,42 @@ Pixels Seen(DibHandle dib) {
   return Model({24, static_cast<int>(Get(bytes, 4, 4)), static_cast<int>(Get(bytes, 8, 4))}, bytes);
 }
 
+Bytes FileOf(const Bytes& dib, std::size_t rowsAt) {
+  Bytes file = {'B', 'M'};
+  Put(file, 4, {static_cast<int>(14 + dib.size()), 0, static_cast<int>(14 + rowsAt)});
+  file.insert(file.end(), dib.begin(), dib.end());
+  return file;
+}
+
+// As the reader of picture files sees one.
+Pixels Decoded(const Bytes& file) {
+  test::TestPicture picture = test::TestPicture::OfBytes(file);
+  Pixels pixels;
+  for (int i = 0; i < picture.width * picture.height; ++i) {
+    const BYTE* const pixel = picture.Pixel(i % picture.width, i / picture.width);
+    pixels.push_back({pixel[0], pixel[1], pixel[2]});
+    EXPECT_EQ(picture.Mask(i % picture.width, i / picture.width), 0);
+  }
+  return pixels;
+}
+
+// As boxes see one that is stored, with more behind it; empty where it cannot be.
+Pixels Stored(Bytes dib) {
+  const std::size_t size = dib.size();
+  dib.resize(size + 3);
+  const auto stored = imageio::StoredBitmap::Parse(dib);
+  EXPECT_EQ(stored ? stored->Bytes() : size, size);
+  Pixels pixels;
+  for (int y = stored ? stored->Height() : 0; y-- > 0;) {
+    std::vector<Colour> row(static_cast<std::size_t>(stored->Width()));
+    stored->ReadColours(y, row[0].data());
+    pixels.insert(pixels.end(), row.begin(), row.end());
+  }
+  dib.resize(size - 1);
+  EXPECT_FALSE(imageio::StoredBitmap::Parse(dib));
+  return pixels;
+}
+
 std::vector<Shape> AllShapes() {
   std::vector<Shape> shapes;
   for (const int height : {5, -5}) {
@@ -192,6 +230,11 @@ TEST(DibFunctions, EveryShapeIsReadAsThePlainModelReadsIt) {
     }
     EXPECT_EQ(Model({8, shape.width, height}, Dib(GolorGray(dib)).Content()), greys);
     EXPECT_EQ(DIBFileSize(dib), bytes.size() + 14);
+    if (shape.bits > 0) {
+      EXPECT_EQ(Decoded(FileOf(bytes, bytes.size() - shape.Rows())), pixels);
+    }
+    const bool isStored = shape.height > 0 && shape.bits != 16;
+    EXPECT_EQ(Stored(bytes), isStored ? pixels : Pixels());
     // The copy keeps depth, colours and fields.
     if (shape.bits == 24 && !shape.colours.empty()) continue;  // a table that nobody needs
     Bytes head(bytes.begin(), bytes.end() - static_cast<std::ptrdiff_t>(shape.Rows()));
@@ -267,6 +310,7 @@ TEST(DibFunctions, UnpacksRunLengths) {
     EXPECT_EQ(Dib(DibReadDib(packed.data(), packed.size())).Content(), plain);
     const Dib dib(packed);
     EXPECT_EQ(Seen(dib), Seen(Dib(plain)));
+    EXPECT_EQ(Decoded(FileOf(packed, packed.size() - runs.size())), Seen(dib));
     EXPECT_EQ(DibMapToPalette(dib, shape.colours.data(), 1), 0);
     for (std::size_t cut = packed.size() - runs.size(); cut < packed.size() - 2; ++cut) {
       EXPECT_FALSE(DibReadDib(packed.data(), cut)) << cut;
@@ -277,9 +321,7 @@ TEST(DibFunctions, UnpacksRunLengths) {
 TEST(DibFunctions, ReadsFilesAndOldHeads) {
   const Shape shape{8, 8, 4, RandomColours(20, 6)};
   const Bytes dib = RandomDib(shape, 2);
-  Bytes file = {'B', 'M'};
-  Put(file, 4, {static_cast<std::int64_t>(14 + dib.size()), 0, 14 + 40 + 80});
-  file.insert(file.end(), dib.begin(), dib.end());
+  const Bytes file = FileOf(dib, 40 + 80);
   const Bytes fromMemory = Dib(DibReadDib(file.data(), file.size())).Content();
   EXPECT_EQ(fromMemory.size(), dib.size());
   EXPECT_EQ(Bytes(fromMemory.begin() + 40, fromMemory.end()), Bytes(dib.begin() + 40, dib.end()));
@@ -486,23 +528,26 @@ TEST(DibFunctions, PaintsWhatLiesWithinTheTarget) {
 }
 
 TEST(DibFunctions, RefusesToPaint) {
-  const Dib dib(RandomDib({8, 6, 4, RandomColours(256, 10)}, 6));
-  const Dib target(DibCreate(24, 5, 5));
-  const Dib eight(DibCreate(8, 5, 5));
-  const Dib small(DibCreate(-8, 5, 4));
-  const Dib colours(DibCreate(24, 6, 4));
+  const Dib dib(RandomDib({8, 6, 4, RandomColours(256, 10)}, 6)), mask(DibCreate(-8, 6, 4));
+  const Dib target(DibCreate(24, 5, 5)), eight(DibCreate(8, 5, 5));
+  const Dib small(DibCreate(-8, 5, 4)), colours(DibCreate(24, 6, 4)), none(nullptr);
   const DibTarget to{nullptr, target}, nowhere{}, both{target, target}, flat{nullptr, eight};
   const DibRectangle empty{0, 0, 0, 4}, outside{1, 0, 6, 4}, negative{-1, 0, 2, 2};
-  EXPECT_EQ(DIBPaint(nullptr, nullptr, dib, nullptr), 0);
-  for (const DibTarget* bad : {&nowhere, &both, &flat})
-    EXPECT_EQ(DIBPaint(bad, nullptr, dib, nullptr), 0);
-  EXPECT_EQ(DIBPaint(&to, &empty, dib, nullptr), 0);
-  for (const DibRectangle* bad : {&empty, &outside, &negative})
-    EXPECT_EQ(DIBPaint(&to, nullptr, dib, bad), 0);
-  EXPECT_EQ(DIBPaint(&to, nullptr, nullptr, nullptr), 0);
-  for (const Dib* bad : {&small, &colours})
+  const struct {
+    const DibTarget* target;
+    const DibRectangle *to, *from;
+    const Dib& dib;
+  } cases[] = {{nullptr, nullptr, nullptr, dib}, {&nowhere, nullptr, nullptr, dib},
+               {&both, nullptr, nullptr, dib},   {&flat, nullptr, nullptr, dib},
+               {&to, &empty, nullptr, dib},      {&to, nullptr, &empty, dib},
+               {&to, nullptr, &outside, dib},    {&to, nullptr, &negative, dib},
+               {&to, nullptr, nullptr, none}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(DIBPaint(c.target, c.to, c.dib, c.from), 0);
+    EXPECT_EQ(DIBDrawWithMask(c.target, c.to, c.dib, mask, c.from), 0);
+  }
+  for (const Dib* bad : {&small, &colours, &none})
     EXPECT_EQ(DIBDrawWithMask(&to, nullptr, dib, *bad, nullptr), 0);
-  EXPECT_EQ(DIBDrawWithMask(&to, nullptr, dib, nullptr, nullptr), 0);
   EXPECT_EQ(DIBPaint(&to, nullptr, target, nullptr), 1) << "a bitmap on itself";
 }
 

@@ -62,7 +62,7 @@ void ExpectComesBack(const MemoryPicture& picture) {
   EXPECT_EQ(stream.bytes.substr(0, 10),
             Longs({0, static_cast<std::int64_t>(block.size())}) + "\x78\x9C");
   stream.Seek(0, 0);
-  stream.most = 7;
+  stream.most = 3;
   const MemoryPicture read(&stream);
   ASSERT_TRUE(read.Block());
   EXPECT_EQ(read.IsValid(), picture.IsValid());
