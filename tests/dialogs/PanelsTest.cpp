@@ -99,40 +99,53 @@ class Sheet {
  public:
   Sheet(toolkit::FakeWindow& ofWindow, const std::string& textOfFilter)
       : window(ofWindow), text(textOfFilter) {
-    WriteNew("  ");
+    words = " ; gives " + text;
+    InUse();
+    WriteNew();
     for (ControlId id = 1; id <= window.ControlCount(); ++id) WriteTurns(id);
   }
-  std::string lines;
+  std::string words;
 
  private:
+  using Words = std::multiset<std::string>;
+
   static std::string NameOf(const FakeControl& control) {
     return control.spec.name.empty() ? control.text : control.spec.name;
   }
 
-  std::set<std::string> Items() const {
-    std::set<std::string> items;
+  Words Items() const {
+    Words items;
     std::istringstream stream(text);
     for (std::string item; std::getline(stream >> std::ws, item, ',');) items.insert(item);
     return items;
   }
+  // What one has and the other has not.
+  static std::string Without(const Words& all, const Words& known) {
+    std::vector<std::string> rest;
+    std::set_difference(all.begin(), all.end(), known.begin(), known.end(),
+                        std::back_inserter(rest));
+    return testing_support::Joined(rest, ", ");
+  }
 
   // The items of the filter's text that an act changes.
   std::string After(const std::function<bool()>& act) {
-    const auto before = Items();
+    const Words before = Items();
     if (!act()) return "no";
-    std::string changed;
-    for (const std::string& item : Items()) {
-      if (before.count(item) == 0) changed += changed.empty() ? item : "," + item;
-    }
+    const std::string changed = Without(Items(), before);
     return changed.empty() ? "the same" : changed;
   }
+  // Of one key alone the second value: "Sepia=000 to 100".
+  static std::string Ends(const std::string& least, const std::string& greatest) {
+    const std::string key = least.substr(0, least.find('=') + 1);
+    return least + " to " + (greatest.starts_with(key) ? greatest.substr(key.size()) : greatest);
+  }
 
-  void WriteNew(const std::string& margin) {
+  void WriteNew() {
     for (ControlId id = 1; id <= window.ControlCount(); ++id) {
       const FakeControl control = window.At(id);
       if (!control.isVisible || !control.isEnabled || !seen.insert(id).second) continue;
       const std::string what = Described(id, control);
-      if (!what.empty()) lines += margin + NameOf(control) + what + "\n";
+      if (!what.empty()) words += " ; " + NameOf(control) + what;
     }
   }
 
@@ -143,19 +156,20 @@ class Sheet {
       window.Focus(id);
       return After([&] { return window.Type(id, typed) && (window.Press(Key::Enter), true); });
     };
-    std::string ends;
+    std::string least;
     switch (control.spec.kind) {
       case ControlKind::Slider:
-        ends = slide(control.least) + " to " + slide(control.greatest);
+        least = slide(control.least);
+        least = Ends(least, slide(control.greatest));
         slide(control.value);
-        return " = " + control.valueText + kLooks[static_cast<int>(control.spec.look)] +
-               ", slides from " + ends;
+        return kLooks[static_cast<int>(control.spec.look)] + (": " + least);
       case ControlKind::Edit:
         // The number beside a slider is the slider's.
         if (window.ByName(NameOf(control), ControlKind::Slider)) return {};
-        ends = type("-999999999") + " to " + type("999999999");
+        least = type("-999999999");
+        least = Ends(least, type("999999999"));
         type(control.text);
-        return " = " + control.text + ", typed from " + ends;
+        return " typed: " + least;
       case ControlKind::CheckBox:
       case ControlKind::RadioButton:
         return control.value ? " is on" : " is off";
@@ -175,8 +189,8 @@ class Sheet {
     const auto turn = [&](const std::string& to, const std::function<bool()>& act) {
       const std::string given = After(act);
       if (given == "no") return;
-      lines += "  " + NameOf(control) + " " + to + ": " + given + InUse() + "\n";
-      WriteNew("    ");
+      words += " ; " + NameOf(control) + " " + to + ": " + given + InUse();
+      WriteNew();
     };
     const auto click = [&] { return window.Click(id); };
     if (control.spec.kind == ControlKind::ComboBox) {
@@ -191,35 +205,47 @@ class Sheet {
     }
   }
 
-  // Where it is not as it was.
+  // What can be used now and could not before, and what no more.
   std::string InUse() {
-    std::string names;
+    Words names;
     for (ControlId id = 1; id <= window.ControlCount(); ++id) {
       const FakeControl& control = window.At(id);
       const bool counts = control.spec.kind != ControlKind::Static && control.isVisible;
-      if (counts && control.isEnabled && NameOf(control) != "Apply")
-        names += ", " + NameOf(control);
+      if (counts && control.isEnabled) names.insert(NameOf(control));
     }
-    return std::exchange(used, names) == names ? "" : "; in use " + names.substr(2);
+    const Words before = std::exchange(used, names);
+    const std::string more = Without(names, before), fewer = Without(before, names);
+    return (more.empty() ? "" : ", now " + more) + (fewer.empty() ? "" : ", no more " + fewer);
   }
 
   toolkit::FakeWindow& window;
   const std::string& text;
   std::set<ControlId> seen;
-  std::string used;
+  Words used;
 };
 
-// All dialogs against the sheets that were read through. The filter's text lacks all keys.
+// The row of buttons that dialogs end with is told by its place alone.
+std::string WithFoot(std::string controls) {
+  const std::size_t at = controls.rfind(" ; 12,");
+  const std::string y = controls.substr(at + 6, controls.find(' ', at + 6) - at - 6);
+  const std::string foot = " ; 12," + y + " 59x26 2 Apply off ; 79," + y + " 52x26 3 Lock ; 139," +
+                           y + " 66x26 2 Remove ; 213," + y + " 52x26 3 Dock";
+  return controls.ends_with(foot) ? controls.replace(at, foot.size(), " ; foot " + y) : controls;
+}
+
+// All dialogs against the sheets that were read through.
 TEST_F(Panels, AreAsTheirSheetsSay) {
   backend.onColour = [](toolkit::Colour, const auto&) { return toolkit::Colour{1, 2, 3}; };
   std::string sheets;
   for (const DialogClass* row : dialogs::DialogClasses()) {
     if (host) ReleaseDialogHost(std::exchange(host, nullptr));
     Make(row->progId);
-    TextFilter& filterOfText = *Attach("-");
+    TextFilter& filterOfText = *Attach("-");  // it lacks all keys
     OpenDialog();
-    sheets += std::string(row->progId) + " " + testing_support::Drawn(Window());
-    sheets += Sheet(Window(), filterOfText.text).lines + "  " + filterOfText.text + "\n";
+    const std::string controls = WithFoot(testing_support::Controls(Window()));
+    Call("ButtonTop");
+    sheets += std::string(row->progId) + " " + testing_support::TitleAndSize(Window()) +
+              testing_support::Wrapped(controls + Sheet(Window(), filterOfText.text).words);
     CloseDialog();
   }
   testing_support::ExpectSheet(sheets, FXBOX_SOURCE "/tests/dialogs/sheets.txt");

@@ -1,21 +1,65 @@
-// Windows in memory as lines of a sheet: what is in them, where it lies, what is drawn.
+// Windows in memory as lines of a sheet: what is in them, where it lies, what is drawn. What stands
+// there already is told by a mark: `"` for each word that a call begins with like the last one of
+// its name, for all that it ends with like that, and for the name of the control before; "..5" for
+// five calls as in the last look.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <set>
+#include <map>
 #include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "toolkit/fake/FakeBackend.h"
 
 namespace testing_support {
 
-// A visible control with its place, its kind and what it says; a canvas also with what it draws.
-inline std::string Drawn(toolkit::FakeWindow& window, toolkit::ControlId id) {
+// What was told of each control: its line, its rows, its calls.
+using ToldControls = std::map<toolkit::ControlId, std::vector<std::string>>;
+
+inline std::string Joined(const std::vector<std::string>& words, const char* between = " ") {
+  std::string text;
+  for (const std::string& word : words) text += (&word == &words[0] ? "" : between) + word;
+  return text;
+}
+
+// A call without the words that the last one of its name has as well.
+inline std::string Shortened(const std::string& call,
+                             std::map<std::string, std::vector<std::string>>& calls) {
+  std::istringstream stream(call);
+  std::vector<std::string> words;
+  for (std::string word; std::getline(stream, word, ' ');) words.push_back(word);
+  std::vector<std::string> last = std::exchange(calls[words[0]], words);
+  const auto back = std::mismatch(words.rbegin(), words.rend(), last.rbegin(), last.rend());
+  if (back.first != words.rbegin()) words.erase(back.first.base(), words.end());
+  const bool hasSame = words.size() < calls[words[0]].size();
+  for (std::size_t i = 1; i < std::min(words.size(), last.size()) && words[i] == last[i]; ++i) {
+    words[i] = "\"";
+  }
+  return Joined(words) + (hasSame ? " \"" : "");
+}
+
+// The calls of a canvas, behind `told`, those of the last look.
+inline std::string CallsText(const std::vector<std::string>& calls,
+                             const std::vector<std::string>& told) {
+  std::string text;
+  std::map<std::string, std::vector<std::string>> last;
+  for (std::size_t i = 0, same = 0; i <= calls.size(); ++i) {
+    const bool isSame = i < calls.size() && i < told.size() && calls[i] == told[i];
+    if (!isSame && same) text += " | .." + std::to_string(std::exchange(same, 0));
+    same += isSame;
+    if (i < calls.size() && !isSame) text += " | " + Shortened(calls[i], last);
+  }
+  return text;
+}
+
+// A control with its place, its kind and what it says, its rows, and, of a canvas, what it draws.
+inline std::vector<std::string> Look(toolkit::FakeWindow& window, toolkit::ControlId id) {
   const toolkit::FakeControl& control = window.At(id);
   const auto [x, y, width, height] = control.place;
   std::ostringstream words;
@@ -23,16 +67,73 @@ inline std::string Drawn(toolkit::FakeWindow& window, toolkit::ControlId id) {
         << static_cast<int>(control.spec.kind) << " " << control.spec.name << control.text
         << (control.valueText.empty() ? "" : "=") << control.valueText
         << (control.isEnabled ? "" : " off");
-  for (const auto& row : control.rows)
-    words << (&row == &control.rows[0] ? "" : ",") << " " << row.name;
-  if (control.spec.kind != toolkit::ControlKind::Canvas) return words.str();
-  for (const std::string& call : window.Paint(id).calls) words << " | " << call;
-  return words.str();
+  std::vector<std::string> rows;
+  for (const auto& row : control.rows) rows.push_back(" " + row.name);
+  std::vector<std::string> look = {words.str(), Joined(rows, ",")};
+  if (control.spec.kind != toolkit::ControlKind::Canvas) return look;
+  const auto painter = window.Paint(id);
+  look.insert(look.end(), painter.calls.begin(), painter.calls.end());
+  return look;
 }
 
-// All of a window. With `known` those controls alone that are not as they were there, where they
-// are noted then. For `folder`, which has another name in each run, stands "FOLDER".
-inline std::string Drawn(toolkit::FakeWindow& window, std::set<std::string>* known = nullptr,
+// Its look as words; nothing where it was told.
+inline std::string LookText(const std::vector<std::string>& look,
+                            const std::vector<std::string>& told) {
+  if (look == told) return "";
+  const auto callsOf = [](const std::vector<std::string>& of) {
+    return std::vector<std::string>(of.begin() + std::min<std::ptrdiff_t>(2, std::ssize(of)),
+                                    of.end());
+  };
+  const bool sameRows = !told.empty() && !look[1].empty() && look[1] == told[1];
+  return " ; " + look[0] + (sameRows ? " .." : look[1]) + CallsText(callsOf(look), callsOf(told));
+}
+
+// All controls that are visible. With `told` those alone that are not as they were there, where
+// they are noted then.
+inline std::string Controls(toolkit::FakeWindow& window, ToldControls& told) {
+  std::string text, name;
+  for (toolkit::ControlId id = 1; id <= window.ControlCount(); ++id) {
+    const toolkit::FakeControl& control = window.At(id);
+    if (!control.isVisible) {
+      if (told.erase(id)) text += " ; no " + control.spec.name + control.text;
+      continue;
+    }
+    const std::vector<std::string> look = Look(window, id);
+    std::string words = LookText(look, told[id]);
+    told[id] = look;
+    const std::string same = " " + std::exchange(name, control.spec.name);
+    const std::size_t at = words.find(same + control.text);
+    if (!name.empty() && same == " " + name && at != words.npos)
+      words.replace(at, same.size(), " \"");
+    text += words;
+  }
+  return text;
+}
+
+inline std::string Controls(toolkit::FakeWindow& window) {
+  ToldControls nothing;
+  return Controls(window, nothing);
+}
+
+// As lines of up to a hundred letters, where there are blanks.
+inline std::string Wrapped(const std::string& text) {
+  std::string lines;
+  for (std::size_t from = 0, lineStart = 0; from < text.size();) {
+    const std::size_t end = std::min(text.find(' ', from + 1), text.size());
+    if (end - lineStart > 99) lines += "\n ", lineStart = from;
+    lines += text.substr(from, end - from);
+    from = end;
+  }
+  return lines + "\n";
+}
+
+inline std::string TitleAndSize(const toolkit::FakeWindow& window) {
+  return window.title + " " + std::to_string(window.client.width) + "x" +
+         std::to_string(window.client.height) + "\n";
+}
+
+// All of a window, with "FOLDER" for `folder`, which has another name in each run.
+inline std::string Drawn(toolkit::FakeWindow& window, ToldControls& told,
                          const std::string& folder = "") {
   const auto nameless = [&folder](std::string text) {
     for (std::size_t at; !folder.empty() && (at = text.find(folder)) != text.npos;) {
@@ -40,26 +141,11 @@ inline std::string Drawn(toolkit::FakeWindow& window, std::set<std::string>* kno
     }
     return text;
   };
-  const std::string title = nameless(window.title) + " " + std::to_string(window.client.width) +
-                            "x" + std::to_string(window.client.height) + "\n";
-  std::string lines;
-  std::set<std::string> now;
-  for (toolkit::ControlId id = 1; id <= window.ControlCount(); ++id) {
-    if (!window.At(id).isVisible) continue;
-    const std::string words = nameless(Drawn(window, id));
-    now.insert(words);
-    if (!known || known->count(words) == 0) lines += " ; " + words;
-  }
-  if (known) *known = std::move(now);
-  // No line is longer than a hundred letters, where it has a blank.
-  std::string wrapped;
-  for (std::size_t from = 0, lineStart = 0; from < lines.size();) {
-    const std::size_t end = std::min(lines.find(' ', from + 1), lines.size());
-    if (end - lineStart > 100) wrapped += "\n ", lineStart = from;
-    wrapped += lines.substr(from, end - from);
-    from = end;
-  }
-  return title + wrapped + "\n";
+  return nameless(TitleAndSize(window)) + Wrapped(nameless(Controls(window, told)));
+}
+inline std::string Drawn(toolkit::FakeWindow& window, const std::string& folder = "") {
+  ToldControls nothing;
+  return Drawn(window, nothing, folder);
 }
 
 // Compares with a sheet that was read through. Where it differs, the new one is written to the

@@ -266,7 +266,8 @@ TEST_F(Canvases, AndQuestionsAreAsTheirSheetSays) {
   crop.Place({10, 160, 200, 120});
   crop.SetPictureSize({300, 200});
   Drag(crop.Id(), {20, 10}, {60, 30});
-  std::string sheet = testing_support::Drawn(Window());
+  testing_support::ToldControls told;
+  std::string sheet = testing_support::Drawn(Window(), told);
   // In use: with the keys, a histogram, another curve behind, in the dark and larger.
   curve.onHistogram = [] {
     CZNCurveEditor::Histogram histogram = {};
@@ -285,7 +286,7 @@ TEST_F(Canvases, AndQuestionsAreAsTheirSheetSays) {
     canvas->Focus();
     Window().Press(Key::Right);
     Window().Mouse(canvas->Id(), MouseAction::Move, {70, 60}, 0);
-    sheet += testing_support::Drawn(Window());
+    sheet += testing_support::Drawn(Window(), told);
   }
   for (const int scale : {100, 150}) {
     backend.scale = scale;
