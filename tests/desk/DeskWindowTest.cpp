@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <set>
 #include <thread>
 
 #include "base/CodePage.h"
@@ -18,6 +19,7 @@
 namespace {
 
 using testing::HasSubstr;
+using toolkit::ControlId;
 using toolkit::ControlKind;
 using toolkit::Key;
 using toolkit::MouseAction;
@@ -64,7 +66,7 @@ class Desk : public testing::Test {
     native->DropFiles({folder / "photo.ppm"});
     return Await([&] { return window->Work().Shown().stage == desk::RenderStage::Full; });
   }
-  toolkit::ControlId Canvas(const char* name) { return native->ByName(name, ControlKind::Canvas); }
+  ControlId Canvas(const char* name) { return native->ByName(name, ControlKind::Canvas); }
   void ClickAt(const char* canvas, Point place) {
     native->Mouse(Canvas(canvas), MouseAction::Press, place);
     native->Mouse(Canvas(canvas), MouseAction::Release, place);
@@ -182,18 +184,9 @@ TEST_F(Desk, RemembersHowItIsWanted) {
   CZNTheme::Choose(toolkit::ThemeChoice::System);
 }
 
-TEST_F(Desk, CopiesPastesAndTakesWhatIsDropped) {
+TEST_F(Desk, TakesWhatIsDroppedAndGivesWhatIsDraggedOut) {
   Add("ZNFilter.Sepia.1");
   Add("ZNFilter.Invert.1");
-  auto& chain = window->Work().Chain();
-  native->Focus(Canvas("Chain"));
-  chain.Select({chain.Items()[0].id});
-  Press(Key::Character, 'c', true);
-  Press(Key::Character, 'v', true);
-  EXPECT_EQ(Order(), "Se Se In ");
-  Press(Key::Character, 'x', true);
-  EXPECT_EQ(Order(), "Se In ");
-
   const auto drop = [&](const std::string& text, Point place) {
     const auto object = platform::ComPtr<CDataXferObj>::Attach(new CDataXferObj);
     AddPlainText(object.Get(), text.c_str());
@@ -228,36 +221,6 @@ TEST_F(Desk, CopiesPastesAndTakesWhatIsDropped) {
   };
   DragTo("Chain", {150, RowMiddle(1)}, {-300, 40});
   EXPECT_EQ(Order(), "Em Se In Hi ") << "moved, not doubled";
-}
-
-// Names, roles, rows and states, as a screen reader is told.
-TEST_F(Desk, TellsThoseWhoDoNotSee) {
-  Add("ZNFilter.Sepia.1");
-  Add("ZNFilter.Invert.1");
-  auto& chain = window->Work().Chain();
-  chain.Switch({chain.Items()[0].id}, false);
-  const auto& list = native->At(Canvas("Chain"));
-  EXPECT_EQ(list.spec.role, toolkit::CanvasRole::List);
-  ASSERT_EQ(list.rows.size(), 2u);
-  EXPECT_EQ(list.rows[0].name, "Sepia tone, no change");
-  EXPECT_EQ(list.rows[0].isChecked, false);
-  EXPECT_FALSE(list.rows[0].isSelected);
-  EXPECT_EQ(list.rows[1].isChecked, true);
-  EXPECT_TRUE(list.rows[1].isSelected);
-  EXPECT_EQ(list.rows[1].place.y, 44);
-  native->Focus(Canvas("Chain"));
-  Press(Key::Up, 0);
-  EXPECT_TRUE(list.rows[0].isSelected);
-  native->Type(native->ByName("Search for filters", ControlKind::Edit), "emboss");
-  const auto& filters = native->At(Canvas("Filters"));
-  ASSERT_EQ(filters.rows.size(), 2u);
-  EXPECT_EQ(filters.rows[0].name, "Detail");
-  EXPECT_EQ(filters.rows[1].name, "Emboss");
-  EXPECT_FALSE(filters.rows[1].isChecked.has_value());
-  for (toolkit::ControlId id = 1; id <= native->ControlCount(); ++id) {
-    const auto& spec = native->At(id).spec;
-    EXPECT_FALSE(spec.name.empty() && spec.text.empty()) << id;
-  }
 }
 
 TEST_F(Desk, EditsSeveralFiltersAtOnce) {
@@ -412,6 +375,164 @@ TEST_F(Desk, IsAsItsSheetSays) {
   sheet +=
       "--- a batch\n" + testing_support::Drawn(*backend.LastWindow(), host::Utf8Of(folder.Path()));
   testing_support::ExpectSheet(sheet, FXBOX_SOURCE "/tests/desk/window.txt");
+}
+
+// Every command, by its button, its key or its entry in the menu, over the same picture and chain:
+// what it asks, what it leaves behind, and what is other then in the window.
+class DeskCommands : public Desk {
+ protected:
+  using Menu = std::vector<toolkit::MenuEntry>;
+
+  DeskCommands() {
+    testing_support::WriteFile(folder / "other.chain", "ZNFilter.Emboss.1(EmbossStrength=020)\n");
+    testing_support::WriteFile(
+        folder / "photo.chain",
+        "ZNFilter.Sepia.1(Sepia=050)\n//off ZNFilter.Invert.1(Inversity=100)\n");
+    std::filesystem::copy(folder / "photo.ppm", folder / "other.ppm");
+    backend.onFile = [this](const toolkit::FileQuestion& question) {
+      events += " ; asks " + question.title + (question.toSave ? " to save " : " from ") +
+                host::Utf8Of(question.start) + " " + question.patterns.at(0);
+      exports = question.toSave && question.patterns[0] != "*.chain";
+      return folder.Path() / (std::string(question.toSave ? "saved" : "other") +
+                              (question.patterns[0] == "*.chain" ? ".chain" : ".ppm"));
+    };
+    Prepare();
+  }
+
+  // Until what the loader and then the renderer give is on show, and an export is told.
+  bool Settle() {
+    const auto isIdle = [this] {
+      auto& work = window->Work();
+      const auto& status = native->At(Canvas("Status")).valueText;
+      return !window->IsOpen() || (!work.IsLoading() && work.Renderer().IsIdle() &&
+                                   (!exports || status.find("Exported") != status.npos));
+    };
+    const bool isLoaded = Await(isIdle);
+    backend.Pump(false);
+    const bool isShown = Await(isIdle);
+    backend.Pump(false);
+    return isLoaded && isShown;
+  }
+  // The picture; a chain as it was saved, of which the second filter is selected, between steps
+  // back and forth; and a filter on the clipboard.
+  void Prepare() {
+    window.reset();
+    exports = false;
+    std::filesystem::remove_all(folder / "state");
+    for (const std::string& name : Files()) {
+      if (name.starts_with("saved")) std::filesystem::remove(folder.Path() / name);
+    }
+    CZNTheme::Choose(toolkit::ThemeChoice::System);
+    Reopen();
+    window->Work().Open(host::Utf8Of(folder / "photo.ppm"));
+    ASSERT_TRUE(Settle());
+    desk::ChainDocument& chain = window->Work().Chain();
+    const int first = chain.Items()[0].id, second = chain.Items()[1].id;
+    chain.Select({first});
+    Press(Key::Character, 'c', true);
+    for (const char* const text : {"Sepia=060", "Sepia=050", "Sepia=070"}) {
+      chain.SetParameters({{first, text}});
+    }
+    chain.Undo();
+    chain.Select({second});
+    native->ChooseMenu({"View", "Zoom in"});
+    native->Focus(Canvas("Chain"));
+    ASSERT_TRUE(Settle());
+    files = Files();
+    state = State();
+    windows = backend.WindowsMade();
+    events.clear();
+  }
+  std::set<std::string> Files() {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.Path())) {
+      if (entry.path().parent_path().filename() != "state") names.insert(entry.path().filename());
+    }
+    return names;
+  }
+  static void AddMarks(const Menu& menu, std::set<std::string>& marks) {
+    for (const toolkit::MenuEntry& entry : menu) {
+      if (entry.isChecked) marks.insert("check at " + entry.text);
+      if (!entry.isEnabled) marks.insert(entry.text + " refused");
+      AddMarks(entry.below, marks);
+    }
+  }
+  std::set<std::string> State() {
+    std::set<std::string> all = {native->title,
+                                 native->Focused() ? "keys to " + NameOf(native->Focused()) : ""};
+    const auto clipboard = platform::ComPtr<IDataObject>::Attach(backend.Clipboard());
+    all.insert("clipboard " + ReadPlainText(clipboard.Get()).value_or("empty"));
+    AddMarks(native->menuBar, all);
+    for (ControlId id = 1; id <= native->ControlCount(); ++id) {
+      const auto& control = native->At(id);
+      if (!control.isVisible) continue;
+      const auto look = testing_support::Look(*native, id);
+      all.insert(look[0] + look[1] + (control.value ? " down" : ""));
+      all.insert(control.bubble);
+    }
+    return all;
+  }
+  std::string NameOf(ControlId id) {
+    const auto& spec = native->At(id).spec;
+    return spec.name.empty() ? spec.text : spec.name;
+  }
+
+  // What an act did, and then all as it was.
+  std::string After(const std::function<bool()>& act) {
+    std::string words = act() ? "" : " ; refused";
+    EXPECT_TRUE(Settle());
+    if (!window->IsOpen()) words += " ; the end";
+    for (std::size_t i = windows; i < backend.WindowsMade(); ++i) {
+      if (backend.Window(i)) words += " ; window " + backend.Window(i)->title;
+    }
+    for (const std::string& name : Files()) words += files.count(name) ? "" : " ; file " + name;
+    for (const std::string& piece : State()) words += state.count(piece) ? "" : " ; " + piece;
+    words = events + words;
+    Prepare();
+    return testing_support::Nameless(words, host::Utf8Of(folder.Path()));
+  }
+  void AddEntries(const std::vector<std::string>& path, const Menu& menu) {
+    for (const toolkit::MenuEntry& entry : menu) {
+      std::vector<std::string> to = path;
+      to.push_back(entry.text);
+      to.back().erase(std::remove(to.back().begin(), to.back().end(), '&'), to.back().end());
+      AddEntries(to, entry.below);
+      if (entry.id == 0) continue;
+      const bool hasKey = entry.shortcut != toolkit::KeyEvent();
+      const std::string words =
+          After([&] { return hasKey ? native->Press(entry.shortcut) : native->ChooseMenu(to); });
+      Write(testing_support::Joined(to, " > ") + (hasKey ? " by its key" : ""), words);
+    }
+  }
+  // Two ways to the same end are told as such.
+  void Write(const std::string& name, const std::string& words) {
+    const std::string known = words.empty() ? "" : ways.emplace(words, name).first->second;
+    const bool isNew = words.empty() || known == name;
+    sheet += testing_support::Wrapped(testing_support::Nameless(
+        name + (isNew ? words : " ; as " + known), host::Utf8Of(folder.Path())));
+  }
+
+  std::set<std::string> files, state;
+  std::map<std::string, std::string> ways;
+  std::size_t windows = 0;
+  std::string events, sheet;
+  bool exports = false;
+};
+
+TEST_F(DeskCommands, AreAsTheirSheetSays) {
+  const Menu menu = native->menuBar;
+  AddEntries({}, menu);
+  for (ControlId id = 1; id <= native->ControlCount(); ++id) {
+    const auto kind = native->At(id).spec.kind;
+    const bool isButton = kind == ControlKind::Button || kind == ControlKind::ToggleButton;
+    if (!isButton || !native->At(id).isVisible) continue;
+    Write(NameOf(id), After([&] {
+            const bool isClicked = native->Click(id);
+            native->Focus(Canvas("Chain"));
+            return isClicked;
+          }));
+  }
+  testing_support::ExpectSheet(sheet, FXBOX_SOURCE "/tests/desk/commands.txt");
 }
 
 TEST_F(Desk, CropsByHandlesInThePicture) {

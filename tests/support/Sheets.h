@@ -68,7 +68,10 @@ inline std::vector<std::string> Look(toolkit::FakeWindow& window, toolkit::Contr
         << (control.valueText.empty() ? "" : "=") << control.valueText
         << (control.isEnabled ? "" : " off");
   std::vector<std::string> rows;
-  for (const auto& row : control.rows) rows.push_back(" " + row.name);
+  for (const auto& row : control.rows) {
+    const char* const check = !row.isChecked ? "" : *row.isChecked ? " on" : " off";
+    rows.push_back(" " + row.name + check + (row.isSelected ? "*" : ""));
+  }
   std::vector<std::string> look = {words.str(), Joined(rows, ",")};
   if (control.spec.kind != toolkit::ControlKind::Canvas) return look;
   const auto painter = window.Paint(id);
@@ -132,16 +135,18 @@ inline std::string TitleAndSize(const toolkit::FakeWindow& window) {
          std::to_string(window.client.height) + "\n";
 }
 
-// All of a window, with "FOLDER" for `folder`, which has another name in each run.
+// With "FOLDER" for a folder that has another name in each run.
+inline std::string Nameless(std::string text, const std::string& folder) {
+  for (std::size_t at; !folder.empty() && (at = text.find(folder)) != text.npos;) {
+    text.replace(at, folder.size(), "FOLDER");
+  }
+  return text;
+}
+
+// All of a window.
 inline std::string Drawn(toolkit::FakeWindow& window, ToldControls& told,
                          const std::string& folder = "") {
-  const auto nameless = [&folder](std::string text) {
-    for (std::size_t at; !folder.empty() && (at = text.find(folder)) != text.npos;) {
-      text.replace(at, folder.size(), "FOLDER");
-    }
-    return text;
-  };
-  return nameless(TitleAndSize(window)) + Wrapped(nameless(Controls(window, told)));
+  return Nameless(TitleAndSize(window), folder) + Wrapped(Nameless(Controls(window, told), folder));
 }
 inline std::string Drawn(toolkit::FakeWindow& window, const std::string& folder = "") {
   ToldControls nothing;

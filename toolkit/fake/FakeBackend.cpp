@@ -410,10 +410,11 @@ std::optional<Colour> FakeWindow::AskColour(const std::string&, Colour start,
   return backend.onColour ? backend.onColour(start, onTry) : std::nullopt;
 }
 
-std::optional<std::filesystem::path> FakeWindow::AskFile(const std::string&, bool toSave,
-                                                         const std::filesystem::path&,
-                                                         const std::vector<std::string>&) {
-  return backend.onFile ? backend.onFile(toSave) : std::nullopt;
+std::optional<std::filesystem::path> FakeWindow::AskFile(const std::string& question, bool toSave,
+                                                         const std::filesystem::path& start,
+                                                         const std::vector<std::string>& patterns) {
+  if (!backend.onFile) return std::nullopt;
+  return backend.onFile({question, toSave, start, patterns});
 }
 
 DragEnd FakeWindow::Drag(IDataObject* object, IDropSource* source, std::uint32_t allowed,

@@ -54,6 +54,14 @@ class RecordingPainter final : public Painter {
   Size area;
 };
 
+// What the person is asked a file with.
+struct FileQuestion {
+  std::string title;
+  bool toSave = false;
+  std::filesystem::path start;
+  std::vector<std::string> patterns;
+};
+
 class FakeBackend;
 
 class FakeWindow final : public NativeWindow {
@@ -172,7 +180,7 @@ class FakeBackend : public Backend {
   Point menuPlace;  // of the last one, pixels of its window
   std::function<std::optional<Colour>(Colour start, const std::function<void(Colour)>& onTry)>
       onColour;
-  std::function<std::optional<std::filesystem::path>(bool toSave)> onFile;
+  std::function<std::optional<std::filesystem::path>(const FileQuestion&)> onFile;
   std::function<DragEnd(IDataObject*, IDropSource*, std::uint32_t allowed, std::uint32_t& effect)>
       onDrag;
 
