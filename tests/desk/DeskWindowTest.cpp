@@ -315,49 +315,120 @@ TEST_F(Desk, TakesFiltersThatAreDraggedToTheirPlace) {
 }
 
 // The window in its states, one after the other, as a person goes through them.
-TEST_F(Desk, IsAsItsSheetSays) {
-  std::string sheet;
-  testing_support::ToldControls told;
-  const auto look = [&](const char* state) {
+class DeskStates : public Desk {
+ protected:
+  void Look(const std::string& state) {
     EXPECT_TRUE(Await([&] { return window->Work().Renderer().IsIdle(); }));
     backend.Pump(false);
-    sheet += std::string("--- ") + state + "\n" +
-             testing_support::Drawn(*native, told, host::Utf8Of(folder.Path()));
-  };
-  look("empty");
+    const std::string words = testing_support::Drawn(*native, told, host::Utf8Of(folder.Path()));
+    const std::string title = words.substr(0, words.find('\n') + 1);
+    sheet += "--- " + state + "\n" +
+             (std::exchange(titleTold, title) == title ? words.substr(title.size()) : words);
+  }
+  void Search(const char* words) {
+    native->Type(native->ByName("Search for filters", ControlKind::Edit), words);
+  }
+  void At(const char* canvas, MouseAction action, Point place) {
+    native->Mouse(Canvas(canvas), action, place, action == MouseAction::DoublePress ? 1 : 0);
+  }
+  void ClickWith(bool shift, bool control, int row) {
+    for (const MouseAction action : {MouseAction::Press, MouseAction::Release}) {
+      native->Mouse(Canvas("Chain"), {action, {150, RowMiddle(row)}, 1, shift, control});
+    }
+  }
+  // The windows of messages and of batches.
+  void ShowOthers() {
+    const auto look = [&](const char* state, toolkit::FakeWindow& other) {
+      sheet += std::string("--- ") + state + "\n" +
+               testing_support::Drawn(other, told, host::Utf8Of(folder.Path()));
+    };
+    native->ChooseMenu({"View", "Messages..."});
+    told.clear();
+    look("no messages", *backend.LastWindow());
+    native->ChooseMenu({"File", "Batch..."});
+    told.clear();
+    toolkit::FakeWindow& batch = *backend.LastWindow();
+    look("a batch", batch);
+    const auto press = [&](const char* button) {
+      EXPECT_TRUE(batch.Click(batch.ByName(button, ControlKind::Button))) << button;
+      look(button, batch);
+    };
+    press("Clear");
+    backend.onFile = [&](const toolkit::FileQuestion& question) {
+      sheet += "asks " + question.title + " " + question.start.filename().string() + "\n";
+      return folder / "photo.ppm";
+    };
+    press("Add...");
+    batch.DropFiles({folder / "missing.ppm"});
+    press("Start");
+    EXPECT_TRUE(Await([&] { return !window->Work().IsWorking(); }));
+    backend.Pump(false);
+    look("done", batch);
+  }
+
+  testing_support::ToldControls told;
+  std::string sheet, titleTold;
+};
+
+TEST_F(DeskStates, AreAsTheirSheetSays) {
   native->Wheel(Canvas("Filters"), -100);
-  look("the filters scrolled to their end");
-  native->Wheel(Canvas("Filters"), 2);
-  native->Type(native->ByName("Search for filters", ControlKind::Edit), "sha");
+  native->Wheel(Canvas("Filters"), 1);
+  Look("empty, the filters scrolled to their end and a bit back");
+  Search("no such filter");
+  Look("nothing found");
+  Search("sha");
   ASSERT_TRUE(OpenPicture());
   for (const char* progId : {"Sepia", "Invert", "Tonwert"}) {
     Add(("ZNFilter." + std::string(progId) + ".1").c_str());
   }
   ClickAt("Chain", {20, RowMiddle(1)});
-  look("three filters, one of them off");
-  native->Mouse(Canvas("Picture"), MouseAction::Move, {300, 200}, 0);
+  Look("three filters, one of them off");
+  At("Filters", MouseAction::Move, {60, 70});
+  At("Chain", MouseAction::Move, {60, RowMiddle(0)});
+  At("Picture", MouseAction::Move, {130, 260});
+  Look("the mouse over two lists and the picture");
+  for (const char* const canvas : {"Filters", "Chain", "Picture"}) {
+    At(canvas, MouseAction::Leave, {});
+  }
+  native->Focus(Canvas("Filters"));
+  for (const Key key : {Key::End, Key::Up, Key::Home, Key::Up}) {
+    native->Press(key);
+    Look("a key among the filters");
+  }
+  ClickWith(false, false, 0);
+  ClickWith(true, false, 1);
+  ClickWith(false, true, 2);
+  ClickWith(false, true, 0);
+  Look("the chain by Shift and Control");
+  native->DragOver(Point{native->At(Canvas("Chain")).place.x + 20, 180 + 70});
+  Look("something over the chain");
+  native->DragOver(std::nullopt);
+  At("Picture", MouseAction::Move, {300, 260});
   native->Wheel(Canvas("Picture"), 6);
-  look("enlarged at the pointer");
-  for (const Key key : {Key::Left, Key::Up, Key::Up}) {
-    native->Focus(Canvas("Picture"));
+  Look("enlarged at the pointer");
+  native->Focus(Canvas("Picture"));
+  for (const Key key : {Key::Left, Key::Up, Key::Up, Key::Right, Key::Down, Key::Right}) {
     native->Press(key);
   }
   DragTo("Picture", {100, 100}, {130, 160});
-  look("moved");
+  Look("moved");
+  At("Picture", MouseAction::DoublePress, {100, 300});
+  native->ChooseMenu({"View", "Zoom out"});
+  At("Picture", MouseAction::DoublePress, {100, 300});
+  Look("fitted by two quick presses");
+  At("Picture", MouseAction::DoublePress, {100, 300});
   native->ChooseMenu({"View", "Split"});
-  native->ChooseMenu({"View", "100 %"});
-  look("split, at 100 %");
+  Look("split, at 100 %");
+  DragTo("Picture", {209, 20}, {260, 20});
   DragTo("Border", {3, 100}, {43, 60});
-  look("a border moved");
+  Look("the line and a border moved");
   native->ChooseMenu({"View", "Mask"});
   native->ChooseMenu({"View", "Zoom in"});
   native->ChooseMenu({"View", "Zoom in"});
-  look("the mask, larger");
+  Look("the mask, larger");
+  native->ChooseMenu({"View", "Mask"});
   native->ChooseMenu({"View", "Fit"});
   native->ChooseMenu({"View", "Zoom out"});
-  native->Type(native->ByName("Search for filters", ControlKind::Edit), "no such filter");
-  look("nothing found");
-  native->Type(native->ByName("Search for filters", ControlKind::Edit), "sha");
   Add("ZNFilter.Crop.1");
   auto& chain = window->Work().Chain();
   const int crop = *chain.Selection().begin();
@@ -365,15 +436,17 @@ TEST_F(Desk, IsAsItsSheetSays) {
   backend.isDark = true;
   backend.scale = 150;
   native->ChangeLook();
-  look("a crop, in the dark");
+  Look("a crop, in the dark");
+  native->ChooseMenu({"Edit", "Edit filter..."});
+  native->ChooseMenu({"View", "Filter dialog", "Below the picture"});
+  Look("its dialog, below the picture");
+  chain.Select({chain.Items()[3].id});
+  Look("a smaller dialog in its room");
   native->Focus(Canvas("Filters"));
-  for (const Key key : {Key::Down, Key::Down, Key::Enter, Key::Up}) native->Press(key);
-  look("by keys");
-  native->ChooseMenu({"View", "Messages..."});
-  sheet += "--- a message\n" + testing_support::Drawn(*backend.LastWindow());
-  native->ChooseMenu({"File", "Batch..."});
-  sheet +=
-      "--- a batch\n" + testing_support::Drawn(*backend.LastWindow(), host::Utf8Of(folder.Path()));
+  for (const Key key : {Key::Home, Key::Enter}) native->Press(key);
+  native->ChooseMenu({"View", "Filter dialog", "Below the chain"});
+  Look("a filter by its key, its dialog below the chain");
+  ShowOthers();
   testing_support::ExpectSheet(sheet, FXBOX_SOURCE "/tests/desk/window.txt");
 }
 

@@ -36,7 +36,7 @@ inline std::string Shortened(const std::string& call,
   for (std::string word; std::getline(stream, word, ' ');) words.push_back(word);
   std::vector<std::string> last = std::exchange(calls[words[0]], words);
   const auto back = std::mismatch(words.rbegin(), words.rend(), last.rbegin(), last.rend());
-  if (back.first != words.rbegin()) words.erase(back.first.base(), words.end());
+  words.erase(std::max(back.first.base(), words.begin() + 1), words.end());
   const bool hasSame = words.size() < calls[words[0]].size();
   for (std::size_t i = 1; i < std::min(words.size(), last.size()) && words[i] == last[i]; ++i) {
     words[i] = "\"";
@@ -68,6 +68,9 @@ inline std::vector<std::string> Look(toolkit::FakeWindow& window, toolkit::Contr
         << (control.valueText.empty() ? "" : "=") << control.valueText
         << (control.isEnabled ? "" : " off");
   std::vector<std::string> rows;
+  if (control.spec.kind == toolkit::ControlKind::List) {
+    for (const std::string& item : control.items) rows.push_back(" " + item);
+  }
   for (const auto& row : control.rows) {
     const char* const check = !row.isChecked ? "" : *row.isChecked ? " on" : " off";
     rows.push_back(" " + row.name + check + (row.isSelected ? "*" : ""));
@@ -132,7 +135,7 @@ inline std::string Wrapped(const std::string& text) {
 
 inline std::string TitleAndSize(const toolkit::FakeWindow& window) {
   return window.title + " " + std::to_string(window.client.width) + "x" +
-         std::to_string(window.client.height) + "\n";
+         std::to_string(window.client.height) + (window.spec.isTool ? "" : " main") + "\n";
 }
 
 // With "FOLDER" for a folder that has another name in each run.

@@ -44,9 +44,18 @@ std::string ColourText(Colour colour) {
 }
 
 // Of many corners, as curves have them, every sixteenth.
+// Of many corners a few, with their number and a sum over all.
 std::string CornersText(std::span<const Spot> corners) {
-  std::string text = corners.size() > 16 ? Line(" %d:", static_cast<int>(corners.size())) : "";
-  for (std::size_t i = 0; i<corners.size(); i += corners.size()> 16 ? 16 : 1) {
+  const bool isShort = corners.size() <= 16;
+  std::uint32_t sum = 0;
+  for (const Spot& corner : corners) {
+    for (const double at : {corner.x, corner.y}) {
+      sum = sum * 31 + static_cast<std::uint32_t>(static_cast<int>(at * 16));
+    }
+  }
+  std::string text =
+      isShort ? "" : Line(" %d %04x:", static_cast<int>(corners.size()), sum & 0xFFFF);
+  for (std::size_t i = 0; i < corners.size(); i += isShort ? 1 : 64) {
     text += Line(" %.1f,%.1f", corners[i].x, corners[i].y);
   }
   return text;
@@ -96,7 +105,15 @@ void RecordingPainter::WriteLine(const Rect& place, const std::string& text, Col
 }
 
 void RecordingPainter::DrawPicture(const Rect& place, const PictureRows& picture) {
-  calls.push_back("DrawPicture " + PlaceText(place) +
+  std::uint32_t sum = 0;
+  const auto add = [&sum](const std::uint8_t* row, int count) {
+    for (int i = 0; i < count; ++i) sum = sum * 31 + row[i];
+  };
+  for (int y = 0; y < picture.height; ++y) {
+    add(picture.colourRows[y], 3 * picture.width);
+    if (picture.maskRows) add(picture.maskRows[y], picture.width);
+  }
+  calls.push_back(Line("DrawPicture %04x ", sum & 0xFFFF) + PlaceText(place) +
                   Line(" of %dx%d", picture.width, picture.height));
 }
 
@@ -224,6 +241,10 @@ bool FakeWindow::Press(const KeyEvent& event) {
   return events.OnKey(focused, event);
 }
 
+void FakeWindow::DropFiles(const std::vector<std::filesystem::path>& files) {
+  if (spec.takesFiles) events.OnFilesDropped(files);
+}
+
 bool FakeWindow::DropObject(IDataObject* object, Point place) {
   if (!spec.takesObjects || IsWaiting()) return false;
   events.OnObjectOver(place);
@@ -251,9 +272,9 @@ bool FakeWindow::Wheel(ControlId control, double notches) {
   return Usable(control) && events.OnWheel(control, notches, focused == control);
 }
 
-bool FakeWindow::Mouse(ControlId canvas, MouseAction action, Point place, int button) {
+bool FakeWindow::Mouse(ControlId canvas, const MouseEvent& event) {
   if (!Usable(canvas)) return false;
-  events.OnMouse(canvas, {action, place, button});
+  events.OnMouse(canvas, event);
   return true;
 }
 

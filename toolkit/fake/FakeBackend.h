@@ -31,7 +31,7 @@ struct FakeControl {
   int redraws = 0;
 };
 
-// What was drawn, one line a call: "FillRect 0,0 10x10 255,255,255".
+// What was drawn, one line a call: "FillRect 0,0 10x10 255,255,255". Of a picture it has a sum.
 class RecordingPainter final : public Painter {
  public:
   explicit RecordingPainter(Size canvas) : area(canvas) {}
@@ -82,10 +82,14 @@ class FakeWindow final : public NativeWindow {
   // An entry of the menu bar by its path, "File", "Open...": text without mnemonics.
   bool ChooseMenu(const std::vector<std::string>& path);
   bool Wheel(ControlId control, double notches);
-  bool Mouse(ControlId canvas, MouseAction action, Point place, int button = 1);
+  bool Mouse(ControlId canvas, MouseAction action, Point place, int button = 1) {
+    return Mouse(canvas, {action, place, button});
+  }
+  bool Mouse(ControlId canvas, const MouseEvent& event);
   bool BeginDrag(ControlId control);
   bool ContextMenu(ControlId control, Point place);
-  void DropFiles(const std::vector<std::filesystem::path>& files) { events.OnFilesDropped(files); }
+  void DropFiles(const std::vector<std::filesystem::path>& files);
+  void DragOver(std::optional<Point> place) { events.OnObjectOver(place); }
   bool DropObject(IDataObject* object, Point place);
   void AskToClose() { events.OnCloseRequest(); }
   void ChangeLook() { events.OnLookChanged(); }
