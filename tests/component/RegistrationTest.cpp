@@ -87,7 +87,7 @@ std::vector<std::string> ClassLines(const std::string& root, const std::string& 
 }
 
 void ExpectAllClasses(const std::vector<std::string>& snapshot, const std::string& root) {
-  for (const RequiredClass& required : kRequiredClasses) {
+  for (const RequiredClass& required : RequiredClasses()) {
     auto lines = ClassLines(root, required.classId, required.progId,
                             "Ostvale Works - Veltrane Picture Filter");
     lines.push_back(root + "CLSID\\" + required.classId + "\\Implemented Categories\\" +
