@@ -58,7 +58,7 @@ soak: ## long runs: full counts of repeated tests, the thread sanitizer, an hour
 	@scripts/setup.sh native tests soak windows
 	@FXBOX_SOAK=1000 scripts/test.sh linux
 	@FXBOX_SOAK=200 scripts/test.sh linux-tsan
-	@FXBOX_SOAK=200 scripts/test.sh windows -R dialogs.Window
+	@FXBOX_SOAK=200 scripts/test.sh windows -R toolkit.Window
 	@scripts/build.sh linux-fuzz fxbox_fuzz
 	@scripts/fuzz.sh 3600
 	@$(MAKE) --no-print-directory package

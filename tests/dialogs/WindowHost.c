@@ -1,12 +1,10 @@
 /* A host in plain C with real windows, with the tables of fxbox.h, which links nothing of the
  * library:
  *
- *   dialogs_window_host LIBRARY             opens, shows and closes the dialog of every class
- *   dialogs_window_host LIBRARY PROGID      opens one and tells what happens, until it is closed
+ *   dialogs_window_host LIBRARY     opens, shows and closes the dialog of every class over a filter
+ *                                   with a picture, of which it pulls a pixel at each change
  *
- * Lines: "slider X Y WIDTH HEIGHT", its place on the screen, where the system tells it; "ready";
- * "text TEXT" and "pixel B G R" at the end of each change, when the picture was pulled anew;
- * "closed". The last line is "well", and the exit status 0, when all came out as it should. */
+ * The last line is "well", and the exit status 0, when all came out as it should. */
 #include <fxbox.h>
 #include <stdio.h>
 #include <string.h>
@@ -22,38 +20,13 @@ static void* Load(const char* name) {
 static void* Find(void* library, const char* name) {
   return (void*)(uintptr_t)GetProcAddress((HMODULE)library, name);
 }
-static void Sleep10(void) {
-  Sleep(10);
-}
-static BOOL CALLBACK TellSlider(HWND child, LPARAM unused) {
-  char name[40] = "";
-  RECT place;
-  (void)unused;
-  GetClassNameA(child, name, sizeof name);
-  if (strcmp(name, "msctls_trackbar32") != 0) return TRUE;
-  GetWindowRect(child, &place);
-  printf("slider %ld %ld %ld %ld\n", (long)place.left, (long)place.top,
-         (long)(place.right - place.left), (long)(place.bottom - place.top));
-  return FALSE;
-}
-static void TellPlaces(void* window) {
-  EnumChildWindows((HWND)window, TellSlider, 0);
-}
 #else
 #include <dlfcn.h>
-#include <time.h>
 static void* Load(const char* name) {
   return dlopen(name, RTLD_NOW);
 }
 static void* Find(void* library, const char* name) {
   return dlsym(library, name);
-}
-static void TellPlaces(void* window) {
-  (void)window;
-}
-static void Sleep10(void) {
-  const struct timespec pause = {0, 10000000};
-  nanosleep(&pause, 0);
 }
 #endif
 
@@ -138,19 +111,24 @@ static IAnimFilterDestCallsThis source = {&kSourceTable};
 
 struct Run {
   IAnimFilter* filter;
-  int isClosed, brackets;
+  int isClosed, brackets, pulls;
 };
 
-static void PullPixel(IAnimFilter* filter) {
+/* What was set is in the filter's text before the change ends, and can be pulled. */
+static void PullPixel(struct Run* run) {
   uint8_t colour[3] = {0, 0, 0}, mask[1] = {0};
   uint8_t *rows[] = {colour}, *masks[] = {mask};
   bool changed = false;
   int revision = -1;
-  IAnimFilterDestCallsThis* pull = Query(filter, &IID_IAnimFilterDestCallsThis);
+  char text[8000] = "";
+  IAnimFilterParameter* parameter = Query(run->filter, &IID_IAnimFilterParameter);
+  IAnimFilterDestCallsThis* pull = Query(run->filter, &IID_IAnimFilterDestCallsThis);
+  parameter->lpVtbl->GetParameter(parameter, text, sizeof text);
   pull->lpVtbl->Prepare(pull, &changed, &revision, false);
   pull->lpVtbl->ReadRows(pull, 0, 0, 0, 0, 1, 1, rows, masks);
-  printf("pixel %d %d %d\n", colour[0], colour[1], colour[2]);
+  run->pulls += text[0] != 0;
   Release(pull);
+  Release(parameter);
 }
 
 static void OnHostCall(void* context, const char* line) {
@@ -158,15 +136,9 @@ static void OnHostCall(void* context, const char* line) {
   if (strstr(line, " 59925 ")) ++run->brackets;
   if (strstr(line, " 59908 ")) run->isClosed = 1;
   if (strstr(line, " 59926 ")) {
-    char text[8000] = "";
-    IAnimFilterParameter* parameter = Query(run->filter, &IID_IAnimFilterParameter);
-    parameter->lpVtbl->GetParameter(parameter, text, sizeof text);
-    Release(parameter);
-    printf("text %s\n", text);
-    PullPixel(run->filter);
+    PullPixel(run);
     --run->brackets;
   }
-  fflush(stdout);
 }
 
 static void Attach(IAnimFilterDialog* dialog, IAnimFilter* filter) {
@@ -179,21 +151,16 @@ static void Attach(IAnimFilterDialog* dialog, IAnimFilter* filter) {
   Release(container);
 }
 
-static void StayOpen(IAnimFilterDialog* dialog, const struct Run* run, PumpEvents pump) {
-  void* window = 0;
-  for (int turns = 0; turns < 5; ++turns, Sleep10()) pump(0);
-  dialog->lpVtbl->GetWindowHandle(dialog, &window);
-  TellPlaces(window);
-  printf("ready\n");
-  fflush(stdout);
-  while (!run->isClosed && pump(1) == 0) {
-  }
-  printf("closed\n");
+/* As the button of the dialog does it: its values go to the filter. */
+static void Apply(IAnimFilterDialog* dialog) {
+  IAnimRunnable* runnable = Query(dialog, &IID_IAnimRunnable);
+  runnable->lpVtbl->Dispatch(runnable, "ButtonTop", 0, 0, 0);
+  Release(runnable);
 }
 
 /* 1 when the class has no dialog, 0 when all went well. */
-static int RunDialog(IAnimFilterCreator* creator, const char* progId, PumpEvents pump, int stays) {
-  struct Run run = {0, 0, 0};
+static int RunDialog(IAnimFilterCreator* creator, const char* progId, PumpEvents pump) {
+  struct Run run = {0, 0, 0, 0};
   IAnimFilterDialog* dialog = 0;
   int status = 0;
   CDialogHost* host = NewDialogHost(0);
@@ -213,13 +180,11 @@ static int RunDialog(IAnimFilterCreator* creator, const char* progId, PumpEvents
     status = 2;
   }
   dialog->lpVtbl->Show(dialog);
-  if (stays) {
-    StayOpen(dialog, &run, pump);
-  } else {
-    for (int turns = 0; turns < 3; ++turns) pump(0);
-    dialog->lpVtbl->Close(dialog);
-  }
-  if (!run.isClosed || run.brackets != 0 || strstr(DialogHostLog(host), "nobody's to call")) {
+  for (int turns = 0; turns < 3; ++turns) pump(0);
+  Apply(dialog);
+  dialog->lpVtbl->Close(dialog);
+  if (!run.isClosed || run.brackets != 0 || run.pulls != 1 ||
+      strstr(DialogHostLog(host), "nobody's to call")) {
     printf("%s: wrong calls\n%s", progId, DialogHostLog(host));
     status = 2;
   }
@@ -237,7 +202,7 @@ static int RunAll(IAnimFilterCreator* creator, PumpEvents pump) {
     char name[200] = "";
     int order;
     creator->lpVtbl->GetFilterInfo(creator, i, name, sizeof name, &order);
-    const int result = RunDialog(creator, name, pump, 0);
+    const int result = RunDialog(creator, name, pump);
     dialogs += result == 0;
     if (result == 2) status = 1;
   }
@@ -259,7 +224,7 @@ int main(int argc, char** argv) {
   ((CreateCreator)Find(library, "FxboxCreateCreator"))(&IID_IAnimFilterCreator, (void**)&creator);
   if (!creator) return 2;
   PumpEvents pump = (PumpEvents)Find(library, "FxboxPumpEvents");
-  status = argc > 2 ? RunDialog(creator, argv[2], pump, 1) : RunAll(creator, pump);
+  status = RunAll(creator, pump);
   Release(creator);
   printf("%s\n", status ? "wrong" : "well");
   return status;

@@ -59,6 +59,14 @@ xdotool mousedown 1; sleep 0.1
 for x in 60 75 90 110; do point slider $x 50; done
 xdotool mouseup 1; point slider 90 50
 expect 'slider 100'
+# Back and forth: no value comes twice, and none when nothing moves any more.
+point slider 90 50; xdotool mousedown 1; point slider 50 50
+for i in $(seq "${FXBOX_SOAK:-20}"); do point slider $((40 + i * 7 % 30)) 50; done
+forget
+sleep 0.3; refuse '^slider'
+xdotool mouseup 1
+[ -z "$(grep '^slider' "$out" | uniq -d)" ] || { echo "a value came twice" >&2; exit 1; }
+click slider 100 50; keys End; expect 'slider 100'
 forget
 keys Left Left
 expect 'slider 99'
