@@ -1,10 +1,13 @@
 #include "base/RowWriter.h"
 
+#include <algorithm>
 #include <cstring>
 
 #ifdef __SSE2__
 #include <emmintrin.h>
 #endif
+
+#include "base/RowPieces.h"
 
 namespace base {
 
@@ -26,6 +29,19 @@ void StreamLine(BYTE* to, const Value& value) {
   }
 }
 
+// Processors foresee what is read, but hardly what is written.
+void CopyInPieces(BYTE* to, const BYTE* from, std::size_t bytes) {
+  constexpr std::size_t kMost = 24 * kLine;
+  while (bytes > 0) {
+    const std::size_t piece = std::min(bytes, kMost);
+    bytes -= piece;
+    Announce<kForReading>(from + piece, std::min(bytes, kMost));
+    Announce<kForWriting>(to + piece, std::min(bytes, kMost));
+    CopyBytes(to, from, piece);
+    to += piece, from += piece;
+  }
+}
+
 }  // namespace
 
 RowWriter::~RowWriter() {
@@ -43,7 +59,7 @@ void RowWriter::Copy(BYTE* to, const BYTE* from, std::size_t bytes) const {
       });
     }
   }
-  std::memcpy(to, from, bytes);
+  CopyInPieces(to, from, bytes);
 }
 
 void RowWriter::Fill(BYTE* to, BYTE value, std::size_t bytes) const {

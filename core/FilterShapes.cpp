@@ -40,15 +40,19 @@ void PullRectangle::CopyLent(int i, const base::RowWriter& writer) const {
   writer.Copy(Mask(i), lent.mask[i], static_cast<std::size_t>(width));
 }
 
-void PullRectangle::AnnounceNext(int i) const {
-  constexpr std::size_t kFront = 3072;
-  const std::size_t colours = std::min(base::ColourBytes(width), kFront);
-  if (colourRows) base::Announce<base::kForWriting>(Colour(i), colours);
-  if (!lent.colour) return;
-  const std::size_t masks = std::min(static_cast<std::size_t>(width), kFront);
-  base::Announce<base::kForReading>(lent.colour[i], colours);
-  base::Announce<base::kForReading>(lent.mask[i], masks);
-  base::Announce<base::kForWriting>(Mask(i), masks);
+base::RowWay PullRectangle::Way(int i) const {
+  if (lent.colour) return {lent.colour[i], lent.mask[i], Colour(i), Mask(i)};
+  return {.toColour = Colour(i), .toMask = colourRows ? nullptr : Mask(i)};
+}
+
+void PullRectangle::Fetch(int i, int first) const {
+  constexpr int kFront = 1024;
+  if (lent.colour) {
+    base::ForPieces(Way(i), width, NextWay(i, first),
+                    [](const base::RowWay& piece, int pixels) { CopyLent(piece, pixels); });
+  } else if (i > first && colourRows) {
+    Way(i - 1).Announce(std::min(width, kFront));
+  }
 }
 
 void PullRectangle::AnnounceMask(int i) const {
@@ -96,13 +100,13 @@ bool RowFilter::ChangeAll(const PullRectangle& rows) {
   const auto held = HoldState();
   const int least = base::RowsPerBand(rows.width);
   std::atomic<int> left{rows.height};
-  const auto change = [&](BYTE* colour, BYTE* mask) {
-    if (WorksOnMask() ? mask : colour) ChangeRow(colour, mask, rows.width);
+  const auto change = [&](BYTE* colour, BYTE* mask, int pixels) {
+    if (WorksOnMask() ? mask : colour) ChangeRow(colour, mask, pixels);
   };
   const auto takeBands = [&](int, int) {
     do {
       const int end = left.fetch_sub(least);
-      if (!rows.ChangeBand(std::max(0, end - least), end, abort, change)) return false;
+      if (!rows.ChangePixels(std::max(0, end - least), end, abort, change)) return false;
     } while (left > 0 && !state.IsWanted());
     return true;
   };
@@ -136,7 +140,7 @@ HRESULT RectangleFilter::ReadRows(int destX, int destY, int srcX, int srcY, int 
     PullRectangle rows{destX, destY, srcX, srcY, width, height, colourRows, maskRows};
     const HRESULT ended = Fill(rows, policy.sourceResult);
     if (ended != S_OK) return ended;
-    if (!TakeLent(rows) || !ChangeRectangle(rows)) {
+    if ((!policy.takesLent && !TakeLent(rows)) || !ChangeRectangle(rows)) {
       if (policy.abortMarksChange) selfChanged = true;
       return kPullStopped;
     }
@@ -296,27 +300,40 @@ bool WholePictureFilter::Close() {
 }
 
 bool WholePictureFilter::CopyOut(const PullRectangle& cut) {
-  const base::RowView from = Answer();
-  const int x = frame + cut.srcX;
   return base::ForEachBand(cut.height, base::RowsPerBand(cut.width), [&](int first, int end) {
     constexpr int kTogether = 8;
     const base::RowWriter writer(cut.width, cut.height);
-    const auto copy = [&](int i) {
-      const int y = frame + cut.srcY + i;
-      CopyRow(from.colour[y] + base::ColourOffset(x), from.mask[y] + x, cut.Colour(i), cut.Mask(i),
-              cut.width, writer);
-    };
     for (int last = end; last > first; last -= kTogether) {
       const int begin = std::max(first, last - kTogether);
       if (abort) return false;
       FinishRows(cut.srcY + begin, cut.srcY + last);
       for (int i = last - 1; i >= begin; --i) {
         if (abort) return false;
-        if (cut.width > 0) copy(i);
+        if (cut.width > 0) CopyRow(cut, i, i > first, writer);
       }
     }
     return true;
   });
+}
+
+base::RowWay WholePictureFilter::WayOut(const PullRectangle& cut, int i) const {
+  const base::RowView from = Answer();
+  const int x = frame + cut.srcX;
+  const int y = frame + cut.srcY + i;
+  return {from.colour[y] + base::ColourOffset(x), from.mask[y] + x, cut.Colour(i), cut.Mask(i)};
+}
+
+void WholePictureFilter::CopyRow(const PullRectangle& cut, int i, bool hasNext,
+                                 const base::RowWriter& writer) {
+  const base::RowWay row = WayOut(cut, i);
+  if (policy.cache == Cache::InputPicture) {
+    const base::RowWay next = hasNext ? WayOut(cut, i - 1) : base::RowWay{};
+    base::ForPieces(row, cut.width, next,
+                    [this](const base::RowWay& piece, int pixels) { ChangePiece(piece, pixels); });
+    return;
+  }
+  if (row.toColour) writer.Copy(row.toColour, row.colour, base::ColourBytes(cut.width));
+  if (row.toMask) writer.Copy(row.toMask, row.mask, static_cast<std::size_t>(cut.width));
 }
 
 void WholePictureFilter::FinishRows(int first, int end) {
@@ -343,12 +360,6 @@ std::optional<base::RowView> WholePictureFilter::Lend(int width, int height) {
   borrowed = {};
   if (policy.flags == ChangeFlags::ClearedAtEnd) ClearChanges();
   return lentRows.Crop(outputPicture->Rows(), frame, frame, width, height);
-}
-
-void WholePictureFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
-                                 int width, const base::RowWriter& writer) {
-  if (toColour) writer.Copy(toColour, colour, base::ColourBytes(width));
-  if (toMask) writer.Copy(toMask, mask, static_cast<std::size_t>(width));
 }
 
 bool WholePictureFilter::Clear(MemoryPicture& picture) {

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <algorithm>
-#include <type_traits>
 #include <vector>
 
+#include "base/RowPieces.h"
 #include "base/RowView.h"
 #include "base/RowWriter.h"
 #include "base/Rows.h"
@@ -26,49 +26,76 @@ struct PullRectangle {
     return colourRows ? colourRows[destY + i] + base::ColourOffset(destX) : nullptr;
   }
   BYTE* Mask(int i) const { return maskRows ? maskRows[destY + i] + destX : nullptr; }
+  // The colours of row i ahead of its change.
+  const BYTE* GivenColour(int i) const { return lent.colour ? lent.colour[i] : Colour(i); }
 
   // The part of it that lies in a picture of this size; width and height are 0 where none does.
   FXBOX_API PullRectangle CutTo(int pictureWidth, int pictureHeight) const;
 
-  // Calls change(colour, mask), or change(colour, mask, i), for each row, with an abort test before
-  // each. A row that is lent is copied just ahead. False when it stopped. Workers share the rows,
-  // so that `change` may run for several at once; without them they come from the last to the
-  // first. A width below 1 has rows, but nothing in them to change.
+  // Calls change(colour, mask, i) for each row, with an abort test before each. A row that is lent
+  // is copied just ahead. False when it stopped. Workers share the rows, so that `change` may run
+  // for several at once; without them they come from the last to the first. A width below 1 has
+  // rows, but nothing in them to change.
   template <class Change>
   bool ChangeRows(const std::atomic<bool>& abort, const Change& change) const {
     return base::ForEachBand(height, base::RowsPerBand(width), [&](int first, int end) {
-      return ChangeBand(first, end, abort, change);
+      return ForBand(first, end, abort, [&](int i) {
+        Fetch(i, first);
+        change(Colour(i), Mask(i), i);
+      });
     });
   }
 
+  // The same for who changes each pixel by itself: calls change(colour, mask, pixels) for pieces of
+  // the rows. The mask may be null where there are colours.
+  template <class Change>
+  bool ChangePixels(const std::atomic<bool>& abort, const Change& change) const {
+    return base::ForEachBand(height, base::RowsPerBand(width), [&](int first, int end) {
+      return ChangePixels(first, end, abort, change);
+    });
+  }
+  // In the rows `first` to `end` - 1, on the calling thread, from the last to the first.
+  template <class Change>
+  bool ChangePixels(int first, int end, const std::atomic<bool>& abort,
+                    const Change& change) const {
+    return ForBand(first, end, abort, [&](int i) {
+      base::ForPieces(Way(i), width, NextWay(i, first), [&](const base::RowWay& piece, int pixels) {
+        CopyLent(piece, pixels);
+        change(piece.toColour, piece.toMask, pixels);
+      });
+    });
+  }
+
+  // Copies all that is lent, for who changes nothing. False when it stopped.
+  bool BringLent(const std::atomic<bool>& abort) const {
+    return !lent.colour || ChangeRows(abort, [](BYTE*, BYTE*, int) {});
+  }
   // Copies a row that is lent, both planes.
   FXBOX_API void CopyLent(int i, const base::RowWriter& writer) const;
 
   // Asks for all of a mask row: for a change that takes long for a row, or takes it from both ends.
   FXBOX_API void AnnounceMask(int i) const;
 
-  // Changes the rows `first` to `end` - 1 so, on the calling thread, from the last to the first.
-  template <class Change>
-  bool ChangeBand(int first, int end, const std::atomic<bool>& abort, const Change& change) const {
-    const base::RowWriter writer(0);  // a lent row is changed while it is in the cache
+ private:
+  template <class Work>
+  bool ForBand(int first, int end, const std::atomic<bool>& abort, const Work& work) const {
     for (int i = end - 1; i >= first; --i) {
       if (abort) return false;
-      if (width < 1) continue;
-      if (i > first) AnnounceNext(i - 1);
-      if (lent.colour) CopyLent(i, writer);
-      if constexpr (std::is_invocable_v<const Change&, BYTE*, BYTE*, int>) {
-        change(Colour(i), Mask(i), i);
-      } else {
-        change(Colour(i), Mask(i));
-      }
+      if (width > 0) work(i);
     }
     return true;
   }
-
- private:
-  // Asks for the front of the row that comes next. Processors foresee rows that follow upwards in
-  // memory, and ours go down; the rest of a row they see coming by themselves.
-  FXBOX_API void AnnounceNext(int i) const;
+  // Masks that are neither copied nor changed are left out.
+  FXBOX_API base::RowWay Way(int i) const;
+  // Of the row that follows on row i in a band.
+  base::RowWay NextWay(int i, int first) const { return i > first ? Way(i - 1) : base::RowWay{}; }
+  // Has row i of a band in the caller's rows, and asks for the front of the one that follows.
+  FXBOX_API void Fetch(int i, int first) const;
+  static void CopyLent(const base::RowWay& piece, int pixels) {
+    if (!piece.colour) return;
+    base::CopyBytes(piece.toColour, piece.colour, base::ColourBytes(pixels));
+    base::CopyBytes(piece.toMask, piece.mask, static_cast<std::size_t>(pixels));
+  }
 };
 
 // What a shape does when its source's pull answers something else than 0.
@@ -113,9 +140,10 @@ class FXBOX_API RowFilter : public InPlaceFilter {
   };
   RowFilter(const FilterClass& row, Policy rules) : InPlaceFilter(row), policy(rules) {}
 
-  // Changes `width` pixels, at least one, while the pull holds the state: a Commit comes between
-  // two rows, never within one. Runs on several threads at once, with a row for each, and must not
-  // take the state itself. The plane that the class works on is never null; the other one may be.
+  // Changes `width` pixels of a row, at least one, while the pull holds the state: a Commit comes
+  // between two rows, never within one. Runs on several threads at once, with a row for each, and
+  // must not take the state itself. The plane that the class works on is never null; the other one
+  // may be.
   virtual void ChangeRow(BYTE* colour, BYTE* mask, int width) = 0;
   // Whether it works on the mask rows, not on the colour rows.
   virtual bool WorksOnMask() const { return false; }
@@ -140,6 +168,9 @@ class FXBOX_API RectangleFilter : public InPlaceFilter {
   struct Policy {
     SourceResult sourceResult = SourceResult::StopsAboveZero;
     bool abortMarksChange = true;  // an abort sets `selfChanged`
+    // The class may find rows that are lent, and not in the caller's yet: it goes over all of them
+    // with ChangeRows, ChangePixels or BringLent.
+    bool takesLent = false;
   };
   explicit RectangleFilter(const FilterClass& row) : RectangleFilter(row, {}) {}
   RectangleFilter(const FilterClass& row, Policy rules) : InPlaceFilter(row), policy(rules) {}
@@ -167,7 +198,7 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
 
  protected:
   // What answers are made of: rows of the result, which are finished (FinishRow) and copied, or the
-  // rows of the source's picture, which the class changes on their way out (CopyRow).
+  // rows of the source's picture, which the class changes on their way out (ChangePiece).
   enum class Cache { OutputPicture, InputPicture };
   enum class ChangeFlags {
     ClearedAtEnd,   // stay set until a pull is complete; a failed rebuild sets `selfChanged`
@@ -214,12 +245,12 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   // Before the rows of each pull are given out, with the request as it came, not cut.
   virtual void PrepareCopy(const PullRectangle&) {}
   // Finishes a row of the result, once, before anything of it is given out: for what need not be
-  // done for rows that nobody asks for. Like CopyRow it runs on several threads at once, with a row
-  // for each.
+  // done for rows that nobody asks for. Like ChangePiece it runs on several threads at once, with a
+  // row for each.
   virtual void FinishRow(int /*row*/) {}
-  // Gives out a part of one row of the result. Either target may be null.
-  virtual void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
-                       int width, const base::RowWriter& writer);
+  // Writes a piece of a row of the result, of at most base::kPiecePixels, from the source's
+  // picture. Either target may be null. For a class with an input picture.
+  virtual void ChangePiece(const base::RowWay& /*piece*/, int /*pixels*/) {}
 
   // Copies of `input` and `output` from the start of the last rebuild: Prepare may change those in
   // the middle of a pull. The picture that holds the result may be larger than `result` says.
@@ -236,7 +267,7 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   bool TakeInputOfSize(int width, int height);
   // For who has read it and needs it no more.
   void DropInput();
-  // To be read, for Rebuild, ComputeRows and CopyRow. It has the size that was taken, also where
+  // To be read, for Rebuild and ComputeRows. It has the size that was taken, also where
   // our own picture is larger.
   base::RowView given;
   bool isGivenWhole = false;  // whether the source delivered all of it
@@ -293,6 +324,8 @@ class FXBOX_API WholePictureFilter : public CPdibFilter {
   bool GiveOut(const PullRectangle& rectangle);
   bool IsAll(const PullRectangle& rectangle) const;
   bool CopyOut(const PullRectangle& cut);
+  base::RowWay WayOut(const PullRectangle& cut, int i) const;
+  void CopyRow(const PullRectangle& cut, int i, bool hasNext, const base::RowWriter& writer);
   void FinishRows(int first, int end);
 
   const Policy policy;

@@ -117,14 +117,15 @@ void CAdoptColorFilter::FillTable() {
   table->Fill(*tabled);
 }
 
-void CAdoptColorFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
-                                int width, const base::RowWriter& writer) {
-  if (toMask) writer.Copy(toMask, mask, static_cast<std::size_t>(width));
-  if (!toColour) return;
+void CAdoptColorFilter::ChangePiece(const base::RowWay& piece, int pixels) {
+  if (piece.toMask) {
+    base::CopyBytes(piece.toMask, piece.mask, static_cast<std::size_t>(pixels));
+  }
+  if (!piece.toColour) return;
   if (tabled && tabled->IsSame(adopted)) {
-    table->AdoptColour(toColour, colour, width);
+    table->AdoptColour(piece.toColour, piece.colour, pixels);
   } else {
-    kernels::AdoptColour(toColour, colour, width, adopted);
+    kernels::AdoptColour(piece.toColour, piece.colour, pixels, adopted);
   }
 }
 

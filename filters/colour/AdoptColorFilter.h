@@ -39,8 +39,7 @@ class CAdoptColorFilter final : public ParameterFilter<WholePictureFilter, Adopt
   kernels::AdoptedColour Adopted() const;
   void FillTable();
   void PrepareCopy(const PullRectangle& request) override;
-  void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask, int width,
-               const base::RowWriter& writer) override;
+  void ChangePiece(const base::RowWay& piece, int pixels) override;
 
   struct Hls {
     double hue = 0, lightness = 0, saturation = 0;

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/Guid.h"
-#include "filters/colour/ChangedCopy.h"
+#include "filters/colour/BothPlanes.h"
 #include "filters/colour/MaskColourParameters.h"
 #include "filters/pixels/PointKernelTable.h"
 
@@ -32,14 +32,11 @@ void CImgBgFilter::Commit() {
   output.offsetX = output.offsetY = 0;
 }
 
-void CImgBgFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
-                           int width, const base::RowWriter&) {
-  const auto change = [this](const kernels::MaskedRow& to, const kernels::GivenMaskedRow& from,
-                             int pixels) {
+void CImgBgFilter::ChangePiece(const base::RowWay& piece, int pixels) {
+  ChangeBothPlanes(piece, [&](const kernels::MaskedRow& to, const kernels::GivenMaskedRow& from) {
     kernels::Choose<kernels::PointKernelTable>().putBackground(
         to, from, pixels, {used.blue, used.green, used.red}, used.transparency);
-  };
-  CopyChanged({toColour, toMask}, {colour, mask}, width, change);
+  });
 }
 
 HRESULT CImgBgFilter::ReadPixel(BYTE* pixel) {

@@ -32,8 +32,7 @@ class CImgBgFilter final : public ParameterFilter<WholePictureFilter, ImgBgParam
   void TakeParameters() override { used = active; }
   bool TakeInput() override { return TakeInputOfSize(result.width, result.height); }
   bool Rebuild() override { return TakeInput(); }
-  void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask, int width,
-               const base::RowWriter& writer) override;
+  void ChangePiece(const base::RowWay& piece, int pixels) override;
 
   ImgBgParameters used;  // of the picture that was taken last
 };

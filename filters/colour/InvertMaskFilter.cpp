@@ -1,7 +1,7 @@
 #include "filters/colour/InvertMaskFilter.h"
 
 #include "base/Guid.h"
-#include "filters/colour/ChangedCopy.h"
+#include "filters/colour/BothPlanes.h"
 #include "filters/colour/MaskColourParameters.h"
 #include "filters/pixels/PointKernelTable.h"
 
@@ -33,11 +33,10 @@ std::span<const ParameterRow<InvertMaskParameters>> InvertMaskParameters::Rows()
   return kMaskColourRows<InvertMaskParameters>;
 }
 
-void CInvertMaskFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
-                                int width, const base::RowWriter&) {
-  CopyChanged({toColour, toMask}, {colour, mask}, width,
-              [this](const kernels::MaskedRow& to, const kernels::GivenMaskedRow& from,
-                     int pixels) { ChangeRow(to, from, pixels, used); });
+void CInvertMaskFilter::ChangePiece(const base::RowWay& piece, int pixels) {
+  ChangeBothPlanes(piece, [&](const kernels::MaskedRow& to, const kernels::GivenMaskedRow& from) {
+    ChangeRow(to, from, pixels, used);
+  });
 }
 
 HRESULT CInvertMaskFilter::ReadPixel(BYTE* pixel) {

@@ -26,8 +26,7 @@ class CInvertMaskFilter final : public ParameterFilter<WholePictureFilter, Inver
  private:
   void TakeParameters() override { used = active; }
   bool Rebuild() override { return TakeInput(); }
-  void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask, int width,
-               const base::RowWriter& writer) override;
+  void ChangePiece(const base::RowWay& piece, int pixels) override;
 
   InvertMaskParameters used;  // of the picture that was taken last
 };

@@ -73,7 +73,7 @@ bool CRauchglasFilter::Tint(const PullRectangle& pane, const RauchglasParameters
   if (p.transparency >= 100) return true;
   const kernels::ChannelTables tables =
       kernels::BuildTintTables({p.blue, p.green, p.red}, p.transparency);
-  return pane.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
-    kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, pane.width, tables);
+  return pane.ChangePixels(abort, [&](BYTE* colour, BYTE*, int pixels) {
+    kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, pixels, tables);
   });
 }

@@ -104,11 +104,11 @@ class FramedRow {
 };
 
 ConvolutionRows Around(const FramedRow& below, const FramedRow& row, const FramedRow& above,
-                       const std::uint8_t* next) {
+                       const RowsAhead& ahead) {
   return {{below.Colour(), row.Colour(), above.Colour()},
           {below.Nothing(), row.Nothing(), above.Nothing()},
           below.AnyNothing() || row.AnyNothing() || above.AnyNothing(),
-          next};
+          ahead};
 }
 
 }  // namespace
@@ -158,9 +158,10 @@ class Convolver {
 
   // Convolves the rows from `begin` on to the one ahead of `end`, upwards by a step of 1 or
   // downwards by one of -1. rowAt(y) gives row y of the picture as it was, from the first column
-  // on, and write(y, convolve) has the row written by convolve(result).
-  template <class RowAt, class Write>
-  bool Run(int begin, int end, int step, const RowAt& rowAt, const Write& write,
+  // on, write(y, convolve) has the row written by convolve(result), and ahead(y, read) tells where
+  // row y is written and row `read` is read.
+  template <class RowAt, class Write, class Ahead>
+  bool Run(int begin, int end, int step, const RowAt& rowAt, const Write& write, const Ahead& ahead,
            const std::atomic<bool>& abort) const {
     const auto convolveRow = Choose<ConvolutionKernels>().convolveRow;
     std::array<FramedRow, 3> rows = {FramedRow(area.width), FramedRow(area.width),
@@ -177,9 +178,10 @@ class Convolver {
     for (int y = begin; y != end; y += step) {
       if (abort) return false;
       load(y + step);
-      const std::uint8_t* const behind = rowAt(std::clamp(y + 2 * step, 0, picture.height - 1));
+      const RowsAhead next =
+          ahead(y + step == end ? y : y + step, std::clamp(y + 2 * step, 0, picture.height - 1));
       write(y, [&](std::uint8_t* result) {
-        convolveRow(kernel, Around(row(y - 1), row(y), row(y + 1), behind), result, area.width);
+        convolveRow(kernel, Around(row(y - 1), row(y), row(y + 1), next), result, area.width);
       });
     }
     return true;
@@ -206,9 +208,13 @@ bool Convolve3x3(const Kernel3x3& kernel, const base::WritableRows& picture,
     convolve(picture.colour[y] + base::ColourOffset(area.x));
   };
   return blocks.ForEach([&](int block) {
-    return convolver.Run(
-        area.y + blocks.First(block), area.y + blocks.First(block + 1), 1,
-        [&](int y) { return blocks.Row(block, y - area.y); }, writeInPlace, abort);
+    const auto rowAt = [&](int y) { return blocks.Row(block, y - area.y); };
+    const auto ahead = [&](int, int read) {
+      const std::uint8_t* const row = rowAt(read);
+      return RowsAhead{row, row, row, row};
+    };
+    return convolver.Run(area.y + blocks.First(block), area.y + blocks.First(block + 1), 1, rowAt,
+                         writeInPlace, ahead, abort);
   });
 }
 
@@ -223,8 +229,12 @@ bool Convolve3x3(const Kernel3x3& kernel, const base::RowView& picture, const Pi
     std::memcpy(result.mask[y - area.y], picture.mask[y] + area.x,
                 static_cast<std::size_t>(area.width));
   };
+  const auto ahead = [&](int y, int read) {
+    return RowsAhead{rowAt(read), picture.mask[read] + area.x, result.colour[y - area.y],
+                     result.mask[y - area.y]};
+  };
   return base::ForEachBand(area.height, base::RowsPerBand(area.width), [&](int first, int end) {
-    return convolver.Run(area.y + end - 1, area.y + first - 1, -1, rowAt, write, abort);
+    return convolver.Run(area.y + end - 1, area.y + first - 1, -1, rowAt, write, ahead, abort);
   });
 }
 

@@ -101,7 +101,7 @@ class BlockRow {
 
   [[gnu::always_inline]] void Run(std::uint8_t* result, std::ptrdiff_t bytes) const {
     for (std::ptrdiff_t at = 0; at < bytes; at += kVectorBytes) {
-      __builtin_prefetch(rows.next + at);
+      rows.ahead.Announce(at);
       // The first and the last pixel have neighbours outside the picture.
       const bool isEdge = at == 0 || at + kVectorBytes > bytes - 3;
       const bool masked = isEdge || (rows.anyNothing && HasNothing(at));

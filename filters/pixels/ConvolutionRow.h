@@ -1,6 +1,7 @@
 // One row of the 3 x 3 convolution, by vector unit.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "filters/pixels/Convolution.h"
@@ -11,6 +12,22 @@ namespace kernels {
 // How many bytes must be readable behind the last pixel of each row below.
 inline constexpr int kConvolutionPadding = 80;
 
+// What is fetched meanwhile: the row that is read next, and the one that is written next. Any other
+// rows serve as well, but none is null.
+struct RowsAhead {
+  const std::uint8_t* colour;
+  const std::uint8_t* mask;
+  const std::uint8_t* toColour;
+  const std::uint8_t* toMask;
+
+  [[gnu::always_inline]] void Announce(std::ptrdiff_t at) const {
+    __builtin_prefetch(colour + at);
+    __builtin_prefetch(mask + at / 3);
+    __builtin_prefetch(toColour + at, 1);
+    __builtin_prefetch(toMask + at / 3, 1);
+  }
+};
+
 // Three rows of a picture by increasing index, the middle one being worked on. Each pointer is at
 // the first pixel of the area; one more pixel can be read on either side of it, and behind that the
 // padding. `nothing` has three bytes a pixel, as colour has: 255 where the pixel does not count,
@@ -18,8 +35,8 @@ inline constexpr int kConvolutionPadding = 80;
 struct ConvolutionRows {
   const std::uint8_t* colour[3];
   const std::uint8_t* nothing[3];
-  bool anyNothing;           // false: at most the first and the last pixel have such neighbours
-  const std::uint8_t* next;  // the row above them, which is fetched meanwhile, or any other
+  bool anyNothing;  // false: at most the first and the last pixel have such neighbours
+  RowsAhead ahead;
 };
 
 struct ConvolutionKernels {

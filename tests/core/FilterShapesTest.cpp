@@ -30,7 +30,8 @@ class Scripted : public Shape {
   HRESULT STDMETHODCALLTYPE GetActiveParameter(char*, int) override { return S_OK; }
 
   AtRow atRow = AtRow::Nothing;
-  int rowsSeen = 0;
+  int rowsSeen = 0;  // of narrow pictures
+  int pixelsSeen = 0;
 
  protected:
   void CountRow() {
@@ -49,7 +50,10 @@ class RowProbe final : public Scripted<RowFilter> {
                   .abortMarksChange = kStrict}) {}
 
  private:
-  void ChangeRow(BYTE*, BYTE*, int) override { CountRow(); }
+  void ChangeRow(BYTE*, BYTE*, int width) override {
+    pixelsSeen += width;
+    CountRow();
+  }
 };
 
 template <bool kStrict, bool kNeedsMask = false>
@@ -171,7 +175,7 @@ TEST(FilterShapes, RowsAreSharedByTheirPixels) {
     Workers workers;
     rig.PullWhole();
     EXPECT_EQ(workers.counts, c.counts) << c.width;
-    EXPECT_EQ(static_cast<RowProbe<false>&>(rig.Filter()).rowsSeen, c.height);
+    EXPECT_EQ(static_cast<RowProbe<false>&>(rig.Filter()).pixelsSeen, c.width * c.height);
   }
 }
 

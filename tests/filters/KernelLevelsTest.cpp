@@ -443,7 +443,8 @@ struct ConvolutionRows {
       view.nothing[i] = nothing[i].data() + 3;
     }
     view.anyNothing = masked;
-    view.next = colour[2].data();
+    const std::uint8_t* const any = colour[2].data();
+    view.ahead = {any, any, any, any};
   }
   void ExpectEqual(const kernels::KernelTable& table, double strength) const {
     const auto kernel = kernels::BlendKernel(table, strength);

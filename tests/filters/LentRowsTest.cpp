@@ -104,6 +104,12 @@ std::vector<std::string> TextsOf(const FilterClass& row) {
   if (progId == "ZNFilter.Tonwert.1") {
     texts.insert(texts.end(), {"AutoTone=1,AutoContrastRGB=1,AutoContrast=1", "ExBlit=1,WL=20"});
   }
+  if (progId == "ZNFilter.WhiteBlackGrey.1") {
+    for (const char* mode : {"FilterOn=1,Mode=2", "FilterOn=1,Mode=3", "FilterOn=0"}) {
+      texts.push_back(std::string("RedG=120,GreenG=200,BlueG=90,Opacity=080,") + mode);
+    }
+  }
+  if (progId == "ZNFilter.GradCurves.1") texts.push_back("FilterOn=0");
   if (progId == "ZNFilter.AdoptColor.1") texts.push_back("Intensity=080,ColorRed=200,ExBlit=0");
   if (progId == "ZNFilter.Passpartout.1") {
     texts.insert(texts.end(), {"Borderhori=-4,Borderverti=-3,Transparency=40,Radius=6",

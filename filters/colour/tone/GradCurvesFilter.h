@@ -15,7 +15,7 @@ class CGradCurvesFilter final : public ParameterFilter<RectangleFilter, GradCurv
                                 public IAnimPictureSample {
  public:
   explicit CGradCurvesFilter(const FilterClass& row)
-      : ParameterFilter(row, {SourceResult::StopsUnlessZero, true}) {}
+      : ParameterFilter(row, {.sourceResult = SourceResult::StopsUnlessZero, .takesLent = true}) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** result) override;
   ULONG STDMETHODCALLTYPE AddRef() override { return CPdibFilter::AddRef(); }

@@ -38,8 +38,8 @@ bool CHistoFilter::ChangeRectangle(const PullRectangle& r) {
   if (!base::CountInBands(r.height, base::RowsPerBand(r.width), counter, count)) return false;
   const kernels::LuminanceFactors factors =
       kernels::EqualisingFactors(counter.Total(), Active().intensity);
-  return r.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
+  return r.ChangePixels(abort, [&](BYTE* colour, BYTE*, int pixels) {
     if (colour)
-      kernels::Choose<kernels::LuminanceKernelTable>().scaleByLuminance(colour, r.width, factors);
+      kernels::Choose<kernels::LuminanceKernelTable>().scaleByLuminance(colour, pixels, factors);
   });
 }

@@ -174,14 +174,15 @@ int CTonwertFilter::Midtone(const PullRectangle& request) {
       std::clamp<std::int64_t>(std::int64_t{now.addMed} + measuredMidtone, -100, 100));
 }
 
-void CTonwertFilter::CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask,
-                             int width, const base::RowWriter& writer) {
+void CTonwertFilter::ChangePiece(const base::RowWay& piece, int pixels) {
   const kernels::ByteTableKernels& k = kernels::Choose<kernels::ByteTableKernels>();
-  if (toMask) writer.Copy(toMask, mask, static_cast<std::size_t>(width));
-  if (!toColour) return;
+  if (piece.toMask) {
+    base::CopyBytes(piece.toMask, piece.mask, static_cast<std::size_t>(pixels));
+  }
+  if (!piece.toColour) return;
   if (channelsApart) {
-    k.mapChannels(toColour, colour, width, channelTables);
+    k.mapChannels(piece.toColour, piece.colour, pixels, channelTables);
   } else {
-    k.mapBytes(toColour, colour, base::ColourBytes(width), table);
+    k.mapBytes(piece.toColour, piece.colour, base::ColourBytes(pixels), table);
   }
 }

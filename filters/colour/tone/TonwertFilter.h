@@ -54,8 +54,7 @@ class CTonwertFilter final : public ParameterFilter<WholePictureFilter, TonwertP
   void FindLimits(const PullRectangle& request);
   kernels::Limits LimitsOf(const MeasuredLimits& measured) const;
   int Midtone(const PullRectangle& request);
-  void CopyRow(const BYTE* colour, const BYTE* mask, BYTE* toColour, BYTE* toMask, int width,
-               const base::RowWriter& writer) override;
+  void ChangePiece(const base::RowWay& piece, int pixels) override;
 
   kernels::Histogram luminanceCounts = {}, redCounts = {}, greenCounts = {}, blueCounts = {};
   bool limitsAreOpen = false;  // counted, but not yet by which request

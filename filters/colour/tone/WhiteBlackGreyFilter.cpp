@@ -20,7 +20,7 @@ Limits MeasureLimits(const PullRectangle& r, const std::atomic<bool>& abort, Cou
   base::CountInBands(r.height, base::RowsPerBand(r.width), counter,
                      [&](LevelCounter& part, int first, int end) {
                        for (int i = first; i < end && !abort; ++i) {
-                         if (r.width > 0 && r.colourRows) count(part, r.Colour(i));
+                         if (r.width > 0 && r.colourRows) count(part, r.GivenColour(i));
                        }
                        return !abort;
                      });
@@ -98,13 +98,13 @@ std::span<const ParameterRow<WhiteBlackGreyParameters>> WhiteBlackGreyParameters
 
 bool CWhiteBlackGreyFilter::ChangeRectangle(const PullRectangle& r) {
   const WhiteBlackGreyParameters now = Pending();
-  if (!now.filterOn || now.opacity < 1) return true;
+  if (!now.filterOn || now.opacity < 1) return r.BringLent(abort);
   const GreyTables grey = BuildTables({now.blueG, now.greenG, now.redG}, now.mode, r, abort);
   const kernels::ChannelTables tables = {MixWithLevels(grey.blue, now.opacity),
                                          MixWithLevels(grey.green, now.opacity),
                                          MixWithLevels(grey.red, now.opacity)};
-  return r.ChangeRows(abort, [&](BYTE* colour, BYTE*) {
+  return r.ChangePixels(abort, [&](BYTE* colour, BYTE*, int pixels) {
     if (colour)
-      kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, r.width, tables);
+      kernels::Choose<kernels::ByteTableKernels>().mapChannels(colour, colour, pixels, tables);
   });
 }

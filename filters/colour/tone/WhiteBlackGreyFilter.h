@@ -25,8 +25,9 @@ class CWhiteBlackGreyFilter final
     : public ParameterFilter<RectangleFilter, WhiteBlackGreyParameters> {
  public:
   explicit CWhiteBlackGreyFilter(const FilterClass& row)
-      : ParameterFilter(
-            row, {.sourceResult = SourceResult::EndsUnlessZero, .abortMarksChange = false}) {}
+      : ParameterFilter(row, {.sourceResult = SourceResult::EndsUnlessZero,
+                              .abortMarksChange = false,
+                              .takesLent = true}) {}
 
  private:
   bool ChangeRectangle(const PullRectangle& rectangle) override;
