@@ -34,14 +34,10 @@ Picture AnyPicture(FuzzedDataProvider& data) {
 }
 
 std::string AnyNumber(FuzzedDataProvider& data) {
-  switch (data.ConsumeIntegralInRange(0, 4)) {
-    case 0:
-      return std::to_string(data.ConsumeIntegral<std::int32_t>());
-    case 1:
-      return std::to_string(data.ConsumeIntegralInRange(-1000, 1000) / 100.0);
-    default:
-      return std::to_string(data.ConsumeIntegralInRange(-5, 260));
-  }
+  const int kind = data.ConsumeIntegralInRange(0, 4);
+  if (kind == 0) return std::to_string(data.ConsumeIntegral<std::int32_t>());
+  if (kind == 1) return std::to_string(data.ConsumeIntegralInRange(-1000, 1000) / 100.0);
+  return std::to_string(data.ConsumeIntegralInRange(-5, 260));
 }
 
 // Texts of the class's own keys; now and then any bytes.
@@ -93,23 +89,11 @@ class Host {
   Host& operator=(const Host&) = delete;
 
   void Step() {
-    switch (data.ConsumeIntegralInRange(0, 9)) {
-      case 0:
-        return SetChain();
-      case 1:
-        return ChangeParameters();
-      case 2:
-        return ChangePicture();
-      case 3:
-        return TellSizes();
-      case 4:
-        Tail()->SetAbort(data.ConsumeBool());
-        return;
-      case 5:
-        return ReadPixel();
-      default:
-        return PullRectangle();
-    }
+    constexpr void (Host::*kSteps[])() = {&Host::SetChain,      &Host::ChangeParameters,
+                                          &Host::ChangePicture, &Host::TellSizes,
+                                          &Host::SetAbort,      &Host::ReadPixel};
+    const std::size_t step = data.ConsumeIntegralInRange<std::size_t>(0, 9);
+    step < std::size(kSteps) ? (this->*kSteps[step])() : PullRectangle();
   }
 
  private:
@@ -148,6 +132,8 @@ class Host {
     if (source->destination) source->destination->SetZoom(data.PickValueInArray(kZooms));
     ++source->revision;
   }
+
+  void SetAbort() { Tail()->SetAbort(data.ConsumeBool()); }
 
   void ReadPixel() {
     BYTE pixel[4] = {1, 2, 3, 4};
@@ -217,9 +203,7 @@ class Host {
   // Filters on Gaussian blurs work from row 0 and column 0 on, wherever they were asked for.
   bool ChangesFirstRows() const {
     const std::string text = ChainText();
-    constexpr const char* kSuch[] = {"BlurGauss", "BlurSel", "UnsharpMask"};
-    return std::any_of(std::begin(kSuch), std::end(kSuch),
-                       [&](const char* name) { return text.find(name) != std::string::npos; });
+    return text.find("Blur") != text.npos || text.find("UnsharpMask") != text.npos;
   }
 
   FuzzedDataProvider& data;

@@ -6,30 +6,24 @@
 
 namespace {
 
-using imageio::Format;
-using imageio::ImageError;
-using imageio::ImageReader;
-using test::Bytes;
-using test::Outcome;
-using test::TestPicture;
-using test::TryBytes;
+using namespace test;
 
 constexpr Format kAll[] = {Format::Pnm,  Format::Pam,  Format::Png,
                            Format::Jpeg, Format::Tiff, Format::Bmp};
 
 Bytes GoodFile(Format format) {
   imageio::WriteOptions options;
-  options.metadata.exif = test::MakeExif(true, 8);
-  return test::Written(format, TestPicture::Random(40, 30, true), options);
+  options.metadata.exif = MakeExif(true, 8);
+  return Written(format, TestPicture::Random(40, 30, true), options);
 }
 
 TEST(BrokenFiles, OfTheCollectionDoNoHarm) {
   int pictures = 0;
   int errors = 0;
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(test::DataFolder())) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(DataFolder())) {
     if (!entry.is_regular_file()) continue;
     SCOPED_TRACE(entry.path().string());
-    const Outcome outcome = TryBytes(test::ReadBytes(entry.path()));
+    const Outcome outcome = TryBytes(ReadBytes(entry.path()));
     ++(outcome == Outcome::Picture ? pictures : errors);
     const std::string name = entry.path().filename().string();
     if (name.ends_with(".ref.png")) {
@@ -86,8 +80,9 @@ TEST(BrokenFiles, WrongHeadsAreErrors) {
        {"P6 2147483647 2147483647 255\n", "P4 99999999999 1\n", "P5 0 5 255\n", "P5 5 5 65536\n",
         "P5 1 1 0\n1", "P5 -1 1 255\n1", "P3 1 1 255 1 x 3", "P1 1 1 2",
         "P7\nWIDTH 99999\nHEIGHT 99999\nDEPTH 3\nMAXVAL 255\nENDHDR\n",
+        "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nENDHDR\n1",
         "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n1234"}) {
-    files.push_back(test::BytesOf(text));
+    files.push_back(BytesOf(text));
   }
   struct Change {
     std::size_t at;
@@ -107,7 +102,7 @@ TEST(BrokenFiles, OfOtherKindsAreToldSo) {
   EXPECT_THROW(ImageReader("no such file"), ImageError);
   EXPECT_THROW(ImageReader(std::filesystem::temp_directory_path()), ImageError);
   for (const char* text : {"", "P", "P6", "P9 1 1", "GIF89a", "\x89PNG", "text that is none"}) {
-    const Bytes bytes = test::BytesOf(text);
+    const Bytes bytes = BytesOf(text);
     std::string message;
     EXPECT_EQ(TryBytes(bytes, &message), Outcome::Error);
     EXPECT_EQ(message.rfind("not a picture file of a known kind (JPEG", 0), 0u) << text;

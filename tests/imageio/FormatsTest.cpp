@@ -10,12 +10,7 @@
 
 namespace {
 
-using imageio::Format;
-using imageio::ImageReader;
-using test::Bytes;
-using test::BytesOf;
-using test::MakeJpeg;
-using test::TestPicture;
+using namespace test;
 
 // Red, green, blue and alpha of all pixels from the top left on.
 Bytes PixelsOf(TestPicture picture) {
@@ -151,7 +146,7 @@ TEST(Png, InterlacedGivesTheSame) {
   }
 }
 
-const test::JpegKind kProgressive = {JCS_RGB, 3, 95, true};
+const JpegKind kProgressive = {JCS_RGB, 3, 95, true};
 
 Bytes WavyPixels(int width, int height, int samples) {
   Bytes data;
@@ -182,9 +177,9 @@ TEST(Jpeg, CutOffAnywhereIsAnError) {
     EXPECT_EQ(Pixels({whole.begin(), whole.end() - 2}), Pixels(whole));
     for (auto end = whole.begin() + 3; end < whole.end() - 6; ++end) {
       Bytes cut(whole.begin(), end);
-      EXPECT_THROW(Pixels(cut), imageio::ImageError) << end - whole.begin();
+      EXPECT_THROW(Pixels(cut), ImageError) << end - whole.begin();
       cut.insert(cut.end(), {0xFF, JPEG_EOI});
-      EXPECT_THROW(Pixels(cut), imageio::ImageError) << end - whole.begin() << " with an end mark";
+      EXPECT_THROW(Pixels(cut), ImageError) << end - whole.begin() << " with an end mark";
     }
   }
 }
@@ -198,7 +193,7 @@ TEST(Jpeg, ScansCountAsWork) {
   try {
     TestPicture::Of(reader);
     FAIL();
-  } catch (const imageio::ImageError& error) {
+  } catch (const ImageError& error) {
     EXPECT_STREQ(error.what(), "decoding it takes more work than the limit: 6 passes (told)");
   }
 }
@@ -211,7 +206,7 @@ TEST(Jpeg, SmallPicturesAreNotStretched) {
       ImageReader whole(bytes.data(), bytes.size());
       const TestPicture full = TestPicture::Of(whole);
       // The same picture in a file that is reduced by means alone.
-      const Bytes plain = test::Written(imageio::Format::Pnm, full);
+      const Bytes plain = Written(Format::Pnm, full);
       for (const int box : {200, 100, 50, 7, 3, 1}) {
         ImageReader one(bytes.data(), bytes.size());
         ImageReader other(plain.data(), plain.size());
@@ -312,7 +307,7 @@ Bytes PackBlock(const TiffKind& kind, const Samples& samples, int plane, int per
 
 Bytes MakeTiff(const TiffKind& kind, bool tiles, bool planes, const char* mode,
                const Samples& samples) {
-  const test::TemporaryFile file;
+  const TemporaryFile file;
   TIFF* tiff = TIFFOpen(file.path.string().c_str(), mode);
   SetTiffFields(tiff, kind, planes);
   const int width = tiles ? 32 : kTiffWidth;  // libtiff's conversion refuses smaller plain tiles
@@ -332,7 +327,7 @@ Bytes MakeTiff(const TiffKind& kind, bool tiles, bool planes, const char* mode,
     }
   }
   TIFFClose(tiff);
-  return test::ReadBytes(file.path);
+  return ReadBytes(file.path);
 }
 
 // The first pixel has given samples, the others random ones, which have to look the same in every
@@ -405,7 +400,7 @@ TEST(Notes, TellOfPagesAndBits) {
     return ImageReader(bytes.data(), bytes.size()).Info().notes;
   };
   using Notes = std::vector<std::string>;
-  const test::TemporaryFile file;
+  const TemporaryFile file;
   TIFF* tiff = TIFFOpen(file.path.string().c_str(), "w");
   for (const int type : {0, 0, FILETYPE_REDUCEDIMAGE}) {
     SetTiffFields(tiff, {PHOTOMETRIC_MINISBLACK, 16, 1, -1}, false);
@@ -417,10 +412,10 @@ TEST(Notes, TellOfPagesAndBits) {
   }
   TIFFClose(tiff);
   const char* const bits = "its samples of 16 bits are taken with 8 bits";
-  EXPECT_EQ(notesOf(test::ReadBytes(file.path)),
+  EXPECT_EQ(notesOf(ReadBytes(file.path)),
             (Notes{bits, "it has 2 pages, of which the first is taken"}));
-  EXPECT_EQ(notesOf(test::BytesOf("P5 1 1 65535 ab")), Notes{bits});
-  EXPECT_EQ(notesOf(test::BytesOf("P5 1 1 255 a")), Notes());
+  EXPECT_EQ(notesOf(BytesOf("P5 1 1 65535 ab")), Notes{bits});
+  EXPECT_EQ(notesOf(BytesOf("P5 1 1 255 a")), Notes());
 }
 
 // Kinds that only the library's own conversion reads.
@@ -455,7 +450,7 @@ TEST(Bmp, OldHeadsAndAlpha) {
 TEST(Reference, IsMet) {
   const std::pair<const char*, double> cases[] = {{"mandatory-bitmasks.bmp", 0}, {"cat.jpg", 1.0}};
   for (const auto& [name, tolerance] : cases) {
-    const auto file = test::DataFolder() / "test-images" / "reftests" / name;
+    const auto file = DataFolder() / "test-images" / "reftests" / name;
     ImageReader reader(file);
     ImageReader reference(file.string() + ".ref.png");
     const TestPicture picture = TestPicture::Of(reader);

@@ -12,10 +12,11 @@
 
 namespace {
 
+using namespace test;
+
 using namespace std::string_view_literals;
 using imageio::ImageLoader;
 using imageio::StoredBitmap;
-using test::Bytes;
 
 Bytes Noise(int width, int height, bool isMask) {
   Bytes bitmap =
@@ -140,7 +141,7 @@ TEST(ImageLoader, TellsWhatCannotBeSavedOrLoaded) {
 }
 
 TEST(ImageLoader, CarriesDataAndQuality) {
-  Bytes exif = test::MakeExif(true, 1), iptc = {0x1C, 2, 120, 0, 3, 'a', 'b', 'c'};
+  Bytes exif = MakeExif(true, 1), iptc = {0x1C, 2, 120, 0, 3, 'a', 'b', 'c'};
   Bytes marked = exif;
   marked.insert(marked.begin(), {'E', 'x', 'i', 'f', 0, 0});
   std::size_t length = 0;
@@ -176,25 +177,25 @@ void Put(Bytes& bytes, std::initializer_list<std::uint32_t> longs) {
 }
 
 TEST(Files, AreWrittenToTheByte) {
-  test::TestPicture picture(2, 1, 0);
+  TestPicture picture(2, 1, 0);
   for (int i = 0; i < 6; ++i)
     picture.colour[static_cast<std::size_t>(i)] = static_cast<BYTE>(i + 1);
   Bytes plain = {'B', 'M'};
   Put(plain, {62, 0, 54, 40, 2, 1, 1 | 24 << 16, 0, 8, 3780, 3780, 0, 0, 0x04030201, 0x0605});
-  EXPECT_EQ(test::Written(imageio::Format::Bmp, picture), plain);
-  const auto text = [&](imageio::Format format) {
-    const Bytes bytes = test::Written(format, picture);
+  EXPECT_EQ(Written(Format::Bmp, picture), plain);
+  const auto text = [&](Format format) {
+    const Bytes bytes = Written(format, picture);
     return std::string(bytes.begin(), bytes.end());
   };
-  EXPECT_EQ(text(imageio::Format::Pnm), "P6\n2 1\n255\n\3\2\1\6\5\4");
+  EXPECT_EQ(text(Format::Pnm), "P6\n2 1\n255\n\3\2\1\6\5\4");
   picture.mask[1] = 255 - 9;
   Bytes alpha = {'B', 'M'};
   Put(alpha, {130, 0, 122, 108, 2, 1, 1 | 32 << 16, 3, 8, 3780, 3780, 0, 0, 0xFF0000, 0xFF00, 0xFF,
               0xFF000000, 0x73524742});
   alpha.resize(122);
   Put(alpha, {0xFF030201, 0x09060504});
-  EXPECT_EQ(test::Written(imageio::Format::Bmp, picture), alpha);
-  EXPECT_EQ(text(imageio::Format::Pam),
+  EXPECT_EQ(Written(Format::Bmp, picture), alpha);
+  EXPECT_EQ(text(Format::Pam),
             "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n"
             "\3\2\1\xFF\6\5\4\t");
 }

@@ -12,9 +12,8 @@
 
 namespace {
 
-using imageio::ImageReader;
-using test::Bytes;
-using test::TestPicture;
+using namespace test;
+
 using Inks = std::array<double, 4>;  // cyan, magenta, yellow, black, each from 0 to 1
 
 // Inks that darken and colour the paper each for itself, so that a table of their corners is exact.
@@ -87,11 +86,11 @@ Bytes InkBytes(int others) {
 // The library says of such files that 255 is no ink.
 Bytes JpegOf(Bytes inks, const Bytes& profile) {
   for (std::uint8_t& ink : inks) ink = static_cast<std::uint8_t>(255 - ink);
-  return test::MakeJpeg(kSide, kSide, {JCS_CMYK, 4, 100, false, profile}, inks);
+  return MakeJpeg(kSide, kSide, {JCS_CMYK, 4, 100, false, profile}, inks);
 }
 
 Bytes TiffOf(Bytes inks, int others, const Bytes& profile) {
-  const test::TemporaryFile written;
+  const TemporaryFile written;
   TIFF* tiff = TIFFOpen(written.path.string().c_str(), "w");
   TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, kSide);
   TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, kSide);
@@ -106,7 +105,7 @@ Bytes TiffOf(Bytes inks, int others, const Bytes& profile) {
   const std::size_t rowBytes = inks.size() / kSide;
   for (unsigned y = 0; y < kSide; ++y) TIFFWriteScanline(tiff, &inks[y * rowBytes], y, 0);
   TIFFClose(tiff);
-  return test::ReadBytes(written.path);
+  return ReadBytes(written.path);
 }
 
 void ExpectShown(const Bytes& file, int others, double tolerance) {

@@ -9,11 +9,9 @@
 
 namespace {
 
-using imageio::Format;
-using imageio::ImageReader;
+using namespace test;
+
 using imageio::Metadata;
-using test::Bytes;
-using test::TestPicture;
 
 Metadata WithExif(const Bytes& exif) {
   return {exif, {}, {}, {}, {}};
@@ -25,7 +23,7 @@ Metadata WithProfile(const Bytes& profile) {
 Metadata Travelled(Format format, const Metadata& metadata) {
   imageio::WriteOptions options;
   options.metadata = metadata;
-  const Bytes bytes = test::Written(format, TestPicture::Random(5, 4, true), options);
+  const Bytes bytes = Written(format, TestPicture::Random(5, 4, true), options);
   ImageReader reader(bytes.data(), bytes.size());
   TestPicture picture = TestPicture::Of(reader);
   if (format != Format::Jpeg) {
@@ -35,7 +33,7 @@ Metadata Travelled(Format format, const Metadata& metadata) {
 }
 
 Bytes RealProfile() {
-  return ImageReader(test::DataFolder() / "icc-profile.png").Info().metadata.profile;
+  return ImageReader(DataFolder() / "icc-profile.png").Info().metadata.profile;
 }
 
 // A head of a profile that says RGB; its length makes it span several markers.
@@ -51,7 +49,7 @@ TEST(Metadata, Travels) {
   const Bytes profile = RealProfile();
   ASSERT_GT(profile.size(), 128u);
   for (const bool little : {false, true}) {
-    const Metadata metadata = {test::MakeExif(little, 1), profile, {}, {}, {}};
+    const Metadata metadata = {MakeExif(little, 1), profile, {}, {}, {}};
     for (const Format format : {Format::Jpeg, Format::Png}) {
       EXPECT_EQ(Travelled(format, metadata).exif, metadata.exif) << static_cast<int>(format);
       EXPECT_EQ(Travelled(format, metadata).profile, profile) << static_cast<int>(format);
@@ -64,12 +62,12 @@ TEST(Metadata, Travels) {
 
 TEST(Metadata, TextsAndResolutionTravel) {
   Metadata metadata;
-  metadata.xmp = test::BytesOf("<x:xmpmeta>\xC3\xA4 <dc:title/></x:xmpmeta>");
-  metadata.iptc = test::BytesOf(std::string("\x1C\x02\x05\0\x05Title\x1C\x02\x7A\0\0", 16));
+  metadata.xmp = BytesOf("<x:xmpmeta>\xC3\xA4 <dc:title/></x:xmpmeta>");
+  metadata.iptc = BytesOf(std::string("\x1C\x02\x05\0\x05Title\x1C\x02\x7A\0\0", 16));
   metadata.iptc.resize(16);  // TIFF pads it to whole numbers of four bytes
   metadata.resolution = {300, 150};
   for (const bool big : {false, true}) {
-    if (big) metadata.exif = test::MakeExif(false, 1);  // a TIFF file in that order
+    if (big) metadata.exif = MakeExif(false, 1);  // a TIFF file in that order
     for (const Format format : {Format::Jpeg, Format::Png, Format::Tiff}) {
       SCOPED_TRACE(static_cast<int>(format));
       const Metadata travelled = Travelled(format, metadata);
@@ -93,7 +91,7 @@ TEST(Metadata, LongXmpTravels) {
   std::string text = "<rdf:Description tiff:ImageWidth=\"7\">";
   for (int i = 0; text.size() < 200000; ++i) text += std::to_string(i);
   text += "</rdf:Description>";
-  metadata.xmp = test::BytesOf(Packet(text));
+  metadata.xmp = BytesOf(Packet(text));
   for (int round = 0; round < 2; ++round) {
     metadata = Travelled(Format::Jpeg, metadata);
     const std::string joined(metadata.xmp.begin(), metadata.xmp.end());
@@ -103,27 +101,26 @@ TEST(Metadata, LongXmpTravels) {
 }
 
 TEST(Metadata, PartsOfXmpThatDoNotFitAreLeftOut) {
-  EXPECT_EQ(imageio::Md5(test::BytesOf("")), "D41D8CD98F00B204E9800998ECF8427E");
-  EXPECT_EQ(imageio::Md5(test::BytesOf("message digest")), "F96B697D7CB7938D525A2F31AAF161D0");
+  EXPECT_EQ(imageio::Md5(BytesOf("")), "D41D8CD98F00B204E9800998ECF8427E");
+  EXPECT_EQ(imageio::Md5(BytesOf("message digest")), "F96B697D7CB7938D525A2F31AAF161D0");
   const std::string rest = Packet("<rdf:Description b=\"2\"/>");
-  const std::string digest = imageio::Md5(test::BytesOf(rest));
+  const std::string digest = imageio::Md5(BytesOf(rest));
   const auto number = [](std::size_t value) { return std::string("\0\0\0", 3) + char(value); };
   const auto part = [&](std::size_t at, std::size_t count) {
-    return test::BytesOf(digest + number(rest.size()) + number(at) + rest.substr(at, count));
+    return BytesOf(digest + number(rest.size()) + number(at) + rest.substr(at, count));
   };
   const auto note = "<rdf:Description a=\"1\" xmpNote:HasExtendedXMP=\"" + digest + "\"/>";
-  const Bytes main = test::BytesOf(Packet(note));
-  const Bytes whole =
-      test::BytesOf(Packet("<rdf:Description a=\"1\" /><rdf:Description b=\"2\"/>"));
+  const Bytes main = BytesOf(Packet(note));
+  const Bytes whole = BytesOf(Packet("<rdf:Description a=\"1\" /><rdf:Description b=\"2\"/>"));
   const std::vector<Bytes> parts = {part(20, 100), part(0, 20)};
   EXPECT_EQ(imageio::JoinXmp(main, parts), whole);
   EXPECT_EQ(imageio::JoinXmp(main, std::span(parts).first(1)), main);
   EXPECT_EQ(imageio::JoinXmp(main, std::vector<Bytes>{part(0, 20), part(19, 100)}), main);
   EXPECT_EQ(imageio::JoinXmp(main, std::vector<Bytes>{part(0, 20), part(20, 5)}), main);
   EXPECT_EQ(imageio::JoinXmp(whole, parts), whole);
-  EXPECT_EQ(imageio::JoinXmp(main, std::vector<Bytes>{test::BytesOf(digest)}), main);
-  EXPECT_EQ(imageio::JoinXmp(test::BytesOf("xmpNote:HasExtendedXMP=\"12"), parts),
-            test::BytesOf("xmpNote:HasExtendedXMP=\"12"));
+  EXPECT_EQ(imageio::JoinXmp(main, std::vector<Bytes>{BytesOf(digest)}), main);
+  EXPECT_EQ(imageio::JoinXmp(BytesOf("xmpNote:HasExtendedXMP=\"12"), parts),
+            BytesOf("xmpNote:HasExtendedXMP=\"12"));
 }
 
 // Rows that stand upright and have another size are told so wherever the data say it.
@@ -131,10 +128,10 @@ TEST(Metadata, SizesAndOrientationAreSet) {
   Metadata metadata;
   const std::string packet =
       "<r tiff:Orientation=\"6\" exif:PixelXDimension='6000'><exif:PixelYDimension>";
-  metadata.xmp = test::BytesOf(packet + "4000</exif:PixelYDimension></r>");
+  metadata.xmp = BytesOf(packet + "4000</exif:PixelYDimension></r>");
   const auto exif = [](bool little) {
-    test::BlockWriter writer(little);
-    writer.block = test::BytesOf(little ? "II" : "MM");
+    BlockWriter writer(little);
+    writer.block = BytesOf(little ? "II" : "MM");
     writer.Number(42, 2);
     writer.Number(8, 4);
     writer.Number(4, 2);
@@ -157,7 +154,7 @@ TEST(Metadata, SizesAndOrientationAreSet) {
   EXPECT_EQ(std::string(travelled.xmp.begin(), travelled.xmp.end()),
             "<r tiff:Orientation=\"1\" exif:PixelXDimension='70000'><exif:PixelYDimension>4"
             "</exif:PixelYDimension></r>");
-  test::BlockWriter sizes(true);
+  BlockWriter sizes(true);
   sizes.Entry(0xA002, 4, 1, 70000);
   sizes.Entry(0xA003, 4, 1, 4);
   EXPECT_TRUE(std::search(travelled.exif.begin(), travelled.exif.end(), sizes.block.begin(),
@@ -175,16 +172,16 @@ bool Contains(const Bytes& block, const Bytes& part) {
 // The block is laid out anew, but says the same: a second journey changes nothing.
 TEST(Metadata, TravelsThroughTiff) {
   for (const bool little : {false, true}) {
-    const Bytes once = Travelled(Format::Tiff, WithExif(test::MakeExif(little, 1))).exif;
+    const Bytes once = Travelled(Format::Tiff, WithExif(MakeExif(little, 1))).exif;
     EXPECT_EQ(once[0], little ? 'I' : 'M');
-    EXPECT_TRUE(Contains(once, Bytes(test::kCamera, test::kCamera + sizeof test::kCamera)));
-    test::BlockWriter position(little);
+    EXPECT_TRUE(Contains(once, Bytes(kCamera, kCamera + sizeof kCamera)));
+    BlockWriter position(little);
     position.Entry(0, 1, 4, 0x02030000);
     EXPECT_TRUE(Contains(once, position.block));
     EXPECT_FALSE(Contains(once, Bytes(4, 0xEE))) << "no thumbnail";
-    Bytes dropped = test::MakeExif(little, 3);
+    Bytes dropped = MakeExif(little, 3);
     imageio::DropThumbnail(dropped);
-    EXPECT_EQ(dropped.size(), test::MakeExif(little, 3).size() - test::kThumbnailBytes);
+    EXPECT_EQ(dropped.size(), MakeExif(little, 3).size() - kThumbnailBytes);
     EXPECT_EQ(Bytes(dropped.begin() + 58, dropped.begin() + 62), Bytes(4)) << "no directory of it";
     EXPECT_EQ(Travelled(Format::Tiff, WithExif(once)).exif, once);
     EXPECT_EQ(Travelled(Format::Jpeg, WithExif(once)).exif, once);
@@ -195,18 +192,17 @@ TEST(Metadata, ThatDoesNotFitIsLeftOut) {
   Bytes grey = RealProfile();
   std::copy_n("GRAY", 4, grey.begin() + 16);
   const Metadata wrong[] = {WithProfile(grey), WithProfile(Bytes(50, 1)),
-                            WithExif(Bytes(70000, 'I')), WithExif(test::BytesOf("no EXIF"))};
+                            WithExif(Bytes(70000, 'I')), WithExif(BytesOf("no EXIF"))};
   for (const Format format : {Format::Jpeg, Format::Png, Format::Tiff}) {
     for (const Metadata& metadata : wrong) EXPECT_TRUE(Travelled(format, metadata).profile.empty());
   }
   EXPECT_TRUE(Travelled(Format::Jpeg, wrong[2]).exif.empty()) << "longer than a marker";
-  EXPECT_TRUE(
-      Travelled(Format::Bmp, {test::MakeExif(true, 1), LongProfile(), {}, {}, {}}).exif.empty());
+  EXPECT_TRUE(Travelled(Format::Bmp, {MakeExif(true, 1), LongProfile(), {}, {}, {}}).exif.empty());
 }
 
 // Whatever a block says, nothing outside of it is touched; the sanitizers watch.
 TEST(Metadata, DamagedBlocksDoNoHarm) {
-  const Bytes good = test::MakeExif(true, 6);
+  const Bytes good = MakeExif(true, 6);
   std::mt19937 random(5);
   for (std::size_t size = 0; size <= good.size(); ++size) {
     for (int change = 0; change < 20; ++change) {

@@ -13,12 +13,9 @@
 
 namespace {
 
-using imageio::Format;
-using imageio::ImageError;
-using imageio::ImageReader;
+using namespace test;
+
 using imageio::Metadata;
-using test::Bytes;
-using test::TestPicture;
 
 struct NamedFormat {
   Format format;
@@ -57,7 +54,7 @@ std::vector<NamedFormat> WithModules() {
 }
 // A photograph with alpha, for systems that write none.
 Bytes HeifSample() {
-  return test::ReadBytes(FXBOX_TEST_SAMPLES "/sample.heic");
+  return ReadBytes(FXBOX_TEST_SAMPLES "/sample.heic");
 }
 
 Bytes WrittenAt(Format format, const TestPicture& picture, int quality,
@@ -65,12 +62,11 @@ Bytes WrittenAt(Format format, const TestPicture& picture, int quality,
   imageio::WriteOptions options;
   options.jpegQuality = quality;
   options.metadata = metadata;
-  return test::Written(format, picture, options);
+  return Written(format, picture, options);
 }
 
 bool HasCamera(const Bytes& exif) {
-  return std::search(exif.begin(), exif.end(), test::kCamera,
-                     test::kCamera + sizeof test::kCamera) != exif.end();
+  return std::search(exif.begin(), exif.end(), kCamera, kCamera + sizeof kCamera) != exif.end();
 }
 
 TEST(ModuleFormats, AreKnownByNameAndBytes) {
@@ -96,7 +92,7 @@ TEST(ModuleFormats, AreAbsentWithAReason) {
   ASSERT_TRUE(IsThere(kWebp));
   const Bytes jxl = {0xFF, 0x0A, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14};
   std::string message;
-  EXPECT_EQ(test::TryBytes(jxl, &message), test::Outcome::Error);
+  EXPECT_EQ(TryBytes(jxl, &message), Outcome::Error);
   const bool isUnknown = message.find("no module for JPEG XL") != message.npos;
   EXPECT_NE(isUnknown, IsThere(kJxl)) << message;
 }
@@ -142,7 +138,7 @@ TEST(ModuleFormats, PicturesStandUpright) {
   TestPicture picture = TestPicture::Random(7, 5, false);
   for (int orientation = 1; orientation <= 8; ++orientation) {
     Metadata metadata;
-    metadata.exif = test::MakeExif(true, orientation);
+    metadata.exif = MakeExif(true, orientation);
     const TestPicture jpegTurned =
         TestPicture::OfBytes(WrittenAt(Format::Png, picture, 100, metadata));
     for (const auto& [format, name, module] : ThoseThere({kAvif, kWebp})) {
@@ -153,7 +149,7 @@ TEST(ModuleFormats, PicturesStandUpright) {
 }
 
 TEST(ModuleFormats, CutFilesAreErrors) {
-  std::vector<Bytes> files = {test::MakeDng(1), HeifSample()};
+  std::vector<Bytes> files = {MakeDng(1), HeifSample()};
   for (const auto& [format, name, module] : WithModules()) {
     files.push_back(WrittenAt(format, TestPicture::Random(40, 30, true), 90));
   }
@@ -170,14 +166,14 @@ TEST(ModuleFormats, CutFilesAreErrors) {
 TEST(ModuleFormats, RawPicturesAreDeveloped) {
   if (!IsThere(kRaw)) GTEST_SKIP() << "this system has no camera raw";
   for (const int orientation : {1, 6}) {
-    const Bytes bytes = test::MakeDng(orientation);
+    const Bytes bytes = MakeDng(orientation);
     ImageReader reader(bytes.data(), bytes.size());
     EXPECT_EQ(reader.Info().format, Format::Raw);
     EXPECT_TRUE(HasCamera(reader.Info().metadata.exif));
     EXPECT_EQ(reader.Info().notes.size(), 1u) << "of 16 bits 8 remain";
     const bool isTurned = orientation == 6;
-    ASSERT_EQ(reader.Info().width, isTurned ? test::kDngHeight : test::kDngWidth);
-    ASSERT_EQ(reader.Info().height, isTurned ? test::kDngWidth : test::kDngHeight);
+    ASSERT_EQ(reader.Info().width, isTurned ? kDngHeight : kDngWidth);
+    ASSERT_EQ(reader.Info().height, isTurned ? kDngWidth : kDngHeight);
     TestPicture picture = TestPicture::Of(reader);
     for (int i = 8; i < 40; ++i) {
       const BYTE* const red = isTurned ? picture.Pixel(i, 10) : picture.Pixel(10, i);
@@ -232,11 +228,11 @@ class DamagedFiles : public testing::TestWithParam<NamedFormat> {
 
   std::vector<Bytes> GoodFiles() const {
     const Format format = GetParam().format;
-    if (format == Format::Raw) return {test::MakeDng(1), test::MakeDng(8)};
+    if (format == Format::Raw) return {MakeDng(1), MakeDng(8)};
     if (!IsWritten(GetParam())) return {HeifSample()};
     Metadata metadata;
-    metadata.exif = test::MakeExif(true, 8);
-    metadata.xmp = test::BytesOf("<x:xmpmeta xmlns:x='adobe:ns:meta/'/>");
+    metadata.exif = MakeExif(true, 8);
+    metadata.xmp = BytesOf("<x:xmpmeta xmlns:x='adobe:ns:meta/'/>");
     return {WrittenAt(format, TestPicture::Random(40, 30, true), 100, metadata),
             WrittenAt(format, TestPicture::Smooth(40, 30), 80)};
   }
@@ -255,9 +251,9 @@ TEST_P(DamagedFiles, DoNoHarm) {
   for (int i = 0; i < kFiles; ++i) {
     const Bytes bytes = Damaged(good[Chance(good.size())]);
     const std::clock_t start = std::clock();
-    const test::Outcome outcome = test::TryBytes(bytes);
+    const Outcome outcome = TryBytes(bytes);
     EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, kMostSeconds) << i;
-    ++(outcome == test::Outcome::Picture ? pictures : errors);
+    ++(outcome == Outcome::Picture ? pictures : errors);
   }
   EXPECT_GT(pictures, kFiles / 50);
   EXPECT_GT(errors, kFiles / 50);
@@ -273,7 +269,7 @@ INSTANTIATE_TEST_SUITE_P(Formats, DamagedFiles,
                          [](const auto& each) { return std::string(each.param.name); });
 
 TEST(ModuleFormats, RawPicturesAreNotWritten) {
-  const test::TemporaryFile file;
+  const TemporaryFile file;
   TestPicture picture = TestPicture::Smooth(4, 4);
   EXPECT_THROW(imageio::WriteImage(file.path, Format::Raw, 4, 4, picture.Rows()), ImageError);
 }
@@ -282,10 +278,10 @@ TEST(ModuleFormats, RawPicturesAreNotWritten) {
 
 Metadata Everything() {
   Metadata metadata;
-  metadata.exif = test::MakeExif(true, 1);
-  metadata.profile = ImageReader(test::DataFolder() / "icc-profile.png").Info().metadata.profile;
-  metadata.xmp = test::BytesOf("<x:xmpmeta xmlns:x='adobe:ns:meta/'/>");
-  metadata.iptc = test::BytesOf("\x1C\x02\x05" + std::string("\0\x05Title\x1C\x02\x7A\0\0", 13));
+  metadata.exif = MakeExif(true, 1);
+  metadata.profile = ImageReader(DataFolder() / "icc-profile.png").Info().metadata.profile;
+  metadata.xmp = BytesOf("<x:xmpmeta xmlns:x='adobe:ns:meta/'/>");
+  metadata.iptc = BytesOf("\x1C\x02\x05" + std::string("\0\x05Title\x1C\x02\x7A\0\0", 13));
   metadata.iptc.resize(16);
   metadata.resolution = {300, 300};
   return metadata;

@@ -7,9 +7,7 @@
 
 namespace {
 
-using imageio::Format;
-using imageio::ImageReader;
-using test::TestPicture;
+using namespace test;
 
 // How the stored rows "abc", "def" are to be shown.
 constexpr const char* kShown[9] = {"",         "abc/def",  "cba/fed",  "fed/cba", "def/abc",
@@ -32,23 +30,23 @@ TestPicture Draw(const std::string& rows) {
 // As EXIF data in one of both byte orders, and as a field of a TIFF file.
 TEST(Orientation, IsAppliedToPngAndTiff) {
   for (int orientation = 1; orientation <= 8; ++orientation) {
-    std::vector<test::Bytes> files;
+    std::vector<Bytes> files;
     for (const bool little : {false, true}) {
       imageio::WriteOptions options;
-      options.metadata.exif = test::MakeExif(little, orientation);
-      files.push_back(test::Written(Format::Png, Draw("abc/def"), options));
+      options.metadata.exif = MakeExif(little, orientation);
+      files.push_back(Written(Format::Png, Draw("abc/def"), options));
       EXPECT_EQ(ImageReader(files.back().data(), files.back().size()).Info().metadata.exif,
-                test::MakeExif(little, 1))
+                MakeExif(little, 1))
           << "told as upright";
     }
-    files.push_back(test::Written(Format::Tiff, Draw("abc/def")));
+    files.push_back(Written(Format::Tiff, Draw("abc/def")));
     // The entry: tag 0x0112, type short, count 1.
-    const test::Bytes entry = {0x12, 0x01, 3, 0, 1, 0, 0, 0};
+    const Bytes entry = {0x12, 0x01, 3, 0, 1, 0, 0, 0};
     const auto at =
         std::search(files.back().begin(), files.back().end(), entry.begin(), entry.end());
     ASSERT_NE(at, files.back().end());
     at[8] = static_cast<std::uint8_t>(orientation);
-    for (const test::Bytes& bytes : files) {
+    for (const Bytes& bytes : files) {
       EXPECT_TRUE(TestPicture::OfBytes(bytes) == Draw(kShown[orientation])) << orientation;
     }
   }
@@ -60,8 +58,8 @@ TEST(Orientation, TurnsJpegAtFullAndReducedSize) {
     for (int x = 0; x < 32; ++x) picture.Pixel(x, y)[2] = 255;  // the left half is red
   }
   imageio::WriteOptions options;
-  options.metadata.exif = test::MakeExif(true, 6);  // left becomes top
-  const test::Bytes bytes = test::Written(Format::Jpeg, picture, options);
+  options.metadata.exif = MakeExif(true, 6);  // left becomes top
+  const Bytes bytes = Written(Format::Jpeg, picture, options);
   ImageReader reader(bytes.data(), bytes.size());
   for (const int width : {32, 16, 5}) {
     reader.ReduceToFit(width, 2 * width);

@@ -4,9 +4,7 @@
 
 namespace {
 
-using imageio::Format;
-using imageio::ImageReader;
-using test::TestPicture;
+using namespace test;
 
 TEST(ReduceToFit, KeepsProportions) {
   struct Case {
@@ -22,8 +20,7 @@ TEST(ReduceToFit, KeepsProportions) {
     SCOPED_TRACE(testing::Message()
                  << c.width << " x " << c.height << " into " << c.boxWidth << " x " << c.boxHeight);
     for (const Format format : {Format::Pnm, Format::Jpeg}) {
-      const test::Bytes bytes =
-          test::Written(format, TestPicture::Random(c.width, c.height, false));
+      const Bytes bytes = Written(format, TestPicture::Random(c.width, c.height, false));
       ImageReader reader(bytes.data(), bytes.size());
       reader.ReduceToFit(c.boxWidth, c.boxHeight);
       EXPECT_EQ(reader.Info().width, c.fitWidth);
@@ -80,7 +77,7 @@ TEST(ReduceToFit, GivesTheMeanOfTheArea) {
       for (const Format format : {Format::Pam, Format::Png, Format::Tiff, Format::Bmp}) {
         SCOPED_TRACE(testing::Message() << c.width << " x " << c.height << " to " << c.box << ", "
                                         << static_cast<int>(format));
-        const test::Bytes bytes = test::Written(format, picture);
+        const Bytes bytes = Written(format, picture);
         ImageReader reader(bytes.data(), bytes.size());
         reader.ReduceToFit(c.box, c.box);
         const int width = reader.Info().width;
@@ -95,7 +92,7 @@ TEST(ReduceToFit, JpegStaysTrue) {
   TestPicture picture = TestPicture::Smooth(96, 64);
   imageio::WriteOptions options;
   options.jpegQuality = 98;
-  const test::Bytes bytes = test::Written(Format::Jpeg, picture, options);
+  const Bytes bytes = Written(Format::Jpeg, picture, options);
   for (const int box : {95, 73, 48, 36, 25, 24, 13, 3}) {
     SCOPED_TRACE(box);
     ImageReader reader(bytes.data(), bytes.size());

@@ -8,12 +8,9 @@
 
 namespace {
 
-using imageio::Format;
-using imageio::ImageError;
-using imageio::ImageReader;
+using namespace test;
+
 using imageio::WriteImage;
-using test::TemporaryFile;
-using test::TestPicture;
 
 constexpr Format kLossless[] = {Format::Pnm, Format::Pam, Format::Png, Format::Tiff, Format::Bmp};
 constexpr Format kAll[] = {Format::Pnm,  Format::Pam,  Format::Png,
@@ -43,7 +40,7 @@ TEST(RoundTrip, KeepsEveryByte) {
 TEST(RoundTrip, NeedsNoMaskRows) {
   TestPicture picture = TestPicture::Random(9, 5, true);
   for (const Format format : kLossless) {
-    const test::Bytes bytes = test::Written(format, picture);
+    const Bytes bytes = Written(format, picture);
     ImageReader reader(bytes.data(), bytes.size());
     TestPicture result(9, 5);
     EXPECT_TRUE(reader.Read({result.Rows().colour, nullptr}));
@@ -59,13 +56,13 @@ TEST(RoundTrip, JpegIsCloseAndQualityCounts) {
   const auto written = [&](int quality) {
     imageio::WriteOptions options;
     options.jpegQuality = quality;
-    return test::Written(Format::Jpeg, picture, options);
+    return Written(Format::Jpeg, picture, options);
   };
   EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(written(100))), 0.7);
   EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(written(50))), 4);
   EXPECT_GT(written(90).size(), written(89).size() * 11 / 10) << "colour at full resolution";
   picture.mask.assign(picture.mask.size(), 255);
-  EXPECT_EQ(TestPicture::OfBytes(written(90)).colour, test::Bytes(picture.colour.size(), 255))
+  EXPECT_EQ(TestPicture::OfBytes(written(90)).colour, Bytes(picture.colour.size(), 255))
       << "white shows through";
 }
 

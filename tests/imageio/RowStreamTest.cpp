@@ -9,11 +9,7 @@
 // Pictures that go through row by row, from the top to the bottom, and compressions.
 namespace {
 
-using imageio::Format;
-using imageio::ImageReader;
-using test::Bytes;
-using test::TemporaryFile;
-using test::TestPicture;
+using namespace test;
 
 constexpr Format kStreamed[] = {Format::Pnm, Format::Pam, Format::Png, Format::Jpeg, Format::Tiff};
 
@@ -42,7 +38,7 @@ Bytes WrittenByRows(Format format, const TestPicture& picture, bool hasAlpha) {
   Feed feed(picture);
   EXPECT_TRUE(imageio::WriteImageRows(file.path, format, picture.width, picture.height, hasAlpha,
                                       [&feed](int y) { return feed(y); }));
-  return test::ReadBytes(file.path);
+  return ReadBytes(file.path);
 }
 
 TEST(RowStream, WritesTheSameBytes) {
@@ -51,11 +47,11 @@ TEST(RowStream, WritesTheSameBytes) {
       SCOPED_TRACE(testing::Message() << static_cast<int>(format) << (masked ? " with mask" : ""));
       const TestPicture picture = TestPicture::Random(61, 43, masked);
       EXPECT_TRUE(imageio::TakesRowsInOrder(format));
-      EXPECT_EQ(WrittenByRows(format, picture, masked), test::Written(format, picture));
+      EXPECT_EQ(WrittenByRows(format, picture, masked), Written(format, picture));
     }
   }
   EXPECT_FALSE(imageio::TakesRowsInOrder(Format::Bmp)) << "its first row is the bottom one";
-  EXPECT_THROW(WrittenByRows(Format::Bmp, TestPicture(3, 3), false), imageio::ImageError);
+  EXPECT_THROW(WrittenByRows(Format::Bmp, TestPicture(3, 3), false), ImageError);
 }
 
 TEST(RowStream, WhatTheFeedThrowsComesOut) {
@@ -98,7 +94,7 @@ TEST(RowStream, ReadsTheSameRows) {
   for (const Format format : kStreamed) {
     for (const bool masked : {false, true}) {
       SCOPED_TRACE(testing::Message() << static_cast<int>(format) << (masked ? " with mask" : ""));
-      const Bytes bytes = test::Written(format, TestPicture::Random(61, 43, masked));
+      const Bytes bytes = Written(format, TestPicture::Random(61, 43, masked));
       ImageReader reader(bytes.data(), bytes.size());
       EXPECT_TRUE(reader.GivesRowsInOrder());
       const TestPicture whole = TestPicture::Of(reader);
@@ -122,12 +118,12 @@ TEST(RowStream, ReadsTheSameRows) {
 }
 
 TEST(RowStream, TurnedAndUpsideDownPicturesDoNotComeInOrder) {
-  const Bytes bottomUp = test::Written(Format::Bmp, TestPicture::Random(5, 4, false));
+  const Bytes bottomUp = Written(Format::Bmp, TestPicture::Random(5, 4, false));
   EXPECT_FALSE(ImageReader(bottomUp.data(), bottomUp.size()).GivesRowsInOrder());
   imageio::WriteOptions turned;
   turned.metadata.exif = {'I', 'I', 42, 0, 8, 0, 0, 0, 1, 0, 0x12, 1, 3,
                           0,   1,   0,  0, 0, 6, 0, 0, 0, 0, 0,    0, 0};
-  const Bytes jpeg = test::Written(Format::Jpeg, TestPicture::Random(5, 4, false), turned);
+  const Bytes jpeg = Written(Format::Jpeg, TestPicture::Random(5, 4, false), turned);
   EXPECT_FALSE(ImageReader(jpeg.data(), jpeg.size()).GivesRowsInOrder());
 }
 
@@ -141,9 +137,9 @@ TEST(Compression, TiffKeepsEveryByteInEach) {
                                               TiffCompression::Lzw, TiffCompression::Deflate}) {
       imageio::WriteOptions options;
       options.tiffCompression = compression;
-      const Bytes noise = test::Written(Format::Tiff, picture, options);
+      const Bytes noise = Written(Format::Tiff, picture, options);
       EXPECT_TRUE(TestPicture::OfBytes(noise) == picture) << static_cast<int>(compression);
-      const Bytes bytes = test::Written(Format::Tiff, smooth, options);
+      const Bytes bytes = Written(Format::Tiff, smooth, options);
       EXPECT_TRUE(TestPicture::OfBytes(bytes) == smooth) << static_cast<int>(compression);
       if (compression == TiffCompression::None) least = bytes.size();
       if (compression >= TiffCompression::Lzw) {
@@ -159,7 +155,7 @@ TEST(Compression, PngLevelsTradeTimeForBytes) {
   for (const int level : {0, 1, 9}) {
     imageio::WriteOptions options;
     options.pngLevel = level;
-    const Bytes bytes = test::Written(Format::Png, picture, options);
+    const Bytes bytes = Written(Format::Png, picture, options);
     EXPECT_TRUE(TestPicture::OfBytes(bytes) == picture) << level;
     sizes.push_back(bytes.size());
   }

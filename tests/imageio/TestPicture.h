@@ -14,6 +14,9 @@
 
 namespace test {
 
+using imageio::Format;
+using imageio::ImageError;
+using imageio::ImageReader;
 using Bytes = std::vector<std::uint8_t>;
 
 // Rows of colour and mask that lie in two blocks. Equality compares all of it.
@@ -51,13 +54,13 @@ class TestPicture {
   }
 
   // Reads everything that the reader gives.
-  static TestPicture Of(imageio::ImageReader& reader) {
+  static TestPicture Of(ImageReader& reader) {
     TestPicture picture(reader.Info().width, reader.Info().height);
     reader.Read(picture.Rows());
     return picture;
   }
   static TestPicture OfBytes(const Bytes& bytes) {
-    imageio::ImageReader reader(bytes.data(), bytes.size());
+    ImageReader reader(bytes.data(), bytes.size());
     return Of(reader);
   }
 
@@ -130,7 +133,7 @@ inline std::filesystem::path DataFolder() {
 #endif
 
 // The bytes of a file that WriteImage makes.
-inline Bytes Written(imageio::Format format, TestPicture picture,
+inline Bytes Written(Format format, TestPicture picture,
                      const imageio::WriteOptions& options = {}) {
   const TemporaryFile file;
   imageio::WriteImage(file.path, format, picture.width, picture.height, picture.Rows(), options);

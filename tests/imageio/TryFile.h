@@ -10,7 +10,7 @@ namespace test {
 enum class Outcome { Picture, Error, TooLargeToTry };
 
 // Anything else than a picture or an ImageError fails the test.
-inline Outcome TryReader(imageio::ImageReader& reader) {
+inline Outcome TryReader(ImageReader& reader) {
   constexpr std::int64_t kMostPixels = 20'000'000;
   reader.ReduceToFit(4000, 4000);
   if (std::int64_t{reader.Info().fullWidth} * reader.Info().fullHeight > kMostPixels) {
@@ -21,9 +21,9 @@ inline Outcome TryReader(imageio::ImageReader& reader) {
 }
 
 inline Outcome TryBytes(const Bytes& bytes, std::string* message = nullptr) try {
-  imageio::ImageReader reader(bytes.data(), bytes.size());
+  ImageReader reader(bytes.data(), bytes.size());
   return TryReader(reader);
-} catch (const imageio::ImageError& error) {
+} catch (const ImageError& error) {
   if (message != nullptr) *message = error.what();
   EXPECT_STRNE(error.what(), "");
   return Outcome::Error;

@@ -45,12 +45,8 @@ class Source final : public IAnimFilterDestCallsThis {
     destination->SetOffset(0, 0);
     return destination->SetTargetSize(kWidth, kHeight);
   }
-  HRESULT STDMETHODCALLTYPE GetInfo(int* width, int* height, int* offsetX, int* offsetY,
-                                    int* extentWidth, int* extentHeight) override {
-    *width = *extentWidth = kWidth;
-    *height = *extentHeight = kHeight;
-    *offsetX = *offsetY = 0;
-    return S_OK;
+  HRESULT STDMETHODCALLTYPE GetInfo(int*, int*, int*, int*, int*, int*) override {
+    return E_NOTIMPL;
   }
   HRESULT STDMETHODCALLTYPE AttachDestination(IUnknown* given) override {
     destination = nullptr;  // not counted

@@ -10,17 +10,10 @@
 #include "platform/component/SystemInterfaces.h"
 #include "storage/KvPrivateStorage.h"
 #include "storage/KvStorage.h"
-#include "tests/platform/Support.h"
 #include "tests/storage/MemoryStream.h"
 #include "tests/storage/StorageSupport.h"
 
-using test::Names;
-using test::Put;
-using test::ReadAll;
-using test::StoragePtr;
-using testing_support::ReadFile;
-using testing_support::TemporaryFolder;
-using testing_support::WriteFile;
+using namespace test;
 
 namespace {
 
@@ -164,7 +157,7 @@ TEST(CompoundStorage, WithoutAnElementDoesNothing) {
 TEST(CompoundStorage, KeepsElementsInAFile) {
   const TemporaryFolder folder;
   const std::string path = PathText(folder / "box.kv");
-  const std::string large = test::MixedBytes(100000);
+  const std::string large = MixedBytes(100000);
   EXPECT_EQ(OpenBox(path, OpenModeRead), nullptr);
   EXPECT_EQ(folder.Names(), std::vector<std::string>());
   {
@@ -289,7 +282,7 @@ TEST(MemoryStorage, IsDumpedOnce) {
   const TemporaryFolder folder;
   const std::string path = PathText(folder / "dump");
   KvMemoryStorage memory(0);
-  Put(memory, "a", test::MixedBytes(50000));
+  Put(memory, "a", MixedBytes(50000));
   memory.DumpToFile(path.c_str());
   EXPECT_EQ(memory.CreateStream("b", OpenModeReadWrite), nullptr);
   std::filesystem::rename(folder / "dump", folder / "dump.copy");
@@ -297,7 +290,7 @@ TEST(MemoryStorage, IsDumpedOnce) {
   EXPECT_FALSE(std::filesystem::exists(folder / "dump"));
   const StoragePtr box = OpenBox(PathText(folder / "dump.copy"), OpenModeRead);
   ASSERT_TRUE(box);
-  EXPECT_EQ(ReadAll(*box, "a"), test::MixedBytes(50000));
+  EXPECT_EQ(ReadAll(*box, "a"), MixedBytes(50000));
 }
 
 TEST(MemoryStorage, HoldsTheTemporaryStream) {

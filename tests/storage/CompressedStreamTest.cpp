@@ -8,9 +8,7 @@
 #include "storage/KvZlib.h"
 #include "tests/storage/MemoryStream.h"
 
-using test::Compressed;
-using test::MemoryStream;
-using test::MixedBytes;
+using namespace test;
 
 namespace {
 

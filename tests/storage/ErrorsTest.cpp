@@ -9,8 +9,9 @@
 #include "storage/KvErrors.h"
 #include "storage/KvSimpStorage.h"
 #include "storage/KvStorage.h"
-#include "tests/platform/Support.h"
 #include "tests/storage/StorageSupport.h"
+
+using namespace test;
 
 namespace {
 
@@ -62,8 +63,8 @@ TEST(FileError, IsShownWithItsCause) {
 // Reports go to the monitor, for who asks for their topic.
 TEST(StorageReports, NameTheOperationAndTheObject) {
   using testing::HasSubstr;
-  const testing_support::TemporaryFolder folder;
-  testing_support::WriteFile(folder / "ZNDebug.txt", "KvStorage KvStorage_Quillan");
+  const TemporaryFolder folder;
+  WriteFile(folder / "ZNDebug.txt", "KvStorage KvStorage_Quillan");
   platform::FakeServices fakes;
   fakes.process.program = folder / "Test";
   fakes.process.stateFolder = folder.Path();
@@ -75,15 +76,15 @@ TEST(StorageReports, NameTheOperationAndTheObject) {
               testing::IsSupersetOf({path + "\n", std::string(" in new KVStorage\n \n")}));
   fakes.desktop.debugOutput.clear();
   const std::string other = platform::StoragePathOf(folder / "other"), name(40, 'n');
-  const test::StoragePtr box(
+  const StoragePtr box(
       KvStorage::CreateNewKvStorage(other.c_str(), OpenModeReadWrite, false, false));
   EXPECT_EQ(box->CreateStream(name.c_str(), OpenModeReadWrite), nullptr);
   EXPECT_EQ(box->CreateStorage(name.c_str(), OpenModeReadWrite, false, false), nullptr);
   EXPECT_EQ(
       std::count(fakes.desktop.debugOutput.begin(), fakes.desktop.debugOutput.end(), name + "\n"),
       2);
-  const test::StoragePtr boxes(new KvSimpStorage(path.c_str(), OpenModeReadWrite, true, false));
-  test::Put(*boxes, "below\\a", "x");
+  const StoragePtr boxes(new KvSimpStorage(path.c_str(), OpenModeReadWrite, true, false));
+  Put(*boxes, "below\\a", "x");
   EXPECT_FALSE(boxes->DeleteStream("absent"));
   EXPECT_THAT(fakes.desktop.debugOutput.back(),
               HasSubstr("Operation DeleteStream schlug fehl f\xFCr " + path + "\\absent ("));

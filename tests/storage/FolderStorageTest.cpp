@@ -10,16 +10,9 @@
 #include "storage/KvErrors.h"
 #include "storage/KvFile.h"
 #include "storage/KvSimpStorage.h"
-#include "tests/platform/Support.h"
 #include "tests/storage/StorageSupport.h"
 
-using test::Names;
-using test::Put;
-using test::ReadAll;
-using test::StoragePtr;
-using testing_support::ReadFile;
-using testing_support::TemporaryFolder;
-using testing_support::WriteFile;
+using namespace test;
 
 namespace {
 

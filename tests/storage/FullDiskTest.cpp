@@ -15,12 +15,10 @@
 #include "storage/KvSimpStorage.h"
 #include "storage/KvStorage.h"
 #include "storage/kvPicBox.h"
-#include "tests/platform/Support.h"
 #include "tests/storage/StorageSupport.h"
 
+using namespace test;
 using picbox::Bytes;
-using test::StoragePtr;
-using testing_support::TemporaryFolder;
 
 namespace {
 
@@ -80,7 +78,7 @@ class Disk {
     imageio::ImageLoader loader;
     loader.SetImage(kPicture);
     const Bytes file = loader.Save(imageio::kTypePng);
-    testing_support::WriteFile(folder / "file.png", {file.begin(), file.end()});
+    WriteFile(folder / "file.png", {file.begin(), file.end()});
     for (IKvStorage* source : {memory.get(), files.get()}) {
       const auto box = Opened(source);
       Fill(*box, kPicture, kMask, "after");
@@ -210,7 +208,7 @@ TEST(FullDisk, LeavesAFileThatIsChangedWhole) {
   const TemporaryFolder folder;
   const std::string before(200000, 'b'), path = platform::StoragePathOf(folder / "file");
   for (const int room : {0, 5, 65536, 199999, 200000}) {
-    testing_support::WriteFile(folder / "file", before);
+    WriteFile(folder / "file", before);
     KvFile file(path.c_str(), OpenModeReadWrite);
     bool isKept = false;
     {
@@ -219,7 +217,7 @@ TEST(FullDisk, LeavesAFileThatIsChangedWhole) {
       isKept = file.Close() && isKept;
     }
     EXPECT_EQ(isKept, room == 200000);
-    const std::string now = testing_support::ReadFile(folder / "file");
+    const std::string now = ReadFile(folder / "file");
     EXPECT_EQ(now == before, !isKept) << room;
     EXPECT_EQ(folder.Names().size(), 1u);
   }

@@ -14,18 +14,11 @@
 #include "storage/PictureNames.h"
 #include "storage/PictureStream.h"
 #include "storage/kvPicBox.h"
-#include "tests/platform/Support.h"
 #include "tests/storage/MemoryStream.h"
 #include "tests/storage/StorageSupport.h"
 
+using namespace test;
 using picbox::Bytes;
-using test::Compressed;
-using test::Longs;
-using test::Names;
-using test::Put;
-using test::ReadAll;
-using test::StoragePtr;
-using testing_support::TemporaryFolder;
 
 namespace {
 
@@ -331,8 +324,8 @@ TEST(PictureBox, HalfAPictureIsNone) {
 
 // As it is stored, open fields and all: 4 bits, 5 x 1 pixels, no size and no number of colours.
 TEST(PictureBox, GivesBitmapsOfFewColoursAsTheyAre) {
-  const std::string bitmap = Longs({40, 5, 1, 1 | 4 << 16, 0, 0, 0, 0, 0, 0}) +
-                             test::MixedBytes(64) + "\x12\x34\x50" + "?";
+  const std::string bitmap =
+      Longs({40, 5, 1, 1 | 4 << 16, 0, 0, 0, 0, 0, 0}) + MixedBytes(64) + "\x12\x34\x50" + "?";
   Box box;
   Put(box.At(picbox::kPictures), "a",
       Bytes10(2) + Compressed(Longs({0, 0, static_cast<int>(bitmap.size())}) + bitmap));
@@ -539,7 +532,7 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
   KvString ext = "JPG";
   EXPECT_TRUE(from.box->CopyImage("file", *to.box, "copy", true, ext, true));
   EXPECT_FALSE(from.box->CopyImage("absent", *to.box, "copy", true, ext, true));
-  const std::string log = testing_support::ReadFile(TraceLog::GetLogFileName());
+  const std::string log = ReadFile(TraceLog::GetLogFileName());
   TraceLog::StopLogging(true);
   std::filesystem::permissions(source, std::filesystem::perms::owner_all);
   std::size_t at = 0;
@@ -581,11 +574,10 @@ TEST(PictureBox, CopiesBecomeFilesWithoutLoss) {
 
 // A folder of plain files, as the source of a copy and as its target.
 TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
-  using testing_support::ReadFile;
   const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
   const TemporaryFolder folder;
-  testing_support::WriteFile(folder / "a", jpeg);
-  testing_support::WriteFile(folder / "b.jpg", jpeg);
+  WriteFile(folder / "a", jpeg);
+  WriteFile(folder / "b.jpg", jpeg);
   const auto open = [](const std::filesystem::path& path) {
     return std::make_unique<kvPicBox>(platform::StoragePathOf(path).c_str(), true, false, true);
   };
@@ -625,7 +617,7 @@ TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
 TEST(PictureBox, KeepsFilesAsTheyAre) {
   const TemporaryFolder folder;
   const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
-  testing_support::WriteFile(folder / "file", jpeg);
+  WriteFile(folder / "file", jpeg);
   for (const bool isFolder : {false, true}) {
     for (const bool asNative : {false, true}) {
       Box box(isFolder);

@@ -9,8 +9,13 @@
 
 #include "base/KvInterfaces.h"
 #include "storage/CheckedStream.h"
+#include "tests/platform/Support.h"
 
 namespace test {
+
+using testing_support::ReadFile;
+using testing_support::TemporaryFolder;
+using testing_support::WriteFile;
 
 struct CloseStorage {
   void operator()(IKvStorage* storage) const { storage->Close(); }

@@ -9,6 +9,8 @@
 #include "storage/kvPicBox.h"
 #include "tests/storage/StorageSupport.h"
 
+using namespace test;
+
 namespace {
 
 // What the streams of a test share.
@@ -113,7 +115,7 @@ TEST(ThrowingStreams, LeaveNothingOpenAndNoHalfPicture) {
     for (int calls = 0; !isDone && calls < 100; ++calls) {
       SCOPED_TRACE(testing::Message() << "way " << way << ", call " << calls);
       Plan plan;
-      const test::StoragePtr storage(new ThrowingStorage(new KvMemoryStorage(0), plan));
+      const StoragePtr storage(new ThrowingStorage(new KvMemoryStorage(0), plan));
       kvPicBox box(storage.get(), OpenModeReadWrite);
       ASSERT_GT(
           box.AddFile("from", imageio::BlankColourBitmap(3, 2), {}, 0, 0, false, false, false), 0u);
