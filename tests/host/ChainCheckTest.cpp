@@ -71,8 +71,8 @@ TEST_F(ChainCheck, TakesWhatTheFilterKeeps) {
         // What is read and not printed, or out of the dialogs' range and kept.
         "Scale.1(ScaleThrough=1, MaximumHorizontalSize=99999)",
         "Shadow.1(LightOn=0,LightIntensity=50,ShadowOn=1,ShadowDensity=3)",
-        "RGBColor.1(Red=-500)ZNFilter.Rotate.1(Angle=12345.6789)", "PrintPad.1(PadColor=0xFF8000)",
-        "PrintPad.1(PadColor=0Xff8000)",
+        "RGBColor.1(Red=-500)ZNFilter.Rotate.1(Angle=12345.6789)", "Rotate.1(Angle=12.00045)",
+        "PrintPad.1(PadColor=0xFF8000)", "PrintPad.1(PadColor=0Xff8000)",
         // As people write texts.
         "Text.1(Text=two words)", "Text.1(Text=%C3%A4%zz,Font=,Size=060)", "Text.1(Text=)",
         "WaterSign.1(Text=a%3Db)"}) {
@@ -203,6 +203,7 @@ TEST(Suggestions, AreNearOrHoldTheWord) {
                                                        {"Sxpa", "Sepa"},
                                                        {"Rxtxte", "Rotate"},
                                                        {"Rxxxte", ""},
+                                                       {"xyzRotate", ""},
                                                        {"Sc", ""},
                                                        {"Sca", "Scale"},
                                                        {"Nobody", ""},

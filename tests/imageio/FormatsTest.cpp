@@ -198,31 +198,6 @@ TEST(Jpeg, ScansCountAsWork) {
   }
 }
 
-// A reduced side is rounded up to whole pixels, which is much of a small one.
-TEST(Jpeg, SmallPicturesAreNotStretched) {
-  for (int width = 1; width <= 12; ++width) {
-    for (const int height : {1, 2, 7, 12}) {
-      const Bytes bytes = MakeJpeg(width, height, {JCS_RGB, 3}, WavyPixels(width, height, 3));
-      ImageReader whole(bytes.data(), bytes.size());
-      const TestPicture full = TestPicture::Of(whole);
-      // The same picture in a file that is reduced by means alone.
-      const Bytes plain = Written(Format::Pnm, full);
-      for (const int box : {200, 100, 50, 7, 3, 1}) {
-        ImageReader one(bytes.data(), bytes.size());
-        ImageReader other(plain.data(), plain.size());
-        one.ReduceToFit(box, box);
-        other.ReduceToFit(box, box);
-        TestPicture reduced = TestPicture::Of(one), mean = TestPicture::Of(other);
-        ASSERT_EQ(reduced.colour.size(), mean.colour.size());
-        for (std::size_t i = 0; i < mean.colour.size(); ++i) {
-          ASSERT_NEAR(reduced.colour[i], mean.colour[i], box == 200 ? 0 : 4)
-              << width << "x" << height << " in " << box;
-        }
-      }
-    }
-  }
-}
-
 TEST(Jpeg, GreysAndInks) {
   const Bytes grey = Pixels(MakeJpeg(16, 8, {JCS_GRAYSCALE, 1}, Bytes(128, 77)));
   for (std::size_t i = 0; i < grey.size(); ++i) ASSERT_EQ(grey[i], i % 4 == 3 ? 255 : 77);

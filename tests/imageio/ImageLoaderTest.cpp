@@ -16,7 +16,6 @@ using namespace test;
 
 using namespace std::string_view_literals;
 using imageio::ImageLoader;
-using imageio::StoredBitmap;
 
 Bytes Noise(int width, int height, bool isMask) {
   Bytes bitmap =
@@ -26,20 +25,6 @@ Bytes Noise(int width, int height, bool isMask) {
     for (int x = 0; x < (isMask ? 1 : 3) * width; ++x) row[x] = static_cast<BYTE>(random() >> 9);
   }
   return bitmap;
-}
-
-TEST(StoredBitmaps, HaveAPixelAtTheLeast) {
-  for (const bool isMask : {false, true}) {
-    Bytes one = Noise(1, 1, isMask);
-    const auto layout = StoredBitmap::Parse(one);
-    ASSERT_TRUE(layout);
-    EXPECT_EQ(std::pair(layout->Width(), layout->Height()), std::pair(1, 1));
-    for (const std::size_t side : {4, 8}) {
-      Bytes none = one;
-      none[side] = 0;
-      EXPECT_FALSE(StoredBitmap::Parse(none));
-    }
-  }
 }
 
 const Bytes kPicture = Noise(7, 4, false), kMask = Noise(7, 4, true);

@@ -370,6 +370,7 @@ TEST(DibFunctions, RefusesHeadsThatLie) {
                {"no planes", 12, 0, 2},
                {"three planes", 12, 3, 2},
                {"2 bits", 14, 2, 2},
+               {"7 bits", 14, 7, 2},
                {"24 bits", 14, 24, 2},
                {"-24 bits", 14, -24, 2},
                {"runs of 4 bits", 16, 2, 4},
@@ -389,6 +390,13 @@ TEST(DibFunctions, RefusesHeadsThatLie) {
     const Bytes before = target.Content();
     std::vector<std::uint8_t*> rows(4, row.data());
     EXPECT_FALSE(DibReadDib(bad.data(), bad.size()));
+    // Nobody trusts the number of planes; files may have 2 bits, and more colours than they need.
+    if (c.at != 12) {
+      EXPECT_FALSE(imageio::StoredBitmap::Parse(bad));
+    }
+    if (c.at != 12 && c.at != 32 && (c.at != 14 || c.value != 2)) {
+      EXPECT_THROW(Decoded(FileOf(bad, 40 + 1024)), imageio::ImageError);
+    }
     EXPECT_FALSE(Make24BitDib(dib));
     EXPECT_FALSE(GolorGray(dib));
     EXPECT_FALSE(DibScale(dib, 3, 3));
