@@ -57,7 +57,7 @@ fuzz: ## build the fuzz targets, into build/linux-fuzz/
 soak: ## long runs: full counts of repeated tests, the thread sanitizer, an hour of the fuzz targets
 	@scripts/setup.sh native tests soak windows
 	@FXBOX_SOAK=1000 scripts/test.sh linux
-	@FXBOX_SOAK=200 scripts/test.sh linux-tsan
+	@FXBOX_SOAK=20 scripts/test.sh linux-tsan
 	@FXBOX_SOAK=200 scripts/test.sh windows -R toolkit.Window
 	@scripts/build.sh linux-fuzz fxbox_fuzz
 	@scripts/fuzz.sh 3600

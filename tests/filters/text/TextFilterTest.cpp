@@ -200,7 +200,7 @@ TEST(TextFilter, AnyTextIsDrawnInTime) {
             std::string(settings).append(",Text=").append(base::PercentEncode(text));
         const Picture picture = Drawn(progId, parameters, Gradient(64, 48, Masks::Noise));
         EXPECT_EQ(picture.width, 64);
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60));
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(5));
       }
     }
   }
