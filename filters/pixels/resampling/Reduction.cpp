@@ -85,6 +85,7 @@ class Reducer {
       pattern.lostBits =
           std::int64_t{pattern.window->count} * window.count >= kLargeWindow ? kLostBits : 0;
     }
+    rowsAhead_ = large ? 1 : (from_.height - 1) / to_.height + 1;
     large ? ReduceByRows(window, y) : ReduceAtOnce(window, y);
   }
 
@@ -143,7 +144,9 @@ class Reducer {
       }
     }
     const std::int64_t row = inside > 0 ? window.first + insideFirst : 0;
-    return {from_.colour + row, from_.mask + row, inside, weights_.data(), weightStride_};
+    const std::int64_t behind = from_.height - row - inside;
+    return {from_.colour + row, from_.mask + row, inside,
+            weights_.data(),    weightStride_,    static_cast<int>(std::min(behind, rowsAhead_))};
   }
 
   void WeighRow(int yIndex, std::uint16_t* weights) {
@@ -251,6 +254,7 @@ class Reducer {
   std::vector<Pattern> patterns_;
   std::vector<std::size_t> patternOf_;  // of each window
   std::size_t weightStride_ = 0;
+  std::int64_t rowsAhead_ = 0;  // that come new with the next row or batch
   std::vector<std::vector<ReductionRun>> runs_;
 
   std::vector<std::uint16_t> weights_;

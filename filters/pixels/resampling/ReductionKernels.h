@@ -26,6 +26,7 @@ struct ReductionRows {
   int count;
   const std::uint16_t* weights;  // of the first row
   std::size_t weightStride;      // from one row's weights to the next row's
+  int ahead = 0;                 // so many more rows are there, which come next and may be fetched
 };
 
 // Sums of byte x weight by channel, and of the weights, over the taps whose colours count: those

@@ -354,6 +354,15 @@ void SumMaskedPixel(const ReductionRun& run, const ReductionRows& rows, ColourSu
 
 // --- rows
 
+// Asks for what a group at the same place will read in the rows that come next.
+template <bool kMasked>
+[[gnu::always_inline]] inline void AnnounceAhead(const ReductionRows& rows, std::ptrdiff_t first) {
+  for (int y = rows.count; y < rows.count + rows.ahead; ++y) {
+    __builtin_prefetch(rows.colour[y] + 3 * first);
+    if (kMasked) __builtin_prefetch(rows.mask[y] + first);
+  }
+}
+
 void SumColoursAvx512(const ReductionRun* runs, int count, int width, const ReductionRows& rows,
                       ColourSums* sums) {
   Groups groups(rows, kPixelsRead, width);
@@ -365,6 +374,7 @@ void SumColoursAvx512(const ReductionRun* runs, int count, int width, const Redu
       continue;
     }
     const std::ptrdiff_t first = runs[i].first;
+    AnnounceAhead<false>(rows, first);
     _mm512_storeu_si512(sums + i, group->chunks == 1 ? SumGroup<1>(*group, rows, first)
                                                      : SumGroup<kChunks>(*group, rows, first));
     i += kGroup;
@@ -382,6 +392,7 @@ void SumMaskedAvx512(const ReductionRun* runs, int count, int width, const Reduc
       continue;
     }
     const std::ptrdiff_t first = runs[i].first;
+    AnnounceAhead<true>(rows, first);
     _mm512_storeu_si512(sums + i, group->chunks == 1
                                       ? SumAnyGroup<1>(*group, rows, first, opacities + i)
                                       : SumAnyGroup<kChunks>(*group, rows, first, opacities + i));
