@@ -117,6 +117,7 @@ TEST_F(PipelineTest, SizesTravelAlongChains) {
   } cases[] = {{box, {90, 60}, {90, 60}, {90, 60}},
                {box, {90, 60}, {900, 600}, {300, 200}},  // a reduction may grow again
                {crop + box, {60, 40}, {600, 400}, {200, 267}},
+               {box, {60, 40}, {600, 100}, {60, 40}},
                {half + crop + box, {600, 400}, {600, 400}, {150, 200}}};
   for (const auto& c : cases) {
     Pipeline pipeline(*creator.Get(), MakeBlankSource(c.from, c.target));
