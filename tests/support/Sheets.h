@@ -19,8 +19,12 @@
 
 namespace testing_support {
 
-// What was told of each control: its line, its rows, its calls.
-using ToldControls = std::map<toolkit::ControlId, std::vector<std::string>>;
+// What was told of each control: its line, its rows, its calls; and how often it was to be redrawn.
+struct ToldControl {
+  std::vector<std::string> look;
+  int redraws = -1;
+};
+using ToldControls = std::map<toolkit::ControlId, ToldControl>;
 
 inline std::string Joined(const std::vector<std::string>& words, const char* between = " ") {
   std::string text;
@@ -94,6 +98,18 @@ inline std::string LookText(const std::vector<std::string>& look,
   return " ; " + look[0] + (sameRows ? " .." : look[1]) + CallsText(callsOf(look), callsOf(told));
 }
 
+// Whether a canvas that draws something else in the same place was told to. The system itself has
+// all drawn anew where places or colours change.
+inline bool IsRedrawn(const ToldControl& now, const ToldControl& before) {
+  const auto front = [](const ToldControl& of) {
+    return of.look[0].substr(0, of.look[0].find(' ', of.look[0].find(' ') + 1)) + of.look[2];
+  };
+  const bool isCanvas = now.look.size() > 2 && before.look.size() > 2;
+  if (!isCanvas || front(now) != front(before) || now.redraws > before.redraws) return true;
+  return std::equal(now.look.begin() + 2, now.look.end(), before.look.begin() + 2,
+                    before.look.end());
+}
+
 // All controls that are visible. With `told` those alone that are not as they were there, where
 // they are noted then.
 inline std::string Controls(toolkit::FakeWindow& window, ToldControls& told) {
@@ -104,9 +120,10 @@ inline std::string Controls(toolkit::FakeWindow& window, ToldControls& told) {
       if (told.erase(id)) text += " ; no " + control.spec.name + control.text;
       continue;
     }
-    const std::vector<std::string> look = Look(window, id);
-    std::string words = LookText(look, told[id]);
-    told[id] = look;
+    const ToldControl now = {Look(window, id), control.redraws};
+    const ToldControl before = std::exchange(told[id], now);
+    std::string words = LookText(now.look, before.look);
+    EXPECT_TRUE(IsRedrawn(now, before)) << control.spec.name << " draws something else, unasked";
     const std::string same = " " + std::exchange(name, control.spec.name);
     const std::size_t at = words.find(same + control.text);
     if (!name.empty() && same == " " + name && at != words.npos)

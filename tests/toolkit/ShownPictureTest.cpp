@@ -40,6 +40,9 @@ TEST(ShownPicture, EnlargedPixelsAreBlocksAndReducedOnesMeans) {
   opaque.maskRows = nullptr;
   EXPECT_EQ(Shown(opaque, {1, 1}, {0, 0, 1, 1}), std::vector<std::uint32_t>{0x5A5046});
   EXPECT_EQ(Shown(opaque, {2, 1}, {1, 0, 1, 1}), std::vector<std::uint32_t>{0x6E645A});
+  opaque.width = 1;  // higher than wide: enlarged although it is shown no wider than it is high
+  EXPECT_EQ(Shown(opaque, {1, 4}, {0, 0, 1, 4}),
+            (std::vector<std::uint32_t>{0x6E645A, 0x6E645A, 0x1E140A, 0x1E140A}));
 }
 
 TEST(ShownPicture, OnlyTheSeenPartCounts) {
