@@ -67,14 +67,6 @@ picture() {
 
 # --- apply: bytes
 
-# L = (151 G + 77 R + 28 B) >> 8; red L + 49, green L - 13, blue L - 55, limited.
-test_sepia() {
-  picture in.ppm
-  prints 'out.ppm  3x2' apply -c 'ZNFilter.Sepia.1(Sepia=100)' -o out.ppm in.ppm
-  # L: 0, 255, 76; 150, 27, 140
-  file_is out.ppm 'P6\n3 2\n255\n\061\000\000\377\362\310\175\077\025\307\211\137\114\016\000\275\177\125'
-}
-
 # Two filters in the order of the text; blanks and line ends in a file; layout B; other markers.
 test_chain_forms() {
   picture in.ppm
@@ -405,24 +397,26 @@ test_compressions() {
   run 2 apply -c '' --compression zip -o x.tif in.ppm
 }
 
-# A format of a module; without it all others work, and the error says what is missing.
-test_webp() {
+# Formats of modules; without them all others work, and the error says what is missing.
+test_module_formats() {
   picture in.ppm
-  run 0 apply -c '' --quality 100 -o out.webp in.ppm
-  run 0 apply -c '' -o back.ppm out.webp
-  cmp -s in.ppm back.ppm || fail "WebP changes the picture"
-  run 0 apply -c 'ZNFilter.Sepia.1(Sepia=050)' --quality 100 -o out/ out.webp
-  [ -e out/out.webp ] || fail "the result of WebP is no WebP"
   case "$prefix" in
-    *.exe) webp_module=Fxbox4-webp.dll ;;
-    *) webp_module='libfxbox4-webp.so.4 of the package libfxbox4-formats' ;;
+    *.exe) kinds=webp missing='Fxbox4-webp.dll: ' ;;
+    *) kinds='jxl avif webp' missing='libfxbox4-webp.so.4 of the package libfxbox4-formats: ' ;;
   esac
+  for kind in $kinds; do
+    run 0 apply -c '' --quality 100 -o out.$kind in.ppm
+    run 0 apply -c '' -o back.ppm out.$kind
+    cmp -s in.ppm back.ppm || fail "$kind changes the picture"
+    run 0 apply -c 'ZNFilter.Sepia.1(Sepia=050)' --quality 100 -o out/ out.$kind
+    [ -e out/out.$kind ] || fail "the result of $kind is no $kind"
+  done
   FXBOX_MODULES=$PWD/nowhere
   export FXBOX_MODULES
   run 1 apply -c '' -o back2.ppm out.webp
-  error_starts "fxbox: out.webp: WebP pictures need the module $webp_module: "
+  error_starts "fxbox: out.webp: WebP pictures need the module $missing"
   run 1 apply -c '' -o out2.webp in.ppm
-  error_starts "fxbox: out2.webp: WebP pictures need the module $webp_module: "
+  error_starts "fxbox: out2.webp: WebP pictures need the module $missing"
   is_missing out2.webp
   run 0 apply -c '' -o out.png in.ppm
 }
@@ -449,25 +443,11 @@ test_samples() {
       error_is 'fxbox: out.heic: HEIF pictures can be read here, but not written'
       is_missing out.heic
       ;;
-    *) run 0 apply -c '' -o out.heic in.ppm ;;
+    *)
+      run 0 apply -c '' -o out.heic in.ppm
+      run 0 apply -c '' -o back.ppm out.heic
+      ;;
   esac
-}
-
-test_module_formats() {
-  picture in.ppm
-  for kind in jxl avif; do
-    run 0 apply -c '' --quality 100 -o out.$kind in.ppm
-    run 0 apply -c '' -o back.ppm out.$kind
-    cmp -s in.ppm back.ppm || fail "$kind changes the picture"
-    run 0 apply -c 'ZNFilter.Sepia.1(Sepia=050)' --quality 100 -o out/ out.$kind
-    [ -e out/out.$kind ] || fail "the result of $kind is no $kind"
-  done
-  run 0 apply -c '' -o out.heic in.ppm
-  run 0 apply -c '' -o back.ppm out.heic
-  FXBOX_MODULES=$PWD/nowhere
-  export FXBOX_MODULES
-  run 1 apply -c '' -o back.ppm out.avif
-  error_starts 'fxbox: out.avif: AVIF pictures need the module libfxbox4-avif.so.4 of the package libfxbox4-formats: '
 }
 
 # Names come through a pipe that stays open: each is done at once. An interrupt ends the wait.
@@ -925,19 +905,6 @@ test_curve() {
   run 1 curve --list
   error_is 'fxbox: the settings name no folder of presets'
   is_missing none.ppm
-}
-
-test_json_report() {
-  picture in.ppm
-  run 1 apply --json -c '' -o out in.ppm missing.ppm
-  sed 's/"milliseconds": [0-9.e+-]*/"milliseconds": 0/; s|\\\\|/|g; s/^ *//' stdout | tr '\n' ' ' >report
-  size='{ "width": 3, "height": 2 }'
-  printf '%s' '{ "version": 1, "files": [ { "input": "in.ppm", "output": "out/in.ppm", ' \
-    "\"inputSize\": $size, \"outputSize\": $size, " '"milliseconds": 0, "skipped": false, "notes": [], "error": null }, ' \
-    '{ "input": "missing.ppm", "output": null, "inputSize": null, "outputSize": null, ' \
-    '"milliseconds": 0, "skipped": false, "notes": [], "error": "missing.ppm: the file cannot be opened: No such file or directory" } ], ' \
-    '"interrupted": false } ' >expected
-  diff expected report >&2 || fail 'another report'
 }
 
 test_register() {

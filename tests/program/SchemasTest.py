@@ -141,6 +141,9 @@ def check_apply():
     assert statuses == ["done", "done", "failed", "failed", "skipped"], statuses
     report = check("apply", run(*common, "--json", status=1))
     assert len(report["files"]) == len(inputs) and not report["interrupted"]
+    size = {"width": 3, "height": 2}
+    sizes = {line["input"]: (line["inputSize"], line["outputSize"]) for line in SEEN["apply-line"]}
+    assert sizes["a.ppm"] == (size, size) and sizes["missing.ppm"] == (None, None), sizes
     assert any(line["notes"] for line in SEEN["apply-line"]), "no output has notes"
 
 

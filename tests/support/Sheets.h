@@ -133,11 +133,6 @@ inline std::string Controls(toolkit::FakeWindow& window, ToldControls& told) {
   return text;
 }
 
-inline std::string Controls(toolkit::FakeWindow& window) {
-  ToldControls nothing;
-  return Controls(window, nothing);
-}
-
 // As lines of up to a hundred letters, where there are blanks.
 inline std::string Wrapped(const std::string& text) {
   std::string lines;
