@@ -190,11 +190,10 @@ TEST(KernelLevels, Luminance) {
     k.moveFromGrey(at + 2 * next, width, moves);
   };
   ExpectLevelsEqualAtEveryWidth(
-      [&](auto& k, std::uint8_t* at, int width) { change(k, at, width, kNextRow); }, kPlain);
+      kPlain, [&](auto& k, std::uint8_t* at, int width) { change(k, at, width, kNextRow); });
   // Most pairs of a luminance and a level.
-  ExpectLevelsEqual(
-      RandomRow(1000000, 7), [&](auto& k, std::uint8_t* at) { change(k, at, 80000, 240000); },
-      kPlain);
+  ExpectLevelsEqual(kPlain, RandomRow(1000000, 7),
+                    [&](auto& k, std::uint8_t* at) { change(k, at, 80000, 240000); });
   kernels::ByteTable squares;
   for (std::size_t i = 0; i < 256; ++i) squares[i] = static_cast<std::uint8_t>(i * i / 255);
   const Row row = Colours(61);
@@ -220,15 +219,13 @@ TEST(KernelLevels, ByteTables) {
     for (std::uint8_t& entry : table) entry = static_cast<std::uint8_t>(random());
   }
   const kernels::ChannelTables channels{tables[0], tables[1], tables[2]};
-  ExpectLevelsEqualAtEveryWidth(
-      [&](auto& k, std::uint8_t* at, int width) {
-        const auto bytes = static_cast<std::size_t>(std::max(width, 0) * 3);
-        k.mapBytes(at, at, bytes, tables[0]);
-        k.mapBytes(at + kNextRow, at + 2 * kNextRow, bytes, tables[1]);
-        k.mapChannels(at + 3 * kNextRow, at + 3 * kNextRow, width, channels);
-        k.mapChannels(at + 4 * kNextRow, at + 5 * kNextRow, width, channels);
-      },
-      kPlain);
+  ExpectLevelsEqualAtEveryWidth(kPlain, [&](auto& k, std::uint8_t* at, int width) {
+    const auto bytes = static_cast<std::size_t>(std::max(width, 0) * 3);
+    k.mapBytes(at, at, bytes, tables[0]);
+    k.mapBytes(at + kNextRow, at + 2 * kNextRow, bytes, tables[1]);
+    k.mapChannels(at + 3 * kNextRow, at + 3 * kNextRow, width, channels);
+    k.mapChannels(at + 4 * kNextRow, at + 5 * kNextRow, width, channels);
+  });
 }
 
 TEST(KernelLevels, DrawingByLightness) {
@@ -333,45 +330,39 @@ Row AllPairs() {
 }
 
 TEST(KernelLevels, PointsInRowsOfEveryWidth) {
-  ExpectLevelsEqualAtEveryWidth(
-      [](auto& k, std::uint8_t* at, int width) {
-        const auto count = static_cast<std::size_t>(std::max(width, 0));
-        k.sepia(at, width, 90);
-        k.blackWhite(at, width, 70);
-        k.shiftColours(at, width, {17, -200, 90});
-        k.invert(at + kNextRow, count, 37);
-        k.fade(at + kNextRow + count, count, 90);
-        for (const int percent : {-1, 0, 30, 100}) {
-          // In place, and from rows that stay.
-          for (std::uint8_t* const from : {at, at + 4 * kNextRow}) {
-            k.invertMask({at, at + kNextRow}, {from, from + kNextRow}, width, {1, 128, 255},
-                         percent);
-            k.putBackground({at + 2 * kNextRow, at + 3 * kNextRow}, {from, from + kNextRow}, width,
-                            {180, 128, 255}, percent);
-          }
-        }
-      },
-      kPoints);
+  ExpectLevelsEqualAtEveryWidth(kPoints, [](auto& k, std::uint8_t* at, int width) {
+    const auto count = static_cast<std::size_t>(std::max(width, 0));
+    k.sepia(at, width, 90);
+    k.blackWhite(at, width, 70);
+    k.shiftColours(at, width, {17, -200, 90});
+    k.invert(at + kNextRow, count, 37);
+    k.fade(at + kNextRow + count, count, 90);
+    for (const int percent : {-1, 0, 30, 100}) {
+      // In place, and from rows that stay.
+      for (std::uint8_t* const from : {at, at + 4 * kNextRow}) {
+        k.invertMask({at, at + kNextRow}, {from, from + kNextRow}, width, {1, 128, 255}, percent);
+        k.putBackground({at + 2 * kNextRow, at + 3 * kNextRow}, {from, from + kNextRow}, width,
+                        {180, 128, 255}, percent);
+      }
+    }
+  });
 }
 
 TEST(KernelLevels, PointsOfEveryPairAtEveryShare) {
   const Row row = AllPairs();
   constexpr int kWidth = 1 << 16;
   for (int share = 0; share < 256; ++share) {
-    ExpectLevelsEqual(
-        row,
-        [&](auto& k, std::uint8_t* at) {
-          k.sepia(at, kWidth, static_cast<std::uint8_t>(share));
-          k.fade(at + 3 * kWidth, 256, static_cast<std::uint8_t>(share));
-        },
-        kPoints);
+    ExpectLevelsEqual(kPoints, row, [&](auto& k, std::uint8_t* at) {
+      k.sepia(at, kWidth, static_cast<std::uint8_t>(share));
+      k.fade(at + 3 * kWidth, 256, static_cast<std::uint8_t>(share));
+    });
   }
   for (int percent = -1; percent <= 101; ++percent) {
     const kernels::Colour fill =
         percent % 2 ? kernels::Colour{0, 128, 255} : kernels::Colour{1, 77};
     const auto expectEqual = [&](auto run) {
-      ExpectLevelsEqual(
-          row, [&](auto& k, std::uint8_t* at) { run(k, at, at + 3 * kWidth); }, kPoints);
+      ExpectLevelsEqual(kPoints, row,
+                        [&](auto& k, std::uint8_t* at) { run(k, at, at + 3 * kWidth); });
     };
     expectEqual([&](auto& k, auto* at, auto*) { k.blackWhite(at, kWidth, percent); });
     expectEqual([&](auto& k, auto* at, auto* mask) {
@@ -391,8 +382,8 @@ TEST(KernelLevels, GreyOfEveryColour) {
       row[3 * i + 1] = static_cast<std::uint8_t>(i >> 8);
       row[3 * i + 2] = static_cast<std::uint8_t>(i);
     }
-    ExpectLevelsEqual(
-        row, [](auto& k, std::uint8_t* at) { k.blackWhite(at, 1 << 16, 100); }, kPoints);
+    ExpectLevelsEqual(kPoints, row,
+                      [](auto& k, std::uint8_t* at) { k.blackWhite(at, 1 << 16, 100); });
   }
 }
 
@@ -403,18 +394,15 @@ TEST(KernelLevels, EveryByteThroughEveryShiftAndPercentage) {
   for (int number = -300; number <= 300; ++number) numbers.push_back(number);
   for (const int number : numbers) {
     const int shift = std::clamp(number, -255, 255);
-    ExpectLevelsEqual(
-        row,
-        [&](auto& k, std::uint8_t* at) {
-          k.shiftColours(at, 256, {shift, -shift, shift / 2});
-          k.blackWhite(at, 256, number);
-          k.invertMask({at, at + 300}, {at, at + 300}, 99, {1, 128, 255}, number);
-          k.putBackground({at + 400, at + 750}, {at + 400, at + 750}, 18, {1, 128, 255}, number);
-        },
-        kPoints);
+    ExpectLevelsEqual(kPoints, row, [&](auto& k, std::uint8_t* at) {
+      k.shiftColours(at, 256, {shift, -shift, shift / 2});
+      k.blackWhite(at, 256, number);
+      k.invertMask({at, at + 300}, {at, at + 300}, 99, {1, 128, 255}, number);
+      k.putBackground({at + 400, at + 750}, {at + 400, at + 750}, 18, {1, 128, 255}, number);
+    });
     if (std::abs(number / 2) > 150) continue;
-    ExpectLevelsEqual(
-        row, [&](auto& k, std::uint8_t* at) { k.invert(at, row.size(), number); }, kPoints);
+    ExpectLevelsEqual(kPoints, row,
+                      [&](auto& k, std::uint8_t* at) { k.invert(at, row.size(), number); });
   }
 }
 
@@ -612,12 +600,10 @@ constexpr kernels::ShearKernelTable kShears = {
 template <class Run>
 void ExpectEqualShears(int seed, Run run) {
   ExpectLevelsEqual(
-      RandomRow(12000, static_cast<unsigned>(seed)),
-      [&](auto& k, std::uint8_t* bytes) {
+      kShears, RandomRow(12000, static_cast<unsigned>(seed)), [&](auto& k, std::uint8_t* bytes) {
         const auto quads = [&](int at) { return reinterpret_cast<Quad*>(bytes + at); };
         run(k, bytes, quads(0), quads(4000), quads(8000));
-      },
-      kShears);
+      });
 }
 
 TEST(KernelLevels, ShearedRowsOfAllWidths) {

@@ -27,7 +27,7 @@ inline Row RandomRow(std::size_t bytes, unsigned seed) {
 // Runs the same on the same row with the kernels of the reference and of every level that this
 // processor has; every byte must agree.
 template <class Table, class Run>
-void ExpectLevelsEqual(const Row& row, Run run, const Table& reference = Table::Plain()) {
+void ExpectLevelsEqual(const Table& reference, const Row& row, Run run) {
   Row expected = row;
   run(reference, expected.data());
   for (const kernels::SimdLevel level : kernels::kSimdLevels) {
@@ -43,6 +43,11 @@ void ExpectLevelsEqual(const Row& row, Run run, const Table& reference = Table::
   }
 }
 
+template <class Table, class Run>
+void ExpectLevelsEqual(const Row& row, Run run) {
+  ExpectLevelsEqual(Table::Plain(), row, run);
+}
+
 // From the start of one of the rows that a kernel is given to that of the next.
 constexpr std::ptrdiff_t kNextRow = 800;
 
@@ -50,14 +55,18 @@ constexpr std::ptrdiff_t kNextRow = 800;
 // around them is a guard. `run` gets the kernels, the start of the first of six rows, and the width
 // in pixels.
 template <class Table, class Run>
-void ExpectLevelsEqualAtEveryWidth(Run run, const Table& reference = Table::Plain()) {
+void ExpectLevelsEqualAtEveryWidth(const Table& reference, Run run) {
   for (int width = -1; width <= 200; ++width) {
     SCOPED_TRACE(width);
     const auto start = 96 + (width & 63);
-    ExpectLevelsEqual<Table>(
-        RandomRow(200 + 6 * kNextRow, static_cast<unsigned>(width)),
-        [&](auto& kernels, std::uint8_t* at) { run(kernels, at + start, width); }, reference);
+    const Row row = RandomRow(200 + 6 * kNextRow, static_cast<unsigned>(width));
+    ExpectLevelsEqual(reference, row,
+                      [&](auto& kernels, std::uint8_t* at) { run(kernels, at + start, width); });
   }
+}
+template <class Table, class Run>
+void ExpectLevelsEqualAtEveryWidth(Run run) {
+  ExpectLevelsEqualAtEveryWidth(Table::Plain(), run);
 }
 
 }  // namespace testing_support

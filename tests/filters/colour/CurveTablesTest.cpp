@@ -7,8 +7,7 @@
 #include <random>
 #include <vector>
 
-#include "filters/colour/tone/YiqKernels.h"
-#include "tests/filters/KernelRows.h"
+#include "filters/pixels/ByteTableKernels.h"
 
 namespace {
 
@@ -99,17 +98,6 @@ TEST(CurveTables, AnyNodesAreSafe) {
     editing::BuildSplineTable(nodes, table);
     editing::BuildLineTable(nodes, table);
   }
-}
-
-// Luminance 100 and both differences of (200, 60, 40), of which the luminance is 99.
-TEST(YiqKernels, ByHand) {
-  testing_support::Row row = {40, 60, 200, 10, 10, 10, 0, 0, 255};
-  ByteTable table = {};
-  table[99] = 100;
-  table[10] = 250;
-  table[76] = 255;
-  kernels::MapLuminance(row.data(), 3, table);
-  EXPECT_EQ(row, (testing_support::Row{40, 60, 200, 250, 250, 250, 178, 178, 255}));
 }
 
 }  // namespace

@@ -4,17 +4,13 @@
 #include <array>
 #include <cstring>
 
-#include "core/PdibFilterCreator.h"
 #include "filters/FilterClasses.h"
-#include "platform/fake/FakeServices.h"
 #include "tests/filters/ClassOf.h"
 #include "tests/filters/colour/PointModel.h"
 #include "tests/support/TestFilters.h"
 
 namespace testing_support {
 namespace {
-
-using platform::ComPtr;
 
 // One number as it may come: a percentage, a byte, beyond either, and the ends of 32 bits.
 int RandomNumber(std::mt19937& random) {
@@ -70,6 +66,7 @@ TEST(PointFilters, EqualTheirModel) {
 TEST(PointFilters, SinglePixelsOfTheirOwn) {
   using Pixel = std::array<BYTE, 4>;  // blue, green, red, mask
   const std::string colour = "Blue=030,Green=210,Red=140,Transparency=";
+  const std::string far = "Blue=180,Green=128,Red=255,Transparency=";
   const std::string adopted = "ColorBlue=030,ColorGreen=210,ColorRed=140,Intensity=";
   const struct {
     const char* word;
@@ -85,6 +82,9 @@ TEST(PointFilters, SinglePixelsOfTheirOwn) {
                 {"ImgBg", colour + "035", {200, 30, 90, 77}, {162, 69, 100, 26}},
                 {"ImgBg", colour + "100", {200, 30, 90, 77}, {200, 30, 90, 77}},
                 {"ImgBg", colour + "100", {200, 30, 90, 255}, {30, 210, 140, 255}},
+                {"ImgBg", far + "300", {10, 200, 90, 85}, {10, 200, 90, 255}},
+                {"ImgBg", far + "-2147483648", {10, 200, 90, 200}, {179, 128, 254, 1}},
+                {"ImgBg", far + "2147483647", {10, 200, 90, 255}, {180, 128, 255, 99}},
                 {"Passpartout", colour + "035", {10, 120, 240, 100}, {15, 146, 210, 34}},
                 {"Passpartout", colour + "000", {200, 30, 90, 77}, {148, 84, 105, 0}},
                 // Neither turned nor scaled, and no neighbours.
@@ -125,15 +125,6 @@ TEST(PointFilters, BackgroundCoversTheExtent) {
   }
 }
 
-TEST(PointFilters, BackgroundRefusesWhatNoPictureHolds) {
-  Rig rig(Noise(13, 9, Masks::Noise, 2), ClassOf("ZNFilter.ImgBg.1"));
-  rig.source->extentWidth = rig.source->extentHeight = 1 << 30;
-  rig.Prepare();
-  GuardedRows rows(2, 2);
-  EXPECT_NE(rig.Pull(rows, {0, 0, 0, 0, 2, 2}), S_OK);
-  EXPECT_TRUE(rig.source->requests.empty());
-}
-
 // What one object measured colours the same way in another, without a measurement.
 TEST(PointFilters, AdoptColourRepeatsAMeasurement) {
   const Picture preview = Noise(30, 20, Masks::Noise, 11);
@@ -164,59 +155,6 @@ TEST(PointFilters, AdoptColourRepeatsAMeasurement) {
   }
   // The text holds six digits of the map.
   EXPECT_LE(worst, 1);
-}
-
-// Chains through chain text and creator, against the model on whole pictures, in one pull and in
-// bands.
-TEST(PointFilters, ChainsEqualTheirModel) {
-  platform::FakeServices fakes;
-  const platform::ScopedServices scope(fakes.services);
-  const auto creator = ComPtr<CPdibFilterCreator>::Attach(new CPdibFilterCreator(FilterClasses()));
-  std::vector<const FilterClass*> built;
-  for (const FilterClass& row : FilterClasses()) {
-    if (HasModel(row.progId)) built.push_back(&row);
-  }
-  std::mt19937 random(77);
-  for (int round = 0; round < 150; ++round) {
-    std::vector<const FilterClass*> classes = built;
-    std::shuffle(classes.begin(), classes.end(), random);
-    classes.resize(1 + random() % 5);
-    std::vector<ModelStep> steps;
-    std::string text;
-    for (const FilterClass* row : classes) {
-      steps.push_back({row->progId, RandomParameters(*row, random)});
-      text += steps.back().progId + "(" + steps.back().parameters + ")";
-    }
-    const auto& test = TestPictures()[random() % TestPictures().size()];
-    SCOPED_TRACE(std::string(test.name) + ": " + text);
-
-    ComPtr<IAnimFilterChain> chain;
-    ASSERT_EQ(creator->CreateChain(IAnimFilterChain::kIid, chain.PutVoid()), S_OK);
-    const auto source = ComPtr<TestSource>::Attach(new TestSource(test.picture));
-    const auto destination = ComPtr<TestDestination>::Attach(new TestDestination);
-    chain->SetSource(source->Unknown());
-    chain->SetDestination(destination.Get());
-    ASSERT_EQ(chain->SetChainText(text.c_str(), "(", ")", creator.Get()), S_OK);
-    bool changed = false;
-    int revision = -1;
-    destination->source->Prepare(&changed, &revision, true);
-    const Picture expected = ApplyModel(steps, test.picture);
-    const int height = expected.height;
-    for (const int band : {height, 1, 1 + static_cast<int>(random() % 9)}) {
-      GuardedRows rows(expected.width, height);
-      for (int y = 0; y < height; y += band) {
-        ASSERT_EQ(
-            destination->source->ReadRows(0, y, 0, y, expected.width, std::min(band, height - y),
-                                          rows.ColourRows(), rows.MaskRows()),
-            S_OK);
-      }
-      ASSERT_EQ(Difference(expected, rows.Whole()), "") << "bands of " << band;
-      ASSERT_EQ(rows.WrittenOutside(0, 0, expected.width, height), "");
-    }
-    chain.Reset();
-    source->AttachDestination(nullptr);
-    destination->AttachSource(nullptr);
-  }
 }
 
 }  // namespace

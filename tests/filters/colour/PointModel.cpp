@@ -263,9 +263,4 @@ Picture ApplyModel(const ModelStep& step, const Picture& picture) {
   return result;
 }
 
-Picture ApplyModel(const std::vector<ModelStep>& chain, Picture picture) {
-  for (const ModelStep& step : chain) picture = ApplyModel(step, picture);
-  return picture;
-}
-
 }  // namespace testing_support

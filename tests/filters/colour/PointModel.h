@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "tests/support/Pictures.h"
 
@@ -17,7 +16,5 @@ struct ModelStep {
 bool HasModel(const std::string& progId);
 // The result of a new filter with these parameters.
 Picture ApplyModel(const ModelStep& step, const Picture& picture);
-// One after the other, each on the whole picture.
-Picture ApplyModel(const std::vector<ModelStep>& chain, Picture picture);
 
 }  // namespace testing_support

@@ -149,10 +149,12 @@ void AddRelief(Picture& picture, const Picture& given, int left, int top, const 
 Picture PaneOver(Picture picture, const PaneNumbers& n, double zoom) {
   const Picture given = picture;
   const int w = picture.width, h = picture.height;
-  const int rw = n.hori * w / 100, rh = n.verti * h / 100;
-  const int left = (w - rw) / 2 * (n.shiftHori + 100) / 100;
-  const int top = (h - rh) / 2 * (n.shiftVerti + 100) / 100;
-  const auto limited = [](int value, int size) { return std::clamp(value, 0, size - 1); };
+  const long long rw = 1LL * n.hori * w / 100, rh = 1LL * n.verti * h / 100;
+  const long long left = (w - rw) / 2 * (n.shiftHori + 100LL) / 100;
+  const long long top = (h - rh) / 2 * (n.shiftVerti + 100LL) / 100;
+  const auto limited = [](long long value, int size) {
+    return static_cast<int>(std::clamp(value, 0LL, size - 1LL));
+  };
   const int x0 = limited(left, w), x1 = limited(left + rw, w);
   const int y0 = limited(top, h), y1 = limited(top + rh, h);
   const int r = std::clamp(n.radius, 0, 100);

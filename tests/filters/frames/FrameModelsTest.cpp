@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <random>
 
@@ -70,9 +71,12 @@ void ExpectEqual(const Picture& expected, const char* progId, const Picture& giv
 TEST(FrameModels, SmokedGlass) {
   Chance chance(1);
   for (int round = 0; round < 300; ++round) {
-    const PaneNumbers n = {chance.Between(0, 110),  chance.Between(0, 110),  chance.Maybe(-5, 120),
-                           chance.Between(0, 255),  chance.Between(0, 255),  chance.Between(0, 255),
-                           chance.Maybe(-120, 120), chance.Maybe(-120, 120), chance.Maybe(0, 100)};
+    PaneNumbers n = {chance.Between(0, 110),  chance.Between(0, 110),  chance.Maybe(-5, 120),
+                     chance.Between(0, 255),  chance.Between(0, 255),  chance.Between(0, 255),
+                     chance.Maybe(-120, 120), chance.Maybe(-120, 120), chance.Maybe(0, 100)};
+    // As far as the numbers of texts reach.
+    int* const numbers[] = {&n.hori, &n.verti, &n.shiftHori, &n.shiftVerti};
+    if (round % 10 == 0) *numbers[chance.Between(0, 3)] = chance.Between(0, 1) ? INT_MAX : -INT_MAX;
     const Picture given = chance.Given();
     const double zoom = chance.Zoom();
     ExpectEqual(PaneOver(given, n, zoom), "ZNFilter.Rauchglas.1", given,
@@ -145,6 +149,10 @@ TEST(FrameModels, Shadow) {
   }
   const Picture given = chance.Given();
   ExpectEqual(ShadowOf(given, {}, 1), "ZNFilter.Shadow.1", given, "", 1);
+  // So wide that passes over the mask run in several groups of columns.
+  const Picture wide = Noise(60000, 5, Masks::Noise, 3);
+  ExpectEqual(ShadowOf(wide, {.density = 90, .blur = 22, .size = 3}, 1), "ZNFilter.Shadow.1", wide,
+              "ShadowDensity=90,ShadowBlur=22,Size=3", 1);
   // The old keys: no light, and a shadow of full strength or none, whatever stands beside them.
   ShadowNumbers full;
   full.density = 100;

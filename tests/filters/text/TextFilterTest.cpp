@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <thread>
 
 #include "base/PercentText.h"
 #include "imageio/ImageFile.h"
@@ -117,23 +116,6 @@ TEST(TextFilter, AlignmentStylesAndOutlineShow) {
   EXPECT_GT(outlined.light, plain.light);
 }
 
-TEST(TextFilter, AQuarterTurnIsThePictureTurned) {
-  TestFonts fonts;
-  const Picture upright =
-      Drawn(kText, "Size=200,Align=0,PosX=500,PosY=500,Text=Fg", Black(100, 100));
-  const Picture turned =
-      Drawn(kText, "Size=200,Align=0,PosX=500,PosY=500,Angle=900,Text=Fg", Black(100, 100));
-  int differing = 0;
-  for (int y = 0; y < 100; ++y) {
-    for (int x = 0; x < 100; ++x) {
-      // Counter-clockwise about the middle: right goes up.
-      differing += std::abs(upright.Colour(x, y)[0] - turned.Colour(99 - y, x)[0]) > 8;
-    }
-  }
-  EXPECT_EQ(differing, 0);
-  EXPECT_GT(Measured(upright).light, 1000);
-}
-
 TEST(TextFilter, OpacityAndTransparentPictures) {
   TestFonts fonts;
   // The middle of the bar is covered whole.
@@ -204,33 +186,6 @@ TEST(TextFilter, AnyTextIsDrawnInTime) {
       }
     }
   }
-}
-
-TEST(TextFilter, TextsMayBeSetAndReadOnAnyThread) {
-  TestFonts fonts;
-  Rig rig(Black(40, 30), ClassOf(kText));
-  std::atomic<bool> done{false};
-  std::thread setter([&] {
-    for (int i = 0; !done; ++i) {
-      rig.Filter().SetParameter(
-          i % 2 ? "Text=a" : "Text=a%20long%20text%20that%20needs%20memory,Size=200", 1);
-      ActiveText(rig.Filter());
-      PendingText(rig.Filter());
-    }
-  });
-  for (int i = 0; i < 200; ++i) rig.PullWhole();
-  done = true;
-  setter.join();
-}
-
-// Where a font has the name of a key, too.
-TEST(TextFilter, KeysEndWithTheirSign) {
-  const auto filter = Make(ClassOf(kText));
-  filter->SetParameter("Font=Size,Size=300,Text=PosX,PosX=250", 1);
-  const std::string text = PendingText(*filter.Get());
-  EXPECT_THAT(text, testing::HasSubstr(",Size=300,"));
-  EXPECT_THAT(text, testing::HasSubstr(",PosX=250,"));
-  EXPECT_THAT(text, testing::EndsWith(",Font=Size,Text=PosX"));
 }
 
 TEST(WaterSign, RepeatsAtEvenSteps) {
