@@ -18,9 +18,7 @@ constexpr char kScale[] = "ZNFilter.Scale.1(MaximumHorizontalSize=100)";
 
 TEST(DragText, IsMadeToTheByte) {
   struct Case {
-    const char* chain;
-    const char* second;
-    const char* text;
+    const char *chain, *second, *text;
   };
   const Case cases[] = {
       {"", "words", ""},

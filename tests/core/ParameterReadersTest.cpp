@@ -13,10 +13,8 @@ constexpr std::int32_t kInt32Max = std::numeric_limits<std::int32_t>::max();
 TEST(ParameterReaders, FirstFamilyReportsFoundAndChanged) {
   const struct {
     const char* text;
-    int before;
-    int after;
-    bool found;
-    bool changed;
+    int before, after;
+    bool found, changed;
   } cases[] = {
       {"Sepia=050", 0, 50, true, true},
       {"Sepia=050", 50, 50, true, false},

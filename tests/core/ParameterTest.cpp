@@ -20,8 +20,7 @@ bool Has(const Parameter& list, const char* tag) {
 
 TEST(Parameter, FindsTags) {
   const struct {
-    const char* list;
-    const char* tag;
+    const char *list, *tag;
     int value;  // -1: absent
   } cases[] = {
       {"", "a", -1},
@@ -101,8 +100,7 @@ TEST(Parameter, WritesEachKindOfValue) {
 
 TEST(Parameter, SetReplacesTheValueInItsPlace) {
   const struct {
-    const char* before;
-    const char* after;
+    const char *before, *after;
   } cases[] = {
       {"", "n=7;\r\n"},
       {"n=5;\r\n", "n=7;\r\n"},
@@ -138,8 +136,7 @@ TEST(Parameter, EscapesEveryByteAndReadsItBack) {
 
 TEST(Parameter, ReadsLooseEscapes) {
   const struct {
-    std::string quoted;
-    std::string decoded;
+    std::string quoted, decoded;
   } cases[] = {
       {"\"\"", ""},
       {"\"a", "a"},              // no closing quote
@@ -191,8 +188,7 @@ TEST(Parameter, RemovesATag) {
 
 TEST(Parameter, ComparesWithoutOrder) {
   const struct {
-    const char* left;
-    const char* right;
+    const char *left, *right;
     bool equal;
   } cases[] = {
       {"", "", true},

@@ -35,8 +35,7 @@ std::string PrintedAfter(const std::string& text) {
 
 TEST(ParameterText, ATextIsFoundByItsEqualsAndEndsAtTheComma) {
   const struct {
-    const char* given;
-    const char* printed;
+    const char *given, *printed;
   } cases[] = {
       {"", "Size=060,Bold=0,Font=,Text=old"},
       {"Text=", "Size=060,Bold=0,Font=,Text="},

@@ -203,8 +203,7 @@ TEST(PdibFilterChain, RemovingLinksTheNeighbours) {
     const char* name;
     std::function<HRESULT(CPdibFilterChain&)> remove;
     HRESULT result;
-    const char* left;
-    const char* locks;
+    const char *left, *locks;
   };
   const Case cases[] = {
       {"first", [](auto& c) { return c.RemoveAt(0); }, S_OK, "B(2)A(3)C(4)", "LU"},
@@ -243,9 +242,7 @@ TEST(PdibFilterChain, RemovingLinksTheNeighbours) {
 // What a change of text costs.
 TEST(PdibFilterChain, ChangesAsLittleAsItCan) {
   struct Case {
-    const char* name;
-    const char* before;
-    const char* text;
+    const char *name, *before, *text;
     const char* after;               // when it is not the text
     std::vector<std::string> made;   // through the creator
     std::vector<std::string> given;  // to SetParameter
@@ -294,9 +291,7 @@ TEST(PdibFilterChain, ChangesAsLittleAsItCan) {
 
 TEST(PdibFilterChain, SplitsTexts) {
   struct Case {
-    const char* text;
-    const char* open;
-    const char* close;
+    const char *text, *open, *close;
     Items items;
   };
   const Case cases[] = {{"A(1)B(2)", "(", ")", {{"A", "1"}, {"B", "2"}}},
@@ -410,8 +405,7 @@ TEST(PdibFilterChain, UpdateSetsByNameAndInsertsByRank) {
   struct Case {
     const char* text;
     HRESULT result;
-    const char* after;
-    const char* locks;
+    const char *after, *locks;
   };
   for (const Case& c :
        {Case{"B(7)", 0, "Crop(1)A(2)B(7)", "LU"}, Case{"B(7)Crop(8)", 0, "Crop(8)A(2)B(7)", "LULU"},

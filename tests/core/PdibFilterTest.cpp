@@ -339,25 +339,6 @@ TEST(PdibFilter, KeepsWorkPicturesByTheMemoryRule) {
   EXPECT_EQ(probe->outputPicture->Width(), 4);
 }
 
-TEST(PdibFilter, QuerySizeAsksTheDestination) {
-  ProbeRig test;
-  struct Case {
-    int wantedW, wantedH;
-    bool doubles;
-    int w, h;
-  };
-  for (const Case& c : {Case{40, 30, false, 40, 30}, Case{40, 30, true, 20, 15},
-                        Case{0, 30, false, -1, -1}, Case{40, -1, true, -1, -1}}) {
-    test.rig.destination->wantedWidth = c.wantedW;
-    test.rig.destination->wantedHeight = c.wantedH;
-    test.probe().doubles = c.doubles;
-    int size[2] = {7, 7};
-    EXPECT_EQ(test.probe().QuerySize(&size[0], &size[1], 1.25), S_OK);
-    EXPECT_THAT(size, ElementsAre(c.w, c.h));
-    EXPECT_EQ(test.rig.destination->askedAspect, 1.25);
-  }
-}
-
 TEST(PdibFilter, ForwardsToItsNeighbours) {
   ProbeRig test;
   Probe& probe = test.probe();
@@ -404,19 +385,6 @@ TEST(PdibFilter, TextsNeedRoomForTheirEnd) {
   char name[8] = "x";
   probe->GetName(name, 8);
   EXPECT_STREQ(name, "");
-}
-
-TEST(PdibFilter, BaseReadRowsKeepsFailedPullsMarked) {
-  ProbeRig test;
-  Probe& probe = test.probe();
-  GuardedRows rows(8, 6);
-  for (const HRESULT result : {S_OK, HRESULT{1}, E_FAIL}) {
-    probe.selfChanged = probe.sourceChanged = result == S_OK;
-    test.rig.source->results = {result};
-    EXPECT_EQ(test.rig.Pull(rows, {0, 0, 0, 0, 8, 6}), result);
-    EXPECT_EQ(probe.selfChanged, result != S_OK);
-    EXPECT_EQ(probe.sourceChanged, result != S_OK);
-  }
 }
 
 TEST(PdibFilter, VisibilityIsReadWithoutAChange) {

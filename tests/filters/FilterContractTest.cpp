@@ -345,12 +345,23 @@ TEST_P(FilterContract, AnswersToASourceThatEnds) {
     expected[0] = row.failed;
     expected[1] = row.stopped;
   }
+  const Picture picture = Noise(8, 6, Masks::Noise, 1);
+  GuardedRows rows(9, 9);
   for (const bool wasStopped : {false, true}) {
-    Test test(*this, Noise(8, 6, Masks::Noise, 1));
-    test.source->results = {wasStopped ? HRESULT{7} : E_FAIL};
-    GuardedRows rows(9, 9);
-    EXPECT_EQ(test.Rig::Pull(rows, {0, 0, 0, 0, 3, 2}), expected[wasStopped]);
+    Test test(*this, picture);
+    // A pull that ends well leaves nothing changed, and one that does not leaves what was.
+    for (const bool isNew : {true, false}) {
+      test.source->results = {wasStopped ? HRESULT{7} : E_FAIL};
+      EXPECT_EQ(test.Rig::Pull(rows, {0, 0, 0, 0, 3, 2}), expected[wasStopped]);
+      EXPECT_EQ(test.CountsAsChanged(), isNew && expected[wasStopped] != S_OK);
+      if (contract.pull != Pull::InPlace) break;
+      test.PullWhole();
+    }
   }
+  Test throwing(*this, picture);
+  throwing.source->throwsInReadRows = true;
+  throwing.Rig::Pull(rows, {0, 0, 0, 0, 3, 2});
+  EXPECT_TRUE(throwing.CountsAsChanged());
 }
 
 TEST_P(FilterContract, PullsOutOfTurnAreHarmless) {

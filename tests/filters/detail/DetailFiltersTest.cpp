@@ -46,8 +46,7 @@ Picture Convolved(const Picture& source, const double (&kernel)[9], double stren
 }
 
 struct ConvolutionCase {
-  const char* progId;
-  const char* text;
+  const char *progId, *text;
   double strength;
   double zoom = 1.0;
 };
@@ -238,8 +237,7 @@ TEST(DetailFilters, DustKeepsARequest) {
 }
 
 struct GaussCase {
-  const char* progId;
-  const char* text;
+  const char *progId, *text;
   int r;
   double sigma;
   double zoom = 1.0;

@@ -195,8 +195,7 @@ TEST(RedEye, AnyClickIsTaken) {
 TEST(RedEye, Texts) {
   const auto filter = testing_support::Make(testing_support::ClassOf("ZNFilter.RedEye.1"));
   const struct {
-    const char* given;
-    const char* text;
+    const char *given, *text;
   } kCases[] = {{"", "N=0"},
                 {"N=-3, X1=0.2", "N=0"},
                 {"N=1", "N=1, X1=0.5000, Y1=0.5000, E1=0, F1=0"},

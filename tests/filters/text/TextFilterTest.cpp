@@ -135,8 +135,7 @@ TEST(TextFilter, OpacityAndTransparentPictures) {
 TEST(TextFilter, BytesAreTheSameEverywhere) {
   TestFonts fonts;
   const struct {
-    const char* progId;
-    const char* parameters;
+    const char *progId, *parameters;
     std::uint64_t hash;
   } cases[] = {
       {kText, "Size=150,Text=Office%20AVA%20%C3%84q%CC%83", 13756572587478300339u},
