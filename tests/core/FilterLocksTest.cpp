@@ -10,20 +10,6 @@
 namespace testing_support {
 namespace {
 
-TEST(ChangeFlag, IsClearedAsFarAsItWasSeen) {
-  ChangeFlag flag(true);
-  const std::uint32_t seen = flag.Count();
-  flag = true;
-  flag.ClearUpTo(seen);
-  EXPECT_TRUE(flag);
-  flag.ClearUpTo(flag.Count());
-  EXPECT_FALSE(flag);
-  EXPECT_FALSE(ChangeFlag(false));
-  flag = true;
-  flag = false;
-  EXPECT_FALSE(flag);
-}
-
 // Whoever holds the lock for long lets others in between, and has it again afterwards.
 TEST(StateLock, GivesWayToWhoWaits) {
   StateLock lock;
@@ -140,31 +126,6 @@ TEST(FilterThreads, APullFromWithinItselfIsRefused) {
   EXPECT_EQ(rig.Pull(rows, {0, 0, 0, 0, 8, 6}), S_OK);
   EXPECT_EQ(within, kPullStopped);
   EXPECT_EQ(inner.WrittenOutside(0, 0, 0, 0), "");
-}
-
-// For the thread sanitizer above all.
-TEST(FilterThreads, NamedValuesAndSizesFromAllSides) {
-  LockedRig rig;
-  std::atomic<bool> done{false};
-  std::thread other([&] {
-    for (int i = 0; i < 2000; ++i) {
-      rig.Filter().SetNamedValue("key", i % 2 ? "odd" : "even, and longer than its brother");
-      rig.Filter().SetPictureSize(8, 6);
-      rig.Filter().SetMark(i, i);
-    }
-    done = true;
-  });
-  rig.Filter().SetNamedValue("key", "odd");
-  while (!done) {
-    char value[64] = "";
-    EXPECT_EQ(rig.Filter().GetNamedValue("key", value, sizeof value), S_OK);
-    EXPECT_TRUE(std::string("odd") == value ||
-                std::string("even, and longer than its brother") == value);
-    int size[6];
-    rig.Tail().GetInfo(&size[0], &size[1], &size[2], &size[3], &size[4], &size[5]);
-    EXPECT_EQ(size[0], 8);
-  }
-  other.join();
 }
 
 }  // namespace

@@ -288,6 +288,11 @@ TEST(PdibFilter, TheStateGuardsItsFields) {
                                           [&] { probe->SetMark(1, 2); },
                                           [&] { probe->SetNamedValue("a", "b"); },
                                           [&] {
+                                            int size[6];
+                                            probe->GetInfo(&size[0], &size[1], &size[2], &size[3],
+                                                           &size[4], &size[5]);
+                                          },
+                                          [&] {
                                             char value[4];
                                             probe->GetNamedValue("a", value, 4);
                                           },
@@ -346,6 +351,9 @@ TEST(PdibFilter, ForwardsToItsNeighbours) {
   double scale = 0;
   probe.SetZoom(0.5);
   probe.SetMark(1, 2);
+  int mark[2] = {};
+  probe.GetMark(&mark[0], &mark[1]);
+  EXPECT_THAT(mark, ElementsAre(11, 12));
   EXPECT_EQ(probe.ExpandText("$date", &expanded), S_FALSE);
   probe.QueryPrintScale(&scale);
   EXPECT_EQ(scale, 2.5);

@@ -170,9 +170,6 @@ TEST(KernelLevels, Hls) {
 }
 
 TEST(KernelLevels, Luminance) {
-  constexpr kernels::LuminanceKernelTable kPlain = {kernels::Luminance, kernels::ReplaceLuminance,
-                                                    kernels::ScaleByLuminance,
-                                                    kernels::MoveFromGrey};
   std::mt19937 random(6);
   const auto below = [&random](unsigned end) { return static_cast<double>(random() % end); };
   kernels::ByteTable table;
@@ -189,11 +186,11 @@ TEST(KernelLevels, Luminance) {
     k.scaleByLuminance(at + next, width, factors);
     k.moveFromGrey(at + 2 * next, width, moves);
   };
-  ExpectLevelsEqualAtEveryWidth(
-      kPlain, [&](auto& k, std::uint8_t* at, int width) { change(k, at, width, kNextRow); });
+  ExpectLevelsEqualAtEveryWidth<kernels::LuminanceKernelTable>(
+      [&](auto& k, std::uint8_t* at, int width) { change(k, at, width, kNextRow); });
   // Most pairs of a luminance and a level.
-  ExpectLevelsEqual(kPlain, RandomRow(1000000, 7),
-                    [&](auto& k, std::uint8_t* at) { change(k, at, 80000, 240000); });
+  ExpectLevelsEqual<kernels::LuminanceKernelTable>(
+      RandomRow(1000000, 7), [&](auto& k, std::uint8_t* at) { change(k, at, 80000, 240000); });
   kernels::ByteTable squares;
   for (std::size_t i = 0; i < 256; ++i) squares[i] = static_cast<std::uint8_t>(i * i / 255);
   const Row row = Colours(61);

@@ -98,7 +98,11 @@ class TestDestination final : public platform::ComObject<TestDestination, IAnimF
   HRESULT STDMETHODCALLTYPE QuerySize(int* w, int* h, double aspect) override;
   HRESULT STDMETHODCALLTYPE SetZoom(double newZoom) override;
   HRESULT STDMETHODCALLTYPE SetMark(int a, int b) override { return Record("SetMark", a, b); }
-  HRESULT STDMETHODCALLTYPE GetMark(int*, int*) override { return S_OK; }
+  HRESULT STDMETHODCALLTYPE GetMark(int* a, int* b) override {
+    *a = 11;
+    *b = 12;
+    return S_OK;
+  }
   HRESULT STDMETHODCALLTYPE Lock() override;
   HRESULT STDMETHODCALLTYPE Unlock() override;
   HRESULT STDMETHODCALLTYPE AttachSource(IUnknown* newSource) override;

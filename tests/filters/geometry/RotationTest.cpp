@@ -132,7 +132,20 @@ TEST(Rotation, TurnsAroundTheMiddle) {
   }
 }
 
-TEST(Rotation, SizesAndMarksEndHere) {
+// Nor do others ask further for one.
+TEST(Rotation, MarksEndHere) {
+  for (const char* progId : {"ZNFilter.Rotate.1", "ZNFilter.Crop.1"}) {
+    RotationRig rig(Noise(20, 10, Masks::Opaque, 1), "", progId);
+    rig.destination->TakeCalls();
+    rig.Filter().SetMark(3, 4);
+    EXPECT_EQ(rig.destination->TakeCalls().empty(), std::string(progId) == "ZNFilter.Rotate.1");
+    int mark[2] = {7, 7};
+    rig.Filter().GetMark(&mark[0], &mark[1]);
+    EXPECT_FALSE(mark[0] || mark[1]) << progId;
+  }
+}
+
+TEST(Rotation, SizesAreTurned) {
   RotationRig rig(Noise(20, 10, Masks::Opaque, 1), "Angle=90");
   rig.Prepare();
   rig.destination->TakeCalls();
@@ -142,10 +155,6 @@ TEST(Rotation, SizesAndMarksEndHere) {
   rig.Filter().QuerySize(&w, &h, 4.0);
   EXPECT_EQ(rig.destination->askedAspect, 1.0);
   EXPECT_EQ(std::pair(w, h), std::pair(100, 100));
-  rig.Filter().SetMark(3, 4);
-  EXPECT_TRUE(rig.destination->TakeCalls().empty());
-  rig.Filter().GetMark(&w, &h);
-  EXPECT_EQ(std::pair(w, h), std::pair(0, 0));
   rig.Filter().SetTargetSize(7, 8);
   EXPECT_EQ(rig.destination->TakeCalls(), std::vector<std::string>{"SetTargetSize 7 8"});
 }

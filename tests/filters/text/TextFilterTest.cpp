@@ -214,83 +214,93 @@ class SignPicture : public testing::Test {
  protected:
   SignPicture() {
     std::filesystem::create_directories(folder);
-    Picture picture = Gradient(40, 20, Masks::Edges);
-    Rows(picture);
-    imageio::WriteImage(file, imageio::Format::Png, 40, 20, {colour.data(), mask.data()});
+    Write();
   }
   ~SignPicture() override { std::filesystem::remove_all(folder); }
 
-  void Rows(Picture& picture) {
-    for (int y = 0; y < picture.height; ++y) {
-      colour.push_back(picture.Colour(0, y));
-      mask.push_back(&picture.Mask(0, y));
+  void Write() {
+    std::vector<BYTE*> colour, mask;
+    for (int y = 0; y < sign.height; ++y) {
+      colour.push_back(sign.Colour(0, y));
+      mask.push_back(&sign.Mask(0, y));
     }
-    sign = picture;
+    imageio::WriteImage(file, imageio::Format::Png, sign.width, sign.height,
+                        {colour.data(), mask.data()});
   }
   std::string Key(const std::filesystem::path& path) const {
     const std::u8string utf8 = path.u8string();
     return ",Picture=" + base::PercentEncode(std::string(utf8.begin(), utf8.end()));
   }
 
+  // Of this test alone: others run beside it.
   std::filesystem::path folder =
-      std::filesystem::absolute(std::filesystem::temp_directory_path()) / "fxbox-sign \xC3\xA4";
+      std::filesystem::absolute(std::filesystem::temp_directory_path()) /
+      ("fxbox-sign \xC3\xA4 " +
+       std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
   std::filesystem::path file = folder / "sign.png";
-  std::vector<BYTE*> colour, mask;
-  Picture sign;
+  Picture sign = Gradient(40, 20, Masks::Edges);
 };
 
-TEST_F(SignPicture, IsLaidOverAtItsPlace) {
-  TestFonts fonts;
-  // Its own height of 20 pixels: nothing is scaled.
-  const Picture laid = Drawn(kSign, "Size=200,Opacity=100,Align=0,PosX=100,PosY=300" + Key(file),
-                             Uniform(100, 100, 1, 2, 3, 255));
-  for (int y = 0; y < 20; ++y) {
-    for (int x = 0; x < 40; ++x) {
-      ASSERT_EQ(laid.Mask(10 + x, 20 + y), sign.Mask(x, y));
-      if (sign.Mask(x, y) == 255) continue;
-      ASSERT_EQ(laid.Colour(10 + x, 20 + y)[0], sign.Colour(x, y)[0]);
-      ASSERT_EQ(laid.Colour(10 + x, 20 + y)[2], sign.Colour(x, y)[2]);
+// What is nothing in the laid picture has no colour there.
+void ExpectLaid(const Picture& on, int left, int bottom, const Picture& laid) {
+  for (int y = 0; y < laid.height; ++y) {
+    for (int x = 0; x < std::min(laid.width, on.width - left); ++x) {
+      const BYTE* const colour = laid.Colour(x, y);
+      ASSERT_EQ(on.Mask(left + x, bottom + y), laid.Mask(x, y)) << x << ", " << y;
+      ASSERT_TRUE(laid.Mask(x, y) == 255 ||
+                  std::equal(colour, colour + 3, on.Colour(left + x, bottom + y)))
+          << x << ", " << y;
     }
   }
+}
+
+// Its own height of 20 pixels: nothing is scaled.
+TEST_F(SignPicture, IsLaidOverAtItsPlace) {
+  TestFonts fonts;
+  const Picture nothing = Uniform(100, 100, 1, 2, 3, 255);
+  const std::string place = "Size=200,Align=0,PosX=100,PosY=300,Opacity=";
+  const Picture laid = Drawn(kSign, place + "100" + Key(file), nothing);
+  ExpectLaid(laid, 10, 20, sign);
   EXPECT_EQ(laid.Mask(9, 30), 255);
   EXPECT_EQ(laid.Mask(50, 30), 255);
-  const Picture weak = Drawn(kSign, "Size=200,Opacity=040,Align=0,PosX=100,PosY=300" + Key(file),
-                             Uniform(100, 100, 1, 2, 3, 255));
+  const Picture weak = Drawn(kSign, place + "040" + Key(file), nothing);
   EXPECT_EQ(weak.Mask(30, 30), 255 - (255 - sign.Mask(20, 10)) * 40 / 100);
 }
 
 TEST_F(SignPicture, IsScaledTurnedAndRepeated) {
   TestFonts fonts;
+  const Picture nothing = Uniform(100, 100, 0, 0, 0, 255);
+  const auto drawn = [&](const char* keys) { return Drawn(kSign, keys + Key(file), nothing); };
   Rig scaled(sign, ClassOf("ZNFilter.Scale.1"));
   scaled.Filter().SetParameter("MaximumHorizontalSize=20,MaximumVerticalSize=10", 1);
-  const Picture half = scaled.PullWhole();
-  const Picture laid = Drawn(kSign, "Size=100,Opacity=100,Align=2,PosX=500,PosY=500" + Key(file),
-                             Uniform(100, 100, 0, 0, 0, 255));
-  ASSERT_EQ(half.width, 20);
-  for (int y = 0; y < 10; ++y) {
-    for (int x = 0; x < 20; ++x) ASSERT_EQ(laid.Mask(30 + x, 45 + y), half.Mask(x, y));
-  }
+  ExpectLaid(drawn("Size=100,Opacity=100,Align=2,PosX=500,PosY=500"), 30, 45, scaled.PullWhole());
   // Half a turn about its middle, exactly.
-  const Picture turned =
-      Drawn(kSign, "Size=200,Opacity=100,Angle=1800" + Key(file), Uniform(100, 100, 0, 0, 0, 255));
-  for (int y = 0; y < 20; ++y) {
-    for (int x = 0; x < 40; ++x) {
-      const BYTE* const from = sign.Colour(39 - x, 19 - y);
-      ASSERT_EQ(turned.Mask(30 + x, 40 + y), sign.Mask(39 - x, 19 - y));
-      if (sign.Mask(39 - x, 19 - y) == 255) continue;
-      ASSERT_TRUE(std::equal(from, from + 3, turned.Colour(30 + x, 40 + y))) << x << ", " << y;
-    }
+  Rig turned(sign, ClassOf("ZNFilter.Rotate.1"));
+  turned.Filter().SetParameter("Angle=180", 1);
+  ExpectLaid(drawn("Size=200,Opacity=100,Angle=1800"), 30, 40, turned.PullWhole());
+  const Picture tiled = drawn("Size=200,Opacity=100,Tile=1,Spacing=030");
+  for (const auto& [left, bottom] : {std::pair(30, 40), {30, 63}, {73, 40}}) {
+    ExpectLaid(tiled, left, bottom, sign);
   }
-  const Picture tiled = Drawn(kSign, "Size=200,Opacity=100,Tile=1,Spacing=030" + Key(file),
-                              Uniform(100, 100, 0, 0, 0, 255));
-  for (int y = 0; y < 20; ++y) {
-    for (int x = 0; x < 40; ++x) {
-      ASSERT_EQ(tiled.Mask(30 + x, 40 + y), sign.Mask(x, y));
-      ASSERT_EQ(tiled.Mask(30 + x, 63 + y), sign.Mask(x, y));
-      if (x < 27) {
-        ASSERT_EQ(tiled.Mask(73 + x, 40 + y), sign.Mask(x, y));
+}
+
+// Of one colour, by any angle: its ends are alike, and none of its edges is lost.
+TEST_F(SignPicture, IsTurnedAboutItsMiddle) {
+  TestFonts fonts;
+  sign = Uniform(40, 20, 1, 2, 3);
+  Write();
+  for (const int tenths : {0, 130, 450, 1234, 2700}) {
+    const Picture laid =
+        Drawn(kSign, "Size=200,Opacity=100,Angle=" + std::to_string(tenths) + Key(file),
+              Uniform(100, 100, 0, 0, 0, 255));
+    double opacity = 0;
+    for (int y = 0; y < 100; ++y) {
+      for (int x = 0; x < 100; ++x) {
+        opacity += 255 - laid.Mask(x, y);
+        EXPECT_NEAR(laid.Mask(x, y), laid.Mask(99 - x, 99 - y), 1) << x << ", " << y;
       }
     }
+    EXPECT_NEAR(opacity / 255, 40 * 20, 8) << tenths;
   }
 }
 
