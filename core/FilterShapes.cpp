@@ -390,8 +390,10 @@ bool WholePictureFilter::BorrowInput() {
 
 bool WholePictureFilter::OpenLent() {
   isOpen = MemoryPicture::CanHold(result.width, result.height) && BorrowInput();
-  if (isOpen) outputPicture.reset();
-  return isOpen;
+  if (!isOpen) return false;
+  inputPicture.reset();
+  outputPicture.reset();
+  return true;
 }
 
 bool WholePictureFilter::PullPart(const Placed& part) {

@@ -127,8 +127,16 @@ void CSchattenFilter::TakeParameters() {
   layout = LayOut(drawn, pulled);
 }
 
+void CSchattenFilter::DropPictures() {
+  ParameterFilter::DropPictures();
+  outerShadow.reset();
+}
+
 // The result ends up in the output picture, and the input picture serves to make shadows.
 bool CSchattenFilter::Rebuild() {
+  const bool isOuterAlone = drawn.lightIntensity == 0 && drawn.shadowDensity != 0 && !drawn.innerOn;
+  if (isOuterAlone && OpenLent()) return KeepOuterShadow();
+  outerShadow.reset();
   if (!EnsurePictures(result.width, result.height, result.width, result.height)) return false;
   BorrowInput();
   if (!Pull(*outputPicture, layout.left, layout.top, Wanted::Picture)) return false;
@@ -154,8 +162,8 @@ bool CSchattenFilter::CopyGiven(MemoryPicture& picture, int x, int y, Wanted wan
   });
 }
 
-kernels::MaskPlane CSchattenFilter::ShadowMask() const {
-  return {inputPicture->MaskRows(), result.width, result.height};
+kernels::MaskPlane CSchattenFilter::MaskOf(const MemoryPicture& shadow) const {
+  return {shadow.MaskRows(), result.width, result.height};
 }
 
 bool CSchattenFilter::AddRelief() {
@@ -163,8 +171,8 @@ bool CSchattenFilter::AddRelief() {
   constexpr int kMostPasses = 1000;
   const int passes = std::min(std::max(drawn.lightIntensity, 50) - 50 + 15, kMostPasses);
   if (!Pull(*inputPicture, layout.left, layout.top, Wanted::Mask) ||
-      !kernels::SmoothMask(ShadowMask(), passes, abort) ||
-      !kernels::EmbossMask(ShadowMask(), layout.relief, abort)) {
+      !kernels::SmoothMask(MaskOf(*inputPicture), passes, abort) ||
+      !kernels::EmbossMask(MaskOf(*inputPicture), layout.relief, abort)) {
     return false;
   }
   return ForRows(layout.top, pulled.height, [&](int y) {
@@ -174,23 +182,55 @@ bool CSchattenFilter::AddRelief() {
   });
 }
 
-bool CSchattenFilter::SpreadShadow(bool grows) {
-  return (!grows || kernels::GrowShape(ShadowMask(), drawn.size, abort)) &&
-         kernels::BlurMask(ShadowMask(), layout.blurPasses, abort) &&
-         kernels::FractionBlur(ShadowMask(), layout.blurFifths, abort);
+bool CSchattenFilter::SpreadShadow(const MemoryPicture& shadow, bool grows) {
+  const kernels::MaskPlane mask = MaskOf(shadow);
+  return (!grows || kernels::GrowShape(mask, drawn.size, abort)) &&
+         kernels::BlurMask(mask, layout.blurPasses, abort) &&
+         kernels::FractionBlur(mask, layout.blurFifths, abort);
+}
+
+bool CSchattenFilter::MakeOuterShadow(MemoryPicture& shadow) {
+  return Pull(shadow, layout.left + layout.offsetX, layout.top + layout.offsetY, Wanted::Mask) &&
+         SpreadShadow(shadow, true);
 }
 
 bool CSchattenFilter::CastOuterShadow() {
-  return Pull(*inputPicture, layout.left + layout.offsetX, layout.top + layout.offsetY,
-              Wanted::Mask) &&
-         SpreadShadow(true) && LayOverShadow(100);
+  return MakeOuterShadow(*inputPicture) && LayOverShadow(100);
+}
+
+bool CSchattenFilter::KeepOuterShadow() {
+  if (!outerShadow || outerShadow->Width() != result.width ||
+      outerShadow->Height() != result.height) {
+    outerShadow = std::make_unique<MemoryPicture>("shadow", result.width, result.height);
+  }
+  return outerShadow->IsValid() && MakeOuterShadow(*outerShadow);
+}
+
+bool CSchattenFilter::ComputeRows(const base::WritableRows& to) {
+  const kernels::ByteTable table = kernels::BuildAttenuationTable(drawn.shadowDensity, 100);
+  return ForRows(0, result.height, [&](int y) {
+    PaintShadow(to.colour[y], to.mask[y], outerShadow->MaskRows()[y], table);
+    const int row = y - layout.top;
+    if (row < 0 || row >= pulled.height) return;
+    kernels::Choose<kernels::FrameKernels>().compose(to.colour[y] + base::ColourOffset(layout.left),
+                                                     to.mask[y] + layout.left, given.colour[row],
+                                                     given.mask[row], pulled.width);
+  });
+}
+
+// A row of it, in its colour. The masks may be the same.
+void CSchattenFilter::PaintShadow(BYTE* colour, BYTE* mask, const BYTE* shadow,
+                                  const kernels::ByteTable& table) const {
+  kernels::FillColour(colour, result.width, {drawn.shadowBlue, drawn.shadowGreen, drawn.shadowRed});
+  kernels::Choose<kernels::ByteTableKernels>().mapBytes(
+      mask, shadow, static_cast<std::size_t>(result.width), table);
 }
 
 // Behind a picture with an inner shadow, fainter than that.
 bool CSchattenFilter::AddOuterGlow() {
   const std::int64_t fainter = std::int64_t{drawn.shadowDensity} * 85 / 100;
-  return Pull(*inputPicture, layout.left, layout.top, Wanted::Mask) && SpreadShadow(true) &&
-         LayOverShadow(static_cast<int>(fainter));
+  return Pull(*inputPicture, layout.left, layout.top, Wanted::Mask) &&
+         SpreadShadow(*inputPicture, true) && LayOverShadow(static_cast<int>(fainter));
 }
 
 // Lays what is in the output picture over the shadow in the input picture.
@@ -199,10 +239,7 @@ bool CSchattenFilter::LayOverShadow(int attenuation) {
   const bool complete = ForRows(0, result.height, [&](int y) {
     BYTE* const colour = inputPicture->ColourRows()[y];
     BYTE* const mask = inputPicture->MaskRows()[y];
-    kernels::FillColour(colour, result.width,
-                        {drawn.shadowBlue, drawn.shadowGreen, drawn.shadowRed});
-    kernels::Choose<kernels::ByteTableKernels>().mapBytes(
-        mask, mask, static_cast<std::size_t>(result.width), table);
+    PaintShadow(colour, mask, mask, table);
     kernels::Choose<kernels::FrameKernels>().compose(colour, mask, outputPicture->ColourRows()[y],
                                                      outputPicture->MaskRows()[y], result.width);
   });
@@ -214,7 +251,7 @@ bool CSchattenFilter::LayOverShadow(int attenuation) {
 bool CSchattenFilter::CastInnerShadow() {
   if (!Pull(*inputPicture, layout.left + layout.offsetX, layout.top + layout.offsetY,
             Wanted::Mask) ||
-      !SpreadShadow(false)) {
+      !SpreadShadow(*inputPicture, false)) {
     return false;
   }
   const kernels::ByteTable table = kernels::BuildAttenuationTable(drawn.shadowDensity, 100);

@@ -1,9 +1,12 @@
 // Shadow and light: a drop shadow or inner shadow, and a relief light on the edges of the mask.
 #pragma once
 
+#include <memory>
 #include <span>
 
+#include "base/ByteTable.h"
 #include "core/FilterShapes.h"
+#include "filters/frames/MaskFilters.h"
 #include "filters/frames/ShadowLayout.h"
 
 // Blur, size and distance are pixels: of the unscaled picture when pending, of the picture at hand
@@ -38,19 +41,27 @@ class CSchattenFilter final : public ParameterFilter<WholePictureFilter, Schatte
  private:
   void ReadText(const char* text) override;
   void TakeParameters() override;
+  void DropPictures() override;
   bool Rebuild() override;
+  bool ComputeRows(const base::WritableRows& to) override;
   enum class Wanted { Picture, Mask };
   bool Pull(MemoryPicture& picture, int x, int y, Wanted wanted);
   bool CopyGiven(MemoryPicture& picture, int x, int y, Wanted wanted);
   bool AddRelief();
+  bool MakeOuterShadow(MemoryPicture& shadow);
   bool CastOuterShadow();
+  bool KeepOuterShadow();
+  void PaintShadow(BYTE* colour, BYTE* mask, const BYTE* shadow,
+                   const base::ByteTable& table) const;
   bool CastInnerShadow();
   bool AddOuterGlow();
-  bool SpreadShadow(bool grows);
+  bool SpreadShadow(const MemoryPicture& shadow, bool grows);
   bool LayOverShadow(int attenuation);
-  kernels::MaskPlane ShadowMask() const;
+  kernels::MaskPlane MaskOf(const MemoryPicture& shadow) const;
 
   // Of the picture in the cache: Commit may come in the middle of a pull.
   SchattenParameters drawn;
   kernels::ShadowLayout layout;
+  // Its mask, where rows are open: an outer shadow alone, over which the source's rows are laid.
+  std::unique_ptr<MemoryPicture> outerShadow;
 };

@@ -110,6 +110,11 @@ std::vector<std::string> TextsOf(const FilterClass& row) {
     }
   }
   if (progId == "ZNFilter.GradCurves.1") texts.push_back("FilterOn=0");
+  if (progId == "ZNFilter.Shadow.1") {
+    for (const char* kind : {"InnerOn=0", "InnerOn=0,LightIntensity=60", "InnerOn=1,Size=2"}) {
+      texts.push_back(std::string("ShadowDensity=70,ShadowBlur=6,ShadowDistance=4,") + kind);
+    }
+  }
   if (progId == "ZNFilter.AdoptColor.1") texts.push_back("Intensity=080,ColorRed=200,ExBlit=0");
   if (progId == "ZNFilter.Passpartout.1") {
     texts.insert(texts.end(), {"Borderhori=-4,Borderverti=-3,Transparency=40,Radius=6",
