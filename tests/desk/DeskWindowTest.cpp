@@ -390,6 +390,10 @@ TEST_F(DeskStates, AreAsTheirSheetSays) {
   ClickWith(false, true, 2);
   ClickWith(false, true, 0);
   Look("the chain by Shift and Control");
+  ClickWith(false, false, 3);
+  Look("a press below the last one");
+  ClickWith(true, false, 2);
+  ClickWith(true, false, 0);
   native->DragOver(Point{native->At(Canvas("Chain")).place.x + 20, 180 + 70});
   Look("something over the chain");
   native->DragOver(std::nullopt);

@@ -283,9 +283,12 @@ TEST_F(Panels, AreAsTheirSheetsSay) {
     Make(row->progId);
     TextFilter& filterOfText = *Attach("-");  // it lacks all keys
     OpenDialog();
+    dialog->Show();
     const std::string controls = PanelControls(Window());
     Call("ButtonTop");
-    sheets += std::string(row->progId) + " " + testing_support::TitleAndSize(Window()) +
+    const ControlId focused = Window().Focused();
+    sheets += std::string(row->progId) + (focused ? " at " + Window().At(focused).spec.name : "") +
+              " " + testing_support::TitleAndSize(Window()) +
               testing_support::Wrapped(controls + Sheet(Window(), filterOfText.text).words);
     CloseDialog();
   }

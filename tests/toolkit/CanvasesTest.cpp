@@ -23,10 +23,12 @@ class Canvases : public testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(dialog.CreateModeless({})); }
   FakeWindow& Window() { return *backend.LastWindow(); }
+  // It is the moves that count while the button is held, and none afterwards.
   void Drag(toolkit::ControlId id, Point from, Point to) {
     Window().Mouse(id, MouseAction::Press, from);
     Window().Mouse(id, MouseAction::Move, to);
-    Window().Mouse(id, MouseAction::Release, to);
+    Window().Mouse(id, MouseAction::Release, from);
+    Window().Mouse(id, MouseAction::Move, {from.x + 40, from.y + 30}, 0);
   }
 
   toolkit::FakeBackend backend;
@@ -119,8 +121,10 @@ TEST_F(Curves, KeysMoveChooseInsertAndRemove) {
   Window().Press(Key::Up);
   Window().Press(Key::Right);
   EXPECT_EQ(editor->Curve().nodes[1], (editing::CurveNode{128, 128}));
-  Window().Press(Key::PageDown);
-  EXPECT_EQ(editor->Curve().current, 2);
+  for (const int node : {0, 1, 2, 2}) {
+    Window().Press(node == 0 ? Key::PageUp : Key::PageDown);
+    EXPECT_EQ(editor->Curve().current, node);
+  }
   Window().Press(Key::Delete);
   EXPECT_EQ(editor->Curve().Count(), 3) << "an end stays";
   Window().Press(Key::PageUp);

@@ -17,6 +17,17 @@ class Controls : public testing::Test {
 
   toolkit::FakeBackend backend;
   toolkit::ScopedBackend scope{&backend};
+  // Without focus a wheel is the parent's.
+  template <class Value>
+  void ExpectWheel(toolkit::ControlId id, double notches, Value value, double from, double to) {
+    Window().Focus(0);
+    EXPECT_FALSE(Window().Wheel(id, notches));
+    EXPECT_EQ(value(), from);
+    Window().Focus(id);
+    EXPECT_TRUE(Window().Wheel(id, notches));
+    EXPECT_EQ(value(), to);
+  }
+
   CZNDialog dialog;
   int changes = 0;
 };
@@ -59,9 +70,10 @@ TEST_F(Controls, SliderKeysAndWheel) {
   auto& slider = dialog.Make<CZNSlider>("Power", ValueRange{}, toolkit::SliderLook::Plain);
   slider.onChange = [&] { ++changes; };
   slider.SetValue(50);
-  EXPECT_FALSE(Window().Wheel(slider.Id(), 1)) << "without focus it is the parent's";
-  EXPECT_EQ(slider.Value(), 50);
-  slider.Focus();
+  ExpectWheel(
+      slider.Id(), 1, [&] { return slider.Value(); }, 50, 51);
+  slider.SetValue(50);
+  changes = 0;
   struct {
     Key key;
     double value;
@@ -99,6 +111,9 @@ TEST_F(Controls, NumberFieldTakesWhatLiesInTheRange) {
   Window().Press(Key::Down);
   EXPECT_EQ(field.Value(), 89);
   EXPECT_EQ(changes, 3);
+  ExpectWheel(
+      field.Id(), -3, [&] { return field.Value(); }, 89, 86);
+  EXPECT_EQ(Window().At(field.Id()).text, "86");
 }
 
 TEST_F(Controls, ChoicesReportOnlyChanges) {
@@ -108,6 +123,11 @@ TEST_F(Controls, ChoicesReportOnlyChanges) {
   for (auto* change : {&box.onChange, &combo.onChange, &radio.onChange}) {
     *change = [&] { ++changes; };
   }
+  ExpectWheel(
+      combo.Id(), -9, [&] { return combo.Chosen(); }, -1, 2);
+  ExpectWheel(
+      combo.Id(), 9, [&] { return combo.Chosen(); }, 2, 0);
+  changes = 0;
   radio.Choose(0);
   box.SetChecked(true);
   combo.Choose(1);

@@ -43,6 +43,10 @@ TEST(ShownPicture, EnlargedPixelsAreBlocksAndReducedOnesMeans) {
   opaque.width = 1;  // higher than wide: enlarged although it is shown no wider than it is high
   EXPECT_EQ(Shown(opaque, {1, 4}, {0, 0, 1, 4}),
             (std::vector<std::uint32_t>{0x6E645A, 0x6E645A, 0x1E140A, 0x1E140A}));
+  opaque.width = 2;
+  opaque.height = 1;
+  EXPECT_EQ(Shown(opaque, {4, 1}, {0, 0, 4, 1}),
+            (std::vector<std::uint32_t>{0x1E140A, 0x1E140A, 0x463C32, 0x463C32}));
 }
 
 TEST(ShownPicture, OnlyTheSeenPartCounts) {
