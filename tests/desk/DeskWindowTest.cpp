@@ -381,7 +381,7 @@ TEST_F(DeskStates, AreAsTheirSheetSays) {
     At(canvas, MouseAction::Leave, {});
   }
   native->Focus(Canvas("Filters"));
-  for (const Key key : {Key::End, Key::Up, Key::Home, Key::Up}) {
+  for (const Key key : {Key::End, Key::Down, Key::Up, Key::Home, Key::Up}) {
     native->Press(key);
     Look("a key among the filters");
   }
@@ -390,6 +390,8 @@ TEST_F(DeskStates, AreAsTheirSheetSays) {
   ClickWith(false, true, 2);
   ClickWith(false, true, 0);
   Look("the chain by Shift and Control");
+  ClickWith(false, false, 1);
+  Look("one of two that were selected");
   ClickWith(false, false, 3);
   Look("a press below the last one");
   ClickWith(true, false, 2);
