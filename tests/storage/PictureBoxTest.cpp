@@ -486,38 +486,62 @@ TEST(PictureBox, FolderBoxesRenameFindCopiesAndLoseEmptyFolders) {
             (std::vector<std::string>{"i5-small.jpg", "new.inf", "new.jpg"}));
 }
 
+// A JPEG file keeps its bytes, one with a mask has to become a file that holds both.
 TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
-  const Bytes picture = Bitmap(6, 5), mask = Mask(6, 5);
-  const Bytes jpeg = FileOf(Bitmap(16, 16), imageio::kTypeJpeg);
+  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
+  const struct {
+    const char *name, *ext;
+    bool asFile;
+    const char* taken;  // for the extension
+    picbox::Place place;
+    bool isJpeg;  // else the mask comes along
+  } cases[] = {{"dib", "", false, "", picbox::kPicMask, false},
+               {"file", "JPG", true, "JPG", picbox::kPictures, true},
+               {"plain", "JPG", true, "jpg", picbox::kPictures, true},
+               {"masked", "JPG", true, "PNG", picbox::kPictures, false},
+               {"masked", "TIF", true, "TIF", picbox::kPictures, false}};
   for (const bool fromFolder : {false, true}) {
-    for (const bool toFolder : {false, true}) {
-      SCOPED_TRACE(testing::Message() << "folders: from " << fromFolder << ", to " << toFolder);
-      Box from(fromFolder), to(toFolder);
-      from.box->AddFile("dib", picture, mask, 1, 2, false, false, false);
-      from.box->WriteImageInfo("dib", "note", nullptr);
-      Put(from.At(picbox::kPictures), "file.JPG", Text(jpeg));
-      KvString ext;
-      EXPECT_TRUE(from.box->CopyImage("dib", *to.box, "copy", true, ext, false));
-      Bytes readPicture, readMask;
-      std::int32_t x = 0;
-      to.box->GetQuick("copy", "", &readPicture, &readMask, -1, -1, &x);
-      EXPECT_EQ(readPicture, picture);
-      EXPECT_EQ(readMask, mask);
-      EXPECT_EQ(x, 1);
-      EXPECT_EQ(to.box->OpenPicture(1, "copy")->place, picbox::kPicMask);
-      EXPECT_EQ(to.box->GetImageInfo("copy", nullptr), "note");
-      ext = "JPG";
-      EXPECT_TRUE(from.box->CopyImage("file", *to.box, "file", true, ext, true));
-      EXPECT_EQ(to.Read("file"), "picture");
-      EXPECT_TRUE(from.box->CopyImage("dib", *from.box, "dib", true, ext, false));
-      if (fromFolder) {
-        Box again(from.folder);
-        EXPECT_TRUE(from.box->CopyImage("dib", *again.box, "DIB", true, ext, false));
-      }
-      EXPECT_EQ(from.Read("dib"), "picture mask");
-      EXPECT_EQ(from.box->OpenPicture(1, "dib")->place, picbox::kPictures) << "left as it was";
-      EXPECT_FALSE(from.box->CopyImage("absent", *to.box, "x", true, ext, false));
+    Box from(fromFolder);
+    for (const char* name : {"dib", "masked"}) {
+      from.box->AddFile(name, Bitmap(16, 16), Mask(16, 16), 1, 2, *name == 'm', false, false);
+      from.box->WriteImageInfo(name, "note", nullptr);
     }
+    Put(from.At(picbox::kPictures), "file.JPG", jpeg);
+    Put(from.At(picbox::kPictures), "plain",
+        std::string("\x02JPG\0\x08\x01\0\0\0", 10) +
+            Longs({static_cast<std::int64_t>(jpeg.size())}) + jpeg + Compressed(Longs({0, 0})));
+    KvString ext;
+    for (const bool toFolder : {false, true}) {
+      for (const auto& c : cases) {
+        SCOPED_TRACE(testing::Message() << c.name << c.ext << fromFolder << toFolder);
+        Box to(toFolder);
+        EXPECT_FALSE(from.box->CopyImage("absent", *to.box, "copy", true, ext, c.asFile));
+        ext = c.ext;
+        EXPECT_TRUE(from.box->CopyImage(c.name, *to.box, "copy", true, ext, c.asFile));
+        EXPECT_EQ(ext, c.taken);
+        auto found = to.box->OpenPicture(1, "copy", c.taken);
+        ASSERT_TRUE(found);
+        EXPECT_EQ(found->place, c.place);
+        EXPECT_EQ(Text(to.box->ReadEncoded(*found)).starts_with(jpeg), c.isJpeg);
+        found.reset();
+        Bytes picture, mask;
+        std::int32_t x = 0, y = 0;
+        to.box->GetQuick("copy", c.taken, &picture, &mask, -1, -1, &x, &y);
+        EXPECT_EQ(picture == Bitmap(16, 16), !c.asFile);
+        EXPECT_FALSE(picture.empty());
+        EXPECT_EQ(mask, c.isJpeg ? Bytes() : Mask(16, 16));
+        EXPECT_EQ(to.box->GetImageInfo("copy", nullptr), c.isJpeg ? "" : "note");
+        EXPECT_TRUE(c.asFile || (x == 1 && y == 2));
+      }
+    }
+    // Onto itself, and as another box on the same folder sees it.
+    EXPECT_TRUE(from.box->CopyImage("dib", *from.box, "dib", true, ext, false));
+    if (fromFolder) {
+      Box again(from.folder);
+      EXPECT_TRUE(from.box->CopyImage("dib", *again.box, "DIB", true, ext, false));
+    }
+    EXPECT_EQ(from.Read("dib"), "picture mask");
+    EXPECT_EQ(from.box->OpenPicture(1, "dib")->place, picbox::kPictures) << "left as it was";
   }
 }
 
@@ -541,34 +565,6 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
         "removing read only file status of ", "(d): copied '", "source absent.JPG not found!"}) {
     at = log.find(line, at + 1);
     ASSERT_NE(at, std::string::npos) << line << " in " << log;
-  }
-}
-
-// A JPEG file keeps its bytes, one with a mask has to become a file that holds both.
-TEST(PictureBox, CopiesBecomeFilesWithoutLoss) {
-  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
-  Box from, to;
-  Put(from.At(picbox::kPictures), "plain",
-      std::string("\x02JPG\0\x08\x01\0\0\0", 10) + Longs({static_cast<std::int64_t>(jpeg.size())}) +
-          jpeg + Compressed(Longs({0, 0})));
-  from.box->AddFile("masked", Bitmap(16, 16), Mask(16, 16), 0, 0, true, false, false);
-  from.box->WriteImageInfo("masked", "note", nullptr);
-  KvString ext = "JPG";
-  EXPECT_TRUE(from.box->CopyImage("plain", *to.box, "plain", true, ext, true));
-  EXPECT_EQ(to.Read("plain"), "picture");
-  auto found = to.box->OpenPicture(1, "plain");
-  ASSERT_TRUE(found);
-  EXPECT_EQ(Text(to.box->ReadEncoded(*found)), jpeg);
-  for (const auto& [given, type] : {std::pair("JPG", "PNG"), {"TIF", "TIF"}}) {
-    ext = given;
-    EXPECT_TRUE(from.box->CopyImage("masked", *to.box, "masked", true, ext, true));
-    EXPECT_EQ(ext, type);
-    Bytes picture, mask;
-    to.box->GetQuick("masked", type, &picture, &mask);
-    EXPECT_FALSE(picture.empty()) << type;
-    EXPECT_EQ(mask, Mask(16, 16)) << type;
-    EXPECT_EQ(to.box->GetImageInfo("masked", nullptr), "note") << type;
-    to.box->Delete("masked", type);
   }
 }
 
