@@ -204,7 +204,7 @@ TEST(KernelLevels, Luminance) {
 TEST(KernelLevels, ByteTables) {
   constexpr kernels::ByteTableKernels kPlain = {
       [](auto* to, auto* from, std::size_t count, const kernels::ByteTable& table) {
-        std::transform(from, from + count, to, [&](std::uint8_t byte) { return table[byte]; });
+        std::transform(from, from + count, to, [&](std::uint8_t before) { return table[before]; });
       },
       [](auto* to, auto* from, int width, const kernels::ChannelTables& t) {
         const kernels::ByteTable* const tables[] = {&t.blue, &t.green, &t.red};
