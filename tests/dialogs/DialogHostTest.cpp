@@ -3,8 +3,8 @@
 
 #include "core/PdibFilter.h"
 #include "core/TransferFormats.h"
-#include "filters/FilterClasses.h"
 #include "tests/dialogs/DialogRig.h"
+#include "tests/filters/ClassOf.h"
 #include "tests/support/Sheets.h"
 #include "toolkit/Shortcut.h"
 
@@ -415,9 +415,8 @@ TEST_F(DialogHost, LocalizeAsksTheHostFirst) {
 }
 
 TEST_F(DialogHost, IconsAskTheSameHostForTheirName) {
-  const FilterClass* row = FilterClasses().data();
-  while (std::string(row->progId) != kSepia) ++row;
-  const auto filter = ComPtr<FilterObject>::Attach(row->make(*row));
+  const FilterClass& row = testing_support::ClassOf(kSepia);
+  const auto filter = ComPtr<FilterObject>::Attach(row.make(row));
   ComPtr<IAnimFilterIcon> icon;
   ASSERT_EQ(filter->CreateIcon(IAnimFilterIcon::kIid, icon.PutVoid()), S_OK);
   const auto linkable = ComPtr<IAnimLinkable>::Query(icon.Get());
@@ -427,7 +426,7 @@ TEST_F(DialogHost, IconsAskTheSameHostForTheirName) {
     icon->GetDisplayName(text, sizeof text);
     return std::string(text);
   };
-  EXPECT_EQ(name(), row->gloss);
+  EXPECT_EQ(name(), row.gloss);
   SetDialogHostWords(host, "IDS_SEPIA_NAME", "Alte Fotografie", &testing_support::SetString);
   EXPECT_EQ(name(), "Alte Fotografie");
 }

@@ -71,11 +71,13 @@ class DialogRig : public testing::Test {
   }
   TextFilter* Attach(const std::string& text) {
     filters.push_back(platform::ComPtr<TextFilter>::Attach(new TextFilter(text)));
-    DWORD cookie = 0;
-    EXPECT_EQ(platform::ComPtr<IConnectionPoint>::Query(dialog.Get())
-                  ->Advise(filters.back().Get(), &cookie),
-              S_OK);
+    Connect(filters.back().Get());
     return filters.back().Get();
+  }
+  void Connect(IUnknown* filter) {
+    DWORD cookie = 0;
+    const auto point = platform::ComPtr<IConnectionPoint>::Query(dialog.Get());
+    EXPECT_EQ(point->Advise(filter, &cookie), S_OK);
   }
   // The last reference of the test's own goes; what is open lives on.
   void DropDialog() {

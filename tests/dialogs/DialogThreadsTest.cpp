@@ -2,8 +2,8 @@
 #include <atomic>
 #include <thread>
 
-#include "filters/FilterClasses.h"
 #include "tests/dialogs/DialogRig.h"
+#include "tests/filters/ClassOf.h"
 #include "tests/support/TestFilters.h"
 
 namespace {
@@ -13,13 +13,6 @@ using testing_support::DialogRig;
 using testing_support::Rig;
 
 class DialogThreads : public DialogRig {};
-
-const FilterClass& ClassOf(const std::string& progId) {
-  for (const FilterClass& row : FilterClasses()) {
-    if (row.progId == progId) return row;
-  }
-  throw std::runtime_error(progId);
-}
 
 // Whole pulls, each after a Prepare, as a host's worker makes them.
 void PullUntil(const std::atomic<bool>& ends, Rig& rig, std::atomic<int>& pulls) {
@@ -34,10 +27,9 @@ TEST_F(DialogThreads, PullsGoOnWhileControlsMove) {
     SCOPED_TRACE(progId);
     if (host) ReleaseDialogHost(std::exchange(host, nullptr));
     Make(progId);
-    Rig rig(testing_support::Noise(24, 16, testing_support::Masks::Opaque, 1), ClassOf(progId));
-    DWORD cookie = 0;
-    ComPtr<IConnectionPoint>::Query(dialog.Get())
-        ->Advise(static_cast<IAnimFilter*>(&rig.Filter()), &cookie);
+    Rig rig(testing_support::Noise(24, 16, testing_support::Masks::Opaque, 1),
+            testing_support::ClassOf(progId));
+    Connect(static_cast<IAnimFilter*>(&rig.Filter()));
     OpenDialog();
     std::atomic<bool> ends = false;
     std::atomic<int> pulls = 0;

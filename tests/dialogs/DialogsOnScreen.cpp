@@ -57,7 +57,7 @@ int Picture(ObservedBackend& backend, const std::filesystem::path& folder) {
 
 int List() {
   for (const DialogClass* row : dialogs::DialogClasses()) {
-    std::printf("%s\t%s\t%s\n", row->className, row->progId, ClassOf(*row).gloss);
+    std::printf("%s\t%s\t%s\n", row->className, row->progId, ClassOf(row->progId).gloss);
   }
   return 0;
 }

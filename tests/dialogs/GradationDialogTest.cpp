@@ -93,9 +93,7 @@ TEST_F(GradationDialog, ShowsWhatTheHostsPictureHasInIt) {
   for (int i = 0; i < 64; ++i) picture.Colour(i % 8, i / 8)[2] = 100;  // red
   std::fill(picture.mask.begin(), picture.mask.end(), BYTE{0});
   testing_support::Rig rig(picture, kGradCurvesClass);
-  DWORD cookie = 0;
-  platform::ComPtr<IConnectionPoint>::Query(dialog.Get())
-      ->Advise(static_cast<IAnimFilter*>(&rig.Filter()), &cookie);
+  Connect(static_cast<IAnimFilter*>(&rig.Filter()));
   const auto bars = [&] { return Window().Paint(Canvas()).Count("FillRect") - 1; };
   EXPECT_EQ(bars(), 0);
   rig.PullWhole();

@@ -15,9 +15,9 @@
 #include "core/AnimInterfaces.h"
 #include "dialogs/DialogClass.h"
 #include "dialogs/Dialogs.h"
-#include "filters/FilterClasses.h"
 #include "platform/component/SystemInterfaces.h"
 #include "tests/dialogs/CDialogHost.h"
+#include "tests/filters/ClassOf.h"
 #include "tests/support/TestFilters.h"
 #include "toolkit/Backend.h"
 
@@ -68,18 +68,12 @@ inline Picture Hills() {
   return picture;
 }
 
-inline const FilterClass& ClassOf(const DialogClass& dialog) {
-  for (const FilterClass& row : FilterClasses()) {
-    if (std::strcmp(row.progId, dialog.progId) == 0) return row;
-  }
-  std::abort();
-}
-
 // A dialog that is open over a filter, as a host has it.
 class OpenDialog {
  public:
-  explicit OpenDialog(const DialogClass& row) : rig(Hills(), ClassOf(row)), host(NewDialogHost(0)) {
-    if (const char* example = ClassOf(row).example) rig.Filter().SetParameter(example, 1);
+  explicit OpenDialog(const DialogClass& row)
+      : rig(Hills(), ClassOf(row.progId)), host(NewDialogHost(0)) {
+    if (const char* example = ClassOf(row.progId).example) rig.Filter().SetParameter(example, 1);
     rig.PullWhole();
     const auto made = platform::ComPtr<IUnknown>::Attach(dialogs::NewFilterDialog(row.progId));
     platform::ComPtr<IAnimLinkable>::Query(made.Get())

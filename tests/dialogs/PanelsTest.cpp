@@ -10,6 +10,7 @@
 #include "filters/FilterClasses.h"
 #include "tests/dialogs/DialogRig.h"
 #include "tests/dialogs/LayoutCheck.h"
+#include "tests/filters/ClassOf.h"
 #include "tests/support/CommaLocale.h"
 #include "tests/support/QuotedWords.h"
 #include "tests/support/Sheets.h"
@@ -18,6 +19,7 @@
 namespace {
 
 using platform::ComPtr;
+using testing_support::ClassOf;
 using testing_support::DialogRig;
 using testing_support::LayoutFaults;
 using testing_support::TextFilter;
@@ -25,13 +27,6 @@ using toolkit::ControlId;
 using toolkit::ControlKind;
 using toolkit::FakeControl;
 using toolkit::Key;
-
-const FilterClass& ClassOf(const std::string& progId) {
-  for (const FilterClass& row : FilterClasses()) {
-    if (row.progId == progId) return row;
-  }
-  throw std::runtime_error(progId);
-}
 
 std::string TextOf(FilterObject& filter) {
   char text[8000] = "";
@@ -48,9 +43,7 @@ class Panels : public DialogRig {
     const FilterClass& filterClass = ClassOf(row.progId);
     filter = over ? over : ComPtr<FilterObject>::Attach(filterClass.make(filterClass));
     if (!over) filter->SetParameter(row.defaultText, 1);
-    DWORD cookie = 0;
-    ComPtr<IConnectionPoint>::Query(dialog.Get())
-        ->Advise(static_cast<IAnimFilter*>(filter.Get()), &cookie);
+    Connect(static_cast<IAnimFilter*>(filter.Get()));
     OpenDialog();
     TakeLog();
   }
