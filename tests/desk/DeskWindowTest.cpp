@@ -283,6 +283,8 @@ TEST_F(Desk, WorksOnTheChainByKeys) {
   EXPECT_EQ(after(key(Key::Down)), "Se- Em- Ne* ");
   EXPECT_EQ(after(key(Key::Down)), "Se- Em- Ne* ") << "the last one";
   EXPECT_EQ(after(key(Key::Down, false, true)), "Se- Em- Ne* ");
+  EXPECT_EQ(after(key(Key::Up, false, true)), "Se- Ne* Em- ") << "one step, not to the front";
+  EXPECT_EQ(after(key(Key::Down, false, true)), "Se- Em- Ne* ");
   EXPECT_EQ(after(key(Key::Up)), "Se- Em-* Ne ");
   EXPECT_EQ(after(key(Key::Space)), "Se- Em* Ne ");
   EXPECT_EQ(after(key(Key::Delete)), "Se- Ne* ");
