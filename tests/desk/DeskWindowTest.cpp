@@ -276,6 +276,8 @@ TEST_F(Desk, WorksOnTheChainByKeys) {
   EXPECT_EQ(after(key(Key::Up)), "Se Ne* Em ");
   EXPECT_EQ(after(key(Key::Up)), "Se* Ne Em ");
   EXPECT_EQ(after(key(Key::Up)), "Se* Ne Em ") << "the first one";
+  EXPECT_EQ(after(key(Key::Down)), "Se Ne* Em ");
+  EXPECT_EQ(after(key(Key::Up)), "Se* Ne Em ");
   EXPECT_EQ(after(key(Key::Down, false, true)), "Ne Se* Em ");
   EXPECT_EQ(after(key(Key::Down, true)), "Ne Se* Em* ");
   EXPECT_EQ(after(key(Key::Up, false, true)), "Se* Em* Ne ");
