@@ -254,10 +254,12 @@ TEST_F(ZNRegistryTest, KeysAndLists) {
   registry.RemoveListItem(machine, "L\\M", "n", "b");
   EXPECT_THAT(fakes.registry.Subkeys(Hive::LocalMachine, "Software\\Firm\\2.0"), ElementsAre("K"));
   fakes.registry.Write(Hive::Users, "S-1\\Software\\Firm\\2.0\\User", "0001");
+  fakes.registry.Write(Hive::CurrentUser, "Software\\Firm\\2.0\\User", "0002");
   EXPECT_EQ(registry.DeleteAll(), 0);
   EXPECT_EQ(fakes.registry.Snapshot(),
             (std::vector<std::string>{
-                "HKEY_LOCAL_MACHINE\\Software = ", "HKEY_USERS\\S-1 = ",
+                "HKEY_LOCAL_MACHINE\\Software = ", "HKEY_CURRENT_USER\\Software = ",
+                "HKEY_CURRENT_USER\\Software\\Firm = ", "HKEY_USERS\\S-1 = ",
                 "HKEY_USERS\\S-1\\Software = ", "HKEY_USERS\\S-1\\Software\\Firm = "}));
 }
 
