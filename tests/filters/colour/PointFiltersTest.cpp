@@ -70,7 +70,7 @@ TEST(PointFilters, EqualTheirModel) {
 TEST(PointFilters, SinglePixelsOfTheirOwn) {
   using Pixel = std::array<BYTE, 4>;  // blue, green, red, mask
   const std::string colour = "Blue=030,Green=210,Red=140,Transparency=";
-  const std::string far = "Blue=180,Green=128,Red=255,Transparency=";
+  const std::string pale = "Blue=180,Green=128,Red=255,Transparency=";
   const std::string adopted = "ColorBlue=030,ColorGreen=210,ColorRed=140,Intensity=";
   const struct {
     const char* word;
@@ -86,9 +86,9 @@ TEST(PointFilters, SinglePixelsOfTheirOwn) {
                 {"ImgBg", colour + "035", {200, 30, 90, 77}, {162, 69, 100, 26}},
                 {"ImgBg", colour + "100", {200, 30, 90, 77}, {200, 30, 90, 77}},
                 {"ImgBg", colour + "100", {200, 30, 90, 255}, {30, 210, 140, 255}},
-                {"ImgBg", far + "300", {10, 200, 90, 85}, {10, 200, 90, 255}},
-                {"ImgBg", far + "-2147483648", {10, 200, 90, 200}, {179, 128, 254, 1}},
-                {"ImgBg", far + "2147483647", {10, 200, 90, 255}, {180, 128, 255, 99}},
+                {"ImgBg", pale + "300", {10, 200, 90, 85}, {10, 200, 90, 255}},
+                {"ImgBg", pale + "-2147483648", {10, 200, 90, 200}, {179, 128, 254, 1}},
+                {"ImgBg", pale + "2147483647", {10, 200, 90, 255}, {180, 128, 255, 99}},
                 {"Passpartout", colour + "035", {10, 120, 240, 100}, {15, 146, 210, 34}},
                 {"Passpartout", colour + "000", {200, 30, 90, 77}, {148, 84, 105, 0}},
                 // Neither turned nor scaled, and no neighbours.
