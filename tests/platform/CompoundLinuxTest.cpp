@@ -5,6 +5,7 @@
 
 #include "platform/CompoundCheck.h"
 #include "platform/compound/CompoundFile.h"
+#include "platform/compound/ElementName.h"
 #include "platform/compound/SiblingTree.h"
 #include "tests/platform/CompoundLinuxSupport.h"
 #include "tests/platform/LinuxSupport.h"
@@ -83,6 +84,45 @@ TEST_F(CompoundLinuxTest, ReadsTheEndOfGlobalMemoryAndNoMore) {
   EXPECT_EQ(bytes->ReadAt(Large(2), read.data(), 6, &count), S_OK);
   EXPECT_EQ(count, 3u);
   EXPECT_EQ(read, "234xxx");
+}
+
+TEST_F(CompoundLinuxTest, NamesAreTheSameInLettersOfBothSizes) {
+  using platform::compound::KeyOf;
+  // The first and last of each range, the small one ahead.
+  const std::u16string pairs =
+      u"aAzZ\u00E0\u00C0\u00FE\u00DE\u00FF\u0178\u0101\u0100\u0137\u0136\u013A\u0139\u0148\u0147"
+      u"\u014B\u014A\u0177\u0176\u017A\u0179\u017E\u017D\u03B1\u0391\u03CB\u03AB\u03AC\u0386"
+      u"\u03AD\u0388\u03AF\u038A\u0430\u0410\u044F\u042F\u0450\u0400\u045F\u040F\u0461\u0460"
+      u"\u0481\u0480\u048B\u048A\u04BF\u04BE\u04D1\u04D0\u052F\u052E\u0561\u0531\u0586\u0556"
+      u"\u1E01\u1E00\u1E95\u1E94\u1EA1\u1EA0\u1EFF\u1EFE";
+  for (std::size_t i = 0; i < pairs.size(); i += 2) {
+    EXPECT_TRUE(KeyOf(pairs.substr(i, 1)) == KeyOf(pairs.substr(i + 1, 1))) << i / 2;
+  }
+  for (const int alone : {0xF7, 0x131, 0x138, 0x149, 0x17F, 0x3C2, 0x482, 0x1E97}) {
+    for (const int other : {alone - 1, alone - 32}) {
+      EXPECT_FALSE(KeyOf(std::u16string(1, static_cast<char16_t>(alone))) ==
+                   KeyOf(std::u16string(1, static_cast<char16_t>(other))))
+          << alone;
+    }
+  }
+}
+
+TEST_F(CompoundLinuxTest, CopiesWithoutAKindAndReadsNothingIntoNothing) {
+  const StoragePtr source = Create(path);
+  WriteStream(source, u"stream", "x");
+  CreateStorage(source, u"storage");
+  const IID kinds[] = {IID_IStream, IID_IStorage};
+  const std::u16string left[] = {u"storage", u"stream"};
+  for (const int i : {0, 1}) {
+    const StoragePtr target = Create(folder.Path() / left[i]);
+    EXPECT_EQ(source->CopyTo(1, &kinds[i], nullptr, target.Get()), S_OK);
+    EXPECT_EQ(NamesOf(target), std::vector<std::u16string>{left[i]});
+    EXPECT_EQ(source->CopyTo(1, nullptr, nullptr, target.Get()), S_OK);
+    EXPECT_EQ(NamesOf(target).size(), 2u);
+  }
+  ULONG read = 7;
+  EXPECT_EQ(OpenStream(source, u"stream")->Read(nullptr, 1, &read), STG_E_INVALIDPOINTER);
+  EXPECT_EQ(read, 0u);
 }
 
 // --- a long life against a model
@@ -647,6 +687,18 @@ TEST_F(FaultTest, AnyChangedWordIsBorne) {
       UseBytes(bytes);
       ASSERT_FALSE(testing::Test::HasFailure()) << offset << " " << word;
     }
+  }
+}
+
+// The version and the size of the sectors belong together.
+TEST_F(FaultTest, AHeadOfTwoVersionsIsNone) {
+  const std::string whole = bytes->bytes;
+  for (const auto& [place, byte] : {std::pair{26u, '\4'}, {30u, '\14'}}) {
+    bytes->bytes = whole;
+    bytes->bytes[place] = byte;
+    StoragePtr root;
+    EXPECT_TRUE(
+        FAILED(StgOpenStorageOnILockBytes(bytes.Get(), nullptr, kReading, nullptr, 0, root.Put())));
   }
 }
 
