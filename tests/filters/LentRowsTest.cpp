@@ -221,7 +221,10 @@ TEST_P(LentRows, TravelThroughAChain) {
         ASSERT_EQ(apart.Whole(), joined.Whole());
         ExpectEqualPulls(apart, joined, apart.Whole());
         ExpectEqualPulls(apart, joined, {1, 2, 3, 4, 9, 8});
+        for (Chain* chain : {&apart, &joined}) chain->source->revision++, chain->Prepare();
         ExpectEqualPulls(apart, joined, apart.Whole());
+        // Who has lent has done its work.
+        EXPECT_FALSE(joined.Prepare());
         if (HasFailure()) return;
       }
     }
