@@ -111,6 +111,7 @@ TEST(CompoundStorage, WaitsForWhatIsHeldAndMakesWhatIsAbsent) {
     cases.push_back({openStream, absent, OpenModeReadWrite, 1, 1});
     cases.push_back({openStorage, absent, OpenModeReadWrite, 1, 1});
     cases.push_back({openStream, absent, OpenModeRead, 1, 0});
+    cases.push_back({openStorage, absent, kChange, 1, 0});
   }
   for (const Case& c : cases) {
     SCOPED_TRACE(&c - cases.data());

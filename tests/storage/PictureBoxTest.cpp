@@ -659,13 +659,14 @@ TEST(PictureBox, EnumeratesStageByStage) {
   Box box;
   Put(box.At(picbox::kOnlyMask), "m", "x");
   Put(box.At(picbox::kPicMask), "p", "x");
+  Put(box.At(picbox::kPicMask), "q", "x");
   Put(box.At(picbox::kOnlyPic), "o", "x");
   std::string all;
   for (KvString name = box.box->FindFirstPicture(); !name.IsEmpty();
        name = box.box->FindNextPicture()) {
     all += name.ToStdString() + " ";
   }
-  EXPECT_EQ(all, "OnlyPic PicMask OnlyMask p o m ");
+  EXPECT_EQ(all, "OnlyPic PicMask OnlyMask p q o m ");
   EXPECT_EQ(box.box->FindNextPicture(), "");
 }
 
