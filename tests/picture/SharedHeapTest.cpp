@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
@@ -224,7 +225,12 @@ Ended RunSharer(const std::vector<std::string>& arguments) {
   for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
   argv.push_back(nullptr);
 #ifdef _WIN32
-  const int status = static_cast<int>(_spawnv(_P_WAIT, FXBOX_SHARER, argv.data()));
+  int status = -1;
+  for (int tries = 0; status == -1 && tries < 3; ++tries) {  // a busy system refuses now and then
+    errno = 0;
+    status = static_cast<int>(_spawnv(_P_WAIT, FXBOX_SHARER, argv.data()));
+    if (errno == 0) break;
+  }
   return {status == kKilledStatus, status};
 #else
   pid_t process = 0;
