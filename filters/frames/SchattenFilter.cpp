@@ -209,7 +209,7 @@ bool CSchattenFilter::KeepOuterShadow() {
 bool CSchattenFilter::ComputeRows(const base::WritableRows& to) {
   const kernels::ByteTable table = kernels::BuildAttenuationTable(drawn.shadowDensity, 100);
   return ForRows(0, result.height, [&](int y) {
-    PaintShadow(to.colour[y], to.mask[y], outerShadow->MaskRows()[y], table);
+    PaintShadow(to.colour[y], to.mask[y], outerShadow->MaskRows()[y], result.width, table);
     const int row = y - layout.top;
     if (row < 0 || row >= pulled.height) return;
     kernels::Choose<kernels::FrameKernels>().compose(to.colour[y] + base::ColourOffset(layout.left),
@@ -219,11 +219,11 @@ bool CSchattenFilter::ComputeRows(const base::WritableRows& to) {
 }
 
 // A row of it, in its colour. The masks may be the same.
-void CSchattenFilter::PaintShadow(BYTE* colour, BYTE* mask, const BYTE* shadow,
+void CSchattenFilter::PaintShadow(BYTE* colour, BYTE* mask, const BYTE* shadow, int width,
                                   const kernels::ByteTable& table) const {
-  kernels::FillColour(colour, result.width, {drawn.shadowBlue, drawn.shadowGreen, drawn.shadowRed});
-  kernels::Choose<kernels::ByteTableKernels>().mapBytes(
-      mask, shadow, static_cast<std::size_t>(result.width), table);
+  kernels::FillColour(colour, width, {drawn.shadowBlue, drawn.shadowGreen, drawn.shadowRed});
+  kernels::Choose<kernels::ByteTableKernels>().mapBytes(mask, shadow,
+                                                        static_cast<std::size_t>(width), table);
 }
 
 // Behind a picture with an inner shadow, fainter than that.
@@ -239,7 +239,7 @@ bool CSchattenFilter::LayOverShadow(int attenuation) {
   const bool complete = ForRows(0, result.height, [&](int y) {
     BYTE* const colour = inputPicture->ColourRows()[y];
     BYTE* const mask = inputPicture->MaskRows()[y];
-    PaintShadow(colour, mask, mask, table);
+    PaintShadow(colour, mask, mask, result.width, table);
     kernels::Choose<kernels::FrameKernels>().compose(colour, mask, outputPicture->ColourRows()[y],
                                                      outputPicture->MaskRows()[y], result.width);
   });
@@ -259,11 +259,8 @@ bool CSchattenFilter::CastInnerShadow() {
     BYTE* const colour = inputPicture->ColourRows()[y] + base::ColourOffset(layout.left);
     BYTE* const mask = inputPicture->MaskRows()[y] + layout.left;
     BYTE* const toMask = outputPicture->MaskRows()[y] + layout.left;
-    kernels::FillColour(colour, pulled.width,
-                        {drawn.shadowBlue, drawn.shadowGreen, drawn.shadowRed});
     kernels::KeepInside(mask, toMask, pulled.width);
-    kernels::Choose<kernels::ByteTableKernels>().mapBytes(
-        mask, mask, static_cast<std::size_t>(pulled.width), table);
+    PaintShadow(colour, mask, mask, pulled.width, table);
     kernels::Choose<kernels::FrameKernels>().compose(
         outputPicture->ColourRows()[y] + base::ColourOffset(layout.left), toMask, colour, mask,
         pulled.width);

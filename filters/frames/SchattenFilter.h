@@ -51,7 +51,7 @@ class CSchattenFilter final : public ParameterFilter<WholePictureFilter, Schatte
   bool MakeOuterShadow(MemoryPicture& shadow);
   bool CastOuterShadow();
   bool KeepOuterShadow();
-  void PaintShadow(BYTE* colour, BYTE* mask, const BYTE* shadow,
+  void PaintShadow(BYTE* colour, BYTE* mask, const BYTE* shadow, int width,
                    const base::ByteTable& table) const;
   bool CastInnerShadow();
   bool AddOuterGlow();

@@ -104,7 +104,7 @@ class FramedRow {
 };
 
 ConvolutionRows Around(const FramedRow& below, const FramedRow& row, const FramedRow& above,
-                       const RowsAhead& ahead) {
+                       const base::RowWay& ahead) {
   return {{below.Colour(), row.Colour(), above.Colour()},
           {below.Nothing(), row.Nothing(), above.Nothing()},
           below.AnyNothing() || row.AnyNothing() || above.AnyNothing(),
@@ -178,7 +178,7 @@ class Convolver {
     for (int y = begin; y != end; y += step) {
       if (abort) return false;
       load(y + step);
-      const RowsAhead next =
+      const base::RowWay next =
           ahead(y + step == end ? y : y + step, std::clamp(y + 2 * step, 0, picture.height - 1));
       write(y, [&](std::uint8_t* result) {
         convolveRow(kernel, Around(row(y - 1), row(y), row(y + 1), next), result, area.width);
@@ -210,8 +210,7 @@ bool Convolve3x3(const Kernel3x3& kernel, const base::WritableRows& picture,
   return blocks.ForEach([&](int block) {
     const auto rowAt = [&](int y) { return blocks.Row(block, y - area.y); };
     const auto ahead = [&](int, int read) {
-      const std::uint8_t* const row = rowAt(read);
-      return RowsAhead{row, row, row, row};
+      return base::RowWay{rowAt(read), rowAt(read), picture.colour[read], picture.colour[read]};
     };
     return convolver.Run(area.y + blocks.First(block), area.y + blocks.First(block + 1), 1, rowAt,
                          writeInPlace, ahead, abort);
@@ -230,8 +229,8 @@ bool Convolve3x3(const Kernel3x3& kernel, const base::RowView& picture, const Pi
                 static_cast<std::size_t>(area.width));
   };
   const auto ahead = [&](int y, int read) {
-    return RowsAhead{rowAt(read), picture.mask[read] + area.x, result.colour[y - area.y],
-                     result.mask[y - area.y]};
+    return base::RowWay{rowAt(read), picture.mask[read] + area.x, result.colour[y - area.y],
+                        result.mask[y - area.y]};
   };
   return base::ForEachBand(area.height, base::RowsPerBand(area.width), [&](int first, int end) {
     return convolver.Run(area.y + end - 1, area.y + first - 1, -1, rowAt, write, ahead, abort);

@@ -101,7 +101,7 @@ class BlockRow {
 
   [[gnu::always_inline]] void Run(std::uint8_t* result, std::ptrdiff_t bytes) const {
     for (std::ptrdiff_t at = 0; at < bytes; at += kVectorBytes) {
-      rows.ahead.Announce(at);
+      AnnounceAhead(at);
       // The first and the last pixel have neighbours outside the picture.
       const bool isEdge = at == 0 || at + kVectorBytes > bytes - 3;
       const bool masked = isEdge || (rows.anyNothing && HasNothing(at));
@@ -115,6 +115,13 @@ class BlockRow {
   }
 
  private:
+  [[gnu::always_inline]] void AnnounceAhead(std::ptrdiff_t at) const {
+    __builtin_prefetch(rows.ahead.colour + at);
+    __builtin_prefetch(rows.ahead.mask + at / 3);
+    __builtin_prefetch(rows.ahead.toColour + at, 1);
+    __builtin_prefetch(rows.ahead.toMask + at / 3, 1);
+  }
+
   bool HasNothing(std::ptrdiff_t at) const {
     const auto ends = [&](int row) {
       return Load<Bytes>(rows.nothing[row] + at - 3) | Load<Bytes>(rows.nothing[row] + at + 3);

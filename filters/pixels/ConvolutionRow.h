@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/RowPieces.h"
 #include "filters/pixels/Convolution.h"
 #include "filters/pixels/simd/Simd.h"
 
@@ -11,22 +12,6 @@ namespace kernels {
 
 // How many bytes must be readable behind the last pixel of each row below.
 inline constexpr int kConvolutionPadding = 80;
-
-// What is fetched meanwhile: the row that is read next, and the one that is written next. Any other
-// rows serve as well, but none is null.
-struct RowsAhead {
-  const std::uint8_t* colour;
-  const std::uint8_t* mask;
-  const std::uint8_t* toColour;
-  const std::uint8_t* toMask;
-
-  [[gnu::always_inline]] void Announce(std::ptrdiff_t at) const {
-    __builtin_prefetch(colour + at);
-    __builtin_prefetch(mask + at / 3);
-    __builtin_prefetch(toColour + at, 1);
-    __builtin_prefetch(toMask + at / 3, 1);
-  }
-};
 
 // Three rows of a picture by increasing index, the middle one being worked on. Each pointer is at
 // the first pixel of the area; one more pixel can be read on either side of it, and behind that the
@@ -36,7 +21,9 @@ struct ConvolutionRows {
   const std::uint8_t* colour[3];
   const std::uint8_t* nothing[3];
   bool anyNothing;  // false: at most the first and the last pixel have such neighbours
-  RowsAhead ahead;
+  // What is fetched meanwhile: the row that is read next, and the one that is written next. Any
+  // other rows serve as well, but none is null.
+  base::RowWay ahead;
 };
 
 struct ConvolutionKernels {

@@ -43,18 +43,24 @@ std::string ColourText(Colour colour) {
   return Line("%d,%d,%d", colour.red, colour.green, colour.blue);
 }
 
-// Of many corners, as curves have them, every sixteenth.
+// Tells many numbers by one, of which a few digits are shown.
+class Sum {
+ public:
+  void Add(int number) { sum = sum * 31 + static_cast<std::uint32_t>(number); }
+  std::uint32_t Shown() const { return sum & 0xFFFF; }
+
+ private:
+  std::uint32_t sum = 0;
+};
+
 // Of many corners a few, with their number and a sum over all.
 std::string CornersText(std::span<const Spot> corners) {
   const bool isShort = corners.size() <= 16;
-  std::uint32_t sum = 0;
+  Sum sum;
   for (const Spot& corner : corners) {
-    for (const double at : {corner.x, corner.y}) {
-      sum = sum * 31 + static_cast<std::uint32_t>(static_cast<int>(at * 16));
-    }
+    for (const double at : {corner.x, corner.y}) sum.Add(static_cast<int>(at * 16));
   }
-  std::string text =
-      isShort ? "" : Line(" %d %04x:", static_cast<int>(corners.size()), sum & 0xFFFF);
+  std::string text = isShort ? "" : Line(" %d %04x:", static_cast<int>(corners.size()), sum.Shown());
   for (std::size_t i = 0; i < corners.size(); i += isShort ? 1 : 64) {
     text += Line(" %.1f,%.1f", corners[i].x, corners[i].y);
   }
@@ -105,15 +111,15 @@ void RecordingPainter::WriteLine(const Rect& place, const std::string& text, Col
 }
 
 void RecordingPainter::DrawPicture(const Rect& place, const PictureRows& picture) {
-  std::uint32_t sum = 0;
+  Sum sum;
   const auto add = [&sum](const std::uint8_t* row, int count) {
-    for (int i = 0; i < count; ++i) sum = sum * 31 + row[i];
+    for (int i = 0; i < count; ++i) sum.Add(row[i]);
   };
   for (int y = 0; y < picture.height; ++y) {
     add(picture.colourRows[y], 3 * picture.width);
     if (picture.maskRows) add(picture.maskRows[y], picture.width);
   }
-  calls.push_back(Line("DrawPicture %04x ", sum & 0xFFFF) + PlaceText(place) +
+  calls.push_back(Line("DrawPicture %04x ", sum.Shown()) + PlaceText(place) +
                   Line(" of %dx%d", picture.width, picture.height));
 }
 
