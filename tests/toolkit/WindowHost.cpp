@@ -1,5 +1,6 @@
 // A window with one control of each kind, for tests that click and type in it. Prints where each
-// control lies on the screen, then a line for each change, until it is closed or 60 s are over.
+// control lies on the screen, then a line for each change, until it is closed or ten minutes
+// are over.
 //
 //   window-host [IMAGE]   IMAGE: a picture of the window, written as soon as it is shown
 #include <chrono>
@@ -223,7 +224,7 @@ int main(int count, char** arguments) {
   PumpFor(backend, std::chrono::milliseconds(500));
   if (count > 1 && !window.Native()->SaveImage(arguments[1])) return 1;
   window.Tell();
-  for (int i = 0; window.isOpen && i < 600; ++i) {
+  for (int i = 0; window.isOpen && i < 6000; ++i) {
     PumpFor(backend, std::chrono::milliseconds(100));
     if (window.tellsIn > 0 && --window.tellsIn == 0) window.Tell();
     std::fflush(stdout);

@@ -36,6 +36,7 @@ expect() {
   echo "missing: $1; the host said:" >&2
   tail -n +$((seen + 1)) "$out" >&2
   failures=$((failures + 1))
+  kill -0 $host 2>/dev/null || { echo "the host has ended" >&2; exit 1; }
 }
 forget() { sleep 0.2; seen="$(wc -l <"$out")"; }
 refuse() {
