@@ -428,7 +428,7 @@ struct ConvolutionRows {
       view.nothing[i] = nothing[i].data() + 3;
     }
     view.anyNothing = masked;
-    const std::uint8_t* const any = colour[2].data();
+    std::uint8_t* const any = colour[2].data();
     view.ahead = {any, any, any, any};
   }
   void ExpectEqual(const kernels::KernelTable& table, double strength) const {
