@@ -60,7 +60,8 @@ std::string CornersText(std::span<const Spot> corners) {
   for (const Spot& corner : corners) {
     for (const double at : {corner.x, corner.y}) sum.Add(static_cast<int>(at * 16));
   }
-  std::string text = isShort ? "" : Line(" %d %04x:", static_cast<int>(corners.size()), sum.Shown());
+  std::string text =
+      isShort ? "" : Line(" %d %04x:", static_cast<int>(corners.size()), sum.Shown());
   for (std::size_t i = 0; i < corners.size(); i += isShort ? 1 : 64) {
     text += Line(" %.1f,%.1f", corners[i].x, corners[i].y);
   }
