@@ -16,6 +16,10 @@
 class KvFile;
 class TraceLog;
 
+namespace imageio {
+class ImageLoader;
+}
+
 namespace picbox {
 
 // The storages of a box, in the order in which a picture is looked for; behind the first one an
@@ -210,8 +214,8 @@ class FXBOX_API kvPicBox {
                   int preferredHeight, std::int32_t* x, std::int32_t* y);
   void LoadNative(picbox::FoundPicture& found, Bytes& picture, Bytes& mask, int preferredWidth,
                   int preferredHeight);
-  bool DecodeFile(std::span<const std::uint8_t> file, Bytes& picture, Bytes& mask,
-                  int preferredWidth, int preferredHeight);
+  bool Decode(imageio::ImageLoader& loader, Bytes& picture, Bytes& mask, int preferredWidth,
+              int preferredHeight);
   unsigned ReadRaw(picbox::FoundPicture& found, bool* wantPicture, bool* wantMask, unsigned* size,
                    void* buffer);
   Bytes ReadJpegHeader(IKvStream& stream, unsigned start);

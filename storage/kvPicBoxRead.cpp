@@ -37,25 +37,6 @@ bool HasMask(int kind) {
   return kind == picbox::kPictureAndMask || kind == picbox::kMaskAlone;
 }
 
-// Sets the size of the rows and the number of colours where a loader leaves them open. A bitmap
-// that is stored as such is handed out as it is.
-void RepairHead(Bytes& bitmap) {
-  const auto layout = StoredBitmap::Parse(bitmap);
-  if (!layout) return;
-  base::DibHeader header;
-  std::memcpy(&header, bitmap.data(), sizeof header);
-  const int bits = layout->Bits() < 0 ? 8 : layout->Bits();
-  const std::uint64_t stride =
-      (static_cast<std::uint64_t>(layout->Width()) * static_cast<std::uint64_t>(bits) + 31) / 32 *
-      4;
-  if (header.biSizeImage == 0) {
-    header.biSizeImage =
-        static_cast<std::uint32_t>(stride * static_cast<std::uint64_t>(layout->Height()));
-  }
-  if (header.biClrUsed == 0 && layout->Bits() > 0 && bits < 9) header.biClrUsed = 1u << bits;
-  std::memcpy(bitmap.data(), &header, sizeof header);
-}
-
 // Whether both are what a picture is made of; the mask may be missing.
 bool AreSound(const Bytes& picture, const Bytes& mask) {
   const auto colours = StoredBitmap::Parse(picture);
@@ -110,10 +91,10 @@ void kvPicBox::LoadStored(FoundPicture& found, Bytes& picture, Bytes& mask, int 
   bool isBroken = false;
   if (found.encoded != 0) {
     const Bytes file = ReadEncoded(found);
+    ImageLoader loader(file);
     // A mask that is stored beside it has the size of the whole picture.
-    const bool isWhole = HasMask(found.kind);
-    if (!DecodeFile(file, picture, mask, isWhole ? -1 : preferredWidth,
-                    isWhole ? -1 : preferredHeight)) {
+    if (HasMask(found.kind)) preferredWidth = preferredHeight = 0;
+    if (!Decode(loader, picture, mask, preferredWidth, preferredHeight)) {
       failed = true;
       return;
     }
@@ -148,29 +129,15 @@ void kvPicBox::LoadNative(FoundPicture& found, Bytes& picture, Bytes& mask, int 
                           int preferredHeight) {
   // A file of a folder is decoded where it lies; every other stream comes through memory.
   const std::filesystem::path file = FileOf(found);
-  if (file.empty()) {
-    DecodeFile(ReadEncoded(found), picture, mask, preferredWidth, preferredHeight);
-    return;
-  }
-  ImageLoader loader(file);
-  if (preferredWidth >= 0 && preferredHeight >= 0) {
-    loader.PreferedLoadingSize(preferredWidth, preferredHeight);
-  }
-  loaderStatus = loader.HadError() ? 1 : 0;
-  if (loaderStatus != 0) return;
-  foundType = loader.Type();
-  picture = std::move(loader.ImageDIB());
-  RepairHead(picture);
-  mask = std::move(loader.MaskDIB());
+  const Bytes bytes = file.empty() ? ReadEncoded(found) : Bytes();
+  ImageLoader loader = file.empty() ? ImageLoader(bytes) : ImageLoader(file);
+  Decode(loader, picture, mask, preferredWidth, preferredHeight);
 }
 
-bool kvPicBox::DecodeFile(std::span<const std::uint8_t> file, Bytes& picture, Bytes& mask,
-                          int preferredWidth, int preferredHeight) {
-  ImageLoader loader(file);
+bool kvPicBox::Decode(ImageLoader& loader, Bytes& picture, Bytes& mask, int preferredWidth,
+                      int preferredHeight) {
   loader.SetRawVersion(rawVersion);
-  if (preferredWidth >= 0 && preferredHeight >= 0) {
-    loader.PreferedLoadingSize(preferredWidth, preferredHeight);
-  }
+  loader.PreferedLoadingSize(preferredWidth, preferredHeight);
   if (rawWhite1 >= 0) {
     loader.RAW_SetWhitebalance(rawAutoA, rawAutoB, rawWhite1, rawWhite2, rawWhite3);
     loader.RAW_SetBrightness(rawBright1, rawBright2);
@@ -179,7 +146,6 @@ bool kvPicBox::DecodeFile(std::span<const std::uint8_t> file, Bytes& picture, By
   if (loaderStatus != 0) return false;
   foundType = loader.Type();
   picture = std::move(loader.ImageDIB());
-  RepairHead(picture);
   mask = std::move(loader.MaskDIB());
   return true;
 }

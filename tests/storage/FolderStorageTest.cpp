@@ -210,10 +210,36 @@ TEST(FolderStorage, WaitsForALockedFile) {
   EXPECT_EQ(ReadFile(folder / "a"), "after");
 }
 
-TEST(FolderStorage, ThrowsWhereNoFolderCanBe) {
+// Who creates is thrown at, who looks finds nothing. A missing file is no news, other trouble is.
+TEST(FolderStorage, SaysWhyAFileCannotBeOpened) {
   const TemporaryFolder folder;
   WriteFile(folder / "file", "x");
-  const StoragePtr storage = FolderOn(folder / "file" / "below");
-  EXPECT_THROW(storage->CreateStream("a", OpenModeReadWrite), KvFileException);
-  EXPECT_EQ(storage->OpenStream("a", OpenModeRead), nullptr);
+  fs::create_directory(folder / "folder");
+  const struct {
+    const char* name;
+    unsigned mode;
+    bool isMissing, isTold;
+  } cases[] = {{"absent", OpenModeRead, true, false},
+               {"file/below", OpenModeRead | OpenModeWrite, true, false},
+               {"file/below", OpenModeReadWrite, true, true},
+               {"absent/a", OpenModeReadWrite, true, true},
+               {"folder", OpenModeRead, false, true},
+               {"folder", OpenModeReadWrite, false, true}};
+  LogOfTest log;
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.name << c.mode);
+    const std::string path = platform::StoragePathOf(folder / c.name);
+    std::string told;
+    try {
+      EXPECT_FALSE(KvFile(path.c_str(), c.mode).IsOpen());
+      if (c.isTold) told = "Error processing file '" + path + "'; ";
+      EXPECT_FALSE(c.isMissing && c.isTold);
+    } catch (const KvFileException& error) {
+      EXPECT_TRUE(c.isMissing && c.isTold);
+      told = "Could not create or open File " + path + " in Mode b (#" +
+             std::to_string(error.SystemError()) + "); Openmode for File " + path +
+             " was Create(8), Write(2) ; " + error.Message().ToStdString() + "; ";
+    }
+    EXPECT_EQ(log.Lines(), told);
+  }
 }

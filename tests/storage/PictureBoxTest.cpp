@@ -100,9 +100,13 @@ TEST(PictureNames, AreCleanedAndGetTheirEndings) {
   }
   EXPECT_EQ(picbox::PictureTag("a.b.Tiff"), "Tiff");
   EXPECT_EQ(picbox::PictureTag("a.note"), "");
-  EXPECT_STREQ(picbox::TagOfType(12), "gif");
-  EXPECT_STREQ(picbox::SuffixOfType(13), ".JPEG");
-  EXPECT_STREQ(picbox::SuffixOfType(99), ".JPG");
+  std::string types;
+  for (int type = 0; type < 19; ++type) {
+    types += picbox::TagOfType(type) + std::string(picbox::SuffixOfType(type)) + " ";
+  }
+  EXPECT_EQ(types,
+            ".JPG jpg.JPG tif.TIF aap.AAP psd.PSD acc.JPG ppx.PPX bmp.BMP acc.JPG gif.GIF png.PNG "
+            "znx.JPG gif.JPG jp2.JPEG ras.RAS ppm.PNM pcd.PCD raw.JPG .JPG ");
 }
 
 TEST(PictureBox, WritesTheNewFormatToTheByte) {
@@ -159,7 +163,7 @@ TEST(PictureBox, DecodesReducedWhereThatIsAllowed) {
   const struct {
     int width, height;  // that are preferred
     bool isReduced;
-  } cases[] = {{-1, -1, false}, {40, -1, false}, {-1, 20, false}, {0, 0, false},
+  } cases[] = {{-1, -1, false}, {40, -1, false}, {-1, 20, false}, {40, 0, false},  {0, 24, false},
                {40, 24, true},  {20, 24, true},  {40, 12, true},  {160, 12, false}};
   for (const bool isFolder : {false, true}) {
     Box box(isFolder);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/KvInterfaces.h"
+#include "settings/TraceLogStd.h"
 #include "storage/CheckedStream.h"
 #include "tests/platform/Support.h"
 
@@ -39,6 +40,34 @@ inline std::string ReadAll(IKvStorage& storage, const char* name) {
   stream->Close();
   return bytes;
 }
+
+// The log while a test runs, down to its finest lines.
+class LogOfTest {
+ public:
+  LogOfTest() {
+    StartLogging(nullptr, false, false, folder.Path().string().c_str());
+    TraceLog::SetLogLevel(6);
+    Lines();
+  }
+  ~LogOfTest() { TraceLog::StopLogging(true); }
+  LogOfTest(const LogOfTest&) = delete;
+  LogOfTest& operator=(const LogOfTest&) = delete;
+
+  // Those since the last call, without the time, each with "; " behind it.
+  std::string Lines() {
+    const std::string text = ReadFile(TraceLog::GetLogFileName());
+    std::string lines;
+    for (std::size_t end; (end = text.find("\r\n", seen)) != text.npos; seen = end + 2) {
+      const std::string line = text.substr(seen, end - seen);
+      lines += line.substr(line.find('\t') + 1) + "; ";
+    }
+    return lines;
+  }
+
+ private:
+  TemporaryFolder folder;
+  std::size_t seen = 0;
+};
 
 // Of all elements in the order in which they come; storages end in "/".
 inline std::vector<std::string> Names(IKvStorage& storage, const char* pattern = "") {
