@@ -14,8 +14,7 @@ constexpr unsigned kBufferBytes = 1 << 16;
 BufferedReader::BufferedReader(IKvStream& stream)
     : source(&stream), buffer(std::make_unique<BYTE[]>(kBufferBytes)) {
   const unsigned length = stream.GetLength();
-  const unsigned position = stream.GetPosition();
-  left = length > position ? length - position : 0;
+  left = length - std::min(length, stream.GetPosition());
 }
 
 bool BufferedReader::Refill() {

@@ -35,6 +35,13 @@ void StoreNumber(BYTE* at, std::uint32_t number) {
   for (int i = 0; i < 4; ++i) at[i] = static_cast<BYTE>(number >> (8 * i));
 }
 
+// Bytes that are missing count as 0.
+std::uint32_t ReadHeadNumber(IKvStream& stream, PictureHead& head) {
+  BYTE number[4] = {};
+  head.bytes += std::min(stream.Read(number, 4), 4u);
+  return NumberAt(number);
+}
+
 // Adds to `bytes` until they are so many or there are no more: memory grows with what is there.
 Bytes ReadGrowing(IKvRead& source, std::uint64_t count, Bytes bytes = {}) {
   while (bytes.size() < count) {
@@ -83,16 +90,11 @@ PictureHead ReadTagHead(IKvStream& stream) {
 
 void ReadSizeHead(IKvStream& stream, PictureHead& head) {
   BYTE present = 0;
-  BYTE number[4] = {};
   head.bytes += std::min(stream.Read(&present, 1), 1u);
   head.isPresent = present != 0;
   if (!head.isPresent) return;
-  head.bytes += std::min(stream.Read(number, 4), 4u);
-  head.encoded = NumberAt(number);
-  if (head.encoded == 0) return;
-  std::memset(number, 0, sizeof number);
-  head.bytes += std::min(stream.Read(number, 4), 4u);
-  head.encodedSize = NumberAt(number);
+  head.encoded = ReadHeadNumber(stream, head);
+  if (head.encoded != 0) head.encodedSize = ReadHeadNumber(stream, head);
 }
 
 Bytes TagHead(int kind, std::string_view tag) {
@@ -115,8 +117,7 @@ Bytes SizeHead(std::int32_t encoded, std::uint32_t size) {
 
 Bytes ReadStored(IKvStream& stream, std::uint64_t count) {
   const unsigned length = stream.GetLength();
-  const unsigned position = stream.GetPosition();
-  const std::uint64_t left = length > position ? length - position : 0;
+  const std::uint64_t left = length - std::min(length, stream.GetPosition());
   return ReadGrowing(stream, std::min(count, left));
 }
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <regex>
 
 #include "imageio/ImageLoader.h"
 #include "imageio/StoredBitmap.h"
@@ -140,9 +141,6 @@ TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
   EXPECT_EQ(stored.substr(14 + found->size), Compressed(Longs({5, 6}) + Sized(mask)));
   found.reset();
   EXPECT_EQ(box.Read("a"), "picture mask");
-  KvString tag;
-  EXPECT_EQ(box.box->AnalyzeFile("a", tag), imageio::kTypePng);
-  EXPECT_EQ(tag, "PNG");
   EXPECT_GT(box.box->AddFile("b", picture, {}, 0, 0, true, false, false), 0u);
   EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "b.JPG").substr(0, 3), "\xFF\xD8\xFF");
   EXPECT_EQ(box.box->FoundType(), imageio::kTypeJpeg);
@@ -192,7 +190,7 @@ TEST(PictureBox, ReadsEveryGeneration) {
   Put(box.At(picbox::kPictures), "native.JPG", jpeg);
   Put(box.At(picbox::kPictures), "bare", jpeg);
   Put(box.At(picbox::kPictures), "absent",
-      std::string("\x02JPG\0\0", 6) + Compressed(place + Sized(picture)));
+      std::string("\x01TIFF\0", 6) + Compressed(place + Sized(picture) + Sized(mask)));
   Put(box.At(picbox::kOnlyPic), "old2", plainHead + Compressed(place + Sized(picture)));
   Put(box.At(picbox::kPicMask), "old1",
       plainHead + Compressed(place + Sized(picture) + Sized(mask)));
@@ -207,13 +205,21 @@ TEST(PictureBox, ReadsEveryGeneration) {
     int kind;
     int headerSize;
     unsigned really;
+    int type;
+    const char* tag;
   };
-  const Row rows[] = {
-      {"native", "picture", true, 2, 0, 0},     {"bare", "picture", true, 2, 0, 0},
-      {"absent", "picture", false, 2, 14, 6},   {"old2", "picture", false, 2, 5, 5},
-      {"old1", "picture mask", false, 1, 9, 5}, {"old3", "none", false, 3, 9, 5},
-      {"oldest", "picture", false, 2, 9, 9},    {"oldest2", "picture mask", false, 1, 9, 5}};
+  const Row rows[] = {{"native", "picture", true, 2, 0, 0, 0, "JPG"},
+                      {"bare", "picture", true, 2, 0, 0, 1, "jpg"},
+                      {"absent", "picture mask", false, 1, 14, 6, 2, "TIF"},
+                      {"old2", "picture", false, 2, 5, 5, 1, "JPG"},
+                      {"old1", "picture mask", false, 1, 9, 5, 10, "PNG"},
+                      {"old3", "none", false, 3, 9, 5, 1, "JPG"},
+                      {"oldest", "picture", false, 2, 9, 9, 1, "jpg"},
+                      {"oldest2", "picture mask", false, 1, 9, 5, 10, "PNG"}};
+  KvString tag;
   for (const Row& row : rows) {
+    EXPECT_EQ(box.box->AnalyzeFile(row.name, tag), row.type) << row.name;
+    EXPECT_EQ(tag, row.tag) << row.name;
     EXPECT_EQ(box.Read(row.name), row.read) << row.name;
     const auto found = box.box->OpenPicture(1, row.name);
     ASSERT_TRUE(found) << row.name;
@@ -222,7 +228,8 @@ TEST(PictureBox, ReadsEveryGeneration) {
     EXPECT_EQ(found->headerSize, row.headerSize) << row.name;
     EXPECT_EQ(found->head.bytes, row.really) << row.name;
   }
-  EXPECT_FALSE(box.box->OpenPicture(1, "nowhere"));
+  EXPECT_EQ(box.box->AnalyzeFile("nowhere", tag), 0);
+  EXPECT_EQ(tag, "");
   EXPECT_FALSE(box.box->OpenPicture(1, ""));
 }
 
@@ -550,26 +557,71 @@ TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
 }
 
 TEST(PictureBox, TellsTheLogTheWayOfACopy) {
-  Box from(true), to(true);
-  Put(from.At(picbox::kPictures), "file.JPG", Text(FileOf(Bitmap(2, 2), imageio::kTypeJpeg)));
-  const auto source = from.folder / "box_kv" / "Pictures" / "file.JPG";
+  Box memory, files(true), target(true);
+  const std::string jpeg = Text(FileOf(Bitmap(2, 2), imageio::kTypeJpeg));
+  const TemporaryFolder folder;
+  WriteFile(folder / "file.JPG", "x");
+  kvPicBox outside(platform::StoragePathOf(folder.Path()).c_str(), true, false, true);
+  Put(files.At(picbox::kPictures), "file.JPG", jpeg);
+  const auto source = files.folder / "box_kv" / "Pictures" / "file.JPG";
   std::filesystem::permissions(source, std::filesystem::perms::owner_read);
-  const std::string logs = (to.folder / "logs").string();
-  StartLogging(nullptr, false, false, logs.c_str());
-  TraceLog::SetLogLevel(6);
-  KvString ext = "JPG";
-  EXPECT_TRUE(from.box->CopyImage("file", *to.box, "copy", true, ext, true));
-  EXPECT_FALSE(from.box->CopyImage("absent", *to.box, "copy", true, ext, true));
-  const std::string log = ReadFile(TraceLog::GetLogFileName());
-  TraceLog::StopLogging(true);
-  std::filesystem::permissions(source, std::filesystem::perms::owner_all);
-  std::size_t at = 0;
-  for (const char* line :
-       {"file.JPG to ", "destination is internal", "src is native", "do copy", "do copy",
-        "removing read only file status of ", "(d): copied '", "source absent.JPG not found!"}) {
-    at = log.find(line, at + 1);
-    ASSERT_NE(at, std::string::npos) << line << " in " << log;
+  Put(memory.At(picbox::kPictures), "none", "");
+  Put(memory.At(picbox::kPictures), "one", "x");
+  memory.box->AddFile("masked", Bitmap(2, 2), Mask(2, 2), 0, 0, true, false, false);
+  Put(memory.At(picbox::kPictures), "broken",
+      std::string("\x01JPG\0\x08\x01\0\0\0\x03\0\0\0\xFF\xD8\xFF", 17) + std::string(50, 'x'));
+  const std::string file = "removing read only file status of ";
+  const std::string stream = "destination is internal; src is native; do not copy; ";
+  const std::string convert =
+      "dest shall be native; have to convert to native; convert to PNG or TIF; ";
+  const struct {
+    kvPicBox& from;
+    const char *name, *ext;
+    kvPicBox& to;
+    const char* copy;
+    bool newFormat, isDone;
+    std::string lines;
+  } cases[] = {
+      {*memory.box, "absent", "a", *target.box, "b", 1, 0, "source absent.a not found!"},
+      {*memory.box, "none", "", *memory.box, "b", 1, 0,
+       stream + "invalid stream size; Dest image 'b.', 0 of 0 bytes written"},
+      {*memory.box, "one", "", *memory.box, "b", 1, 1,
+       stream + "Dest image 'b.', 1 of 1 bytes written"},
+      {*memory.box, "one", "", *memory.box, "PicMask", 1, 0,
+       stream + "OpenWritePic failed;       kvPicBox()::CopyImage failed - couldn't open "
+                "destination \"PicMask\" !"},
+      {*memory.box, "masked", "", *target.box, "b", 1, 1, convert + "success!"},
+      {*memory.box, "broken", "", *target.box, "b", 1, 0, convert + "didn't get pic; failed!"},
+      {*memory.box, "one", "JPG", outside, "b", 1, 1, "dest is external; source is not native"},
+      {*files.box, "file", "JPG", outside, "b", 1, 1,
+       "dest is external; source is native; " + file +
+           "\\b.JPG; (b): copied '\\box_kv\\Pictures\\file.JPG' to '\\b.JPG'"},
+      {*files.box, "file", "JPG", *target.box, "b", 1, 1,
+       "destination is internal; src is native; do copy; do copy; " + file +
+           "\\box_kv\\Pictures\\b.JPG; (d): copied '\\box_kv\\Pictures\\file.JPG' to "
+           "'\\box_kv\\Pictures\\b.JPG'"},
+      {outside, "file", "JPG", outside, "b", 1, 1,
+       "Source is external; dest is external; 1st CopyFile failed; success!"},
+      {outside, "absent", "", *target.box, "b", 1, 0,
+       "Source is external; really need the file extension here!; dest is not native but new (14 "
+       "bytes header); 1st CopyFile failed; 2nd CopyFile failed"},
+      {outside, "absent", "a", *target.box, "b", 0, 0,
+       "Source is external; dest is old format; 1st Open failed; both open failed"},
+      {outside, "file", "JPG", *target.box, "PicMask", 0, 0,
+       "Source is external; dest is old format; 1st Open failed; PicBox AddFile: Unable to open "
+       "stream for PicMask (JPG); length 1; Open succeeded, AddFile failed"},
+  };
+  const std::regex gone("[^ '(]*fxbox-test-[0-9]*|      kvPicBox::CopyImage(\\(\\): )?");
+  LogOfTest log;
+  for (const auto& c : cases) {
+    KvString ext = c.ext, way;
+    way.Format("(%s...\\%s.%s to %s...\\%s); ", static_cast<const char*>(c.from.GetPath()), c.name,
+               c.ext, static_cast<const char*>(c.to.GetPath()), c.copy);
+    EXPECT_EQ(c.from.CopyImage(c.name, c.to, c.copy, c.newFormat, ext, true), c.isDone) << c.lines;
+    EXPECT_EQ(std::regex_replace(log.Lines(), gone, ""),
+              std::regex_replace(way.ToStdString(), gone, "") + c.lines + "; ");
   }
+  std::filesystem::permissions(source, std::filesystem::perms::owner_all);
 }
 
 // A folder of plain files, as the source of a copy and as its target.
@@ -588,6 +640,7 @@ TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
   EXPECT_EQ(source->GetImageFileInfo("a", &wantPicture, &wantMask, &room, buffer.data()), 10u);
   EXPECT_EQ(room, jpeg.size());
   EXPECT_EQ(Text(buffer), jpeg.substr(0, 10) + std::string(10, 7)) << "no more than there is room";
+  EXPECT_EQ(source->GetImageFileInfo("absent", &wantPicture, &wantMask, &room, buffer.data()), 0u);
   KvString ext = "jpg";
   for (const bool newFormat : {false, true}) {
     for (const char* name : {"a", "b"}) {
@@ -623,6 +676,7 @@ TEST(PictureBox, KeepsFilesAsTheyAre) {
       Box box(isFolder);
       KvFile file(platform::StoragePathOf(folder / "file").c_str(), OpenModeRead);
       Bytes kept;
+      file.Seek(3, 0);  // wherever it stands
       EXPECT_TRUE(box.box->AddFileStream("a", "jpg", file, asNative, &kept));
       EXPECT_EQ(Text(kept), jpeg);
       std::int32_t x = 1, y = 1;
