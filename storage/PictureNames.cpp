@@ -112,7 +112,7 @@ const char* TagOfType(int type) {
 
 const char* SuffixOfType(int type) {
   const TypeRow* row = RowOf(type);
-  return row && *row->suffix ? row->suffix : kTypes[0].suffix;
+  return row ? row->suffix : "";
 }
 
 }  // namespace picbox

@@ -146,7 +146,7 @@ unsigned kvPicBox::AddFile(const char* pictureName, View picture, View mask, std
 }
 
 unsigned kvPicBox::SaveNative(const char* pictureName, View picture, View mask) {
-  const bool hasSuffix = *picbox::TagOfType(saveType) != '\0';
+  const bool hasSuffix = *picbox::SuffixOfType(saveType) != '\0';
   const int type = hasSuffix ? saveType : static_cast<int>(imageio::kTypeJpeg);
   ImageLoader loader;
   loader.SetImage(picture);

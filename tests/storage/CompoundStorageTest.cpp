@@ -264,11 +264,14 @@ TEST(PrivateStorage, AnswersAtOnceAndCommitsAtItsClose) {
   KvPrivateStorage refusing(held);
   EXPECT_EQ(refusing.CreateStream("a", 3), nullptr);
   EXPECT_EQ(refusing.OpenStream("a", OpenModeReadWrite), nullptr);
+  EXPECT_EQ(refusing.OpenStorage("a", OpenModeReadWrite, false, false), nullptr);
   EXPECT_EQ(held->creates, 2);
-  EXPECT_EQ(held->opens, 1);
+  EXPECT_EQ(held->opens, 2);
 
   const std::string path = PathText(folder / "box");
-  StoragePtr box(new KvPrivateStorage(path.c_str(), OpenModeReadWrite));
+  StoragePtr box(new KvPrivateStorage(path.c_str(), OpenModeRead));
+  EXPECT_EQ(folder.Names(), std::vector<std::string>());
+  box.reset(new KvPrivateStorage(path.c_str(), OpenModeReadWrite));
   Put(*box, "a", "one");
   EXPECT_FALSE(box->Exists("a"));
   EXPECT_EQ(box->GetPath(), "");

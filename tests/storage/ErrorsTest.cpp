@@ -85,6 +85,14 @@ TEST(StorageReports, NameTheOperationAndTheObject) {
       2);
   const StoragePtr boxes(new KvSimpStorage(path.c_str(), OpenModeReadWrite, true, false));
   Put(*boxes, "below\\a", "x");
+  const std::string noFolder = path + "\\below\\a\\b";
+  EXPECT_THROW(boxes->CreateStream("below\\a\\b\\c", OpenModeReadWrite), KvFileException);
+  const KvSimpStorage external(noFolder.c_str(), OpenModeReadWrite, true, true);
+  for (const std::string& told : {noFolder + "\\c (", noFolder + "\\ ("}) {
+    EXPECT_THAT(
+        fakes.desktop.debugOutput,
+        testing::Contains(HasSubstr("Operation CreateDirectory schlug fehl f\xFCr " + told)));
+  }
   EXPECT_FALSE(boxes->DeleteStream("absent"));
   EXPECT_THAT(fakes.desktop.debugOutput.back(),
               HasSubstr("Operation DeleteStream schlug fehl f\xFCr " + path + "\\absent ("));

@@ -36,6 +36,7 @@ TEST(FolderStorage, NamesItsFolders) {
   EXPECT_STREQ(BoxFolder("a/b", true)->GetPathText(), "a\\b\\");
   EXPECT_STREQ(BoxFolder("", true)->GetPathText(), ".\\");
   EXPECT_TRUE(BoxFolder("a", true)->IsExternal());
+  EXPECT_FALSE(BoxFolder("a", false)->IsExternal());
   EXPECT_EQ(BoxFolder("a", false)->GetStorageKind(), 1);
 }
 

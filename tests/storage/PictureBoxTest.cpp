@@ -7,6 +7,7 @@
 #include "imageio/ImageLoader.h"
 #include "imageio/StoredBitmap.h"
 #include "platform/StoragePath.h"
+#include "platform/fake/FakeServices.h"
 #include "settings/TraceLogStd.h"
 #include "storage/KvErrors.h"
 #include "storage/KvFile.h"
@@ -106,8 +107,8 @@ TEST(PictureNames, AreCleanedAndGetTheirEndings) {
     types += picbox::TagOfType(type) + std::string(picbox::SuffixOfType(type)) + " ";
   }
   EXPECT_EQ(types,
-            ".JPG jpg.JPG tif.TIF aap.AAP psd.PSD acc.JPG ppx.PPX bmp.BMP acc.JPG gif.GIF png.PNG "
-            "znx.JPG gif.JPG jp2.JPEG ras.RAS ppm.PNM pcd.PCD raw.JPG .JPG ");
+            " jpg.JPG tif.TIF aap.AAP psd.PSD acc ppx.PPX bmp.BMP acc gif.GIF png.PNG znx gif "
+            "jp2.JPEG ras.RAS ppm.PNM pcd.PCD raw  ");
 }
 
 TEST(PictureBox, WritesTheNewFormatToTheByte) {
@@ -141,9 +142,12 @@ TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
   EXPECT_EQ(stored.substr(14 + found->size), Compressed(Longs({5, 6}) + Sized(mask)));
   found.reset();
   EXPECT_EQ(box.Read("a"), "picture mask");
-  EXPECT_GT(box.box->AddFile("b", picture, {}, 0, 0, true, false, false), 0u);
-  EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "b.JPG").substr(0, 3), "\xFF\xD8\xFF");
   EXPECT_EQ(box.box->FoundType(), imageio::kTypeJpeg);
+  for (const int type : {1, 5, 12, 99}) {  // none but the first has a suffix
+    box.box->SetSaveType(type);
+    EXPECT_GT(box.box->AddFile("b", picture, {}, 0, 0, true, false, true), 0u) << type;
+    EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "b.JPG").substr(0, 3), "\xFF\xD8\xFF") << type;
+  }
 }
 
 TEST(PictureBox, KeepsDataInPlainFiles) {
@@ -416,6 +420,8 @@ TEST(PictureBox, GivesStoredBytesWithoutDecoding) {
   box.box->AddFile("dib", picture, mask, 0, 0, false, false, false);
   box.box->AddFile("jpeg", picture, mask, 0, 0, true, false, false);
   box.box->AddFile("alone", picture, {}, 0, 0, false, false, false);
+  Put(box.At(picbox::kPictures), "absent",
+      std::string("\x02JPG\0\0", 6) + Compressed(Longs({0, 0}) + Sized(picture)));
   // More bytes than there are.
   Put(box.At(picbox::kPictures), "cut", std::string("\x02JPG\0\x08\x01\0\0\0\x7F\0\0\0hello", 19));
   auto jpeg = box.box->OpenPicture(1, "jpeg");
@@ -432,7 +438,10 @@ TEST(PictureBox, GivesStoredBytesWithoutDecoding) {
                {"jpeg", false, true, Text(mask)},
                {"jpeg", true, true, file + Text(mask)},
                {"alone", true, false, Text(picture)},
+               {"absent", true, false, Text(picture)},
                {"alone", true, true, ""}};
+  platform::FakeServices fakes;
+  const platform::ScopedServices scope(fakes.services);
   for (const auto& c : cases) {
     SCOPED_TRACE(testing::Message() << c.name << c.picture << c.mask);
     for (const unsigned room : {10u, 4000u}) {
@@ -447,6 +456,7 @@ TEST(PictureBox, GivesStoredBytesWithoutDecoding) {
       EXPECT_EQ(wantMask, c.mask && !c.bytes.empty());
     }
   }
+  EXPECT_EQ(fakes.desktop.tones.size(), 2u) << "one each time that the head says so";
   EXPECT_FALSE(box.box->HasFailed());
   bool wantPicture = true, wantMask = false;
   unsigned size = 16;
@@ -495,6 +505,10 @@ TEST(PictureBox, FolderBoxesRenameFindCopiesAndLoseEmptyFolders) {
   EXPECT_TRUE(box.box->Delete("old"));
   EXPECT_EQ(Names(box.At(picbox::kPictures)),
             (std::vector<std::string>{"i5-small.jpg", "new.inf", "new.jpg"}));
+  Put(box.At(picbox::kPictures), "i6-b", jpeg);
+  std::filesystem::create_directory(box.folder / "box_kv" / "Pictures" / "i6-0");
+  box.box->WriteImageInfo("i6-a", "note", nullptr);
+  EXPECT_EQ(box.box->OpenPicture(1, "i6--1x-1")->streamName, "i6-b");
 }
 
 // A JPEG file keeps its bytes, one with a mask has to become a file that holds both.
@@ -565,6 +579,7 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
   Put(files.At(picbox::kPictures), "file.JPG", jpeg);
   const auto source = files.folder / "box_kv" / "Pictures" / "file.JPG";
   std::filesystem::permissions(source, std::filesystem::perms::owner_read);
+  std::filesystem::create_directory(folder / "folder.JPG");
   Put(memory.At(picbox::kPictures), "none", "");
   Put(memory.At(picbox::kPictures), "one", "x");
   memory.box->AddFile("masked", Bitmap(2, 2), Mask(2, 2), 0, 0, true, false, false);
@@ -600,6 +615,8 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
        "destination is internal; src is native; do copy; do copy; " + file +
            "\\box_kv\\Pictures\\b.JPG; (d): copied '\\box_kv\\Pictures\\file.JPG' to "
            "'\\box_kv\\Pictures\\b.JPG'"},
+      {*files.box, "file", "JPG", outside, "folder", 1, 0,
+       "dest is external; source is native; failed"},
       {outside, "file", "JPG", outside, "b", 1, 1,
        "Source is external; dest is external; 1st CopyFile failed; success!"},
       {outside, "absent", "", *target.box, "b", 1, 0,
@@ -641,6 +658,8 @@ TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
   EXPECT_EQ(room, jpeg.size());
   EXPECT_EQ(Text(buffer), jpeg.substr(0, 10) + std::string(10, 7)) << "no more than there is room";
   EXPECT_EQ(source->GetImageFileInfo("absent", &wantPicture, &wantMask, &room, buffer.data()), 0u);
+  EXPECT_GT(source->GetJPegHeader("a", &buffer), 0u);
+  EXPECT_EQ(source->GetJPegHeader("absent", &buffer), 0u);
   KvString ext = "jpg";
   for (const bool newFormat : {false, true}) {
     for (const char* name : {"a", "b"}) {
