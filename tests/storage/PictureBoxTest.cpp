@@ -153,12 +153,14 @@ TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
 TEST(PictureBox, KeepsDataInPlainFiles) {
   Box box;
   const std::string iptc("\x1C\x02x\0\3abc", 8), exif = "II*" + std::string(5, '\0') + "exif";
-  box.box->SetIptcData(iptc.data(), 8);
-  box.box->SetExifData(exif.data(), 12);
-  EXPECT_GT(box.box->AddFile("a", Bitmap(16, 16), {}, 0, 0, true, true, false), 0u);
-  const std::string file = ReadAll(box.At(picbox::kPictures), "a.JPG");
-  EXPECT_NE(file.find(iptc), file.npos);
-  EXPECT_NE(file.find(exif), file.npos);
+  for (const bool isGiven : {true, false}) {
+    box.box->SetIptcData(isGiven ? iptc.data() : nullptr, 8);
+    box.box->SetExifData(isGiven ? exif.data() : nullptr, 12);
+    EXPECT_GT(box.box->AddFile("a", Bitmap(16, 16), {}, 0, 0, true, true, true), 0u);
+    const std::string file = ReadAll(box.At(picbox::kPictures), "a.JPG");
+    EXPECT_EQ(file.find(iptc) != file.npos, isGiven);
+    EXPECT_EQ(file.find(exif) != file.npos, isGiven);
+  }
 }
 
 TEST(PictureBox, DecodesReducedWhereThatIsAllowed) {
