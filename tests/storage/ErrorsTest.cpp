@@ -71,7 +71,9 @@ TEST(StorageReports, NameTheOperationAndTheObject) {
   const platform::ScopedServices scope(fakes.services);
   EndDebugMonitor();
   const std::string path = platform::StoragePathOf(folder / "box");
+  SetLastError(0);
   EXPECT_EQ(KvStorage::CreateNewKvStorage(path.c_str(), OpenModeRead, false, false), nullptr);
+  EXPECT_NE(GetLastError(), 0u);
   EXPECT_THAT(fakes.desktop.debugOutput,
               testing::IsSupersetOf({path + "\n", std::string(" in new KVStorage\n \n")}));
   fakes.desktop.debugOutput.clear();
@@ -80,18 +82,23 @@ TEST(StorageReports, NameTheOperationAndTheObject) {
       KvStorage::CreateNewKvStorage(other.c_str(), OpenModeReadWrite, false, false));
   EXPECT_EQ(box->CreateStream(name.c_str(), OpenModeReadWrite), nullptr);
   EXPECT_EQ(box->CreateStorage(name.c_str(), OpenModeReadWrite, false, false), nullptr);
-  EXPECT_EQ(
-      std::count(fakes.desktop.debugOutput.begin(), fakes.desktop.debugOutput.end(), name + "\n"),
-      2);
+  EXPECT_EQ(box->OpenStream("absent", OpenModeRead), nullptr);
+  EXPECT_EQ(box->OpenStorage("absent", OpenModeRead, false, false), nullptr);
+  std::string told;  // behind the system's text
+  int count = 0;
+  for (const std::string& line : fakes.desktop.debugOutput) {
+    if (line.find("KvStorage_Quillan") == line.npos && count++ % 3 != 0) told += line;
+  }
+  EXPECT_EQ(told, name + "\n\n\n" + name + "\n\n\nabsent\n\n\n on OpenStorage with absent\n\n\n");
   const StoragePtr boxes(new KvSimpStorage(path.c_str(), OpenModeReadWrite, true, false));
   Put(*boxes, "below\\a", "x");
   const std::string noFolder = path + "\\below\\a\\b";
   EXPECT_THROW(boxes->CreateStream("below\\a\\b\\c", OpenModeReadWrite), KvFileException);
   const KvSimpStorage external(noFolder.c_str(), OpenModeReadWrite, true, true);
-  for (const std::string& told : {noFolder + "\\c (", noFolder + "\\ ("}) {
+  for (const std::string& made : {noFolder + "\\c (", noFolder + "\\ ("}) {
     EXPECT_THAT(
         fakes.desktop.debugOutput,
-        testing::Contains(HasSubstr("Operation CreateDirectory schlug fehl f\xFCr " + told)));
+        testing::Contains(HasSubstr("Operation CreateDirectory schlug fehl f\xFCr " + made)));
   }
   EXPECT_FALSE(boxes->DeleteStream("absent"));
   EXPECT_THAT(fakes.desktop.debugOutput.back(),

@@ -113,18 +113,18 @@ TEST(PictureNames, AreCleanedAndGetTheirEndings) {
 
 TEST(PictureBox, WritesTheNewFormatToTheByte) {
   Box box;
-  const Bytes picture = Bitmap(3, 2);
-  Bytes mask = Mask(3, 2);
-  mask.back() = 0x77;  // what fills up a row comes back, too
-  const unsigned stored = box.box->AddFile("a", picture, mask, -93, -51, false, false, false);
+  const Bytes picture = Bitmap(701, 501);  // more than is read at a time
+  Bytes longer = picture, mask = Mask(701, 501);
+  longer.resize(longer.size() + 5);  // nothing behind the rows is stored
+  mask.back() = 0x77;                // what fills up a row comes back, too
+  const unsigned stored = box.box->AddFile("a", longer, mask, -93, -51, false, false, false);
   EXPECT_EQ(stored, picture.size() + mask.size());
-  EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "a"),
-            Bytes10(1) + Compressed(Longs({-93, -51}) + Sized(picture) + Sized(mask)));
+  EXPECT_TRUE(ReadAll(box.At(picbox::kPictures), "a") ==
+              Bytes10(1) + Compressed(Longs({-93, -51}) + Sized(picture) + Sized(mask)));
   Bytes readPicture, readMask;
   std::int32_t x = 0, y = 0;
   box.box->GetQuick("a", "", &readPicture, &readMask, -1, -1, &x, &y);
-  EXPECT_EQ(readPicture, picture);
-  EXPECT_EQ(readMask, mask);
+  EXPECT_TRUE(readPicture == picture && readMask == mask);
   EXPECT_EQ(x, -93);
   EXPECT_EQ(y, -51);
 }
@@ -229,12 +229,16 @@ TEST(PictureBox, ReadsEveryGeneration) {
     EXPECT_EQ(box.box->AnalyzeFile(row.name, tag, "tif"), row.type) << row.name;
     EXPECT_EQ(tag, row.tag) << row.name;
     EXPECT_EQ(box.Read(row.name, "tif"), row.read) << row.name;
-    const auto found = box.box->OpenPicture(1, row.name, "tif");
+    auto found = box.box->OpenPicture(1, row.name, "tif");
     ASSERT_TRUE(found) << row.name;
     EXPECT_EQ(found->native, row.native) << row.name;
     EXPECT_EQ(found->kind, row.kind) << row.name;
     EXPECT_EQ(found->headerSize, row.headerSize) << row.name;
     EXPECT_EQ(found->head.bytes, row.really) << row.name;
+    if (found->place == picbox::kPlaceCount) continue;  // beside the box
+    found->stream.reset();
+    const auto again = box.box->OpenAt(found->place, found->streamName.c_str());
+    EXPECT_TRUE(again && again->size == found->size && again->fullName == found->fullName);
   }
   EXPECT_EQ(box.box->AnalyzeFile("nowhere", tag), 0);
   EXPECT_EQ(tag, "");
@@ -297,6 +301,20 @@ TEST(PictureBox, TellsAMaskByWhatStandsBehindThePicture) {
   for (const std::size_t behind : {36u, 37u}) {  // with the head 50 and 51
     Put(box.At(picbox::kPictures), "a", head + std::string(behind, 'x'));
     EXPECT_EQ(box.box->OpenPicture(1, "a")->kind, behind == 36 ? 2 : 1);
+  }
+}
+
+TEST(PictureBodies, AreReadToTheirEnd) {
+  for (const bool isWhole : {true, false}) {
+    std::string stored = Compressed(Longs({1, 2}) + std::string(10000, 'x'));
+    stored.back() = static_cast<char>(stored.back() + !isWhole);
+    MemoryStream source(stored);
+    picbox::PictureBody body(source, {});
+    std::int32_t x = 0, y = 0;
+    EXPECT_TRUE(body.ReadPosition(x, y) && x == 1 && y == 2);
+    EXPECT_TRUE(body.Skip(5000));
+    EXPECT_EQ(body.ReachesEnd(), isWhole);
+    EXPECT_FALSE(body.Skip(1));
   }
 }
 
@@ -633,6 +651,9 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
        "bytes header); 1st CopyFile failed; 2nd CopyFile failed"},
       {outside, "absent", "a", *target.box, "b", 0, 0,
        "Source is external; dest is old format; 1st Open failed; both open failed"},
+      {outside, "file", "JPG", *target.box, "b", 0, 1,
+       "Source is external; dest is old format; 1st Open failed; PicBox AddFile: copying 1 bytes "
+       "file...; PicBox AddFile: copying done."},
       {outside, "file", "JPG", *target.box, "PicMask", 0, 0,
        "Source is external; dest is old format; 1st Open failed; PicBox AddFile: Unable to open "
        "stream for PicMask (JPG); length 1; Open succeeded, AddFile failed"},
@@ -648,6 +669,9 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
               std::regex_replace(way.ToStdString(), gone, "") + c.lines + "; ");
   }
   std::filesystem::permissions(source, std::filesystem::perms::owner_all);
+  EXPECT_TRUE(outside.Delete("b"));
+  EXPECT_EQ(log.Lines(), "      kvPicBox::Delete(): Deleting external Image " +
+                             outside.GetPath().ToStdString() + "b; ");
 }
 
 // A folder of plain files, as the source of a copy and as its target.
@@ -758,6 +782,7 @@ TEST(PictureBox, WithoutPicturesRefuses) {
     FAIL();
   } catch (CKvError* error) {
     EXPECT_EQ(error->Code(), 0x88870004u);
+    EXPECT_STREQ(error->Location(), "Sources/kvPicBox(490)");
     delete error;
   }
   const std::tuple<const char*, Bytes, Bytes> refused[] = {

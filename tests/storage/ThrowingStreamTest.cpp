@@ -113,6 +113,7 @@ bool Write(kvPicBox& box, int way) {
 }  // namespace
 
 TEST(ThrowingStreams, LeaveNothingOpenAndNoHalfPicture) {
+  LogOfTest log;
   for (int way = 0; way < 8; ++way) {
     bool isDone = false;
     for (int calls = 0; !isDone && calls < 100; ++calls) {
@@ -131,7 +132,9 @@ TEST(ThrowingStreams, LeaveNothingOpenAndNoHalfPicture) {
       }
       EXPECT_EQ(plan.open, 0);
       plan.callsLeft = 1 << 20;
+      const std::string told = log.Lines();
       if (way % 4 < 2) {
+        EXPECT_EQ(told, isDone || way > 3 ? "" : "PicBox AddFile Error on a; ");
         EXPECT_EQ(box.Exists("a", "JPG"), isDone);
         EXPECT_EQ(box.HasFailed(), !isDone && way < 2);
       }
