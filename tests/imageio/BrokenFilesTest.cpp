@@ -84,8 +84,16 @@ TEST(BrokenFiles, WrongHeadsAreErrors) {
         "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n1234"}) {
     files.push_back(BytesOf(text));
   }
-  files.push_back(GoodFile(Format::Bmp));
-  files.back()[30] = 1;  // runs do not fit its bits
+  // Depths that do not exist, that have no runs or no fields; zeros would be a picture.
+  for (const auto& [bits, compression] :
+       {std::pair(5, 0), {4, 1}, {24, 1}, {8, 2}, {24, 2}, {8, 3}, {24, 3}, {24, 6}, {24, 4}}) {
+    files.emplace_back(2000);
+    for (const auto& [at, byte] :
+         {std::pair(0, 'B'), {1, 'M'}, {14, 40}, {18, 1}, {22, 1}, {26, 1}})
+      files.back()[static_cast<std::size_t>(at)] = static_cast<std::uint8_t>(byte);
+    files.back()[28] = static_cast<std::uint8_t>(bits);
+    files.back()[30] = static_cast<std::uint8_t>(compression);
+  }
   for (const Bytes& file : files) {
     EXPECT_EQ(TryBytes(file), Outcome::Error) << std::string(file.begin(), file.begin() + 9);
   }

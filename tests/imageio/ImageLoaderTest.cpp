@@ -87,6 +87,13 @@ TEST(ImageLoader, SavesWhatItLoads) {
       ImageLoader loader(file);
       EXPECT_FALSE(loader.HadError());
       EXPECT_EQ(loader.Type(), type);
+      for (const auto& [width, height] : {std::pair(3, 2), {3, 0}, {0, 2}}) {
+        ImageLoader preferring(file);
+        preferring.PreferedLoadingSize(width, height);
+        const bool isReduced = width > 0 && height > 0;  // to what is not smaller
+        EXPECT_EQ(preferring.ImageDIB().size(),
+                  Noise(isReduced ? 4 : 7, isReduced ? 2 : 4, false).size());
+      }
       if (type == 1) continue;  // loses bytes, and the mask
       EXPECT_EQ(loader.MaskDIB(), mask);
       if (mask.empty()) {

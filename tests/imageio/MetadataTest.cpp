@@ -123,29 +123,36 @@ TEST(Metadata, PartsOfXmpThatDoNotFitAreLeftOut) {
             BytesOf("xmpNote:HasExtendedXMP=\"12"));
 }
 
+bool Contains(const Bytes& block, const Bytes& part) {
+  return std::search(block.begin(), block.end(), part.begin(), part.end()) != block.end();
+}
+
 // Rows that stand upright and have another size are told so wherever the data say it.
 TEST(Metadata, SizesAndOrientationAreSet) {
   Metadata metadata;
   const std::string packet =
       "<r tiff:Orientation=\"6\" exif:PixelXDimension='6000'><exif:PixelYDimension>";
   metadata.xmp = BytesOf(packet + "4000</exif:PixelYDimension></r>");
+  BlockWriter pair(true);  // two numbers say nothing of one height
+  pair.Entry(0x0101, 3, 2, 4000);
   const auto exif = [](bool little) {
     BlockWriter writer(little);
     writer.block = BytesOf(little ? "II" : "MM");
     writer.Number(42, 2);
     writer.Number(8, 4);
-    writer.Number(4, 2);
+    writer.Number(6, 2);
     writer.Entry(0x0100, 4, 1, 6000);
-    writer.Entry(0x011A, 5, 1, 92);
-    writer.Entry(0x011B, 5, 1, 92);
-    writer.Entry(0x8769, 4, 1, 62);
+    writer.Entry(0x0101, 3, 2, 4000);
+    writer.Entry(0x011A, 5, 1, 116);
+    writer.Entry(0x011B, 5, 1, 124);
+    writer.Entry(0x0128, 3, 1, little ? 2 : 3);  // an inch, a centimetre
+    writer.Entry(0x8769, 4, 1, 86);
     writer.Number(0, 4);
-    writer.Number(2, 2);  // from 62 to 92
+    writer.Number(2, 2);  // from 86 to 116
     writer.Entry(0xA002, 3, 1, 6000);
     writer.Entry(0xA003, 4, 1, 4000);
     writer.Number(0, 4);
-    writer.Number(72, 4);
-    writer.Number(1, 4);
+    for (const std::uint32_t part : {720, 10, 75, 2}) writer.Number(part, 4);
     return writer.block;
   };
   metadata.exif = exif(true);
@@ -157,16 +164,13 @@ TEST(Metadata, SizesAndOrientationAreSet) {
   BlockWriter sizes(true);
   sizes.Entry(0xA002, 4, 1, 70000);
   sizes.Entry(0xA003, 4, 1, 4);
-  EXPECT_TRUE(std::search(travelled.exif.begin(), travelled.exif.end(), sizes.block.begin(),
-                          sizes.block.end()) != travelled.exif.end());
+  EXPECT_TRUE(Contains(travelled.exif, sizes.block));
+  EXPECT_TRUE(Contains(travelled.exif, pair.block));
   EXPECT_DOUBLE_EQ(travelled.resolution.x, 72) << "where no other place tells it";
-  Metadata big;
-  big.exif = exif(false);
-  EXPECT_DOUBLE_EQ(Travelled(Format::Jpeg, big).resolution.y, 72);
-}
-
-bool Contains(const Bytes& block, const Bytes& part) {
-  return std::search(block.begin(), block.end(), part.begin(), part.end()) != block.end();
+  EXPECT_DOUBLE_EQ(travelled.resolution.y, 37.5);
+  const imageio::Resolution big = Travelled(Format::Jpeg, WithExif(exif(false))).resolution;
+  EXPECT_DOUBLE_EQ(big.x, 72 * 2.54);
+  EXPECT_DOUBLE_EQ(big.y, 37.5 * 2.54);
 }
 
 // The block is laid out anew, but says the same: a second journey changes nothing.

@@ -107,6 +107,9 @@ TEST(ModuleFormats, KeepEveryByteAtTheHighestQuality) {
         const Bytes bytes = WrittenAt(format, picture, 100);
         EXPECT_EQ(ImageReader(bytes.data(), bytes.size()).Info().hasMask, masked);
         EXPECT_TRUE(TestPicture::OfBytes(bytes) == picture);
+        TestPicture part(width, height);
+        ImageReader stopped(bytes.data(), bytes.size());
+        EXPECT_FALSE(stopped.Read(part.Rows(), [](double) { return false; }));
       }
     }
   }

@@ -25,6 +25,7 @@ class Feed {
     mask.assign(rows.mask[row], rows.mask[row] + picture.width);
     return {colour.data(), mask.data()};
   }
+  double Share() const { return static_cast<double>(next) / picture.height; }
 
  private:
   TestPicture picture;
@@ -36,8 +37,13 @@ class Feed {
 Bytes WrittenByRows(Format format, const TestPicture& picture, bool hasAlpha) {
   const TemporaryFile file;
   Feed feed(picture);
-  EXPECT_TRUE(imageio::WriteImageRows(file.path, format, picture.width, picture.height, hasAlpha,
-                                      [&feed](int y) { return feed(y); }));
+  const auto told = [&feed](double share) {
+    EXPECT_DOUBLE_EQ(share, feed.Share());
+    return true;
+  };
+  EXPECT_TRUE(imageio::WriteImageRows(
+      file.path, format, picture.width, picture.height, hasAlpha,
+      [&feed](int y) { return feed(y); }, {}, told));
   return ReadBytes(file.path);
 }
 
