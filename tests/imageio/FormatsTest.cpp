@@ -4,8 +4,10 @@
 #include <tiffio.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
+#include "tests/imageio/ExifMaker.h"
 #include "tests/imageio/JpegMaker.h"
 
 namespace {
@@ -46,8 +48,6 @@ TEST(Pnm, AllKinds) {
       {"P5 4 1 65535\n\x00\x80\x00\x81\x7F\xFF\xFF\xFF"s, Greys({0, 1, 127, 255})},
       {"P3 1 1 7 1 2 3", {36, 73, 109, 255}},
       {"P6 1 1 65535\n\xFF\xFF\x80\x80\x00\x00"s, {255, 128, 0, 255}},
-      {"P7\nWIDTH 2\nHEIGHT 1\nDEPTH 1\nMAXVAL 1\nTUPLTYPE BLACKANDWHITE\nENDHDR\n\x00\x01"s,
-       Greys({0, 255})},
       {"P7\n# text\nHEIGHT 1\nWIDTH 1\n\nDEPTH 2\nMAXVAL 255\nTUPLTYPE "
        "GRAYSCALE_ALPHA\nENDHDR\n\x09\x07",
        {9, 9, 9, 7}},
@@ -55,6 +55,27 @@ TEST(Pnm, AllKinds) {
        {1, 2, 3, 0}},
   };
   for (const auto& [text, pixels] : cases) EXPECT_EQ(Pixels(BytesOf(text)), pixels) << text;
+  const std::pair<const char*, std::size_t> tuples[] = {{"BLACKANDWHITE", 1},
+                                                        {"GRAYSCALE", 1},
+                                                        {"BLACKANDWHITE_ALPHA", 2},
+                                                        {"GRAYSCALE_ALPHA", 2},
+                                                        {"RGB", 3},
+                                                        {"RGB_ALPHA", 4},
+                                                        {"", 1}};
+  for (const auto& [name, samples] : tuples) {
+    for (std::size_t depth = 0; depth < 6; ++depth) {
+      const Bytes file =
+          BytesOf("P7\nWIDTH 1\nHEIGHT 1\nMAXVAL 255\nDEPTH " + std::to_string(depth) +
+                  "\nTUPLTYPE " + name + "\nENDHDR\n\1\2\3\4\5");
+      Bytes pixel = depth < 3 ? Greys({1}) : Bytes{1, 2, 3, 255};
+      if (depth % 2 == 0) pixel[3] = static_cast<std::uint8_t>(depth);
+      if (depth == samples || (*name == 0 && depth > 0 && depth < 5)) {
+        EXPECT_EQ(Pixels(file), pixel) << name << depth;
+      } else {
+        EXPECT_THROW(Pixels(file), ImageError) << name << depth;
+      }
+    }
+  }
 }
 
 struct PngKind {
@@ -243,9 +264,10 @@ void SetTiffFields(TIFF* tiff, const TiffKind& kind, bool planes) {
   const auto extra = static_cast<std::uint16_t>(kind.extra);
   if (kind.extra >= 0) TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, &extra);
   std::vector<std::uint16_t> rising(256), falling(256);
+  const std::size_t scale = kind.bits == 4 ? 1 : 257;  // some programs store bytes
   for (std::size_t i = 0; i < 256; ++i) {
-    rising[i] = static_cast<std::uint16_t>(i * 257);
-    falling[i] = static_cast<std::uint16_t>((255 - i) * 257);
+    rising[i] = static_cast<std::uint16_t>(i * scale);
+    falling[i] = static_cast<std::uint16_t>((255 - i) * scale);
   }
   if (kind.photometric == PHOTOMETRIC_PALETTE) {
     TIFFSetField(tiff, TIFFTAG_COLORMAP, rising.data(), falling.data(), rising.data());
@@ -268,6 +290,9 @@ Bytes PackBlock(const TiffKind& kind, const Samples& samples, int plane, int per
         std::memcpy(row + 2 * i, &word, 2);
       } else if (kind.bits == 32) {
         std::memcpy(row + 4 * i, &value, 4);
+      } else if (kind.bits == 64) {
+        const double number = std::bit_cast<float>(value);
+        std::memcpy(row + 8 * i, &number, 8);
       } else {
         for (int bit = 0; bit < kind.bits; ++bit) {
           const int at = i * kind.bits + bit;
@@ -348,18 +373,22 @@ TEST(Tiff, AllKinds) {
       {{PHOTOMETRIC_MINISBLACK, 10, 1, -1}, {512}, {128, 128, 128, 255}},
       {{PHOTOMETRIC_RGB, 4, 3, -1}, {1, 2, 15}, {17, 34, 255, 255}},
       {{PHOTOMETRIC_MINISBLACK, 32, 1, -1}, {0x80000000}, {128, 128, 128, 255}},
-      // 0.25, -1, 2 and 0.5 as alpha; 0.5, 2^-24 and infinity.
+      // 0.25, -1, 2 and 0.5 as alpha; 0.75, -0.5, infinity and, as alpha, no number.
       {{PHOTOMETRIC_RGB, 32, 4, EXTRASAMPLE_UNASSALPHA, COMPRESSION_LZW, SAMPLEFORMAT_IEEEFP},
        {0x3E800000, 0xBF800000, 0x40000000, 0x3F000000},
        {64, 0, 255, 128}},
-      {{PHOTOMETRIC_RGB, 16, 3, -1, COMPRESSION_NONE, SAMPLEFORMAT_IEEEFP},
-       {0x3800, 0x0001, 0x7C00},
-       {128, 0, 255, 255}},
+      {{PHOTOMETRIC_RGB, 64, 3, -1, COMPRESSION_NONE, SAMPLEFORMAT_IEEEFP},
+       {0x3E800000, 0xBF800000, 0x40000000},
+       {64, 0, 255, 255}},
+      {{PHOTOMETRIC_RGB, 16, 4, EXTRASAMPLE_UNASSALPHA, COMPRESSION_NONE, SAMPLEFORMAT_IEEEFP},
+       {0x3A00, 0xB800, 0x7C00, 0x7E00},
+       {191, 0, 255, 0}},
   };
   for (const auto& [kind, first, pixel] : cases) {
     std::mt19937 random(7);
     Samples samples(static_cast<std::size_t>(kTiffWidth * kTiffHeight * kind.samples));
-    for (unsigned& sample : samples) sample = static_cast<unsigned>(random()) >> (32 - kind.bits);
+    for (unsigned& sample : samples)
+      sample = static_cast<unsigned>(random()) >> std::max(0, 32 - kind.bits);
     std::copy(first.begin(), first.end(), samples.begin());
     SCOPED_TRACE(testing::Message() << "photometric " << kind.photometric << ", " << kind.samples
                                     << " x " << kind.bits << " bits, extra " << kind.extra);
@@ -382,20 +411,27 @@ TEST(Notes, TellOfPagesAndBits) {
     return ImageReader(bytes.data(), bytes.size()).Info().notes;
   };
   using Notes = std::vector<std::string>;
-  const TemporaryFile file;
-  TIFF* tiff = TIFFOpen(file.path.string().c_str(), "w");
-  for (const int type : {0, 0, FILETYPE_REDUCEDIMAGE}) {
-    SetTiffFields(tiff, {PHOTOMETRIC_MINISBLACK, 16, 1, -1}, false);
-    TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, type);
-    TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 1);
-    Bytes row(2 * kTiffWidth);
-    for (std::uint32_t y = 0; y < kTiffHeight; ++y) TIFFWriteScanline(tiff, row.data(), y, 0);
-    TIFFWriteDirectory(tiff);
-  }
-  TIFFClose(tiff);
   const char* const bits = "its samples of 16 bits are taken with 8 bits";
-  EXPECT_EQ(notesOf(ReadBytes(file.path)),
-            (Notes{bits, "it has 2 pages, of which the first is taken"}));
+  for (const char* mode : {"w", "w8"}) {
+    const TemporaryFile file;
+    TIFF* tiff = TIFFOpen(file.path.string().c_str(), mode);
+    for (const int type : {0, 0, FILETYPE_REDUCEDIMAGE}) {
+      SetTiffFields(tiff, {PHOTOMETRIC_MINISBLACK, 16, 1, -1}, false);
+      TIFFSetField(tiff, TIFFTAG_SUBFILETYPE, type);
+      TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, 1);
+      Bytes row(2 * kTiffWidth);
+      for (std::uint32_t y = 0; y < kTiffHeight; ++y) TIFFWriteScanline(tiff, row.data(), y, 0);
+      TIFFWriteDirectory(tiff);
+    }
+    TIFFClose(tiff);
+    const std::string pages = mode == std::string("w") ? "2" : "several";
+    EXPECT_EQ(notesOf(ReadBytes(file.path)),
+              (Notes{bits, "it has " + pages + " pages, of which the first is taken"}));
+  }
+  const TiffKind floating = {PHOTOMETRIC_MINISBLACK, 32, 1, -1, COMPRESSION_NONE,
+                             SAMPLEFORMAT_IEEEFP};
+  EXPECT_EQ(notesOf(MakeTiff(floating, false, false, "w8", Samples(kTiffWidth * kTiffHeight))),
+            Notes{"its floating samples from 0 to 1 are taken with 8 bits"});
   EXPECT_EQ(notesOf(BytesOf("P5 1 1 65535 ab")), Notes{bits});
   EXPECT_EQ(notesOf(BytesOf("P5 1 1 255 a")), Notes());
 }
@@ -417,6 +453,24 @@ TEST(Bmp, OldHeadsAndAlpha) {
   const Bytes core = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, 32, 0, 0, 0, 12,   0, 0, 0,
                       2,   0,   1, 0, 1, 0, 1, 0, 3, 2, 1,  6, 5, 4, 0x40, 0, 0, 0};
   EXPECT_EQ(Pixels(core), (Bytes{1, 2, 3, 255, 4, 5, 6, 255}));
+  // The longer the head, the more it tells: runs, a resolution, how many colours there are.
+  const Bytes rows = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 1, 1, 0, 0};
+  const Bytes runs = {1, 1, 0, 2, 0, 3, 1, 1, 0, 0, 3, 1, 0, 1};  // three rows up, and one too many
+  for (const std::uint32_t head : {16, 20, 32, 36}) {
+    BlockWriter writer(true);
+    writer.block = {'B', 'M'};
+    for (const std::uint32_t number :
+         {0u, 0u, 0u, head, 2u, 5u, 1u | 8u << 16, 1u, 0u, 3937u, 7874u, 2u})
+      writer.Number(number, 4);
+    writer.block.resize(14 + head);
+    for (std::uint32_t i = 0; i < (head < 36 ? 256u : 2u); ++i) writer.Number(i * 0x10101, 4);
+    const Bytes& packed = head < 20 ? rows : runs;
+    writer.block.insert(writer.block.end(), packed.begin(), packed.end());
+    EXPECT_EQ(Pixels(writer.block), Greys({1, 1, 0, 1, 0, 0, 0, 0, 1, 0})) << head;
+    const ImageReader reader(writer.block.data(), writer.block.size());
+    EXPECT_EQ(reader.Info().metadata.resolution.x, head < 32 ? 0 : 100);
+    EXPECT_EQ(reader.Info().metadata.resolution.y, head < 32 ? 0 : 200);
+  }
   Bytes alpha = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, 70, 0,  0, 0, 40, 0, 0,
                  0,   1,   0, 0, 0, 1, 0, 0, 0, 1, 0,  32, 0, 6, 0,  0, 0};
   alpha.resize(14 + 40);

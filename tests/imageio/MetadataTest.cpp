@@ -79,6 +79,23 @@ TEST(Metadata, TextsAndResolutionTravel) {
   }
   EXPECT_DOUBLE_EQ(Travelled(Format::Bmp, metadata).resolution.y, 150);
   EXPECT_EQ(Travelled(Format::Jpeg, {}).resolution.x, 0);
+  // Of nothing, an inch and a centimetre.
+  imageio::WriteOptions options;
+  options.metadata.resolution = {300, 150};
+  Bytes jpeg = Written(Format::Jpeg, TestPicture(1, 1), options);
+  Bytes tiff = Written(Format::Tiff, TestPicture(1, 1), options);
+  const Bytes entry = {0x28, 1, 3, 0, 1, 0, 0, 0};
+  const auto unit = std::search(tiff.begin(), tiff.end(), entry.begin(), entry.end()) + 8;
+  for (int i = 0; i < 3; ++i) {
+    jpeg[13] = static_cast<std::uint8_t>(i);
+    *unit = static_cast<std::uint8_t>(i + 1);
+    for (const Bytes& file : {jpeg, tiff}) {
+      const imageio::Resolution told =
+          ImageReader(file.data(), file.size()).Info().metadata.resolution;
+      EXPECT_NEAR(told.x, i == 0 ? 0 : i == 1 ? 300 : 762, 1e-9);
+      EXPECT_NEAR(told.y, told.x / 2, 1e-9);
+    }
+  }
 }
 
 std::string Packet(const std::string& descriptions) {
@@ -183,12 +200,43 @@ TEST(Metadata, TravelsThroughTiff) {
     position.Entry(0, 1, 4, 0x02030000);
     EXPECT_TRUE(Contains(once, position.block));
     EXPECT_FALSE(Contains(once, Bytes(4, 0xEE))) << "no thumbnail";
-    Bytes dropped = MakeExif(little, 3);
-    imageio::DropThumbnail(dropped);
-    EXPECT_EQ(dropped.size(), MakeExif(little, 3).size() - kThumbnailBytes);
-    EXPECT_EQ(Bytes(dropped.begin() + 58, dropped.begin() + 62), Bytes(4)) << "no directory of it";
+    for (const std::size_t behind : {0, 1, 2}) {  // one byte may fill it up
+      const Bytes whole = MakeExif(little, 3);
+      Bytes dropped = whole;
+      dropped.resize(whole.size() + behind);
+      imageio::DropThumbnail(dropped);
+      EXPECT_EQ(dropped.size(), whole.size() + (behind < 2 ? -kThumbnailBytes : behind));
+      EXPECT_EQ(Bytes(dropped.begin() + 58, dropped.begin() + 62), Bytes(4)) << "its directory";
+    }
     EXPECT_EQ(Travelled(Format::Tiff, WithExif(once)).exif, once);
     EXPECT_EQ(Travelled(Format::Jpeg, WithExif(once)).exif, once);
+  }
+}
+
+// Nine of each end the block; a value of no known type is left out, and so is one that is cut.
+TEST(Metadata, ValuesOfEveryTypeTravelThroughTiff) {
+  constexpr std::size_t kBytes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0};
+  for (std::uint32_t type = 0; type < std::size(kBytes); ++type) {
+    SCOPED_TRACE(type);
+    BlockWriter writer(type % 2 == 0);
+    writer.block = BytesOf(type % 2 == 0 ? "II" : "MM");
+    writer.Number(42, 2);
+    writer.Number(8, 4);
+    writer.Number(1, 2);
+    writer.Entry(type < 8 ? 0x8769 : 0x8825, 4, 1, 26);
+    writer.Number(0, 4);
+    writer.Number(1, 2);
+    writer.Number(0x9999, 2);
+    writer.Number(type, 2);
+    for (const std::uint32_t number : {9, 44, 0}) writer.Number(number, 4);
+    Bytes value(9 * kBytes[type]);
+    for (std::size_t i = 0; i < value.size(); ++i) value[i] = static_cast<std::uint8_t>(i + 100);
+    writer.block.insert(writer.block.end(), value.begin(), value.end());
+    const Bytes exif = Travelled(Format::Tiff, WithExif(writer.block)).exif;
+    EXPECT_EQ(exif.size() % 2, 0u);
+    EXPECT_EQ(!exif.empty() && Contains(exif, value), !value.empty());
+    writer.block.pop_back();
+    EXPECT_TRUE(Travelled(Format::Tiff, WithExif(writer.block)).exif.empty());
   }
 }
 
@@ -196,11 +244,13 @@ TEST(Metadata, ThatDoesNotFitIsLeftOut) {
   Bytes grey = RealProfile();
   std::copy_n("GRAY", 4, grey.begin() + 16);
   const Metadata wrong[] = {WithProfile(grey), WithProfile(Bytes(50, 1)),
-                            WithExif(Bytes(70000, 'I')), WithExif(BytesOf("no EXIF"))};
+                            WithExif(BytesOf("no EXIF"))};
   for (const Format format : {Format::Jpeg, Format::Png, Format::Tiff}) {
     for (const Metadata& metadata : wrong) EXPECT_TRUE(Travelled(format, metadata).profile.empty());
   }
-  EXPECT_TRUE(Travelled(Format::Jpeg, wrong[2]).exif.empty()) << "longer than a marker";
+  for (const std::size_t size : {65527, 65528}) {  // what a marker holds, and a byte more
+    EXPECT_EQ(Travelled(Format::Jpeg, WithExif(Bytes(size, 'I'))).exif.empty(), size > 65527);
+  }
   EXPECT_TRUE(Travelled(Format::Bmp, {MakeExif(true, 1), LongProfile(), {}, {}, {}}).exif.empty());
 }
 

@@ -78,6 +78,7 @@ TEST(ModuleFormats, AreKnownByNameAndBytes) {
     EXPECT_EQ(reader.Info().width, 32) << name;
     EXPECT_EQ(reader.Info().height, 24) << name;
     EXPECT_FALSE(reader.Info().hasMask) << name;
+    EXPECT_TRUE(reader.Info().notes.empty()) << name;
   }
   for (const auto& [name, format] :
        {std::pair("a.webp", Format::WebP), std::pair("a.JXL", Format::JpegXl),
@@ -293,6 +294,60 @@ Metadata Everything() {
 Metadata Through(Format format, const Metadata& metadata) {
   const Bytes bytes = WrittenAt(format, TestPicture::Smooth(16, 16), 100, metadata);
   return ImageReader(bytes.data(), bytes.size()).Info().metadata;
+}
+
+// With the mark of JPEG files ahead of the data, as some programs have it, and with a packet longer
+// than the pieces in which it may be read.
+TEST(ModuleFormats, KeepMarkedAndLongData) {
+  Metadata metadata, marked;
+  metadata.exif = marked.exif = MakeExif(true, 1);
+  marked.exif.insert(marked.exif.begin(), {'E', 'x', 'i', 'f', 0, 0});
+  for (int i = 0; i < 50000; ++i) marked.xmp.push_back(static_cast<std::uint8_t>('a' + i % 23));
+  for (int times = 0; times < 3; ++times)
+    marked.xmp.insert(marked.xmp.end(), marked.xmp.begin(), marked.xmp.begin() + 50000);
+  for (const auto& [format, name, module] : WithModules()) {
+    const Metadata there = Through(format, marked);
+    EXPECT_EQ(there.exif, metadata.exif) << name;
+    EXPECT_EQ(there.xmp, marked.xmp) << name;
+  }
+}
+
+// Two frames of what WebP files hold of one picture, of which the second is another.
+TEST(ModuleFormats, AnimationsGiveTheirFirstFrame) {
+  constexpr int kWidth = 11, kHeight = 7;
+  for (const bool masked : {false, true}) {
+    const auto chunk = [](const char* name, const Bytes& data) {
+      BlockWriter writer(true);
+      writer.block = BytesOf(name);
+      writer.Number(static_cast<std::uint32_t>(data.size()), 4);
+      writer.block.insert(writer.block.end(), data.begin(), data.end());
+      writer.block.resize((writer.block.size() + 1) / 2 * 2);
+      return writer.block;
+    };
+    Bytes content = BytesOf("WEBP");
+    const auto add = [&content](const Bytes& piece) {
+      content.insert(content.end(), piece.begin(), piece.end());
+    };
+    const Bytes size = {kWidth - 1, 0, 0, kHeight - 1, 0, 0};
+    Bytes head = {static_cast<std::uint8_t>(masked ? 0x12 : 2), 0, 0, 0};
+    head.insert(head.end(), size.begin(), size.end());
+    add(chunk("VP8X", head));
+    add(chunk("ANIM", Bytes(6)));
+    for (const unsigned seed : {1u, 2u}) {
+      const Bytes still =
+          WrittenAt(Format::WebP, TestPicture::Random(kWidth, kHeight, masked, seed), 100);
+      Bytes frame(6);
+      frame.insert(frame.end(), size.begin(), size.end());
+      frame.insert(frame.end(), {100, 0, 0, 2});  // instead of what was there
+      frame.insert(frame.end(), still.begin() + 12, still.end());
+      add(chunk("ANMF", frame));
+    }
+    const Bytes file = chunk("RIFF", content);
+    ImageReader reader(file.data(), file.size());
+    EXPECT_EQ(reader.Info().notes,
+              std::vector<std::string>{"it has several pictures, of which one is taken"});
+    EXPECT_TRUE(TestPicture::Of(reader) == TestPicture::Random(kWidth, kHeight, masked, 1));
+  }
 }
 
 // E, P, X, I and R for what is there behind both.

@@ -52,18 +52,21 @@ TEST(Orientation, IsAppliedToPngAndTiff) {
   }
 }
 
-// It is one short or one long number.
-TEST(Orientation, OfAnotherTypeSaysNothing) {
-  for (const auto& [type, count, turns] :
-       {std::tuple(3, 1, true), {4, 1, true}, {1, 1, false}, {3, 2, false}}) {
+// It is one short or one long number up to 8.
+TEST(Orientation, OfAnotherKindSaysNothing) {
+  for (const auto& [type, count, told, turns] : {std::tuple(3, 1, 6, true),
+                                                 {4, 1, 6, true},
+                                                 {1, 1, 6, false},
+                                                 {3, 2, 6, false},
+                                                 {3, 1, 9, false}}) {
     imageio::WriteOptions options;
-    options.metadata.exif = MakeExif(true, 6);
+    options.metadata.exif = MakeExif(true, told);
     options.metadata.exif[24] = static_cast<std::uint8_t>(type);
     options.metadata.exif[26] = static_cast<std::uint8_t>(count);
     const Bytes file = Written(Format::Png, Draw("abc/def"), options);
     const imageio::ImageInfo info = ImageReader(file.data(), file.size()).Info();
     EXPECT_EQ(info.width, turns ? 2 : 3) << type << " " << count;
-    EXPECT_EQ(info.metadata.exif[30], turns ? 1 : 6);
+    EXPECT_EQ(info.metadata.exif[30], type > 1 && count == 1 ? 1 : 6);
   }
 }
 

@@ -61,6 +61,7 @@ TEST(RoundTrip, JpegIsCloseAndQualityCounts) {
   EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(written(100))), 0.7);
   EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(written(50))), 4);
   EXPECT_GT(written(90).size(), written(89).size() * 11 / 10) << "colour at full resolution";
+  EXPECT_EQ(written(92), Written(Format::Jpeg, picture));
   picture.mask.assign(picture.mask.size(), 255);
   EXPECT_EQ(TestPicture::OfBytes(written(90)).colour, Bytes(picture.colour.size(), 255))
       << "white shows through";
@@ -117,6 +118,37 @@ TEST(Names, TellTheFormat) {
       {"a", Format::Unknown},   {"a.pn", Format::Unknown},      {"a.pngx", Format::Unknown},
       {"", Format::Unknown},    {"png", Format::Unknown}};
   for (const auto& [name, format] : cases) EXPECT_EQ(imageio::FormatOfName(name), format) << name;
+  using namespace std::string_view_literals;
+  const std::pair<std::string_view, Format> starts[] = {{"II*\0\x10\0\0\0CR\2\0"sv, Format::Raw},
+                                                        {"II\x1A\0\0\0HEAPCCDR"sv, Format::Raw},
+                                                        {"\0\0\0\x18"
+                                                         "ftypcrx "sv,
+                                                         Format::Raw},
+                                                        {"\0\0\0\x18"
+                                                         "ftypmif1"sv,
+                                                         Format::Heif},
+                                                        {"\0\0\0\x18"
+                                                         "ftypavis"sv,
+                                                         Format::Avif},
+                                                        {"\0\0\0\x18"
+                                                         "ftypmp42"sv,
+                                                         Format::Unknown},
+                                                        {"\0\0\0\x18"
+                                                         "ftypavi"sv,
+                                                         Format::Unknown},
+                                                        {"MM\0+"sv, Format::Tiff},
+                                                        {"P6\r"sv, Format::Pnm},
+                                                        {"P1\t"sv, Format::Pnm},
+                                                        {"P3#"sv, Format::Pnm},
+                                                        {"P3 "sv, Format::Pnm},
+                                                        {"P6\x0E"sv, Format::Unknown},
+                                                        {"P6\b"sv, Format::Unknown},
+                                                        {"P0 "sv, Format::Unknown},
+                                                        {"P7 "sv, Format::Unknown}};
+  for (const auto& [start, format] : starts) {
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(start.data());
+    EXPECT_EQ(imageio::FormatOfBytes(bytes, start.size()), format) << start;
+  }
 }
 
 }  // namespace
