@@ -9,8 +9,9 @@ inline constexpr int kDngWidth = 64;
 inline constexpr int kDngHeight = 48;
 
 // 16 bits under a pattern of red and green above green and blue. The left half is red, the right
-// half blue; the camera's colours are those of sRGB before its curve.
-inline Bytes MakeDng(int orientation) {
+// half blue; the camera's colours are those of sRGB before its curve. Or
+// greys that grow darker from the top left corner on.
+inline Bytes MakeDng(int orientation, bool isGrey = false) {
   constexpr std::uint32_t kPixels = kDngWidth * kDngHeight;
   constexpr std::uint32_t kEntries = 19;
   constexpr std::uint32_t kName = 8 + 2 + 12 * kEntries + 4;
@@ -27,7 +28,7 @@ inline Bytes MakeDng(int orientation) {
   writer.Entry(257, 4, 1, kDngHeight);
   writer.Entry(258, 3, 1, 16);
   writer.Entry(259, 3, 1, 1);
-  writer.Entry(262, 3, 1, 32803);
+  writer.Entry(262, 3, 1, isGrey ? 34892 : 32803);
   writer.Entry(271, 2, sizeof kCamera, kName);
   writer.Entry(272, 2, sizeof kCamera, kName);
   writer.Entry(273, 4, 1, kStrip);
@@ -53,7 +54,8 @@ inline Bytes MakeDng(int orientation) {
       const bool isRed = x % 2 == 0 && y % 2 == 0;
       const bool isBlue = x % 2 == 1 && y % 2 == 1;
       const bool isBright = x < kDngWidth / 2 ? isRed : isBlue;
-      writer.Number(isBright ? 40000 : 4000, 2);
+      const int grey = 60000 - 600 * x - 300 * y;
+      writer.Number(isGrey ? static_cast<std::uint32_t>(grey) : isBright ? 40000 : 4000, 2);
     }
   }
   return writer.block;

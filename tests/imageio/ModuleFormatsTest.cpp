@@ -188,6 +188,13 @@ TEST(ModuleFormats, RawPicturesAreDeveloped) {
       EXPECT_GT(blue[0], 2 * blue[2]) << orientation << " at " << i;
     }
   }
+  TestPicture greys = TestPicture::OfBytes(MakeDng(1, true));
+  for (int i = 8; i < 40; ++i) {
+    const BYTE* const pixel = greys.Pixel(i, i);
+    EXPECT_EQ(pixel[0], pixel[2]);
+    EXPECT_GT(pixel[1], greys.Pixel(i + 8, i)[0]);
+    EXPECT_GT(pixel[1], greys.Pixel(i, i + 8)[0]);
+  }
 }
 
 // --- damage of every kind
