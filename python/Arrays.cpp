@@ -48,14 +48,9 @@ ArrayPixels::ArrayPixels(const py::array& given) : array(given) {
           static_cast<int>(array.shape(2))};
 }
 
-ByteArray NewArray(host::Size size, int channels) {
-  return ByteArray({size.height, size.width, channels});
-}
-
 ByteArray ArrayOf(const imageio::Rows& rows, host::Size size, int channels) {
-  const int count = channels != 0 ? channels : host::IsOpaque(rows, size) ? 3 : 4;
-  ByteArray array = NewArray(size, count);
-  host::Pack(rows, {array.mutable_data(), array.strides(0), size, count});
+  ByteArray array({size.height, size.width, channels});
+  host::Pack(rows, {array.mutable_data(), array.strides(0), size, channels});
   return array;
 }
 

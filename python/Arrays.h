@@ -21,11 +21,8 @@ struct ArrayPixels {
   host::PackedRows<const BYTE> rows;
 };
 
-// A new array of red, green, blue and, with 4 channels, alpha.
-ByteArray NewArray(host::Size size, int channels);
-
-// A new array of all of a picture; null `mask` rows are opaque. With 0 channels there are 4 where
-// something shines through.
+// A new array of all of a picture: red, green, blue and, with 4 channels, alpha; null `mask` rows
+// are opaque.
 ByteArray ArrayOf(const imageio::Rows& rows, host::Size size, int channels);
 
 // A picture of the library made of an array, with a mask where that has alpha.

@@ -65,16 +65,16 @@ class Box {
     const auto content = PictureOf(pixels);
     const std::string title = CheckedTitle(picture);
     BoxFile box(name, BoxAccess::Make);
-    const auto existing = box.SameTitle(title);
     const unsigned stored =
         box.Pictures().AddFile(title.c_str(), DibOf(content->Image(), 24, *content),
                                DibOf(content->Mask(), -8, *content), 0, 0, false, false, true);
     if (stored == 0) box.FailPicture(title, "the picture cannot be stored");
-    std::vector<BoxEntry> old;
-    for (const BoxEntry& entry : existing) {
-      if (entry.place != picbox::kPictures || entry.native) old.push_back(entry);
-    }
-    box.Delete(old, true);
+    // Of those that had the name one is gone by now.
+    std::vector<BoxEntry> others = box.SameTitle(title);
+    std::erase_if(others, [](const BoxEntry& entry) {
+      return entry.place == picbox::kPictures && !entry.native;
+    });
+    box.Delete(others, true);
     box.Keep();
   }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "imageio/ExtendedXmp.h"
+#include "imageio/Iptc.h"
 #include "imageio/Md5.h"
 #include "tests/imageio/ExifMaker.h"
 #include "tests/imageio/TestPicture.h"
@@ -95,6 +96,21 @@ TEST(Metadata, TextsAndResolutionTravel) {
       EXPECT_NEAR(told.x, i == 0 ? 0 : i == 1 ? 300 : 762, 1e-9);
       EXPECT_NEAR(told.y, told.x / 2, 1e-9);
     }
+  }
+}
+
+// Behind another resource with a name, and not where any length goes beyond the end.
+TEST(Metadata, RecordsAreFoundAmongResources) {
+  const Bytes records = {0x1C, 2, 5, 0, 1, 'a'};
+  Bytes run = BytesOf(std::string("8BIM\4\5\3abc\0\0\0\1x\0", 16)),
+        own = imageio::ResourcesOfIptc(records);
+  run.insert(run.end(), own.begin(), own.end());
+  EXPECT_EQ(imageio::IptcOfResources(run), records);
+  EXPECT_EQ(imageio::IptcOfText(imageio::TextOfIptc(Bytes(40, 7))), Bytes(40, 7));
+  while (!run.empty()) {
+    run.pop_back();
+    run.shrink_to_fit();
+    EXPECT_TRUE(imageio::IptcOfResources(run).empty()) << run.size();
   }
 }
 

@@ -72,18 +72,21 @@ class Rendering(unittest.TestCase):
         self.assertFalse((full == preview).all())
 
     def test_refuses_what_is_no_picture(self):
-        for wrong, error in ((numpy.zeros((4, 4), numpy.uint8), ValueError),
-                             (numpy.zeros((4, 4, 2), numpy.uint8), ValueError),
-                             (numpy.zeros((0, 4, 3), numpy.uint8), ValueError),
-                             (numpy.zeros((4, 4, 3), numpy.uint16), TypeError),
-                             (numpy.zeros((4, 4, 3)), TypeError),
-                             (numpy.zeros((4, 4, 3), numpy.int8), TypeError)):
-            with self.assertRaises(error):
-                fxbox.render(wrong, INVERT)
+        for shape, kind, error, text in (((4, 4), "uint8", ValueError, "for grey"),
+                                         ((4, 4, 2), "uint8", ValueError, r"not \(4, 4, 2\)$"),
+                                         ((0, 4, 3), "uint8", ValueError, "has pixels"),
+                                         ((4, 0, 3), "uint8", ValueError, "has pixels"),
+                                         ((4, 4, 3), "uint16", TypeError, "not of uint16"),
+                                         ((4, 4, 3), "float64", TypeError, "not of float64"),
+                                         ((4, 4, 3), "int8", TypeError, "not of int8")):
+            with self.assertRaisesRegex(error, text):
+                fxbox.render(numpy.zeros(shape, kind), INVERT)
         for wrong in ({"zoom": 0}, {"zoom": float("nan")}, {"channels": 2}, {"part": (0, 0, 0, 4)},
-                      {"part": (99, 0, 1, 1)}, {"full_size": (0, 4)}):
+                      {"part": (0, 0, 4, 0)}, {"part": (99, 0, 1, 1)}, {"full_size": (0, 4)},
+                      {"full_size": (4, 0)}):
             with self.assertRaises(ValueError, msg=wrong):
                 fxbox.render(picture(), INVERT, **wrong)
+        fxbox.render(picture(1, 1), "", full_size=(1, 1), part=(0, 0, 1, 1))
         with self.assertRaisesRegex(fxbox.Error, "more pixels than the 34"):
             fxbox.render(picture(), "", most_pixels=34)
 
@@ -100,12 +103,11 @@ class Rendering(unittest.TestCase):
     def test_threads_give_the_same_bytes(self):
         a = picture(300, 300)
         expected = fxbox.render(a, "ZNFilter.BlurGauss.1(Radius=9.0)")
-        try:
-            fxbox.set_threads(3)
+        self.addCleanup(fxbox.set_threads, 1)
+        for count in 3, 0:
+            fxbox.set_threads(count)
             result = fxbox.render(a, "ZNFilter.BlurGauss.1(Radius=9.0)")
-        finally:
-            fxbox.set_threads(1)
-        numpy.testing.assert_array_equal(result, expected)
+            numpy.testing.assert_array_equal(result, expected)
         self.assertRaises(ValueError, fxbox.set_threads, -1)
 
 
@@ -196,6 +198,9 @@ class Chains(unittest.TestCase):
 
     def test_checks_and_sizes(self):
         self.assertEqual(fxbox.Chain("").size(3, 4), (3, 4))
+        self.assertEqual(fxbox.Chain("").size(1, 1), (1, 1))
+        for wrong in (0, 4), (4, 0):
+            self.assertRaises(ValueError, fxbox.Chain("").size, *wrong)
         scale = fxbox.Item("Scale", MaximumHorizontalSize=50, MaximumVerticalSize=50)
         self.assertEqual(fxbox.Chain([scale]).size(100, 80), (50, 40))
         scale["Nonsense"] = 1
@@ -223,9 +228,22 @@ class Boxes(unittest.TestCase):
             box.set_note("sea", "Größe")
             self.assertEqual(fxbox.Box(path).note("sea"), "Größe")
             self.assertTrue(box.read_file("sea").startswith(b"\x89PNG"))
+            box["sea"] = a
+            self.assertEqual(box.note("sea"), "", "it was another picture's")
+            box.set_note("sea", "Größe")
+            del box["sea"]
+            box["sea"] = a
+            self.assertEqual(box.note("sea"), "")
             del box["hill"]
             self.assertEqual(box.names(), ["sea"])
+            self.assertEqual(len(box), 1)
             self.assertNotIn("hill", box)
+        places = [self.folder / "shots_kv" / "Pictures" / name for name in ("Hill.jpg", "hill.png")]
+        for path in places:
+            path.write_bytes(b"")
+        box["hill"] = a
+        self.assertEqual(sorted(box), ["hill", "sea"])
+        self.assertFalse(any(path.exists() for path in places), "what had the name")
 
     def test_failures_are_errors(self):
         with self.assertRaisesRegex(fxbox.Error, "no such file"):
@@ -262,6 +280,8 @@ class Sharing(unittest.TestCase):
             with self.assertRaisesRegex(fxbox.Error, "somebody shares"):
                 fxbox.SharedPicture(name, a)
             self.assertEqual(shared.mask is None, channels == 3)
+            if channels == 4:
+                numpy.testing.assert_array_equal(shared.mask, 255 - a[:, :, 3])
             view = shared.pixels
             del shared
             gc.collect()
