@@ -319,6 +319,8 @@ TEST(ModuleFormats, KeepMarkedAndLongData) {
   }
 }
 
+const char* const kSeveral = "it has several pictures, of which one is taken";
+
 // Two frames of what WebP files hold of one picture, of which the second is another.
 TEST(ModuleFormats, AnimationsGiveTheirFirstFrame) {
   constexpr int kWidth = 11, kHeight = 7;
@@ -351,9 +353,30 @@ TEST(ModuleFormats, AnimationsGiveTheirFirstFrame) {
     }
     const Bytes file = chunk("RIFF", content);
     ImageReader reader(file.data(), file.size());
-    EXPECT_EQ(reader.Info().notes,
-              std::vector<std::string>{"it has several pictures, of which one is taken"});
+    EXPECT_EQ(reader.Info().notes, std::vector<std::string>{kSeveral});
     EXPECT_TRUE(TestPicture::Of(reader) == TestPicture::Random(kWidth, kHeight, masked, 1));
+  }
+}
+
+// Files of 10 bits, with half of alpha in the left half and all of it in the right one. The colours
+// of HEIF and AVIF are multiplied by it. AVIF and JPEG XL have a second picture.
+TEST(ModuleFormats, DeepPicturesAreRead) {
+  for (const auto& [format, name, module] : ThoseThere({kHeif, kAvif, kJxl})) {
+    SCOPED_TRACE(name);
+    const char* const end = format == Format::Heif ? "heic" : module;
+    ImageReader reader(std::filesystem::path(FXBOX_TEST_SAMPLES) / (std::string("deep.") + end));
+    std::vector<std::string> notes = {"its samples of 10 bits are taken with 8 bits"};
+    if (format != Format::Heif) notes.push_back(kSeveral);
+    EXPECT_EQ(reader.Info().notes, notes);
+    TestPicture picture = TestPicture::Of(reader);
+    for (int i = 0; i < 16; ++i) {
+      constexpr int kShown[2][4] = {{50, 100, 199, 127}, {25, 50, 100, 0}};
+      for (const int half : {0, 1}) {
+        const int x = 16 * half + i;
+        for (int c = 0; c < 3; ++c) EXPECT_NEAR(picture.Pixel(x, i)[c], kShown[half][c], 3) << i;
+        EXPECT_NEAR(picture.Mask(x, i), kShown[half][3], 2) << i;
+      }
+    }
   }
 }
 
