@@ -93,8 +93,10 @@ def help_on(name: str) -> None:
     """Prints what a filter does, with its keys, their ranges and an example.
 
     >>> import fxbox
-    >>> fxbox.help_on("Sepia")  # doctest: +ELLIPSIS
-    ZNFilter.Sepia.1: ...
+    >>> fxbox.help_on("Sepia")
+    ZNFilter.Sepia.1: Sepia tone
+        Sepia  (whole number, 0 to 100, default 000)  strength of the brown tone
+    Example: ZNFilter.Sepia.1(Sepia=075)
     """
     known = _by_name().get(_full_name(name))
     if known is None:

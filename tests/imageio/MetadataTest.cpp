@@ -106,7 +106,9 @@ TEST(Metadata, RecordsAreFoundAmongResources) {
         own = imageio::ResourcesOfIptc(records);
   run.insert(run.end(), own.begin(), own.end());
   EXPECT_EQ(imageio::IptcOfResources(run), records);
-  EXPECT_EQ(imageio::IptcOfText(imageio::TextOfIptc(Bytes(40, 7))), Bytes(40, 7));
+  const std::string text = imageio::TextOfIptc(Bytes(40, 7));
+  EXPECT_EQ(text.size(), 15u + 72 + 1 + 32 + 1) << "lines of 72 digits";
+  EXPECT_EQ(imageio::IptcOfText(text), Bytes(40, 7));
   while (!run.empty()) {
     run.pop_back();
     run.shrink_to_fit();

@@ -168,8 +168,16 @@ class Chains(unittest.TestCase):
                                      "ZNFilter.RGBColor.1(Green=-2)")
         self.assertEqual(fxbox.Chain(str(chain)), chain)
         self.assertEqual(str(chain[1:2] + chain[:0]), "ZNFilter.Invert.1(Inversity=7)")
-        with self.assertRaises(TypeError):
-            chain.append("ZNFilter.Invert.1()")
+        self.assertNotEqual(chain[1:], chain)
+        chain[0] = chain[1]
+        chain[2:] = [fxbox.Item("Sepia", Sepia=2), chain[2]]
+        self.assertEqual([repr(item) for item in chain],
+                         ["fxbox.Item('ZNFilter.Invert.1', Inversity=7)"] * 2 +
+                         ["fxbox.Item('ZNFilter.Sepia.1', Sepia=2)",
+                          "fxbox.Item('ZNFilter.RGBColor.1', Green=-2)"])
+        for wrong in (lambda: chain.append("ZNFilter.Invert.1()"),
+                      lambda: chain.__setitem__(0, "ZNFilter.Invert.1()")):
+            self.assertRaises(TypeError, wrong)
 
     def test_values_have_the_kind_of_their_key(self):
         item = fxbox.Item("Text", Text="Größe (2 m), 100 %")
@@ -195,6 +203,8 @@ class Chains(unittest.TestCase):
         sepia = next(known for known in filters if known.name == "ZNFilter.Sepia.1")
         self.assertEqual((sepia.key("Sepia").least, sepia.key("Sepia").greatest), (0, 100))
         self.assertIsNone(sepia.key("None"))
+        self.assertEqual([repr(key) for key in sepia.keys], ["<fxbox.Key Sepia>"])
+        self.assertRaisesRegex(KeyError, "no filter 'None'", fxbox.help_on, "None")
 
     def test_checks_and_sizes(self):
         self.assertEqual(fxbox.Chain("").size(3, 4), (3, 4))
