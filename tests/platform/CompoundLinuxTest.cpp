@@ -1,5 +1,7 @@
 // Compound files where they are our own: what other readers say, faults, lost writes, no room.
 #include <ole2.h>
+#include <signal.h>
+#include <sys/resource.h>
 
 #include <cstring>
 
@@ -437,8 +439,23 @@ TEST(CompoundRoomTest, OneFailedWriteIsEnough) {
       EXPECT_EQ(stream->Write(content.data(), 30000, nullptr), STG_E_MEDIUMFULL);
     }
     WriteStream(root, u"b", "small");
+    EXPECT_EQ(NamesOf(root).size(), 2u);
   }
   EXPECT_TRUE(ContentsOf(OpenOn(bytes)) == expected);
+}
+
+// The system writes what still fits and then nothing.
+TEST_F(CompoundLinuxTest, AFileThatMayNotGrowIsFull) {
+  EXPECT_EQ(ExitStatus(StartProcess([this] {
+              const rlimit limit = {20001, 20001};
+              signal(SIGXFSZ, SIG_IGN);
+              setrlimit(RLIMIT_FSIZE, &limit);
+              const std::string large = Pattern(40000, 1);
+              const StoragePtr root = Create(path);
+              const StreamPtr stream = CreateStream(root, u"s");
+              return stream->Write(large.data(), 40000, nullptr) == STG_E_MEDIUMFULL ? 0 : 1;
+            })),
+            0);
 }
 
 // --- two processes

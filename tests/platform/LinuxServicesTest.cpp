@@ -1,4 +1,5 @@
 // Desktop, terminal and modules of Linux.
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/ioctl.h>
@@ -7,6 +8,7 @@
 #include <iostream>
 #include <thread>
 
+#include "platform/ModuleResource.h"
 #include "platform/SystemServices.h"
 #include "tests/platform/LinuxSupport.h"
 
@@ -99,6 +101,10 @@ TEST(LinuxServicesTest, CallsAFunctionOfAModule) {
   EXPECT_EQ(status, 5);
   EXPECT_TRUE(SystemModules().Call(FXBOX_TEST_MODULE, "NoSuchFunction", status).has_value());
   EXPECT_TRUE(SystemModules().Call(__FILE__, "DllRegisterServer", status).has_value());
+  void* const module = dlopen(FXBOX_TEST_MODULE, RTLD_NOW);
+  EXPECT_TRUE(FindModuleResource(module, "half", nullptr).empty());
+  EXPECT_TRUE(BitmapOfModule(module, reinterpret_cast<const char*>(0xFFFF)).empty());
+  dlclose(module);
 }
 
 }  // namespace

@@ -24,3 +24,8 @@ EXPORTED HRESULT DllCanUnloadNow() {
 EXPORTED HRESULT DllRegisterServer() {
   return 5;
 }
+
+// The end of a resource that has no start.
+extern "C" {
+__attribute__((visibility("default"))) char half_end = 0;
+}
