@@ -58,6 +58,11 @@ TEST(OutputNames, TwoResultsNeverShareAFile) {
     EXPECT_THROW(PlanOutputs(inputs, out), UsageError) << inputs[0];
   }
   EXPECT_THROW(PlanOutputs({"x.png", "x.png"}, {}), UsageError);
+  if (std::filesystem::path::preferred_separator == '/') {
+    EXPECT_EQ(PlanOutputs({"x.png", "X.PNG"}, out).size(), 2u);
+  } else {
+    EXPECT_THROW(PlanOutputs({"x.png", "X.PNG"}, out), UsageError);
+  }
   EXPECT_EQ(PlanOutputs({"a/x.png", "b/x.png"}, {}).size(), 2u);
 }
 

@@ -5,6 +5,7 @@ SchemasTest.py SCHEMAS PROGRAM...: the folder of the schemas, and the program wi
 """
 
 import copy
+import hashlib
 import json
 import os
 import pathlib
@@ -145,6 +146,11 @@ def check_apply():
     sizes = {line["input"]: (line["inputSize"], line["outputSize"]) for line in SEEN["apply-line"]}
     assert sizes["a.ppm"] == (size, size) and sizes["missing.ppm"] == (None, None), sizes
     assert any(line["notes"] for line in SEEN["apply-line"]), "no output has notes"
+    assert [file["skipped"] for file in report["files"]] == [True] * 3 + [False] * 2
+    for line in SEEN["apply-line"]:
+        there = pathlib.Path(line["output"]).read_bytes() if line["output"] else None
+        digest = there and (len(there), hashlib.sha256(there).hexdigest())
+        assert (line["bytes"], line["sha256"]) == (digest or (None, None)), line
 
 
 def check_filters():
