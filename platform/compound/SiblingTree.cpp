@@ -187,11 +187,7 @@ void SiblingTree::RepairAfterRemove(Id at, Id parent) {
       parent = At(at).parent;
       continue;
     }
-    if (!IsRed(outer())) {
-      Paint(inner(), true);
-      Paint(sibling(), false);
-      Rotate(sibling(), !isLeft);
-    }
+    if (!IsRed(outer())) Rotate(sibling(), !isLeft);
     Paint(sibling(), At(parent).isBlack);
     Paint(parent, true);
     Paint(outer(), true);

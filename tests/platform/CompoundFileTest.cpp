@@ -112,6 +112,7 @@ TEST_F(CompoundFileTest, SaysWhyAnElementDoesNotOpen) {
   EXPECT_EQ(openStream(u"stream", STGM_READ | STGM_SHARE_DENY_NONE), STG_E_INVALIDFLAG);
   EXPECT_EQ(createStream(u"stream", kWriting), STG_E_FILEALREADYEXISTS);
   EXPECT_EQ(createStream(u"12345678901234567890123456789012", kWriting), STG_E_INVALIDNAME);
+  EXPECT_EQ(createStream(u"1234567890123456789012345678901", kWriting), S_OK);
   EXPECT_EQ(root->DestroyElement(Ole(u"absent").c_str()), STG_E_FILENOTFOUND);
 
   const StreamPtr held = OpenStream(root, u"stream", kWriting);
@@ -152,7 +153,7 @@ TEST_F(CompoundFileTest, WhatWasOpenedEndsWithItsStorage) {
 }
 
 TEST_F(CompoundFileTest, RenamesAndDestroys) {
-  const StoragePtr root = Create(path);
+  StoragePtr root = Create(path);
   for (const char16_t* name : {u"a", u"b", u"c"}) {
     WriteStream(CreateStorage(root, name), u"inside", "x");
     WriteStream(root, std::u16string(name) + u"1", Pattern(5000, *name));
@@ -166,6 +167,10 @@ TEST_F(CompoundFileTest, RenamesAndDestroys) {
   EXPECT_TRUE(ReadStream(root, u"RENAMED") == Pattern(5000, u'a'));
   WriteStream(root, u"reNamed", "x");  // what replaces a stream brings its own letters
   EXPECT_EQ(NamesOf(root).back(), u"reNamed");
+  EXPECT_EQ(OpenStorage(root, u"c")->DestroyElement(Ole(u"inside").c_str()), S_OK);
+  root.Reset();
+  root = Open(path);
+  WriteStream(OpenStorage(root, u"c"), u"new", "x");
 }
 
 TEST_F(CompoundFileTest, CopiesMerge) {
