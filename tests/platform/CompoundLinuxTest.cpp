@@ -32,8 +32,9 @@ TEST_F(CompoundLinuxTest, StreamsSeekGrowShrinkAndOverwrite) {
       const std::size_t at = random() % (step % 80 < 40 ? 20000 : 1500);
       WriteAt(between, static_cast<std::size_t>(step) * 700, Pattern(700, step));
       if (step % 7 == 6) {
-        expected.resize(at);
-        ASSERT_EQ(stream->SetSize(Large(at)), S_OK);
+        const std::size_t size = step % 2 ? at : at / 512 * 512 + 1;  // one byte in a sector
+        expected.resize(size);
+        ASSERT_EQ(stream->SetSize(Large(size)), S_OK);
       } else {
         const std::string piece = Pattern(random() % 3000, step);
         if (expected.size() < at && !piece.empty()) expected.resize(at);
@@ -65,6 +66,8 @@ TEST_F(CompoundLinuxTest, KeepsWhatIsSaidOfAStorage) {
     EXPECT_EQ(inner->SetClass(classId), S_OK);
     EXPECT_EQ(inner->SetStateBits(0xA5A5A5A5, 0xFFFF0000), S_OK);
     EXPECT_EQ(inner->SetStateBits(0x1234, 0x00FF), S_OK);
+    EXPECT_EQ(root->SetElementTimes(u"inner", nullptr, nullptr, nullptr), S_OK);
+    EXPECT_EQ(root->SetElementTimes(u"none", nullptr, nullptr, nullptr), STG_E_FILENOTFOUND);
     StreamPtr stream;
     EXPECT_EQ(root->CreateStream(u"s", STGM_SHARE_EXCLUSIVE | 3, 0, 0, stream.Put()),
               STG_E_INVALIDFLAG);

@@ -919,6 +919,20 @@ test_share() {
   is_missing gone.ppm
 }
 
+# A dialog begins with the text that is given and prints what it makes of it. Where no window manager
+# runs, keys go to the window under the mouse.
+test_dialog() {
+  cat >hands <<'END'
+    $* dialog 'ZNFilter.Sepia.1(Sepia=050)' >printed 2>/dev/null &
+    xdotool mousemove --window "$(timeout 60 xdotool search --sync --onlyvisible --pid $!)" 60 60
+    until [ -s printed ]; do xdotool key Right; sleep 0.2; done
+    xdotool key Escape
+    wait $!
+END
+  timeout 100 "$docs/../scripts/with-display.sh" sh hands $prefix || fail 'the dialog does not end well'
+  [ "$(head -n 1 printed)" = Sepia=051 ] || fail "printed: $(cat printed)"
+}
+
 # Noise takes the longest to compress. The signal comes while the output is being written.
 test_interrupt() {
   mkdir out
