@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "platform/ModuleResource.h"
+#include "platform/StoragePath.h"
 #include "platform/SystemServices.h"
 #include "tests/platform/LinuxSupport.h"
 
@@ -93,6 +94,18 @@ int UsePipes() {
 
 TEST(LinuxServicesTest, ReadsInputAndTellsOfOutputThatIsLost) {
   EXPECT_EQ(testing_support::ExitStatus(testing_support::StartProcess(UsePipes)), 0);
+}
+
+// What is no letter of UTF-8 is taken as it stands in the code page.
+TEST(LinuxServicesTest, NamesOfAnyAlphabetLeadBack) {
+  for (const char* name : {"f\xC3\xBCr", "\xE0\xA0\x80", "\xE6\x97\xA5", "\xED\x9F\xBF",
+                           "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+    EXPECT_EQ(PathOfStorage(StoragePathOf(name)), name);
+  }
+  for (const char* bad : {"\xC1\xBF", "\xC3", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF",
+                          "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"}) {
+    EXPECT_NE(PathOfStorage(bad), bad);
+  }
 }
 
 TEST(LinuxServicesTest, CallsAFunctionOfAModule) {
