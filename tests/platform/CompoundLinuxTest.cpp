@@ -130,6 +130,54 @@ TEST_F(CompoundLinuxTest, CopiesWithoutAKindAndReadsNothingIntoNothing) {
   EXPECT_EQ(read, 0u);
 }
 
+TEST_F(CompoundLinuxTest, SeeksSkipsAndMoves) {
+  StoragePtr root = Create(path);
+  const StreamPtr stream = CreateStream(root, u"b");
+  WriteAt(stream, 0, "0123456789");
+  const struct {
+    LONGLONG move;
+    DWORD origin;
+    HRESULT status;
+    ULONGLONG at;
+  } seeks[] = {{4, STREAM_SEEK_SET, S_OK, 4},
+               {-1, STREAM_SEEK_CUR, S_OK, 3},
+               {-2, STREAM_SEEK_END, S_OK, 8},
+               {-9, STREAM_SEEK_CUR, STG_E_INVALIDFUNCTION, 8},
+               {0, STREAM_SEEK_END + 1, STG_E_INVALIDFUNCTION, 8}};
+  for (const auto& seek : seeks) {
+    ULARGE_INTEGER at = Large(8);
+    LARGE_INTEGER move;
+    move.QuadPart = seek.move;
+    EXPECT_EQ(stream->Seek(move, seek.origin, &at), seek.status);
+    EXPECT_EQ(at.QuadPart, seek.at);
+  }
+
+  const StoragePtr inner = CreateStorage(root, u"c");
+  WriteStream(root, u"a", "x");
+  EXPECT_EQ(root->MoveElementTo(u"a", inner.Get(), u"copied", STGMOVE_COPY), S_OK);
+  EXPECT_EQ(root->MoveElementTo(u"a", inner.Get(), u"moved", STGMOVE_MOVE), S_OK);
+  EXPECT_EQ(ReadStream(inner, u"copied") + ReadStream(inner, u"moved"), "xx");
+  platform::ComPtr<IEnumSTATSTG> elements, clone;
+  STATSTG stat[3] = {};
+  ULONG count = 0;
+  ASSERT_EQ(root->EnumElements(0, nullptr, 0, elements.Put()), S_OK);
+  EXPECT_EQ(elements->Skip(1), S_OK);
+  ASSERT_EQ(elements->Clone(clone.Put()), S_OK);
+  EXPECT_EQ(elements->Skip(2), S_FALSE);
+  EXPECT_EQ(elements->Next(1, stat, &count), S_FALSE);
+  EXPECT_EQ(elements->Reset(), S_OK);
+  EXPECT_EQ(elements->Next(1, stat, nullptr), S_OK);
+  EXPECT_EQ(clone->Next(2, stat + 1, &count), S_FALSE);
+  EXPECT_EQ(count, 1u);
+  EXPECT_EQ(std::u16string(stat[0].pwcsName) + stat[1].pwcsName, u"bc");
+  for (const STATSTG& told : stat) CoTaskMemFree(told.pwcsName);
+
+  root.Reset();
+  EXPECT_EQ(StgIsStorageFile(path.u16string().c_str()), S_OK);
+  WriteFile(folder / "junk", Pattern(600, 1));
+  EXPECT_EQ(StgIsStorageFile((folder / "junk").u16string().c_str()), S_FALSE);
+}
+
 // --- a long life against a model
 
 // Does one thing to the storage and to the model of it.
