@@ -130,6 +130,16 @@ TEST_F(ComponentRuntimeTest, MakesAnnouncedObjectsOrGivesNull) {
   EXPECT_FALSE(thing);
 }
 
+TEST_F(ComponentRuntimeTest, ThreadsCountTheirBeginnings) {
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_EQ(CoInitialize(nullptr), S_OK);
+    EXPECT_EQ(OleInitialize(nullptr), S_FALSE);
+    CoUninitialize();
+    OleUninitialize();
+    CoUninitialize();
+  }
+}
+
 TEST_F(ComponentRuntimeTest, LoadsRegisteredModules) {
   RegisterModule(kModuleClass, FXBOX_TEST_MODULE);
   EXPECT_FALSE(IsLoaded());
@@ -221,6 +231,11 @@ TEST_F(ComponentRuntimeTest, IdsAreTexts) {
     EXPECT_EQ(CLSIDFromString(text.c_str(), &id), S_OK);
     EXPECT_EQ(id, kFirst);
   }
+  EXPECT_EQ(CLSIDFromString(nullptr, &id), S_OK);
+  EXPECT_EQ(id, CLSID{});
+  LPOLESTR text = nullptr;
+  EXPECT_EQ(StringFromCLSID(kFirst, &text), S_OK);
+  EXPECT_EQ(Taken(text), printed);
   for (const std::u16string& bad : {printed + u"x", printed.substr(1), printed.substr(0, 37)}) {
     EXPECT_EQ(CLSIDFromString(bad.c_str(), &id), CO_E_CLASSSTRING);
   }
@@ -242,9 +257,14 @@ TEST_F(ComponentRuntimeTest, ListsClassesOfCategoriesInOrder) {
   ComPtr<IEnumGUID> list;
   EXPECT_EQ(information->EnumImplCategoriesOfClass(kSecond, list.Put()), S_OK);
   EXPECT_EQ(ListOf(list), (std::vector<GUID>{kCategory, kOther}));
+  EXPECT_EQ(information->EnumReqCategoriesOfClass(kUnknown, list.Put()), S_OK);
+  EXPECT_EQ(ListOf(list), std::vector<GUID>{kOther});
 
   CATID category = kCategory;
   EXPECT_EQ(information->IsClassOfCategories(kModuleClass, 1, &category, 0, nullptr), S_OK);
+  EXPECT_EQ(information->IsClassOfCategories(kModuleClass, ~0u, nullptr, ~0u, nullptr), S_OK);
+  EXPECT_EQ(information->IsClassOfCategories(kModuleClass, 0, nullptr, 0, nullptr), E_INVALIDARG);
+  EXPECT_EQ(information->IsClassOfCategories(kModuleClass, 1, &category, 1, nullptr), E_INVALIDARG);
   EXPECT_EQ(registrar->UnRegisterClassImplCategories(kModuleClass, 1, &category), S_OK);
   EXPECT_EQ(information->IsClassOfCategories(kModuleClass, 1, &category, 0, nullptr), S_FALSE);
 }
@@ -271,6 +291,14 @@ TEST_F(ComponentRuntimeTest, DescribesCategories) {
   LPOLESTR text = nullptr;
   EXPECT_EQ(information->GetCategoryDesc(kOther, kEnglish, &text), CAT_E_NODESCRIPTION);
   EXPECT_EQ(information->GetCategoryDesc(kUnknown, kEnglish, &text), CAT_E_CATIDNOEXIST);
+  ComPtr<IEnumCATEGORYINFO> list;
+  CATEGORYINFO told[3] = {};
+  ULONG count = 0;
+  EXPECT_EQ(information->EnumCategories(kGerman, list.Put()), S_OK);
+  EXPECT_EQ(list->Next(3, told, &count), S_FALSE);
+  EXPECT_EQ(count, 2u);
+  EXPECT_EQ(told[0].catid, kCategory);
+  EXPECT_EQ(std::u16string(told[0].szDescription), u"Filter \u20AC");
 
   CATID category = kCategory;
   EXPECT_EQ(registrar->UnRegisterCategories(1, &category), S_OK);
