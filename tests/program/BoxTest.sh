@@ -62,6 +62,9 @@ box_round_trip() {
   run 0 box copy "$box" alpha other.box beta --native
   run 0 box get other.box beta -o out3.pam
   same out3.pam alpha.pam
+  run 0 box copy "$box" opaque "$box" --native # in its own place
+  run 0 box list "$box"
+  grep -q '^opaque.png	native	' stdout || fail "not the plain file that it should be"
   run 0 box delete "$box" picture
   run 1 box get "$box" picture -o out5.jpg
   error_has "there is no such picture"
