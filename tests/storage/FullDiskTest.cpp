@@ -207,16 +207,17 @@ TEST(FullDisk, LeavesNoHalfPicture) {
 TEST(FullDisk, LeavesAFileThatIsChangedWhole) {
   const TemporaryFolder folder;
   const std::string before(200000, 'b'), path = platform::StoragePathOf(folder / "file");
-  for (const int room : {0, 5, 65536, 199999, 200000}) {
+  for (const int room : {0, 5, 65536, 199999, 200000, 200001}) {
     WriteFile(folder / "file", before);
     KvFile file(path.c_str(), OpenModeReadWrite);
     bool isKept = false;
     {
       const DiskLimit limit(room);
-      isKept = file.Seek(199990, 0) == 199990 && file.Write("after", 5) == 5;
+      isKept =
+          file.Seek(199990, 0) == 199990 && file.Write("after", 5) == 5 && file.SetLength(200001);
       isKept = file.Close() && isKept;
     }
-    EXPECT_EQ(isKept, room == 200000);
+    EXPECT_EQ(isKept, room == 200001);
     const std::string now = ReadFile(folder / "file");
     EXPECT_EQ(now == before, !isKept) << room;
     EXPECT_EQ(folder.Names().size(), 1u);

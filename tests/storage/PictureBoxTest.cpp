@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <regex>
+#include <sstream>
 
 #include "imageio/ImageLoader.h"
 #include "imageio/StoredBitmap.h"
@@ -205,38 +206,28 @@ TEST(PictureBox, ReadsEveryGeneration) {
   Put(box.At(picbox::kRootPicMask), "oldest", encodedHead + jpeg + Compressed(place));
   Put(box.At(picbox::kRootPicMask2), "oldest2",
       plainHead + Compressed(place + Sized(picture) + Sized(mask)));
-  struct Row {
-    const char* name;
-    const char* read;
-    bool native;
-    int kind;
-    int headerSize;
-    unsigned really;
-    int type;
-    const char* tag;
-  };
-  const Row rows[] = {{"native", "picture", true, 2, 0, 0, 0, "JPG"},
-                      {"bare", "picture", true, 2, 0, 0, 1, "jpg"},
-                      {"beside", "picture", true, 1, 0, 0, 0, "tif"},
-                      {"absent", "picture mask", false, 1, 14, 6, 2, "TIF"},
-                      {"old2", "picture", false, 2, 5, 5, 1, "JPG"},
-                      {"old1", "picture mask", false, 1, 9, 5, 10, "PNG"},
-                      {"old3", "none", false, 3, 9, 5, 1, "JPG"},
-                      {"oldest", "picture", false, 2, 9, 9, 1, "jpg"},
-                      {"oldest2", "picture mask", false, 1, 9, 5, 10, "PNG"}};
+  const std::pair<const char*, const char*> rows[] = {
+      {"native", "picture, native of kind 2, head 0 of 0, to be 0 JPG"},
+      {"bare", "picture, native of kind 2, head 0 of 0, to be 1 jpg"},
+      {"beside", "picture, native of kind 1, head 0 of 0, to be 0 tif"},
+      {"absent", "picture mask, stored of kind 1, head 6 of 14, to be 2 TIF"},
+      {"old2", "picture, stored of kind 2, head 5 of 5, to be 1 JPG"},
+      {"old1", "picture mask, stored of kind 1, head 5 of 9, to be 10 PNG"},
+      {"old3", "none, stored of kind 3, head 5 of 9, to be 1 JPG"},
+      {"oldest", "picture, stored of kind 2, head 9 of 9, to be 1 jpg"},
+      {"oldest2", "picture mask, stored of kind 1, head 5 of 9, to be 10 PNG"}};
   KvString tag;
-  for (const Row& row : rows) {
-    EXPECT_EQ(box.box->AnalyzeFile(row.name, tag, "tif"), row.type) << row.name;
-    EXPECT_EQ(tag, row.tag) << row.name;
-    EXPECT_EQ(box.Read(row.name, "tif"), row.read) << row.name;
-    auto found = box.box->OpenPicture(1, row.name, "tif");
-    ASSERT_TRUE(found) << row.name;
-    EXPECT_EQ(found->native, row.native) << row.name;
-    EXPECT_EQ(found->kind, row.kind) << row.name;
-    EXPECT_EQ(found->headerSize, row.headerSize) << row.name;
-    EXPECT_EQ(found->head.bytes, row.really) << row.name;
-    if (found->place == picbox::kPlaceCount) continue;  // beside the box
+  for (const auto& [name, expected] : rows) {
+    std::ostringstream told;
+    told << box.Read(name, "tif");
+    auto found = box.box->OpenPicture(1, name, "tif");
+    ASSERT_TRUE(found) << name;
+    told << (found->native ? ", native" : ", stored") << " of kind " << found->kind << ", head "
+         << found->head.bytes << " of " << found->headerSize;
     found->stream.reset();
+    told << ", to be " << box.box->AnalyzeFile(name, tag, "tif");
+    EXPECT_EQ(told.str() + " " + tag.ToStdString(), expected) << name;
+    if (found->place == picbox::kPlaceCount) continue;  // beside the box
     const auto again = box.box->OpenAt(found->place, found->streamName.c_str());
     EXPECT_TRUE(again && again->size == found->size && again->fullName == found->fullName);
   }

@@ -50,8 +50,6 @@ class LogOfTest {
     Lines();
   }
   ~LogOfTest() { TraceLog::StopLogging(true); }
-  LogOfTest(const LogOfTest&) = delete;
-  LogOfTest& operator=(const LogOfTest&) = delete;
 
   // Those since the last call, without the time, each with "; " behind it.
   std::string Lines() {
