@@ -33,6 +33,8 @@ class RawFile {
     if (raw->idata.xmpdata && raw->idata.xmplen > 0) {
       xmp.assign(raw->idata.xmpdata, raw->idata.xmpdata + raw->idata.xmplen);
     }
+    // Some versions of the library count the zero that they put behind the packet.
+    while (!xmp.empty() && xmp.back() == 0) xmp.pop_back();
   }
 
   FormatHead Head() const {

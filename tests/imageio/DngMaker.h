@@ -7,17 +7,19 @@ namespace test {
 
 inline constexpr int kDngWidth = 64;
 inline constexpr int kDngHeight = 48;
+inline constexpr char kDngPacket[] = "<x:xmpmeta/>   ";
 
 // 16 bits under a pattern of red and green above green and blue. The left half is red, the right
 // half blue; the camera's colours are those of sRGB before its curve. Or
 // greys that grow darker from the top left corner on.
 inline Bytes MakeDng(int orientation, bool isGrey = false) {
   constexpr std::uint32_t kPixels = kDngWidth * kDngHeight;
-  constexpr std::uint32_t kEntries = 19;
+  constexpr std::uint32_t kEntries = 20;
   constexpr std::uint32_t kName = 8 + 2 + 12 * kEntries + 4;
   constexpr std::uint32_t kMatrix = kName + 12;
   constexpr std::uint32_t kNeutral = kMatrix + 9 * 8;
-  constexpr std::uint32_t kStrip = kNeutral + 3 * 8;
+  constexpr std::uint32_t kPacket = kNeutral + 3 * 8;
+  constexpr std::uint32_t kStrip = kPacket + sizeof kDngPacket;
   BlockWriter writer(true);
   writer.block = {'I', 'I'};
   writer.Number(42, 2);
@@ -36,6 +38,7 @@ inline Bytes MakeDng(int orientation, bool isGrey = false) {
   writer.Entry(277, 3, 1, 1);
   writer.Entry(278, 4, 1, kDngHeight);
   writer.Entry(279, 4, 1, kPixels * 2);
+  writer.Entry(700, 1, sizeof kDngPacket, kPacket);
   writer.Entry(33421, 4, 1, 0x00020002);  // two by two
   writer.Entry(33422, 1, 4, 0x02010100);
   writer.Entry(50706, 1, 4, 0x00000401);
@@ -49,6 +52,7 @@ inline Bytes MakeDng(int orientation, bool isGrey = false) {
     writer.Number(10000, 4);
   }
   for (int i = 0; i < 6; ++i) writer.Number(1, 4);
+  writer.block.insert(writer.block.end(), kDngPacket, kDngPacket + sizeof kDngPacket);
   for (int y = 0; y < kDngHeight; ++y) {
     for (int x = 0; x < kDngWidth; ++x) {
       const bool isRed = x % 2 == 0 && y % 2 == 0;

@@ -189,6 +189,19 @@ TEST(Jpeg, ProgressiveGivesTheSame) {
   }
 }
 
+// However long what other programs keep in a file is.
+TEST(Jpeg, OtherMarkersAreSkipped) {
+  const Bytes plain = MakeJpeg(70, 50, {JCS_RGB, 3}, WavyPixels(70, 50, 3));
+  for (const int length : {2, 3, 1000, 65535}) {
+    Bytes marker = {0xFF, 0xE5, static_cast<std::uint8_t>(length >> 8),
+                    static_cast<std::uint8_t>(length)};
+    marker.resize(static_cast<std::size_t>(length) + 2, 0xFF);
+    Bytes longer = plain;
+    longer.insert(longer.begin() + 2, marker.begin(), marker.end());
+    EXPECT_EQ(Pixels(longer), Pixels(plain)) << length;
+  }
+}
+
 // A file may lack its end mark, but nothing else; an end mark behind less does not make it whole.
 TEST(Jpeg, CutOffAnywhereIsAnError) {
   for (const bool progressive : {false, true}) {

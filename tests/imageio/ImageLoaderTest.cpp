@@ -121,8 +121,21 @@ TEST(ImageLoader, TellsWhatCannotBeSavedOrLoaded) {
     EXPECT_EQ(saver.Error(), c.error);
     saver.SetImage(kPicture);
     saver.SetMask(kMask);
-    EXPECT_FALSE(saver.Save(imageio::kTypePng).empty()) << "the next one is another";
+    Bytes file = saver.Save(imageio::kTypePpm);
+    EXPECT_FALSE(file.empty()) << "the next one is another";
     EXPECT_EQ(saver.Error(), "");
+    file.pop_back();
+    ImageLoader loader(file);
+    EXPECT_TRUE(loader.HadError());
+    EXPECT_TRUE(loader.ImageDIB().empty() && loader.MaskDIB().empty()) << "not half a picture";
+  }
+  for (const int bits : {1, 4, 8, 24, 32}) {  // where the head tells no number
+    Bytes bitmap = imageio::BlankColourBitmap(40, 60);
+    bitmap[14] = static_cast<std::uint8_t>(bits);
+    const auto head = imageio::StoredBitmap::ParseHead(bitmap);
+    EXPECT_EQ(head->Colours(), bits > 8 ? 0u : 1u << bits);
+    EXPECT_EQ(head->Bytes(),
+              40u + 4 * head->Colours() + 60u * (static_cast<unsigned>(40 * bits + 31) / 32 * 4));
   }
   const Bytes gif = {'G', 'I', 'F', '8', '9', 'a'};
   ImageLoader loader(gif);

@@ -173,6 +173,7 @@ TEST(ModuleFormats, RawPicturesAreDeveloped) {
     ImageReader reader(bytes.data(), bytes.size());
     EXPECT_EQ(reader.Info().format, Format::Raw);
     EXPECT_TRUE(HasCamera(reader.Info().metadata.exif));
+    EXPECT_EQ(reader.Info().metadata.xmp, BytesOf(kDngPacket));
     EXPECT_EQ(reader.Info().notes.size(), 1u) << "of 16 bits 8 remain";
     const bool isTurned = orientation == 6;
     ASSERT_EQ(reader.Info().width, isTurned ? kDngHeight : kDngWidth);
