@@ -3,6 +3,7 @@
 #include <jxl/encode.h>
 #include <jxl/thread_parallel_runner.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "imageio/formats/FormatGlue.h"
@@ -187,10 +188,10 @@ JxlBasicInfo InfoOf(const FormatPicture& from) {
   return info;
 }
 
-// The distance that the library's own tools take for a quality.
+// The distance that the library's own tools take for a quality. The library refuses more than 25.
 float DistanceOf(int quality) {
   if (quality >= 30) return 0.1f + static_cast<float>(100 - quality) * 0.09f;
-  return 6.4f + 0.03f * static_cast<float>((30 - quality) * (30 - quality));
+  return std::min(25.0f, 6.4f + 0.03f * static_cast<float>((30 - quality) * (30 - quality)));
 }
 
 void SetColours(JxlEncoder* encoder, const FormatPicture& from) {

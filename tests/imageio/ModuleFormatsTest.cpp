@@ -128,6 +128,7 @@ TEST(ModuleFormats, AreCloseAndQualityCounts) {
       EXPECT_LT(picture.DistanceTo(read), 3) << name;
       EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(coarse)), 12) << name;
       EXPECT_GT(fine.size(), coarse.size()) << name;
+      EXPECT_GT(coarse.size(), WrittenAt(format, picture, 1).size()) << name;
       double off = 0;
       for (std::size_t i = 0; i < read.mask.size(); ++i)
         off += std::abs(read.mask[i] - picture.mask[i]);
