@@ -136,6 +136,10 @@ TEST(ImageLoader, TellsWhatCannotBeSavedOrLoaded) {
     EXPECT_EQ(head->Colours(), bits > 8 ? 0u : 1u << bits);
     EXPECT_EQ(head->Bytes(),
               40u + 4 * head->Colours() + 60u * (static_cast<unsigned>(40 * bits + 31) / 32 * 4));
+    std::fill_n(bitmap.begin() + 20, 4, std::uint8_t{0});  // nor how long the rows are
+    EXPECT_EQ(imageio::ClaimedBitmapBytes(bitmap), head->Bytes());
+    bitmap[4] = bitmap[8] = 1;
+    EXPECT_EQ(imageio::ClaimedBitmapBytes(bitmap), 40u + 4 * head->Colours() + 4);
   }
   const Bytes gif = {'G', 'I', 'F', '8', '9', 'a'};
   ImageLoader loader(gif);
