@@ -770,6 +770,16 @@ TEST_F(FaultTest, AHeadOfTwoVersionsIsNone) {
   }
 }
 
+TEST_F(FaultTest, ANameOfAnImpossibleLengthIsAFault) {
+  const std::size_t entry = EntryOf(u"large");
+  for (const char bytesOfName : {'\x02', '\x0D', '\x42'}) {
+    bytes->bytes[entry + 64] = bytesOfName;
+    StreamPtr stream;
+    EXPECT_EQ(OpenOn(bytes)->CreateStream(u"new", kWriting, 0, 0, stream.Put()),
+              STG_E_DOCFILECORRUPT);
+  }
+}
+
 TEST_F(FaultTest, AnyLengthIsBorne) {
   for (const char* name : {"linux.box", "windows.box", "windows-4096.box"}) {
     const std::string whole = ReadFile(std::filesystem::path(FXBOX_TEST_DATA) / name);
