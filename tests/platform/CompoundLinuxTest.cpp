@@ -171,6 +171,10 @@ TEST_F(CompoundLinuxTest, SeeksSkipsAndMoves) {
   EXPECT_EQ(count, 1u);
   EXPECT_EQ(std::u16string(stat[0].pwcsName) + stat[1].pwcsName, u"bc");
   for (const STATSTG& told : stat) CoTaskMemFree(told.pwcsName);
+  WriteStream(CreateStorage(inner, u"e"), u"deep", "x");
+  EXPECT_EQ(inner->MoveElementTo(u"e", root.Get(), u"f", STGMOVE_MOVE), S_OK);
+  EXPECT_EQ(inner->MoveElementTo(u"e", root.Get(), u"g", STGMOVE_MOVE), STG_E_FILENOTFOUND);
+  EXPECT_EQ(ReadStream(OpenStorage(root, u"f"), u"deep"), "x");
 
   root.Reset();
   EXPECT_EQ(StgIsStorageFile(path.u16string().c_str()), S_OK);
