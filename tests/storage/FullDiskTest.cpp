@@ -203,6 +203,20 @@ TEST(FullDisk, LeavesNoHalfPicture) {
   ExpectSoundChanges<DiskLimit>(0, 797, 1);
 }
 
+TEST(FullDisk, LeavesNoHalfCopyOutside) {
+  Disk disk(false);
+  kvPicBox outside(platform::StoragePathOf(disk.folder.Path()).c_str(), true, false, true);
+  const auto box = disk.Opened(disk.memory.get());
+  LogOfTest log;
+  KvString ext("x");
+  {
+    const DiskLimit limit(2000);
+    EXPECT_FALSE(box->CopyImage("a", outside, "out", true, ext, false));
+  }
+  EXPECT_NE(log.Lines().find("EXCEPTION in DestFile.Write();"), std::string::npos);
+  EXPECT_FALSE(std::filesystem::exists(disk.folder / "out.x"));
+}
+
 // The first write brings along what the file held so far.
 TEST(FullDisk, LeavesAFileThatIsChangedWhole) {
   const TemporaryFolder folder;
