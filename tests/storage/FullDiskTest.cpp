@@ -215,6 +215,8 @@ TEST(FullDisk, LeavesNoHalfCopyOutside) {
   }
   EXPECT_NE(log.Lines().find("EXCEPTION in DestFile.Write();"), std::string::npos);
   EXPECT_FALSE(std::filesystem::exists(disk.folder / "out.x"));
+  EXPECT_TRUE(box->CopyImage("a", outside, "out", true, ext, false));
+  EXPECT_EQ(ReadFile(disk.folder / "out.x"), ReadAll(*box->StorageOf(picbox::kPictures), "a"));
 }
 
 // The first write brings along what the file held so far.
