@@ -107,6 +107,7 @@ TEST(Metadata, RecordsAreFoundAmongResources) {
   run.insert(run.end(), own.begin(), own.end());
   EXPECT_EQ(imageio::IptcOfResources(run), records);
   const std::string text = imageio::TextOfIptc(Bytes(40, 7));
+  EXPECT_EQ(text.substr(0, 15), "\niptc\n      52\n");
   EXPECT_EQ(text.size(), 15u + 72 + 1 + 32 + 1) << "lines of 72 digits";
   EXPECT_EQ(imageio::IptcOfText(text), Bytes(40, 7));
   while (!run.empty()) {
