@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <sstream>
+#include <utility>
 
 #include "program/ApplyRun.h"
 #include "tests/platform/Support.h"
@@ -41,8 +42,14 @@ class MeasurementsTest : public testing::Test {
     ApplyRequest request;
     request.chain = {chain};
     request.fit = fit;
-    const FileResult result = ApplyRun(request, *creator.Get(), [](double) {
-                              }).Do({folder / input, folder / output, imageio::Format::Pnm, false});
+    double told = 0;
+    const auto rises = [&told](double share) {
+      EXPECT_GE(share, std::exchange(told, share));
+      EXPECT_LE(share, 1);
+    };
+    const FileResult result = ApplyRun(request, *creator.Get(), rises)
+                                  .Do({folder / input, folder / output, imageio::Format::Pnm});
+    EXPECT_GT(told, 0.9);
     ASSERT_EQ(result.error, "");
   }
 
