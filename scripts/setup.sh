@@ -23,7 +23,7 @@ tests=(clang clang-format libclang-rt-14-dev gdk-pixbuf-tests libgsf-bin python3
   xvfb xauth xclip xdotool adwaita-icon-theme parallel
   dbus at-spi2-core gir1.2-atspi-2.0 python3-gi
   pybind11-dev python3-dev python3-numpy mypy python3-jsonschema
-  groff-base desktop-file-utils appstream shared-mime-info libglib2.0-bin)
+  zsh fish groff-base desktop-file-utils appstream shared-mime-info libglib2.0-bin)
 soak=(python3-distributed)
 # The picture and text libraries stand here too: their versions say which sources are built for
 # Windows, so that a file decodes, and a text is drawn, to the same bytes on both systems.

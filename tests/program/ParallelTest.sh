@@ -7,7 +7,6 @@ docs=$1
 FXBOX=$2
 export FXBOX BATCH=5
 count=${FXBOX_SOAK:-20}
-command -v parallel >/dev/null || exit 77
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
