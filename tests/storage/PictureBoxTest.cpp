@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <regex>
 #include <sstream>
 
 #include "imageio/ImageLoader.h"
@@ -587,6 +586,20 @@ TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
   }
 }
 
+// Lines of the log without the folder of the test and the name of the copy that tells them.
+std::string Shortened(std::string text) {
+  constexpr std::string_view kFolder = "fxbox-test-";
+  for (std::size_t at; (at = text.find(kFolder)) != std::string::npos;) {
+    const std::size_t first = text.find_last_of(" '(", at) + 1;
+    text.erase(first, text.find_first_not_of("0123456789", at + kFolder.size()) - first);
+  }
+  for (const std::string_view gone :
+       {"      kvPicBox::CopyImage(): ", "      kvPicBox::CopyImage"}) {
+    for (std::size_t at; (at = text.find(gone)) != std::string::npos;) text.erase(at, gone.size());
+  }
+  return text;
+}
+
 TEST(PictureBox, TellsTheLogTheWayOfACopy) {
   Box memory, files(true), target(true);
   const std::string jpeg = Text(FileOf(Bitmap(2, 2), imageio::kTypeJpeg));
@@ -649,15 +662,13 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
        "Source is external; dest is old format; 1st Open failed; PicBox AddFile: Unable to open "
        "stream for PicMask (JPG); length 1; Open succeeded, AddFile failed"},
   };
-  const std::regex gone("[^ '(]*fxbox-test-[0-9]*|      kvPicBox::CopyImage(\\(\\): )?");
   LogOfTest log;
   for (const auto& c : cases) {
     KvString ext = c.ext, way;
     way.Format("(%s...\\%s.%s to %s...\\%s); ", static_cast<const char*>(c.from.GetPath()), c.name,
                c.ext, static_cast<const char*>(c.to.GetPath()), c.copy);
     EXPECT_EQ(c.from.CopyImage(c.name, c.to, c.copy, c.newFormat, ext, true), c.isDone) << c.lines;
-    EXPECT_EQ(std::regex_replace(log.Lines(), gone, ""),
-              std::regex_replace(way.ToStdString(), gone, "") + c.lines + "; ");
+    EXPECT_EQ(Shortened(log.Lines()), Shortened(way.ToStdString()) + c.lines + "; ");
   }
   std::filesystem::permissions(source, std::filesystem::perms::owner_all);
   EXPECT_TRUE(outside.Delete("b"));
