@@ -22,7 +22,7 @@ case "$preset" in
     # it does not know the locks of the system's windows: those in memory are for it. It hands a
     # signal to no thread that waits for a future.
     if setarch -R true 2>/dev/null; then around=(setarch -R); fi
-    unfit='^(toolkit\.Window|dialogs\.(Window|OnScreen)|desk\.(Walk|Accessible)|program\.list_as_it_comes)$'
+    unfit='^(toolkit\.Window|dialogs\.(Window|OnScreen)|desk\.(Walk|Accessible)|program\.(dialog|list_as_it_comes))$'
     set -- -E "$unfit" "$@"
     ;;
 esac
