@@ -12,10 +12,11 @@ cd "$project/build/linux-fuzz"
 [ $# -gt 0 ] || die "there are no fuzz targets: run make fuzz"
 export each=$((seconds / $#))
 
+# A file of a few bytes may claim a picture of nearly 2 GiB, which is the most that a bitmap has.
 fuzz() {
   local said="findings/$1.log"
   mkdir -p "corpus/$1"
-  if "tests/fuzz/$1" "corpus/$1" -max_total_time="$each" -timeout=20 -rss_limit_mb=2048 \
+  if "tests/fuzz/$1" "corpus/$1" -max_total_time="$each" -timeout=20 -rss_limit_mb=4096 \
     -verbosity=0 -print_final_stats=1 -artifact_prefix="findings/$1-" >"$said" 2>&1; then
     say "$1: $(sed -n 's/^stat::number_of_executed_units: *//p' "$said") runs, nothing found"
   else

@@ -12,18 +12,22 @@
 namespace kernels {
 namespace {
 
-// Rows that are finished together: each row of the band is fetched once for all of them.
-constexpr int kRowsAtOnce = 16;
+// Rows that are worked on together: each row of the band is fetched once for all of them.
+constexpr int kRowsAtOnce = kMostRows;
+// From this radius on rows are blurred together. A narrow window is done with a row so soon that
+// the row should stay in the nearest cache.
+constexpr int kWideRadius = 5;
 // What the processor's nearest cache holds of a band beside what else it needs.
 constexpr int kCachedBytes = 32 << 10;
 // A strip of columns is so narrow that a band of it stays in the second cache, but not so narrow
 // that most of what is loaded for it lies beside it; it never takes more than this. With what a
 // strip keeps for the next one, 24 megapixels of any shape stay below 64 MiB at every radius that a
 // text can give.
-constexpr int kCachedStripBytes = 512 << 10;
+constexpr int kCachedStripBytes = 384 << 10;
 constexpr int kMostStripBytes = 8 << 20;
-// A strip is narrow enough for a quick answer to an abort.
+// Rows of a strip are short enough for a quick answer to an abort: pixels, and pixels times radius.
 constexpr int kMostStripPixels = 8192;
+constexpr int kMostStripWork = 1 << 19;
 
 std::size_t Size(int count) {
   return static_cast<std::size_t>(count);
@@ -33,9 +37,10 @@ int BandRows(int height, int radius) {
   return std::min(height, 2 * radius + kRowsAtOnce);
 }
 
+// Of a band and the rows that are blurred together.
 template <class Image>
 int ColumnBytes(int height, int radius) {
-  return BandRows(height, radius) * Image::kChannels *
+  return (BandRows(height, radius) + kRowsAtOnce) * Image::kChannels *
          static_cast<int>(sizeof(typename Image::Real));
 }
 
@@ -43,7 +48,8 @@ template <class Image>
 int StripPixels(int height, int radius) {
   const int bytes = ColumnBytes<Image>(height, radius);
   const int least = std::min(4 * radius, kMostStripBytes / bytes);
-  const int pixels = std::clamp(kCachedStripBytes / bytes, std::max(1, least), kMostStripPixels);
+  const int most = std::min(kMostStripPixels, kMostStripWork / std::max(1, radius));
+  const int pixels = std::min(std::max({1, least, kCachedStripBytes / bytes}), most);
   return pixels < 16 ? pixels : pixels / 16 * 16;  // in whole blocks
 }
 
@@ -120,12 +126,12 @@ class GaussPass {
         stripPixels(std::min(StripPixels<Image>(height, numbers.radius), edge - begin)),
         chunkPixels(ChunkPixels()),
         band(stripPixels, bandRows),
-        line(stripPixels + static_cast<int>(kRowBlock) + 2 * numbers.radius, 1),
+        rowsTogether(numbers.radius < kWideRadius ? 1 : kRowsAtOnce),
+        lineBytes(kChannels * (stripPixels + 2 * numbers.radius) + 2 * static_cast<int>(kRowBlock)),
+        lines(Size(rowsTogether * lineBytes)),
+        scratch(rowsTogether * lineBytes / kChannels, 1),
         window(Size(2 * numbers.radius + kRowsAtOnce)),
         abort(abortFlag) {
-    const int lineNumbers =
-        kChannels * (stripPixels + static_cast<int>(kRowBlock) + 2 * numbers.radius);
-    std::fill_n(line.Row(0), lineNumbers, Real{0});
     if (stripPixels < edge - begin) {
       leftOfStrip = std::make_unique_for_overwrite<std::uint8_t[]>(Size(height) * LeftBytes());
     }
@@ -155,9 +161,12 @@ class GaussPass {
     int blurred = 0;
     for (int row = 0; row < height; row += kRowsAtOnce) {
       const int end = std::min(row + kRowsAtOnce, height);
-      for (; blurred < std::min(end + numbers.radius, height); ++blurred) {
+      const int needed = std::min(end + numbers.radius, height);
+      while (blurred < needed) {
         if (abort) return false;
-        BlurRow(blurred, x, pixels);
+        const int count = std::min(rowsTogether, needed - blurred);
+        BlurRows(blurred, count, x, pixels);
+        blurred += count;
       }
       OpenWindow(row, end);
       for (int at = 0; at < pixels; at += chunkPixels) {
@@ -168,30 +177,44 @@ class GaussPass {
     return true;
   }
 
-  // The pass along a row, into the band.
-  void BlurRow(int row, int x, int pixels) {
+  // The pass along rows, into the band.
+  void BlurRows(int row, int count, int x, int pixels) {
+    GaussLines around;
+    around.count = count;
+    Real* blurred[kRowsAtOnce];
+    for (int i = 0; i < count; ++i) {
+      std::uint8_t* const bytes = lines.data() + i * lineBytes;
+      PickLine(row + i, x, pixels, bytes);
+      around.bytes[i] = bytes;
+      around.next[i] = Pixel(std::min(row + count + i, height - 1), x);
+      blurred[i] = BandRow(row + i);
+    }
+    steps.blurLines(around, numbers, scratch.Row(0), blurred,
+                    WholeRowBlocks(Size(pixels * kChannels)));
+  }
+
+  // What is blurred of a row, with its surroundings.
+  void PickLine(int row, int x, int pixels, std::uint8_t* line) {
     const int radius = numbers.radius;
-    const int loaded = std::min(pixels + radius, edge - x);
-    Real* const first = line.Row(0) + radius * kChannels;
-    steps.load(Pixel(row, x), first, loaded);
-    Real* const behind = first + loaded * kChannels;
+    const int inside = std::min(pixels + radius, edge - x);
+    std::uint8_t* const first = line + radius * kChannels;
+    steps.pick(Pixel(row, x), first, inside);
+    std::uint8_t* const behind = first + inside * kChannels;
     if (edge < regions.width) {
-      steps.load(regions.Behind(region + 1, row), behind, pixels + radius - loaded);
+      steps.pick(regions.Behind(region + 1, row), behind, pixels + radius - inside);
     } else {
-      Repeat(behind - kChannels, behind, pixels + radius - loaded);
+      Repeat(behind - kChannels, behind, pixels + radius - inside);
     }
     if (x == 0) {
-      Repeat(first, line.Row(0), radius);
+      Repeat(first, line, radius);
     } else {
-      steps.load(x == begin ? regions.Before(region, row) : LeftOf(row), line.Row(0), radius);
+      steps.pick(x == begin ? regions.Before(region, row) : LeftOf(row), line, radius);
     }
     if (leftOfStrip) KeepForNextStrip(row, x, pixels);
-    steps.blurLine(first, numbers, BandRow(row), WholeRowBlocks(Size(pixels * kChannels)),
-                   Pixel(std::min(row + 1, height - 1), x));
   }
 
   // Copies of a pixel.
-  void Repeat(const Real* pixel, Real* to, int count) const {
+  static void Repeat(const std::uint8_t* pixel, std::uint8_t* to, int count) {
     for (int i = 0; i < count * kChannels; ++i) to[i] = pixel[i % kChannels];
   }
 
@@ -222,10 +245,9 @@ class GaussPass {
   // The pass across the rows, and the bytes.
   void FinishChunk(int row, int end, int x, int at, int pixels) {
     const std::size_t first = Size(at * kChannels);
-    for (int y = row; y < end; ++y) {
-      const Real* const* const around = window.data() + (y - row) + numbers.radius;
-      steps.finish(Pixel(y, x + at), around, first, numbers, pixels);
-    }
+    std::uint8_t* colours[kRowsAtOnce];
+    for (int y = row; y < end; ++y) colours[y - row] = Pixel(y, x + at);
+    steps.finish(colours, end - row, window.data() + numbers.radius, first, numbers, pixels);
   }
 
   const GaussRegions& regions;
@@ -235,8 +257,10 @@ class GaussPass {
   const GaussSteps<Image>& steps;
   const GaussNumbers numbers;
   const int bandRows, stripPixels, chunkPixels;
-  Image band;                                   // rows after the pass along them, in a ring
-  Image line;                                   // a row before it, with its surroundings
+  Image band;  // rows after the pass along them, in a ring
+  const int rowsTogether, lineBytes;
+  std::vector<std::uint8_t> lines;              // rows before that pass, with their surroundings
+  Image scratch;                                // what it needs for them
   std::vector<const Real*> window;              // the band's rows around those that are finished
   std::unique_ptr<std::uint8_t[]> leftOfStrip;  // see LeftOf; null when there is one strip
   const std::atomic<bool>& abort;

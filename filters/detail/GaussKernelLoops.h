@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "filters/detail/GaussKernels.h"
 #include "filters/pixels/simd/Vectors.h"
@@ -19,11 +20,8 @@ template <class Real>
   return static_cast<std::uint8_t>(static_cast<int>(value));
 }
 
-[[gnu::always_inline]] inline float Largest(const std::uint8_t* pixel) {
-  int largest = pixel[0];
-  if (pixel[1] > largest) largest = pixel[1];
-  if (pixel[2] > largest) largest = pixel[2];
-  return static_cast<float>(largest);
+[[gnu::always_inline]] inline std::uint8_t Largest(const std::uint8_t* pixel) {
+  return Max(Max(pixel[0], pixel[1]), pixel[2]);
 }
 
 // What sharpening adds for each unit of deviation: nothing below the threshold. A copy of its
@@ -35,13 +33,12 @@ struct Sharpening {
   }
 };
 
-template <class Real>
-void LoadColours(const std::uint8_t* colour, Real* numbers, int pixels) {
-  for (int i = 0; i < 3 * pixels; ++i) numbers[i] = colour[i];
+inline void PickColours(const std::uint8_t* colour, std::uint8_t* bytes, int pixels) {
+  std::memcpy(bytes, colour, 3 * static_cast<std::size_t>(pixels));
 }
 
-inline void LoadBrightness(const std::uint8_t* colour, float* numbers, int pixels) {
-  for (int x = 0; x < pixels; ++x) numbers[x] = Largest(colour + 3 * x);
+inline void PickBrightness(const std::uint8_t* colour, std::uint8_t* bytes, int pixels) {
+  for (int x = 0; x < pixels; ++x) bytes[x] = Largest(colour + 3 * x);
 }
 
 template <class Real>
@@ -210,14 +207,26 @@ struct LikeNeighbours {
   }
 };
 
+// One row after the other, so that a row's numbers stay in the nearest cache.
 template <class Neighbours, class Image, class Real = typename Image::Real>
-void BlurLine(const Real* line, const GaussNumbers& numbers, Real* blurred, std::size_t count,
-              const std::uint8_t* next) {
+void BlurLine(const std::uint8_t* bytes, const std::uint8_t* next, const GaussNumbers& numbers,
+              Real* scratch, Real* blurred, std::size_t count) {
+  const auto ahead = static_cast<std::size_t>(numbers.radius * Image::kChannels);
+  for (std::size_t i = 0; i < count + 2 * ahead; ++i) scratch[i] = bytes[i];
+  const Real* const line = scratch + ahead;
   for (std::size_t i = 0; i < count; i += kTogether<Real>) {
     __builtin_prefetch(next + 3 * i / Image::kChannels);
     Vector<Real> mean[kVectors];
     Neighbours::template Deviate<Real>(AlongLine<Image>{line}, i, numbers, mean);
     for (int v = 0; v < kVectors; ++v) Store(Load(line + i, v) + mean[v], blurred + i, v);
+  }
+}
+
+template <class Neighbours, class Image, class Real = typename Image::Real>
+void BlurLines(const GaussLines& lines, const GaussNumbers& numbers, Real* scratch,
+               Real* const* blurred, std::size_t count) {
+  for (int i = 0; i < lines.count; ++i) {
+    BlurLine<Neighbours, Image>(lines.bytes[i], lines.next[i], numbers, scratch, blurred[i], count);
   }
 }
 
@@ -233,22 +242,24 @@ void DeviateRows(const Real* const* rows, std::size_t first, const GaussNumbers&
 
 // The pass across the rows, and then the bytes.
 template <class Neighbours, class Image, auto kFinish, class Real = typename Image::Real>
-void FinishRows(std::uint8_t* colour, const Real* const* rows, std::size_t first,
-                const GaussNumbers& numbers, int pixels) {
+void FinishRows(std::uint8_t* const* colours, int rowCount, const Real* const* rows,
+                std::size_t first, const GaussNumbers& numbers, int pixels) {
   Real deviations[kMostFinishedPixels];
-  const auto count = static_cast<std::size_t>(pixels * Image::kChannels);
-  DeviateRows<Neighbours>(rows, first, numbers, deviations, WholeRowBlocks(count));
-  kFinish(colour, rows[0] + first, deviations, numbers, pixels);
+  const std::size_t count = WholeRowBlocks(static_cast<std::size_t>(pixels * Image::kChannels));
+  for (int y = 0; y < rowCount; ++y) {
+    DeviateRows<Neighbours>(rows + y, first, numbers, deviations, count);
+    kFinish(colours[y], rows[y] + first, deviations, numbers, pixels);
+  }
 }
 
 constexpr GaussKernelTable kGaussKernels = {
-    {LoadColours<float>, BlurLine<WholeWindow, FloatImage>,
+    {PickColours, BlurLines<WholeWindow, FloatImage>,
      FinishRows<WholeWindow, FloatImage, FinishBlur<float>>},
-    {LoadColours<float>, BlurLine<WholeWindow, FloatImage>,
+    {PickColours, BlurLines<WholeWindow, FloatImage>,
      FinishRows<WholeWindow, FloatImage, FinishSharpen>},
-    {LoadBrightness, BlurLine<WholeWindow, FloatPlane>,
+    {PickBrightness, BlurLines<WholeWindow, FloatPlane>,
      FinishRows<WholeWindow, FloatPlane, FinishBrightness>},
-    {LoadColours<double>, BlurLine<LikeNeighbours, DoubleImage>,
+    {PickColours, BlurLines<LikeNeighbours, DoubleImage>,
      FinishRows<LikeNeighbours, DoubleImage, FinishBlur<double>>}};
 
 }  // namespace

@@ -22,25 +22,37 @@ struct GaussNumbers {
   float amount;     // sharpening: share of the deviation that is added
 };
 
-// The most pixels that are finished at once, and the most of their numbers.
+// The most pixels of a row that are finished at once, and the most of their numbers.
 inline constexpr int kMostFinishedPixels = 8 * static_cast<int>(kRowBlock);
+// The most rows that are worked on at once.
+inline constexpr int kMostRows = 16;
 
-// How a filter does its work on the rows of an Image. Counts are numbers and reach the next whole
-// block (FloatImage.h); pixels are exact. No two rows overlap.
+// Rows that are blurred along.
+struct GaussLines {
+  int count;  // 1..kMostRows
+  // What is blurred, a byte for each number. Each row has radius * channels numbers ahead of it and
+  // behind its last block.
+  const std::uint8_t* bytes[kMostRows];
+  // The colours that come next, which are fetched meanwhile.
+  const std::uint8_t* next[kMostRows];
+};
+
+// How a filter does its work on the rows of an Image. Counts of numbers reach the next whole block
+// (FloatImage.h); pixels are exact. No two rows overlap.
 template <class Image>
 struct GaussSteps {
   using Real = typename Image::Real;
 
-  // The numbers of a colour row.
-  void (*load)(const std::uint8_t* colour, Real* numbers, int pixels);
-  // Along a row: `line` has radius * channels numbers ahead of it and behind its last block. The
-  // colours that are to be loaded next are fetched meanwhile.
-  void (*blurLine)(const Real* line, const GaussNumbers& numbers, Real* blurred, std::size_t count,
-                   const std::uint8_t* next);
-  // Across the rows rows[-radius]..rows[radius], from the number `first` of each on, a whole number
-  // of blocks: writes the pixels, truncated and limited to 0..255.
-  void (*finish)(std::uint8_t* colour, const Real* const* rows, std::size_t first,
-                 const GaussNumbers& numbers, int pixels);
+  // What is blurred of a colour row.
+  void (*pick)(const std::uint8_t* colour, std::uint8_t* bytes, int pixels);
+  // Along the rows: `count` numbers of each. The scratch holds all numbers of kMostRows lines.
+  void (*blurLines)(const GaussLines& lines, const GaussNumbers& numbers, Real* scratch,
+                    Real* const* blurred, std::size_t count);
+  // Across the rows: row i of `rowCount` colour rows from rows[i - radius]..rows[i + radius], from
+  // the number `first` of each on, a whole number of blocks. Writes the pixels, truncated and
+  // limited to 0..255.
+  void (*finish)(std::uint8_t* const* colours, int rowCount, const Real* const* rows,
+                 std::size_t first, const GaussNumbers& numbers, int pixels);
 };
 
 struct GaussKernelTable {

@@ -1,15 +1,177 @@
-// Gaussian filters over wide vectors: across the rows first by sums that round otherwise and take
-// half as long. Where such a value lies so close to a whole number that its truncation is in doubt,
-// the sums of GaussKernelLoops.h decide.
+// Gaussian filters over wide vectors.
+//
+// Neighbours in the direction of a pass share most of their windows: a few of them are summed up
+// together, so that each vector is loaded once for all. Along the rows this needs rows that lie
+// side by side, a lane each. It pays for wide windows.
+//
+// Across the rows the sums are first taken in another order, which rounds otherwise and takes half
+// as long. Where such a value lies so close to a whole number that its truncation is in doubt, the
+// sums of GaussKernelLoops.h decide.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 #include "filters/detail/GaussKernelLoops.h"
 
 namespace kernels {
 namespace {
+
+// Neighbours that are summed up together.
+constexpr int kNeighbours = 4;
+constexpr int kLaneCount = kLanes<Floats>;
+
+// The vectors at one distance on either side of neighbours, which move on by one place at a time.
+// `at(n)` is what lies n places behind the first neighbour.
+template <int kCount, class Place>
+class Sides {
+ public:
+  [[gnu::always_inline]] explicit Sides(const Place& place) : at(place) {
+    for (int i = 0; i < kCount; ++i) before[i] = behind[i] = at(i);
+  }
+
+  [[gnu::always_inline]] void MoveTo(int distance) {
+    for (int i = kCount - 1; i > 0; --i) before[i] = before[i - 1];
+    before[0] = at(-distance);
+    for (int i = 0; i + 1 < kCount; ++i) behind[i] = behind[i + 1];
+    behind[kCount - 1] = at(kCount - 1 + distance);
+  }
+
+  [[gnu::always_inline]] Floats Both(int i) const { return before[i] + behind[i]; }
+
+ private:
+  const Place at;
+  Floats before[kCount], behind[kCount];
+};
+
+// The mean of the deviations as WholeWindow has it. Twice the centre is a number of single
+// precision, so that taking it off by a product rounds no more than a subtraction.
+template <int kCount, class Place>
+[[gnu::always_inline]] inline void DeviateTogether(const Place& at, const GaussNumbers& numbers,
+                                                   Floats (&mean)[kCount]) {
+  Floats centre[kCount];
+  for (int i = 0; i < kCount; ++i) {
+    centre[i] = at(i);
+    mean[i] = Floats{};
+  }
+  Sides<kCount, Place> sides(at);
+#pragma GCC unroll 4
+  for (int j = 1; j <= numbers.radius; ++j) {
+    sides.MoveTo(j);
+    const auto weight = All<Floats>(numbers.weights[j]);
+    for (int i = 0; i < kCount; ++i) {
+      mean[i] += MultiplyAdd(centre[i], All<Floats>(-2), sides.Both(i)) * weight;
+    }
+  }
+}
+
+// --- along rows that lie side by side
+
+// Exchanges what lies off the diagonal of squares of 2 * kWay lanes.
+template <int kWay, std::size_t... kLane>
+[[gnu::always_inline]] inline void Exchange(Floats& a, Floats& b, std::index_sequence<kLane...>) {
+  const Floats first =
+      __builtin_shufflevector(a, b, (kLane & kWay ? kLaneCount + kLane - kWay : kLane)...);
+  b = __builtin_shufflevector(a, b, (kLane & kWay ? kLaneCount + kLane : kLane + kWay)...);
+  a = first;
+}
+
+// Rows become columns.
+template <int kWay = kLaneCount / 2>
+[[gnu::always_inline]] inline void Transpose(Floats (&square)[kLaneCount]) {
+#pragma GCC unroll 16
+  for (int i = 0; i < kLaneCount; ++i) {
+    if (i & kWay) continue;
+    Exchange<kWay>(square[i], square[i + kWay], std::make_index_sequence<kLaneCount>());
+  }
+  if constexpr (kWay > 1) Transpose<kWay / 2>(square);
+}
+
+// The numbers of the lines from `first` on, number by number.
+inline void LayLinesSideBySide(const GaussLines& lines, int first, float* numbers,
+                               std::size_t count) {
+  const std::uint8_t* bytes[kLaneCount];
+  for (int i = 0; i < kLaneCount; ++i) bytes[i] = lines.bytes[Min(first + i, lines.count - 1)];
+  for (std::size_t n = 0; n < count; n += kLaneCount) {
+    Floats square[kLaneCount];
+#pragma GCC unroll 16
+    for (int i = 0; i < kLaneCount; ++i) square[i] = LoadFloats(bytes[i] + n);
+    Transpose(square);
+#pragma GCC unroll 16
+    for (int i = 0; i < kLaneCount; ++i) {
+      Store(numbers + (n + static_cast<std::size_t>(i)) * kLaneCount, square[i]);
+    }
+  }
+}
+
+// Neighbouring pixels of one channel, from the first one's place on.
+template <int kChannels>
+[[gnu::always_inline]] inline void BlurNeighbours(const float* first, const GaussNumbers& numbers,
+                                                  Floats* blurred) {
+  const auto at = [first](int n) __attribute__((always_inline)) {
+    return Load<Floats>(first + n * (kChannels * kLaneCount));
+  };
+  Floats mean[kNeighbours];
+  DeviateTogether(at, numbers, mean);
+  for (int i = 0; i < kNeighbours; ++i) blurred[i * kChannels] = at(i) + mean[i];
+}
+
+// A block of the numbers of all lanes, back into rows.
+inline void StoreLanes(Floats (&block)[kRowBlock], float* const* rows, int rowCount,
+                       std::size_t at) {
+  for (std::size_t part = 0; part < kRowBlock; part += kLaneCount) {
+    Floats square[kLaneCount];
+#pragma GCC unroll 16
+    for (std::size_t i = 0; i < kLaneCount; ++i) square[i] = block[part + i];
+    Transpose(square);
+#pragma GCC unroll 16
+    for (int i = 0; i < kLaneCount; ++i) {
+      if (i < rowCount) Store(rows[i] + at + part, square[i]);
+    }
+  }
+}
+
+// As many rows as there are lanes, or fewer, from `first` on.
+template <class Image>
+void BlurSideBySide(const GaussLines& lines, int first, const GaussNumbers& numbers, float* scratch,
+                    float* const* blurred, std::size_t count) {
+  constexpr int kChannels = Image::kChannels;
+  constexpr int kPixels = static_cast<int>(kRowBlock) / kChannels;
+  static_assert(kPixels % kNeighbours == 0);
+  const auto ahead = static_cast<std::size_t>(numbers.radius * kChannels);
+  const int rowCount = Min(kLaneCount, lines.count - first);
+  LayLinesSideBySide(lines, first, scratch, count + 2 * ahead);
+  for (std::size_t i = 0; i < count; i += kRowBlock) {
+    for (int row = first; row < first + rowCount; ++row) {
+      __builtin_prefetch(lines.next[row] + 3 * i / kChannels);
+    }
+    const float* const at = scratch + (ahead + i) * kLaneCount;
+    Floats block[kRowBlock];
+    for (int n = 0; n < kPixels * kChannels; n += kNeighbours * kChannels) {
+      for (int channel = 0; channel < kChannels; ++channel) {
+        BlurNeighbours<kChannels>(at + (n + channel) * kLaneCount, numbers, block + n + channel);
+      }
+    }
+    StoreLanes(block, blurred + first, rowCount, i);
+  }
+}
+
+// A few rows would leave most lanes empty.
+template <class Image>
+void BlurLinesInVectors(const GaussLines& lines, const GaussNumbers& numbers, float* scratch,
+                        float* const* blurred, std::size_t count) {
+  int row = 0;
+  for (; 2 * (lines.count - row) >= kLaneCount; row += kLaneCount) {
+    BlurSideBySide<Image>(lines, row, numbers, scratch, blurred, count);
+  }
+  for (; row < lines.count; ++row) {
+    BlurLine<WholeWindow, Image>(lines.bytes[row], lines.next[row], numbers, scratch, blurred[row],
+                                 count);
+  }
+}
+
+// --- across the rows
 
 // Levels by which the two sums of a blur may differ: half a unit in the last place of the partial
 // sums for each neighbour, and some for the weights.
@@ -39,89 +201,129 @@ struct Sharpened {
   float amount, doubt;
 };
 
-template <class Method>
+template <class Method, int kRows>
 class RowFinish {
  public:
-  RowFinish(const float* const* rows, std::size_t first, const GaussNumbers& gaussNumbers)
-      : window{rows, first}, numbers(gaussNumbers), method(gaussNumbers) {}
+  RowFinish(const float* const* bandRows, std::size_t firstNumber, const GaussNumbers& gaussNumbers)
+      : rows(bandRows), first(firstNumber), numbers(gaussNumbers), method(gaussNumbers) {}
 
-  // The pixels' numbers from place i on. Doubt mostly comes in areas.
-  [[gnu::always_inline]] void Finish(std::uint8_t* colour, std::size_t i) {
-    Floats values[kVectors];
-    if (!isInDoubt) {
-      SumUp(colour, i, values);
-      isInDoubt = IsInDoubt(values);
+  // The numbers from place i on, which are the colours from place `at` on.
+  [[gnu::always_inline]] void Finish(std::uint8_t* const* colours, std::size_t at,
+                                     std::size_t i) const {
+    const auto row = [ this, i ](int y) __attribute__((always_inline)) {
+      return Load<Floats>(rows[y] + first + i);
+    };
+    Floats before[kRows], values[kRows];
+    SumUp(row, values);
+    for (int y = 0; y < kRows; ++y) {
+      before[y] = LoadFloats(colours[y] + at);
+      values[y] = method.About(before[y], values[y]);
     }
-    if (isInDoubt) {
-      Floats deviations[kVectors];
-      WholeWindow::Deviate<float>(window, i, numbers, deviations);
-      for (int v = 0; v < kVectors; ++v) {
-        values[v] = method.Exactly(Before(colour, v), Load(window.At(0) + i, v), deviations[v]);
-      }
-      isInDoubt = IsInDoubt(values);
+    if (IsInDoubt(values)) {
+      Floats deviations[kRows];
+      DeviateTogether(row, numbers, deviations);
+      for (int y = 0; y < kRows; ++y) values[y] = method.Exactly(before[y], row(y), deviations[y]);
     }
-    for (int v = 0; v < kVectors; ++v) {
-      StoreTruncated(colour + v * kLanes<Floats>, Min(Max(values[v], Floats{}), All<Floats>(255)));
+    for (int y = 0; y < kRows; ++y) {
+      StoreTruncated(colours[y] + at, Min(Max(values[y], Floats{}), All<Floats>(255)));
     }
   }
 
  private:
-  [[gnu::always_inline]] static Floats Before(const std::uint8_t* colour, int v) {
-    return LoadFloats(colour + v * kLanes<Floats>);
-  }
-
-  [[gnu::always_inline]] void SumUp(const std::uint8_t* colour, std::size_t i,
-                                    Floats (&values)[kVectors]) const {
-    for (int v = 0; v < kVectors; ++v) values[v] = Load(window.At(0) + i, v) * numbers.weights[0];
+  template <class Place>
+  [[gnu::always_inline]] void SumUp(const Place& row, Floats (&sums)[kRows]) const {
+    for (int y = 0; y < kRows; ++y) sums[y] = row(y) * numbers.weights[0];
+    Sides<kRows, Place> sides(row);
+#pragma GCC unroll 4
     for (int j = 1; j <= numbers.radius; ++j) {
+      sides.MoveTo(j);
       const auto weight = All<Floats>(numbers.weights[j]);
-      for (int v = 0; v < kVectors; ++v) {
-        const Floats both = Load(window.At(-j) + i, v) + Load(window.At(j) + i, v);
-        values[v] = MultiplyAdd(both, weight, values[v]);
-      }
+      for (int y = 0; y < kRows; ++y) sums[y] = MultiplyAdd(sides.Both(y), weight, sums[y]);
     }
-    for (int v = 0; v < kVectors; ++v) values[v] = method.About(Before(colour, v), values[v]);
   }
 
-  [[gnu::always_inline]] bool IsInDoubt(const Floats (&values)[kVectors]) const {
+  [[gnu::always_inline]] bool IsInDoubt(const Floats (&values)[kRows]) const {
     Floats least = All<Floats>(1);
-    for (int v = 0; v < kVectors; ++v) {
-      least = Min(Magnitude(values[v] - Nearest(values[v])), least);
-    }
+    for (const Floats& value : values) least = Min(Magnitude(value - Nearest(value)), least);
     return IsAny(least < method.doubt);
   }
 
-  const AcrossRows<float> window;
+  const float* const* const rows;
+  const std::size_t first;
   const GaussNumbers& numbers;
   const Method method;
-  bool isInDoubt = false;
 };
 
-template <class Method>
-void FinishInVectors(std::uint8_t* colour, const float* const* rows, std::size_t first,
-                     const GaussNumbers& numbers, int pixels) {
-  RowFinish<Method> row(rows, first, numbers);
+template <class Method, int kRows>
+void FinishTogether(std::uint8_t* const* colours, const float* const* rows, std::size_t first,
+                    const GaussNumbers& numbers, int pixels) {
+  const RowFinish<Method, kRows> finish(rows, first, numbers);
   const std::size_t count = 3 * static_cast<std::size_t>(pixels);
   std::size_t i = 0;
-  for (; i + kTogether<float> <= count; i += kTogether<float>) row.Finish(colour + i, i);
+  for (; i + kLaneCount <= count; i += kLaneCount) finish.Finish(colours, i, i);
   if (i == count) return;
-  std::uint8_t rest[kTogether<float>] = {};
-  __builtin_memcpy(rest, colour + i, count - i);
-  row.Finish(rest, i);
-  __builtin_memcpy(colour + i, rest, count - i);
+  std::uint8_t rest[kRows][kLaneCount] = {};
+  std::uint8_t* rests[kRows];
+  for (int y = 0; y < kRows; ++y) {
+    rests[y] = rest[y];
+    std::memcpy(rest[y], colours[y] + i, count - i);
+  }
+  finish.Finish(rests, 0, i);
+  for (int y = 0; y < kRows; ++y) std::memcpy(colours[y] + i, rest[y], count - i);
 }
 
-inline void FinishSharpenInVectors(std::uint8_t* colour, const float* const* rows,
-                                   std::size_t first, const GaussNumbers& numbers, int pixels) {
+template <class Method>
+void FinishInVectors(std::uint8_t* const* colours, int rowCount, const float* const* rows,
+                     std::size_t first, const GaussNumbers& numbers, int pixels) {
+  int y = 0;
+  for (; y + kNeighbours <= rowCount; y += kNeighbours) {
+    FinishTogether<Method, kNeighbours>(colours + y, rows + y, first, numbers, pixels);
+  }
+  for (; y < rowCount; ++y) {
+    FinishTogether<Method, 1>(colours + y, rows + y, first, numbers, pixels);
+  }
+}
+
+// Of methods that need a pixel's channels together.
+template <class Image, auto kFinish>
+void FinishPixels(std::uint8_t* const* colours, int rowCount, const float* const* rows,
+                  std::size_t first, const GaussNumbers& numbers, int pixels) {
+  int y = 0;
+  for (; y + kNeighbours <= rowCount; y += kNeighbours) {
+    float deviations[kNeighbours][kMostFinishedPixels];
+    for (std::size_t i = 0; i < static_cast<std::size_t>(pixels * Image::kChannels);
+         i += kLaneCount) {
+      Floats mean[kNeighbours];
+      const auto at = [&](int row) __attribute__((always_inline)) {
+        return Load<Floats>(rows[y + row] + first + i);
+      };
+      DeviateTogether(at, numbers, mean);
+      for (int k = 0; k < kNeighbours; ++k) Store(deviations[k] + i, mean[k]);
+    }
+    for (int k = 0; k < kNeighbours; ++k) {
+      kFinish(colours[y + k], rows[y + k] + first, deviations[k], numbers, pixels);
+    }
+  }
+  FinishRows<WholeWindow, Image, kFinish>(colours + y, rowCount - y, rows + y, first, numbers,
+                                          pixels);
+}
+
+inline void FinishSharpenInVectors(std::uint8_t* const* colours, int rowCount,
+                                   const float* const* rows, std::size_t first,
+                                   const GaussNumbers& numbers, int pixels) {
   (numbers.threshold <= 0.0f
        ? FinishInVectors<Sharpened>
-       : FinishRows<WholeWindow, FloatImage, FinishSharpen>)(colour, rows, first, numbers, pixels);
+       : FinishPixels<FloatImage, FinishSharpen>)(colours, rowCount, rows, first, numbers, pixels);
 }
 
 constexpr GaussKernelTable kGaussVectorKernels = [] {
   GaussKernelTable table = kGaussKernels;
+  table.blur.blurLines = BlurLinesInVectors<FloatImage>;
   table.blur.finish = FinishInVectors<Blurred>;
+  table.sharpen.blurLines = BlurLinesInVectors<FloatImage>;
   table.sharpen.finish = FinishSharpenInVectors;
+  table.sharpenBrightness.blurLines = BlurLinesInVectors<FloatPlane>;
+  table.sharpenBrightness.finish = FinishPixels<FloatPlane, FinishBrightness>;
   return table;
 }();
 
