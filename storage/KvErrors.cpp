@@ -1,6 +1,5 @@
 #include "storage/KvErrors.h"
 
-#include <iterator>
 #include <utility>
 
 #include "platform/RawFile.h"
@@ -11,23 +10,21 @@ namespace {
 
 constexpr unsigned kExclamation = 0x30;
 
-// From cause 2 on.
-constexpr const char* kCauseTexts[] = {
-    "\nThe file could not be located.",
-    "\nAll or part of the path is invalid.",
-    "\nThe permitted number of open files was exceeded.",
-    "\nThe file could not be accessed.",
-    "\nThere was an attempt to use an invalid file handle.",
-    "\nThe current working directory cannot be removed.",
-    "\nThere are no more directory entries.",
-    "\nThere was an error trying to set the file pointer.",
-    "\nThere was a hardware error.",
-    "\nSHARE.EXE was not loaded, or a shared region was locked.",
-    "\nThere was an attempt to lock a region that was already locked.",
-    "\nThe disk is full.",
-    "\nThe end of file was reached.",
+constexpr std::pair<FileCause, const char*> kCauseTexts[] = {
+    {FileCause::NotFound, "\nThe file could not be located."},
+    {FileCause::BadPath, "\nAll or part of the path is invalid."},
+    {FileCause::TooManyOpenFiles, "\nThe permitted number of open files was exceeded."},
+    {FileCause::AccessDenied, "\nThe file could not be accessed."},
+    {FileCause::InvalidFile, "\nThere was an attempt to use an invalid file handle."},
+    {FileCause::RemoveCurrentFolder, "\nThe current working directory cannot be removed."},
+    {FileCause::FolderFull, "\nThere are no more directory entries."},
+    {FileCause::BadSeek, "\nThere was an error trying to set the file pointer."},
+    {FileCause::HardIo, "\nThere was a hardware error."},
+    {FileCause::SharingViolation, "\nSHARE.EXE was not loaded, or a shared region was locked."},
+    {FileCause::LockViolation, "\nThere was an attempt to lock a region that was already locked."},
+    {FileCause::DiskFull, "\nThe disk is full."},
+    {FileCause::EndOfFile, "\nThe end of file was reached."},
 };
-constexpr int kFirstCauseWithText = 2;
 
 FileCause CauseOf(int systemError) {
   constexpr std::pair<int, FileCause> kCauses[] = {
@@ -63,8 +60,9 @@ KvFileException::KvFileException(int osError, const char* file)
 KvString KvFileException::Message() const {
   KvString message;
   message.Format("Error processing file '%s'", static_cast<const char*>(fileName));
-  const int index = static_cast<int>(cause) - kFirstCauseWithText;
-  if (index >= 0 && index < static_cast<int>(std::size(kCauseTexts))) message += kCauseTexts[index];
+  for (const auto& [which, text] : kCauseTexts) {
+    if (which == cause) message += text;
+  }
   return message;
 }
 

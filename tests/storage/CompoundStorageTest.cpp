@@ -150,8 +150,9 @@ TEST(CompoundStorage, WithoutAnElementDoesNothing) {
   KvStorage other(nullptr);
   EXPECT_TRUE(empty.CopyTo(&other));
   EXPECT_TRUE(empty.CopyTo(nullptr));
-  const KvStorage pathless("", OpenModeReadWrite, false, false);
-  EXPECT_TRUE(const_cast<KvStorage&>(pathless).IsBad());
+  KvStorage absent("\\absent", OpenModeRead, false, false);
+  EXPECT_TRUE(absent.IsBad());
+  EXPECT_EQ(absent.GetPath(), "");
   EXPECT_EQ(KvStorage::CreateNewKvStorage("", OpenModeRead, false, false), nullptr);
 }
 

@@ -38,13 +38,6 @@ TEST(StreamException, SharesItsTextBetweenCopies) {
   EXPECT_EQ(second.Code(), -6);
 }
 
-TEST(KvError, SaysWhatWhereAndWhy) {
-  const CKvError error("PicBox File may be not opened", 0x88870004, "Sources/kvPicBox", 490);
-  EXPECT_STREQ(error.Text(), "CGalleryError-Exception: PicBox File may be not opened");
-  EXPECT_STREQ(error.Location(), "Sources/kvPicBox(490)");
-  EXPECT_EQ(error.Code(), 0x88870004u);
-}
-
 TEST(FileError, IsShownWithItsCause) {
   using List = std::vector<std::string>;
   const std::string line = "Error processing file 'a\\b.jpg'";
@@ -64,7 +57,7 @@ TEST(FileError, IsShownWithItsCause) {
 TEST(StorageReports, NameTheOperationAndTheObject) {
   using testing::HasSubstr;
   const TemporaryFolder folder;
-  WriteFile(folder / "ZNDebug.txt", "KvStorage KvStorage_Quillan");
+  WriteFile(folder / "ZNDebug.txt", "KvStorage KvStorage_Quillan KVExeption");
   platform::FakeServices fakes;
   fakes.process.program = folder / "Test";
   fakes.process.stateFolder = folder.Path();
@@ -90,6 +83,9 @@ TEST(StorageReports, NameTheOperationAndTheObject) {
     if (line.find("KvStorage_Quillan") == line.npos && count++ % 3 != 0) told += line;
   }
   EXPECT_EQ(told, name + "\n\n\n" + name + "\n\n\nabsent\n\n\n on OpenStorage with absent\n\n\n");
+  const CKvError error("what", 1, "where", 2);
+  EXPECT_STREQ(error.Text(), "CGalleryError-Exception: what");
+  EXPECT_EQ(fakes.desktop.debugOutput.back(), "where(2):what\n");
   const StoragePtr boxes(new KvSimpStorage(path.c_str(), OpenModeReadWrite, true, false));
   Put(*boxes, "below\\a", "x");
   const std::string noFolder = path + "\\below\\a\\b";

@@ -33,6 +33,7 @@ TEST(FolderStorage, NamesItsFolders) {
   EXPECT_STREQ(BoxFolder("box/pic", false)->GetPathText(), "box_kv\\pic\\");
   EXPECT_STREQ(BoxFolder("C:\\a", false)->GetPathText(), "C:\\a_kv\\");
   EXPECT_STREQ(BoxFolder("a/b/c", false)->GetPathText(), "a_kv\\b\\c\\");
+  EXPECT_STREQ(BoxFolder("/a", false)->GetPathText(), "_kv\\a\\");
   EXPECT_STREQ(BoxFolder("a/b", true)->GetPathText(), "a\\b\\");
   EXPECT_STREQ(BoxFolder("", true)->GetPathText(), ".\\");
   EXPECT_TRUE(BoxFolder("a", true)->IsExternal());
@@ -136,7 +137,7 @@ TEST(FolderStorage, SeeksAsStreamsDo) {
   EXPECT_EQ(stream->LockRange(0, 5), 1);
   EXPECT_EQ(stream->UnlockRange(0, 5), 1);
   EXPECT_EQ(stream->Write("x", 1), 0u);
-  stream->Close();
+  EXPECT_TRUE(CloseChecked(stream)) << "nothing is lost";
 }
 
 TEST(FolderStorage, FindsNamesWithoutCase) {
@@ -151,6 +152,9 @@ TEST(FolderStorage, FindsNamesWithoutCase) {
   EXPECT_EQ(folder.Names().size(), 1u);
 #else
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"photo.jpg"});
+  WriteFile(folder / "PHOTO.jpg", "three");
+  EXPECT_EQ(ReadAll(*storage, "photo.jpg") + ReadAll(*storage, "photo.JPG"), "twothree");
+  fs::remove(folder / "PHOTO.jpg");
 #endif
   EXPECT_EQ(ReadAll(*storage, "Photo.JPG"), "two");
   EXPECT_TRUE(storage->DeleteStream("PHOTO.jpg"));
