@@ -13,7 +13,6 @@
 #include "storage/KvFile.h"
 #include "storage/KvPrivateStorage.h"
 #include "storage/KvSimpStorage.h"
-#include "storage/KvStorage.h"
 #include "storage/kvPicBox.h"
 #include "tests/storage/StorageSupport.h"
 
@@ -71,10 +70,8 @@ struct Kept {
 // A box of one picture and its note, and two more to copy from.
 class Disk {
  public:
-  explicit Disk(bool isFolder)
-      : folderKind(isFolder), path(platform::StoragePathOf(folder / "box")) {
-    const StoragePtr storage(Open());
-    Fill(*Opened(storage.get()), kBefore, {}, "before");
+  explicit Disk(bool isFolder) : folderKind(isFolder) {
+    Fill(*Open(), kBefore, {}, "before");
     imageio::ImageLoader loader;
     loader.SetImage(kPicture);
     const Bytes file = loader.Save(imageio::kTypePng);
@@ -93,15 +90,12 @@ class Disk {
   Kept Run(const Operation& operation, int n) {
     Kept kept;
     {
-      StoragePtr storage(Open());
-      auto box = Opened(storage.get());
+      auto box = Open();
       const Trouble trouble(n);
       kept.isDone = operation(*box, *this);
       box.reset();
-      storage.reset();
     }
-    const StoragePtr storage(Open());
-    const auto box = Opened(storage.get());
+    const auto box = Open();
     box->GetQuick("a", "", &kept.picture, &kept.mask);
     kept.note = box->GetImageInfo("a", nullptr).ToStdString();
     EXPECT_FALSE(box->HasFailed()) << "half a picture";
@@ -118,9 +112,9 @@ class Disk {
                                            OpenModeReadWrite, true, false)};
 
  private:
-  IKvStorage* Open() {
-    if (folderKind) return new KvSimpStorage(path.c_str(), OpenModeReadWrite, true, false);
-    return KvStorage::CreateNewKvStorage(path.c_str(), OpenModeReadWrite, false, false);
+  std::unique_ptr<kvPicBox> Open() {
+    return std::make_unique<kvPicBox>(platform::StoragePathOf(folder / "box").c_str(), folderKind,
+                                      folderKind, false);
   }
   static void Fill(kvPicBox& box, const Bytes& picture, const Bytes& mask, const char* note) {
     box.AddFile("a", picture, mask, 1, 2, false, false, false);
@@ -128,7 +122,6 @@ class Disk {
   }
 
   bool folderKind;
-  std::string path;
 };
 
 bool AddStream(kvPicBox& box, Disk& disk, bool asNative) {
@@ -206,14 +199,23 @@ TEST(FullDisk, LeavesNoHalfPicture) {
 TEST(FullDisk, LeavesNoHalfCopyOutside) {
   Disk disk(false);
   kvPicBox outside(platform::StoragePathOf(disk.folder.Path()).c_str(), true, false, true);
-  const auto box = disk.Opened(disk.memory.get());
+  kvPicBox none(platform::StoragePathOf(disk.folder / "file.png" / "x").c_str(), true, true, false);
+  const auto box = disk.Opened(disk.memory.get()), files = disk.Opened(disk.files.get());
   LogOfTest log;
   KvString ext("x");
   {
-    const DiskLimit limit(2000);
+    const DiskLimit limit(1500);
     EXPECT_FALSE(box->CopyImage("a", outside, "out", true, ext, false));
+    EXPECT_FALSE(AddStream(*files, disk, true) || AddStream(none, disk, true));
   }
-  EXPECT_NE(log.Lines().find("EXCEPTION in DestFile.Write();"), std::string::npos);
+  EXPECT_TRUE(files->HasFailed() && none.HasFailed());
+  const std::string told = log.Lines();
+  const auto size = std::to_string(std::filesystem::file_size(disk.folder / "file.png"));
+  for (const std::string& line : {std::string("EXCEPTION in DestFile.Write();"),
+                                  "PicBox AddFile Error on a, Trace=" + size + ";",
+                                  std::string("Error on a - cause=3, IOsError=3, Trace=0 ;")}) {
+    EXPECT_NE(told.find(line), std::string::npos) << line << told;
+  }
   EXPECT_FALSE(std::filesystem::exists(disk.folder / "out.x"));
   EXPECT_TRUE(box->CopyImage("a", outside, "out", true, ext, false));
   EXPECT_EQ(ReadFile(disk.folder / "out.x"), ReadAll(*box->StorageOf(picbox::kPictures), "a"));

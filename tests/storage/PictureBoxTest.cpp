@@ -611,7 +611,7 @@ TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
 std::string Shortened(std::string text) {
   constexpr std::string_view kFolder = "fxbox-test-";
   for (std::size_t at; (at = text.find(kFolder)) != std::string::npos;) {
-    const std::size_t first = text.find_last_of(" '(", at) + 1;
+    const std::size_t first = text.find_last_of(" '(\"", at) + 1;
     text.erase(first, text.find_first_not_of("0123456789", at + kFolder.size()) - first);
   }
   for (const std::string_view gone :
@@ -631,7 +631,7 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
   Put(files.At(picbox::kPictures), "file.JPG", jpeg);
   const auto source = files.folder / "box_kv" / "Pictures" / "file.JPG";
   std::filesystem::permissions(source, std::filesystem::perms::owner_read);
-  std::filesystem::create_directory(folder / "folder.JPG");
+  std::filesystem::create_directory(folder / "folder.PNG");
   Put(memory.At(picbox::kPictures), "none", "");
   const std::string large((1 << 20) + 1, 'x');  // more than is copied at a time
   Put(memory.At(picbox::kPictures), "one", large);
@@ -668,8 +668,13 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
        "destination is internal; src is native; do copy; do copy; " + file +
            "\\box_kv\\Pictures\\b.JPG; (d): copied '\\box_kv\\Pictures\\file.JPG' to "
            "'\\box_kv\\Pictures\\b.JPG'"},
-      {*files.box, "file", "JPG", outside, "folder", 1, 0,
+      {*files.box, "file", "PNG", outside, "folder", 1, 0,
        "dest is external; source is native; failed"},
+      {*memory.box, "one", "PNG", outside, "folder", 1, 0,
+       "dest is external; source is not native; Error processing file '\\folder.PNG';       "
+       "kvPicBox(external)::CopyImage failed - couldn't open destination \"\\folder.PNG\" !"},
+      {*memory.box, "masked", "", outside, "folder", 1, 0,
+       convert + "Error processing file '\\folder.PNG'; failed to open dest file; failed!"},
       {outside, "file", "JPG", outside, "b", 1, 1,
        "Source is external; dest is external; 1st CopyFile failed; success!"},
       {outside, "absent", "", *target.box, "b", 1, 0,
@@ -801,7 +806,7 @@ TEST(PictureBox, WithoutPicturesRefuses) {
   EXPECT_TRUE(box.HasFailed());
   EXPECT_FALSE(box.OpenPicture(1, "a"));
   EXPECT_EQ(box.GetPath(), "");
-  const Bytes picture = Bitmap(1, 1);
+  const Bytes picture = Bitmap(1, 1), wide = Bitmap(70000, 1);  // more than a JPEG file holds
   try {
     box.AddFile("a", picture, {}, 0, 0, false, false, false);
     FAIL();
@@ -811,10 +816,13 @@ TEST(PictureBox, WithoutPicturesRefuses) {
     delete error;
   }
   const std::tuple<const char*, Bytes, Bytes> refused[] = {
-      {"a", {}, {}}, {"PicMask", picture, {}}, {"a", picture, Mask(2, 2)}, {"a", Plane(1, 1), {}}};
+      {"a", {}, {}},          {"PicMask", picture, {}}, {"a", picture, Mask(2, 2)},
+      {"a", Plane(1, 1), {}}, {"a", wide, {}},          {"a", wide, Mask(70000, 1)}};
   for (const auto& [name, colours, mask] : refused) {
     Box whole;
-    EXPECT_EQ(whole.box->AddFile(name, colours, mask, 0, 0, false, false, false), 0u);
+    const bool encode = colours == wide;
+    EXPECT_EQ(whole.box->AddFile(name, colours, mask, 0, 0, encode, false, false), 0u);
+    EXPECT_EQ(whole.box->LoaderStatus() != 0, encode);
     EXPECT_EQ(whole.box->HasFailed(), !colours.empty()) << "nothing to write is no failure";
   }
 }
