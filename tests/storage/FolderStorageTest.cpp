@@ -9,6 +9,7 @@
 #include "platform/StoragePath.h"
 #include "storage/KvErrors.h"
 #include "storage/KvFile.h"
+#include "storage/KvPrivateStorage.h"
 #include "storage/KvSimpStorage.h"
 #include "tests/storage/StorageSupport.h"
 
@@ -120,24 +121,39 @@ TEST(FolderStorage, AFileThatIsNotClosedLeavesNothing) {
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"a"});
 }
 
-TEST(FolderStorage, SeeksAsStreamsDo) {
+// Those of folders and of compound files.
+TEST(Streams, SeekAndResize) {
   const TemporaryFolder folder;
   const StoragePtr storage = FolderOn(folder.Path());
-  Put(*storage, "a", "0123456789");
-  IKvStream* stream = storage->OpenStream("a", OpenModeRead);
-  EXPECT_EQ(stream->Seek(0, 2), 10);
-  EXPECT_EQ(stream->GetPosition(), stream->GetLength());
-  EXPECT_EQ(stream->Seek(-3, 1), 7);
-  EXPECT_EQ(stream->GetLength(), 10u);
-  EXPECT_EQ(stream->GetPosition(), 7u);
-  EXPECT_EQ(stream->Seek(0, 3), -1);
-  EXPECT_EQ(stream->Seek(-1, 0), -1);
-  EXPECT_EQ(stream->GetPosition(), 7u);
-  EXPECT_NE(stream->GetFile(), nullptr);
-  EXPECT_EQ(stream->LockRange(0, 5), 1);
-  EXPECT_EQ(stream->UnlockRange(0, 5), 1);
-  EXPECT_EQ(stream->Write("x", 1), 0u);
-  EXPECT_TRUE(CloseChecked(stream)) << "nothing is lost";
+  KvTemporaryStream temporary;
+  IKvStream* const file = storage->CreateStream("a", OpenModeReadWrite);
+  for (IKvStream* const stream : {file, temporary.Stream()}) {
+    ASSERT_NE(stream, nullptr);
+    EXPECT_EQ(stream->Write("0123456789", 10), 10u);
+    EXPECT_EQ(stream->Seek(-7, 1), 3);
+    EXPECT_EQ(stream->GetLength(), 10u);
+    EXPECT_EQ(stream->GetPosition(), 3u);
+    EXPECT_EQ(stream->Seek(0, 2), 10);
+    stream->SetLength(5);
+    EXPECT_EQ(stream->GetLength(), 5u);
+    EXPECT_EQ(stream->GetFile() != nullptr, stream == file);
+    EXPECT_EQ(stream->LockRange(0, 5), stream == file);
+    EXPECT_EQ(stream->UnlockRange(0, 5), stream == file);
+    char buffer[10] = {};
+    EXPECT_EQ(stream->Seek(0, 0), 0);
+    EXPECT_EQ(stream->Read(buffer, 10), 5u);
+    EXPECT_STREQ(buffer, "01234");
+    EXPECT_EQ(stream->Read(buffer, 10), 0u);
+  }
+  file->Close();
+  IKvStream* const reader = storage->OpenStream("a", OpenModeRead);
+  reader->Seek(3, 0);
+  EXPECT_EQ(reader->Seek(0, 3), -1);
+  EXPECT_EQ(reader->Seek(0, -1), -1);
+  EXPECT_EQ(reader->Seek(-1, 0), -1);
+  EXPECT_EQ(reader->GetPosition(), 3u);
+  EXPECT_EQ(reader->Write("x", 1), 0u);
+  EXPECT_TRUE(CloseChecked(reader)) << "nothing is lost";
 }
 
 TEST(FolderStorage, FindsNamesWithoutCase) {
@@ -158,7 +174,10 @@ TEST(FolderStorage, FindsNamesWithoutCase) {
 #endif
   EXPECT_EQ(ReadAll(*storage, "Photo.JPG"), "two");
   EXPECT_TRUE(storage->DeleteStream("PHOTO.jpg"));
-  EXPECT_EQ(folder.Names(), std::vector<std::string>());
+  Put(*storage, "f\xFCr", "x");
+  EXPECT_EQ(Names(*storage), std::vector<std::string>{"f\xFCr"});
+  EXPECT_TRUE(fs::exists(folder.Path() / fs::path(u"f\u00FCr")));
+  EXPECT_EQ(ReadAll(*storage, "F\xDCR"), "x");
 }
 
 TEST(FolderStorage, EnumeratesSortedAndWithoutHiddenNames) {
@@ -175,15 +194,6 @@ TEST(FolderStorage, EnumeratesSortedAndWithoutHiddenNames) {
   KvString name;
   unsigned attributes = 0;
   EXPECT_FALSE(storage->FindNext(name, attributes));
-}
-
-TEST(FolderStorage, KeepsNamesOfAnyAlphabet) {
-  const TemporaryFolder folder;
-  const StoragePtr storage = FolderOn(folder.Path());
-  Put(*storage, "f\xFCr", "x");
-  EXPECT_EQ(Names(*storage), std::vector<std::string>{"f\xFCr"});
-  EXPECT_TRUE(fs::exists(folder.Path() / fs::path(u"f\u00FCr")));
-  EXPECT_EQ(ReadAll(*storage, "F\xDCR"), "x");
 }
 
 TEST(FolderStorage, WaitsForALockedFile) {

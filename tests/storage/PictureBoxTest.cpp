@@ -19,6 +19,7 @@
 #include "tests/storage/MemoryStream.h"
 #include "tests/storage/StorageSupport.h"
 
+using namespace std::string_literals;
 using namespace test;
 using picbox::Bytes;
 
@@ -52,12 +53,16 @@ std::string Text(const Bytes& bytes) {
   return {bytes.begin(), bytes.end()};
 }
 
-std::string Sized(const Bytes& bitmap) {
-  return Longs({static_cast<std::int64_t>(bitmap.size())}) + Text(bitmap);
+std::string Sized(const std::string& bytes) {
+  return Longs({static_cast<std::int64_t>(bytes.size())}) + bytes;
+}
+
+std::string Sized(const Bytes& bytes) {
+  return Sized(Text(bytes));
 }
 
 std::string Bytes10(char kind) {
-  return std::string(1, kind) + std::string("JPG\0\x08\0\0\0\0", 9);
+  return std::string(1, kind) + "JPG\0\x08\0\0\0\0"s;
 }
 
 Bytes FileOf(const Bytes& picture, int type) {
@@ -80,6 +85,10 @@ struct Box {
     box = std::make_unique<kvPicBox>(storage, OpenModeReadWrite);
   }
   IKvStorage& At(picbox::Place place) { return *box->StorageOf(place); }
+  void Put(const char* name, const std::string& bytes) {
+    test::Put(At(picbox::kPictures), name, bytes);
+  }
+  std::string Stored(const char* name) { return ReadAll(At(picbox::kPictures), name); }
 
   // What a reader sees, in three words.
   std::string Read(const char* name, const char* ext = "") {
@@ -127,10 +136,9 @@ TEST(PictureBox, WritesTheNewFormatToTheByte) {
   mask.back() = 0x77;                // what fills up a row comes back, too
   const unsigned stored = box.box->AddFile("a", longer, mask, -93, -51, false, false, false);
   EXPECT_EQ(stored, picture.size() + mask.size());
-  EXPECT_TRUE(ReadAll(box.At(picbox::kPictures), "a") ==
+  EXPECT_TRUE(box.Stored("a") ==
               Bytes10(1) + Compressed(Longs({-93, -51}) + Sized(picture) + Sized(mask)));
-  EXPECT_TRUE(ReadAll(box.At(picbox::kPictures), "a") ==
-              Text(picbox::NewStream(picture, mask, -93, -51, {})));
+  EXPECT_TRUE(box.Stored("a") == Text(picbox::NewStream(picture, mask, -93, -51, {})));
   Bytes readPicture, readMask;
   std::int32_t x = 0, y = 0;
   box.box->GetQuick("a", "", &readPicture, &readMask, -1, -1, &x, &y);
@@ -143,8 +151,8 @@ TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
   Box box;
   const Bytes picture = Bitmap(20, 20), mask = Mask(20, 20);
   EXPECT_GT(box.box->AddFile("a", picture, mask, 5, 6, true, false, false), 0u);
-  const std::string stored = ReadAll(box.At(picbox::kPictures), "a");
-  EXPECT_EQ(stored.substr(0, 10), std::string("\x01JPG\0\x08\x01\0\0\0", 10));
+  const std::string stored = box.Stored("a");
+  EXPECT_EQ(stored.substr(0, 10), "\x01JPG\0\x08\x01\0\0\0"s);
   auto found = box.box->OpenPicture(1, "a");
   ASSERT_TRUE(found);
   EXPECT_EQ(found->headerSize, 14);
@@ -157,18 +165,18 @@ TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
   for (const int type : {1, 5, 12, 99}) {  // none but the first has a suffix
     box.box->SetSaveType(type);
     EXPECT_GT(box.box->AddFile("b", picture, {}, 0, 0, true, false, true), 0u) << type;
-    EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "b.JPG").substr(0, 3), "\xFF\xD8\xFF") << type;
+    EXPECT_EQ(box.Stored("b.JPG").substr(0, 3), "\xFF\xD8\xFF") << type;
   }
 }
 
 TEST(PictureBox, KeepsDataInPlainFiles) {
   Box box;
-  const std::string iptc("\x1C\x02x\0\3abc", 8), exif = "II*" + std::string(5, '\0') + "exif";
+  const std::string iptc = "\x1C\x02x\0\3abc"s, exif = "II*" + std::string(5, '\0') + "exif";
   for (const bool isGiven : {true, false}) {
     box.box->SetIptcData(isGiven ? iptc.data() : nullptr, 8);
     box.box->SetExifData(isGiven ? exif.data() : nullptr, 12);
     EXPECT_GT(box.box->AddFile("a", Bitmap(16, 16), {}, 0, 0, true, true, true), 0u);
-    const std::string file = ReadAll(box.At(picbox::kPictures), "a.JPG");
+    const std::string file = box.Stored("a.JPG");
     EXPECT_EQ(file.find(iptc) != file.npos, isGiven);
     EXPECT_EQ(file.find(exif) != file.npos, isGiven);
   }
@@ -200,16 +208,15 @@ TEST(PictureBox, ReadsEveryGeneration) {
   const Bytes picture = Bitmap(5, 4), mask = Mask(5, 4);
   const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
   const std::string place = Longs({1, 2});
-  const std::string plainHead = std::string("\x08\0\0\0\0", 5);
+  const std::string plainHead = "\x08\0\0\0\0"s;
   const std::string encodedHead =
-      std::string("\x08\x01\0\0\0", 5) + Longs({static_cast<std::int64_t>(jpeg.size())});
+      "\x08\x01\0\0\0"s + Longs({static_cast<std::int64_t>(jpeg.size())});
   Box box;
-  Put(box.At(picbox::kPictures), "native.JPG", jpeg);
-  Put(box.At(picbox::kPictures), "bare", jpeg);
+  box.Put("native.JPG", jpeg);
+  box.Put("bare", jpeg);
   Put(*box.parent, "beside.tif", jpeg);
-  Put(box.At(picbox::kPictures), "absent",
-      std::string("\x01TIFF\0", 6) + Compressed(place + Sized(picture) + Sized(mask)));
-  Put(box.At(picbox::kPictures), "cut", "\x02JPG" + std::string("\0\x08\x01", 3));
+  box.Put("absent", "\x01TIFF\0"s + Compressed(place + Sized(picture) + Sized(mask)));
+  box.Put("cut", "\x02JPG" + "\0\x08\x01"s);
   Put(box.At(picbox::kOnlyPic), "old2", plainHead + Compressed(place + Sized(picture)));
   Put(box.At(picbox::kPicMask), "old1",
       plainHead + Compressed(place + Sized(picture) + Sized(mask)));
@@ -251,14 +258,12 @@ TEST(PictureBox, ReadsEveryGeneration) {
 TEST(PictureBox, TakesAHeadOnlyWithAWholeTagAndAKind) {
   Box box;
   const std::string body = Compressed(Longs({0, 0}) + Sized(Bitmap(1, 1)));
-  const std::string rest = std::string("\x08\0\0\0\0", 5) + body;
+  const std::string rest = "\x08\0\0\0\0"s + body;
   const std::pair<std::string, bool> cases[] = {
-      {std::string("\x02jpg\0", 5), true},     {std::string("\x03TIFF", 5), true},
-      {std::string("\x02TYPE", 5), true},      {std::string("\x02PG\0\0", 5), false},
-      {std::string("\x02\0\0\0\0", 5), false}, {std::string("\x04JPG\0", 5), false},
-      {std::string("\0JPG\0", 5), false},      {std::string("\x02JPGX", 5), false}};
+      {"\x02jpg\0"s, true},     {"\x03TIFF"s, true},   {"\x02TYPE"s, true}, {"\x02PG\0\0"s, false},
+      {"\x02\0\0\0\0"s, false}, {"\x04JPG\0"s, false}, {"\0JPG\0"s, false}, {"\x02JPGX"s, false}};
   for (const auto& [head, counts] : cases) {
-    Put(box.At(picbox::kPictures), "a", head + rest);
+    box.Put("a", head + rest);
     int kind = -1;
     IKvStream* stream = box.At(picbox::kPictures).OpenStream("a", OpenModeRead);
     const KvString tag = box.box->Read5BytesHeader(stream, &kind);
@@ -272,7 +277,6 @@ TEST(PictureBox, TakesAHeadOnlyWithAWholeTagAndAKind) {
 }
 
 TEST(PictureBox, WritesTheHeadThatIsAskedFor) {
-  using namespace std::string_literals;
   const struct {
     bool newFormat;
     int kind;
@@ -299,10 +303,9 @@ TEST(PictureBox, WritesTheHeadThatIsAskedFor) {
 TEST(PictureBox, TellsAMaskByWhatStandsBehindThePicture) {
   Box box;
   const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
-  const std::string head = std::string("\x01JPG\0\x08\x01\0\0\0", 10) +
-                           Longs({static_cast<std::int64_t>(jpeg.size())}) + jpeg;
+  const std::string head = "\x01JPG\0\x08\x01\0\0\0"s + Sized(jpeg);
   for (const std::size_t behind : {36u, 37u}) {  // with the head 50 and 51
-    Put(box.At(picbox::kPictures), "a", head + std::string(behind, 'x'));
+    box.Put("a", head + std::string(behind, 'x'));
     EXPECT_EQ(box.box->OpenPicture(1, "a")->kind, behind == 36 ? 2 : 1);
   }
 }
@@ -345,19 +348,18 @@ TEST(PictureBox, HalfAPictureIsNone) {
       {"too wide", Bytes10(2) + Compressed(place + Sized(wide))},
       {"16 bits", Bytes10(2) + Compressed(place + Sized(deep))},
       {"cut stream", (Bytes10(2) + Compressed(place + Sized(picture))).substr(0, 30)},
-      {"JPEG that is none",
-       std::string("\x02JPG\0\x08\x01\0\0\0\x05\0\0\0hello", 19) + Compressed(place)},
+      {"JPEG that is none", "\x02JPG\0\x08\x01\0\0\0\x05\0\0\0hello"s + Compressed(place)},
   };
   for (const auto& [what, bytes] : cases) {
     Box box;
-    Put(box.At(picbox::kPictures), "a", bytes);
+    box.Put("a", bytes);
     EXPECT_EQ(box.Read("a"), "none failed") << what;
     EXPECT_EQ(box.box->LoaderStatus() != 0, *what == 'J') << what;
   }
   // A file of another program is the loader's affair alone.
   for (const bool isFolder : {false, true}) {
     Box box(isFolder);
-    Put(box.At(picbox::kPictures), "a.JPG", "hello");
+    box.Put("a.JPG", "hello");
     EXPECT_EQ(box.Read("a"), "none");
     EXPECT_NE(box.box->LoaderStatus(), 0);
   }
@@ -368,8 +370,7 @@ TEST(PictureBox, GivesBitmapsOfFewColoursAsTheyAre) {
   const std::string bitmap =
       Longs({40, 5, 1, 1 | 4 << 16, 0, 0, 0, 0, 0, 0}) + MixedBytes(64) + "\x12\x34\x50" + "?";
   Box box;
-  Put(box.At(picbox::kPictures), "a",
-      Bytes10(2) + Compressed(Longs({0, 0, static_cast<int>(bitmap.size())}) + bitmap));
+  box.Put("a", Bytes10(2) + Compressed(Longs({0, 0}) + Sized(bitmap)));
   Bytes read;
   box.box->GetQuick("a", "", &read, nullptr);
   EXPECT_EQ(Text(read), bitmap);
@@ -380,8 +381,8 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
   std::string block = "XXXXX0123456789012345678901234567890";
   ASSERT_TRUE(box.box->WriteImageInfo("a", "a text", block.data()));
   EXPECT_EQ(block.substr(0, 6), "V10000");
-  const std::string stored = ReadAll(box.At(picbox::kPictures), "a.inf");
-  EXPECT_EQ(stored, "KVQX" + Longs({7}) + std::string("a text\0", 7) + Longs({36}) + block);
+  const std::string stored = box.Stored("a.inf");
+  EXPECT_EQ(stored, "KVQX" + Longs({7}) + "a text\0"s + Longs({36}) + block);
   Bytes note(stored.begin(), stored.end());
   EXPECT_TRUE(picbox::IsWholeNote(note));
   ++note[15];
@@ -395,12 +396,12 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
   ASSERT_TRUE(box.box->WriteImageInfo("a", longer.c_str(), nullptr));
   EXPECT_EQ(box.box->GetImageInfo("a", nullptr), longer.c_str());
   ASSERT_TRUE(box.box->WriteImageInfo("a", "b", nullptr));
-  EXPECT_EQ(ReadAll(box.At(picbox::kPictures), "a.inf").size(), 8u + 2 + 4 + 36);
+  EXPECT_EQ(box.Stored("a.inf").size(), 8u + 2 + 4 + 36);
   for (const std::string& broken :
        {std::string("KVQY") + stored.substr(4), std::string("KVQ"),
         "KVQX" + Longs({0xFFFFFFFF}) + "text", "KVQX" + Longs({500}) + stored.substr(8),
         stored.substr(0, stored.size() - 1), stored.substr(0, 15)}) {
-    Put(box.At(picbox::kPictures), "a.inf", broken);
+    box.Put("a.inf", broken);
     EXPECT_FALSE(picbox::IsWholeNote({broken.begin(), broken.end()}));
     EXPECT_EQ(box.box->GetImageInfo("a", read.data()), "");
   }
@@ -412,15 +413,14 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
 TEST(PictureBox, CutsAJpegBehindItsScanHead) {
   Box box;
   const auto header = [&](const std::string& jpeg) {
-    Put(box.At(picbox::kPictures), "a.JPG", jpeg);
+    box.Put("a.JPG", jpeg);
     Bytes bytes;
     box.box->GetJPegHeader("a", &bytes);
     return Text(bytes);
   };
   const std::string start = "\xFF\xD8";
-  const std::string scan = std::string("\xFF\xDA\0\x04zz", 6);
-  EXPECT_EQ(header(start + std::string("\xFF\xE0\0\x02", 4) + scan + "data"),
-            start + std::string("\xFF\xE0\0\x02", 4) + scan);
+  const std::string scan = "\xFF\xDA\0\x04zz"s;
+  EXPECT_EQ(header(start + "\xFF\xE0\0\x02"s + scan + "data"), start + "\xFF\xE0\0\x02"s + scan);
   const std::string sixFill(5, '\xFF');
   EXPECT_EQ(header(start + sixFill + scan + "data"), start + sixFill + scan);
   EXPECT_EQ(header(start + scan), start + scan);
@@ -430,10 +430,10 @@ TEST(PictureBox, CutsAJpegBehindItsScanHead) {
   EXPECT_TRUE(none.empty());
   EXPECT_FALSE(box.box->HasFailed());
   for (const std::string& broken :
-       {start + sixFill + "\xFF" + scan, start + std::string("\xFF\xE0\0\x01x", 5) + scan,
-        start + std::string("\xFF\xE0\x7F\xFFx", 5), start + scan.substr(0, 5), start}) {
+       {start + sixFill + "\xFF" + scan, start + "\xFF\xE0\0\x01x"s + scan,
+        start + "\xFF\xE0\x7F\xFFx"s, start + scan.substr(0, 5), start}) {
     Box other;
-    Put(other.At(picbox::kPictures), "a.JPG", broken);
+    other.Put("a.JPG", broken);
     Bytes bytes;
     EXPECT_EQ(other.box->GetJPegHeader("a", &bytes), 0u);
     EXPECT_TRUE(other.box->HasFailed());
@@ -446,10 +446,9 @@ TEST(PictureBox, GivesStoredBytesWithoutDecoding) {
   box.box->AddFile("dib", picture, mask, 0, 0, false, false, false);
   box.box->AddFile("jpeg", picture, mask, 0, 0, true, false, false);
   box.box->AddFile("alone", picture, {}, 0, 0, false, false, false);
-  Put(box.At(picbox::kPictures), "absent",
-      std::string("\x02JPG\0\0", 6) + Compressed(Longs({0, 0}) + Sized(picture)));
+  box.Put("absent", "\x02JPG\0\0"s + Compressed(Longs({0, 0}) + Sized(picture)));
   // More bytes than there are.
-  Put(box.At(picbox::kPictures), "cut", std::string("\x02JPG\0\x08\x01\0\0\0\x7F\0\0\0hello", 19));
+  box.Put("cut", "\x02JPG\0\x08\x01\0\0\0\x7F\0\0\0hello"s);
   auto jpeg = box.box->OpenPicture(1, "jpeg");
   const std::string file = Text(box.box->ReadEncoded(*jpeg));
   jpeg.reset();
@@ -496,7 +495,7 @@ TEST(PictureBox, DeletesPicturesAndNothingElse) {
     Box box(isFolder);
     const Bytes picture = Bitmap(2, 2);
     for (const char* name : {"a.txt", "a.tif", "b.JPG", "ab.tif", "c", "d.e"}) {
-      Put(box.At(picbox::kPictures), name, "x");
+      box.Put(name, "x");
     }
     box.box->WriteImageInfo("a", "text", nullptr);
     box.box->AddFile("n*m", picture, {}, 0, 0, false, false, false);
@@ -524,8 +523,8 @@ TEST(PictureBox, DeletesPicturesAndNothingElse) {
 TEST(PictureBox, FolderBoxesRenameFindCopiesAndLoseEmptyFolders) {
   Box box(true);
   const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
-  Put(box.At(picbox::kPictures), "i5-small.jpg", jpeg);
-  Put(box.At(picbox::kPictures), "photo.jpg", jpeg);
+  box.Put("i5-small.jpg", jpeg);
+  box.Put("photo.jpg", jpeg);
   box.box->WriteImageInfo("photo", "note", nullptr);
   const auto found = box.box->OpenPicture(1, "i5--1x-1", "jpg");
   ASSERT_TRUE(found);
@@ -543,7 +542,7 @@ TEST(PictureBox, FolderBoxesRenameFindCopiesAndLoseEmptyFolders) {
   EXPECT_TRUE(box.box->Delete("older"));
   EXPECT_EQ(Names(box.At(picbox::kPictures)),
             (std::vector<std::string>{"i5-small.jpg", "new.inf", "new.jpg"}));
-  Put(box.At(picbox::kPictures), "i6-b", jpeg);
+  box.Put("i6-b", jpeg);
   std::filesystem::create_directory(box.folder / "box_kv" / "Pictures" / "i6-0");
   box.box->WriteImageInfo("i6-a", "note", nullptr);
   EXPECT_EQ(box.box->OpenPicture(1, "i6--1x-1")->streamName, "i6-b");
@@ -569,10 +568,8 @@ TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
       from.box->AddFile(name, Bitmap(16, 16), Mask(16, 16), 1, 2, *name == 'm', false, false);
       from.box->WriteImageInfo(name, "note", nullptr);
     }
-    Put(from.At(picbox::kPictures), "file.JPG", jpeg);
-    Put(from.At(picbox::kPictures), "plain",
-        std::string("\x02JPG\0\x08\x01\0\0\0", 10) +
-            Longs({static_cast<std::int64_t>(jpeg.size())}) + jpeg + Compressed(Longs({0, 0})));
+    from.Put("file.JPG", jpeg);
+    from.Put("plain", "\x02JPG\0\x08\x01\0\0\0"s + Sized(jpeg) + Compressed(Longs({0, 0})));
     KvString ext;
     for (const bool toFolder : {false, true}) {
       for (const auto& c : cases) {
@@ -628,16 +625,15 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
   WriteFile(folder / "file.JPG", "x");
   KvSimpStorage plain(platform::StoragePathOf(folder.Path()).c_str(), OpenModeRead, false, true);
   kvPicBox outside(&plain, OpenModeRead);
-  Put(files.At(picbox::kPictures), "file.JPG", jpeg);
+  files.Put("file.JPG", jpeg);
   const auto source = files.folder / "box_kv" / "Pictures" / "file.JPG";
   std::filesystem::permissions(source, std::filesystem::perms::owner_read);
   std::filesystem::create_directory(folder / "folder.PNG");
-  Put(memory.At(picbox::kPictures), "none", "");
+  memory.Put("none", "");
   const std::string large((1 << 20) + 1, 'x');  // more than is copied at a time
-  Put(memory.At(picbox::kPictures), "one", large);
+  memory.Put("one", large);
   memory.box->AddFile("masked", Bitmap(2, 2), Mask(2, 2), 0, 0, true, false, false);
-  Put(memory.At(picbox::kPictures), "broken",
-      std::string("\x01JPG\0\x08\x01\0\0\0\x03\0\0\0\xFF\xD8\xFF", 17) + std::string(50, 'x'));
+  memory.Put("broken", "\x01JPG\0\x08\x01\0\0\0\x03\0\0\0\xFF\xD8\xFF"s + std::string(50, 'x'));
   const std::string file = "removing read only file status of ";
   const std::string stream = "destination is internal; src is native; do not copy; ";
   const std::string convert =
@@ -775,7 +771,7 @@ TEST(PictureBox, KeepsFilesAsTheyAre) {
 
 TEST(PictureBox, TellsTheTypeOfAStreamFromWhereItStands) {
   Box box;
-  Put(box.At(picbox::kPictures), "a", "12345" + Text(FileOf(Bitmap(16, 16), imageio::kTypePng)));
+  box.Put("a", "12345" + Text(FileOf(Bitmap(16, 16), imageio::kTypePng)));
   const picbox::StreamPtr stream(box.At(picbox::kPictures).OpenStream("a", OpenModeRead));
   stream->Seek(5, 0);
   for (int round = 0; round < 2; ++round) {
