@@ -71,6 +71,11 @@ Bytes FileOf(const Bytes& picture, int type) {
   return loader.Save(type);
 }
 
+const std::string& Jpeg() {
+  static const std::string file = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
+  return file;
+}
+
 // A box in memory, or in a folder.
 struct Box {
   explicit Box(bool isFolder = false) { isFolder ? Open(folder) : Open(new KvMemoryStorage(0)); }
@@ -84,6 +89,7 @@ struct Box {
     parent.reset(storage);
     box = std::make_unique<kvPicBox>(storage, OpenModeReadWrite);
   }
+  kvPicBox* operator->() { return box.get(); }
   IKvStorage& At(picbox::Place place) { return *box->StorageOf(place); }
   void Put(const char* name, const std::string& bytes) {
     test::Put(At(picbox::kPictures), name, bytes);
@@ -134,14 +140,14 @@ TEST(PictureBox, WritesTheNewFormatToTheByte) {
   Bytes longer = picture, mask = Mask(701, 501);
   longer.resize(longer.size() + 5);  // nothing behind the rows is stored
   mask.back() = 0x77;                // what fills up a row comes back, too
-  const unsigned stored = box.box->AddFile("a", longer, mask, -93, -51, false, false, false);
+  const unsigned stored = box->AddFile("a", longer, mask, -93, -51, false, false, false);
   EXPECT_EQ(stored, picture.size() + mask.size());
   EXPECT_TRUE(box.Stored("a") ==
               Bytes10(1) + Compressed(Longs({-93, -51}) + Sized(picture) + Sized(mask)));
   EXPECT_TRUE(box.Stored("a") == Text(picbox::NewStream(picture, mask, -93, -51, {})));
   Bytes readPicture, readMask;
   std::int32_t x = 0, y = 0;
-  box.box->GetQuick("a", "", &readPicture, &readMask, -1, -1, &x, &y);
+  box->GetQuick("a", "", &readPicture, &readMask, -1, -1, &x, &y);
   EXPECT_TRUE(readPicture == picture && readMask == mask);
   EXPECT_EQ(x, -93);
   EXPECT_EQ(y, -51);
@@ -150,21 +156,21 @@ TEST(PictureBox, WritesTheNewFormatToTheByte) {
 TEST(PictureBox, WritesEncodedPicturesAndPlainFiles) {
   Box box;
   const Bytes picture = Bitmap(20, 20), mask = Mask(20, 20);
-  EXPECT_GT(box.box->AddFile("a", picture, mask, 5, 6, true, false, false), 0u);
+  EXPECT_GT(box->AddFile("a", picture, mask, 5, 6, true, false, false), 0u);
   const std::string stored = box.Stored("a");
   EXPECT_EQ(stored.substr(0, 10), "\x01JPG\0\x08\x01\0\0\0"s);
-  auto found = box.box->OpenPicture(1, "a");
+  auto found = box->OpenPicture(1, "a");
   ASSERT_TRUE(found);
   EXPECT_EQ(found->headerSize, 14);
   EXPECT_EQ(stored.substr(14, 3), "\xFF\xD8\xFF");
   EXPECT_EQ(stored.substr(14 + found->size), Compressed(Longs({5, 6}) + Sized(mask)));
-  EXPECT_EQ(stored, Text(picbox::NewStream({}, mask, 5, 6, box.box->ReadEncoded(*found))));
+  EXPECT_EQ(stored, Text(picbox::NewStream({}, mask, 5, 6, box->ReadEncoded(*found))));
   found.reset();
   EXPECT_EQ(box.Read("a"), "picture mask");
-  EXPECT_EQ(box.box->FoundType(), imageio::kTypeJpeg);
+  EXPECT_EQ(box->FoundType(), imageio::kTypeJpeg);
   for (const int type : {1, 5, 12, 99}) {  // none but the first has a suffix
-    box.box->SetSaveType(type);
-    EXPECT_GT(box.box->AddFile("b", picture, {}, 0, 0, true, false, true), 0u) << type;
+    box->SetSaveType(type);
+    EXPECT_GT(box->AddFile("b", picture, {}, 0, 0, true, false, true), 0u) << type;
     EXPECT_EQ(box.Stored("b.JPG").substr(0, 3), "\xFF\xD8\xFF") << type;
   }
 }
@@ -173,9 +179,9 @@ TEST(PictureBox, KeepsDataInPlainFiles) {
   Box box;
   const std::string iptc = "\x1C\x02x\0\3abc"s, exif = "II*" + std::string(5, '\0') + "exif";
   for (const bool isGiven : {true, false}) {
-    box.box->SetIptcData(isGiven ? iptc.data() : nullptr, 8);
-    box.box->SetExifData(isGiven ? exif.data() : nullptr, 12);
-    EXPECT_GT(box.box->AddFile("a", Bitmap(16, 16), {}, 0, 0, true, true, true), 0u);
+    box->SetIptcData(isGiven ? iptc.data() : nullptr, 8);
+    box->SetExifData(isGiven ? exif.data() : nullptr, 12);
+    EXPECT_GT(box->AddFile("a", Bitmap(16, 16), {}, 0, 0, true, true, true), 0u);
     const std::string file = box.Stored("a.JPG");
     EXPECT_EQ(file.find(iptc) != file.npos, isGiven);
     EXPECT_EQ(file.find(exif) != file.npos, isGiven);
@@ -190,11 +196,11 @@ TEST(PictureBox, DecodesReducedWhereThatIsAllowed) {
                {40, 24, true},  {20, 24, true},  {40, 12, true},  {160, 12, false}};
   for (const bool isFolder : {false, true}) {
     Box box(isFolder);
-    box.box->AddFile("a", Bitmap(160, 96), {}, 0, 0, true, false, false);
+    box->AddFile("a", Bitmap(160, 96), {}, 0, 0, true, false, false);
     for (const auto& c : cases) {
       SCOPED_TRACE(testing::Message() << c.width << " x " << c.height << " " << isFolder);
       Bytes picture, mask;
-      box.box->GetQuick("a", "", &picture, &mask, c.width, c.height);
+      box->GetQuick("a", "", &picture, &mask, c.width, c.height);
       const auto read = imageio::StoredBitmap::Parse(picture);
       ASSERT_TRUE(read);
       EXPECT_GE(read->Width(), c.width);
@@ -206,22 +212,20 @@ TEST(PictureBox, DecodesReducedWhereThatIsAllowed) {
 
 TEST(PictureBox, ReadsEveryGeneration) {
   const Bytes picture = Bitmap(5, 4), mask = Mask(5, 4);
-  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
   const std::string place = Longs({1, 2});
   const std::string plainHead = "\x08\0\0\0\0"s;
-  const std::string encodedHead =
-      "\x08\x01\0\0\0"s + Longs({static_cast<std::int64_t>(jpeg.size())});
   Box box;
-  box.Put("native.JPG", jpeg);
-  box.Put("bare", jpeg);
-  Put(*box.parent, "beside.tif", jpeg);
+  box.Put("native.JPG", Jpeg());
+  box.Put("bare", Jpeg());
+  Put(*box.parent, "beside.tif", Jpeg());
   box.Put("absent", "\x01TIFF\0"s + Compressed(place + Sized(picture) + Sized(mask)));
   box.Put("cut", "\x02JPG" + "\0\x08\x01"s);
   Put(box.At(picbox::kOnlyPic), "old2", plainHead + Compressed(place + Sized(picture)));
   Put(box.At(picbox::kPicMask), "old1",
       plainHead + Compressed(place + Sized(picture) + Sized(mask)));
   Put(box.At(picbox::kOnlyMask), "old3", plainHead + Compressed(place + Sized(mask)));
-  Put(box.At(picbox::kRootPicMask), "oldest", encodedHead + jpeg + Compressed(place));
+  Put(box.At(picbox::kRootPicMask), "oldest",
+      "\x08\x01\0\0\0"s + Sized(Jpeg()) + Compressed(place));
   Put(box.At(picbox::kRootPicMask2), "oldest2",
       plainHead + Compressed(place + Sized(picture) + Sized(mask)));
   const std::pair<const char*, const char*> rows[] = {
@@ -239,20 +243,20 @@ TEST(PictureBox, ReadsEveryGeneration) {
   for (const auto& [name, expected] : rows) {
     std::ostringstream told;
     told << box.Read(name, "tif");
-    auto found = box.box->OpenPicture(1, name, "tif");
+    auto found = box->OpenPicture(1, name, "tif");
     ASSERT_TRUE(found) << name;
     told << (found->native ? ", native" : ", stored") << " of kind " << found->kind << ", head "
          << found->head.bytes << " of " << found->headerSize;
     found->stream.reset();
-    told << ", to be " << box.box->AnalyzeFile(name, tag, "tif");
+    told << ", to be " << box->AnalyzeFile(name, tag, "tif");
     EXPECT_EQ(told.str() + " " + tag.ToStdString(), expected) << name;
     if (found->place == picbox::kPlaceCount) continue;  // beside the box
-    const auto again = box.box->OpenAt(found->place, found->streamName.c_str());
+    const auto again = box->OpenAt(found->place, found->streamName.c_str());
     EXPECT_TRUE(again && again->size == found->size && again->fullName == found->fullName);
   }
-  EXPECT_EQ(box.box->AnalyzeFile("nowhere", tag), 0);
+  EXPECT_EQ(box->AnalyzeFile("nowhere", tag), 0);
   EXPECT_EQ(tag, "");
-  EXPECT_FALSE(box.box->OpenPicture(1, nullptr));
+  EXPECT_FALSE(box->OpenPicture(1, nullptr));
 }
 
 TEST(PictureBox, TakesAHeadOnlyWithAWholeTagAndAKind) {
@@ -266,7 +270,7 @@ TEST(PictureBox, TakesAHeadOnlyWithAWholeTagAndAKind) {
     box.Put("a", head + rest);
     int kind = -1;
     IKvStream* stream = box.At(picbox::kPictures).OpenStream("a", OpenModeRead);
-    const KvString tag = box.box->Read5BytesHeader(stream, &kind);
+    const KvString tag = box->Read5BytesHeader(stream, &kind);
     EXPECT_EQ(kind, counts ? head[0] : 0) << head;
     EXPECT_EQ(stream->GetPosition(), counts ? 5u : 0u) << head;
     if (head.find("TYPE") != head.npos) {
@@ -290,23 +294,22 @@ TEST(PictureBox, WritesTheHeadThatIsAskedFor) {
                {false, 3, 0, picbox::kOnlyMask, "\x08\0\0\0\0"s}};
   for (const auto& c : cases) {
     Box box;
-    IKvStream* stream = box.box->OpenWritePic("a", "png", true, c.newFormat, c.kind, 7, c.encoded);
+    IKvStream* stream = box->OpenWritePic("a", "png", true, c.newFormat, c.kind, 7, c.encoded);
     ASSERT_TRUE(stream);
     stream->Close();
     EXPECT_EQ(ReadAll(box.At(c.place), "a"), c.head) << c.kind;
     for (const int kind : {0, 4}) {
-      EXPECT_FALSE(box.box->OpenWritePic("a", "png", true, false, kind, 7, 0));
+      EXPECT_FALSE(box->OpenWritePic("a", "png", true, false, kind, 7, 0));
     }
   }
 }
 
 TEST(PictureBox, TellsAMaskByWhatStandsBehindThePicture) {
   Box box;
-  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
-  const std::string head = "\x01JPG\0\x08\x01\0\0\0"s + Sized(jpeg);
+  const std::string head = "\x01JPG\0\x08\x01\0\0\0"s + Sized(Jpeg());
   for (const std::size_t behind : {36u, 37u}) {  // with the head 50 and 51
     box.Put("a", head + std::string(behind, 'x'));
-    EXPECT_EQ(box.box->OpenPicture(1, "a")->kind, behind == 36 ? 2 : 1);
+    EXPECT_EQ(box->OpenPicture(1, "a")->kind, behind == 36 ? 2 : 1);
   }
 }
 
@@ -354,14 +357,14 @@ TEST(PictureBox, HalfAPictureIsNone) {
     Box box;
     box.Put("a", bytes);
     EXPECT_EQ(box.Read("a"), "none failed") << what;
-    EXPECT_EQ(box.box->LoaderStatus() != 0, *what == 'J') << what;
+    EXPECT_EQ(box->LoaderStatus() != 0, *what == 'J') << what;
   }
   // A file of another program is the loader's affair alone.
   for (const bool isFolder : {false, true}) {
     Box box(isFolder);
     box.Put("a.JPG", "hello");
     EXPECT_EQ(box.Read("a"), "none");
-    EXPECT_NE(box.box->LoaderStatus(), 0);
+    EXPECT_NE(box->LoaderStatus(), 0);
   }
 }
 
@@ -372,14 +375,14 @@ TEST(PictureBox, GivesBitmapsOfFewColoursAsTheyAre) {
   Box box;
   box.Put("a", Bytes10(2) + Compressed(Longs({0, 0}) + Sized(bitmap)));
   Bytes read;
-  box.box->GetQuick("a", "", &read, nullptr);
+  box->GetQuick("a", "", &read, nullptr);
   EXPECT_EQ(Text(read), bitmap);
 }
 
 TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
   Box box;
   std::string block = "XXXXX0123456789012345678901234567890";
-  ASSERT_TRUE(box.box->WriteImageInfo("a", "a text", block.data()));
+  ASSERT_TRUE(box->WriteImageInfo("a", "a text", block.data()));
   EXPECT_EQ(block.substr(0, 6), "V10000");
   const std::string stored = box.Stored("a.inf");
   EXPECT_EQ(stored, "KVQX" + Longs({7}) + "a text\0"s + Longs({36}) + block);
@@ -390,12 +393,12 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
   note = {stored.begin(), stored.end() - 1};
   EXPECT_FALSE(picbox::IsWholeNote(note));
   std::string read(36, '\0');
-  EXPECT_EQ(box.box->GetImageInfo("a", read.data()), "a text");
+  EXPECT_EQ(box->GetImageInfo("a", read.data()), "a text");
   EXPECT_EQ(read, block);
   const std::string longer(70000, 'n');
-  ASSERT_TRUE(box.box->WriteImageInfo("a", longer.c_str(), nullptr));
-  EXPECT_EQ(box.box->GetImageInfo("a", nullptr), longer.c_str());
-  ASSERT_TRUE(box.box->WriteImageInfo("a", "b", nullptr));
+  ASSERT_TRUE(box->WriteImageInfo("a", longer.c_str(), nullptr));
+  EXPECT_EQ(box->GetImageInfo("a", nullptr), longer.c_str());
+  ASSERT_TRUE(box->WriteImageInfo("a", "b", nullptr));
   EXPECT_EQ(box.Stored("a.inf").size(), 8u + 2 + 4 + 36);
   for (const std::string& broken :
        {std::string("KVQY") + stored.substr(4), std::string("KVQ"),
@@ -403,11 +406,11 @@ TEST(PictureBox, NotesComeBackAndBrokenOnesAreEmpty) {
         stored.substr(0, stored.size() - 1), stored.substr(0, 15)}) {
     box.Put("a.inf", broken);
     EXPECT_FALSE(picbox::IsWholeNote({broken.begin(), broken.end()}));
-    EXPECT_EQ(box.box->GetImageInfo("a", read.data()), "");
+    EXPECT_EQ(box->GetImageInfo("a", read.data()), "");
   }
   EXPECT_EQ(read, block);
-  EXPECT_EQ(box.box->GetImageInfo("b", nullptr), "");
-  EXPECT_FALSE(box.box->WriteImageInfo("PicMask", "text", nullptr));
+  EXPECT_EQ(box->GetImageInfo("b", nullptr), "");
+  EXPECT_FALSE(box->WriteImageInfo("PicMask", "text", nullptr));
 }
 
 TEST(PictureBox, CutsAJpegBehindItsScanHead) {
@@ -415,7 +418,7 @@ TEST(PictureBox, CutsAJpegBehindItsScanHead) {
   const auto header = [&](const std::string& jpeg) {
     box.Put("a.JPG", jpeg);
     Bytes bytes;
-    box.box->GetJPegHeader("a", &bytes);
+    box->GetJPegHeader("a", &bytes);
     return Text(bytes);
   };
   const std::string start = "\xFF\xD8";
@@ -426,31 +429,31 @@ TEST(PictureBox, CutsAJpegBehindItsScanHead) {
   EXPECT_EQ(header(start + scan), start + scan);
   EXPECT_EQ(header("no JPEG"), "");
   Bytes none(3);
-  EXPECT_EQ(box.box->GetJPegHeader("absent", &none), 0u);
+  EXPECT_EQ(box->GetJPegHeader("absent", &none), 0u);
   EXPECT_TRUE(none.empty());
-  EXPECT_FALSE(box.box->HasFailed());
+  EXPECT_FALSE(box->HasFailed());
   for (const std::string& broken :
        {start + sixFill + "\xFF" + scan, start + "\xFF\xE0\0\x01x"s + scan,
         start + "\xFF\xE0\x7F\xFFx"s, start + scan.substr(0, 5), start}) {
     Box other;
     other.Put("a.JPG", broken);
     Bytes bytes;
-    EXPECT_EQ(other.box->GetJPegHeader("a", &bytes), 0u);
-    EXPECT_TRUE(other.box->HasFailed());
+    EXPECT_EQ(other->GetJPegHeader("a", &bytes), 0u);
+    EXPECT_TRUE(other->HasFailed());
   }
 }
 
 TEST(PictureBox, GivesStoredBytesWithoutDecoding) {
   Box box;
   const Bytes picture = Bitmap(4, 4), mask = Mask(4, 4);
-  box.box->AddFile("dib", picture, mask, 0, 0, false, false, false);
-  box.box->AddFile("jpeg", picture, mask, 0, 0, true, false, false);
-  box.box->AddFile("alone", picture, {}, 0, 0, false, false, false);
+  box->AddFile("dib", picture, mask, 0, 0, false, false, false);
+  box->AddFile("jpeg", picture, mask, 0, 0, true, false, false);
+  box->AddFile("alone", picture, {}, 0, 0, false, false, false);
   box.Put("absent", "\x02JPG\0\0"s + Compressed(Longs({0, 0}) + Sized(picture)));
   // More bytes than there are.
   box.Put("cut", "\x02JPG\0\x08\x01\0\0\0\x7F\0\0\0hello"s);
-  auto jpeg = box.box->OpenPicture(1, "jpeg");
-  const std::string file = Text(box.box->ReadEncoded(*jpeg));
+  auto jpeg = box->OpenPicture(1, "jpeg");
+  const std::string file = Text(box->ReadEncoded(*jpeg));
   jpeg.reset();
   const struct {
     const char* name;
@@ -474,7 +477,7 @@ TEST(PictureBox, GivesStoredBytesWithoutDecoding) {
       unsigned size = room;
       std::string bytes(4000, '?');
       const unsigned copied =
-          box.box->GetImageFileInfo(c.name, &wantPicture, &wantMask, &size, bytes.data());
+          box->GetImageFileInfo(c.name, &wantPicture, &wantMask, &size, bytes.data());
       EXPECT_EQ(copied, std::min<std::size_t>(room, c.bytes.size()));
       EXPECT_EQ(bytes, c.bytes.substr(0, copied) + std::string(4000 - copied, '?'));
       EXPECT_EQ(size, c.bytes.empty() ? room : c.bytes.size());
@@ -483,11 +486,11 @@ TEST(PictureBox, GivesStoredBytesWithoutDecoding) {
   }
   const std::vector<platform::RecordingDesktop::Tone> twice(2, {800, 200});
   EXPECT_EQ(fakes.desktop.tones, twice) << "one each time that the head says so";
-  EXPECT_FALSE(box.box->HasFailed());
+  EXPECT_FALSE(box->HasFailed());
   bool wantPicture = true, wantMask = false;
   unsigned size = 16;
-  EXPECT_EQ(box.box->GetImageFileInfo("cut", &wantPicture, &wantMask, &size, nullptr), 0u);
-  EXPECT_TRUE(box.box->HasFailed());
+  EXPECT_EQ(box->GetImageFileInfo("cut", &wantPicture, &wantMask, &size, nullptr), 0u);
+  EXPECT_TRUE(box->HasFailed());
 }
 
 TEST(PictureBox, DeletesPicturesAndNothingElse) {
@@ -497,60 +500,58 @@ TEST(PictureBox, DeletesPicturesAndNothingElse) {
     for (const char* name : {"a.txt", "a.tif", "b.JPG", "ab.tif", "c", "d.e"}) {
       box.Put(name, "x");
     }
-    box.box->WriteImageInfo("a", "text", nullptr);
-    box.box->AddFile("n*m", picture, {}, 0, 0, false, false, false);
-    box.box->WriteImageInfo("n*m", "text", nullptr);
-    EXPECT_TRUE(box.box->Exists("n*m") && box.box->Exists("n_m") && !box.box->Exists("n-m"));
-    EXPECT_TRUE(box.box->Delete("n*m"));
-    EXPECT_FALSE(box.box->Delete("PicMask"));
-    EXPECT_FALSE(box.box->Delete(""));
-    EXPECT_TRUE(box.box->Delete("A"));
-    EXPECT_FALSE(box.box->Delete("a"));
-    EXPECT_TRUE(box.box->Delete("b"));
-    EXPECT_TRUE(box.box->Delete("c"));
-    EXPECT_FALSE(box.box->Delete("d"));
-    EXPECT_EQ(box.box->Delete("d", "e"), isFolder);
+    box->WriteImageInfo("a", "text", nullptr);
+    box->AddFile("n*m", picture, {}, 0, 0, false, false, false);
+    box->WriteImageInfo("n*m", "text", nullptr);
+    EXPECT_TRUE(box->Exists("n*m") && box->Exists("n_m") && !box->Exists("n-m"));
+    EXPECT_TRUE(box->Delete("n*m"));
+    EXPECT_FALSE(box->Delete("PicMask"));
+    EXPECT_FALSE(box->Delete(""));
+    EXPECT_TRUE(box->Delete("A"));
+    EXPECT_FALSE(box->Delete("a"));
+    EXPECT_TRUE(box->Delete("b"));
+    EXPECT_TRUE(box->Delete("c"));
+    EXPECT_FALSE(box->Delete("d"));
+    EXPECT_EQ(box->Delete("d", "e"), isFolder);
     if (!isFolder) box.At(picbox::kPictures).DeleteStream("d.e");
     std::vector<std::string> left = Names(box.At(picbox::kPictures));
     std::erase_if(left, [](const std::string& name) { return name.back() == '/'; });
     EXPECT_EQ(left, (std::vector<std::string>{"a.txt", "ab.tif"}));
     box.At(picbox::kPictures).DeleteStream("a.txt");
-    EXPECT_TRUE(box.box->Delete("ab"));
+    EXPECT_TRUE(box->Delete("ab"));
     EXPECT_FALSE(isFolder && std::filesystem::exists(box.folder / "box_kv" / "Pictures"));
   }
 }
 
 TEST(PictureBox, FolderBoxesRenameFindCopiesAndLoseEmptyFolders) {
   Box box(true);
-  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
-  box.Put("i5-small.jpg", jpeg);
-  box.Put("photo.jpg", jpeg);
-  box.box->WriteImageInfo("photo", "note", nullptr);
-  const auto found = box.box->OpenPicture(1, "i5--1x-1", "jpg");
+  box.Put("i5-small.jpg", Jpeg());
+  box.Put("photo.jpg", Jpeg());
+  box->WriteImageInfo("photo", "note", nullptr);
+  const auto found = box->OpenPicture(1, "i5--1x-1", "jpg");
   ASSERT_TRUE(found);
   EXPECT_EQ(found->streamName, "i5-small.jpg");
   for (const char* refused : {"i5-small", "PicMask"}) {
-    EXPECT_FALSE(box.box->Rename("photo", refused, "jpg")) << refused;
+    EXPECT_FALSE(box->Rename("photo", refused, "jpg")) << refused;
   }
-  EXPECT_FALSE(box.box->Rename(nullptr, "new", "jpg"));
-  EXPECT_TRUE(box.box->Rename("photo", "new", "jpg"));
+  EXPECT_FALSE(box->Rename(nullptr, "new", "jpg"));
+  EXPECT_TRUE(box->Rename("photo", "new", "jpg"));
   EXPECT_EQ(Names(box.At(picbox::kPictures)),
             (std::vector<std::string>{"i5-small.jpg", "new.inf", "new.jpg"}));
-  EXPECT_EQ(box.box->GetImageInfo("new", nullptr), "note");
+  EXPECT_EQ(box->GetImageInfo("new", nullptr), "note");
   Put(box.At(picbox::kOnlyPic), "old", "x");
-  EXPECT_TRUE(box.box->Rename("old", "older", ""));
-  EXPECT_TRUE(box.box->Delete("older"));
+  EXPECT_TRUE(box->Rename("old", "older", ""));
+  EXPECT_TRUE(box->Delete("older"));
   EXPECT_EQ(Names(box.At(picbox::kPictures)),
             (std::vector<std::string>{"i5-small.jpg", "new.inf", "new.jpg"}));
-  box.Put("i6-b", jpeg);
+  box.Put("i6-b", Jpeg());
   std::filesystem::create_directory(box.folder / "box_kv" / "Pictures" / "i6-0");
-  box.box->WriteImageInfo("i6-a", "note", nullptr);
-  EXPECT_EQ(box.box->OpenPicture(1, "i6--1x-1")->streamName, "i6-b");
+  box->WriteImageInfo("i6-a", "note", nullptr);
+  EXPECT_EQ(box->OpenPicture(1, "i6--1x-1")->streamName, "i6-b");
 }
 
 // A JPEG file keeps its bytes, one with a mask has to become a file that holds both.
 TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
-  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
   const struct {
     const char *name, *ext;
     bool asFile;
@@ -565,42 +566,42 @@ TEST(PictureBox, CopiesBetweenAllKindsOfBoxes) {
   for (const bool fromFolder : {false, true}) {
     Box from(fromFolder);
     for (const char* name : {"dib", "masked"}) {
-      from.box->AddFile(name, Bitmap(16, 16), Mask(16, 16), 1, 2, *name == 'm', false, false);
-      from.box->WriteImageInfo(name, "note", nullptr);
+      from->AddFile(name, Bitmap(16, 16), Mask(16, 16), 1, 2, *name == 'm', false, false);
+      from->WriteImageInfo(name, "note", nullptr);
     }
-    from.Put("file.JPG", jpeg);
-    from.Put("plain", "\x02JPG\0\x08\x01\0\0\0"s + Sized(jpeg) + Compressed(Longs({0, 0})));
+    from.Put("file.JPG", Jpeg());
+    from.Put("plain", "\x02JPG\0\x08\x01\0\0\0"s + Sized(Jpeg()) + Compressed(Longs({0, 0})));
     KvString ext;
     for (const bool toFolder : {false, true}) {
       for (const auto& c : cases) {
         SCOPED_TRACE(testing::Message() << c.name << c.ext << fromFolder << toFolder);
         Box to(toFolder);
         ext = c.ext;
-        EXPECT_TRUE(from.box->CopyImage(c.name, *to.box, "copy", true, ext, c.asFile));
+        EXPECT_TRUE(from->CopyImage(c.name, *to.box, "copy", true, ext, c.asFile));
         EXPECT_EQ(ext, c.taken);
-        auto found = to.box->OpenPicture(1, "copy", c.taken);
+        auto found = to->OpenPicture(1, "copy", c.taken);
         ASSERT_TRUE(found);
         EXPECT_EQ(found->place, c.place);
-        EXPECT_EQ(Text(to.box->ReadEncoded(*found)).starts_with(jpeg), c.isJpeg);
+        EXPECT_EQ(Text(to->ReadEncoded(*found)).starts_with(Jpeg()), c.isJpeg);
         found.reset();
         Bytes picture, mask;
         std::int32_t x = 0, y = 0;
-        to.box->GetQuick("copy", c.taken, &picture, &mask, -1, -1, &x, &y);
+        to->GetQuick("copy", c.taken, &picture, &mask, -1, -1, &x, &y);
         EXPECT_EQ(picture == Bitmap(16, 16), !c.asFile);
         EXPECT_FALSE(picture.empty());
         EXPECT_EQ(mask, c.isJpeg ? Bytes() : Mask(16, 16));
-        EXPECT_EQ(to.box->GetImageInfo("copy", nullptr), c.isJpeg ? "" : "note");
+        EXPECT_EQ(to->GetImageInfo("copy", nullptr), c.isJpeg ? "" : "note");
         EXPECT_TRUE(c.asFile || (x == 1 && y == 2));
       }
     }
     // Onto itself, and as another box on the same folder sees it.
-    EXPECT_TRUE(from.box->CopyImage("dib", *from.box, "dib", true, ext, false));
+    EXPECT_TRUE(from->CopyImage("dib", *from.box, "dib", true, ext, false));
     if (fromFolder) {
       Box again(from.folder);
-      EXPECT_TRUE(from.box->CopyImage("dib", *again.box, "DIB", true, ext, false));
+      EXPECT_TRUE(from->CopyImage("dib", *again.box, "DIB", true, ext, false));
     }
     EXPECT_EQ(from.Read("dib"), "picture mask");
-    EXPECT_EQ(from.box->OpenPicture(1, "dib")->place, picbox::kPictures) << "left as it was";
+    EXPECT_EQ(from->OpenPicture(1, "dib")->place, picbox::kPictures) << "left as it was";
   }
 }
 
@@ -620,19 +621,18 @@ std::string Shortened(std::string text) {
 
 TEST(PictureBox, TellsTheLogTheWayOfACopy) {
   Box memory, files(true), target(true);
-  const std::string jpeg = Text(FileOf(Bitmap(2, 2), imageio::kTypeJpeg));
   const TemporaryFolder folder;
   WriteFile(folder / "file.JPG", "x");
   KvSimpStorage plain(platform::StoragePathOf(folder.Path()).c_str(), OpenModeRead, false, true);
   kvPicBox outside(&plain, OpenModeRead);
-  files.Put("file.JPG", jpeg);
+  files.Put("file.JPG", Jpeg());
   const auto source = files.folder / "box_kv" / "Pictures" / "file.JPG";
   std::filesystem::permissions(source, std::filesystem::perms::owner_read);
   std::filesystem::create_directory(folder / "folder.PNG");
   memory.Put("none", "");
   const std::string large((1 << 20) + 1, 'x');  // more than is copied at a time
   memory.Put("one", large);
-  memory.box->AddFile("masked", Bitmap(2, 2), Mask(2, 2), 0, 0, true, false, false);
+  memory->AddFile("masked", Bitmap(2, 2), Mask(2, 2), 0, 0, true, false, false);
   memory.Put("broken", "\x01JPG\0\x08\x01\0\0\0\x03\0\0\0\xFF\xD8\xFF"s + std::string(50, 'x'));
   const std::string file = "removing read only file status of ";
   const std::string stream = "destination is internal; src is native; do not copy; ";
@@ -701,10 +701,9 @@ TEST(PictureBox, TellsTheLogTheWayOfACopy) {
 
 // A folder of plain files, as the source of a copy and as its target.
 TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
-  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
   const TemporaryFolder folder;
-  WriteFile(folder / "a", jpeg);
-  WriteFile(folder / "b.jpg", jpeg);
+  WriteFile(folder / "a", Jpeg());
+  WriteFile(folder / "b.jpg", Jpeg());
   const auto open = [](const std::filesystem::path& path) {
     return std::make_unique<kvPicBox>(platform::StoragePathOf(path).c_str(), true, false, true);
   };
@@ -713,8 +712,9 @@ TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
   unsigned room = 10;
   Bytes buffer(20, 7);
   EXPECT_EQ(source->GetImageFileInfo("a", &wantPicture, &wantMask, &room, buffer.data()), 10u);
-  EXPECT_EQ(room, jpeg.size());
-  EXPECT_EQ(Text(buffer), jpeg.substr(0, 10) + std::string(10, 7)) << "no more than there is room";
+  EXPECT_EQ(room, Jpeg().size());
+  EXPECT_EQ(Text(buffer), Jpeg().substr(0, 10) + std::string(10, 7))
+      << "no more than there is room";
   EXPECT_EQ(source->GetImageFileInfo("absent", &wantPicture, &wantMask, &room, buffer.data()), 0u);
   EXPECT_EQ(room, 0u);
   EXPECT_GT(source->GetJPegHeader("a", &buffer), 0u);
@@ -728,15 +728,15 @@ TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
         EXPECT_TRUE(source->CopyImage(name, *to.box, "copy", newFormat, ext, true));
         const bool isFile = toFolder && newFormat;
         EXPECT_EQ(Names(to.At(picbox::kPictures)).back() == "copy.jpg", isFile);
-        EXPECT_EQ(to.box->OpenPicture(1, "copy", "jpg")->native, isFile);
+        EXPECT_EQ(to->OpenPicture(1, "copy", "jpg")->native, isFile);
         EXPECT_EQ(to.Read("copy"), "picture");
         std::filesystem::remove(folder / "new" / "copy.jpg");
-        EXPECT_TRUE(to.box->CopyImage("copy", *outside, "copy", newFormat, ext, true));
-        EXPECT_EQ(ReadFile(folder / "new" / "copy.jpg") == jpeg, isFile);
+        EXPECT_TRUE(to->CopyImage("copy", *outside, "copy", newFormat, ext, true));
+        EXPECT_EQ(ReadFile(folder / "new" / "copy.jpg") == Jpeg(), isFile);
         EXPECT_TRUE(std::filesystem::exists(folder / "new" / "copy.jpg"));
       }
       EXPECT_TRUE(source->CopyImage(name, *outside, "copy", newFormat, ext, true));
-      EXPECT_EQ(ReadFile(folder / "new" / "copy"), jpeg);
+      EXPECT_EQ(ReadFile(folder / "new" / "copy"), Jpeg());
       EXPECT_TRUE(outside->Delete("copy") && outside->Delete("copy", "jpg"));
       EXPECT_TRUE(std::filesystem::is_empty(folder / "new"));
     }
@@ -746,25 +746,24 @@ TEST(PictureBox, ExternalFoldersHoldPlainFiles) {
 // As they are in a picture of an older generation, at no position.
 TEST(PictureBox, KeepsFilesAsTheyAre) {
   const TemporaryFolder folder;
-  const std::string jpeg = Text(FileOf(Bitmap(16, 16), imageio::kTypeJpeg));
-  WriteFile(folder / "file", jpeg);
+  WriteFile(folder / "file", Jpeg());
   for (const bool isFolder : {false, true}) {
     for (const bool asNative : {false, true}) {
       Box box(isFolder);
       KvFile file(platform::StoragePathOf(folder / "file").c_str(), OpenModeRead);
       Bytes kept;
       file.Seek(3, 0);  // wherever it stands
-      EXPECT_TRUE(box.box->AddFileStream("a", "jpg", file, asNative, &kept));
-      EXPECT_EQ(Text(kept), jpeg);
+      EXPECT_TRUE(box->AddFileStream("a", "jpg", file, asNative, &kept));
+      EXPECT_EQ(Text(kept), Jpeg());
       std::int32_t x = 1, y = 1;
       Bytes picture, mask;
-      box.box->GetQuick("a", "", &picture, &mask, -1, -1, &x, &y);
+      box->GetQuick("a", "", &picture, &mask, -1, -1, &x, &y);
       EXPECT_EQ(picture.size(), Bitmap(16, 16).size());
-      auto found = box.box->OpenPicture(1, "a", "jpg");
+      auto found = box->OpenPicture(1, "a", "jpg");
       ASSERT_TRUE(found);
       EXPECT_EQ(found->native, isFolder && asNative);
       EXPECT_EQ(std::pair(x, y), found->native ? std::pair(1, 1) : std::pair(0, 0));
-      EXPECT_EQ(Text(box.box->ReadEncoded(*found)), jpeg);
+      EXPECT_EQ(Text(box->ReadEncoded(*found)), Jpeg());
     }
   }
 }
@@ -776,7 +775,7 @@ TEST(PictureBox, TellsTheTypeOfAStreamFromWhereItStands) {
   stream->Seek(5, 0);
   for (int round = 0; round < 2; ++round) {
     KvString tag;
-    EXPECT_EQ(box.box->GetType(stream.get(), &tag), imageio::kTypePng);
+    EXPECT_EQ(box->GetType(stream.get(), &tag), imageio::kTypePng);
     EXPECT_EQ(stream->GetPosition(), 5u);
   }
 }
@@ -788,12 +787,11 @@ TEST(PictureBox, EnumeratesStageByStage) {
   Put(box.At(picbox::kPicMask), "q", "x");
   Put(box.At(picbox::kOnlyPic), "o", "x");
   std::string all;
-  for (KvString name = box.box->FindFirstPicture(); !name.IsEmpty();
-       name = box.box->FindNextPicture()) {
+  for (KvString name = box->FindFirstPicture(); !name.IsEmpty(); name = box->FindNextPicture()) {
     all += name.ToStdString() + " ";
   }
   EXPECT_EQ(all, "OnlyPic PicMask OnlyMask p q o m ");
-  EXPECT_EQ(box.box->FindNextPicture(), "");
+  EXPECT_EQ(box->FindNextPicture(), "");
 }
 
 TEST(PictureBox, WithoutPicturesRefuses) {
@@ -817,8 +815,8 @@ TEST(PictureBox, WithoutPicturesRefuses) {
   for (const auto& [name, colours, mask] : refused) {
     Box whole;
     const bool encode = colours == wide;
-    EXPECT_EQ(whole.box->AddFile(name, colours, mask, 0, 0, encode, false, false), 0u);
-    EXPECT_EQ(whole.box->LoaderStatus() != 0, encode);
-    EXPECT_EQ(whole.box->HasFailed(), !colours.empty()) << "nothing to write is no failure";
+    EXPECT_EQ(whole->AddFile(name, colours, mask, 0, 0, encode, false, false), 0u);
+    EXPECT_EQ(whole->LoaderStatus() != 0, encode);
+    EXPECT_EQ(whole->HasFailed(), !colours.empty()) << "nothing to write is no failure";
   }
 }
