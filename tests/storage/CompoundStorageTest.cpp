@@ -58,7 +58,7 @@ class RefusingStorage final : public platform::ComObject<RefusingStorage, IStora
   }
   HRESULT STDMETHODCALLTYPE SetClass(REFCLSID) override { return status; }
   HRESULT STDMETHODCALLTYPE SetStateBits(DWORD, DWORD) override { return status; }
-  HRESULT STDMETHODCALLTYPE Stat(STATSTG*, DWORD) override { return status; }
+  HRESULT STDMETHODCALLTYPE Stat(STATSTG*, DWORD flags) override { return Count(opens, flags); }
 
   HRESULT status;
   int creates = 0;
@@ -134,6 +134,8 @@ TEST(CompoundStorage, OpensExclusivelyInEveryMode) {
     storage.OpenStream("a", mode);
     EXPECT_EQ(element->lastMode, flags & ~DWORD{0x1000}) << mode;
   }
+  storage.GetStat(nullptr);
+  EXPECT_EQ(element->lastMode, 0u) << "with the name";
 }
 
 TEST(CompoundStorage, WithoutAnElementDoesNothing) {

@@ -12,7 +12,7 @@ using namespace test;
 
 namespace {
 
-constexpr std::size_t kLengths[] = {0, 1, 99, 100, 101, 113, 114, 5000, 200001};
+constexpr std::size_t kLengths[] = {0, 1, 99, 100, 101, 113, 114, 120, 5000, 200001};
 
 std::string WrittenByUs(const std::string& plain, std::size_t piece) {
   MemoryStream target("head");
