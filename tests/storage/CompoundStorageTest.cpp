@@ -126,8 +126,8 @@ TEST(CompoundStorage, WaitsForWhatIsHeldAndMakesWhatIsAbsent) {
 TEST(CompoundStorage, OpensExclusivelyInEveryMode) {
   auto* element = new RefusingStorage(E_FAIL);
   KvStorage storage(element);
-  const std::pair<unsigned, DWORD> kModes[] = {{1, 0x1010 - 0x1000}, {2, 0x11},     {3, 0x12},
-                                               {9, 0x1010},          {0xA, 0x1011}, {0xB, 0x1012}};
+  const std::pair<unsigned, DWORD> kModes[] = {{1, 0x10},   {2, 0x11},     {3, 0x12},
+                                               {9, 0x1010}, {0xA, 0x1011}, {0xB, 0x1012}};
   for (const auto& [mode, flags] : kModes) {
     storage.CreateStream("a", mode);
     EXPECT_EQ(element->lastMode, flags) << mode;

@@ -15,14 +15,12 @@ using namespace test;
 
 namespace {
 
-std::vector<std::string> Shown(const KvFileException& error) {
-  platform::RecordingDesktop desktop;
-  platform::Services services = platform::CurrentServices();
-  services.desktop = &desktop;
-  const platform::ScopedServices scoped(services);
+std::string Shown(const KvFileException& error) {
+  platform::FakeServices fakes;
+  const platform::ScopedServices scope(fakes.services);
   ReportFileError(error);
-  std::vector<std::string> texts;
-  for (const auto& message : desktop.messages) texts.push_back(message.text);
+  std::string texts;
+  for (const auto& message : fakes.desktop.messages) texts += message.text;
   return texts;
 }
 
@@ -39,14 +37,11 @@ TEST(StreamException, SharesItsTextBetweenCopies) {
 }
 
 TEST(FileError, IsShownWithItsCause) {
-  using List = std::vector<std::string>;
   const std::string line = "Error processing file 'a\\b.jpg'";
-  EXPECT_EQ(Shown({FileCause::None, "a\\b.jpg"}), List());
-  EXPECT_EQ(Shown({FileCause::Generic, "a\\b.jpg"}), List{line});
-  EXPECT_EQ(Shown({FileCause::NotFound, "a\\b.jpg"}),
-            List{line + "\nThe file could not be located."});
-  EXPECT_EQ(Shown({FileCause::EndOfFile, "a\\b.jpg"}),
-            List{line + "\nThe end of file was reached."});
+  EXPECT_EQ(Shown({FileCause::None, "a\\b.jpg"}), "");
+  EXPECT_EQ(Shown({FileCause::Generic, "a\\b.jpg"}), line);
+  EXPECT_EQ(Shown({FileCause::NotFound, "a\\b.jpg"}), line + "\nThe file could not be located.");
+  EXPECT_EQ(Shown({FileCause::EndOfFile, "a\\b.jpg"}), line + "\nThe end of file was reached.");
   EXPECT_EQ(KvFileException(platform::kLockViolation, "x").Cause(), FileCause::LockViolation);
   EXPECT_EQ(KvFileException(platform::kDiskFull, "x").Cause(), FileCause::DiskFull);
 }
