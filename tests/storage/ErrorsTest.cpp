@@ -4,6 +4,7 @@
 
 #include "platform/RawFile.h"
 #include "platform/StoragePath.h"
+#include "platform/SystemMessage.h"
 #include "platform/fake/FakeServices.h"
 #include "settings/ZNDebugMonitor.h"
 #include "storage/KvErrors.h"
@@ -62,6 +63,8 @@ TEST(StorageReports, NameTheOperationAndTheObject) {
   EXPECT_NE(GetLastError(), 0u);
   EXPECT_THAT(fakes.desktop.debugOutput,
               testing::IsSupersetOf({path + "\n", std::string(" in new KVStorage\n \n")}));
+  const std::string reason = platform::SystemMessage(STG_E_FILENOTFOUND).substr(0, 9);
+  EXPECT_THAT(fakes.desktop.debugOutput, testing::Contains(testing::StartsWith(reason)));
   fakes.desktop.debugOutput.clear();
   const std::string other = platform::StoragePathOf(folder / "other"), name(40, 'n');
   const StoragePtr box(
