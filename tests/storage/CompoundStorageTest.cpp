@@ -14,6 +14,7 @@
 #include "tests/storage/StorageSupport.h"
 
 using namespace test;
+using platform::StoragePathOf;
 
 namespace {
 
@@ -72,10 +73,6 @@ class RefusingStorage final : public platform::ComObject<RefusingStorage, IStora
     return status;
   }
 };
-
-std::string PathText(const std::filesystem::path& path) {
-  return platform::StoragePathOf(path);
-}
 
 StoragePtr OpenBox(const std::string& path, unsigned mode) {
   return StoragePtr(KvStorage::CreateNewKvStorage(path.c_str(), mode, false, false));
@@ -156,7 +153,7 @@ TEST(CompoundStorage, WithoutAnElementDoesNothing) {
 
 TEST(CompoundStorage, KeepsElementsInAFile) {
   const TemporaryFolder folder;
-  const std::string path = PathText(folder / "box.kv");
+  const std::string path = StoragePathOf(folder / "box.kv");
   const std::string large = MixedBytes(100000);
   EXPECT_EQ(OpenBox(path, OpenModeRead), nullptr);
   EXPECT_EQ(folder.Names(), std::vector<std::string>());
@@ -164,7 +161,7 @@ TEST(CompoundStorage, KeepsElementsInAFile) {
     const StoragePtr box = OpenBox(path, OpenModeReadWrite);
     ASSERT_TRUE(box);
     EXPECT_EQ(box->GetStorageKind(), 3);
-    EXPECT_EQ(box->GetPath(), PathText(folder.Path()).c_str());
+    EXPECT_EQ(box->GetPath(), StoragePathOf(folder.Path()).c_str());
     EXPECT_STREQ(box->GetPathText(), path.c_str());
     Put(*box, "large", large);
     Put(*box, "small", "tiny");
@@ -188,7 +185,7 @@ TEST(CompoundStorage, KeepsElementsInAFile) {
 
 TEST(CompoundStorage, ASecondUserWaitsForTheFirst) {
   const TemporaryFolder folder;
-  const std::string path = PathText(folder / "box");
+  const std::string path = StoragePathOf(folder / "box");
   StoragePtr first = OpenBox(path, OpenModeReadWrite);
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(OpenBox(path, OpenModeRead | OpenModeWrite), nullptr);
@@ -207,7 +204,7 @@ TEST(CompoundStorage, ReadersWhoShareKeepOutWritersAlone) {
     return !opened->IsBad();
   };
   const TemporaryFolder folder;
-  const std::string path = PathText(folder / "box");
+  const std::string path = StoragePathOf(folder / "box");
   EXPECT_FALSE(isShared(path));
   OpenBox(path, OpenModeReadWrite);
   const StoragePtr first(KvStorage::OpenShared(path.c_str()));
@@ -219,15 +216,15 @@ TEST(CompoundStorage, NeverTakesAnotherFile) {
   const TemporaryFolder folder;
   for (const char* content : {"", "no compound file", "\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1 cut"}) {
     WriteFile(folder / "file", content);
-    EXPECT_EQ(OpenBox(PathText(folder / "file"), OpenModeReadWrite), nullptr);
+    EXPECT_EQ(OpenBox(StoragePathOf(folder / "file"), OpenModeReadWrite), nullptr);
     EXPECT_EQ(ReadFile(folder / "file"), content);
   }
 }
 
 TEST(CompoundStorage, CopiesEverything) {
   const TemporaryFolder folder;
-  StoragePtr from = OpenBox(PathText(folder / "from"), OpenModeReadWrite);
-  StoragePtr to = OpenBox(PathText(folder / "to"), OpenModeReadWrite);
+  StoragePtr from = OpenBox(StoragePathOf(folder / "from"), OpenModeReadWrite);
+  StoragePtr to = OpenBox(StoragePathOf(folder / "to"), OpenModeReadWrite);
   Put(*from, "a", "one");
   Put(*to, "b", "two");
   EXPECT_TRUE(static_cast<KvStorage&>(*from).CopyTo(static_cast<KvStorage*>(to.get())));
@@ -245,7 +242,7 @@ TEST(PrivateStorage, AnswersAtOnceAndCommitsAtItsClose) {
   EXPECT_EQ(held->creates, 2);
   EXPECT_EQ(held->opens, 2);
 
-  const std::string path = PathText(folder / "box");
+  const std::string path = StoragePathOf(folder / "box");
   StoragePtr box(new KvPrivateStorage(path.c_str(), OpenModeRead));
   EXPECT_EQ(folder.Names(), std::vector<std::string>());
   box.reset(new KvPrivateStorage(path.c_str(), OpenModeReadWrite));
@@ -261,7 +258,7 @@ TEST(PrivateStorage, AnswersAtOnceAndCommitsAtItsClose) {
 
 TEST(MemoryStorage, IsDumpedOnce) {
   const TemporaryFolder folder;
-  const std::string path = PathText(folder / "dump");
+  const std::string path = StoragePathOf(folder / "dump");
   KvMemoryStorage memory(0);
   Put(memory, "a", MixedBytes(50000));
   memory.DumpToFile(path.c_str());
@@ -269,7 +266,7 @@ TEST(MemoryStorage, IsDumpedOnce) {
   std::filesystem::rename(folder / "dump", folder / "dump.copy");
   memory.DumpToFile(path.c_str());
   EXPECT_FALSE(std::filesystem::exists(folder / "dump"));
-  const StoragePtr box = OpenBox(PathText(folder / "dump.copy"), OpenModeRead);
+  const StoragePtr box = OpenBox(StoragePathOf(folder / "dump.copy"), OpenModeRead);
   ASSERT_TRUE(box);
   EXPECT_EQ(ReadAll(*box, "a"), MixedBytes(50000));
 }

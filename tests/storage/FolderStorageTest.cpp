@@ -24,13 +24,19 @@ StoragePtr FolderOn(const fs::path& path) {
       new KvSimpStorage(platform::StoragePathOf(path).c_str(), OpenModeReadWrite, true, false));
 }
 
+// A folder of its own for each test, as a storage and as it is.
+struct FolderStorage : testing::Test {
+  const TemporaryFolder folder;
+  const StoragePtr storage = FolderOn(folder.Path());
+};
+
 StoragePtr BoxFolder(const char* path, bool external) {
   return StoragePtr(KvSimpStorage::CreateNewKvStorage(path, OpenModeRead, false, external));
 }
 
 }  // namespace
 
-TEST(FolderStorage, NamesItsFolders) {
+TEST_F(FolderStorage, NamesItsFolders) {
   EXPECT_STREQ(BoxFolder("box/pic", false)->GetPathText(), "box_kv\\pic\\");
   EXPECT_STREQ(BoxFolder("C:\\a", false)->GetPathText(), "C:\\a_kv\\");
   EXPECT_STREQ(BoxFolder("a/b/c", false)->GetPathText(), "a_kv\\b\\c\\");
@@ -42,26 +48,24 @@ TEST(FolderStorage, NamesItsFolders) {
   EXPECT_EQ(BoxFolder("a", false)->GetStorageKind(), 1);
 }
 
-TEST(FolderStorage, MakesFoldersWithTheFirstStreamAndRemovesEmptyOnes) {
-  const TemporaryFolder folder;
-  const StoragePtr storage = FolderOn(folder / "deep");
-  const StoragePtr below(storage->OpenStorage("below", OpenModeReadWrite, true, false));
+TEST_F(FolderStorage, MakesFoldersWithTheFirstStreamAndRemovesEmptyOnes) {
+  const StoragePtr deep = FolderOn(folder / "deep");
+  const StoragePtr below(deep->OpenStorage("below", OpenModeReadWrite, true, false));
   EXPECT_EQ(folder.Names(), std::vector<std::string>());
   Put(*below, "a.txt", "one");
   EXPECT_EQ(ReadFile(folder / "deep" / "below" / "a.txt"), "one");
-  EXPECT_FALSE(storage->RemoveStorage("below"));
-  EXPECT_FALSE(storage->DeleteStream("below"));
+  EXPECT_FALSE(deep->RemoveStorage("below"));
+  EXPECT_FALSE(deep->DeleteStream("below"));
   EXPECT_TRUE(below->DeleteStream("a.txt"));
   EXPECT_FALSE(below->DeleteStream("a.txt"));
-  EXPECT_TRUE(storage->RemoveStorage("below"));
-  EXPECT_TRUE(storage->RemoveStorage(nullptr));
+  EXPECT_TRUE(deep->RemoveStorage("below"));
+  EXPECT_TRUE(deep->RemoveStorage(nullptr));
   EXPECT_EQ(folder.Names(), std::vector<std::string>());
-  Put(*storage, "in\\name", "two");
+  Put(*deep, "in\\name", "two");
   EXPECT_EQ(ReadFile(folder / "deep" / "in" / "name"), "two");
 }
 
-TEST(FolderStorage, OpensWithoutMaking) {
-  const TemporaryFolder folder;
+TEST_F(FolderStorage, OpensWithoutMaking) {
   // Only a folder outside of boxes is made at once.
   for (const auto& [mode, external] :
        {std::pair(OpenModeRead, true), {OpenModeReadWrite, false}, {OpenModeReadWrite, true}}) {
@@ -70,7 +74,6 @@ TEST(FolderStorage, OpensWithoutMaking) {
                                             mode, true, external));
   }
   EXPECT_TRUE(fs::remove(folder / "at once"));
-  const StoragePtr storage = FolderOn(folder.Path());
   EXPECT_EQ(storage->OpenStream("absent", OpenModeRead), nullptr);
   EXPECT_EQ(storage->OpenStream("absent", OpenModeRead | OpenModeWrite), nullptr);
   fs::create_directory(folder / "folder");
@@ -84,9 +87,7 @@ TEST(FolderStorage, OpensWithoutMaking) {
   EXPECT_TRUE(storage->Exists("made"));
 }
 
-TEST(FolderStorage, AStreamTakesItsPlaceWhenItIsClosed) {
-  const TemporaryFolder folder;
-  const StoragePtr storage = FolderOn(folder.Path());
+TEST_F(FolderStorage, AStreamTakesItsPlaceWhenItIsClosed) {
   Put(*storage, "a", "the content from before");
   IKvStream* stream = storage->OpenStream("a", OpenModeReadWrite);
   char start[4] = {};
@@ -110,8 +111,7 @@ TEST(FolderStorage, AStreamTakesItsPlaceWhenItIsClosed) {
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"a"});
 }
 
-TEST(FolderStorage, AFileThatIsNotClosedLeavesNothing) {
-  const TemporaryFolder folder;
+TEST_F(FolderStorage, AFileThatIsNotClosedLeavesNothing) {
   WriteFile(folder / "a", "before");
   {
     KvFile file(platform::StoragePathOf(folder / "a").c_str(), OpenModeRewrite);
@@ -121,10 +121,7 @@ TEST(FolderStorage, AFileThatIsNotClosedLeavesNothing) {
   EXPECT_EQ(folder.Names(), std::vector<std::string>{"a"});
 }
 
-// Those of folders and of compound files.
-TEST(Streams, SeekAndResize) {
-  const TemporaryFolder folder;
-  const StoragePtr storage = FolderOn(folder.Path());
+TEST_F(FolderStorage, StreamsSeekAndResizeAsThoseOfCompoundFilesDo) {
   KvTemporaryStream temporary;
   IKvStream* const file = storage->CreateStream("a", OpenModeReadWrite);
   for (IKvStream* const stream : {file, temporary.Stream()}) {
@@ -156,9 +153,7 @@ TEST(Streams, SeekAndResize) {
   EXPECT_TRUE(CloseChecked(reader)) << "nothing is lost";
 }
 
-TEST(FolderStorage, FindsNamesWithoutCase) {
-  const TemporaryFolder folder;
-  const StoragePtr storage = FolderOn(folder.Path());
+TEST_F(FolderStorage, FindsNamesWithoutCase) {
   Put(*storage, "Photo.JPG", "one");
   EXPECT_EQ(ReadAll(*storage, "photo.jpg"), "one");
   EXPECT_TRUE(storage->Exists("PHOTO.JPG"));
@@ -180,9 +175,7 @@ TEST(FolderStorage, FindsNamesWithoutCase) {
   EXPECT_EQ(ReadAll(*storage, "F\xDCR"), "x");
 }
 
-TEST(FolderStorage, EnumeratesSortedAndWithoutHiddenNames) {
-  const TemporaryFolder folder;
-  const StoragePtr storage = FolderOn(folder.Path());
+TEST_F(FolderStorage, EnumeratesSortedAndWithoutHiddenNames) {
   EXPECT_EQ(Names(*storage), std::vector<std::string>());
   for (const char* name : {"b.txt", "a.jpg", ".fxbox-1.jpg", "noext"}) Put(*storage, name, "x");
   fs::create_directory(folder / "sub");
@@ -196,9 +189,7 @@ TEST(FolderStorage, EnumeratesSortedAndWithoutHiddenNames) {
   EXPECT_FALSE(storage->FindNext(name, attributes));
 }
 
-TEST(FolderStorage, WaitsForALockedFile) {
-  const TemporaryFolder folder;
-  const StoragePtr storage = FolderOn(folder.Path());
+TEST_F(FolderStorage, WaitsForALockedFile) {
   WriteFile(folder / "a", "before");
   int error = 0;
   auto holder = platform::RawFile::Open(folder / "a", platform::FileUse::Change, error);
@@ -226,8 +217,7 @@ TEST(FolderStorage, WaitsForALockedFile) {
 }
 
 // Who creates is thrown at, who looks finds nothing. A missing file is no news, other trouble is.
-TEST(FolderStorage, SaysWhyAFileCannotBeOpened) {
-  const TemporaryFolder folder;
+TEST_F(FolderStorage, SaysWhyAFileCannotBeOpened) {
   WriteFile(folder / "file", "x");
   fs::create_directory(folder / "folder");
   const struct {

@@ -8,7 +8,6 @@
 #include "imageio/StoredBitmap.h"
 #include "platform/StoragePath.h"
 #include "platform/fake/FakeServices.h"
-#include "settings/TraceLogStd.h"
 #include "storage/KvErrors.h"
 #include "storage/KvFile.h"
 #include "storage/KvPrivateStorage.h"
