@@ -271,6 +271,19 @@ TEST(MemoryStorage, IsDumpedOnce) {
   EXPECT_EQ(ReadAll(*box, "a"), MixedBytes(50000));
 }
 
+// Not every system keeps who only writes from reading.
+TEST(MemoryStorage, NeverGivesOldMemoryForAReadThatFails) {
+  KvMemoryStorage memory(0);
+  IKvStream* stream = memory.CreateStream("a", OpenModeWrite | OpenModeCreate);
+  std::string block(9, '\0');
+  stream->Write(block.data(), 9);
+  stream->Seek(0, 0);
+  block.assign(9, 'x');
+  stream->Read(block.data(), 9);
+  EXPECT_EQ(block, std::string(9, '\0'));
+  stream->Close();
+}
+
 TEST(ResourceStorage, WithoutTheResourceDoesNothing) {
   KvResourceStorage resource(nullptr);
   EXPECT_EQ(resource.GetStorageKind(), 5);
