@@ -73,7 +73,8 @@ bool WriteBmp(Output& output, const Picture& picture, const WriteOptions& option
   if (dataBytes > 0xFFFFFFFF - kFileHeadBytes - kAlphaHeadBytes) {
     throw ImageError("the picture is too large for this kind of file");
   }
-  const std::vector<BYTE> head = HeadOf(picture, dataBytes, options.metadata.resolution);
+  const std::vector<BYTE> head =
+      HeadOf(picture, dataBytes, ForBothDirections(options.metadata.resolution));
   output.Write(head.data(), head.size());
   std::vector<BYTE> row(static_cast<std::size_t>(stride));
   for (int y = picture.Height() - 1; y >= 0; --y) {

@@ -151,9 +151,9 @@ struct ImageReader::State {
     }
     ResetExifOrientation(info.metadata.exif);
     ResetXmpOrientation(info.metadata.xmp);
-    if (info.metadata.resolution.x <= 0 || info.metadata.resolution.y <= 0) {
-      info.metadata.resolution = ExifResolution(info.metadata.exif);
-    }
+    Resolution& resolution = info.metadata.resolution;
+    resolution = ForBothDirections(resolution);
+    if (resolution.x <= 0) resolution = ForBothDirections(ExifResolution(info.metadata.exif));
     SetResult(head.size);
     info.fullWidth = info.width;
     info.fullHeight = info.height;

@@ -26,7 +26,8 @@ class FXBOX_API ImageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Pixels an inch; 0 where nobody knows.
+// Pixels an inch; 0 where nobody knows. Told for one direction alone it holds for both, because
+// pixels are mostly square; so readers never give one without the other.
 struct Resolution {
   double x = 0;
   double y = 0;

@@ -79,7 +79,8 @@ class PngWriter {
     }
     if (!xmp.empty()) SetText(PNG_ITXT_COMPRESSION_NONE, kXmpKey, xmp);
     if (!iptc.empty()) SetText(PNG_TEXT_COMPRESSION_zTXt, kIptcKey, iptc);
-    const double x = PixelsAMetre(metadata.resolution.x), y = PixelsAMetre(metadata.resolution.y);
+    const Resolution resolution = ForBothDirections(metadata.resolution);
+    const double x = PixelsAMetre(resolution.x), y = PixelsAMetre(resolution.y);
     if (x >= 1 && y >= 1 && x < PNG_UINT_31_MAX && y < PNG_UINT_31_MAX) {
       png_set_pHYs(png, info, static_cast<png_uint_32>(x), static_cast<png_uint_32>(y),
                    PNG_RESOLUTION_METER);

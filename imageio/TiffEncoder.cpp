@@ -2,6 +2,7 @@
 #include <cstring>
 #include <vector>
 
+#include "imageio/Decoder.h"
 #include "imageio/Exif.h"
 #include "imageio/TiffHandle.h"
 
@@ -85,9 +86,10 @@ void SetMetadata(TIFF* tiff, const Metadata& metadata) {
   setBytes(TIFFTAG_ICCPROFILE, metadata.profile);
   setBytes(TIFFTAG_XMLPACKET, metadata.xmp);
   SetIptc(tiff, metadata.iptc);
-  if (metadata.resolution.x > 0 && metadata.resolution.y > 0) {
-    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, metadata.resolution.x);
-    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, metadata.resolution.y);
+  const Resolution resolution = ForBothDirections(metadata.resolution);
+  if (resolution.x > 0) {
+    TIFFSetField(tiff, TIFFTAG_XRESOLUTION, resolution.x);
+    TIFFSetField(tiff, TIFFTAG_YRESOLUTION, resolution.y);
     TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH);
   }
 }

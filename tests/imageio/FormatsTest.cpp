@@ -452,14 +452,15 @@ TEST(Bmp, OldHeadsAndAlpha) {
   const Bytes core = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, 32, 0, 0, 0, 12,   0, 0, 0,
                       2,   0,   1, 0, 1, 0, 1, 0, 3, 2, 1,  6, 5, 4, 0x40, 0, 0, 0};
   EXPECT_EQ(Pixels(core), (Bytes{1, 2, 3, 255, 4, 5, 6, 255}));
-  // The longer the head, the more it tells: runs, a resolution, how many colours there are.
+  // The longer the head, the more it tells: runs, a resolution, how many colours there are. One
+  // told for a single direction holds for both.
   const Bytes rows = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 1, 1, 0, 0};
   const Bytes runs = {1, 1, 0, 2, 0, 3, 1, 1, 0, 0, 3, 1, 0, 1};  // three rows up, and one too many
   for (const std::uint32_t head : {16, 20, 32, 36}) {
     BlockWriter writer(true);
     writer.block = {'B', 'M'};
     for (const std::uint32_t number :
-         {0u, 0u, 0u, head, 2u, 5u, 1u | 8u << 16, 1u, 0u, 3937u, 7874u, 2u})
+         {0u, 0u, 0u, head, 2u, 5u, 1u | 8u << 16, 1u, 0u, head < 36 ? 3937u : 0u, 7874u, 2u})
       writer.Number(number, 4);
     writer.block.resize(14 + head);
     for (std::uint32_t i = 0; i < (head < 36 ? 256u : 2u); ++i) writer.Number(i * 0x10101, 4);
@@ -467,7 +468,7 @@ TEST(Bmp, OldHeadsAndAlpha) {
     writer.block.insert(writer.block.end(), packed.begin(), packed.end());
     EXPECT_EQ(Pixels(writer.block), Greys({1, 1, 0, 1, 0, 0, 0, 0, 1, 0})) << head;
     const ImageReader reader(writer.block.data(), writer.block.size());
-    EXPECT_EQ(reader.Info().metadata.resolution.x, head < 32 ? 0 : 100);
+    EXPECT_EQ(reader.Info().metadata.resolution.x, head < 32 ? 0 : head < 36 ? 100 : 200);
     EXPECT_EQ(reader.Info().metadata.resolution.y, head < 32 ? 0 : 200);
   }
   Bytes alpha = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, 70, 0,  0, 0, 40, 0, 0,

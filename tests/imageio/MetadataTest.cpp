@@ -74,11 +74,16 @@ TEST(Metadata, TextsAndResolutionTravel) {
       const Metadata travelled = Travelled(format, metadata);
       EXPECT_EQ(travelled.xmp, metadata.xmp);
       EXPECT_EQ(travelled.iptc, metadata.iptc);
-      EXPECT_DOUBLE_EQ(travelled.resolution.x, 300);
-      EXPECT_DOUBLE_EQ(travelled.resolution.y, 150);
     }
   }
-  EXPECT_DOUBLE_EQ(Travelled(Format::Bmp, metadata).resolution.y, 150);
+  for (const Format format : {Format::Jpeg, Format::Png, Format::Tiff, Format::Bmp}) {
+    for (const auto& [x, y] : {std::pair(300, 150), {300, 0}, {0, 150}}) {
+      metadata.resolution = {double(x), double(y)};
+      const imageio::Resolution told = Travelled(format, metadata).resolution;
+      EXPECT_TRUE(told.x == (x > 0 ? x : y) && told.y == (y > 0 ? y : x))
+          << told.x << " " << told.y;
+    }
+  }
   EXPECT_EQ(Travelled(Format::Jpeg, {}).resolution.x, 0);
   // Of nothing, an inch and a centimetre.
   imageio::WriteOptions options;
