@@ -8,13 +8,8 @@ namespace {
 
 using namespace test;
 
-constexpr Format kAll[] = {Format::Pnm,  Format::Pam,  Format::Png,
-                           Format::Jpeg, Format::Tiff, Format::Bmp};
-
 Bytes GoodFile(Format format) {
-  imageio::WriteOptions options;
-  options.metadata.exif = MakeExif(true, 8);
-  return Written(format, TestPicture::Random(40, 30, true), options);
+  return WrittenWith(format, TestPicture::Random(40, 30, true), WithExif(MakeExif(true, 8)));
 }
 
 TEST(BrokenFiles, OfTheCollectionDoNoHarm) {

@@ -20,11 +20,7 @@ inline Bytes MakeDng(int orientation, bool isGrey = false) {
   constexpr std::uint32_t kNeutral = kMatrix + 9 * 8;
   constexpr std::uint32_t kPacket = kNeutral + 3 * 8;
   constexpr std::uint32_t kStrip = kPacket + sizeof kDngPacket;
-  BlockWriter writer(true);
-  writer.block = {'I', 'I'};
-  writer.Number(42, 2);
-  writer.Number(8, 4);
-  writer.Number(kEntries, 2);
+  BlockWriter writer(true, kEntries);
   writer.Entry(254, 4, 1, 0);
   writer.Entry(256, 4, 1, kDngWidth);
   writer.Entry(257, 4, 1, kDngHeight);
@@ -48,10 +44,9 @@ inline Bytes MakeDng(int orientation, bool isGrey = false) {
   writer.Number(0, 4);
   writer.block.insert(writer.block.end(), kCamera, kCamera + sizeof kCamera);
   for (const int part : {32405, -15371, -4985, -9693, 18760, 416, 556, -2040, 10572}) {
-    writer.Number(static_cast<std::uint32_t>(part), 4);
-    writer.Number(10000, 4);
+    writer.Longs({static_cast<std::uint32_t>(part), 10000});
   }
-  for (int i = 0; i < 6; ++i) writer.Number(1, 4);
+  writer.Longs({1, 1, 1, 1, 1, 1});
   writer.block.insert(writer.block.end(), kDngPacket, kDngPacket + sizeof kDngPacket);
   for (int y = 0; y < kDngHeight; ++y) {
     for (int x = 0; x < kDngWidth; ++x) {

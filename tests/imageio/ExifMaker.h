@@ -10,7 +10,15 @@ namespace test {
 // Writes numbers in one byte order.
 class BlockWriter {
  public:
-  explicit BlockWriter(bool littleEndian) : little(littleEndian) {}
+  explicit BlockWriter(bool littleEndian, const Bytes& begin = {})
+      : block(begin), little(littleEndian) {}
+  // Begins a TIFF structure, whose first directory has so many entries.
+  BlockWriter(bool littleEndian, std::uint32_t entries)
+      : BlockWriter(littleEndian, BytesOf(littleEndian ? "II" : "MM")) {
+    Number(42, 2);
+    Number(8, 4);
+    Number(entries, 2);
+  }
   void Number(std::uint32_t value, int bytes) {
     for (int i = 0; i < bytes; ++i) {
       block.push_back(static_cast<std::uint8_t>(value >> 8 * (little ? i : bytes - 1 - i)));
@@ -27,6 +35,9 @@ class BlockWriter {
       Number(value, 4);
     }
   }
+  void Longs(std::initializer_list<std::uint32_t> values) {
+    for (const std::uint32_t value : values) Number(value, 4);
+  }
   Bytes block;
 
  private:
@@ -39,11 +50,7 @@ inline constexpr std::size_t kThumbnailBytes = 20;
 // A block with a camera's name, the orientation, a directory of its own with an exposure time, one
 // with a position, and a thumbnail at the end.
 inline Bytes MakeExif(bool little, int orientation) {
-  BlockWriter writer(little);
-  writer.block = little ? Bytes{'I', 'I'} : Bytes{'M', 'M'};
-  writer.Number(42, 2);
-  writer.Number(8, 4);
-  writer.Number(4, 2);  // the main directory, up to 62
+  BlockWriter writer(little, 4);  // the main directory, up to 62
   writer.Entry(0x0110, 2, sizeof kCamera, 62);
   writer.Entry(0x0112, 3, 1, static_cast<std::uint32_t>(orientation));
   writer.Entry(0x8769, 4, 1, 74);
@@ -52,9 +59,7 @@ inline Bytes MakeExif(bool little, int orientation) {
   writer.block.insert(writer.block.end(), kCamera, kCamera + sizeof kCamera);
   writer.Number(1, 2);  // exposure, up to 92
   writer.Entry(0x829A, 5, 1, 92);
-  writer.Number(0, 4);
-  writer.Number(1, 4);
-  writer.Number(250, 4);
+  writer.Longs({0, 1, 250});
   writer.Number(1, 2);  // position, up to 118
   writer.Entry(0x0000, 1, 4, 0x02030000);
   writer.Number(0, 4);
@@ -64,6 +69,10 @@ inline Bytes MakeExif(bool little, int orientation) {
   writer.Number(0, 4);
   writer.block.resize(148 + kThumbnailBytes, 0xEE);
   return writer.block;
+}
+
+inline imageio::Metadata WithExif(const Bytes& exif) {
+  return {exif, {}, {}, {}, {}};
 }
 
 }  // namespace test

@@ -418,9 +418,7 @@ TEST(Tiff, AllKinds) {
 
 // What the rows lack of the file is said.
 TEST(Notes, TellOfPagesAndBits) {
-  const auto notesOf = [](const Bytes& bytes) {
-    return ImageReader(bytes.data(), bytes.size()).Info().notes;
-  };
+  const auto notesOf = [](const Bytes& bytes) { return InfoOf(bytes).notes; };
   using Notes = std::vector<std::string>;
   const char* const bits = "its samples of 16 bits are taken with 8 bits";
   for (const char* mode : {"w", "w8"}) {
@@ -457,19 +455,16 @@ TEST(Bmp, OldHeadsAndAlpha) {
   const Bytes rows = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 1, 1, 0, 0};
   const Bytes runs = {1, 1, 0, 2, 0, 3, 1, 1, 0, 0, 3, 1, 0, 1};  // three rows up, and one too many
   for (const std::uint32_t head : {16, 20, 32, 36}) {
-    BlockWriter writer(true);
-    writer.block = {'B', 'M'};
-    for (const std::uint32_t number :
-         {0u, 0u, 0u, head, 2u, 5u, 1u | 8u << 16, 1u, 0u, head < 36 ? 3937u : 0u, 7874u, 2u})
-      writer.Number(number, 4);
+    BlockWriter writer(true, {'B', 'M'});
+    writer.Longs({0, 0, 0, head, 2, 5, 1 | 8 << 16, 1, 0, head < 36 ? 3937u : 0, 7874, 2});
     writer.block.resize(14 + head);
     for (std::uint32_t i = 0; i < (head < 36 ? 256u : 2u); ++i) writer.Number(i * 0x10101, 4);
     const Bytes& packed = head < 20 ? rows : runs;
     writer.block.insert(writer.block.end(), packed.begin(), packed.end());
     EXPECT_EQ(Pixels(writer.block), Greys({1, 1, 0, 1, 0, 0, 0, 0, 1, 0})) << head;
-    const ImageReader reader(writer.block.data(), writer.block.size());
-    EXPECT_EQ(reader.Info().metadata.resolution.x, head < 32 ? 0 : head < 36 ? 100 : 200);
-    EXPECT_EQ(reader.Info().metadata.resolution.y, head < 32 ? 0 : 200);
+    const imageio::Resolution told = InfoOf(writer.block).metadata.resolution;
+    EXPECT_EQ(told.x, head < 32 ? 0 : head < 36 ? 100 : 200);
+    EXPECT_EQ(told.y, head < 32 ? 0 : 200);
   }
   Bytes alpha = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0, 70, 0,  0, 0, 40, 0, 0,
                  0,   1,   0, 0, 0, 1, 0, 0, 0, 1, 0,  32, 0, 6, 0,  0, 0};

@@ -141,12 +141,17 @@ TEST(ImageLoader, TellsWhatCannotBeSavedOrLoaded) {
     bitmap[4] = bitmap[8] = 1;
     EXPECT_EQ(imageio::ClaimedBitmapBytes(bitmap), 40u + 4 * head->Colours() + 4);
   }
-  const Bytes gif = {'G', 'I', 'F', '8', '9', 'a'};
-  ImageLoader loader(gif);
-  EXPECT_EQ(loader.Type(), imageio::kTypeGif);
-  EXPECT_TRUE(loader.HadError());
-  EXPECT_EQ(loader.Error(), "no decoder");
-  EXPECT_TRUE(loader.ImageDIB().empty());
+  for (const auto& [head, error] : {std::pair("GIF89a", "no decoder"),
+                                    {"P6\n30000 30000\n255\n", "the picture is too large"},
+                                    {"P6\n30000 1\n255\n", ""},
+                                    {"P6\n1 30000\n255\n", ""}}) {
+    Bytes file = BytesOf(head);
+    file.resize(100000);
+    ImageLoader loader(file);
+    EXPECT_EQ(loader.HadError(), *error != 0) << head;
+    EXPECT_EQ(loader.Error(), error);
+    EXPECT_EQ(loader.ImageDIB().empty(), loader.HadError()) << head;
+  }
 }
 
 TEST(ImageLoader, CarriesDataAndQuality) {
@@ -177,33 +182,24 @@ TEST(ImageLoader, CarriesDataAndQuality) {
 
 // --- byte for byte
 
-void Put(Bytes& bytes, std::initializer_list<std::uint32_t> longs) {
-  for (const std::uint32_t value : longs) {
-    for (int shift = 0; shift < 32; shift += 8) {
-      bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-    }
-  }
-}
-
 TEST(Files, AreWrittenToTheByte) {
   TestPicture picture(2, 1, 0);
   for (int i = 0; i < 6; ++i)
     picture.colour[static_cast<std::size_t>(i)] = static_cast<BYTE>(i + 1);
-  Bytes plain = {'B', 'M'};
-  Put(plain, {62, 0, 54, 40, 2, 1, 1 | 24 << 16, 0, 8, 3780, 3780, 0, 0, 0x04030201, 0x0605});
-  EXPECT_EQ(Written(Format::Bmp, picture), plain);
+  BlockWriter plain(true, {'B', 'M'}), alpha = plain;
+  plain.Longs({62, 0, 54, 40, 2, 1, 1 | 24 << 16, 0, 8, 3780, 3780, 0, 0, 0x04030201, 0x0605});
+  EXPECT_EQ(Written(Format::Bmp, picture), plain.block);
   const auto text = [&](Format format) {
     const Bytes bytes = Written(format, picture);
     return std::string(bytes.begin(), bytes.end());
   };
   EXPECT_EQ(text(Format::Pnm), "P6\n2 1\n255\n\3\2\1\6\5\4");
   picture.mask[1] = 255 - 9;
-  Bytes alpha = {'B', 'M'};
-  Put(alpha, {130, 0, 122, 108, 2, 1, 1 | 32 << 16, 3, 8, 3780, 3780, 0, 0, 0xFF0000, 0xFF00, 0xFF,
-              0xFF000000, 0x73524742});
-  alpha.resize(122);
-  Put(alpha, {0xFF030201, 0x09060504});
-  EXPECT_EQ(Written(Format::Bmp, picture), alpha);
+  alpha.Longs({130, 0, 122, 108, 2, 1, 1 | 32 << 16, 3, 8, 3780, 3780, 0, 0, 0xFF0000, 0xFF00, 0xFF,
+               0xFF000000, 0x73524742});
+  alpha.block.resize(122);
+  alpha.Longs({0xFF030201, 0x09060504});
+  EXPECT_EQ(Written(Format::Bmp, picture), alpha.block);
   EXPECT_EQ(text(Format::Pam),
             "P7\nWIDTH 2\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE RGB_ALPHA\nENDHDR\n"
             "\3\2\1\xFF\6\5\4\t");

@@ -32,12 +32,9 @@ TEST(Orientation, IsAppliedToPngAndTiff) {
   for (int orientation = 1; orientation <= 8; ++orientation) {
     std::vector<Bytes> files;
     for (const bool little : {false, true}) {
-      imageio::WriteOptions options;
-      options.metadata.exif = MakeExif(little, orientation);
-      files.push_back(Written(Format::Png, Draw("abc/def"), options));
-      EXPECT_EQ(ImageReader(files.back().data(), files.back().size()).Info().metadata.exif,
-                MakeExif(little, 1))
-          << "told as upright";
+      const Bytes exif = MakeExif(little, orientation);
+      files.push_back(WrittenWith(Format::Png, Draw("abc/def"), WithExif(exif)));
+      EXPECT_EQ(InfoOf(files.back()).metadata.exif, MakeExif(little, 1)) << "told as upright";
     }
     files.push_back(Written(Format::Tiff, Draw("abc/def")));
     // The entry: tag 0x0112, type short, count 1.
@@ -59,12 +56,10 @@ TEST(Orientation, OfAnotherKindSaysNothing) {
                                                  {1, 1, 6, false},
                                                  {3, 2, 6, false},
                                                  {3, 1, 9, false}}) {
-    imageio::WriteOptions options;
-    options.metadata.exif = MakeExif(true, told);
-    options.metadata.exif[24] = static_cast<std::uint8_t>(type);
-    options.metadata.exif[26] = static_cast<std::uint8_t>(count);
-    const Bytes file = Written(Format::Png, Draw("abc/def"), options);
-    const imageio::ImageInfo info = ImageReader(file.data(), file.size()).Info();
+    Bytes exif = MakeExif(true, told);
+    exif[24] = static_cast<std::uint8_t>(type);
+    exif[26] = static_cast<std::uint8_t>(count);
+    const auto info = InfoOf(WrittenWith(Format::Png, Draw("abc/def"), WithExif(exif)));
     EXPECT_EQ(info.width, turns ? 2 : 3) << type << " " << count;
     EXPECT_EQ(info.metadata.exif[30], type > 1 && count == 1 ? 1 : 6);
   }
@@ -75,9 +70,8 @@ TEST(Orientation, TurnsJpegAtFullAndReducedSize) {
   for (int y = 0; y < 32; ++y) {
     for (int x = 0; x < 32; ++x) picture.Pixel(x, y)[2] = 255;  // the left half is red
   }
-  imageio::WriteOptions options;
-  options.metadata.exif = MakeExif(true, 6);  // left becomes top
-  const Bytes bytes = Written(Format::Jpeg, picture, options);
+  // Left becomes top.
+  const Bytes bytes = WrittenWith(Format::Jpeg, picture, WithExif(MakeExif(true, 6)));
   ImageReader reader(bytes.data(), bytes.size());
   for (const int width : {32, 16, 5}) {
     reader.ReduceToFit(width, 2 * width);

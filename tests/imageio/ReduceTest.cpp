@@ -5,7 +5,6 @@
 namespace {
 
 using namespace test;
-using imageio::WriteOptions;
 
 TEST(ReduceToFit, KeepsProportions) {
   struct Case {
@@ -96,10 +95,8 @@ TEST(ReduceToFit, JpegStaysTrue) {
   for (int width = 1; width <= 12; ++width) {
     for (const int height : {1, 2, 7, 12}) sizes.emplace_back(width, height);
   }
-  WriteOptions options;
-  options.jpegQuality = 98;
   for (const auto& [width, height] : sizes) {
-    const Bytes jpeg = Written(Format::Jpeg, TestPicture::Smooth(width, height), options);
+    const Bytes jpeg = WrittenAt(Format::Jpeg, TestPicture::Smooth(width, height), 98);
     const Bytes plain = Written(Format::Pnm, TestPicture::OfBytes(jpeg));
     for (const int box : {200, 95, 73, 48, 36, 25, 24, 13, 7, 3, 1}) {
       ImageReader one(jpeg.data(), jpeg.size()), other(plain.data(), plain.size());

@@ -13,8 +13,6 @@ using namespace test;
 using imageio::WriteImage;
 
 constexpr Format kLossless[] = {Format::Pnm, Format::Pam, Format::Png, Format::Tiff, Format::Bmp};
-constexpr Format kAll[] = {Format::Pnm,  Format::Pam,  Format::Png,
-                           Format::Jpeg, Format::Tiff, Format::Bmp};
 
 TEST(RoundTrip, KeepsEveryByte) {
   const std::pair<int, int> sizes[] = {{1, 1}, {1, 7}, {3, 1}, {5, 4}, {31, 33}, {300, 257}};
@@ -53,11 +51,7 @@ TEST(RoundTrip, NeedsNoMaskRows) {
 
 TEST(RoundTrip, JpegIsCloseAndQualityCounts) {
   TestPicture picture = TestPicture::Smooth(64, 48);
-  const auto written = [&](int quality) {
-    imageio::WriteOptions options;
-    options.jpegQuality = quality;
-    return Written(Format::Jpeg, picture, options);
-  };
+  const auto written = [&](int quality) { return WrittenAt(Format::Jpeg, picture, quality); };
   EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(written(100))), 0.7);
   EXPECT_LT(picture.DistanceTo(TestPicture::OfBytes(written(50))), 4);
   EXPECT_GT(written(90).size(), written(89).size() * 11 / 10) << "colour at full resolution";
@@ -116,7 +110,9 @@ TEST(Names, TellTheFormat) {
       {"a.PGM", Format::Pnm},   {"dir.png/a.pam", Format::Pam}, {"a.b.PnG", Format::Png},
       {"a.jpeg", Format::Jpeg}, {"a.tif", Format::Tiff},        {"a.bmp", Format::Bmp},
       {"a", Format::Unknown},   {"a.pn", Format::Unknown},      {"a.pngx", Format::Unknown},
-      {"", Format::Unknown},    {"png", Format::Unknown}};
+      {"", Format::Unknown},    {"png", Format::Unknown},       {"a.nef", Format::Unknown},
+      {"a.webp", Format::WebP}, {"a.JXL", Format::JpegXl},      {"a.avif", Format::Avif},
+      {"a.heic", Format::Heif}, {"a.heif", Format::Heif}};
   for (const auto& [name, format] : cases) EXPECT_EQ(imageio::FormatOfName(name), format) << name;
   using namespace std::string_view_literals;
   const std::pair<Format, std::vector<std::string_view>> starts[] = {

@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "imageio/RowSink.h"
-#include "tests/imageio/TestPicture.h"
+#include "tests/imageio/ExifMaker.h"
 
 // Pictures that go through row by row, from the top to the bottom, and compressions.
 namespace {
@@ -125,12 +125,10 @@ TEST(RowStream, ReadsTheSameRows) {
 
 TEST(RowStream, TurnedAndUpsideDownPicturesDoNotComeInOrder) {
   const Bytes bottomUp = Written(Format::Bmp, TestPicture::Random(5, 4, false));
-  EXPECT_FALSE(ImageReader(bottomUp.data(), bottomUp.size()).GivesRowsInOrder());
-  imageio::WriteOptions turned;
-  turned.metadata.exif = {'I', 'I', 42, 0, 8, 0, 0, 0, 1, 0, 0x12, 1, 3,
-                          0,   1,   0,  0, 0, 6, 0, 0, 0, 0, 0,    0, 0};
-  const Bytes jpeg = Written(Format::Jpeg, TestPicture::Random(5, 4, false), turned);
-  EXPECT_FALSE(ImageReader(jpeg.data(), jpeg.size()).GivesRowsInOrder());
+  const Bytes turned =
+      WrittenWith(Format::Jpeg, TestPicture::Random(5, 4, false), WithExif(MakeExif(true, 6)));
+  for (const Bytes& file : {bottomUp, turned})
+    EXPECT_FALSE(ImageReader(file.data(), file.size()).GivesRowsInOrder());
 }
 
 // From the largest file to the least.

@@ -19,6 +19,9 @@ using imageio::ImageError;
 using imageio::ImageReader;
 using Bytes = std::vector<std::uint8_t>;
 
+inline constexpr Format kAll[] = {Format::Pnm,  Format::Pam,  Format::Png,
+                                  Format::Jpeg, Format::Tiff, Format::Bmp};
+
 // Rows of colour and mask that lie in two blocks. Equality compares all of it.
 class TestPicture {
  public:
@@ -138,6 +141,21 @@ inline Bytes Written(Format format, TestPicture picture,
   const TemporaryFile file;
   imageio::WriteImage(file.path, format, picture.width, picture.height, picture.Rows(), options);
   return ReadBytes(file.path);
+}
+
+inline Bytes WrittenAt(Format format, const TestPicture& picture, int quality,
+                       const imageio::Metadata& metadata = {}) {
+  imageio::WriteOptions options;
+  options.jpegQuality = quality;
+  options.metadata = metadata;
+  return Written(format, picture, options);
+}
+inline Bytes WrittenWith(Format format, const TestPicture& picture,
+                         const imageio::Metadata& metadata) {
+  return WrittenAt(format, picture, 92, metadata);
+}
+inline imageio::ImageInfo InfoOf(const Bytes& bytes) {
+  return ImageReader(bytes.data(), bytes.size()).Info();
 }
 
 // Bytes of a text with numbers in between: what the little formats are written with.
