@@ -353,6 +353,9 @@ TEST(ModuleFormats, DeepPicturesAreRead) {
         EXPECT_NEAR(picture.Mask(x, i), kShown[half][3], 2) << i;
       }
     }
+    if (format == Format::Heif) {
+      EXPECT_EQ(picture.Pixel(0, 15)[2], 255) << "more light than alpha allows";
+    }
   }
 }
 

@@ -62,7 +62,7 @@ TestPicture MeanByRepetition(TestPicture& from, int width, int height) {
   return result;
 }
 
-// BMP rows come from the bottom, the others from the top.
+// BMP rows come from the bottom, the others from the top; Unknown are rows that were never a file.
 TEST(ReduceToFit, GivesTheMeanOfTheArea) {
   struct Case {
     int width, height, box;
@@ -74,11 +74,15 @@ TEST(ReduceToFit, GivesTheMeanOfTheArea) {
       if (masked) {  // a corner with nothing opaque
         for (int i = 0; i < 25; ++i) picture.Mask(i % 5, i / 5) = 255;
       }
-      for (const Format format : {Format::Pam, Format::Png, Format::Tiff, Format::Bmp}) {
+      const imageio::Rows rows = {picture.Rows().colour, masked ? picture.Rows().mask : nullptr};
+      for (const Format format :
+           {Format::Pam, Format::Png, Format::Tiff, Format::Bmp, Format::Unknown}) {
         SCOPED_TRACE(testing::Message() << c.width << " x " << c.height << " to " << c.box << ", "
                                         << static_cast<int>(format));
-        const Bytes bytes = Written(format, picture);
-        ImageReader reader(bytes.data(), bytes.size());
+        const bool isFile = format != Format::Unknown;
+        const Bytes bytes = isFile ? Written(format, picture) : Bytes();
+        ImageReader reader =
+            isFile ? ImageReader(bytes.data(), bytes.size()) : ImageReader(rows, c.width, c.height);
         reader.ReduceToFit(c.box, c.box);
         const int width = reader.Info().width;
         const int height = reader.Info().height;
