@@ -116,6 +116,11 @@ TEST(BrokenFiles, LibrariesSpeakInOurSentences) {
       {"I", "I"},
       {".\n", "the picture is damaged"}};
   for (const auto& [given, told] : kMessages) EXPECT_EQ(imageio::LibraryMessage(given), told);
+  Bytes png = GoodFile(Format::Png);
+  png[29] ^= 1;
+  std::string message;
+  EXPECT_EQ(TryBytes(png, &message), Outcome::Error);
+  EXPECT_EQ(message, "IHDR: CRC error") << "not that the file ends";
 }
 
 }  // namespace
