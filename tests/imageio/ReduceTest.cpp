@@ -103,10 +103,8 @@ TEST(ReduceToFit, JpegStaysTrue) {
     const Bytes jpeg = WrittenAt(Format::Jpeg, TestPicture::Smooth(width, height), 98);
     const Bytes plain = Written(Format::Pnm, TestPicture::OfBytes(jpeg));
     for (const int box : {200, 95, 73, 48, 36, 25, 24, 13, 7, 3, 1}) {
-      ImageReader one(jpeg.data(), jpeg.size()), other(plain.data(), plain.size());
-      one.ReduceToFit(box, box);
-      other.ReduceToFit(box, box);
-      const TestPicture reduced = TestPicture::Of(one), mean = TestPicture::Of(other);
+      const TestPicture reduced = TestPicture::Fitted(jpeg, box, box),
+                        mean = TestPicture::Fitted(plain, box, box);
       ASSERT_EQ(reduced.colour.size(), mean.colour.size());
       EXPECT_EQ(reduced.mask, mean.mask);
       for (std::size_t i = 0; i < mean.colour.size(); ++i) {

@@ -66,6 +66,11 @@ class TestPicture {
     ImageReader reader(bytes.data(), bytes.size());
     return Of(reader);
   }
+  static TestPicture Fitted(const Bytes& bytes, int boxWidth, int boxHeight) {
+    ImageReader reader(bytes.data(), bytes.size());
+    reader.ReduceToFit(boxWidth, boxHeight);
+    return Of(reader);
+  }
 
   imageio::Rows Rows() {
     colourRows.clear();
