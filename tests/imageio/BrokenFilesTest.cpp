@@ -72,8 +72,8 @@ TEST(BrokenFiles, WithChangedBitsDoNoHarm) {
 TEST(BrokenFiles, WrongHeadsAreErrors) {
   std::vector<Bytes> files = {Bytes(1000)};
   for (const char* text :
-       {"P6 2147483647 2147483647 255\n", "P4 99999999999 1\n", "P5 0 5 255\n", "P5 5 5 65536\n",
-        "P5 1 1 0\n1", "P5 -1 1 255\n1", "P3 1 1 255 1 x 3", "P1 1 1 2",
+       {"P6 2147483647 2147483647 255\n", "P4 99999999999 1\n", "P5 5 5 65536\n", "P5 1 1 0\n1",
+        "P5 -1 1 255\n1", "P3 1 1 255 1 x 3", "P1 1 1 2",
         "P7\nWIDTH 99999\nHEIGHT 99999\nDEPTH 3\nMAXVAL 255\nENDHDR\n",
         "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 1\nENDHDR\n1",
         "P7\nWIDTH 1\nHEIGHT 1\nDEPTH 4\nMAXVAL 255\nTUPLTYPE CMYK\nENDHDR\n1234"}) {
@@ -116,11 +116,20 @@ TEST(BrokenFiles, LibrariesSpeakInOurSentences) {
       {"I", "I"},
       {".\n", "the picture is damaged"}};
   for (const auto& [given, told] : kMessages) EXPECT_EQ(imageio::LibraryMessage(given), told);
+}
+
+TEST(BrokenFiles, AreToldForWhatTheyAre) {
   Bytes png = GoodFile(Format::Png);
   png[29] ^= 1;
-  std::string message;
-  EXPECT_EQ(TryBytes(png, &message), Outcome::Error);
-  EXPECT_EQ(message, "IHDR: CRC error") << "not that the file ends";
+  const std::pair<Bytes, const char*> cases[] = {
+      {png, "IHDR: CRC error"},
+      {BytesOf("P5 0 5 255\n"), "the picture has no size"},
+      {BytesOf("P5 5 0 255\n"), "the picture has no size"}};
+  for (const auto& [file, told] : cases) {
+    std::string message;
+    EXPECT_EQ(TryBytes(file, &message), Outcome::Error);
+    EXPECT_EQ(message, told);
+  }
 }
 
 }  // namespace

@@ -128,10 +128,10 @@ TEST(ModuleFormats, PicturesStandUpright) {
   TestPicture picture = TestPicture::Random(7, 5, false);
   for (int orientation = 1; orientation <= 8; ++orientation) {
     const Metadata metadata = WithExif(MakeExif(true, orientation));
-    const TestPicture jpegTurned =
-        TestPicture::OfBytes(WrittenAt(Format::Png, picture, 100, metadata));
+    const TestPicture turned = TestPicture::OfBytes(WrittenAt(Format::Png, picture, 100, metadata));
+    EXPECT_EQ(turned.mask, Bytes(7 * 5)) << orientation;
     for (const auto& [format, name, module] : ThoseThere({kAvif, kWebp})) {
-      EXPECT_TRUE(TestPicture::OfBytes(WrittenAt(format, picture, 100, metadata)) == jpegTurned)
+      EXPECT_TRUE(TestPicture::OfBytes(WrittenAt(format, picture, 100, metadata)) == turned)
           << name << " by " << orientation;
     }
   }
