@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "imageio/Decoder.h"
+#include "imageio/Source.h"
 #include "tests/imageio/ExifMaker.h"
 #include "tests/imageio/TryFile.h"
 
@@ -97,6 +98,10 @@ TEST(BrokenFiles, WrongHeadsAreErrors) {
 TEST(BrokenFiles, OfOtherKindsAreToldSo) {
   EXPECT_THROW(ImageReader("no such file"), ImageError);
   EXPECT_THROW(ImageReader(std::filesystem::temp_directory_path()), ImageError);
+  const std::filesystem::path unreadable = "/sys/class/net/lo/speed";  // a length without bytes
+  if (std::filesystem::exists(unreadable) && std::ifstream(unreadable).get() < 0) {
+    EXPECT_THROW(imageio::FileSource{unreadable}, ImageError) << "not of an unknown kind";
+  }
   for (const char* text : {"", "P", "P6", "P9 1 1", "GIF89a", "\x89PNG", "text that is none"}) {
     const Bytes bytes = BytesOf(text);
     std::string message;
