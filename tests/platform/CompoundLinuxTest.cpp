@@ -807,6 +807,7 @@ TEST_F(FaultTest, OddTreesAreRead) {
   };
   for (int i = 0; i < 4; ++i) {
     const std::size_t entry = EntryOf(names[i]);
+    EXPECT_EQ(bytes->bytes[entry + 67], names[i] == u"inner" ? 0 : 1) << "red is the last one";
     bytes->bytes[entry + 67] = 0;
     SetWord(entry + 68, none);
     SetWord(entry + 72, i < 3 ? idOf(names[i + 1]) : none);
