@@ -241,8 +241,13 @@ TEST_F(CompoundLinuxTest, GrowsBeyondTheHead) {
   WriteStream(CreateOn(bytes), u"large", expected[u"large"]);
   for (std::size_t i = 0; i < 20; ++i) {
     const std::u16string name = Numbered(u"n", i % 12);
-    WriteStream(OpenOn(bytes), name, expected[name] = Pattern(15000, static_cast<int>(i)));
+    const std::string head = bytes->bytes.substr(0, 512);
+    const Contents before = expected;
+    const StoragePtr root = OpenOn(bytes);
+    WriteStream(root, name, expected[name] = Pattern(15000, static_cast<int>(i)));
     ASSERT_TRUE(ContentsOf(OpenOn(bytes, kReading)) == expected) << i;
+    const LoggedPtr old = NewBytes(head + bytes->bytes.substr(512));  // all but the last write
+    ASSERT_TRUE(ContentsOf(OpenOn(old, kReading)) == before) << i;
   }
   EXPECT_GT(platform::compound::Get32(reinterpret_cast<const std::uint8_t*>(&bytes->bytes[44])),
             110u);

@@ -50,7 +50,7 @@ TEST(GlobalMemoryTest, FixedBlocksAreTheirOwnHandles) {
 }
 
 TEST(GlobalMemoryTest, TooMuchIsNull) {
-  EXPECT_EQ(GlobalAlloc(GMEM_MOVEABLE, ~SIZE_T{0} - 4), nullptr);
+  EXPECT_EQ(GlobalAlloc(GMEM_MOVEABLE, ~SIZE_T{0} - 15), nullptr);
 }
 
 }  // namespace
