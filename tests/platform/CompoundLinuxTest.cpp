@@ -58,7 +58,7 @@ TEST_F(CompoundLinuxTest, StreamsSeekGrowShrinkAndOverwrite) {
   EXPECT_TRUE(ReadStream(Open(path), u"s") == expected);
 }
 
-TEST_F(CompoundLinuxTest, KeepsWhatIsSaidOfAStorage) {
+TEST_F(CompoundLinuxTest, KeepsAndCopiesWhatIsSaidOfAStorage) {
   const CLSID classId = {0x01020304, 0x0506, 0x0708, {9, 10, 11, 12, 13, 14, 15, 16}};
   {
     const StoragePtr root = Create(path);
@@ -72,8 +72,10 @@ TEST_F(CompoundLinuxTest, KeepsWhatIsSaidOfAStorage) {
     EXPECT_EQ(root->CreateStream(u"s", STGM_SHARE_EXCLUSIVE | 3, 0, 0, stream.Put()),
               STG_E_INVALIDFLAG);
   }
+  const StoragePtr root = Open(path);
+  EXPECT_EQ(root->MoveElementTo(u"inner", root.Get(), u"copy", STGMOVE_COPY), S_OK);
   STATSTG stat = {};
-  ASSERT_EQ(OpenStorage(Open(path), u"inner")->Stat(&stat, STATFLAG_NONAME), S_OK);
+  ASSERT_EQ(OpenStorage(root, u"copy")->Stat(&stat, STATFLAG_NONAME), S_OK);
   EXPECT_EQ(stat.clsid, classId);
   EXPECT_EQ(stat.grfStateBits, 0xA5A50034u);
 }
