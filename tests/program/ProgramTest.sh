@@ -60,6 +60,25 @@ no_leftovers() {
   [ -z "$left" ] || fail "left over: $left"
 }
 
+# wait_for COMMAND MESSAGE: until the command, a text, succeeds; with this message it never does.
+wait_for() {
+  tries=0
+  until eval "$1"; do
+    tries=$((tries + 1))
+    [ $tries -lt 600 ] || fail "$2"
+    sleep 0.05
+  done
+}
+
+# ends_by SIGNAL STATUS: what runs as $program does, and takes it for no error.
+ends_by() {
+  kill -$1 $program
+  wait $program
+  status=$?
+  [ $status = $2 ] || fail "status $status instead of $2"
+  [ ! -s stderr ] || fail 'an interrupt is no error'
+}
+
 # Three by two pixels: black, white, red above green, blue, (100, 150, 200).
 picture() {
   printf 'P6\n3 2\n255\n\000\000\000\377\377\377\377\000\000\000\377\000\000\000\377\144\226\310' >"$1"
@@ -384,19 +403,10 @@ test_list_as_it_comes() {
   exec 3>names
   for name in a b; do
     echo $name.ppm >&3
-    tries=0
-    until grep -q "$name.ppm" stdout; do
-      tries=$((tries + 1))
-      [ $tries -lt 600 ] || fail "$name.ppm is not done"
-      sleep 0.05
-    done
+    wait_for "grep -q $name.ppm stdout" "$name.ppm is not done"
   done
-  kill -INT $program
-  wait $program
-  status=$?
+  ends_by INT 130
   exec 3>&-
-  [ $status = 130 ] || fail "status $status instead of 130"
-  [ ! -s stderr ] || fail 'an interrupt is no error'
 }
 
 test_refused_outputs() {
@@ -642,18 +652,8 @@ test_log_follow() {
   export XDG_STATE_HOME
   env --default-signal=INT $prefix log -n 0 --follow >followed 2>stderr &
   program=$!
-  tries=0
-  until grep -q 'terminated correctly' followed; do
-    run 0 --version
-    tries=$((tries + 1))
-    [ $tries -lt 200 ] || fail 'new lines are not shown'
-    sleep 0.1
-  done
-  kill -INT $program
-  wait $program
-  status=$?
-  [ $status = 130 ] || fail "status $status instead of 130"
-  [ ! -s stderr ] || fail 'an interrupt is no error'
+  wait_for "$prefix --version >version; grep -q 'terminated correctly' followed" 'new lines are not shown'
+  ends_by INT 130
 }
 
 # What the program shows as an example does what it says when the system's shell reads it.
@@ -894,12 +894,7 @@ test_share() {
   id=fxbox-test-$$
   env --default-signal=INT $prefix share in.ppm --id $id >shared 2>share-errors &
   program=$!
-  tries=0
-  until [ -s shared ]; do
-    tries=$((tries + 1))
-    [ $tries -lt 600 ] || fail 'nothing is shared'
-    sleep 0.05
-  done
+  wait_for '[ -s shared ]' 'nothing is shared'
   [ "$(cat shared)" = "shared:$id  3x2" ] || fail 'expected the name of what is shared'
   run 0 apply -c '' -o out.ppm "shared:$id"
   cmp -s in.ppm out.ppm || fail 'another picture came out'
@@ -908,10 +903,8 @@ test_share() {
   run 1 share in.ppm --id $id
   error_is "fxbox: shared:$id: somebody shares a picture under this id"
   run 2 apply -c '' --in-place "shared:$id"
-  kill -INT $program
-  wait $program
-  [ $? = 0 ] || fail 'an interrupt is the usual end'
-  [ ! -s share-errors ] || fail 'an interrupt is no error'
+  mv share-errors stderr
+  ends_by INT 0
   run 1 apply -c '' -o gone.ppm "shared:$id"
   error_is "fxbox: shared:$id: nobody shares a picture under this id"
   run 2 apply -c '' -o gone.ppm shared:
@@ -943,18 +936,9 @@ test_interrupt() {
   for signal in INT TERM; do
     env --default-signal=INT $prefix apply -c 'ZNFilter.Sepia.1(Sepia=050)' -o out/out.png in.ppm >stdout 2>stderr &
     program=$!
-    tries=0
-    until [ -n "$(find out -name '.fxbox-*' -size +1k)" ]; do
-      tries=$((tries + 1))
-      [ $tries -lt 600 ] || fail 'the program does not come to writing'
-      sleep 0.05
-    done
-    kill -$signal $program
-    wait $program
-    status=$?
-    [ $status = 130 ] || fail "status $status instead of 130"
+    wait_for "find out -name '.fxbox-*' -size +1k | grep -q ." 'the program does not come to writing'
+    ends_by $signal 130
     [ -z "$(ls -A out)" ] || fail "left over: $(ls -A out)"
-    [ ! -s stderr ] || fail 'an interrupt is no error'
   done
 }
 
