@@ -1,8 +1,11 @@
-# What tests that run the program from outside share. Read by them after $prefix, the program with
-# what runs it ahead of it. All work lies in a fresh folder that goes when the test ends.
+# What tests that run the program from outside share. `run` wants $prefix: the program with what runs
+# it ahead of it. All work, settings and logs lie in a fresh folder that goes when the test ends.
 folder=$(mktemp -d)
 trap 'chmod -R u+w "$folder"; rm -rf "$folder"' EXIT
 cd "$folder" || exit 1
+XDG_STATE_HOME="$folder/state"
+XDG_CONFIG_HOME="$folder/config"
+export XDG_STATE_HOME XDG_CONFIG_HOME
 
 fail() {
   echo "FAILED: $*" >&2

@@ -8,15 +8,8 @@ sources=$2
 fxbox=$3
 desk=$4
 
-folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
-export XDG_STATE_HOME="$folder/state" XDG_CONFIG_HOME="$folder/config" LC_ALL=C.UTF-8
-
-fail() {
-  echo "FAILED: $*" >&2
-  exit 1
-}
+. "$(dirname "$0")/Outside.sh"
+export LC_ALL=C.UTF-8
 
 "$fxbox" pages pages || fail "no pages"
 

@@ -8,18 +8,9 @@ FXBOX=$2
 export FXBOX BATCH=5
 count=${FXBOX_SOAK:-20}
 
-folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
-cd "$folder" || exit 1
-XDG_STATE_HOME="$folder/state"
-XDG_CONFIG_HOME="$folder/config"
+. "$(dirname "$0")/Outside.sh"
 HOME=$folder
-export HOME XDG_STATE_HOME XDG_CONFIG_HOME
-
-fail() {
-  echo "FAILED: $*" >&2
-  exit 1
-}
+export HOME
 
 mkdir in
 i=0

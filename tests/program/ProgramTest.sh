@@ -11,8 +11,6 @@ shift 2
 prefix="$*"
 
 . "$(dirname "$0")/Outside.sh"
-XDG_CONFIG_HOME="$folder/config"
-export XDG_CONFIG_HOME
 
 # error_is LINE: the only line on standard error.
 error_is() {
@@ -621,8 +619,6 @@ test_config_registry() {
 
 # Every run leaves its lines in the log, and the log can be looked at while it grows.
 test_log() {
-  XDG_STATE_HOME="$folder/state"
-  export XDG_STATE_HOME
   run 0 log --path
   grep -q '/fxbo([0-9-]*)\.log$' stdout || grep -q '\\fxbo([0-9-]*)\.log$' stdout || fail 'no path'
   run 0 --version
@@ -648,8 +644,6 @@ test_log() {
 
 # A log that is followed shows lines of others, and no error when it is interrupted.
 test_log_follow() {
-  XDG_STATE_HOME="$folder/state"
-  export XDG_STATE_HOME
   env --default-signal=INT $prefix log -n 0 --follow >followed 2>stderr &
   program=$!
   wait_for "$prefix --version >version; grep -q 'terminated correctly' followed" 'new lines are not shown'
@@ -707,8 +701,6 @@ test_filters() {
 
 # What commands print, as listings.txt has it: a line "$ ARGUMENTS", and then all that comes.
 test_listings() {
-  XDG_STATE_HOME="$folder/state"
-  export XDG_STATE_HOME
   sed -n 's/^\$ //p' "$docs/../tests/program/listings.txt" >commands
   while IFS= read -r command; do
     printf '$ %s\n' "$command"
