@@ -177,10 +177,14 @@ test_names() {
     run 1 box add shots.box opaque.ppm --name "$name"
     error_has "no picture can have this name"
   done
-  run 1 box add shots.box opaque.ppm --name abcdefghijklmnopqrstuvwxyzabcdefgh
-  error_has "longer than 31 letters"
+  name=abcdefghijklmnopqrstuvwxyzabcde
+  run 0 box add shots.box opaque.ppm --name $name
+  for command in "add shots.box opaque.ppm --name ${name}f" "note shots.box $name text"; do
+    run 1 box $command
+    error_has "longer than 31 letters"
+  done
   run 0 box list shots.box
-  [ "$(wc -l <stdout)" -eq 1 ] || fail "another picture is there"
+  [ "$(wc -l <stdout)" -eq 2 ] || fail "another picture is there"
 }
 
 test_damage() {

@@ -4,8 +4,6 @@
 
 #include <string_view>
 
-#include "tests/platform/Support.h"
-
 namespace program {
 namespace {
 
@@ -40,15 +38,6 @@ TEST(Sha256, GivesThePublishedSums) {
       EXPECT_EQ(SumOf(row.text, piece), row.digits) << row.text.size() << " in " << piece;
     }
   }
-}
-
-TEST(Sha256, OfAFile) {
-  const testing_support::TemporaryFolder folder;
-  testing_support::WriteFile(folder / "file", "abc");
-  const FileDigest digest = DigestOf(folder / "file");
-  EXPECT_EQ(digest.bytes, 3u);
-  EXPECT_EQ(digest.sha256, "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-  EXPECT_THROW(DigestOf(folder / "missing"), std::runtime_error);
 }
 
 }  // namespace
