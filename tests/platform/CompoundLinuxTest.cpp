@@ -267,8 +267,9 @@ std::string OutputOf(const std::string& command) {
   return output;
 }
 
-// Prints the path, size and byte sum of every stream, or what is wrong.
-constexpr char kOlefileScript[] = R"(
+// The path, size and byte sum of every stream, or what is wrong.
+std::string ToldByOlefile(const std::filesystem::path& path) {
+  return OutputOf("/usr/bin/python3 - " + path.string() + R"( <<'END'
 import sys, olefile
 file = olefile.OleFileIO(sys.argv[1], raise_defects=olefile.DEFECT_UNSURE)
 for path in sorted(file.listdir(), key=lambda p: '/'.join(p)):
@@ -276,7 +277,8 @@ for path in sorted(file.listdir(), key=lambda p: '/'.join(p)):
     print('/'.join(path), len(content), sum(content))
 for issue in file.parsing_issues:
     print(issue)
-)";
+END)");
+}
 
 std::string SummaryOf(const Contents& contents) {
   std::string summary;
@@ -314,9 +316,7 @@ TEST_F(CompoundLinuxTest, OthersReadWhatWeWrite) {
     }
     WriteStream(root, u"large", expected[u"large"] = Pattern(9000000, 1));  // needs a DIFAT
   }
-  WriteFile(folder / "check.py", kOlefileScript);
-  EXPECT_EQ(OutputOf("/usr/bin/python3 " + (folder / "check.py").string() + " " + path.string()),
-            SummaryOf(expected));
+  EXPECT_EQ(ToldByOlefile(path), SummaryOf(expected));
   const std::string list = OutputOf("gsf list " + path.string());
   for (const auto& [name, stream] : expected) {
     const std::string narrow(name.begin(), name.end());
@@ -366,9 +366,7 @@ TEST_F(CompoundLinuxTest, ReadsAndChangesVersionFour) {
   EXPECT_TRUE(ContentsOf(OpenOn(bytes)) == expected);
   EXPECT_EQ(bytes->bytes[26], 4);
   WriteFile(path, bytes->bytes);
-  WriteFile(folder / "check.py", kOlefileScript);
-  EXPECT_EQ(OutputOf("/usr/bin/python3 " + (folder / "check.py").string() + " " + path.string()),
-            SummaryOf(expected));
+  EXPECT_EQ(ToldByOlefile(path), SummaryOf(expected));
 }
 
 // --- old or new
@@ -577,17 +575,19 @@ TEST(CompoundCostTest, FollowsTheChangeNotTheFile) {
   }
 }
 
-// Of every stream as much as can be read.
-Contents WhatIsThere(const LoggedPtr& bytes) {
-  Contents contents;
-  const StoragePtr root = OpenOn(bytes, kReading);
+// Of every stream as much as can be read of so many bytes, and what the reading said.
+std::map<std::u16string, std::pair<HRESULT, std::string>> WhatIsThere(const StoragePtr& root,
+                                                                      ULONG most) {
+  std::map<std::u16string, std::pair<HRESULT, std::string>> found;
   for (const std::u16string& name : NamesOf(root)) {
-    std::string content(1 << 20, '\0');
+    StreamPtr stream;
+    if (FAILED(root->OpenStream(name.c_str(), nullptr, kReading, 0, stream.Put()))) continue;
+    std::string content(most, '\0');
     ULONG read = 0;
-    OpenStream(root, name)->Read(content.data(), 1 << 20, &read);
-    contents[name] = content.substr(0, read);
+    const HRESULT status = stream->Read(content.data(), most, &read);
+    found[name] = {status, content.substr(0, read)};
   }
-  return contents;
+  return found;
 }
 
 // What is added to a large file without a look at all of it harms nothing, whatever is wrong there;
@@ -603,7 +603,7 @@ TEST(CompoundCostTest, AddsToALargeFileWithAFault) {
   const std::uint32_t next = platform::compound::Get32(at(page));
   ASSERT_EQ(next, platform::compound::Get32(at(page + 4)) - 1);
   platform::compound::Put32(at(page + 4), 0xFFFFFFFF);
-  const Contents before = WhatIsThere(bytes);
+  const auto before = WhatIsThere(OpenOn(bytes, kReading), 1 << 20);
   StoragePtr root = OpenOn(bytes);
   WriteStream(root, u"added", picture);
   StreamPtr stream = CreateStream(root, u"small");
@@ -613,8 +613,8 @@ TEST(CompoundCostTest, AddsToALargeFileWithAFault) {
   EXPECT_EQ(root->CreateStream(u"late", kWriting, 0, 0, stream.Put()), STG_E_DOCFILECORRUPT);
   stream.Reset();
   root.Reset();
-  Contents after = WhatIsThere(bytes);
-  EXPECT_TRUE(after[u"added"] == picture);
+  auto after = WhatIsThere(OpenOn(bytes, kReading), 1 << 20);
+  EXPECT_TRUE(after[u"added"].second == picture);
   after.erase(u"added");
   EXPECT_TRUE(after == before);
 }
@@ -730,20 +730,7 @@ void UseBytes(const LoggedPtr& bytes) {
   StoragePtr root;
   if (FAILED(StgOpenStorageOnILockBytes(bytes.Get(), nullptr, kWriting, nullptr, 0, root.Put())))
     return;
-  const auto readAll = [&root] {
-    std::map<OleText, std::pair<HRESULT, std::string>> found;
-    for (const std::u16string& name : NamesOf(root)) {
-      StreamPtr stream;
-      if (FAILED(root->OpenStream(name.c_str(), nullptr, kReading, 0, stream.Put()))) continue;
-      std::string content(20000, '\0');
-      ULONG read = 0;
-      const HRESULT status = stream->Read(content.data(), 20000, &read);
-      content.resize(read);
-      found[name] = {status, content};
-    }
-    return found;
-  };
-  const auto before = readAll();
+  const auto before = WhatIsThere(root, 20000);
   StreamPtr stream;
   if (FAILED(root->CreateStream(u"added by the test", kWriting, 0, 0, stream.Put()))) return;
   const std::string content = Pattern(5000, 4);
@@ -752,7 +739,7 @@ void UseBytes(const LoggedPtr& bytes) {
   root.Reset();
   ASSERT_EQ(StgOpenStorageOnILockBytes(bytes.Get(), nullptr, kWriting, nullptr, 0, root.Put()),
             S_OK);
-  auto after = readAll();
+  auto after = WhatIsThere(root, 20000);
   EXPECT_EQ(after.erase(u"added by the test"), 1u);
   EXPECT_TRUE(after == before);
 }

@@ -22,12 +22,12 @@ std::vector<FontFace> FacesOf(const std::string& family) {
 
 TEST(Fonts, TellsFamiliesWithTheirStylesAndFiles) {
   const std::vector<FontFace> faces = FacesOf("DejaVu Sans");
-  const auto regular = std::find_if(faces.begin(), faces.end(), [](const FontFace& face) {
-    return face.weight == 400 && face.width == 5 && !face.slanted;
-  });
-  const auto bold = std::find_if(faces.begin(), faces.end(), [](const FontFace& face) {
-    return face.weight == 700 && face.width == 5 && !face.slanted;
-  });
+  const auto upright = [&faces](int weight) {
+    return std::find_if(faces.begin(), faces.end(), [weight](const FontFace& face) {
+      return face.weight == weight && face.width == 5 && !face.slanted;
+    });
+  };
+  const auto regular = upright(400), bold = upright(700);
   ASSERT_NE(regular, faces.end());
   ASSERT_NE(bold, faces.end());
   EXPECT_EQ(regular->file.filename(), "DejaVuSans.ttf");
@@ -37,7 +37,6 @@ TEST(Fonts, TellsFamiliesWithTheirStylesAndFiles) {
 }
 
 TEST(Fonts, TheDefaultFamilyIsThere) {
-  ASSERT_FALSE(SystemFonts().DefaultFamily().empty());
   EXPECT_FALSE(FacesOf(SystemFonts().DefaultFamily()).empty());
 }
 
