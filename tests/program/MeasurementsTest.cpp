@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
-#include <sstream>
+#include <thread>
 #include <utility>
 
 #include "program/ApplyRun.h"
+#include "program/Interrupt.h"
 #include "tests/platform/Support.h"
 
 namespace program {
@@ -106,6 +108,20 @@ TEST_F(MeasurementsTest, OnlyFiltersThatMeasureAreAsked) {
   pipeline.SetText({sepia + "ZNFilter.Tonwert.1(Med=010)"});
   EXPECT_TRUE(StartMeasuring(pipeline, *creator.Get()));
   EXPECT_EQ(TakeMeasurements(pipeline)[0], "");
+}
+
+TEST_F(MeasurementsTest, AStopEndsAPullThatReportsNothing) {
+  Pipeline pipeline(*creator.Get(), MakeBlankSource({1, 1}, {1, 1}));
+  pipeline.SetText({"ZNFilter.Sepia.1(Sepia=050)"});
+  pipeline.Settle();
+  MemoryPicture picture("result", 1, 1, true, true);
+  const auto pull = [&] { return pipeline.Pull({0, 0, 1, 1}, 0, picture, {}); };
+  EXPECT_TRUE(pull());
+  const AbortOnInterrupt stops(pipeline.Tail(), [] { return true; });
+  for (int tries = 0; tries < 10000 && pull(); ++tries) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  EXPECT_FALSE(pull());
 }
 
 }  // namespace
