@@ -89,7 +89,9 @@ int UsePipes() {
   interrupt.join();
   if (got) return 5;
   close(input[1]);
-  return terminal.ReadInput(bytes, 10) == 0u ? 0 : 6;
+  if (terminal.ReadInput(bytes, 10) != 0u) return 6;
+  close(STDIN_FILENO);
+  return terminal.ReadInput(bytes, 10) ? 7 : 0;
 }
 
 TEST(LinuxServicesTest, ReadsInputAndTellsOfOutputThatIsLost) {
