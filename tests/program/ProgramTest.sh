@@ -919,8 +919,11 @@ END
 test_interrupt() {
   mkdir out
   { printf 'P6\n4000 4000\n255\n'; head -c 48000000 /dev/urandom; } >in.ppm
-  script -qec "stty cols 60; $prefix apply -c '' -o in.png in.ppm" bar </dev/null >terminal
-  grep -q ' [1-9][0-9] %' bar || fail 'the bar on the terminal does not move'
+  cp in.ppm second.ppm
+  for bar in ' [1-9][0-9] %:-o in.png in.ppm' ' 0 %  1/2:-j 2 --rect 0,0,9,9 -o bars/ in.ppm second.ppm'; do
+    script -qec "stty cols 60; $prefix apply -c '' ${bar#*:}" bar </dev/null >terminal
+    grep -q "${bar%%:*}" bar || fail "the bar on the terminal never shows ${bar%%:*}"
+  done
   # A shell without job control starts its background programs with the signal ignored.
   for signal in INT TERM; do
     env --default-signal=INT $prefix apply -c 'ZNFilter.Sepia.1(Sepia=050)' -o out/out.png in.ppm >stdout 2>stderr &
