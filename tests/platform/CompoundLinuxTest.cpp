@@ -666,6 +666,7 @@ TEST_F(FaultTest, OneStreamsFaultIsItsOwn) {
   const std::uint32_t first = WordAt(EntryOf(u"large") + 116);
   const std::uint32_t second = WordAt(FatEntry(first));
   const std::uint32_t foreign = WordAt(EntryOf(u"other") + 116);
+  EXPECT_EQ(WordAt(OffsetOf(WordAt(60)) + 4 * 16), 0xFFFFFFFF) << "no more than 16 small pieces";
   const std::string whole = bytes->bytes;
   const struct {
     std::size_t offset;
