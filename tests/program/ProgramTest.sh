@@ -562,6 +562,12 @@ test_wrong_use() {
     run 2 $arguments
     error_starts 'fxbox: '
   done
+  for command in 'box list' 'box tree' 'box check' 'box info a' 'box add a' 'box get a b' 'box note a b' \
+    'box rename a b' 'box copy a b' 'picture pack' 'picture pack a' 'picture unpack' 'picture unpack a' \
+    dialog describe pages register share 'share a' size text-key 'config get'; do
+    run 2 $command
+    grep -q ' is required (' stderr || fail "$command says another error"
+  done
   for arguments in '--bands 0' '--quality 0' '--quality 101' '--zoom 0' '--zoom 10001' '--png-level 10' \
     '--jobs 0' '--jobs 1025' '--threads 0'; do
     run 2 apply -c '' $arguments -o out.ppm in.ppm
