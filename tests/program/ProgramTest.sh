@@ -167,8 +167,7 @@ test_fit_and_size() {
   run 0 apply -c '' --fit 100 --zoom 0.5 --target 800x400 -o large.ppm in.ppm
   cmp -s in.ppm large.ppm || fail 'a picture that fits is changed'
   # The target behind a border is that of the full picture: the box may be filled in a preview too.
-  printf 'P6\n1000 1000\n255\n' >square.ppm
-  head -c 3000000 /dev/zero >>square.ppm
+  { printf 'P6\n1000 1000\n255\n'; head -c 3000000 /dev/zero; } >square.ppm
   frame='ZNFilter.Passpartout.1(Borderhori=100, Borderverti=100)ZNFilter.Scale.1(MaximumHorizontalSize=1200, MaximumVerticalSize=1200)'
   for fit in 1000 500; do
     run 0 apply -c "$frame" --fit $fit -o framed.ppm square.ppm
@@ -177,8 +176,7 @@ test_fit_and_size() {
   # Borders follow the zoom, a reduction the full size that is told.
   border='ZNFilter.Passpartout.1(Borderhori=10, Borderverti=20)'
   reduce='ZNFilter.Scale.1(MaximumHorizontalSize=300,MaximumVerticalSize=200,KeepProportions=2)'
-  printf 'P6\n100 100\n255\n' >square.ppm
-  head -c 30000 /dev/zero >>square.ppm
+  { printf 'P6\n100 100\n255\n'; head -c 30000 /dev/zero; } >square.ppm
   prints 6000x4000 size -c 'ZNFilter.Sepia.1(Sepia=050)' 6000x4000
   prints 67x54 size -c 'ZNFilter.Offset.1(OffsetX=5)ZNFilter.Rotate.1(Angle=7.5)' 60x40
   prints 110x120 size -c "$border" --zoom 0.5 100x100
