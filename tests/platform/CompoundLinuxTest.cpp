@@ -153,6 +153,12 @@ TEST_F(CompoundLinuxTest, SeeksSkipsAndMoves) {
     EXPECT_EQ(stream->Seek(move, seek.origin, &at), seek.status);
     EXPECT_EQ(at.QuadPart, seek.at);
   }
+  STGMEDIUM medium = {};
+  medium.tymed = TYMED_ISTREAM;
+  (medium.pstm = stream.Get())->AddRef();
+  ReleaseStgMedium(&medium);
+  EXPECT_EQ(stream->AddRef(), 2u);
+  EXPECT_EQ(stream->Release(), 1u);
 
   const StoragePtr inner = CreateStorage(root, u"c");
   WriteStream(root, u"a", "x");

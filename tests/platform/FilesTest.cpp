@@ -107,7 +107,7 @@ TEST_F(FilesTest, LeftOversGoWithTheNextFile) {
   const auto write = [&](const fs::path& temporary) {
     // Another run in the same folder, in the middle of this one.
     EXPECT_EQ(files.Replace(folder / "second.png", Writes("second")), std::nullopt);
-    return WriteFile(temporary, "first");
+    return fs::exists(temporary) && WriteFile(temporary, "first");
   };
   EXPECT_EQ(files.Replace(target, write), std::nullopt);
   EXPECT_EQ(ReadFile(target), "first");
