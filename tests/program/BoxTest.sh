@@ -55,6 +55,7 @@ box_round_trip() {
   run 0 box rename "$box" photo picture
   run 0 box info "$box" picture --json
   grep -qF '"name": "picture.jpg"' stdout || fail "not renamed"
+  [ "$(grep -c '"colours": 0,' stdout)" -eq 1 ] || fail "a photograph has no table of colours"
   grep -q '"text": "gr' stdout || fail "the note is gone"
   grep -q '"block": "56313030300000' stdout || fail "the block is wrong"
   run 1 box rename "$box" picture alpha
