@@ -49,6 +49,10 @@ box_round_trip() {
   run 0 box add "$box" photo.jpg --native
   run 0 box get "$box" photo -o out.jpg
   same out.jpg photo.jpg
+  cp "$FXBOX_PHOTO" other.jpg
+  run 0 box add "$box" other.jpg --native
+  run 0 box get "$box" other -o out.png
+  grep -qa iCCP out.png || fail "the colour profile is lost"
   run 0 box check "$box"
   output_is ""
   run 0 box note "$box" photo "$(printf 'gr\303\274n')"

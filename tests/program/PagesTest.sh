@@ -51,6 +51,7 @@ test_pages() {
     done
   done
   [ $pages -gt 25 ] || fail "only $pages commands"
+  [ "$(grep -l '^Examples\?:' pages/man/* | wc -l)" -ge 31 ] || fail "examples are missing"
   [ "$(ls pages/man | wc -l)" -eq $pages ] || fail "pages without a command"
   "$sources/scripts/help-page.sh" "$desk" >desk.1 || fail "no page of fxbox-desk"
   page_tells desk.1 "$desk"
