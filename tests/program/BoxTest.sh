@@ -43,7 +43,10 @@ box_round_trip() {
   done
   run 1 box add "$box" opaque.ppm
   error_has "there is such a picture already"
+  run 0 box note "$box" opaque 'of the first one'
   run 0 box add "$box" alpha.pam --name opaque --replace
+  run 0 box info "$box" opaque
+  grep -q '^text	null$' stdout || fail "the note of the picture that went is left"
   run 0 box get "$box" opaque -o out2.pam
   same out2.pam alpha.pam
   run 0 box add "$box" photo.jpg --native
