@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <random>
 #include <set>
 #include <utility>
@@ -44,8 +45,8 @@ class LoggedBytes final : public platform::ComObject<LoggedBytes, ILockBytes> {
   std::vector<Event> log;
   std::size_t bytesRead = 0;
   std::size_t bytesWritten = 0;
-  std::size_t room = SIZE_MAX;  // it holds no more
-  bool failsOnce = false;
+  std::size_t room = SIZE_MAX;       // it holds no more
+  std::optional<HRESULT> failsOnce;  // the answer to a write of nothing
   bool isLogging = true;
 
   HRESULT STDMETHODCALLTYPE ReadAt(ULARGE_INTEGER offset, void* buffer, ULONG count,
@@ -58,7 +59,9 @@ class LoggedBytes final : public platform::ComObject<LoggedBytes, ILockBytes> {
   HRESULT STDMETHODCALLTYPE WriteAt(ULARGE_INTEGER offset, const void* buffer, ULONG count,
                                     ULONG* written) override {
     const std::size_t at = offset.QuadPart;
-    if (at + count > room || std::exchange(failsOnce, false)) return STG_E_MEDIUMFULL;
+    *written = 0;
+    if (at + count > room) return STG_E_MEDIUMFULL;
+    if (failsOnce) return *std::exchange(failsOnce, std::nullopt);
     if (bytes.size() < at + count) bytes.resize(at + count);
     const std::string piece(static_cast<const char*>(buffer), count);
     bytes.replace(at, count, piece);
