@@ -2,9 +2,9 @@
 // copy of its own, compiled for the processors of that file.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 
 #include "filters/detail/GaussKernels.h"
 #include "filters/pixels/simd/Vectors.h"
@@ -34,7 +34,7 @@ struct Sharpening {
 };
 
 inline void PickColours(const std::uint8_t* colour, std::uint8_t* bytes, int pixels) {
-  std::memcpy(bytes, colour, 3 * static_cast<std::size_t>(pixels));
+  std::copy_n(colour, 3 * pixels, bytes);
 }
 
 inline void PickBrightness(const std::uint8_t* colour, std::uint8_t* bytes, int pixels) {
