@@ -61,6 +61,7 @@ class LoggedBytes final : public platform::ComObject<LoggedBytes, ILockBytes> {
     const std::size_t at = offset.QuadPart;
     *written = 0;
     if (at + count > room) return STG_E_MEDIUMFULL;
+    count = std::min<ULONG>(count, 5000);  // it may take less than it is given
     if (failsOnce) return *std::exchange(failsOnce, std::nullopt);
     if (bytes.size() < at + count) bytes.resize(at + count);
     const std::string piece(static_cast<const char*>(buffer), count);

@@ -100,6 +100,7 @@ TEST_F(CompoundLinuxTest, ReadsTheEndOfGlobalMemoryAndNoMore) {
   EXPECT_EQ(bytes->ReadAt(Large(2), read.data(), 6, &count), S_OK);
   EXPECT_EQ(count, 3u);
   EXPECT_EQ(read, "234xxx");
+  EXPECT_EQ(GlobalSize(nullptr), 0u);
 }
 
 TEST_F(CompoundLinuxTest, NamesAreTheSameInLettersOfBothSizes) {
