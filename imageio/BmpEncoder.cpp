@@ -74,7 +74,7 @@ bool WriteBmp(Output& output, const Picture& picture, const WriteOptions& option
     throw ImageError("the picture is too large for this kind of file");
   }
   const std::vector<BYTE> head =
-      HeadOf(picture, dataBytes, ForBothDirections(options.metadata.resolution));
+      HeadOf(picture, dataBytes, options.metadata.resolution.InBothDirections());
   output.Write(head.data(), head.size());
   std::vector<BYTE> row(static_cast<std::size_t>(stride));
   for (int y = picture.Height() - 1; y >= 0; --y) {

@@ -39,10 +39,6 @@ double PixelsAnInch(std::uint32_t aMetre) {
   return PixelsAMetre(whole) == aMetre ? whole : exact;
 }
 
-Resolution ForBothDirections(const Resolution& told) {
-  return {told.x > 0 ? told.x : told.y, told.y > 0 ? told.y : told.x};
-}
-
 void StoreSamples(const BYTE* samples, int width, int channels, int stride, const RowBuffer& row) {
   const int green = channels < 3 ? 0 : 1;
   const int blue = channels < 3 ? 0 : 2;

@@ -70,8 +70,6 @@ std::string LibraryMessage(const char* text);
 double PixelsAnInch(std::uint32_t aMetre);
 // The other way around.
 double PixelsAMetre(double anInch);
-// Told for one direction alone it is taken for both.
-Resolution ForBothDirections(const Resolution& told);
 
 // A row of 8-bit samples, `stride` bytes from pixel to pixel, as blue, green, red and mask.
 // Channels: 1 grey, 2 grey and alpha, 3 red, green, blue, 4 with alpha.

@@ -152,8 +152,8 @@ struct ImageReader::State {
     ResetExifOrientation(info.metadata.exif);
     ResetXmpOrientation(info.metadata.xmp);
     Resolution& resolution = info.metadata.resolution;
-    resolution = ForBothDirections(resolution);
-    if (resolution.x <= 0) resolution = ForBothDirections(ExifResolution(info.metadata.exif));
+    resolution = resolution.InBothDirections();
+    if (resolution.x <= 0) resolution = ExifResolution(info.metadata.exif).InBothDirections();
     SetResult(head.size);
     info.fullWidth = info.width;
     info.fullHeight = info.height;

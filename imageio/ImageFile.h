@@ -26,11 +26,13 @@ class FXBOX_API ImageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// Pixels an inch; 0 where nobody knows. Told for one direction alone it holds for both, because
-// pixels are mostly square; so readers never give one without the other.
+// Pixels an inch; 0 where nobody knows. Readers never give one without the other.
 struct Resolution {
   double x = 0;
   double y = 0;
+
+  // Told for one direction alone it holds for both, because pixels are mostly square.
+  Resolution InBothDirections() const { return {x > 0 ? x : y, y > 0 ? y : x}; }
 };
 
 // Data that travels beside the pixels. Raw blocks, empty when the file has none.

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "base/Rows.h"
-#include "imageio/Decoder.h"
 #include "imageio/Encoder.h"
 #include "imageio/ExtendedXmp.h"
 #include "imageio/Iptc.h"
@@ -59,7 +58,7 @@ class JpegWriter {
     const std::vector<BYTE>& profile = metadata.profile;
     errors.Try([&] {
       SetParameters(picture, std::clamp(options.jpegQuality, 1, 100));
-      SetResolution(ForBothDirections(metadata.resolution));
+      SetResolution(metadata.resolution.InBothDirections());
       jpeg_start_compress(&jpeg, TRUE);
       WriteMarker(kExifMarker, exif);
       WriteMarker(kExifMarker, xmp);

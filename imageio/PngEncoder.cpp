@@ -79,7 +79,7 @@ class PngWriter {
     }
     if (!xmp.empty()) SetText(PNG_ITXT_COMPRESSION_NONE, kXmpKey, xmp);
     if (!iptc.empty()) SetText(PNG_TEXT_COMPRESSION_zTXt, kIptcKey, iptc);
-    const Resolution resolution = ForBothDirections(metadata.resolution);
+    const Resolution resolution = metadata.resolution.InBothDirections();
     const double x = PixelsAMetre(resolution.x), y = PixelsAMetre(resolution.y);
     if (x >= 1 && y >= 1 && x < PNG_UINT_31_MAX && y < PNG_UINT_31_MAX) {
       png_set_pHYs(png, info, static_cast<png_uint_32>(x), static_cast<png_uint_32>(y),

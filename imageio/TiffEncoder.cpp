@@ -2,7 +2,6 @@
 #include <cstring>
 #include <vector>
 
-#include "imageio/Decoder.h"
 #include "imageio/Exif.h"
 #include "imageio/TiffHandle.h"
 
@@ -86,7 +85,7 @@ void SetMetadata(TIFF* tiff, const Metadata& metadata) {
   setBytes(TIFFTAG_ICCPROFILE, metadata.profile);
   setBytes(TIFFTAG_XMLPACKET, metadata.xmp);
   SetIptc(tiff, metadata.iptc);
-  const Resolution resolution = ForBothDirections(metadata.resolution);
+  const Resolution resolution = metadata.resolution.InBothDirections();
   if (resolution.x > 0) {
     TIFFSetField(tiff, TIFFTAG_XRESOLUTION, resolution.x);
     TIFFSetField(tiff, TIFFTAG_YRESOLUTION, resolution.y);

@@ -728,6 +728,20 @@ TEST_F(FaultTest, OneStreamsFaultIsItsOwn) {
   }
 }
 
+// The table of the small streams lies at the end of the file, and half of it is missing.
+TEST_F(FaultTest, ATableThatEndsEarlyIsAFault) {
+  const auto sector = static_cast<std::uint32_t>(bytes->bytes.size() / 512 - 1);
+  bytes->bytes += bytes->bytes.substr(OffsetOf(WordAt(60)), 256);
+  SetWord(FatEntry(sector), 0xFFFFFFFE);
+  SetWord(60, sector);
+  TemporaryFolder folder;
+  WriteFile(folder / "box", bytes->bytes);
+  const auto found = platform::FindCompoundFaults(folder / "box", 10);
+  ASSERT_EQ(found.size(), 2u);
+  EXPECT_EQ(found[0].words, "the place of the small streams is damaged");
+  EXPECT_EQ(found[1].words, "the file is cut off");
+}
+
 TEST_F(FaultTest, ReadsWhatLiesInFrontAndThenZeros) {
   const std::uint32_t first = WordAt(EntryOf(u"large") + 116);
   SetWord(FatEntry(WordAt(FatEntry(first))), 100000);
