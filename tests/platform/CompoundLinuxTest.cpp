@@ -742,6 +742,18 @@ TEST_F(FaultTest, ATableThatEndsEarlyIsAFault) {
   EXPECT_EQ(found[1].words, "the file is cut off");
 }
 
+TEST_F(FaultTest, AFaultyFileIsNotMadeAnew) {
+  const std::uint32_t first = WordAt(EntryOf(u"large") + 116);
+  SetWord(FatEntry(first), first);
+  TemporaryFolder folder;
+  const auto path = folder / "box";
+  WriteFile(path, bytes->bytes);
+  StoragePtr root;
+  EXPECT_EQ(StgCreateDocfile(Ole(path).c_str(), kWriting | STGM_CREATE, 0, root.Put()),
+            STG_E_DOCFILECORRUPT);
+  EXPECT_TRUE(ReadFile(path) == bytes->bytes);
+}
+
 TEST_F(FaultTest, ReadsWhatLiesInFrontAndThenZeros) {
   const std::uint32_t first = WordAt(EntryOf(u"large") + 116);
   SetWord(FatEntry(WordAt(FatEntry(first))), 100000);
