@@ -196,6 +196,8 @@ TEST_F(CompoundLinuxTest, SeeksSkipsAndMoves) {
 
   root.Reset();
   EXPECT_EQ(StgIsStorageFile(path.u16string().c_str()), S_OK);
+  EXPECT_EQ(StgIsStorageILockBytes(NewBytes(ReadFile(path)).Get()), S_OK);
+  EXPECT_EQ(StgIsStorageILockBytes(NewBytes(Pattern(600, 1)).Get()), S_FALSE);
   WriteFile(folder / "junk", Pattern(600, 1));
   EXPECT_EQ(StgIsStorageFile((folder / "junk").u16string().c_str()), S_FALSE);
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <set>
 #include <thread>
@@ -36,7 +37,7 @@ TEST(LargeBlock, ComesAgainForWhatFitsIt) {
   FreeKeptBlocks();
 }
 
-// Of one block too many the first is given back, whatever their size.
+// Of one block too many the first is given back, whatever their size. None serves for a small one.
 TEST(LargeBlock, IsKeptInSmallNumbers) {
   if (!kKeepsBlocks) GTEST_SKIP() << "a sanitizer wants them freed";
   constexpr std::size_t kKept = 64;
@@ -44,6 +45,9 @@ TEST(LargeBlock, IsKeptInSmallNumbers) {
   std::vector<void*> blocks;
   for (std::size_t i = 0; i <= kKept; ++i) blocks.push_back(AllocateLarge(size(i)));
   for (void* block : blocks) FreeLarge(block);
+  void* const small = AllocateLarge(kMegabyte - 1);
+  EXPECT_EQ(std::count(blocks.begin() + 1, blocks.end(), small), 0);
+  FreeLarge(small);
   std::set<void*> again;
   for (std::size_t i = 1; i <= kKept; ++i) again.insert(AllocateLarge(size(i)));
   EXPECT_EQ(again, std::set<void*>(blocks.begin() + 1, blocks.end()));
