@@ -10,6 +10,7 @@
 
 #include "platform/ModuleResource.h"
 #include "platform/StoragePath.h"
+#include "platform/SystemMessage.h"
 #include "platform/SystemServices.h"
 #include "tests/platform/LinuxSupport.h"
 
@@ -108,6 +109,11 @@ TEST(LinuxServicesTest, NamesOfAnyAlphabetLeadBack) {
                           "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"}) {
     EXPECT_NE(PathOfStorage(bad), bad);
   }
+}
+
+TEST(LinuxServicesTest, TellsACodeInWordsOrAsANumber) {
+  EXPECT_EQ(SystemMessage(STG_E_ACCESSDENIED), "Access denied.");
+  EXPECT_EQ(SystemMessage(E_NOTIMPL), "status 0x80004001");
 }
 
 TEST(LinuxServicesTest, CallsAFunctionOfAModule) {
