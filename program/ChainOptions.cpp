@@ -16,10 +16,15 @@ bool IsShort(const Bytes& first) {
   return first.size() < kLongestPiece && first[0] != 0;
 }
 
+// Some editors begin UTF-8 with a mark; letters of two bytes have zero bytes.
 std::string ReadChainFile(const std::string& file) {
   const auto bytes =
       file == kStandard ? ReadStandardInput(IsShort) : ReadPipe(PathOf(file), IsShort);
-  return host::WithoutRemarks({bytes.begin(), bytes.end()});
+  std::string text(bytes.begin(), bytes.end());
+  if (text.find('\0') != text.npos)
+    throw UsageError(file + ": this is no chain in UTF-8, it has zero bytes");
+  if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
+  return host::WithoutRemarks(text);
 }
 
 void TellOfFont(const std::string& warning) {

@@ -543,7 +543,11 @@ test_wrong_chains() {
   printf 'ZNFilter.Sepia.1(Sepia=050)\nZNFilter.Invert.1(Inversity=much)\n' >chain
   refuse 'chain: chain item 2 (ZNFilter.Invert.1): "Inversity=much" at line 2, character 19 is not Key=whole number' \
     apply -f chain -o out.ppm in.ppm
+  printf 'ZNFilter.Sepia.1(Sepia=050)\0' >chain
+  refuse 'chain: this is no chain in UTF-8, it has zero bytes' apply -f chain -o out.ppm in.ppm
   is_missing out.ppm
+  printf '\357\273\277// a remark\nZNFilter.Sepia.1(Sepia=050)' >chain
+  run 0 text -f chain
 }
 
 test_wrong_use() {
