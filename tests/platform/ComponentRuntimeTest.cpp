@@ -301,6 +301,8 @@ TEST_F(ComponentRuntimeTest, DescribesCategories) {
   EXPECT_EQ(std::u16string(told[0].szDescription), u"Filter \u20AC");
 
   CATID category = kCategory;
+  EXPECT_EQ(registrar->UnRegisterCategories(1, nullptr), E_POINTER);
+  EXPECT_EQ(registrar->UnRegisterCategories(0, nullptr), S_OK);
   EXPECT_EQ(registrar->UnRegisterCategories(1, &category), S_OK);
   EXPECT_EQ(information->GetCategoryDesc(kCategory, kEnglish, &text), CAT_E_NODESCRIPTION);
 }

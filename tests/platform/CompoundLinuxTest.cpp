@@ -87,6 +87,14 @@ TEST_F(CompoundLinuxTest, KeepsAndCopiesWhatIsSaidOfAStorage) {
   ASSERT_EQ(OpenStorage(root, u"copy")->Stat(&stat, STATFLAG_NONAME), S_OK);
   EXPECT_EQ(stat.clsid, classId);
   EXPECT_EQ(stat.grfStateBits, 0xA5A50034u);
+  // Nothing of it stays where the file is made anew.
+  EXPECT_EQ(root->SetClass(classId), S_OK);
+  EXPECT_EQ(root->SetStateBits(2, 2), S_OK);
+  root.Reset();
+  ASSERT_EQ(StgCreateDocfile(Ole(path).c_str(), kWriting | STGM_CREATE, 0, root.Put()), S_OK);
+  ASSERT_EQ(root->Stat(&stat, STATFLAG_NONAME), S_OK);
+  EXPECT_EQ(stat.clsid, CLSID{});
+  EXPECT_EQ(stat.grfStateBits, 0u);
 }
 
 TEST_F(CompoundLinuxTest, ReadsTheEndOfGlobalMemoryAndNoMore) {
