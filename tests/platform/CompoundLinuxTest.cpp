@@ -603,6 +603,16 @@ TEST(CompoundCostTest, FollowsTheChangeNotTheFile) {
   EXPECT_LT(bytes->bytes.size(), 104 * picture.size()) << "what was given back is used again";
 }
 
+TEST(CompoundCostTest, TheRoomOfSmallStreamsIsUsedAgain) {
+  const LoggedPtr bytes = NewBytes();
+  const StoragePtr root = CreateOn(bytes);
+  for (int i = 0; i < 50; ++i) {
+    WriteStream(root, u"small", Pattern(900, 1));
+    EXPECT_EQ(root->DestroyElement(u"small"), S_OK);
+  }
+  EXPECT_LT(bytes->bytes.size(), 10000u);
+}
+
 // Of every stream as much as can be read of so many bytes, and what the reading said.
 std::map<std::u16string, std::pair<HRESULT, std::string>> WhatIsThere(const StoragePtr& root,
                                                                       ULONG most) {

@@ -12,6 +12,7 @@
 #include "platform/StoragePath.h"
 #include "platform/SystemMessage.h"
 #include "platform/SystemServices.h"
+#include "platform/linux/SharedObject.h"
 #include "tests/platform/LinuxSupport.h"
 
 namespace platform {
@@ -109,6 +110,18 @@ TEST(LinuxServicesTest, NamesOfAnyAlphabetLeadBack) {
                           "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"}) {
     EXPECT_NE(PathOfStorage(bad), bad);
   }
+}
+
+TEST(LinuxServicesTest, WhatTheDeadLeaveInSharedMemoryGoesWithTheNextMutex) {
+  const std::string name = "left by " + std::to_string(getpid());
+  const std::string path = "/dev/shm" + SharedObjectPath("mutex", name);
+  const pid_t child = testing_support::StartProcess([&] {
+    static_cast<void>(SystemMutexes().Open(name).release());
+    return access(path.c_str(), F_OK);
+  });
+  EXPECT_EQ(testing_support::ExitStatus(child), 0);
+  EXPECT_TRUE(SystemMutexes().Open(name + " and another"));
+  EXPECT_NE(access(path.c_str(), F_OK), 0);
 }
 
 TEST(LinuxServicesTest, TellsACodeInWordsOrAsANumber) {
