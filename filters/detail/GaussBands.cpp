@@ -14,11 +14,10 @@ namespace {
 
 // Rows that are worked on together: each row of the band is fetched once for all of them.
 constexpr int kRowsAtOnce = kMostRows;
-// From this radius on rows are blurred together. A narrow window is done with a row so soon that
-// the row should stay in the nearest cache.
-constexpr int kWideRadius = 5;
-// What the processor's nearest cache holds of a band beside what else it needs.
+// What the processor's nearest cache holds of a band beside what else it needs. Fewer numbers of a
+// row are not finished at once, as that takes 64 bytes together.
 constexpr int kCachedBytes = 32 << 10;
+constexpr int kLeastFinishedBlocks = 4;
 // A strip of columns is so narrow that a band of it stays in the second cache, but not so narrow
 // that most of what is loaded for it lies beside it; it never takes more than this. With what a
 // strip keeps for the next one, 24 megapixels of any shape stay below 64 MiB at every radius that a
@@ -150,7 +149,8 @@ class GaussPass {
   int ChunkPixels() const {
     const int block = static_cast<int>(kRowBlock);
     const int blocks = kCachedBytes / (bandRows * block * static_cast<int>(sizeof(Real)));
-    return std::clamp(blocks, 1, kMostFinishedPixels / block) * block / kChannels;
+    return std::clamp(blocks, kLeastFinishedBlocks, kMostFinishedPixels / block) * block /
+           kChannels;
   }
 
   std::uint8_t* Pixel(int row, int x) const { return regions.Pixel(row, x); }

@@ -26,12 +26,15 @@ struct GaussNumbers {
 inline constexpr int kMostFinishedPixels = 8 * static_cast<int>(kRowBlock);
 // The most rows that are worked on at once.
 inline constexpr int kMostRows = 16;
+// From this radius on rows are blurred together. A narrow window is done with a row so soon that
+// the row should stay in the nearest cache.
+inline constexpr int kWideRadius = 5;
 
 // Rows that are blurred along.
 struct GaussLines {
   int count;  // 1..kMostRows
   // What is blurred, a byte for each number. Each row has radius * channels numbers ahead of it and
-  // behind its last block.
+  // behind its last block, and 16 bytes more that may be read.
   const std::uint8_t* bytes[kMostRows];
   // The colours that come next, which are fetched meanwhile.
   const std::uint8_t* next[kMostRows];

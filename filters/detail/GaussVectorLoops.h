@@ -2,7 +2,8 @@
 //
 // Neighbours in the direction of a pass share most of their windows: a few of them are summed up
 // together, so that each vector is loaded once for all. Along the rows this needs rows that lie
-// side by side, a lane each. It pays for wide windows.
+// side by side, a lane each. It pays for wide windows; a narrow one lies in a few vectors of its
+// row, whose lanes are moved.
 //
 // Across the rows the sums are first taken in another order, which rounds otherwise and takes half
 // as long. Where such a value lies so close to a whole number that its truncation is in doubt, the
@@ -158,6 +159,86 @@ void BlurSideBySide(const GaussLines& lines, int first, const GaussNumbers& numb
   }
 }
 
+// --- along a row by itself
+
+// The lanes from `kFirst` on of vectors that follow each other.
+template <int kFirst, std::size_t... kLane>
+[[gnu::always_inline]] inline Floats LanesFrom(const Floats* vectors,
+                                               std::index_sequence<kLane...>) {
+  const Floats* const at = vectors + kFirst / kLaneCount;
+  constexpr int kMoved = kFirst % kLaneCount;
+  if constexpr (kMoved == 0) {
+    return *at;
+  } else {
+    return __builtin_shufflevector(at[0], at[1], (kMoved + kLane)...);
+  }
+}
+
+template <class Image, int kRadius>
+class NarrowWindow {
+ public:
+  explicit NarrowWindow(const GaussNumbers& numbers) {
+    for (int j = 0; j < kRadius; ++j) weights[j] = All<Floats>(numbers.weights[j + 1]);
+  }
+
+  void Blur(const std::uint8_t* bytes, const std::uint8_t* next, float* blurred,
+            std::size_t count) const {
+    Floats vectors[kVectorCount];
+    for (int k = 0; k + 1 < kVectorCount; ++k) vectors[k] = LoadFloats(bytes + k * kLaneCount);
+    bytes += (kVectorCount - 1) * kLaneCount;
+    for (std::size_t i = 0; i < count; i += kRowBlock) {
+      __builtin_prefetch(next + 3 * i / Image::kChannels);
+#pragma GCC unroll 6
+      for (std::size_t n = i; n < i + kRowBlock; n += kLaneCount) {
+        vectors[kVectorCount - 1] = LoadFloats(bytes + n);
+        Store(blurred + n, WeightedMean(vectors, std::make_integer_sequence<int, kRadius>()));
+        for (int k = 0; k + 1 < kVectorCount; ++k) vectors[k] = vectors[k + 1];
+      }
+    }
+  }
+
+ private:
+  static constexpr int kReach = kRadius * Image::kChannels;
+  // Those in which the windows of a vector's numbers lie.
+  static constexpr int kVectorCount = (2 * kReach + kLaneCount - 1) / kLaneCount + 1;
+
+  template <int kPlace>
+  [[gnu::always_inline]] static Floats At(const Floats* vectors) {
+    return LanesFrom<kReach + kPlace * Image::kChannels>(vectors,
+                                                         std::make_index_sequence<kLaneCount>());
+  }
+
+  template <int... j>
+  [[gnu::always_inline]] Floats WeightedMean(const Floats* vectors,
+                                             std::integer_sequence<int, j...>) const {
+    const Floats centre = At<0>(vectors);
+    Floats mean = {};
+    ((mean +=
+      MultiplyAdd(centre, All<Floats>(-2), At<-1 - j>(vectors) + At<1 + j>(vectors)) * weights[j]),
+     ...);
+    return centre + mean;
+  }
+
+  Floats weights[kRadius];  // from distance 1 on
+};
+
+// To move lanes by single numbers takes AVX2 longer than to load them anew.
+template <class Image>
+constexpr int kLeastNarrow = kLaneCount < 16 && Image::kChannels == 1 ? kWideRadius : 1;
+
+template <class Image, int kRadius = kLeastNarrow<Image>>
+void BlurLineInVectors(const std::uint8_t* bytes, const std::uint8_t* next,
+                       const GaussNumbers& numbers, float* scratch, float* blurred,
+                       std::size_t count) {
+  if constexpr (kRadius == kWideRadius) {
+    BlurLine<WholeWindow, Image>(bytes, next, numbers, scratch, blurred, count);
+  } else if (numbers.radius == kRadius) {
+    NarrowWindow<Image, kRadius>(numbers).Blur(bytes, next, blurred, count);
+  } else {
+    BlurLineInVectors<Image, kRadius + 1>(bytes, next, numbers, scratch, blurred, count);
+  }
+}
+
 // A few rows would leave most lanes empty.
 template <class Image>
 void BlurLinesInVectors(const GaussLines& lines, const GaussNumbers& numbers, float* scratch,
@@ -167,8 +248,8 @@ void BlurLinesInVectors(const GaussLines& lines, const GaussNumbers& numbers, fl
     BlurSideBySide<Image>(lines, row, numbers, scratch, blurred, count);
   }
   for (; row < lines.count; ++row) {
-    BlurLine<WholeWindow, Image>(lines.bytes[row], lines.next[row], numbers, scratch, blurred[row],
-                                 count);
+    BlurLineInVectors<Image>(lines.bytes[row], lines.next[row], numbers, scratch, blurred[row],
+                             count);
   }
 }
 
@@ -194,7 +275,7 @@ struct Sharpened {
       : amount(numbers.amount),
         doubt((BlurDoubt(numbers.radius) + 1.0f / (1 << 14)) * (__builtin_fabsf(amount) + 1)) {}
   [[gnu::always_inline]] Floats About(Floats before, Floats blurred) const {
-    return before - (blurred - before) * amount;
+    return MultiplyAdd(before - blurred, All<Floats>(amount), before);
   }
   [[gnu::always_inline]] Floats Exactly(Floats before, Floats line, Floats deviation) const {
     return before - ((line - before) + deviation) * amount;
