@@ -354,58 +354,58 @@ void FinishTogether(std::uint8_t* const* colours, const float* const* rows, std:
   for (int y = 0; y < kRows; ++y) std::memcpy(colours[y] + i, rest[y], count - i);
 }
 
-template <class Method>
-void FinishInVectors(std::uint8_t* const* colours, int rowCount, const float* const* rows,
-                     std::size_t first, const GaussNumbers& numbers, int pixels) {
-  int y = 0;
-  for (; y + kNeighbours <= rowCount; y += kNeighbours) {
-    FinishTogether<Method, kNeighbours>(colours + y, rows + y, first, numbers, pixels);
+// Of methods that need a pixel's channels together.
+template <class Image, auto kFinish, int kRows>
+void FinishPixels(std::uint8_t* const* colours, const float* const* rows, std::size_t first,
+                  const GaussNumbers& numbers, int pixels) {
+  float deviations[kRows][kMostFinishedPixels];
+  for (std::size_t i = 0; i < static_cast<std::size_t>(pixels * Image::kChannels);
+       i += kLaneCount) {
+    Floats mean[kRows];
+    const auto at = [&](int y) __attribute__((always_inline)) {
+      return Load<Floats>(rows[y] + first + i);
+    };
+    DeviateTogether(at, numbers, mean);
+    for (int y = 0; y < kRows; ++y) Store(deviations[y] + i, mean[y]);
   }
-  for (; y < rowCount; ++y) {
-    FinishTogether<Method, 1>(colours + y, rows + y, first, numbers, pixels);
+  for (int y = 0; y < kRows; ++y) {
+    kFinish(colours[y], rows[y] + first, deviations[y], numbers, pixels);
   }
 }
 
-// Of methods that need a pixel's channels together.
-template <class Image, auto kFinish>
-void FinishPixels(std::uint8_t* const* colours, int rowCount, const float* const* rows,
-                  std::size_t first, const GaussNumbers& numbers, int pixels) {
+// Some rows together, and what is left one by one.
+template <auto kFinishSome, auto kFinishOne>
+void FinishInGroups(std::uint8_t* const* colours, int rowCount, const float* const* rows,
+                    std::size_t first, const GaussNumbers& numbers, int pixels) {
   int y = 0;
   for (; y + kNeighbours <= rowCount; y += kNeighbours) {
-    float deviations[kNeighbours][kMostFinishedPixels];
-    for (std::size_t i = 0; i < static_cast<std::size_t>(pixels * Image::kChannels);
-         i += kLaneCount) {
-      Floats mean[kNeighbours];
-      const auto at = [&](int row) __attribute__((always_inline)) {
-        return Load<Floats>(rows[y + row] + first + i);
-      };
-      DeviateTogether(at, numbers, mean);
-      for (int k = 0; k < kNeighbours; ++k) Store(deviations[k] + i, mean[k]);
-    }
-    for (int k = 0; k < kNeighbours; ++k) {
-      kFinish(colours[y + k], rows[y + k] + first, deviations[k], numbers, pixels);
-    }
+    kFinishSome(colours + y, rows + y, first, numbers, pixels);
   }
-  FinishRows<WholeWindow, Image, kFinish>(colours + y, rowCount - y, rows + y, first, numbers,
-                                          pixels);
+  for (; y < rowCount; ++y) kFinishOne(colours + y, rows + y, first, numbers, pixels);
 }
+template <class Method>
+constexpr auto kFinishNumbers =
+    FinishInGroups<FinishTogether<Method, kNeighbours>, FinishTogether<Method, 1>>;
+template <class Image, auto kFinish>
+constexpr auto kFinishPixels =
+    FinishInGroups<FinishPixels<Image, kFinish, kNeighbours>, FinishPixels<Image, kFinish, 1>>;
 
 inline void FinishSharpenInVectors(std::uint8_t* const* colours, int rowCount,
                                    const float* const* rows, std::size_t first,
                                    const GaussNumbers& numbers, int pixels) {
   (numbers.threshold <= 0.0f
-       ? FinishInVectors<Sharpened>
-       : FinishPixels<FloatImage, FinishSharpen>)(colours, rowCount, rows, first, numbers, pixels);
+       ? kFinishNumbers<Sharpened>
+       : kFinishPixels<FloatImage, FinishSharpen>)(colours, rowCount, rows, first, numbers, pixels);
 }
 
 constexpr GaussKernelTable kGaussVectorKernels = [] {
   GaussKernelTable table = kGaussKernels;
   table.blur.blurLines = BlurLinesInVectors<FloatImage>;
-  table.blur.finish = FinishInVectors<Blurred>;
+  table.blur.finish = kFinishNumbers<Blurred>;
   table.sharpen.blurLines = BlurLinesInVectors<FloatImage>;
   table.sharpen.finish = FinishSharpenInVectors;
   table.sharpenBrightness.blurLines = BlurLinesInVectors<FloatPlane>;
-  table.sharpenBrightness.finish = FinishPixels<FloatPlane, FinishBrightness>;
+  table.sharpenBrightness.finish = kFinishPixels<FloatPlane, FinishBrightness>;
   return table;
 }();
 
