@@ -768,6 +768,11 @@ TEST_F(FaultTest, FaultsOfTheTablesAreTold) {
   SetWord(FatEntry(sector), 0xFFFFFFFE);
   SetWord(60, sector);
   EXPECT_EQ(told(), (Words{"the place of the small streams is damaged", "the file is cut off"}));
+  EXPECT_EQ(platform::FindCompoundFaults(folder / "box", 1).size(), 1u) << "no more than wanted";
+  // Without the allocation table the first sector of the directory is left.
+  SetWord(76, 100000);
+  EXPECT_EQ(NamesOf(OpenOn(bytes, kReading)),
+            (std::vector<std::u16string>{u"large", u"other", u"small"}));
 }
 
 TEST_F(FaultTest, AFaultyFileIsNotMadeAnew) {

@@ -46,11 +46,23 @@ TEST(GlobalMemoryTest, FixedBlocksAreTheirOwnHandles) {
   EXPECT_EQ(static_cast<char*>(block)[39], 0);
   EXPECT_EQ(GlobalHandle(block), block);
   EXPECT_EQ(GlobalSize(block), 40u);
-  GlobalFree(block);
+  static_cast<char*>(block)[0] = 'a';
+  const HGLOBAL grown = GlobalReAlloc(block, 100, GMEM_MOVEABLE);
+  ASSERT_NE(grown, nullptr);
+  EXPECT_EQ(GlobalSize(grown), 100u);
+  EXPECT_EQ(*static_cast<char*>(GlobalLock(grown)), 'a');
+  GlobalFree(grown);
 }
 
 TEST(GlobalMemoryTest, TooMuchIsNull) {
-  EXPECT_EQ(GlobalAlloc(GMEM_MOVEABLE, ~SIZE_T{0} - 15), nullptr);
+  constexpr SIZE_T kTooMuch = ~SIZE_T{0} - 15;
+  EXPECT_EQ(GlobalAlloc(GMEM_MOVEABLE, kTooMuch), nullptr);
+  const HGLOBAL block = GlobalAlloc(GHND, 16);
+  EXPECT_EQ(GlobalReAlloc(block, kTooMuch, GMEM_MOVEABLE), nullptr);
+  EXPECT_EQ(GlobalSize(block), 16u) << "it stays as it was";
+  EXPECT_NE(GlobalLock(block), nullptr);
+  GlobalUnlock(block);
+  GlobalFree(block);
 }
 
 }  // namespace
