@@ -102,8 +102,8 @@ Times TimeToOpen(Backend& backend, const DialogClass& row) {
   return times;
 }
 
-// In milliseconds. All has room for a busy machine: the thirty sliders of the colour balance take 40
-// of work under Wine, and up to 130 at each try while the machine is full.
+// In milliseconds. All has room for a busy machine: the thirty sliders of the colour balance take
+// 40 of work under Wine, and up to 130 at each try while the machine is full.
 constexpr Times kMostFirst = {5000, 1000}, kMostLater = {1000, 250};
 
 bool IsOver(const Times& times, const Times& most) {
