@@ -138,7 +138,7 @@ void CompoundFile::PlaceDirectory() {
     } else {
       table.Own(directoryChain, i);
     }
-    table.Write(directoryChain[i], 0, bytes->data(), bytes->size());
+    table.Write(directoryChain[i], bytes->data(), bytes->size());
   }
 }
 

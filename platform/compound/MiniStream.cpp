@@ -80,7 +80,7 @@ void MiniStream::Write(Sector piece, const std::uint8_t* bytes, std::size_t coun
   const auto at = sector.begin() + static_cast<std::ptrdiff_t>(piece % PerSector() * kMiniSize);
   std::fill_n(at, kMiniSize, std::uint8_t{0});
   std::copy_n(bytes, count, at);
-  table.Write(streamChain[index], 0, sector.data(), sector.size());
+  table.Write(streamChain[index], sector.data(), sector.size());
 }
 
 Sector MiniStream::Add(const Bytes& content) {
@@ -122,7 +122,7 @@ void MiniStream::WriteTable() {
       const std::size_t piece = i * NumbersPerSector() + k;
       Put32(&bytes[4 * k], piece < next.size() ? next[piece] : kFree);
     }
-    table.Write(tableChain[i], 0, bytes.data(), bytes.size());
+    table.Write(tableChain[i], bytes.data(), bytes.size());
   }
 }
 

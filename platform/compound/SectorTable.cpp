@@ -67,8 +67,8 @@ std::size_t SectorTable::Read(Sector sector, std::size_t offset, void* buffer, s
   return store.Read(OffsetOf(sector) + offset, buffer, bytes);
 }
 
-void SectorTable::Write(Sector sector, std::size_t offset, const void* buffer, std::size_t bytes) {
-  store.Write(OffsetOf(sector) + offset, buffer, bytes);
+void SectorTable::Write(Sector sector, const void* buffer, std::size_t bytes) {
+  store.Write(OffsetOf(sector), buffer, bytes);
 }
 
 SectorTable::Page& SectorTable::Loaded(std::size_t index) {
@@ -274,7 +274,7 @@ bool SectorTable::PlaceDifat() {
 void SectorTable::WritePage(const Page& page) {
   Bytes bytes(sectorSize);
   for (std::size_t i = 0; i < perPage; ++i) Put32(&bytes[4 * i], page.next[i]);
-  Write(page.place, 0, bytes.data(), sectorSize);
+  Write(page.place, bytes.data(), sectorSize);
 }
 
 void SectorTable::WriteDifat() {
@@ -285,7 +285,7 @@ void SectorTable::WriteDifat() {
       Put32(&bytes[4 * k], pages[page].place);
     }
     Put32(&bytes[sectorSize - 4], i + 1 < difat.size() ? difat[i + 1] : kEndOfChain);
-    Write(difat[i], 0, bytes.data(), sectorSize);
+    Write(difat[i], bytes.data(), sectorSize);
   }
 }
 

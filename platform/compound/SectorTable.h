@@ -46,7 +46,7 @@ class SectorTable {
 
   // Bytes within one sector. Short where the file ends.
   std::size_t Read(Sector sector, std::size_t offset, void* buffer, std::size_t bytes);
-  void Write(Sector sector, std::size_t offset, const void* buffer, std::size_t bytes);
+  void Write(Sector sector, const void* buffer, std::size_t bytes);
   std::uint64_t OffsetOf(Sector sector) const;
 
   // --- changes; one of the first two comes first

@@ -212,7 +212,7 @@ void StreamContent::WritePart(std::size_t index, std::size_t offset, const std::
     table.Read(chain.sectors[index], 0, sector.data(), sector.size());
   std::copy_n(bytes, count, sector.begin() + static_cast<std::ptrdiff_t>(offset));
   OwnSector(index);
-  table.Write(chain.sectors[index], 0, sector.data(), sector.size());
+  table.Write(chain.sectors[index], sector.data(), sector.size());
 }
 
 void StreamContent::WriteRun(std::size_t index, const std::uint8_t* bytes, std::size_t count) {
@@ -221,7 +221,7 @@ void StreamContent::WriteRun(std::size_t index, const std::uint8_t* bytes, std::
   for (std::size_t i = 0; i < count; ++i) OwnSector(index + i);
   for (std::size_t first = 0; first < count;) {
     const std::size_t run = RunFrom(index + first, count - first);
-    table.Write(chain.sectors[index + first], 0, bytes + first * size, run * size);
+    table.Write(chain.sectors[index + first], bytes + first * size, run * size);
     first += run;
   }
 }

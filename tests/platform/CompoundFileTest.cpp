@@ -211,6 +211,24 @@ TEST_F(CompoundFileTest, ClonesShareTheBytesButNotThePosition) {
   EXPECT_EQ(byte, 'X');
 }
 
+TEST_F(CompoundFileTest, CopiesFromOneStreamToAnother) {
+  const StoragePtr root = Create(path);
+  const StreamPtr from = CreateStream(root, u"from");
+  const StreamPtr to = CreateStream(root, u"to");
+  const std::string content = Pattern(200000, 1);
+  WriteAt(from, 0, content);
+  ULARGE_INTEGER read, written;
+  SeekTo(from, 10);
+  ASSERT_EQ(from->CopyTo(to.Get(), Large(150000), &read, &written), S_OK);
+  EXPECT_EQ(read.QuadPart, 150000u);
+  EXPECT_EQ(written.QuadPart, 150000u);
+  ASSERT_EQ(from->CopyTo(to.Get(), Large(UINT64_MAX), &read, &written), S_OK);
+  EXPECT_EQ(read.QuadPart, 49990u);
+  EXPECT_EQ(written.QuadPart, 49990u);
+  EXPECT_TRUE(ReadAll(to) == content.substr(10));
+  EXPECT_EQ(from->CopyTo(nullptr, Large(1), &read, &written), STG_E_INVALIDPOINTER);
+}
+
 TEST_F(CompoundFileTest, LiesInGlobalMemory) {
   const HGLOBAL block = GlobalAlloc(GHND, 0);
   const std::string content = Pattern(30000, 3);

@@ -603,6 +603,39 @@ TEST(CompoundCostTest, FollowsTheChangeNotTheFile) {
   EXPECT_LT(bytes->bytes.size(), 104 * picture.size()) << "what was given back is used again";
 }
 
+TEST(CompoundCostTest, AnEntryIsAddedToATreeOfAnySizeByFewWrites) {
+  const LoggedPtr bytes = NewBytes();
+  {
+    const StoragePtr root = CreateOn(bytes);
+    for (std::size_t i = 0; i < 500; ++i) CreateStream(root, Numbered(u"n", i));
+  }
+  bytes->bytesWritten = 0;
+  CreateStream(OpenOn(bytes), u"added");
+  EXPECT_LT(bytes->bytesWritten, 10000u);
+}
+
+TEST(CompoundCostTest, WhatWasCommittedIsNotWrittenAgain) {
+  const LoggedPtr bytes = NewBytes();
+  const StoragePtr root = CreateOn(bytes);
+  StreamPtr stream = CreateStream(root, u"s");
+  WriteAt(stream, 0, "small");
+  EXPECT_EQ(stream->Commit(STGC_DEFAULT), S_OK);
+  bytes->bytesWritten = 0;
+  stream.Reset();
+  EXPECT_EQ(bytes->bytesWritten, 0u);
+}
+
+// What a change gave back is free for the next one, and what lies behind it then is cut off.
+TEST(CompoundCostTest, AClosedFileIsSafeAndHasNoRoomToSpare) {
+  const LoggedPtr bytes = NewBytes();
+  WriteStream(CreateOn(bytes), u"large", Pattern(50000, 1));
+  EXPECT_EQ(OpenOn(bytes)->DestroyElement(u"large"), S_OK);
+  WriteStream(OpenOn(bytes), u"small", "x");
+  EXPECT_LT(bytes->bytes.size(), 10000u);
+  EXPECT_TRUE(bytes->log.back().isFlush);
+  EXPECT_EQ(ReadStream(OpenOn(bytes, kReading), u"small"), "x");
+}
+
 TEST(CompoundCostTest, TheRoomOfSmallStreamsIsUsedAgain) {
   const LoggedPtr bytes = NewBytes();
   const StoragePtr root = CreateOn(bytes);
@@ -724,7 +757,8 @@ TEST_F(FaultTest, OneStreamsFaultIsItsOwn) {
       {EntryOf(u"small") + 120, 4000, "the stream is shorter than its size says"},
   };
   TemporaryFolder folder;
-  WriteFile(folder / "whole", whole);
+  SetWord(EntryOf(u"inner") + 120, 100);  // a storage's size means nothing
+  WriteFile(folder / "whole", bytes->bytes);
   EXPECT_TRUE(platform::FindCompoundFaults(folder / "whole", 10).empty());
   for (const auto& [offset, word, told] : faults) {
     bytes->bytes = whole;
@@ -773,6 +807,20 @@ TEST_F(FaultTest, FaultsOfTheTablesAreTold) {
   SetWord(76, 100000);
   EXPECT_EQ(NamesOf(OpenOn(bytes, kReading)),
             (std::vector<std::u16string>{u"large", u"other", u"small"}));
+}
+
+// Some writers end the file with the last byte of the last stream.
+TEST_F(FaultTest, AShortLastSectorIsRead) {
+  std::uint32_t last = WordAt(EntryOf(u"large") + 116);
+  while (WordAt(FatEntry(last)) != 0xFFFFFFFE) last = WordAt(FatEntry(last));
+  const auto added = static_cast<std::uint32_t>(bytes->bytes.size() / 512 - 1);
+  SetWord(FatEntry(last), added);
+  SetWord(FatEntry(added), 0xFFFFFFFE);
+  SetWord(EntryOf(u"large") + 120, 5121);
+  bytes->bytes += 'x';
+  const std::string large = ReadStream(OpenOn(bytes, kReading), u"large");
+  EXPECT_TRUE(large.starts_with(expected.at(u"large")));
+  EXPECT_EQ(large.back(), 'x');
 }
 
 TEST_F(FaultTest, AFaultyFileIsNotMadeAnew) {

@@ -2,6 +2,7 @@
 #include <stdexcept>
 
 #include "platform/SystemServices.h"
+#include "platform/TemporaryFile.h"
 #include "tests/platform/Support.h"
 
 namespace platform {
@@ -113,6 +114,17 @@ TEST_F(FilesTest, LeftOversGoWithTheNextFile) {
   EXPECT_EQ(ReadFile(target), "first");
   EXPECT_EQ(folder.Names(), (Names{".fxbox-0123456789az.png", ".fxbox-notes", "picture.png",
                                    "second.png", "x.fxbox-0123456789ab"}));
+}
+
+TEST_F(FilesTest, ATemporaryNameKeepsAnExtensionOfUsualLength) {
+  const std::string longest = "." + std::string(15, 'x');
+  for (const std::string& extension : {std::string(), std::string(".png"), longest}) {
+    const fs::path name = TemporaryPathBeside(target.parent_path() / ("picture" + extension));
+    EXPECT_EQ(name.parent_path(), target.parent_path());
+    EXPECT_EQ(name.extension(), extension);
+    EXPECT_TRUE(IsTemporaryName(name.filename()));
+  }
+  EXPECT_EQ(TemporaryPathBeside("picture" + longest + "x").extension(), "");
 }
 
 int variableOfThisProgram = 0;

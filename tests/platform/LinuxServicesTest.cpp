@@ -103,9 +103,10 @@ TEST(LinuxServicesTest, ReadsInputAndTellsOfOutputThatIsLost) {
 // What is no letter of UTF-8 is taken as it stands in the code page.
 TEST(LinuxServicesTest, NamesOfAnyAlphabetLeadBack) {
   for (const char* name : {"f\xC3\xBCr", "\xE0\xA0\x80", "\xE6\x97\xA5", "\xED\x9F\xBF",
-                           "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+                           "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "folder/name"}) {
     EXPECT_EQ(PathOfStorage(StoragePathOf(name)), name);
   }
+  EXPECT_EQ(StoragePathOf("folder/name"), "folder\\name");
   for (const char* bad : {"\xC1\xBF", "\xC3", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF",
                           "\xF4\x90\x80\x80", "\xF5\x80\x80\x80"}) {
     EXPECT_NE(PathOfStorage(bad), bad);
@@ -122,6 +123,15 @@ TEST(LinuxServicesTest, WhatTheDeadLeaveInSharedMemoryGoesWithTheNextMutex) {
   EXPECT_EQ(testing_support::ExitStatus(child), 0);
   EXPECT_TRUE(SystemMutexes().Open(name + " and another"));
   EXPECT_NE(access(path.c_str(), F_OK), 0);
+}
+
+TEST(LinuxServicesTest, AQuestionIsAnsweredByItsDefaultButton) {
+  const auto answer = [](unsigned style) { return SystemDesktop().Ask("text", "title", style); };
+  EXPECT_EQ(answer(0x000), 1) << "the only button";
+  EXPECT_EQ(answer(0x104), 7) << "no";
+  EXPECT_EQ(answer(0x202), 5) << "ignore";
+  EXPECT_EQ(answer(0x302), 1) << "no set has a fourth button";
+  EXPECT_EQ(answer(0x006), 1) << "no such set";
 }
 
 TEST(LinuxServicesTest, TellsACodeInWordsOrAsANumber) {
