@@ -58,6 +58,29 @@ TEST_F(CompoundLinuxTest, StreamsSeekGrowShrinkAndOverwrite) {
   EXPECT_TRUE(ReadStream(Open(path), u"s") == expected);
 }
 
+// What one stream gave back and the other has taken is not given back once more.
+TEST_F(CompoundLinuxTest, StreamsThatStayOpenTakeTurns) {
+  std::mt19937 random(7);
+  const LoggedPtr bytes = NewBytes();
+  const StoragePtr root = CreateOn(bytes);
+  const std::u16string names[] = {u"a", u"b"};
+  std::string expected[] = {Pattern(20000, 1), Pattern(20000, 2)};
+  StreamPtr streams[2];
+  for (int i = 0; i < 2; ++i) WriteAt(streams[i] = CreateStream(root, names[i]), 0, expected[i]);
+  for (int round = 0; round < 40; ++round) {
+    const std::size_t turn = random() % 2;
+    const std::string piece = Pattern(random() % 5000, round);
+    const std::size_t at = random() % 15000;
+    expected[turn].replace(at, piece.size(), piece);
+    WriteAt(streams[turn], at, piece);
+    ASSERT_EQ(streams[turn]->Commit(STGC_DEFAULT), S_OK);
+    for (int i = 0; i < 2; ++i) {
+      const StoragePtr written = OpenOn(NewBytes(bytes->bytes), kReading);
+      ASSERT_TRUE(round == 0 || ReadStream(written, names[i]) == expected[i]) << round;
+    }
+  }
+}
+
 TEST_F(CompoundLinuxTest, KeepsAndCopiesWhatIsSaidOfAStorage) {
   const CLSID classId = {0x01020304, 0x0506, 0x0708, {9, 10, 11, 12, 13, 14, 15, 16}};
   {
@@ -391,6 +414,7 @@ TEST_F(CompoundLinuxTest, ReadsAndChangesVersionFour) {
   }
   EXPECT_TRUE(ContentsOf(OpenOn(bytes)) == expected);
   EXPECT_EQ(bytes->bytes[26], 4);
+  EXPECT_EQ(bytes->bytes.substr(40, 4), std::string("\1\0\0\0", 4)) << "sectors of the directory";
   WriteFile(path, bytes->bytes);
   EXPECT_EQ(ToldByOlefile(path), SummaryOf(expected));
 }
@@ -612,6 +636,7 @@ TEST(CompoundCostTest, AnEntryIsAddedToATreeOfAnySizeByFewWrites) {
   bytes->bytesWritten = 0;
   CreateStream(OpenOn(bytes), u"added");
   EXPECT_LT(bytes->bytesWritten, 10000u);
+  EXPECT_EQ(ReadStream(OpenOn(bytes, kReading), u"added"), "");
 }
 
 TEST(CompoundCostTest, WhatWasCommittedIsNotWrittenAgain) {
