@@ -100,16 +100,6 @@ fs::path SystemPath(const OLECHAR* path) {
   return text;
 }
 
-// A path that leads through folders which are not there differs from one to a missing file.
-[[noreturn]] void FailToOpen(const fs::path& path, int error) {
-  std::error_code ignored;
-  const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
-  if (error == ENOENT && (path.empty() || !fs::is_directory(folder, ignored))) {
-    Fail(STG_E_PATHNOTFOUND);
-  }
-  Fail(CodeOf(error));
-}
-
 bool Locks(const Descriptor& file, int kind) {
   while (flock(file.Get(), kind | LOCK_NB) != 0) {
     if (errno != EINTR) return false;
@@ -138,7 +128,7 @@ std::unique_ptr<ByteStore> OpenFile(const OLECHAR* path, FileAccess access) {
   const fs::path target = SystemPath(path);
   const int flags = (access.writes ? O_RDWR : O_RDONLY) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
   Descriptor file(open(target.c_str(), flags));
-  if (!file) FailToOpen(target, errno);
+  if (!file) Fail(CodeOf(OpenErrorOf(target)));
   struct stat status = {};
   if (fstat(file.Get(), &status) != 0) Fail(STG_E_READFAULT);
   if (S_ISDIR(status.st_mode)) Fail(STG_E_ACCESSDENIED);
@@ -154,7 +144,7 @@ std::unique_ptr<ByteStore> CreateFile(const OLECHAR* path, FillStore fill) {
   if (fs::exists(fs::symlink_status(target, error))) Fail(STG_E_FILEALREADYEXISTS);
   TemporaryFile made(TemporaryPathBeside(target));
   Descriptor file(open(made.Path().c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-  if (!file) FailToOpen(target, errno);
+  if (!file) Fail(CodeOf(OpenErrorOf(target)));
   Lock(file, {true, true});
   auto store = std::make_unique<FileStore>(std::move(file));
   fill(*store);
@@ -167,7 +157,7 @@ std::unique_ptr<ByteStore> CreateUnnamedFile() {
   std::error_code error;
   const TemporaryFile made(TemporaryPathBeside(fs::temp_directory_path(error) / "storage"));
   Descriptor file(open(made.Path().c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (!file) FailToOpen(made.Path(), errno);
+  if (!file) Fail(CodeOf(OpenErrorOf(made.Path())));
   return std::make_unique<FileStore>(std::move(file));
 }
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -12,6 +13,16 @@ namespace platform {
 
 inline std::error_code LastError() {
   return {errno, std::generic_category()};
+}
+
+// Why the file of the path did not open just now: errno, with ENOTDIR in place of ENOENT where the
+// folders that lead to it are missing as well.
+inline int OpenErrorOf(const std::filesystem::path& path) {
+  const int error = errno;
+  std::error_code ignored;
+  const auto folder = path.has_parent_path() ? path.parent_path() : std::filesystem::path(".");
+  const bool hasFolder = !path.empty() && std::filesystem::is_directory(folder, ignored);
+  return error == ENOENT && !hasFolder ? ENOTDIR : error;
 }
 
 // Owns a descriptor and closes it; a negative number is none.

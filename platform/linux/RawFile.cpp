@@ -107,12 +107,12 @@ class SystemFile final : public RawFile {
 
 std::unique_ptr<RawFile> RawFile::Open(const std::filesystem::path& path, FileUse use, int& error) {
   Descriptor file(open(path.c_str(), FlagsOf(use), 0666));
-  struct stat status = {};
-  if (!file || fstat(file.Get(), &status) != 0) {
-    error = NumberOf(errno);
+  if (!file) {
+    error = NumberOf(OpenErrorOf(path));
     return nullptr;
   }
-  if (!S_ISREG(status.st_mode)) {
+  struct stat status = {};
+  if (fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode)) {
     error = kNotAFile;
     return nullptr;
   }

@@ -122,6 +122,9 @@ TEST_F(ComponentRuntimeTest, MakesAnnouncedObjectsOrGivesNull) {
   EXPECT_EQ(CoCreateInstance(kFirst, thing.Get(), CLSCTX_INPROC_SERVER, IID_IUnknown, &result),
             CLASS_E_NOAGGREGATION);
   EXPECT_EQ(result, nullptr);
+  constexpr DWORD kInAnotherProcess = 4;
+  EXPECT_EQ(CoCreateInstance(kFirst, nullptr, kInAnotherProcess, IID_IUnknown, &result),
+            REGDB_E_CLASSNOTREG);
   AnnounceClasses(GetNothing, {{kUnknown, "", "", {}}, {kFirst, "", "", {}}});
   EXPECT_EQ(Create(kFirst, thing), S_OK) << "the class that was there first stays";
   EXPECT_EQ(Create(kUnknown, thing), CO_E_ERRORINDLL);

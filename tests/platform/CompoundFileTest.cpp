@@ -110,6 +110,7 @@ TEST_F(CompoundFileTest, SaysWhyAnElementDoesNotOpen) {
   EXPECT_EQ(root->OpenStorage(Ole(u"stream").c_str(), nullptr, kReading, nullptr, 0, storage.Put()),
             STG_E_FILENOTFOUND);
   EXPECT_EQ(openStream(u"stream", STGM_READ | STGM_SHARE_DENY_NONE), STG_E_INVALIDFLAG);
+  EXPECT_EQ(openStream(u"stream", kReading | STGM_TRANSACTED), STG_E_INVALIDFUNCTION);
   EXPECT_EQ(createStream(u"stream", kWriting), STG_E_FILEALREADYEXISTS);
   EXPECT_EQ(createStream(u"12345678901234567890123456789012", kWriting), STG_E_INVALIDNAME);
   EXPECT_EQ(createStream(u"1234567890123456789012345678901", kWriting), S_OK);
@@ -167,6 +168,10 @@ TEST_F(CompoundFileTest, RenamesAndDestroys) {
   EXPECT_TRUE(ReadStream(root, u"RENAMED") == Pattern(5000, u'a'));
   WriteStream(root, u"reNamed", "x");  // what replaces a stream brings its own letters
   EXPECT_EQ(NamesOf(root).back(), u"reNamed");
+  WriteStream(CreateStorage(root, u"d"), u"inside", "x");
+  WriteStream(root, u"d", "a stream in place of a storage");
+  EXPECT_EQ(NamesOf(root).size(), 5u);
+  EXPECT_EQ(ReadStream(root, u"d"), "a stream in place of a storage");
   EXPECT_EQ(OpenStorage(root, u"c")->DestroyElement(Ole(u"inside").c_str()), S_OK);
   root.Reset();
   root = Open(path);

@@ -417,6 +417,19 @@ TEST_F(CompoundLinuxTest, ReadsAndChangesVersionFour) {
   EXPECT_EQ(bytes->bytes.substr(40, 4), std::string("\1\0\0\0", 4)) << "sectors of the directory";
   WriteFile(path, bytes->bytes);
   EXPECT_EQ(ToldByOlefile(path), SummaryOf(expected));
+  const std::string name(
+      "s\0"
+      "1\0"
+      "0\0"
+      "0\0"
+      "0\0"
+      "0\0"
+      "0\0",
+      14);
+  for (std::size_t at = 0; (at = bytes->bytes.find(name, at)) != std::string::npos; ++at) {
+    bytes->bytes[at + 124] = 1;
+  }
+  EXPECT_EQ(SizeOf(OpenStream(OpenOn(bytes, kReading), u"s100000")), 100000 + (1ull << 32));
 }
 
 // --- old or new
@@ -508,6 +521,23 @@ TEST(CompoundCrashTest, WritesThatWereNotFlushedMayGetLost) {
 }
 
 // --- no room
+
+TEST(CompoundRoomTest, BytesAreOpenedAndMadeInModesThatThereAre) {
+  const LoggedPtr bytes = NewBytes();
+  StoragePtr root;
+  const auto make = [&](DWORD mode) {
+    return StgCreateDocfileOnILockBytes(bytes.Get(), mode, 0, root.Put());
+  };
+  const auto open = [&](DWORD mode) {
+    return StgOpenStorageOnILockBytes(bytes.Get(), nullptr, mode, nullptr, 0, root.Put());
+  };
+  EXPECT_EQ(make(kReading), STG_E_INVALIDFLAG);
+  EXPECT_EQ(bytes->bytes, "");
+  ASSERT_EQ(make(kWriting), S_OK);
+  root.Reset();
+  EXPECT_EQ(open(kWriting | STGM_CREATE), STG_E_INVALIDFLAG);
+  EXPECT_EQ(open(kReading), S_OK);
+}
 
 TEST(CompoundRoomTest, AWriteWithoutRoomLeavesTheOldContent) {
   const LoggedPtr bytes = NewBytes();
@@ -1020,6 +1050,19 @@ TEST(SiblingTreeTest, StaysBalanced) {
     tree.Build({ordered.begin(), ordered.begin() + static_cast<std::ptrdiff_t>(count)});
     ASSERT_TRUE(tree.IsBalanced(count)) << count;
   }
+  // One black more on a way, a red one below a red one, a red top, all in a row.
+  for (const std::vector<Id>& painted : {std::vector<Id>{0}, {0, 1, 4}, {3}}) {
+    tree.Build({0, 1, 2, 3, 4, 5, 6, 7, 8});
+    for (const Id id : painted) elements[id].isBlack = !elements[id].isBlack;
+    EXPECT_FALSE(tree.IsBalanced(9));
+  }
+  for (Id id = 0; id < 9; ++id) {
+    elements[id].isBlack = true;
+    elements[id].left = platform::compound::kNone;
+    elements[id].right = id < 8 ? id + 1 : platform::compound::kNone;
+  }
+  root = 0;
+  EXPECT_FALSE(tree.IsBalanced(9));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Files that appear whole or not at all, on every system.
 #include <stdexcept>
 
+#include "platform/RawFile.h"
 #include "platform/SystemServices.h"
 #include "platform/TemporaryFile.h"
 #include "tests/platform/Support.h"
@@ -125,6 +126,35 @@ TEST_F(FilesTest, ATemporaryNameKeepsAnExtensionOfUsualLength) {
     EXPECT_TRUE(IsTemporaryName(name.filename()));
   }
   EXPECT_EQ(TemporaryPathBeside("picture" + longest + "x").extension(), "");
+}
+
+TEST_F(FilesTest, ReadsAndWritesAtAnyPlace) {
+  int error = 0;
+  const auto open = [&](const fs::path& path, FileUse use) {
+    return RawFile::Open(path, use, error);
+  };
+  EXPECT_FALSE(open(target, FileUse::Change));
+  EXPECT_EQ(error, kFileNotFound);
+  EXPECT_FALSE(open(target / "below", FileUse::MakeNew));
+  EXPECT_EQ(error, kPathNotFound);
+  EXPECT_FALSE(open(target.parent_path(), FileUse::Read));
+  EXPECT_EQ(error, kNotAFile);
+  {
+    const auto file = open(target, FileUse::MakeNew);
+    ASSERT_TRUE(file);
+    EXPECT_EQ(error, kNoError);
+    EXPECT_EQ(file->WriteAt(3, "picture", 7), 7u);
+    EXPECT_EQ(file->Length(), 10u);
+    char bytes[20] = {};
+    EXPECT_EQ(file->ReadAt(2, bytes, sizeof bytes), 8u);
+    EXPECT_EQ(std::string(bytes, 8), std::string("\0picture", 8));
+    EXPECT_TRUE(file->SetLength(5));
+  }
+  EXPECT_FALSE(open(target, FileUse::MakeNew)) << "it is there already";
+  const auto file = open(target, FileUse::Change);
+  ASSERT_TRUE(file);
+  EXPECT_EQ(file->Length(), 5u);
+  EXPECT_FALSE(open(target, FileUse::Change)) << "one writes at a time";
 }
 
 int variableOfThisProgram = 0;

@@ -1,6 +1,9 @@
 #include "platform/LargeBlock.h"
 
 #include <gtest/gtest.h>
+#ifdef __linux__
+#include <malloc.h>
+#endif
 
 #include <algorithm>
 #include <cstdlib>
@@ -54,6 +57,15 @@ TEST(LargeBlock, IsKeptInSmallNumbers) {
   for (void* block : again) FreeLarge(block);
   FreeKeptBlocks();
 }
+
+#ifdef __GLIBC__
+TEST(LargeBlock, GoesBackToTheSystemWhenAllAreFreed) {
+  const std::size_t before = mallinfo2().hblkhd;
+  FreeLarge(AllocateLarge(100 * kMegabyte));
+  FreeKeptBlocks();
+  EXPECT_EQ(mallinfo2().hblkhd, before);
+}
+#endif
 
 TEST(LargeBlock, IsFreedWhoeverMadeIt) {
   FreeLarge(nullptr);

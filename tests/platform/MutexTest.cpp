@@ -51,7 +51,7 @@ TEST_F(MutexTest, EveryoneHasATurn) {
     }
   });
   while (!begun) std::this_thread::yield();
-  for (; turns < 20 && mutex->WaitFor(milliseconds(1000)) == Wait::Held; ++turns) mutex->Release();
+  for (; turns < 20 && mutex->WaitFor(milliseconds(999)) == Wait::Held; ++turns) mutex->Release();
   over = true;
   greedy.join();
   EXPECT_EQ(turns, 20);
