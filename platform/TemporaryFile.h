@@ -12,23 +12,21 @@ std::filesystem::path TemporaryPathBeside(const std::filesystem::path& target);
 // Whether a file name has the form that TemporaryPathBeside gives.
 bool IsTemporaryName(const std::filesystem::path& name);
 
-// Deletes the file at the end of its life, unless it was moved to its place.
+// Deletes the file at the end of its life. One that was moved to its place is not there any more.
 class TemporaryFile {
  public:
   explicit TemporaryFile(std::filesystem::path made) : path(std::move(made)) {}
   ~TemporaryFile() {
     std::error_code ignored;
-    if (!kept) std::filesystem::remove(path, ignored);
+    std::filesystem::remove(path, ignored);
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
   const std::filesystem::path& Path() const { return path; }
-  void Keep() { kept = true; }
 
  private:
   std::filesystem::path path;
-  bool kept = false;
 };
 
 }  // namespace platform

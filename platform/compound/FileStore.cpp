@@ -142,14 +142,13 @@ std::unique_ptr<ByteStore> CreateFile(const OLECHAR* path, FillStore fill) {
   std::error_code error;
   if (target.empty()) Fail(STG_E_PATHNOTFOUND);
   if (fs::exists(fs::symlink_status(target, error))) Fail(STG_E_FILEALREADYEXISTS);
-  TemporaryFile made(TemporaryPathBeside(target));
+  const TemporaryFile made(TemporaryPathBeside(target));
   Descriptor file(open(made.Path().c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
   if (!file) Fail(CodeOf(OpenErrorOf(target)));
   Lock(file, {true, true});
   auto store = std::make_unique<FileStore>(std::move(file));
   fill(*store);
   GiveNameTo(made.Path(), target);
-  made.Keep();
   return store;
 }
 

@@ -184,11 +184,8 @@ class FileService final : public Files {
     RemoveLeftOvers(to.file.parent_path());
     const NewFile made = CreateBeside(to.file);
     if (made.error) return ReasonOf(made.error);
-    TemporaryFile temporary(made.path);
-    if (!write(made.path)) return "";
-    if (auto failure = PutInPlace(made.path, made.file, to)) return failure;
-    temporary.Keep();
-    return std::nullopt;
+    const TemporaryFile temporary(made.path);
+    return write(made.path) ? PutInPlace(made.path, made.file, to) : "";
   }
 
   std::optional<std::string> Move(const fs::path& finished, const fs::path& target) override {

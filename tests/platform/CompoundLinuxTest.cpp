@@ -1051,7 +1051,7 @@ TEST(SiblingTreeTest, StaysBalanced) {
     ASSERT_TRUE(tree.IsBalanced(count)) << count;
   }
   // One black more on a way, a red one below a red one, a red top, all in a row.
-  for (const std::vector<Id>& painted : {std::vector<Id>{0}, {0, 1, 4}, {3}}) {
+  for (const std::vector<Id>& painted : {std::vector<Id>{0}, {1, 3, 6, 8}, {4}}) {
     tree.Build({0, 1, 2, 3, 4, 5, 6, 7, 8});
     for (const Id id : painted) elements[id].isBlack = !elements[id].isBlack;
     EXPECT_FALSE(tree.IsBalanced(9));

@@ -1,10 +1,12 @@
 // Replacing files where Linux has links, permissions and descriptors with names.
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <thread>
 
+#include "platform/RawFile.h"
 #include "platform/SystemServices.h"
 #include "tests/platform/LinuxSupport.h"
 
@@ -98,6 +100,19 @@ TEST_F(FilesLinuxTest, PipesGetAllOrFail) {
     EXPECT_EQ(failure, leaves ? std::optional<std::string>("Broken pipe") : std::nullopt);
     EXPECT_EQ(got, bytes.substr(0, got.size()));
   }
+}
+
+TEST_F(FilesLinuxTest, TellsHowMuchAFullDiskTook) {
+  const auto writeToTheEnd = [this] {
+    const rlimit limit = {1000, 1000};
+    signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    alarm(10);
+    int error = 0;
+    const auto file = RawFile::Open(folder / "file", FileUse::MakeNew, error);
+    return file->WriteAt(990, "0123456789abcdef", 16) == 10 ? 0 : 1;
+  };
+  EXPECT_EQ(testing_support::ExitStatus(testing_support::StartProcess(writeToTheEnd)), 0);
 }
 
 TEST_F(FilesLinuxTest, RespectsPermissions) {

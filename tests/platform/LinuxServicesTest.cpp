@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/ioctl.h>
+#include <winuser.h>
 
 #include <chrono>
 #include <iostream>
@@ -102,7 +103,7 @@ TEST(LinuxServicesTest, ReadsInputAndTellsOfOutputThatIsLost) {
 
 // What is no letter of UTF-8 is taken as it stands in the code page.
 TEST(LinuxServicesTest, NamesOfAnyAlphabetLeadBack) {
-  for (const char* name : {"f\xC3\xBCr", "\xE0\xA0\x80", "\xE6\x97\xA5", "\xED\x9F\xBF",
+  for (const char* name : {"f\xC3\xBCr", "\xC2\x80", "\xE0\xA0\x80", "\xE6\x97\xA5", "\xED\x9F\xBF",
                            "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", "folder/name"}) {
     EXPECT_EQ(PathOfStorage(StoragePathOf(name)), name);
   }
@@ -140,6 +141,24 @@ TEST(LinuxServicesTest, AQuestionIsAnsweredByItsDefaultButton) {
 TEST(LinuxServicesTest, TellsACodeInWordsOrAsANumber) {
   EXPECT_EQ(SystemMessage(STG_E_ACCESSDENIED), "Access denied.");
   EXPECT_EQ(SystemMessage(E_NOTIMPL), "status 0x80004001");
+}
+
+TEST(LinuxServicesTest, ClipboardFormatsAreNumberedByName) {
+  const UINT first = RegisterClipboardFormatA("Fxbox first");
+  EXPECT_GE(first, 0xC000u);
+  EXPECT_EQ(RegisterClipboardFormatA("FXBOX First"), first);
+  EXPECT_EQ(RegisterClipboardFormatA("Fxbox second"), first + 1);
+  EXPECT_EQ(RegisterClipboardFormatA(""), 0u);
+  EXPECT_EQ(RegisterClipboardFormatA(nullptr), 0u);
+  char name[20] = {};
+  EXPECT_EQ(GetClipboardFormatNameA(first, name, sizeof name), 11);
+  EXPECT_STREQ(name, "Fxbox first");
+  EXPECT_EQ(GetClipboardFormatNameA(first, name, 4), 3);
+  EXPECT_STREQ(name, "Fxb");
+  EXPECT_EQ(GetClipboardFormatNameA(first, name, 0), 0);
+  EXPECT_EQ(GetClipboardFormatNameA(first, nullptr, 20), 0);
+  EXPECT_EQ(GetClipboardFormatNameA(first + 2, name, sizeof name), 0);
+  EXPECT_EQ(GetClipboardFormatNameA(1, name, sizeof name), 0);
 }
 
 TEST(LinuxServicesTest, CallsAFunctionOfAModule) {
