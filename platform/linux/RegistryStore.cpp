@@ -124,12 +124,7 @@ fs::path KeyFolder(const fs::path& store, Hive hive, const KeyPath& path) {
 std::error_code WriteDurably(const fs::path& file, std::string_view bytes) {
   const Descriptor descriptor(open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
   if (!descriptor) return LastError();
-  while (!bytes.empty()) {
-    const ssize_t written = write(descriptor.Get(), bytes.data(), bytes.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return LastError();
-    bytes.remove_prefix(static_cast<std::size_t>(written));
-  }
+  if (const int error = WriteAll(descriptor.Get(), bytes)) return {error, std::generic_category()};
   return fsync(descriptor.Get()) == 0 ? std::error_code() : LastError();
 }
 

@@ -153,6 +153,19 @@ TEST_F(CompoundFileTest, WhatWasOpenedEndsWithItsStorage) {
   EXPECT_EQ(ReadStream(OpenStorage(root, u"inner"), u"stream"), "written");
 }
 
+TEST_F(CompoundFileTest, AStorageIsAStorageAndNoStream) {
+  const StoragePtr root = Create(path);
+  for (const IID& iid : {IID_IUnknown, IID_IStorage}) {
+    platform::ComPtr<IUnknown> object;
+    EXPECT_EQ(root->QueryInterface(iid, object.PutVoid()), S_OK);
+    EXPECT_TRUE(object);
+  }
+  void* object = this;
+  EXPECT_EQ(root->QueryInterface(IID_IStream, &object), E_NOINTERFACE);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_TRUE(FAILED(root->QueryInterface(IID_IStorage, nullptr)));
+}
+
 TEST_F(CompoundFileTest, RenamesAndDestroys) {
   StoragePtr root = Create(path);
   for (const char16_t* name : {u"a", u"b", u"c"}) {

@@ -691,14 +691,24 @@ TEST(CompoundCostTest, AClosedFileIsSafeAndHasNoRoomToSpare) {
   EXPECT_EQ(ReadStream(OpenOn(bytes, kReading), u"small"), "x");
 }
 
-TEST(CompoundCostTest, TheRoomOfSmallStreamsIsUsedAgain) {
+TEST(CompoundCostTest, TheRoomOfStreamsIsUsedAgain) {
   const LoggedPtr bytes = NewBytes();
   const StoragePtr root = CreateOn(bytes);
   for (int i = 0; i < 50; ++i) {
     WriteStream(root, u"small", Pattern(900, 1));
     EXPECT_EQ(root->DestroyElement(u"small"), S_OK);
   }
+  const StreamPtr tiny = CreateStream(root, u"tiny");
+  for (int i = 0; i < 200; ++i) {
+    WriteAt(tiny, 0, "x");
+    EXPECT_EQ(tiny->Commit(STGC_DEFAULT), S_OK);
+  }
   EXPECT_LT(bytes->bytes.size(), 10000u);
+  for (int i = 0; i < 20; ++i) {
+    WriteStream(CreateStorage(root, u"inner"), u"large", Pattern(9000, 1));
+    EXPECT_EQ(root->DestroyElement(u"inner"), S_OK);
+  }
+  EXPECT_LT(bytes->bytes.size(), 50000u);
 }
 
 // Of every stream as much as can be read of so many bytes, and what the reading said.

@@ -64,6 +64,8 @@ TEST(LargeBlock, GoesBackToTheSystemWhenAllAreFreed) {
   FreeLarge(AllocateLarge(100 * kMegabyte));
   FreeKeptBlocks();
   EXPECT_EQ(mallinfo2().hblkhd, before);
+  FreeLarge(AllocateLarge(513 * kMegabyte));
+  EXPECT_EQ(mallinfo2().hblkhd, before) << "too large to be kept";
 }
 #endif
 

@@ -90,6 +90,19 @@ TEST_F(RegistryStoreTest, ForeignThingsInTheFolderDoNoHarm) {
   EXPECT_EQ(registry.Read(kClasses, "%4Z%Z4%4"), "x");
 }
 
+TEST_F(RegistryStoreTest, FilesGetTheUsualPermissions) {
+  const mode_t before = umask(026);
+  registry.Write(kClasses, "Key", "value");
+  umask(before);
+  int files = 0;
+  for (const auto& entry : fs::recursive_directory_iterator(configuration.Store())) {
+    if (!entry.is_regular_file()) continue;
+    EXPECT_EQ(entry.status().permissions(), fs::perms(0640)) << entry.path();
+    ++files;
+  }
+  EXPECT_GT(files, 0);
+}
+
 TEST_F(RegistryStoreTest, WithoutAHomeThereIsNothing) {
   for (const char* home : {static_cast<const char*>(nullptr), "", "relative"}) {
     const ScopedVariable noConfiguration("XDG_CONFIG_HOME", home);
