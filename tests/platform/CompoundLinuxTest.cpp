@@ -2,6 +2,7 @@
 #include <ole2.h>
 #include <signal.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <cstring>
 
@@ -110,10 +111,13 @@ TEST_F(CompoundLinuxTest, KeepsAndCopiesWhatIsSaidOfAStorage) {
   ASSERT_EQ(OpenStorage(root, u"copy")->Stat(&stat, STATFLAG_NONAME), S_OK);
   EXPECT_EQ(stat.clsid, classId);
   EXPECT_EQ(stat.grfStateBits, 0xA5A50034u);
-  // Nothing of it stays where the file is made anew.
-  EXPECT_EQ(root->SetClass(classId), S_OK);
-  EXPECT_EQ(root->SetStateBits(2, 2), S_OK);
   root.Reset();
+  EXPECT_EQ(Open(path)->SetClass(classId), S_OK);
+  EXPECT_EQ(Open(path)->SetStateBits(2, 2), S_OK);
+  ASSERT_EQ(Open(path)->Stat(&stat, STATFLAG_NONAME), S_OK);
+  EXPECT_EQ(stat.clsid, classId);
+  EXPECT_EQ(stat.grfStateBits, 2u);
+  // Nothing of it stays where the file is made anew.
   ASSERT_EQ(StgCreateDocfile(Ole(path).c_str(), kWriting | STGM_CREATE, 0, root.Put()), S_OK);
   ASSERT_EQ(root->Stat(&stat, STATFLAG_NONAME), S_OK);
   EXPECT_EQ(stat.clsid, CLSID{});
@@ -597,6 +601,13 @@ TEST_F(CompoundLinuxTest, AFileThatMayNotGrowIsFull) {
               return stream->Write(large.data(), 40000, nullptr) == STG_E_MEDIUMFULL ? 0 : 1;
             })),
             0);
+}
+
+TEST_F(CompoundLinuxTest, AFileGetsTheUsualPermissions) {
+  const mode_t before = umask(026);
+  Create(path);
+  umask(before);
+  EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms(0640));
 }
 
 // --- two processes

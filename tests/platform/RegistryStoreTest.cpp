@@ -61,7 +61,8 @@ TEST_F(RegistryStoreTest, TwoProcessesWriteAtOnce) {
 TEST_F(RegistryStoreTest, GoesOnWhereAKilledProcessStopped) {
   registry.Write(kClasses, "A", "old");
   const fs::path store = configuration.Store();
-  for (const char* left : {".new/.value.new", ".old/B/.value", "HKEY_CLASSES_ROOT/A/.value.new"}) {
+  for (const char* left : {".new/.value.new", ".new/Below/.value", ".old/B/.value",
+                           "HKEY_CLASSES_ROOT/A/.value.new"}) {
     fs::create_directories((store / left).parent_path());
     WriteFile(store / left, "half");
   }
