@@ -122,6 +122,39 @@ TEST_F(CompoundLinuxTest, KeepsAndCopiesWhatIsSaidOfAStorage) {
   ASSERT_EQ(root->Stat(&stat, STATFLAG_NONAME), S_OK);
   EXPECT_EQ(stat.clsid, CLSID{});
   EXPECT_EQ(stat.grfStateBits, 0u);
+  EXPECT_TRUE(NamesOf(root).empty());
+}
+
+TEST_F(CompoundLinuxTest, AStorageOpenedForReadingIsNotChanged) {
+  const StoragePtr root = Create(path);
+  WriteStream(CreateStorage(root, u"inner"), u"stream", "content");
+  const StoragePtr inner = OpenStorage(root, u"inner", kReading);
+  EXPECT_EQ(inner->SetClass(IID_IStorage), STG_E_ACCESSDENIED);
+  EXPECT_EQ(inner->SetStateBits(1, 1), STG_E_ACCESSDENIED);
+  EXPECT_EQ(inner->DestroyElement(u"stream"), STG_E_ACCESSDENIED);
+  EXPECT_EQ(inner->RenameElement(u"stream", u"other"), STG_E_ACCESSDENIED);
+  EXPECT_EQ(ReadStream(inner, u"stream"), "content");
+}
+
+// Whatever the sectors held that it comes to lie in.
+TEST_F(CompoundLinuxTest, AStreamGrowsByZeros) {
+  const StoragePtr root = Create(path);
+  for (const std::size_t before : {0, 1, 700, 4096, 5000}) {
+    WriteStream(root, u"junk", Pattern(100000, 1));
+    WriteStream(root, u"more", Pattern(700, 2));
+    EXPECT_EQ(root->DestroyElement(u"junk"), S_OK);
+    EXPECT_EQ(root->DestroyElement(u"more"), S_OK);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(root->SetStateBits(i, 3), S_OK);
+    for (const std::size_t after : {4000, 6000, 30000}) {
+      const std::string content = Pattern(before, 3);
+      const StreamPtr stream = CreateStream(root, u"grown");
+      if (before > 0) WriteAt(stream, 0, content);
+      ASSERT_EQ(stream->SetSize(Large(after)), S_OK);
+      std::string expected = content;
+      expected.resize(after);
+      ASSERT_TRUE(ReadAll(stream) == expected) << before << " " << after;
+    }
+  }
 }
 
 TEST_F(CompoundLinuxTest, ReadsTheEndOfGlobalMemoryAndNoMore) {
@@ -1010,10 +1043,12 @@ TEST_F(FaultTest, OddTreesAreRead) {
   }
   SetWord(OffsetOf(WordAt(48)) + 76, idOf(names[0]));
   bytes->bytes[8] = 'x';  // of the class that some writers put into the head
+  SetWord(52, 7);         // and of the number of changes that some count there
   const std::string odd = bytes->bytes;
   ASSERT_TRUE(ContentsOf(OpenOn(bytes, kReading)) == before);
   WriteStream(OpenOn(bytes), u"new", "new");
   EXPECT_EQ(bytes->bytes[8], 'x');
+  EXPECT_EQ(WordAt(52), 7u);
   Contents after = ContentsOf(OpenOn(bytes, kReading));
   EXPECT_EQ(after.erase(u"new"), 1u);
   EXPECT_TRUE(after == before);

@@ -86,6 +86,7 @@ TEST_F(RegistryStoreTest, ForeignThingsInTheFolderDoNoHarm) {
   EXPECT_EQ(registry.Read(kClasses, "file"), std::nullopt);
   EXPECT_EQ(registry.Read(kClasses, "D"), std::nullopt);
   EXPECT_EQ(registry.Write(kClasses, "file\\below", "x"), RegistryResult::Failed);
+  EXPECT_EQ(registry.WriteShared(kClasses, "file\\below", "x", false), RegistryResult::NotMade);
   EXPECT_EQ(registry.Write(kClasses, "D", "x"), RegistryResult::Failed);
   EXPECT_EQ(registry.Write(kClasses, "%4z%z4%4", "x"), RegistryResult::Done);
   EXPECT_EQ(registry.Read(kClasses, "%4Z%Z4%4"), "x");
