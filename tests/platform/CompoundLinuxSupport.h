@@ -110,4 +110,49 @@ inline StoragePtr OpenOn(const LoggedPtr& bytes, DWORD mode = kWriting) {
   return root;
 }
 
+// Does one thing to the storage and to the model of it.
+inline void ChangeSomething(const StoragePtr& root, Contents& model, std::mt19937& random) {
+  const std::u16string name = Numbered(u"n", random() % 30);
+  const std::u16string other = Numbered(u"N", random() % 30);
+  const auto find = [&model](std::u16string wanted) {
+    wanted[0] = u'n';
+    return model.count(wanted) > 0 ? wanted : std::u16string();
+  };
+  switch (random() % 8) {
+    case 0:
+      ASSERT_EQ(root->DestroyElement(other.c_str()),
+                find(other).empty() ? STG_E_FILENOTFOUND : S_OK);
+      model.erase(find(other));
+      break;
+    case 1: {
+      const std::u16string to = Numbered(u"n", 30 + random() % 30);
+      const bool works = !find(name).empty() && model.count(to) == 0;
+      ASSERT_EQ(SUCCEEDED(root->RenameElement(name.c_str(), to.c_str())), works);
+      if (!works) break;
+      model[to] = model[name];
+      model.erase(name);
+      break;
+    }
+    default:
+      model[name] = Pattern(random() % 3 == 0 ? random() % 30000 : random() % 600,
+                            static_cast<int>(random()));
+      WriteStream(root, name, model[name]);
+  }
+}
+
+// Of every stream as much as can be read of so many bytes, and what the reading said.
+inline std::map<std::u16string, std::pair<HRESULT, std::string>> WhatIsThere(const StoragePtr& root,
+                                                                             ULONG most) {
+  std::map<std::u16string, std::pair<HRESULT, std::string>> found;
+  for (const std::u16string& name : NamesOf(root)) {
+    StreamPtr stream;
+    if (FAILED(root->OpenStream(name.c_str(), nullptr, kReading, 0, stream.Put()))) continue;
+    std::string content(most, '\0');
+    ULONG read = 0;
+    const HRESULT status = stream->Read(content.data(), most, &read);
+    found[name] = {status, content.substr(0, read)};
+  }
+  return found;
+}
+
 }  // namespace testing_support
