@@ -54,26 +54,14 @@ class FileStore final : public ByteStore {
   explicit FileStore(Descriptor opened) : file(std::move(opened)) {}
 
   std::size_t Read(std::uint64_t offset, void* buffer, std::size_t count) override {
-    std::size_t done = 0;
-    while (done < count) {
-      const ssize_t read = pread(file.Get(), static_cast<char*>(buffer) + done, count - done,
-                                 static_cast<off_t>(offset + done));
-      if (read < 0 && errno == EINTR) continue;
-      if (read < 0) Fail(STG_E_READFAULT);
-      if (read == 0) break;
-      done += static_cast<std::size_t>(read);
-    }
-    return done;
+    const Moved read = ReadAllAt(file.Get(), offset, buffer, count);
+    if (read.error) Fail(STG_E_READFAULT);
+    return read.bytes;
   }
 
   void Write(std::uint64_t offset, const void* buffer, std::size_t count) override {
-    for (std::size_t done = 0; done < count;) {
-      const ssize_t written = pwrite(file.Get(), static_cast<const char*>(buffer) + done,
-                                     count - done, static_cast<off_t>(offset + done));
-      if (written < 0 && errno == EINTR) continue;
-      if (written <= 0) Fail(written < 0 ? CodeOf(errno) : STG_E_WRITEFAULT);
-      done += static_cast<std::size_t>(written);
-    }
+    const Moved written = WriteAllAt(file.Get(), offset, buffer, count);
+    if (written.bytes < count) Fail(CodeOf(written.error));
   }
 
   std::uint64_t Size() override {

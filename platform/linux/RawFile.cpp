@@ -51,27 +51,11 @@ class SystemFile final : public RawFile {
   explicit SystemFile(Descriptor opened) : file(std::move(opened)) {}
 
   std::size_t ReadAt(std::uint64_t position, void* to, std::size_t count) override {
-    std::size_t done = 0;
-    while (done < count) {
-      const ssize_t got = pread(file.Get(), static_cast<char*>(to) + done, count - done,
-                                static_cast<off_t>(position + done));
-      if (got < 0 && errno == EINTR) continue;
-      if (got <= 0) break;
-      done += static_cast<std::size_t>(got);
-    }
-    return done;
+    return ReadAllAt(file.Get(), position, to, count).bytes;
   }
 
   std::size_t WriteAt(std::uint64_t position, const void* from, std::size_t count) override {
-    std::size_t done = 0;
-    while (done < count) {
-      const ssize_t put = pwrite(file.Get(), static_cast<const char*>(from) + done, count - done,
-                                 static_cast<off_t>(position + done));
-      if (put < 0 && errno == EINTR) continue;
-      if (put <= 0) break;
-      done += static_cast<std::size_t>(put);
-    }
-    return done;
+    return WriteAllAt(file.Get(), position, from, count).bytes;
   }
 
   std::uint64_t Length() override {

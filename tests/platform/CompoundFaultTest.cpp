@@ -35,7 +35,7 @@ class FaultTest : public testing::Test {
     return entries;
   }
   std::size_t IdOf(const std::u16string& name) const {
-    const std::string stored(reinterpret_cast<const char*>(name.c_str()), name.size() * 2 + 2);
+    const std::string stored = StoredName(name);
     const std::vector<std::size_t> entries = Entries();
     for (std::size_t id = 0; id < entries.size(); ++id) {
       if (bytes->bytes.compare(entries[id], stored.size(), stored) == 0) return id;

@@ -32,6 +32,11 @@ inline Contents ContentsOf(const StoragePtr& root) {
   return contents;
 }
 
+// A name as it stands in a directory's entry, with the zero behind it.
+inline std::string StoredName(const std::u16string& name) {
+  return std::string(reinterpret_cast<const char*>(name.c_str()), name.size() * 2 + 2);
+}
+
 // Bytes in memory that log what is done to them and can be cut short.
 class LoggedBytes final : public platform::ComObject<LoggedBytes, ILockBytes> {
  public:

@@ -1,7 +1,6 @@
 // Replacing files where Linux has links, permissions and descriptors with names.
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <thread>
@@ -104,9 +103,7 @@ TEST_F(FilesLinuxTest, PipesGetAllOrFail) {
 
 TEST_F(FilesLinuxTest, TellsHowMuchAFullDiskTook) {
   const auto writeToTheEnd = [this] {
-    const rlimit limit = {1000, 1000};
-    signal(SIGXFSZ, SIG_IGN);
-    setrlimit(RLIMIT_FSIZE, &limit);
+    testing_support::LimitFileSize(1000);
     alarm(10);
     int error = 0;
     const auto file = RawFile::Open(folder / "file", FileUse::MakeNew, error);

@@ -137,6 +137,8 @@ TEST_F(FilesTest, ReadsAndWritesAtAnyPlace) {
   EXPECT_EQ(error, kFileNotFound);
   EXPECT_FALSE(open(target / "below", FileUse::MakeNew));
   EXPECT_EQ(error, kPathNotFound);
+  EXPECT_FALSE(open("", FileUse::Read));
+  EXPECT_EQ(error, kPathNotFound);
   EXPECT_FALSE(open(target.parent_path(), FileUse::Read));
   EXPECT_EQ(error, kNotAFile);
   {

@@ -1,6 +1,8 @@
 // What tests of the Linux services need besides: a registry of their own, and child processes.
 #pragma once
 
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,6 +37,13 @@ struct TemporaryConfiguration {
   ScopedVariable variable{"XDG_CONFIG_HOME", folder.Path().c_str()};
   std::filesystem::path Store() const { return folder / "fxbox4/registry"; }
 };
+
+// From now on no file of this process gets longer, as on a full disk.
+inline void LimitFileSize(rlim_t most) {
+  const rlimit limit = {most, most};
+  signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
 
 template <class Body>
 pid_t StartProcess(Body body) {
